@@ -1,0 +1,7 @@
+if(PRM_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    find_program(PRM_CCACHE_PROGRAM ccache)
+    mark_as_advanced(PRM_CCACHE_PROGRAM)
+    if(PRM_CCACHE_PROGRAM)
+        set(CMAKE_CXX_COMPILER_LAUNCHER "${PRM_CCACHE_PROGRAM}")
+    endif()
+endif()

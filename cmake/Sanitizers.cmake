@@ -1,0 +1,12 @@
+# Sanitizers reach every target of the build: a program and the libraries it loads have to agree on them.
+if(PRM_SANITIZE)
+    set(known_sanitizers "address,undefined" "address" "undefined" "thread")
+    if(NOT PRM_SANITIZE IN_LIST known_sanitizers)
+        message(FATAL_ERROR "PRM_SANITIZE is '${PRM_SANITIZE}', not one of: ${known_sanitizers}")
+    endif()
+    add_compile_options(-fsanitize=${PRM_SANITIZE} -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=${PRM_SANITIZE})
+    if(PRM_SANITIZE MATCHES "undefined")
+        add_compile_options(-fno-sanitize-recover=undefined)
+    endif()
+endif()

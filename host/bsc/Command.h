@@ -1,0 +1,28 @@
+#pragma once
+
+#include "host/Export.h"
+
+#include <QString>
+
+namespace Bsc {
+
+/// One step that can be done and undone. A new command has done nothing yet; from then on `doIt` and `undoIt` are
+/// called in turn, any number of times.
+///
+/// Either call may throw. It then leaves things as it found them: a command whose `doIt` threw is never undone.
+class PRM_HOST_EXPORT Command {
+public:
+    virtual void doIt() = 0;
+    virtual void undoIt() = 0;
+    /// A word on what the command concerns, for the usage log. May be empty, as it is here.
+    virtual QString usageLogInfo() const;
+    virtual ~Command();
+
+    Command(const Command&) = delete;
+    Command& operator=(const Command&) = delete;
+
+protected:
+    Command() = default;
+};
+
+} // namespace Bsc

@@ -1,0 +1,7 @@
+#include "host/bsc/MementoBase.h"
+
+namespace Bsc {
+
+MementoBase::~MementoBase() = default;
+
+} // namespace Bsc

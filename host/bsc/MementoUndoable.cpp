@@ -1,0 +1,59 @@
+#include "host/bsc/MementoUndoable.h"
+
+#include <utility>
+
+namespace Bsc {
+
+/// One import under way. The scopes of an object form a chain from the innermost outwards, so that its destructor can
+/// reach them all.
+class MementoUndoable::ImportScope {
+public:
+    explicit ImportScope(MementoUndoable& object) noexcept
+        : m_object(&object), m_outer(object.m_innermostImport), m_wasImporting(object.m_importing) {
+        object.m_innermostImport = this;
+        object.m_importing = true;
+    }
+
+    ~ImportScope() {
+        if (!m_object)
+            return;
+        putFlagBack();
+        m_object->m_innermostImport = m_outer;
+    }
+
+    ImportScope(const ImportScope&) = delete;
+    ImportScope& operator=(const ImportScope&) = delete;
+
+    bool objectIsAlive() const noexcept { return m_object != nullptr; }
+    void putFlagBack() noexcept { m_object->m_importing = m_wasImporting; }
+
+    /// Tells this scope and all outer ones that the object is gone.
+    void disconnectChain() noexcept {
+        for (ImportScope* scope = this; scope; scope = scope->m_outer)
+            scope->m_object = nullptr;
+    }
+
+private:
+    MementoUndoable* m_object;
+    ImportScope* m_outer;
+    bool m_wasImporting;
+};
+
+MementoUndoable::~MementoUndoable() {
+    if (m_innermostImport)
+        m_innermostImport->disconnectChain();
+}
+
+void MementoUndoable::postImportState() {}
+
+void importState(MementoUndoable& object, boost::shared_ptr<MementoBase> snapshot, bool flagDuringPost) {
+    MementoUndoable::ImportScope scope(object);
+    object.doImportState(std::move(snapshot));
+    if (!scope.objectIsAlive())
+        return;
+    if (!flagDuringPost)
+        scope.putFlagBack();
+    object.postImportState();
+}
+
+} // namespace Bsc

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "host/Export.h"
+#include "host/bsc/MementoBase.h"
+
+#include <boost/shared_ptr.hpp>
+
+namespace Bsc {
+
+/// An object whose state can be taken as a snapshot and put back. Meant as a virtual base.
+///
+/// States are put back through `Bsc::importState`, not by calling the two import operations alone: only then does
+/// `isImporting` tell the truth. One thread at a time.
+class PRM_HOST_EXPORT MementoUndoable {
+public:
+    /// Takes over the state of a snapshot that an object of the same kind exported. A snapshot of another kind throws
+    /// (`std::bad_cast`) before anything changes; null is not allowed.
+    virtual void doImportState(boost::shared_ptr<MementoBase> snapshot) = 0;
+    /// Called once the state is back, for what has to be worked out from it. Does nothing here.
+    virtual void postImportState();
+    virtual ~MementoUndoable();
+    /// A new snapshot; the object does not change.
+    virtual boost::shared_ptr<MementoBase> exportState() const = 0;
+
+    /// Whether a state is being put back right now.
+    bool isImporting() const noexcept { return m_importing; }
+
+protected:
+    MementoUndoable() = default;
+    /// Importing belongs to the object and not to its state: a copy is not importing, and assignment changes nothing.
+    MementoUndoable(const MementoUndoable&) noexcept {}
+    MementoUndoable& operator=(const MementoUndoable&) noexcept { return *this; }
+
+private:
+    class ImportScope;
+    friend PRM_HOST_EXPORT void importState(MementoUndoable& object, boost::shared_ptr<MementoBase> snapshot,
+                                            bool flagDuringPost);
+
+    ImportScope* m_innermostImport = nullptr;
+    bool m_importing = false;
+};
+
+/// Puts a snapshot back: `doImportState`, then `postImportState`. `isImporting` is true during the first, and during
+/// the second as well when `flagDuringPost` is set; then it is again what it was before, also when an exception passes
+/// (which it does unchanged; `postImportState` is left out when `doImportState` throws). Imports may nest.
+///
+/// Either operation may lead to the object's destruction, for instance by an observer. From then on nothing of it is
+/// touched, and `postImportState` is not called. Nothing is allocated.
+PRM_HOST_EXPORT void importState(MementoUndoable& object, boost::shared_ptr<MementoBase> snapshot,
+                                 bool flagDuringPost = false);
+
+} // namespace Bsc

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+
+namespace Bsc {
+
+/// Blocks the signals of an object for a scope, unless they were blocked already: whoever blocked them unblocks them.
+/// The object may be null, and may die within the scope.
+class ScopedSignalBlocker {
+public:
+    explicit ScopedSignalBlocker(QObject* object)
+        : m_blockedHere(object && !object->signalsBlocked() ? object : nullptr) {
+        if (m_blockedHere)
+            m_blockedHere->blockSignals(true);
+    }
+    explicit ScopedSignalBlocker(QObject& object) : ScopedSignalBlocker(&object) {}
+
+    ~ScopedSignalBlocker() {
+        if (m_blockedHere)
+            m_blockedHere->blockSignals(false);
+    }
+
+    ScopedSignalBlocker(const ScopedSignalBlocker&) = delete;
+    ScopedSignalBlocker& operator=(const ScopedSignalBlocker&) = delete;
+
+private:
+    QPointer<QObject> m_blockedHere;
+};
+
+} // namespace Bsc

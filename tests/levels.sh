@@ -1,0 +1,124 @@
+#!/usr/bin/env bash
+# Who may include whom: a header includes only headers of its own level or of lower ones. Sources may include any.
+set -euo pipefail
+cd -- "$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")"
+
+# Every header stands here, or matches a pattern here, once.
+levels() {
+    cat <<'TABLE'
+1 host/*
+1 prm/math/*
+1 prm/Export.h
+1 prm/Prm.h
+1 prm/detail/Mortal.h
+1 prm/detail/NotBuiltYet.h
+1 prm/detail/ReaderSlots.h
+1 prm/detail/RecursiveMutex.h
+2 prm/Time.h
+2 prm/Context.h
+2 prm/AnimationState.h
+2 prm/ProxyScale.h
+2 prm/View.h
+2 prm/Interpolation.h
+2 prm/KeyframeData.h
+2 prm/ValueType.h
+2 prm/ViewInterpolation.h
+2 prm/ParameterStrings.h
+2 prm/ProjectFileVersion.h
+2 prm/detail/PlainNumbers.h
+2 prm/detail/TextTokens.h
+2 prm/detail/UniqueName.h
+3 prm/Views.h
+3 prm/ParameterChange.h
+3 prm/detail/KeyframeSearch.h
+3 prm/detail/KeyframeInsertion.h
+3 prm/detail/SourceViews.h
+4 prm/BasicParameter.h
+4 prm/ParameterWithoutType.h
+4 prm/ParameterWithoutTypeBase.h
+4 prm/NumericParameterWithoutType.h
+4 prm/SerialisedKeyframe.h
+4 prm/detail/ReadingScope.h
+5 prm/ParameterEdits.h
+5 prm/MoveKeyframeEdit.h
+6 prm/detail/FastViewMap.h
+6 prm/Parameter.h
+6 prm/Parameter.hpp
+6 prm/parameter/*
+6 prm/CurveParameter.h
+6 prm/NumericParameter.h
+7 prm/StaticParameter.h
+7 prm/MovedParameter.h
+7 prm/ParameterSet.h
+7 prm/CompoundParameter.h
+7 prm/ProjectFile.h
+TABLE
+}
+
+declare -a patterns=() pattern_levels=()
+while read -r level pattern; do
+    pattern_levels+=("$level")
+    patterns+=("$pattern")
+done < <(levels)
+
+# Sets `level`; 0 for a file that the table does not name.
+look_up() {
+    local i
+    level=0
+    for i in "${!patterns[@]}"; do
+        # shellcheck disable=SC2053 # a pattern, on purpose
+        if [[ $1 == ${patterns[$i]} ]]; then
+            level=${pattern_levels[$i]}
+            return
+        fi
+    done
+}
+
+faults=0
+fault() {
+    echo "$1" >&2
+    faults=$((faults + 1))
+}
+
+own_includes() {
+    sed -nE 's/^[[:space:]]*#[[:space:]]*include[[:space:]]*"([^"]+)".*/\1/p' "$1"
+}
+
+# A public header needs a helper only for a member or a base class.
+check_use_of_detail() {
+    if [[ $1 == prm/detail/* || $1 == *.hpp ]]; then return; fi
+    grep -qE '(class|struct).*:.*detail::|detail::.* m_[A-Za-z]+.*;' "$1" ||
+        fault "$1: includes prm/detail/ but has no member or base class from there"
+}
+
+check_header() {
+    local header=$1 own included
+    look_up "$header"
+    own=$level
+    if ((own == 0)); then
+        fault "$header: stands at no level; give it one in tests/levels.sh"
+        return
+    fi
+    grep -q '^#pragma once' "$header" || fault "$header: no #pragma once"
+    for included in $(own_includes "$header"); do
+        if [[ $included == prm/detail/* ]]; then check_use_of_detail "$header"; fi
+        look_up "$included"
+        if ((level == 0)); then
+            fault "$header: includes \"$included\", which stands at no level (paths start at the repository root)"
+        elif ((level > own)); then
+            fault "$header (level $own) includes \"$included\" (level $level)"
+        fi
+    done
+}
+
+check_host_file() {
+    if own_includes "$1" | grep -q '^prm/'; then fault "$1: the host's side never includes prm/"; fi
+}
+
+readarray -t headers < <(find host prm -name '*.h' -o -name '*.hpp' | sort)
+readarray -t host_files < <(find host -name '*.h' -o -name '*.cpp' | sort)
+for file in "${headers[@]}"; do check_header "$file"; done
+for file in "${host_files[@]}"; do check_host_file "$file"; done
+
+echo "${#headers[@]} headers, $faults faults"
+((${#headers[@]} > 0 && faults == 0))
