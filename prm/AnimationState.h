@@ -1,0 +1,61 @@
+#pragma once
+
+#include "prm/Export.h"
+#include "prm/View.h"
+
+#include <QtGlobal>
+
+#include <array>
+#include <vector>
+
+namespace Prm {
+
+class IViewsProvider;
+
+/// Says which views an edit reaches: four booleans, packed into the low four bits of a number (bit i is flag i).
+/// Only *all views* (flag 2) is read by the library; the others are carried for the host.
+class PRM_EXPORT AnimationFlags {
+public:
+    static constexpr quint32 DEFAULT = 3;
+
+    constexpr AnimationFlags() : AnimationFlags(DEFAULT) {}
+    /// Bits above the low four are dropped.
+    explicit constexpr AnimationFlags(quint32 packed)
+        : m_flags{{(packed & 1u) != 0, (packed & 2u) != 0, (packed & 4u) != 0, (packed & 8u) != 0}} {}
+
+    constexpr quint32 packed() const {
+        return (m_flags[0] ? 1u : 0u) | (m_flags[1] ? 2u : 0u) | (m_flags[2] ? 4u : 0u) | (m_flags[3] ? 8u : 0u);
+    }
+
+    /// Whether an edit reaches every view of the project instead of the current ones.
+    constexpr bool allViews() const { return m_flags[2]; }
+    void setAllViews(bool allViews) { m_flags[2] = allViews; }
+
+    friend constexpr bool operator==(const AnimationFlags& a, const AnimationFlags& b) {
+        return a.packed() == b.packed();
+    }
+    friend constexpr bool operator!=(const AnimationFlags& a, const AnimationFlags& b) { return !(a == b); }
+
+private:
+    std::array<bool, 4> m_flags;
+};
+
+/// Flags together with the registry that resolves them into views.
+class PRM_EXPORT AnimationState : public AnimationFlags {
+public:
+    /// The provider is not owned and may be null.
+    AnimationState(AnimationFlags flags = {}, const IViewsProvider* provider = nullptr);
+
+    /// The provider's views for these flags; view 0 alone without a provider.
+    std::vector<View> views() const;
+
+    const IViewsProvider* provider() const { return m_provider; }
+
+    /// Free for the host, never read here.
+    void* hostData = nullptr;
+
+private:
+    const IViewsProvider* m_provider;
+};
+
+} // namespace Prm

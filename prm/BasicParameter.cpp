@@ -1,0 +1,43 @@
+#include "prm/BasicParameter.h"
+
+namespace Prm {
+
+BasicParameter::BasicParameter(ParameterSet* parent) : m_parentSet(parent) {}
+
+BasicParameter::BasicParameter(const BasicParameter& other)
+    : Bsc::MementoUndoable(other), QObject(nullptr), detail::Mortal(other), m_parentSet(nullptr),
+      m_streamable(other.m_streamable) {}
+
+BasicParameter::~BasicParameter() = default;
+
+QVariant BasicParameter::variantValue(const Context& context, const std::nothrow_t&) const {
+    try {
+        return variantValue(context);
+    } catch (...) {
+        return {};
+    }
+}
+
+void BasicParameter::setVariantValue(const QVariant& value, const Context& context, const std::nothrow_t&) {
+    try {
+        setVariantValue(value, context);
+    } catch (...) {
+        // The caller asked for silence.
+    }
+}
+
+int BasicParameter::qMetaType() const {
+    return 0;
+}
+
+QVector<Context> BasicParameter::allKeyframes() const {
+    return {};
+}
+
+void BasicParameter::calculateHash(Bsc::Hash&, const Context&) const {}
+
+bool BasicParameter::streamOut(QTextStream& stream, const QString& prefix, bool withName) const {
+    return !m_streamable || bStreamOut(stream, prefix, withName);
+}
+
+} // namespace Prm

@@ -1,0 +1,125 @@
+#pragma once
+
+#include "prm/Context.h"
+#include "prm/Export.h"
+#include "prm/detail/Mortal.h"
+
+#include <QList>
+#include <QMetaType>
+#include <QString>
+
+class QDebug;
+
+namespace Bsc {
+class CompositeCommand;
+}
+
+namespace Prm {
+
+class ParameterWithoutType;
+
+/// Says what changed in a parameter. Observers receive it by reference with the signal
+/// `changed(Prm::ParameterChange&)`, on the thread that made the change, before the changing operation returns; the
+/// per-view locks are released by then. The pointers in it are good for that long only.
+class PRM_EXPORT ParameterChange {
+public:
+    /// The numbers are fixed.
+    enum ChangeType : qint32 {
+        KEYFRAME_ADDED = 0,
+        KEYFRAME_REMOVED = 1,
+        KEYFRAME_CHANGED_VALUE = 2,
+        KEYFRAME_CHANGED_TIME_VALUE = 3,
+        KEYFRAME_CHANGED_INTERPOLATION = 4,
+        PARAMETER_CHANGED_EXTRAPOLATION_BEFORE = 5,
+        PARAMETER_CHANGED_EXTRAPOLATION_AFTER = 6,
+        PARAMETER_ASSIGNED = 7,
+        VIEW_RESET = 8,
+        VIEW_CLEARED = 9,
+        PARAMETER_CHANGED_NAME = 10,
+        VALUE_CHANGED = 11,
+        KEYFRAME_MOVED = 12,
+        COMMAND_REGISTERED = 13,
+        PARAMETER_DELETED = 14,
+        VIEW_ADDED = 15,
+        VIEW_REMOVED = 16,
+        PARAMETER_HIDDEN_CHANGED = 17,
+        PARAMETER_LOCKED_CHANGED = 18,
+        NUM_CHANGE_TYPES = 19
+    };
+
+    /// No change: what Qt makes when it needs an empty record.
+    ParameterChange();
+    ParameterChange(ChangeType type, ParameterWithoutType& parameter, unsigned int index);
+    /// The list belongs to the sender.
+    ParameterChange(ChangeType type, ParameterWithoutType* parameter, const QList<unsigned int>* indices);
+    ParameterChange(ChangeType type, ParameterWithoutType& parameter, Bsc::CompositeCommand& command,
+                    const Context& context);
+
+    // Each builds the record and sends it through the parameter's `emitChange`. An index is a position in the list of
+    // keyframes of that view, -1 where the static value is meant.
+    static void keyframeAdded(ParameterWithoutType& parameter, int index, const View& view);
+    /// The index is the one before the removal.
+    static void keyframeRemoved(ParameterWithoutType& parameter, int index, const Context& context);
+    static void keyframeChangedValue(ParameterWithoutType& parameter, int index, const View& view);
+    static void keyframeChangedTimeValue(ParameterWithoutType& parameter, int index, const View& view);
+    static void keyframeChangedInterpolation(ParameterWithoutType& parameter, int index, const View& view);
+    static void changedExtrapolationBefore(ParameterWithoutType& parameter);
+    static void changedExtrapolationAfter(ParameterWithoutType& parameter);
+    static void parameterAssigned(ParameterWithoutType& parameter);
+    static void valueChanged(ParameterWithoutType& parameter, const View& view);
+    static void viewReset(ParameterWithoutType& parameter, const View& view);
+    static void viewCleared(ParameterWithoutType& parameter, const View& view);
+    static void viewAdded(ParameterWithoutType& parameter, const View& view);
+    static void viewRemoved(ParameterWithoutType& parameter, const View& view);
+    static void parameterDeleted(ParameterWithoutType& parameter);
+    static void hiddenParameterChanged(ParameterWithoutType& parameter);
+    static void lockedParameterChanged(ParameterWithoutType& parameter);
+    static void keyframeMoved(ParameterWithoutType& parameter, QList<unsigned int>& indices, const View& view);
+    /// Sent on `commandRegistrationChanged`, past the notification switches.
+    static void commandRegistered(ParameterWithoutType& parameter, Bsc::CompositeCommand& command,
+                                  const Context& context);
+
+    unsigned int getAffectedIndex() const { return affectedIndex; }
+    const QList<unsigned int>* getAffectedIndices() const { return affectedIndices; }
+    /// The name of the type, or "Unknown parameterchange type, forgot to add?".
+    QString typeToString() const;
+
+    /// Registers "Prm::ParameterChange&" beside the meta-type, once; without the alias the signal's signature could not
+    /// be matched by name.
+    static int qMetaType();
+
+    /// Null only in a record that Qt made.
+    ParameterWithoutType* parameter = nullptr;
+    ChangeType type = NUM_CHANGE_TYPES;
+    /// The keyframe concerned (types 0 to 4), else 0.
+    unsigned int affectedIndex = 0;
+    /// The moved keyframes (KEYFRAME_MOVED), else null.
+    const QList<unsigned int>* affectedIndices = nullptr;
+    /// The registered command (COMMAND_REGISTERED), else null.
+    Bsc::CompositeCommand* command = nullptr;
+    /// The view concerned; for KEYFRAME_REMOVED and COMMAND_REGISTERED the whole context. VIEW_CLEARED does not name
+    /// the cleared view here.
+    Context context;
+};
+
+/// Lets one type of change through while the parameter's Qt signals are blocked, for as long as it lives. Permits nest,
+/// and may outlive the parameter.
+class PRM_EXPORT ScopedSignalPermit {
+public:
+    ScopedSignalPermit(ParameterWithoutType& parameter, ParameterChange::ChangeType type);
+    ~ScopedSignalPermit();
+    ScopedSignalPermit(const ScopedSignalPermit&) = delete;
+    ScopedSignalPermit& operator=(const ScopedSignalPermit&) = delete;
+
+private:
+    ParameterWithoutType& m_parameter;
+    detail::LifeGuard m_guard;
+    ParameterChange::ChangeType m_type;
+    bool m_previous;
+};
+
+PRM_EXPORT QDebug operator<<(QDebug debug, const ParameterChange& change);
+
+} // namespace Prm
+
+Q_DECLARE_METATYPE(Prm::ParameterChange)

@@ -1,0 +1,101 @@
+// The links of a parameter to others: its master, the parameters constrained to it, and those that it listens to.
+
+#include "prm/ParameterWithoutType.h"
+
+#include <QDebug>
+
+#include <algorithm>
+
+namespace Prm {
+
+QList<ParameterWithoutType*> ParameterWithoutType::constrainedParameters() const {
+    QList<ParameterWithoutType*> living;
+    for (const auto& entry : m_constrainedParameters) {
+        if (entry)
+            living.append(entry.data());
+    }
+    return living;
+}
+
+bool ParameterWithoutType::listsConstrained(const ParameterWithoutType& parameter) const {
+    return std::any_of(m_constrainedParameters.cbegin(), m_constrainedParameters.cend(),
+                       [&](const auto& entry) { return entry.data() == &parameter; });
+}
+
+void ParameterWithoutType::forgetConstrained(const ParameterWithoutType& parameter) {
+    const auto gone = [&](const auto& entry) { return !entry || entry.data() == &parameter; };
+    m_constrainedParameters.erase(std::remove_if(m_constrainedParameters.begin(), m_constrainedParameters.end(), gone),
+                                  m_constrainedParameters.end());
+}
+
+bool ParameterWithoutType::wouldCloseCircle(const ParameterWithoutType& parameter) const {
+    const ParameterWithoutType* above = this;
+    while (above && above != &parameter)
+        above = above->masterParameter();
+    return above != nullptr;
+}
+
+bool ParameterWithoutType::bAddConstrainedParameter(ParameterWithoutType* parameter) {
+    if (!parameter || listsConstrained(*parameter))
+        return false;
+    if (wouldCloseCircle(*parameter)) {
+        qWarning() << "ParameterWithoutType::bAddConstrainedParameter():" << parameter->scriptName() << "is a master of"
+                   << m_scriptName << "and cannot be constrained to it.";
+        return false;
+    }
+    if (ParameterWithoutType* former = parameter->masterParameter())
+        former->forgetConstrained(*parameter);
+    forgetConstrained(*parameter);
+    m_constrainedParameters.append(parameter);
+    parameter->m_master = this;
+    return true;
+}
+
+bool ParameterWithoutType::bRemoveConstrainedParameter(ParameterWithoutType* parameter) {
+    if (!parameter || !listsConstrained(*parameter))
+        return false;
+    const detail::LifeGuard self(*this);
+    const detail::LifeGuard other(*parameter);
+    parameter->vCopyKeyframeDataFrom(this);
+    // Observers of the copy may have deleted either side or tied the parameter elsewhere.
+    if (!self.alive() || !other.alive())
+        return true;
+    if (parameter->masterParameter() == this)
+        parameter->m_master.clear();
+    forgetConstrained(*parameter);
+    return true;
+}
+
+bool ParameterWithoutType::bUnconstrain() {
+    ParameterWithoutType* master = masterParameter();
+    return master && master->bRemoveConstrainedParameter(this);
+}
+
+ParameterWithoutType::UpstreamParameters ParameterWithoutType::upstreamParameters() const {
+    UpstreamParameters parameters;
+    for (const auto& entry : m_upstreamParameters)
+        parameters.insert(UpstreamParameters::value_type(entry.data()));
+    return parameters;
+}
+
+void ParameterWithoutType::connectUpstream(bool connected) {
+    for (const auto& entry : m_upstreamParameters) {
+        if (!entry.data())
+            continue;
+        if (connected)
+            connect(entry.data(), SIGNAL(changed(Prm::ParameterChange&)), this,
+                    SLOT(onUpstreamParameterChanged(Prm::ParameterChange&)));
+        else
+            disconnect(entry.data(), SIGNAL(changed(Prm::ParameterChange&)), this,
+                       SLOT(onUpstreamParameterChanged(Prm::ParameterChange&)));
+    }
+}
+
+void ParameterWithoutType::setUpstreamParameters(const UpstreamParameters& parameters) {
+    const UpstreamParameters replacement = parameters;
+    connectUpstream(false);
+    m_upstreamParameters = replacement;
+    connectUpstream(true);
+}
+
+} // namespace Prm

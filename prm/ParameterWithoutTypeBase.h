@@ -1,0 +1,125 @@
+#pragma once
+
+#include "prm/Export.h"
+#include "prm/ParameterWithoutType.h"
+
+#include <vector>
+
+namespace Prm {
+
+/// A parameter without keyframes of its own: every operation has a harmless, non-animated answer, so that a kind like
+/// the compound parameter overrides only what it supports. In project text it has its hidden flag and its master.
+class PRM_EXPORT ParameterWithoutTypeBase : public ParameterWithoutType {
+    Q_OBJECT
+
+public:
+    /// The untyped face of a per-view storage: which views have data of their own, in ascending order.
+    class PRM_EXPORT FastViewMapBase {
+    public:
+        virtual ~FastViewMapBase();
+        const std::vector<View>& viewList() const { return m_viewList; }
+
+    protected:
+        /// The list must live as long as this object.
+        explicit FastViewMapBase(const std::vector<View>& viewList) : m_viewList(viewList) {}
+
+    private:
+        const std::vector<View>& m_viewList;
+    };
+
+    ParameterWithoutTypeBase(bool locked, bool hidden, ParameterSet* parent);
+    ~ParameterWithoutTypeBase() override;
+
+    /// Writes "hidden=1" when hidden, and the master's name when there is one.
+    bool bStreamOut(QTextStream& stream, const QString& prefix, bool withName) const override;
+    using BasicParameter::setVariantValue;
+    using BasicParameter::variantValue;
+    /// An invalid variant.
+    QVariant variantValue(const Context& context) const override;
+    void setVariantValue(const QVariant& value, const Context& context) override;
+    /// Takes "hidden" and "MasterParameterId" lines.
+    bool streamInValue(const QString& line, const ProjectFileVersion& version, TextConversion convert) override;
+    /// Copies the animatable flag as well when the other is of this kind.
+    void assignFrom(const ParameterWithoutType& other) override;
+
+    void vSetExtrapolationBefore(Extrapolation kind) override;
+    void vSetExtrapolationAfter(Extrapolation kind) override;
+    void vSetDefaultInterpolation(Interpolation kind) override;
+    bool vSetInterpolation(Interpolation kind, const Context& context) override;
+    void vSetInterpolationData(IType data, unsigned int index, const View& view) override;
+    Extrapolation extrapolationBefore() const override;
+    Extrapolation extrapolationAfter() const override;
+    Interpolation interpolation(const Context& context) const override;
+    Interpolation interpolation(const KeyframeIndex& keyframe) const override;
+    IType interpolationData(const KeyframeIndex& keyframe) const override;
+    Bsc::CompositeCommand& vSetInterpolationCommand(Interpolation kind, Context context,
+                                                    Bsc::CompositeCommand& command) override;
+    Bsc::CompositeCommand& vSetInterpolationDataCommand(Bsc::CompositeCommand& command, IType data,
+                                                        const KeyframeIndex& keyframe) override;
+    Bsc::CompositeCommand& vSetExtrapolationBeforeCommand(Extrapolation kind, Bsc::CompositeCommand& command) override;
+    Bsc::CompositeCommand& vSetExtrapolationAfterCommand(Extrapolation kind, Bsc::CompositeCommand& command) override;
+
+    bool isKeyframed() const override;
+    unsigned int keyframeCount(const View& view) const override;
+    Context keyframeTime(unsigned int index, const View& view) const override;
+    void adjustKeyframesTime(const boost::function<Time(Time)>& mapping) override;
+    bool bKeyframeAt(const Context::Explicit& context) const override;
+    bool bNearestKeyframeTime(const Context& context, Time& time) const override;
+    bool bNearestKeyframeIndex(const Context& context, unsigned int& index) const override;
+    bool bPreviousKeyframe(const Context& context, Context& previous) const override;
+    bool bNextKeyframe(const Context& context, Context& next) const override;
+    int iAddKeyframe(const Context& context) override;
+    int iAddKeyframe(const Frame& frame, const AnimationState& state) override;
+    void vDeleteKeyframe(const Context::Explicit& context) override;
+    void vDeleteAllKeyframes(const View& view) override;
+    void vReset(const Context& context) override;
+    boost::shared_ptr<SerialisedKeyframe> getSerialisedKeyframe(Context context) const override;
+    void importKeyframe(const SerialisedKeyframe& keyframe) override;
+
+    bool isSplit() const override;
+    int numViews() const override;
+    void setSplittable(bool splittable) override;
+    bool splittable() const override;
+    /// View 0 alone.
+    const std::vector<View>& viewList() const override;
+    void copyViewData(const View& from, const View& to, const ParameterWithoutType* source) override;
+    void uniquifyView(const View& view) override;
+    bool initialiseHeroView(const View& hero, const View& from) override;
+    bool deleteView(const View& view) override;
+
+    Bsc::CompositeCommand& vAddKeyframeCommand(const Context::Explicit& context,
+                                               Bsc::CompositeCommand& command) override;
+    Bsc::CompositeCommand& vAddKeyframeCommand(const Frame& frame, const AnimationState& state,
+                                               Bsc::CompositeCommand& command) override;
+    void createKeyframeDeletion(const Context::Explicit& context, Bsc::CompositeCommand& command) override;
+    void createKeyframeDeletion(const Frame& frame, const AnimationState& state,
+                                Bsc::CompositeCommand& command) override;
+    Bsc::CompositeCommand& vDeleteAllKeyframesCommand(const View& view, Bsc::CompositeCommand& command) override;
+    Bsc::CompositeCommand& bAddConstrainedParameterCommand(ParameterWithoutType* parameter,
+                                                           Bsc::CompositeCommand& command) override;
+
+    void vCopyKeyframeDataFrom(const ParameterWithoutType* source) override;
+
+    /// An empty snapshot, ignored when it comes back.
+    boost::shared_ptr<Bsc::MementoBase> exportState() const override;
+    void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override;
+
+    /// Whether the host offers to animate this parameter: a note for its interface that the library does not read.
+    bool isAnimatable() const { return m_animatable; }
+    void setAnimatable(bool animatable) { m_animatable = animatable; }
+
+protected:
+    ParameterWithoutTypeBase(const ParameterWithoutTypeBase& other);
+
+private:
+    class SingleView : public FastViewMapBase {
+    public:
+        explicit SingleView(const std::vector<View>& viewList) : FastViewMapBase(viewList) {}
+    };
+
+    bool m_animatable = false;
+    std::vector<View> m_viewList;
+    SingleView m_viewMap;
+};
+
+} // namespace Prm

@@ -1,0 +1,7 @@
+#include "prm/SerialisedKeyframe.h"
+
+namespace Prm {
+
+SerialisedKeyframe::~SerialisedKeyframe() = default;
+
+} // namespace Prm

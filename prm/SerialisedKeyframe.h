@@ -1,0 +1,27 @@
+#pragma once
+
+#include "prm/Context.h"
+#include "prm/Export.h"
+
+#include <QString>
+
+namespace Prm {
+
+/// One keyframe held as a value of its own, to be copied between parameters of the same type or through text.
+class PRM_EXPORT SerialisedKeyframe {
+public:
+    virtual ~SerialisedKeyframe();
+    virtual Context context() const = 0;
+    /// Shifts the time by that many frames.
+    virtual void adjustTime(float delta) = 0;
+    virtual QString toString() const = 0;
+    /// Throws `std::runtime_error` for a text that is no keyframe line.
+    virtual void setFromString(const QString& text) = 0;
+
+protected:
+    SerialisedKeyframe() = default;
+    SerialisedKeyframe(const SerialisedKeyframe&) = default;
+    SerialisedKeyframe& operator=(const SerialisedKeyframe&) = default;
+};
+
+} // namespace Prm

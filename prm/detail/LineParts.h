@@ -1,0 +1,45 @@
+#pragma once
+
+#include "prm/ParameterStrings.h"
+#include "prm/View.h"
+
+#include <QString>
+
+namespace Prm::detail {
+
+// The parts of one parameter line, `<prefix><key>=<text>`, written and read.
+
+/// What stands before the keys of a parameter: the prefix and, if asked for and not empty, the name and a dot.
+inline QString lineStart(const QString& prefix, const QString& name, bool withName) {
+    return withName && !name.isEmpty() ? prefix + name + QLatin1Char('.') : prefix;
+}
+
+inline bool hasKey(const QString& line, const QString& key) {
+    return line.startsWith(key, Qt::CaseInsensitive);
+}
+
+/// The text between the first and the second "=".
+inline QString textBetween(const QString& line) {
+    const int start = line.indexOf(QLatin1Char('='));
+    if (start < 0)
+        return {};
+    const int end = line.indexOf(QLatin1Char('='), start + 1);
+    return line.mid(start + 1, end < 0 ? -1 : end - start - 1);
+}
+
+/// Everything behind the first "=".
+inline QString textBehind(const QString& line) {
+    const int start = line.indexOf(QLatin1Char('='));
+    return start < 0 ? QString() : line.mid(start + 1);
+}
+
+/// Appends one line.
+inline void addLine(QString& text, const QString& start, const QString& key, const QString& value) {
+    text += start;
+    text += key;
+    text += QLatin1Char('=');
+    text += value;
+    text += QLatin1Char('\n');
+}
+
+} // namespace Prm::detail

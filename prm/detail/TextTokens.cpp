@@ -1,0 +1,187 @@
+#include "prm/detail/TextTokens.h"
+
+#include "prm/ParameterStrings.h"
+
+#include <QLatin1String>
+#include <QVector>
+
+#include <algorithm>
+
+namespace Prm::detail {
+
+namespace {
+
+const QLatin1String plainCharacters("\f\"\\\r\n\t\v");
+const QLatin1String escapeLetters("f\"\\rntv");
+
+const QLatin1Char quote('"');
+const QLatin1Char comma(',');
+const QLatin1Char backslash('\\');
+
+const QLatin1String keyOpening("Key(");
+const QLatin1String keyEnding(") )");
+
+/// Whether a quote at the position ends a quoted token.
+bool closesQuotes(const QString& text, int pos) {
+    const bool isLast = pos + 1 == text.size();
+    return isLast || text.midRef(pos + 1, 2) == QLatin1String(", ");
+}
+
+/// The range of a text between two positions, without the blanks and tabs at its end.
+QStringRef withoutBlanksAtEnd(const QString& text, int start, int end) {
+    while (end > start && (text.at(end - 1) == QLatin1Char(' ') || text.at(end - 1) == QLatin1Char('\t')))
+        --end;
+    return text.midRef(start, end - start);
+}
+
+/// The position of the comma that ends the value of a Bezier declaration, -1 where there is none.
+int fourthCommaFromEnd(const QString& text) {
+    int position = text.size();
+    for (int found = 0; found < 4; ++found) {
+        if (position == 0)
+            return -1;
+        position = text.lastIndexOf(comma, position - 1);
+        if (position <= 0)
+            return -1;
+    }
+    return position;
+}
+
+bool readShape(const QString& text, int pos, IType& itype) {
+    QVector<QString> numbers;
+    while (pos < text.size()) {
+        const QString token = getToken(text, pos);
+        if (!token.isNull())
+            numbers.append(token);
+    }
+    if (numbers.size() != 4)
+        return false;
+    itype = IType(Interpolation::Bezier, numbers.at(0).toDouble(), numbers.at(1).toDouble(), numbers.at(2).toDouble(),
+                  numbers.at(3).toDouble());
+    return true;
+}
+
+/// The character at the same place of the other alphabet, or null.
+QChar counterpart(QChar character, QLatin1String from, QLatin1String to) {
+    for (int i = 0; i < from.size(); ++i) {
+        if (character == from.at(i))
+            return to.at(i);
+    }
+    return {};
+}
+
+} // namespace
+
+QString getToken(const QString& text, int& pos) {
+    QString token;
+    while (pos < text.size() && text.at(pos).isSpace())
+        ++pos;
+    bool quoted = false;
+    for (; pos < text.size(); ++pos) {
+        const QChar c = text.at(pos);
+        if (c == backslash) {
+            if (pos + 1 < text.size() && text.at(pos + 1) == quote) {
+                token += quote;
+                ++pos;
+            }
+            token += backslash;
+        } else if (c == quote && !quoted && token.isEmpty()) {
+            token = QLatin1String("");
+            quoted = true;
+        } else if (c == quote && quoted && closesQuotes(text, pos)) {
+            quoted = false;
+        } else if (c == comma && !quoted) {
+            ++pos;
+            break;
+        } else {
+            token += c;
+        }
+    }
+    return token;
+}
+
+bool parseKeyframeDeclaration(QString declaration, QString& timeText, QString& valueText, IType& itype) {
+    const int opening = declaration.indexOf(keyOpening);
+    if (opening < 0)
+        return false;
+    const QStringRef whole = withoutBlanksAtEnd(declaration, 0, declaration.size());
+    if (!whole.endsWith(keyEnding))
+        return false;
+    const int start = opening + keyOpening.size();
+    const int bezierStart = start - ParameterStrings::bezierKey.size() - 1;
+    const bool isBezier = bezierStart >= 0 && declaration.indexOf(ParameterStrings::bezierKey) == bezierStart;
+    const int end = whole.size() - keyEnding.size();
+    const QString text = withoutBlanksAtEnd(declaration, start, std::max(start, end)).toString();
+    int first = 0;
+    while (first < text.size() && text.at(first).isSpace())
+        ++first;
+    const int valueStart = text.indexOf(comma, first);
+    if (valueStart < 0)
+        return false;
+    timeText = text.mid(first, valueStart - first);
+    const int valueEnd = isBezier ? fourthCommaFromEnd(text) : text.lastIndexOf(comma);
+    if (valueEnd < 0 || (isBezier && valueEnd <= valueStart))
+        return false;
+    const bool understood = isBezier
+                                ? readShape(text, valueEnd + 1, itype)
+                                : bStringToInterpolationType(text.mid(valueEnd + 1).trimmed(), itype.interpolation);
+    if (!understood)
+        return false;
+    valueText = text.mid(valueStart + 1, std::max(0, valueEnd - valueStart - 1)).trimmed();
+    return true;
+}
+
+std::vector<View> parseViewList(QString text) {
+    const int opening = text.indexOf(QLatin1Char('['));
+    const int closing = text.indexOf(QLatin1Char(']'));
+    std::vector<View> views;
+    if (opening < 0 || closing < 0)
+        return views;
+    // With the brackets the wrong way round the length is negative, and everything behind the opening one counts.
+    const QVector<QStringRef> parts = text.midRef(opening + 1, closing - opening - 1).split(comma, Qt::SkipEmptyParts);
+    for (const QStringRef& part : parts) {
+        bool isNumber = false;
+        const uint id = part.toUInt(&isNumber);
+        if (isNumber)
+            views.emplace_back(id);
+    }
+    return views;
+}
+
+QString& escapeString(QString& s) {
+    QString escaped;
+    escaped.reserve(s.size());
+    for (const QChar character : qAsConst(s)) {
+        const QChar letter = counterpart(character, plainCharacters, escapeLetters);
+        if (letter.isNull()) {
+            escaped += character;
+        } else {
+            escaped += backslash;
+            escaped += letter;
+        }
+    }
+    if (escaped.size() != s.size())
+        s = escaped;
+    return s;
+}
+
+QString& unescapeString(QString& s) {
+    QString plain;
+    plain.reserve(s.size());
+    for (int i = 0; i < s.size(); ++i) {
+        QChar character = s.at(i);
+        if (character == backslash && i + 1 < s.size()) {
+            const QChar meant = counterpart(s.at(i + 1), escapeLetters, plainCharacters);
+            if (!meant.isNull()) {
+                character = meant;
+                ++i;
+            }
+        }
+        plain += character;
+    }
+    if (plain.size() != s.size())
+        s = plain;
+    return s;
+}
+
+} // namespace Prm::detail
