@@ -1,0 +1,90 @@
+#pragma once
+
+// The bodies of `CurveParameter<T>`, for the source file that instantiates it for a type.
+
+#include "prm/CurveParameter.h"
+#include "prm/Parameter.hpp"
+#include "prm/detail/CurveShapes.h"
+
+namespace Prm {
+
+template <class T> CurveParameter<T>::CurveParameter() : CurveParameter(QString()) {}
+
+template <class T>
+CurveParameter<T>::CurveParameter(const QString& name, const T& value, ParameterOptions options, ParameterSet* parent)
+    : ParameterWithoutType(options.testFlag(Locked), options.testFlag(Hidden), parent), Parameter<T>(name, value,
+                                                                                                     options, parent) {}
+
+template <class T>
+CurveParameter<T>::CurveParameter(const CurveParameter& other)
+    : Bsc::MementoUndoable(other), ParameterWithoutType(other), Parameter<T>(other) {}
+
+template <class T> CurveParameter<T>::~CurveParameter() {
+    this->announceDeletion();
+}
+
+template <class T>
+T CurveParameter<T>::interpolateValue(const BoundingKeyframes& around, const Context& context, Cache*) const {
+    const auto block = this->read(around.before.view);
+    const auto& keyframes = block.keyframes();
+    // A hook of the caller's may have edited the list.
+    const int last = keyframes.size() - 1;
+    if (last < 0)
+        return block->staticValue;
+    const int from = std::min(static_cast<int>(around.before.index), last);
+    const int to = std::min(static_cast<int>(around.after.index), last);
+    return detail::segmentValue(keyframes.at(from), keyframes.at(to), context.time);
+}
+
+template <class T>
+T CurveParameter<T>::extrapolateValue(const BoundingKeyframes& around, const Context& context, Cache*) const {
+    const bool before = around.before.view == View::INVALID();
+    const auto block = this->read(before ? around.after.view : around.before.view);
+    if (block.keyframes().isEmpty())
+        return block->staticValue;
+    const Extrapolation kind = before ? this->extrapolationBefore() : this->extrapolationAfter();
+    return extrapolateIn(block.keyframes(), kind, before, context.time);
+}
+
+template <class T>
+T CurveParameter<T>::extrapolateIn(const typename Parameter<T>::KeyframeVector& keyframes, Extrapolation kind,
+                                   bool before, Time time) const {
+    const KeyframeData<T>& first = keyframes.first();
+    const KeyframeData<T>& last = keyframes.last();
+    const KeyframeData<T>& edge = before ? first : last;
+    const int count = keyframes.size();
+    if (count < 2 || kind == Extrapolation::Constant)
+        return edge.value;
+    if (kind == Extrapolation::Linear) {
+        const KeyframeData<T>& from = before ? first : keyframes.at(count - 2);
+        const KeyframeData<T>& to = before ? keyframes.at(1) : last;
+        const double slope =
+            before ? detail::startSlope(from.interpolationData) : detail::endSlope(from.interpolationData);
+        return detail::continuedValue(edge.value, from, to, slope, time - edge.time);
+    }
+    Time inside;
+    if (!detail::mapIntoRange(kind, time, first.time, last.time, inside))
+        return edge.value;
+    const detail::Bracket at = detail::bracket(keyframes.constData(), count, inside);
+    if (at.before < 0 || at.after < 0)
+        return edge.value;
+    return detail::segmentValue(keyframes.at(at.before), keyframes.at(at.after), inside);
+}
+
+template <class T> bool CurveParameter<T>::supportsExtrapolationFromNoKeys() const {
+    return false;
+}
+
+template <class T>
+IType CurveParameter<T>::initialiseInterpolation(const KeyframeData<T>& from, const KeyframeData<T>&,
+                                                 Interpolation kind) const {
+    const IType& present = from.interpolationData;
+    const bool shaped = present.interpolation == kind && present != IType(kind);
+    if (shaped && kind >= Interpolation::Bezier)
+        return present;
+    if (kind == Interpolation::Bezier)
+        return {kind, 1.0 / 3.0, 0.0, 2.0 / 3.0, 1.0};
+    return {kind};
+}
+
+} // namespace Prm

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "prm/CurveParameter.h"
+#include "prm/Export.h"
+#include "prm/NumericParameterWithoutType.h"
+
+namespace Prm {
+
+/// An animatable number: `double`, `int` or `unsigned int`. Whole numbers follow the curve rounded half away from zero
+/// and held to the range of their type.
+template <class T> class PRM_EXPORT NumericParameter : public CurveParameter<T>, public NumericParameterWithoutType {
+public:
+    NumericParameter();
+    explicit NumericParameter(const QString& scriptName, const T& defaultValue = T(),
+                              ParameterOptions options = Keyframed | Splittable, ParameterSet* parent = nullptr);
+    NumericParameter(const NumericParameter& other);
+    ~NumericParameter() override;
+};
+
+extern template class NumericParameter<double>;
+extern template class NumericParameter<int>;
+extern template class NumericParameter<unsigned int>;
+
+} // namespace Prm

@@ -1,0 +1,147 @@
+#pragma once
+
+#include "host/bsc/Hash.h"
+#include "prm/Export.h"
+
+#include <QPoint>
+#include <QPointF>
+#include <QString>
+#include <QTextStream>
+#include <QVariant>
+
+#include <type_traits>
+
+namespace Prm {
+
+/// The general answers of `ValueType<T>`, for specialisations to start from: T's own `==`, its text stream operators,
+/// and its `QVariant` conversions (T must be declared with Q_DECLARE_METATYPE).
+template <class T> struct GeneralValueType {
+    /// The name in "Prm::Parameter<name>", by which the parameter's meta-type is registered.
+    static QString name() { return QString::fromLatin1(QMetaType::typeName(qMetaTypeId<T>())); }
+
+    /// Must be exact: an edit between values that count as equal is lost.
+    static bool equal(const T& a, const T& b) { return a == b; }
+
+    /// Appends the value's text, without a line break and in the C locale.
+    static void write(QString& text, const T& value) {
+        QTextStream stream(&text, QIODevice::WriteOnly | QIODevice::Append);
+        stream << value;
+    }
+    /// Reads what `write` has appended; text that is none leaves what the stream operator makes of it.
+    static T read(const QString& text) {
+        QString copy = text;
+        QTextStream stream(&copy, QIODevice::ReadOnly);
+        T value{};
+        stream >> value;
+        return value;
+    }
+
+    static QVariant toVariant(const T& value) { return QVariant::fromValue(value); }
+    /// A variant that does not convert gives `T()`.
+    static T fromVariant(const QVariant& variant) {
+        const int type = qMetaTypeId<T>();
+        if (variant.userType() == type)
+            return *static_cast<const T*>(variant.constData());
+        QVariant converted = variant;
+        if (!converted.convert(type))
+            return T{};
+        return *static_cast<const T*>(converted.constData());
+    }
+
+    /// Adds the bytes that tell values apart, the same on every machine: here those of the written text.
+    static void addToHash(Bsc::Hash& hash, const T& value) {
+        QString text;
+        write(text, value);
+        const QByteArray bytes = text.toUtf8();
+        hash.addData(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    }
+};
+
+/// All that the library must know of the values of a parameter. A type of the host's specialises it, normally starting
+/// from `GeneralValueType`, and replaces what does not suit it. Types that blend, so that they can have curves, add
+/// three more things:
+///
+///     static constexpr int componentCount;                    // how many numbers make up a value
+///     static double component(const T& value, int i);         // the i-th of them
+///     static T fromComponents(const double* components);      // a value of these numbers
+template <class T> struct ValueType : GeneralValueType<T> {};
+
+namespace detail {
+
+template <class T, class = void> struct Blends : std::false_type {};
+template <class T> struct Blends<T, std::void_t<decltype(ValueType<T>::componentCount)>> : std::true_type {};
+
+} // namespace detail
+
+/// Whether values of the type can be blended.
+template <class T> inline constexpr bool blends = detail::Blends<T>::value;
+
+template <> struct PRM_EXPORT ValueType<bool> : GeneralValueType<bool> {
+    /// The integer 1 or 0.
+    static void write(QString& text, const bool& value);
+    /// Reads an integer; every one but 0 is true.
+    static bool read(const QString& text);
+    static void addToHash(Bsc::Hash& hash, const bool& value);
+};
+
+template <> struct PRM_EXPORT ValueType<int> : GeneralValueType<int> {
+    static void write(QString& text, const int& value);
+    static int read(const QString& text);
+    static constexpr int componentCount = 1;
+    static double component(const int& value, int) { return value; }
+    /// Rounded half away from zero and held to the type's range; NaN gives 0.
+    static int fromComponents(const double* components);
+    static int fromVariant(const QVariant& variant);
+    static void addToHash(Bsc::Hash& hash, const int& value);
+};
+
+template <> struct PRM_EXPORT ValueType<unsigned int> : GeneralValueType<unsigned int> {
+    static void write(QString& text, const unsigned int& value);
+    static unsigned int read(const QString& text);
+    static constexpr int componentCount = 1;
+    static double component(const unsigned int& value, int) { return value; }
+    /// Rounded half away from zero and held to the type's range; NaN gives 0.
+    static unsigned int fromComponents(const double* components);
+    static unsigned int fromVariant(const QVariant& variant);
+    static void addToHash(Bsc::Hash& hash, const unsigned int& value);
+};
+
+template <> struct PRM_EXPORT ValueType<double> : GeneralValueType<double> {
+    /// NaN equals NaN, or setting it would count as a change every time.
+    static bool equal(const double& a, const double& b);
+    /// The shortest text that reads back as the same number.
+    static void write(QString& text, const double& value);
+    static double read(const QString& text);
+    static constexpr int componentCount = 1;
+    static double component(const double& value, int) { return value; }
+    static double fromComponents(const double* components) { return components[0]; }
+    static void addToHash(Bsc::Hash& hash, const double& value);
+};
+
+template <> struct PRM_EXPORT ValueType<QString> : GeneralValueType<QString> {
+    /// Between double quotes, escaped.
+    static void write(QString& text, const QString& value);
+    static QString read(const QString& text);
+    static void addToHash(Bsc::Hash& hash, const QString& value);
+};
+
+template <> struct PRM_EXPORT ValueType<QPointF> : GeneralValueType<QPointF> {
+    /// Not QPointF's own comparison, which is fuzzy.
+    static bool equal(const QPointF& a, const QPointF& b);
+    /// x, a blank, and y, each as the shortest text that reads back as the same number.
+    static void write(QString& text, const QPointF& value);
+    static QPointF read(const QString& text);
+    static constexpr int componentCount = 2;
+    static double component(const QPointF& value, int i) { return i == 0 ? value.x() : value.y(); }
+    static QPointF fromComponents(const double* components) { return {components[0], components[1]}; }
+    static void addToHash(Bsc::Hash& hash, const QPointF& value);
+};
+
+template <> struct PRM_EXPORT ValueType<QPoint> : GeneralValueType<QPoint> {
+    /// x, a blank, and y.
+    static void write(QString& text, const QPoint& value);
+    static QPoint read(const QString& text);
+    static void addToHash(Bsc::Hash& hash, const QPoint& value);
+};
+
+} // namespace Prm

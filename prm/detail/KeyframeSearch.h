@@ -1,0 +1,111 @@
+#pragma once
+
+#include "prm/KeyframeData.h"
+
+#include <QVector>
+
+namespace Prm::detail {
+
+// Searches in a list of keyframes in ascending order of time. Times are compared exactly. On a list out of order the
+// answers are without meaning, but always positions of the list.
+
+/// The position of the first keyframe that is not before the time, or the number of keyframes.
+template <class T> int lowerBound(const KeyframeData<T>* keyframes, int count, Time time) {
+    if (count == 0)
+        return 0;
+    // Without branches on the times: a guess about them goes wrong at every second step.
+    const KeyframeData<T>* first = keyframes;
+    while (count > 1) {
+        const int half = count / 2;
+        first = first[half - 1].time < time ? first + half : first;
+        count -= half;
+    }
+    return static_cast<int>(first - keyframes) + (first->time < time ? 1 : 0);
+}
+
+template <class T> int lowerBound(const QVector<KeyframeData<T>>& keyframes, Time time) {
+    return lowerBound(keyframes.constData(), keyframes.size(), time);
+}
+
+/// The position of the keyframe at the time, or -1.
+template <class T> int positionAt(const QVector<KeyframeData<T>>& keyframes, Time time) {
+    const int position = lowerBound(keyframes, time);
+    return position < keyframes.size() && keyframes.at(position).time == time ? position : -1;
+}
+
+/// Whether a keyframe lies at the time; it is copied to `out` unless that is null.
+template <class T>
+bool findKeyframeAtTime(const QVector<KeyframeData<T>>& keyframes, const Time& time, KeyframeData<T>* out) {
+    const int position = positionAt(keyframes, time);
+    if (position < 0)
+        return false;
+    if (out)
+        *out = keyframes.at(position);
+    return true;
+}
+
+/// The position of the nearest keyframe, the later one of two that are equally near. There must be a keyframe.
+template <class T> int nearestPosition(const QVector<KeyframeData<T>>& keyframes, Time time) {
+    int next = lowerBound(keyframes, time);
+    while (next < keyframes.size() && !(keyframes.at(next).time > time))
+        ++next;
+    if (next == keyframes.size())
+        return next - 1;
+    if (next == 0)
+        return 0;
+    const double ahead = keyframes.at(next).time - time;
+    const double behind = time - keyframes.at(next - 1).time;
+    return ahead <= behind ? next : next - 1;
+}
+
+/// The position of the first keyframe that, from the first on, is at or behind the time, then one further if it is at
+/// the time; -1 when there is none.
+template <class T> int nextPosition(const QVector<KeyframeData<T>>& keyframes, Time time) {
+    for (int i = 0; i < keyframes.size(); ++i) {
+        if (keyframes.at(i).time == time)
+            return i + 1 < keyframes.size() ? i + 1 : -1;
+        if (keyframes.at(i).time > time)
+            return i;
+    }
+    return -1;
+}
+
+/// The positions around a time: -1 where there is none, the same twice where a keyframe lies exactly at the time.
+struct Bracket {
+    int before = -1;
+    int after = -1;
+};
+
+template <class T> Bracket bracket(const KeyframeData<T>* keyframes, int count, Time time) {
+    if (time < keyframes[0].time)
+        return {-1, 0};
+    if (time > keyframes[count - 1].time)
+        return {count - 1, -1};
+    if (time == keyframes[0].time)
+        return {0, 0};
+    if (time == keyframes[count - 1].time)
+        return {count - 1, count - 1};
+    if (count <= 2)
+        return {0, count - 1};
+    // Strictly between the first and the last one, so the position found is neither 0 nor the end.
+    const int position = 1 + lowerBound(keyframes + 1, count - 2, time);
+    if (keyframes[position].time == time)
+        return {position, position};
+    return {position - 1, position};
+}
+
+/// The keyframes of `parameter` in `view` around the time. The locked list must not be empty.
+template <class Locked>
+BoundingKeyframes findClosestKeyframes(const Locked& locked, const Time& time, const View& view,
+                                       const ParameterWithoutType& parameter) {
+    const auto& keyframes = locked.keyframes();
+    const Bracket positions = bracket(keyframes.constData(), keyframes.size(), time);
+    BoundingKeyframes found;
+    if (positions.before >= 0)
+        found.before = KeyframeIndex(&parameter, view, static_cast<quint32>(positions.before));
+    if (positions.after >= 0)
+        found.after = KeyframeIndex(&parameter, view, static_cast<quint32>(positions.after));
+    return found;
+}
+
+} // namespace Prm::detail

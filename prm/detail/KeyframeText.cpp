@@ -1,0 +1,63 @@
+#include "prm/detail/KeyframeText.h"
+
+#include "prm/ParameterStrings.h"
+#include "prm/detail/TextTokens.h"
+
+#include <cmath>
+#include <stdexcept>
+
+namespace Prm::detail {
+
+namespace {
+
+QString sixDigits(double number) {
+    return QString::number(number, 'g', 6);
+}
+
+[[noreturn]] void refuse(const char* message, const QString& line) {
+    throw std::runtime_error(QString::fromLatin1(message).arg(line).toStdString());
+}
+
+/// Single precision is part of the format. What is no number is 0, what is too large for one the invalid time.
+Time readTime(const QString& text) {
+    const float time = text.toFloat();
+    return std::isinf(time) ? Time(Time::INVALID) : Time::fromFloat(time);
+}
+
+} // namespace
+
+void writeKeyframe(QString& text, View view, Time time, const QString& value, const IType& itype) {
+    const QLatin1String separator(", ");
+    const bool isBezier = itype.interpolation == Interpolation::Bezier;
+    if (view != View(View::defaultViewId()))
+        text += view.toString();
+    text += ParameterStrings::keyframes;
+    text += QLatin1String(".append( ");
+    text += isBezier ? ParameterStrings::bezierKey : ParameterStrings::key;
+    text += QLatin1String("( ");
+    text += sixDigits(time.toDouble());
+    text += separator;
+    text += value;
+    text += separator;
+    if (isBezier)
+        text += sixDigits(itype.x1) + separator + sixDigits(itype.y1) + separator + sixDigits(itype.x2) + separator +
+                sixDigits(itype.y2);
+    else
+        text += qstrInterpolationTypeString(itype.interpolation);
+    text += QLatin1String(" ) )");
+}
+
+KeyframeText readKeyframe(const QString& line, IType& itype) {
+    KeyframeText keyframe;
+    QString rest = line;
+    View::extractStringPrefix(rest, keyframe.view);
+    if (!rest.startsWith(ParameterStrings::keyframes, Qt::CaseInsensitive))
+        refuse("Cannot parse keyframe string '%1'", rest);
+    QString time;
+    if (!parseKeyframeDeclaration(rest, time, keyframe.value, itype))
+        refuse("Failed to parse Key() block: '%1'", rest);
+    keyframe.time = readTime(time);
+    return keyframe;
+}
+
+} // namespace Prm::detail

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "prm/Export.h"
+#include "prm/Interpolation.h"
+#include "prm/Time.h"
+#include "prm/View.h"
+
+#include <QString>
+
+namespace Prm::detail {
+
+/// Appends "keyframes.append( Key( <time>, <value>, <interpolation> ) )", or the Bezier form with its four numbers,
+/// with the view's prefix for every view but the default one. Times and shape numbers have six significant digits.
+PRM_EXPORT void writeKeyframe(QString& text, View view, Time time, const QString& value, const IType& itype);
+
+/// A keyframe line taken apart; the value is still text.
+struct KeyframeText {
+    /// The invalid view when the line names none.
+    View view = View::INVALID();
+    Time time;
+    QString value;
+};
+
+/// Takes a keyframe line apart; `itype` keeps its shape numbers unless the line is a Bezier one. Throws
+/// `std::runtime_error` ("Cannot parse keyframe string '...'", "Failed to parse Key() block: '...'").
+PRM_EXPORT KeyframeText readKeyframe(const QString& line, IType& itype);
+
+} // namespace Prm::detail

@@ -1,0 +1,226 @@
+#include "prm/detail/ReaderSlots.h"
+
+#include <algorithm>
+#include <chrono>
+#include <iterator>
+#include <thread>
+#include <utility>
+
+namespace Prm::detail {
+
+namespace {
+
+constexpr std::uintptr_t waiting = 1;
+constexpr std::uintptr_t writing = 2;
+constexpr std::uintptr_t marks = waiting | writing;
+
+std::atomic<ReaderRecord*> firstRecord{nullptr};
+
+std::uintptr_t threadOf(std::uintptr_t mark) {
+    return mark & ~marks;
+}
+
+/// The bottom record stands for its thread.
+std::uintptr_t thisThread() {
+    return ReaderRecord::mine().thread();
+}
+
+bool isWrittenHere(const std::atomic<std::uintptr_t>& mark) {
+    return threadOf(mark.load(std::memory_order_relaxed)) == thisThread();
+}
+
+} // namespace
+
+#if defined(__GNUC__)
+__thread ReaderRecord* t_readerRecord = nullptr;
+#else
+thread_local ReaderRecord* t_readerRecord = nullptr;
+#endif
+
+Lockable::~Lockable() = default;
+
+ReaderRecord& ReaderRecord::mine() {
+    struct Returned {
+        ~Returned() {
+            if (t_readerRecord)
+                giveBack(*t_readerRecord);
+            t_readerRecord = nullptr;
+        }
+    };
+    if (!t_readerRecord) {
+        static thread_local Returned returned;
+        static_cast<void>(returned);
+        t_readerRecord = &takeOne(nullptr);
+    }
+    return *t_readerRecord;
+}
+
+ReaderRecord& ReaderRecord::takeOne(ReaderRecord* below) {
+    ReaderRecord* record = firstRecord.load(std::memory_order_acquire);
+    for (; record; record = record->m_next) {
+        bool expected = false;
+        if (record->m_taken.compare_exchange_strong(expected, true))
+            break;
+    }
+    const bool made = !record;
+    if (made)
+        record = new ReaderRecord;
+    record->m_below = below;
+    const auto self = reinterpret_cast<std::uintptr_t>(record);
+    record->m_thread.store(below ? below->m_thread.load() : self);
+    if (made) {
+        record->m_next = firstRecord.load();
+        while (!firstRecord.compare_exchange_weak(record->m_next, record)) {
+        }
+    }
+    return *record;
+}
+
+void ReaderRecord::giveBack(ReaderRecord& record) {
+    deleteRetired(record);
+    record.m_below = nullptr;
+    record.m_taken.store(false, std::memory_order_release);
+}
+
+bool ReaderRecord::isReadElsewhere(const Lockable* block, std::uintptr_t thread) {
+    for (const ReaderRecord* record = firstRecord.load(); record; record = record->m_next) {
+        if (record->m_thread.load(std::memory_order_relaxed) == thread)
+            continue;
+        const auto& announced = record->m_announced;
+        if (std::any_of(announced.begin(), announced.end(), [=](const auto& slot) { return slot.load() == block; }))
+            return true;
+    }
+    return false;
+}
+
+bool ReaderRecord::isReadHere(const Lockable* block) {
+    for (const ReaderRecord* record = t_readerRecord; record; record = record->m_below) {
+        for (int i = 0; i < record->m_count; ++i) {
+            if (record->m_announced[static_cast<std::size_t>(i)].load(std::memory_order_relaxed) == block)
+                return true;
+        }
+    }
+    return false;
+}
+
+void ReaderRecord::deleteRetired(ReaderRecord& record) {
+    while (Lockable* block = record.m_retired) {
+        record.m_retired = block->m_nextRetired;
+        delete block;
+    }
+}
+
+bool ReadScope::mayPass(std::uintptr_t mark) const {
+    if (threadOf(mark) == m_record.thread())
+        return true;
+    const bool readsAlready = m_base > 0 || m_record.m_below;
+    return readsAlready && (mark & waiting) != 0;
+}
+
+bool ReadScope::announceInNewRecord(const Lockable* block) {
+    ReaderRecord& record = ReaderRecord::takeOne(t_readerRecord);
+    t_readerRecord = &record;
+    record.m_announced[0].store(block, std::memory_order_seq_cst);
+    record.m_count = 1;
+    return true;
+}
+
+void ReadScope::withdraw(const Lockable* block) {
+    for (ReaderRecord* record = t_readerRecord; record; record = record == &m_record ? nullptr : record->m_below) {
+        for (int i = record == &m_record ? m_base : 0; i < record->m_count; ++i) {
+            std::atomic<const Lockable*>& slot = record->m_announced[static_cast<std::size_t>(i)];
+            if (slot.load(std::memory_order_relaxed) == block)
+                slot.store(nullptr, std::memory_order_release);
+        }
+    }
+}
+
+void ReadScope::dropNewRecords() {
+    while (t_readerRecord != &m_record) {
+        ReaderRecord& record = *t_readerRecord;
+        t_readerRecord = record.m_below;
+        while (record.m_count > 0)
+            record.m_announced[static_cast<std::size_t>(--record.m_count)].store(nullptr, std::memory_order_release);
+        ReaderRecord::giveBack(record);
+    }
+}
+
+void ReadScope::standBack(int attempt) {
+    constexpr int patience = 64;
+    if (attempt < patience)
+        std::this_thread::yield();
+    else
+        std::this_thread::sleep_for(std::chrono::microseconds(50));
+}
+
+WriteScope::WriteScope(Lockable& block) {
+    // Announced as well, so that a block which is thrown away meanwhile outlives this scope.
+    m_reading.announce(&block);
+    if (isWrittenHere(block.m_mark))
+        return;
+    m_single = &block;
+    acquire(&m_single, 1);
+}
+
+WriteScope::WriteScope(std::vector<Lockable*> kept, std::vector<Lockable*> discarded)
+    : m_kept(std::move(kept)), m_discarded(std::move(discarded)) {
+    std::vector<Lockable*> all;
+    all.reserve(m_kept.size() + m_discarded.size());
+    const auto writtenHere = [](const Lockable* block) { return isWrittenHere(block->m_mark); };
+    m_kept.erase(std::remove_if(m_kept.begin(), m_kept.end(), writtenHere), m_kept.end());
+    std::remove_copy_if(m_discarded.begin(), m_discarded.end(), std::back_inserter(all), writtenHere);
+    all.insert(all.end(), m_kept.begin(), m_kept.end());
+    acquire(all.data(), all.size());
+}
+
+WriteScope::~WriteScope() {
+    // Discarded blocks keep their mark: a reader that has just announced one steps back and looks again.
+    std::for_each(m_discarded.begin(), m_discarded.end(), retire);
+    release(m_kept.data(), m_kept.size());
+    if (m_single)
+        release(&m_single, 1);
+}
+
+void WriteScope::acquire(Lockable* const* blocks, std::size_t count) {
+    const std::uintptr_t thread = thisThread();
+    Lockable* const* const end = blocks + count;
+    const auto isRead = [=](const Lockable* block) { return ReaderRecord::isReadElsewhere(block, thread); };
+    const auto markAll = [=](std::uintptr_t mark) {
+        std::for_each(blocks, end, [=](Lockable* block) { block->m_mark.store(thread | mark); });
+    };
+    std::for_each(blocks, end, [=](Lockable* block) {
+        std::uintptr_t free = 0;
+        for (int attempt = 0; !block->m_mark.compare_exchange_strong(free, thread | writing); ++attempt) {
+            free = 0;
+            ReadScope::standBack(attempt);
+        }
+    });
+    while (std::any_of(blocks, end, isRead)) {
+        markAll(waiting);
+        for (int attempt = 0; std::any_of(blocks, end, isRead); ++attempt)
+            ReadScope::standBack(attempt);
+        markAll(writing);
+    }
+}
+
+void WriteScope::release(Lockable* const* blocks, std::size_t count) {
+    std::for_each(blocks, blocks + count, [](Lockable* block) { block->m_mark.store(0, std::memory_order_release); });
+}
+
+void retire(Lockable* block) {
+    if (!block)
+        return;
+    for (int attempt = 0; ReaderRecord::isReadElsewhere(block, thisThread()); ++attempt)
+        ReadScope::standBack(attempt);
+    if (!ReaderRecord::isReadHere(block)) {
+        delete block;
+        return;
+    }
+    ReaderRecord* bottom = t_readerRecord;
+    while (bottom->m_below)
+        bottom = bottom->m_below;
+    block->m_nextRetired = bottom->m_retired;
+    bottom->m_retired = block;
+}
+
+} // namespace Prm::detail

@@ -1,0 +1,169 @@
+#pragma once
+
+#include "prm/Export.h"
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace Prm::detail {
+
+/// How evaluation on any thread lives beside the edits of the owning thread.
+///
+/// Every thread announces the blocks that it reads in a record of its own; nothing that two readers share is written,
+/// so readers do not slow each other down. A writer marks its block, looks through the records, and waits until no
+/// other thread reads that block; a reader that finds its block marked steps back and tries again. The announcement and
+/// the mark are both sequentially consistent, so at least one side always sees the other.
+///
+/// A thread that already reads something must not wait for a writer that is itself still waiting for readers: it may
+/// pass a mark that is only `Waiting`, and the writer looks once more after it has raised the mark to `Writing`. A
+/// writer in that last state waits for nobody.
+
+class ReaderRecord;
+class Lockable;
+PRM_EXPORT void retire(Lockable* block);
+
+/// What is announced and marked: one block of data. Deleted through this base once nobody reads it any more.
+class PRM_EXPORT Lockable {
+public:
+    Lockable() = default;
+    /// A copy is another block: unmarked and unread.
+    Lockable(const Lockable&) {}
+    Lockable& operator=(const Lockable&) { return *this; }
+    virtual ~Lockable();
+
+private:
+    friend class ReaderRecord;
+    friend class ReadScope;
+    friend class WriteScope;
+    friend PRM_EXPORT void retire(Lockable* block);
+
+    /// The writing thread's record and one of the marks below, or 0.
+    std::atomic<std::uintptr_t> m_mark{0};
+    Lockable* m_nextRetired = nullptr;
+};
+
+/// One thread's announcements. Records are never freed; a new thread takes over that of one that has ended.
+class PRM_EXPORT ReaderRecord {
+public:
+    static constexpr int capacity = 7;
+
+    /// This thread's record.
+    static ReaderRecord& mine();
+    /// Stands for the thread that holds the record.
+    std::uintptr_t thread() const { return m_thread.load(std::memory_order_relaxed); }
+
+private:
+    friend class ReadScope;
+    friend class WriteScope;
+    friend PRM_EXPORT void retire(Lockable* block);
+
+    static ReaderRecord& takeOne(ReaderRecord* below);
+    static void giveBack(ReaderRecord& record);
+    static bool isReadElsewhere(const Lockable* block, std::uintptr_t thread);
+    static bool isReadHere(const Lockable* block);
+    static void deleteRetired(ReaderRecord& record);
+
+    /// Read by writers; this cache line is written by the thread alone.
+    alignas(64) std::array<std::atomic<const Lockable*>, capacity> m_announced{};
+    int m_count = 0;
+
+    /// The same for all records that one thread holds.
+    std::atomic<std::uintptr_t> m_thread{0};
+    /// The record whose announcements came before, when one record was too small.
+    ReaderRecord* m_below = nullptr;
+    ReaderRecord* m_next = nullptr;
+    Lockable* m_retired = nullptr;
+    std::atomic<bool> m_taken{true};
+};
+
+#if defined(__GNUC__)
+extern PRM_EXPORT __thread ReaderRecord* t_readerRecord __attribute__((tls_model("initial-exec")));
+#else
+extern PRM_EXPORT thread_local ReaderRecord* t_readerRecord;
+#endif
+
+/// Announcements of this thread that end with the scope. Scopes nest like a stack.
+class PRM_EXPORT ReadScope {
+public:
+    ReadScope() : m_record(t_readerRecord ? *t_readerRecord : ReaderRecord::mine()), m_base(m_record.m_count) {}
+    ~ReadScope() { retract(); }
+    ReadScope(const ReadScope&) = delete;
+    ReadScope& operator=(const ReadScope&) = delete;
+
+    /// Announces a block that may be gone already: the caller looks afterwards whether it is still in its place, and
+    /// only then calls `mayRead`. False when this thread reads it already, and nothing was announced.
+    bool announce(const Lockable* block) {
+        if (m_base > 0 || m_record.m_below) {
+            if (ReaderRecord::isReadHere(block))
+                return false;
+            if (t_readerRecord->m_count == ReaderRecord::capacity)
+                return announceInNewRecord(block);
+        }
+        ReaderRecord& record = *t_readerRecord;
+        record.m_announced[static_cast<std::size_t>(record.m_count++)].store(block, std::memory_order_seq_cst);
+        return true;
+    }
+
+    /// Whether no writer keeps the announced block from being read.
+    bool mayRead(const Lockable& block) const {
+        const std::uintptr_t mark = block.m_mark.load(std::memory_order_seq_cst);
+        return mark == 0 || mayPass(mark);
+    }
+
+    /// Takes back one announcement of this scope.
+    void withdraw(const Lockable* block);
+
+    /// Takes back what this scope has announced.
+    void retract() {
+        if (t_readerRecord != &m_record)
+            dropNewRecords();
+        while (m_record.m_count > m_base)
+            m_record.m_announced[static_cast<std::size_t>(--m_record.m_count)].store(nullptr,
+                                                                                     std::memory_order_release);
+        if (m_record.m_retired && m_record.m_count == 0)
+            ReaderRecord::deleteRetired(m_record);
+    }
+
+    /// Lets a writer get on, longer with every attempt.
+    static void standBack(int attempt);
+
+private:
+    bool mayPass(std::uintptr_t mark) const;
+    bool announceInNewRecord(const Lockable* block);
+    void dropNewRecords();
+
+    ReaderRecord& m_record;
+    int m_base;
+};
+
+/// Keeps every other thread out of blocks that are going to be edited in place; blocks that this thread already writes
+/// or reads are no obstacle. Scopes nest.
+class PRM_EXPORT WriteScope {
+public:
+    /// The block may be thrown away within the scope, by `retire` or by a scope inside.
+    explicit WriteScope(Lockable& block);
+    /// All at once: no block stays closed to readers while another one is still waited for. The discarded blocks have
+    /// become unreachable by the end of the scope, which retires them; nothing may call out of the scope.
+    WriteScope(std::vector<Lockable*> kept, std::vector<Lockable*> discarded);
+    ~WriteScope();
+    WriteScope(const WriteScope&) = delete;
+    WriteScope& operator=(const WriteScope&) = delete;
+
+private:
+    static void acquire(Lockable* const* blocks, std::size_t count);
+    static void release(Lockable* const* blocks, std::size_t count);
+
+    ReadScope m_reading;
+    Lockable* m_single = nullptr;
+    std::vector<Lockable*> m_kept;
+    std::vector<Lockable*> m_discarded;
+};
+
+/// Deletes a block that nobody can reach any more, as soon as no thread reads it: waits for other threads, and leaves
+/// it to the end of its own reading when this thread itself reads it.
+PRM_EXPORT void retire(Lockable* block);
+
+} // namespace Prm::detail

@@ -1,0 +1,49 @@
+#pragma once
+
+// One keyframe of a parameter as a value of its own.
+
+#include "prm/Parameter.h"
+#include "prm/SerialisedKeyframe.h"
+#include "prm/detail/KeyframeText.h"
+
+namespace Prm {
+
+template <class T> class Parameter<T>::TypedSerialisedKeyframe : public SerialisedKeyframe {
+public:
+    Context context() const override { return {time, view, flags}; }
+
+    void adjustTime(float delta) override {
+        time = time + static_cast<double>(delta);
+        flags = {};
+    }
+
+    QString toString() const override {
+        QString written;
+        ValueType<T>::write(written, value);
+        QString text;
+        detail::writeKeyframe(text, view, time, written, itype);
+        return text;
+    }
+
+    void setFromString(const QString& text) override {
+        const detail::KeyframeText read = detail::readKeyframe(text, itype);
+        time = read.time;
+        if (read.view.isValid())
+            view = read.view;
+        else if (!view.isValid())
+            view = View(View::defaultViewId());
+        flags = {};
+        value = ValueType<T>::read(valueMapper ? valueMapper(read.value) : read.value);
+    }
+
+    Time time;
+    /// The invalid view stands for none.
+    View view = View::INVALID();
+    AnimationFlags flags;
+    T value{};
+    IType itype;
+    /// Applied to the text of a value before it is read; may be empty.
+    TextConversion valueMapper;
+};
+
+} // namespace Prm

@@ -1,0 +1,220 @@
+#pragma once
+
+// The direct edits of keyframes, static values and kinds of curve. Each guards, changes, and tells.
+
+#include "prm/Parameter.h"
+#include "prm/detail/KeyframeInsertion.h"
+
+#include <vector>
+
+namespace Prm {
+
+/// Whether the value was new.
+template <class T> bool Parameter<T>::storeStaticValue(PVData& data, const T& value) {
+    if (ValueType<T>::equal(data.staticValue, value))
+        return false;
+    const LockedKeyframes lock(&data);
+    data.staticValue = value;
+    return true;
+}
+
+template <class T> int Parameter<T>::insertKeyframe(PVData& data, Time time, const T& value) {
+    return detail::insertKeyframe(data.keyframes, KeyframeData<T>(time, value), defaultInterpolation(), isReadingIn(),
+                                  [this](const KeyframeData<T>& from, const KeyframeData<T>& to, Interpolation kind) {
+                                      return initialiseInterpolation(from, to, kind);
+                                  });
+}
+
+template <class T> int Parameter<T>::vSetValue(const T& value, const Context& context) {
+    const View view = context.view;
+    const Time time = context.time;
+    PVData* const data = targetData(view);
+    if (!data)
+        return -1;
+    if (!isKeyframed() || !time.isValid()) {
+        if (storeStaticValue(*data, value))
+            ParameterChange::keyframeChangedValue(*this, -1, view);
+        return -1;
+    }
+    int position = detail::positionAt(data->keyframes, time);
+    const bool isNew = position < 0;
+    if (!isNew && ValueType<T>::equal(data->keyframes.at(position).value, value))
+        return position;
+    {
+        LockedKeyframes lock(data);
+        if (isNew)
+            position = insertKeyframe(*data, time, value);
+        else
+            lock.keyframes()[position].value = value;
+    }
+    const detail::LifeGuard guard(*this);
+    if (isNew)
+        ParameterChange::keyframeAdded(*this, position, view);
+    if (guard.alive())
+        ParameterChange::keyframeChangedValue(*this, position, view);
+    return position;
+}
+
+template <class T> int Parameter<T>::iAddKeyframe(const Context& context) {
+    if (!isKeyframed() || !context.time.isValid())
+        return -1;
+    const View view = context.view;
+    const Time time = context.time;
+    const T present = value(context, nullptr);
+    PVData* const data = targetData(view);
+    if (!data || detail::positionAt(data->keyframes, time) >= 0)
+        return -1;
+    int position = -1;
+    {
+        const LockedKeyframes lock(data);
+        position = insertKeyframe(*data, time, present);
+    }
+    ParameterChange::keyframeAdded(*this, position, view);
+    return position;
+}
+
+template <class T> int Parameter<T>::iAddKeyframe(const Frame& frame, const AnimationState& state) {
+    if (!isKeyframed())
+        return 0;
+    const detail::LifeGuard guard(*this);
+    const Time time = Time::fromUInt(frame.toUInt());
+    const std::vector<View> views = state.views();
+    int last = -1;
+    for (const View view : views) {
+        const int added = iAddKeyframe(Context(time, view, state));
+        if (added >= 0)
+            last = added;
+        if (!guard.alive())
+            break;
+    }
+    return last;
+}
+
+template <class T> void Parameter<T>::vDeleteKeyframe(const Context::Explicit& context) {
+    if (hidesKeyframesOf(context.view))
+        return;
+    const Context removed(context);
+    PVData* const data = targetData(removed.view);
+    const int position = data ? detail::positionAt(data->keyframes, removed.time) : -1;
+    if (position < 0)
+        return;
+    {
+        LockedKeyframes lock(data);
+        KeyframeVector& keyframes = lock.keyframes();
+        if (keyframes.size() == 1)
+            data->staticValue = keyframes.at(0).value;
+        keyframes.remove(position);
+    }
+    ParameterChange::keyframeRemoved(*this, position, removed);
+}
+
+template <class T> void Parameter<T>::vDeleteAllKeyframes(const View& view) {
+    if (hidesKeyframesOf(view))
+        return;
+    PVData* const data = targetData(view);
+    if (!data || data->keyframes.isEmpty())
+        return;
+    KeyframeVector removed;
+    {
+        LockedKeyframes lock(data);
+        lock.keyframes().swap(removed);
+    }
+    // Not the factory: observers of this change are never told which view was cleared.
+    ParameterChange change(ParameterChange::VIEW_CLEARED, *this, 0);
+    emitChange(change);
+}
+
+template <class T> void Parameter<T>::vReset(const Context& context) {
+    const View view = context.view;
+    if (!hidesKeyframesOf(view) && keyframeCount(view) > 0) {
+        const Context::Explicit exact(context.time, view);
+        if (bKeyframeAt(exact))
+            vDeleteKeyframe(exact);
+        return;
+    }
+    PVData* const data = targetData(view);
+    if (!data)
+        return;
+    storeStaticValue(*data, defaultValue());
+    ParameterChange::viewReset(*this, view);
+}
+
+template <class T> bool Parameter<T>::vSetInterpolation(Interpolation kind, const Context& context) {
+    const View view = context.view;
+    if (!isKeyframed() || !hasDataToEdit(view))
+        return false;
+    PVData* const data = targetData(view);
+    const int position = data ? detail::positionAt(data->keyframes, context.time) : -1;
+    if (position < 0)
+        return false;
+    {
+        LockedKeyframes lock(data);
+        KeyframeVector& keyframes = lock.keyframes();
+        IType shaped = keyframes.at(position).interpolationData;
+        shaped.interpolation = kind;
+        if (position + 1 < keyframes.size())
+            shaped = initialiseInterpolation(keyframes.at(position), keyframes.at(position + 1), kind);
+        keyframes[position].interpolationData = shaped;
+    }
+    ParameterChange::keyframeChangedInterpolation(*this, position, view);
+    return true;
+}
+
+template <class T> void Parameter<T>::vSetInterpolationData(IType itype, unsigned int index, const View& view) {
+    const View addressed = view;
+    if (!isKeyframed() || !hasDataToEdit(addressed))
+        return;
+    PVData* const data = targetData(addressed);
+    if (!data || index >= static_cast<unsigned int>(data->keyframes.size()))
+        return;
+    {
+        LockedKeyframes lock(data);
+        lock.keyframes()[static_cast<int>(index)].interpolationData = itype;
+    }
+    ParameterChange::keyframeChangedInterpolation(*this, static_cast<int>(index), addressed);
+}
+
+/// Whether an edit of existing keyframes can apply: it never splits a view off.
+template <class T> bool Parameter<T>::hasDataToEdit(const View& view) const {
+    return !splittable() || hasViewData(view);
+}
+
+template <class T> void Parameter<T>::vSetExtrapolationBefore(Extrapolation kind) {
+    if (!isKeyframed())
+        return;
+    m_extrapolationBefore.store(kind);
+    ParameterChange::changedExtrapolationBefore(*this);
+}
+
+template <class T> void Parameter<T>::vSetExtrapolationAfter(Extrapolation kind) {
+    if (!isKeyframed())
+        return;
+    m_extrapolationAfter.store(kind);
+    ParameterChange::changedExtrapolationAfter(*this);
+}
+
+template <class T> void Parameter<T>::adjustKeyframesTime(const boost::function<Time(Time)>& mapping) {
+    if (!isKeyframed())
+        return;
+    const boost::function<Time(Time)> map = mapping;
+    const detail::LifeGuard guard(*this);
+    const std::vector<View> views = viewList();
+    for (const View view : views) {
+        PVData* const data = m_views.findRealViewData(view);
+        if (!data)
+            continue;
+        LockedKeyframes lock(data);
+        const int count = data->keyframes.size();
+        for (int i = 0; i < count; ++i) {
+            const Time mapped = map(data->keyframes.at(i).time);
+            // The mapping may have edited this very list, or thrown it away.
+            if (!guard.alive() || i >= data->keyframes.size())
+                break;
+            lock.keyframes()[i].time = mapped;
+        }
+        if (!guard.alive())
+            return;
+    }
+}
+
+} // namespace Prm

@@ -1,0 +1,166 @@
+#pragma once
+
+// The value at a time in a view, and the kinds of curve that lead to it.
+
+#include "prm/Parameter.h"
+#include "prm/detail/KeyframeSearch.h"
+
+#include <type_traits>
+
+namespace Prm {
+
+/// The master, if its values are of this type.
+template <class T> const Parameter<T>* Parameter<T>::typedMaster() const {
+    const ParameterWithoutType* const master = masterParameter();
+    return master ? dynamic_cast<const Parameter*>(master) : nullptr;
+}
+
+/// An unsplittable parameter shows in every view what the source data hold, which any unknown view reads.
+template <class T> View Parameter<T>::evaluationView(const View& view) const {
+    return splittable() ? view : View::INVALID();
+}
+
+template <class T> T Parameter<T>::value(const Context& context, Cache* cache) const {
+    if (const Parameter* master = typedMaster())
+        return master->value(context, cache);
+    const View view = evaluationView(context.view);
+    {
+        const ReadBlock block = read(view);
+        if (!isKeyframed())
+            return block->staticValue;
+        const bool blended = splittable() && viewInterpolation().mode != MVInterpolationParams::Off;
+        if (!blended || block.belongsTo(view))
+            return valueIn(block, context, cache);
+    }
+    const detail::SourceViews sources = sourceViews(context.view);
+    return sources.empty() ? valueInView(view, context, cache) : computedValue(context, sources, cache);
+}
+
+template <class T> detail::SourceViews Parameter<T>::sourceViews(const View& view) const {
+    detail::SourceViews sources;
+    m_views.readViewList([&](const std::vector<View>& list) {
+        sources = detail::interpolationSourceViews(viewInterpolation(), view, list);
+    });
+    return sources;
+}
+
+template <class T> T Parameter<T>::valueInView(const View& view, const Context& context, Cache* cache) const {
+    const ReadBlock block = read(view);
+    return valueIn(block, context, cache);
+}
+
+/// The value in one view's data alone.
+template <class T> T Parameter<T>::valueIn(const ReadBlock& block, const Context& context, Cache* cache) const {
+    if (block.keyframes().isEmpty())
+        return supportsExtrapolationFromNoKeys() ? extrapolateValue({}, context, cache) : block->staticValue;
+    const BoundingKeyframes around = detail::findClosestKeyframes(block, context.time, block->view, *this);
+    if (!around.before.parameter || !around.after.parameter)
+        return extrapolateValue(around, context, cache);
+    if (around.before.index == around.after.index)
+        return block.keyframes().at(static_cast<int>(around.before.index)).value;
+    return interpolateValue(around, context, cache);
+}
+
+template <class T>
+template <int count>
+T Parameter<T>::computedValue(const Context& context, const detail::SourceViews& views, Cache* cache) const {
+    if constexpr (count > 1 && blends<T>) {
+        constexpr int components = ValueType<T>::componentCount;
+        const auto weights = detail::sourceWeights(views, context.view);
+        std::array<double, components> sum{};
+        for (int i = 0; i < count; ++i) {
+            const T value = valueInView(views[i], context, cache);
+            for (int c = 0; c < components; ++c)
+                sum[static_cast<std::size_t>(c)] +=
+                    weights[static_cast<std::size_t>(i)] * ValueType<T>::component(value, c);
+        }
+        return ValueType<T>::fromComponents(sum.data());
+    } else {
+        return valueInView(views[0], context, cache);
+    }
+}
+
+template <class T>
+T Parameter<T>::computedValue(const Context& context, const detail::SourceViews& views, Cache* cache) const {
+    switch (views.size()) {
+    case 1:
+        return computedValue<1>(context, views, cache);
+    case 2:
+        return computedValue<2>(context, views, cache);
+    default:
+        return computedValue<3>(context, views, cache);
+    }
+}
+
+template <class T> T Parameter<T>::interpolateValue(const BoundingKeyframes& keyframes, const Context&, Cache*) const {
+    return keyframeValue(keyframes.before.index, keyframes.before.view);
+}
+
+template <class T> T Parameter<T>::extrapolateValue(const BoundingKeyframes& keyframes, const Context&, Cache*) const {
+    const KeyframeIndex& edge = keyframes.before.view == View::INVALID() ? keyframes.after : keyframes.before;
+    return keyframeValue(edge.index, edge.view);
+}
+
+template <class T> bool Parameter<T>::supportsExtrapolationFromNoKeys() const {
+    return false;
+}
+
+template <class T>
+IType Parameter<T>::initialiseInterpolation(const KeyframeData<T>&, const KeyframeData<T>&, Interpolation kind) const {
+    return {kind};
+}
+
+template <class T> Extrapolation Parameter<T>::extrapolationBefore() const {
+    if (const Parameter* master = typedMaster())
+        return master->extrapolationBefore();
+    return isKeyframed() ? m_extrapolationBefore.load(std::memory_order_relaxed) : Extrapolation::Constant;
+}
+
+template <class T> Extrapolation Parameter<T>::extrapolationAfter() const {
+    if (const Parameter* master = typedMaster())
+        return master->extrapolationAfter();
+    return isKeyframed() ? m_extrapolationAfter.load(std::memory_order_relaxed) : Extrapolation::Constant;
+}
+
+template <class T> Interpolation Parameter<T>::interpolation(const Context& context) const {
+    if (const Parameter* master = typedMaster())
+        return master->interpolation(context);
+    if (!isKeyframed())
+        return Interpolation::Constant;
+    const ReadBlock block = read(context.view);
+    const KeyframeVector& keyframes = block.keyframes();
+    if (keyframes.isEmpty())
+        return defaultInterpolation();
+    const int position = detail::lowerBound(keyframes, context.time);
+    const bool governs = position == 0 || (position < keyframes.size() && keyframes.at(position).time == context.time);
+    return keyframes.at(governs ? position : position - 1).interpolationData.interpolation;
+}
+
+template <class T> Interpolation Parameter<T>::interpolation(const KeyframeIndex& keyframe) const {
+    return interpolationData(keyframe).interpolation;
+}
+
+template <class T> IType Parameter<T>::interpolationData(const KeyframeIndex& keyframe) const {
+    if (const Parameter* master = typedMaster())
+        return master->interpolationData(keyframe);
+    const ReadBlock block = read(keyframe.view);
+    const KeyframeVector& keyframes = block.keyframes();
+    if (keyframe.index >= static_cast<quint32>(keyframes.size()))
+        return {defaultInterpolation()};
+    return keyframes.at(static_cast<int>(keyframe.index)).interpolationData;
+}
+
+template <class T> void Parameter<T>::calculateHash(Bsc::Hash& hash, const Context& context) const {
+    const bool atFrame = Frame(context).isValid();
+    ValueType<T>::addToHash(hash, atFrame ? value(context, nullptr) : staticValue(View(View::defaultViewId())));
+}
+
+template <class T> MVInterpolationParams Parameter<T>::viewInterpolation() const {
+    return {static_cast<MVInterpolationParams::Mode>(m_viewInterpolation.load(std::memory_order_relaxed))};
+}
+
+template <class T> void Parameter<T>::setViewInterpolation(const MVInterpolationParams& params) {
+    m_viewInterpolation.store(params.mode);
+}
+
+} // namespace Prm

@@ -1,0 +1,120 @@
+#pragma once
+
+// Questions about the keyframes of one view.
+
+#include "prm/Parameter.h"
+#include "prm/detail/KeyframeSearch.h"
+
+#include <algorithm>
+
+namespace Prm {
+
+template <class T> unsigned int Parameter<T>::insertionIndex(const Time& time, const LockedKeyframes& keyframes) const {
+    return static_cast<unsigned int>(detail::lowerBound(keyframes.keyframes(), time));
+}
+
+template <class T>
+unsigned int Parameter<T>::keyframeIndexForTime(const Time& time, const LockedKeyframes& keyframes) const {
+    // No keyframe, -1, is the invalid index.
+    return static_cast<unsigned int>(detail::positionAt(keyframes.keyframes(), time));
+}
+
+template <class T> unsigned int Parameter<T>::keyframeIndexForTime(const Context& context) const {
+    return static_cast<unsigned int>(detail::positionAt(read(context.view).keyframes(), context.time));
+}
+
+template <class T> bool Parameter<T>::hasViewData(const View& view) const {
+    return read(view).belongsTo(view);
+}
+
+template <class T> bool Parameter<T>::hidesKeyframesOf(const View& view) const {
+    return !isKeyframed() || (splittable() && !hasViewData(view));
+}
+
+/// The position that a search finds in the list of a view, -1 where the question has no answer.
+template <class T> template <class Find> int Parameter<T>::findKeyframe(const View& view, const Find& find) const {
+    if (hidesKeyframesOf(view))
+        return -1;
+    const ReadBlock block = read(view);
+    return block.keyframes().isEmpty() ? -1 : find(block.keyframes());
+}
+
+template <class T> unsigned int Parameter<T>::keyframeCount(const View& view) const {
+    return hidesKeyframesOf(view) ? 0 : static_cast<unsigned int>(read(view).keyframes().size());
+}
+
+template <class T> Context Parameter<T>::keyframeTime(unsigned int index, const View& view) const {
+    if (!isKeyframed())
+        return {Time(), view};
+    const ReadBlock block = read(view);
+    const KeyframeVector& keyframes = block.keyframes();
+    const bool there = index < static_cast<unsigned int>(keyframes.size());
+    return {there ? keyframes.at(static_cast<int>(index)).time : Time(), view};
+}
+
+template <class T> KeyframeData<T> Parameter<T>::keyframe(unsigned int index, const View& view) const {
+    const bool keyframed = isKeyframed();
+    const ReadBlock block = read(view);
+    const KeyframeVector& keyframes = block.keyframes();
+    if (!keyframed || keyframes.isEmpty())
+        return {Time::INVALID, block->staticValue, IType(defaultInterpolation())};
+    return keyframes.at(static_cast<int>(std::min(index, static_cast<unsigned int>(keyframes.size()) - 1)));
+}
+
+template <class T> T Parameter<T>::keyframeValue(unsigned int index, const View& view) const {
+    const bool keyframed = isKeyframed();
+    const ReadBlock block = read(view);
+    const KeyframeVector& keyframes = block.keyframes();
+    if (!keyframed || keyframes.isEmpty())
+        return block->staticValue;
+    return keyframes.at(static_cast<int>(std::min(index, static_cast<unsigned int>(keyframes.size()) - 1))).value;
+}
+
+template <class T> bool Parameter<T>::bKeyframeAt(const Context::Explicit& context) const {
+    return findKeyframe(context.view,
+                        [&](const auto& keyframes) { return detail::positionAt(keyframes, context.time); }) >= 0;
+}
+
+template <class T> bool Parameter<T>::bNextKeyframe(const Context& context, Context& next) const {
+    return findKeyframe(context.view, [&](const auto& keyframes) {
+               const int position = detail::nextPosition(keyframes, context.time);
+               if (position >= 0)
+                   next = Context(keyframes.at(position).time, context.view);
+               return position;
+           }) >= 0;
+}
+
+template <class T> bool Parameter<T>::bPreviousKeyframe(const Context& context, Context& previous) const {
+    return findKeyframe(context.view, [&](const auto& keyframes) {
+               const int position = detail::lowerBound(keyframes, context.time) - 1;
+               if (position >= 0)
+                   previous = Context(keyframes.at(position).time, context.view);
+               return position;
+           }) >= 0;
+}
+
+template <class T> bool Parameter<T>::bNearestKeyframeIndex(const Context& context, unsigned int& index) const {
+    const int position = findKeyframe(
+        context.view, [&](const auto& keyframes) { return detail::nearestPosition(keyframes, context.time); });
+    if (position >= 0)
+        index = static_cast<unsigned int>(position);
+    return position >= 0;
+}
+
+template <class T> bool Parameter<T>::bNearestKeyframeTime(const Context& context, Time& time) const {
+    return findKeyframe(context.view, [&](const auto& keyframes) {
+               const int position = detail::nearestPosition(keyframes, context.time);
+               time = keyframes.at(position).time;
+               return position;
+           }) >= 0;
+}
+
+template <class T> QVector<Context> Parameter<T>::allKeyframes() const {
+    QVector<Context> all;
+    const std::vector<View> views = viewList();
+    for (const View view : views)
+        forEachKeyframeTime([&](const Context& keyframe) { all.append(keyframe); }, view);
+    return all;
+}
+
+} // namespace Prm

@@ -1,0 +1,134 @@
+#pragma once
+
+// What a parameter stores: construction, flags and defaults, the block that an edit changes, assignment.
+
+#include "prm/Parameter.h"
+
+#include <QMetaType>
+
+namespace Prm {
+
+template <class T> Parameter<T>::Parameter() : Parameter(QString()) {}
+
+template <class T>
+Parameter<T>::Parameter(const QString& name, const T& value, ParameterOptions options, ParameterSet* parent)
+    : ParameterWithoutType(options.testFlag(Locked), options.testFlag(Hidden), parent),
+      m_keyframed(options.testFlag(Keyframed)), m_splittable(options.testFlag(Splittable)),
+      m_defaultInterpolation(blends<T> ? Interpolation::Linear : Interpolation::Constant), m_views(value) {
+    ParameterWithoutType::setScriptName(name);
+}
+
+template <class T>
+Parameter<T>::Parameter(const Parameter& other)
+    : Bsc::MementoUndoable(other), ParameterWithoutType(other), m_keyframed(other.m_keyframed.load()),
+      m_splittable(other.m_splittable.load()), m_isSplit(other.m_isSplit.load()),
+      m_viewInterpolation(other.m_viewInterpolation.load()), m_extrapolationBefore(other.m_extrapolationBefore.load()),
+      m_extrapolationAfter(other.m_extrapolationAfter.load()),
+      m_defaultInterpolation(other.m_defaultInterpolation.load()) {
+    m_views.assignViews(other.m_views, [] {});
+}
+
+template <class T> Parameter<T>::~Parameter() {
+    announceDeletion();
+}
+
+template <class T> int Parameter<T>::qMetaType() const {
+    static const int id = [] {
+        const QString name = QStringLiteral("Prm::Parameter<%1>").arg(ValueType<T>::name());
+        return qRegisterMetaType<Parameter<T>>(name.toLatin1().constData());
+    }();
+    return id;
+}
+
+template <class T> const std::type_info& Parameter<T>::tRawValueType() const {
+    return typeid(T);
+}
+
+template <class T> bool Parameter<T>::isKeyframed() const {
+    return m_keyframed.load(std::memory_order_relaxed);
+}
+
+template <class T> bool Parameter<T>::isSplit() const {
+    return m_isSplit.load(std::memory_order_relaxed);
+}
+
+template <class T> bool Parameter<T>::splittable() const {
+    return m_splittable.load(std::memory_order_relaxed);
+}
+
+template <class T> void Parameter<T>::setSplittable(bool splittable) {
+    m_splittable.store(splittable);
+}
+
+template <class T> T Parameter<T>::defaultValue() const {
+    detail::ReadScope scope;
+    const PVData& data = m_views.pinTemplate(scope);
+    return data.staticValue;
+}
+
+template <class T> void Parameter<T>::vSetDefault(const T& value) {
+    PVData& data = m_views.templateData();
+    const detail::WriteScope scope(data);
+    data.staticValue = value;
+}
+
+template <class T> Interpolation Parameter<T>::defaultInterpolation() const {
+    return m_defaultInterpolation.load(std::memory_order_relaxed);
+}
+
+template <class T> void Parameter<T>::vSetDefaultInterpolation(Interpolation kind) {
+    m_defaultInterpolation.store(kind);
+}
+
+template <class T> T Parameter<T>::staticValue(const View& view) const {
+    return read(view)->staticValue;
+}
+
+/// The data that a write addressed to the view changes; null when an observer of VIEW_ADDED has deleted the parameter.
+template <class T> auto Parameter<T>::targetData(const View& view) -> PVData* {
+    const View addressed = view;
+    const View target = splittable() ? addressed : View(View::defaultViewId());
+    const std::size_t before = m_views.viewList().size();
+    const bool hadData = m_views.findRealViewData(addressed) != nullptr;
+    PVData& data = m_views[target];
+    m_isSplit.store(m_views.viewList().size() > 1);
+    const bool gained = !hadData && m_views.findRealViewData(addressed) != nullptr;
+    if (!gained || (before == 0 && addressed == View(View::defaultViewId())))
+        return &data;
+    const detail::LifeGuard guard(*this);
+    ParameterChange::viewAdded(*this, addressed);
+    // An observer may have deleted that very view, or put all views back from a snapshot.
+    return guard.alive() ? &m_views[target] : nullptr;
+}
+
+template <class T> void Parameter<T>::takeKeyframeData(const Parameter& source) {
+    m_views.assignViews(source.m_views, [&] {
+        m_keyframed.store(source.m_keyframed.load());
+        m_isSplit.store(source.m_isSplit.load());
+        m_splittable.store(source.m_splittable.load());
+        m_extrapolationBefore.store(source.m_extrapolationBefore.load());
+        m_extrapolationAfter.store(source.m_extrapolationAfter.load());
+    });
+}
+
+template <class T> void Parameter<T>::vCopyKeyframeDataFrom(const ParameterWithoutType* source) {
+    const auto* sameType = dynamic_cast<const Parameter*>(source);
+    if (!sameType)
+        return;
+    takeKeyframeData(*sameType);
+    ParameterChange::parameterAssigned(*this);
+}
+
+template <class T> void Parameter<T>::assignFrom(const ParameterWithoutType& other) {
+    ParameterWithoutType::assignFrom(other);
+    const auto* sameType = dynamic_cast<const Parameter*>(&other);
+    if (!sameType || sameType == this)
+        return;
+    copyOwnAttributes(*sameType, NamePrefix::Keep);
+    takeKeyframeData(*sameType);
+    m_defaultInterpolation.store(sameType->m_defaultInterpolation.load());
+    m_viewInterpolation.store(sameType->m_viewInterpolation.load());
+    ParameterChange::parameterAssigned(*this);
+}
+
+} // namespace Prm

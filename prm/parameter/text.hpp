@@ -1,0 +1,192 @@
+#pragma once
+
+// The parameter in project text, and its keyframes in text of their own. Each line's reader follows its writer's order.
+
+#include "prm/Parameter.h"
+#include "prm/ProjectFileVersion.h"
+#include "prm/detail/KeyframeText.h"
+#include "prm/detail/LineParts.h"
+#include "prm/detail/PlainNumbers.h"
+#include "prm/detail/ReadingScope.h"
+#include "prm/detail/TextTokens.h"
+#include "prm/parameter/TypedSerialisedKeyframe.hpp"
+
+#include <boost/make_shared.hpp>
+
+#include <algorithm>
+
+namespace Prm {
+
+namespace detail {
+
+template <class T> QString valueText(const T& value) {
+    QString text;
+    ValueType<T>::write(text, value);
+    return text;
+}
+
+} // namespace detail
+
+template <class T> bool Parameter<T>::bStreamOut(QTextStream& stream, const QString& prefix, bool withName) const {
+    const QString start = detail::lineStart(prefix, scriptName(), withName);
+    const View defaultView;
+    QString text;
+    const std::vector<View> views = viewList();
+    const bool onlyDefaultView = views.size() == 1 && views.front() == defaultView;
+    if (onlyDefaultView && keyframesToWrite(defaultView).isEmpty()) {
+        addViewValues(text, start, defaultView, false);
+    } else {
+        addViewList(text, start, views);
+        for (const View view : views)
+            addViewValues(text, start, view, true);
+    }
+    for (const View view : views) {
+        if (!keyframesToWrite(view).isEmpty())
+            addStaticValue(text, start + view.toString(), view);
+    }
+    writeHidden(text, start);
+    if (isKeyframed()) {
+        detail::addLine(text, start, ParameterStrings::before, qstrExtrapolationTypeString(m_extrapolationBefore));
+        detail::addLine(text, start, ParameterStrings::after, qstrExtrapolationTypeString(m_extrapolationAfter));
+    }
+    writeMaster(text, start);
+    const detail::PlainNumbers plain(stream);
+    stream << text << Qt::flush;
+    return true;
+}
+
+template <class T>
+void Parameter<T>::writeSingleViewValues(QTextStream& stream, const QString& prefix, const View& view,
+                                         bool forceViewPrefix) const {
+    QString text;
+    addViewValues(text, prefix, view, forceViewPrefix);
+    const detail::PlainNumbers plain(stream);
+    stream << text << Qt::flush;
+}
+
+template <class T>
+void Parameter<T>::writeStaticValue(QTextStream& stream, const QString& prefix, const View& view) const {
+    QString text;
+    addStaticValue(text, prefix + view.toString(), view);
+    const detail::PlainNumbers plain(stream);
+    stream << text << Qt::flush;
+}
+
+/// The keyframes of a view, none where the parameter is not keyframed.
+template <class T> auto Parameter<T>::keyframesToWrite(const View& view) const -> KeyframeVector {
+    return isKeyframed() ? m_views.resolve(view).keyframes : KeyframeVector();
+}
+
+template <class T> void Parameter<T>::addViewList(QString& text, const QString& start, const std::vector<View>& views) {
+    QString list(QLatin1Char('['));
+    for (const View view : views) {
+        list += QString::number(view.id());
+        if (view != views.back())
+            list += QLatin1String(", ");
+    }
+    detail::addLine(text, start, ParameterStrings::views, list + QLatin1Char(']'));
+}
+
+template <class T>
+void Parameter<T>::addViewValues(QString& text, const QString& start, const View& view, bool forceViewPrefix) const {
+    const KeyframeVector keyframes = keyframesToWrite(view);
+    for (const KeyframeData<T>& keyframe : keyframes) {
+        text += start;
+        detail::writeKeyframe(text, view, keyframe.time, detail::valueText(keyframe.value), keyframe.interpolationData);
+        text += QLatin1Char('\n');
+    }
+    if (keyframes.isEmpty()) {
+        const bool prefixed = forceViewPrefix || view != View(View::defaultViewId());
+        addStaticValue(text, prefixed ? start + view.toString() : start, view);
+    }
+}
+
+template <class T> void Parameter<T>::addStaticValue(QString& text, const QString& start, const View& view) const {
+    detail::addLine(text, start, ParameterStrings::value, detail::valueText(m_views.resolve(view).staticValue));
+}
+
+template <class T>
+bool Parameter<T>::streamInValue(const QString& line, const ProjectFileVersion& version, TextConversion convert) {
+    const ReadingScope reading(*this);
+    const bool resetsViews = version.streamVersion >= StreamVersion::anyViewList;
+    if (line.startsWith(ParameterStrings::views)) {
+        if (resetsViews)
+            readViewList(line);
+        return true;
+    }
+    QString rest = line;
+    View view;
+    const bool prefixed = View::extractStringPrefix(rest, view);
+    if (detail::hasKey(rest, ParameterStrings::keyframes)) {
+        TypedSerialisedKeyframe keyframe;
+        keyframe.view = view;
+        keyframe.valueMapper = convert;
+        keyframe.setFromString(rest);
+        importKeyframe(keyframe);
+        return true;
+    }
+    if (detail::hasKey(rest, ParameterStrings::value)) {
+        const QString text = detail::textBehind(rest);
+        const T value = ValueType<T>::read(convert ? convert(text) : text);
+        if (!prefixed && resetsViews)
+            clearViewData();
+        if (PVData* const data = targetData(view))
+            storeStaticValue(*data, value);
+        return true;
+    }
+    return readHidden(rest) || detail::hasKey(rest, ParameterStrings::isKeyframed) || readExtrapolation(rest) ||
+           readMaster(rest);
+}
+
+template <class T> void Parameter<T>::readViewList(const QString& line) {
+    const detail::LifeGuard guard(*this);
+    const View defaultView;
+    const std::vector<View> views = detail::parseViewList(line);
+    clearViewData();
+    for (const View view : views) {
+        if (!guard.alive())
+            return;
+        targetData(view);
+    }
+    if (guard.alive() && splittable() && std::find(views.begin(), views.end(), defaultView) == views.end())
+        deleteView(defaultView);
+}
+
+template <class T> bool Parameter<T>::readExtrapolation(const QString& line) {
+    const bool after = detail::hasKey(line, ParameterStrings::after);
+    if (!after && !detail::hasKey(line, ParameterStrings::before))
+        return false;
+    Extrapolation kind{};
+    if (bStringToExtrapolationType(detail::textBetween(line), kind))
+        (after ? m_extrapolationAfter : m_extrapolationBefore).store(kind);
+    return true;
+}
+
+template <class T> boost::shared_ptr<SerialisedKeyframe> Parameter<T>::getSerialisedKeyframe(Context context) const {
+    auto serialised = boost::make_shared<TypedSerialisedKeyframe>();
+    if (context == Context(Context::INVALID_TIME))
+        return serialised;
+    const ReadBlock block = read(context.view);
+    KeyframeData<T> keyframe;
+    if (!detail::findKeyframeAtTime(block.keyframes(), context.time, &keyframe))
+        return {};
+    serialised->time = keyframe.time;
+    serialised->view = context.view;
+    serialised->value = keyframe.value;
+    serialised->itype = keyframe.interpolationData;
+    return serialised;
+}
+
+template <class T> void Parameter<T>::importKeyframe(const SerialisedKeyframe& keyframe) {
+    // A copy: observers of the first change may let go of the original.
+    const TypedSerialisedKeyframe copy = dynamic_cast<const TypedSerialisedKeyframe&>(keyframe);
+    const detail::LifeGuard guard(*this);
+    const Context context = copy.context();
+    const int index = vSetValue(copy.value, context);
+    if (guard.alive())
+        vSetInterpolation(copy.itype.interpolation, context);
+    if (guard.alive())
+        vSetInterpolationData(copy.itype, static_cast<unsigned int>(index), copy.view);
+}
+
+} // namespace Prm

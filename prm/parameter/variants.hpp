@@ -1,0 +1,59 @@
+#pragma once
+
+// Values as variants.
+
+#include "prm/Parameter.h"
+
+#include <QCoreApplication>
+
+#include <stdexcept>
+
+namespace Prm {
+
+namespace detail {
+
+/// Throws an error whose text is translated in the context "Parameter".
+[[noreturn]] PRM_EXPORT void throwTranslated(const char* text);
+
+template <class T>
+void default_Parameter_setVariantValue_impl(Parameter<T>& parameter, const QVariant& variant, const Context& context) {
+    const T value = ValueType<T>::fromVariant(variant);
+    if (Frame(context).isValid() && parameter.isKeyframed()) {
+        parameter.vSetValue(value, context);
+        return;
+    }
+    const View view = context.view;
+    auto* const data = parameter.targetData(view);
+    if (data && Parameter<T>::storeStaticValue(*data, value))
+        ParameterChange::valueChanged(parameter, view);
+}
+
+} // namespace detail
+
+template <class T> void Parameter<T>::checkVariantAccess(const Context& context) const {
+    if (!splittable() && context.view != View(View::defaultViewId()))
+        detail::throwTranslated("Parameter not splittable");
+    if (!isKeyframed() && Frame(context).isValid())
+        detail::throwTranslated("Parameter not animated");
+}
+
+template <class T> void Parameter<T>::setVariantValue(const QVariant& variant, const Context& context) {
+    checkVariantAccess(context);
+    setVariantValue(variant, context, std::nothrow);
+}
+
+template <class T>
+void Parameter<T>::setVariantValue(const QVariant& variant, const Context& context, const std::nothrow_t&) {
+    detail::default_Parameter_setVariantValue_impl(*this, variant, context);
+}
+
+template <class T> QVariant Parameter<T>::variantValue(const Context& context) const {
+    checkVariantAccess(context);
+    return variantValue(context, std::nothrow);
+}
+
+template <class T> QVariant Parameter<T>::variantValue(const Context& context, const std::nothrow_t&) const {
+    return ValueType<T>::toVariant(value(context, nullptr));
+}
+
+} // namespace Prm
