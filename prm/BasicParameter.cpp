@@ -1,5 +1,7 @@
 #include "prm/BasicParameter.h"
 
+#include "prm/ParameterSet.h"
+
 namespace Prm {
 
 BasicParameter::BasicParameter(ParameterSet* parent) : m_parentSet(parent) {}
@@ -8,7 +10,10 @@ BasicParameter::BasicParameter(const BasicParameter& other)
     : Bsc::MementoUndoable(other), QObject(nullptr), detail::Mortal(other), m_parentSet(nullptr),
       m_streamable(other.m_streamable) {}
 
-BasicParameter::~BasicParameter() = default;
+BasicParameter::~BasicParameter() {
+    for (ParameterSet* set : qAsConst(m_listedIn))
+        set->forgetDeadMember(this);
+}
 
 QVariant BasicParameter::variantValue(const Context& context, const std::nothrow_t&) const {
     try {

@@ -72,7 +72,11 @@ protected:
     BasicParameter(const BasicParameter& other);
 
 private:
+    friend class ParameterSet;
+
     ParameterSet* m_parentSet;
+    /// Every set that lists the parameter, so that it can leave them when it dies.
+    QVector<ParameterSet*> m_listedIn;
     bool m_streamable = true;
 };
 

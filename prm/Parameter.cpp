@@ -18,4 +18,14 @@ template class Parameter<QString>;
 template class Parameter<QPointF>;
 template class Parameter<QPoint>;
 
+namespace {
+
+/// Known by name before the first parameter is made.
+const int metaTypes[] = {detail::parameterMetaType<bool>(),         detail::parameterMetaType<int>(),
+                         detail::parameterMetaType<unsigned int>(), detail::parameterMetaType<double>(),
+                         detail::parameterMetaType<QString>(),      detail::parameterMetaType<QPointF>(),
+                         detail::parameterMetaType<QPoint>()};
+
+} // namespace
+
 } // namespace Prm

@@ -244,6 +244,7 @@ private:
     View evaluationView(const View& view) const;
     T valueInView(const View& view, const Context& context, Cache* cache) const;
     T valueIn(const ReadBlock& block, const Context& context, Cache* cache) const;
+    static int exactKey(const KeyframeVector& keyframes, quint32 index);
     template <int count> T computedValue(const Context& context, const detail::SourceViews& views, Cache* cache) const;
     T computedValue(const Context& context, const detail::SourceViews& views, Cache* cache) const;
     detail::SourceViews sourceViews(const View& view) const;
@@ -254,6 +255,7 @@ private:
     template <class Find> int findKeyframe(const View& view, const Find& find) const;
 
     PVData* targetData(const View& view);
+    PVData* ownData(const View& view);
     static bool storeStaticValue(PVData& data, const T& value);
     int insertKeyframe(PVData& data, Time time, const T& value);
     bool giveViewData(const View& view, const PVData& contents);

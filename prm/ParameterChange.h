@@ -49,11 +49,11 @@ public:
 
     /// No change: what Qt makes when it needs an empty record.
     ParameterChange();
-    ParameterChange(ChangeType type, ParameterWithoutType& parameter, unsigned int index);
+    ParameterChange(ChangeType ofType, ParameterWithoutType& ofParameter, unsigned int index);
     /// The list belongs to the sender.
-    ParameterChange(ChangeType type, ParameterWithoutType* parameter, const QList<unsigned int>* indices);
-    ParameterChange(ChangeType type, ParameterWithoutType& parameter, Bsc::CompositeCommand& command,
-                    const Context& context);
+    ParameterChange(ChangeType ofType, ParameterWithoutType* ofParameter, const QList<unsigned int>* indices);
+    ParameterChange(ChangeType ofType, ParameterWithoutType& ofParameter, Bsc::CompositeCommand& registered,
+                    const Context& at);
 
     // Each builds the record and sends it through the parameter's `emitChange`. An index is a position in the list of
     // keyframes of that view, -1 where the static value is meant.

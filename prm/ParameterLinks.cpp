@@ -5,6 +5,7 @@
 #include <QDebug>
 
 #include <algorithm>
+#include <utility>
 
 namespace Prm {
 
@@ -92,9 +93,9 @@ void ParameterWithoutType::connectUpstream(bool connected) {
 }
 
 void ParameterWithoutType::setUpstreamParameters(const UpstreamParameters& parameters) {
-    const UpstreamParameters replacement = parameters;
+    UpstreamParameters replacement = parameters;
     connectUpstream(false);
-    m_upstreamParameters = replacement;
+    m_upstreamParameters = std::move(replacement);
     connectUpstream(true);
 }
 

@@ -1,6 +1,7 @@
 #include "prm/ParameterWithoutType.h"
 
 #include "host/bsc/CompositeCommand.h"
+#include "prm/detail/LineParts.h"
 
 #include <QDebug>
 
@@ -43,14 +44,6 @@ private:
     ParameterWithoutType& m_parameter;
     detail::LifeGuard m_guard;
 };
-
-/// The rest of a line behind "name.", or false when the line belongs to another name.
-bool behindName(const QString& line, const QString& name, QString& rest) {
-    if (line.size() <= name.size() || line.at(name.size()) != QLatin1Char('.') || !line.startsWith(name))
-        return false;
-    rest = line.mid(name.size() + 1);
-    return true;
-}
 
 } // namespace
 
@@ -101,12 +94,12 @@ void ParameterWithoutType::assignFrom(const ParameterWithoutType& other) {
 
 bool ParameterWithoutType::setFromScriptString(const QString& line, const ProjectFileVersion& version) {
     QString rest;
-    if (behindName(line, m_scriptName, rest))
+    if (detail::behindName(line, m_scriptName, rest))
         return streamInValue(rest, version, {});
     // A copy: reading may tell observers, and those may add names.
     const QMap<QString, TextConversion> additionalNames = m_additionalScriptNames;
     for (auto name = additionalNames.cbegin(); name != additionalNames.cend(); ++name) {
-        if (behindName(line, name.key(), rest))
+        if (detail::behindName(line, name.key(), rest))
             return streamInValue(rest, version, name.value());
     }
     return false;
@@ -128,8 +121,8 @@ QString ParameterWithoutType::extendedName() const {
     return m_namePrefix + QLatin1Char('.') + m_scriptName;
 }
 
-void ParameterWithoutType::addAdditionalScriptName(const QString& name, TextConversion convert) {
-    m_additionalScriptNames.insert(name, std::move(convert));
+void ParameterWithoutType::addAdditionalScriptName(const QString& name, const TextConversion& convert) {
+    m_additionalScriptNames.insert(name, convert);
 }
 
 void ParameterWithoutType::hide(bool hidden) {

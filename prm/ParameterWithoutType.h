@@ -158,7 +158,7 @@ public:
     QString extendedName() const;
     /// Another name under which lines are read; `convert` is applied to the text of the values read under it. Replaces
     /// an earlier entry of that name.
-    void addAdditionalScriptName(const QString& name, TextConversion convert = {});
+    void addAdditionalScriptName(const QString& name, const TextConversion& convert = {});
 
     bool isHidden() const { return m_hidden; }
     /// Sends PARAMETER_HIDDEN_CHANGED if the flag changes.
@@ -183,6 +183,7 @@ public:
     bool bUnconstrain();
     /// The master's name as it was read from project text, until it is resolved.
     const QString& pendingMasterParameterId() const { return m_pendingMasterParameterId; }
+    void setPendingMasterParameterId(const QString& id) { m_pendingMasterParameterId = id; }
 
     /// The parameters that this one listens to; those that have died are empty pointers.
     UpstreamParameters upstreamParameters() const;

@@ -1,9 +1,13 @@
 #include "prm/ProjectFileVersion.h"
 
 #include "host/product/ProductInfo.h"
+#include "prm/ParameterSet.h"
+#include "prm/StaticParameter.h"
 
 #include <QStringList>
+#include <QTextStream>
 
+#include <memory>
 #include <tuple>
 
 namespace Prm {
@@ -48,6 +52,26 @@ QDateTime ProjectFileVersion::timestamp() const {
 
 void ProjectFileVersion::setTimestamp(const QDateTime& time) {
     m_timestamp = time.toUTC().toString(Qt::ISODate);
+}
+
+void ProjectFileVersion::initialiseProperties(ParameterSet& set) {
+    const auto bind = [&](const char* name, auto& field) {
+        using Value = std::remove_reference_t<decltype(field)>;
+        set.adoptBasicParameter(std::make_unique<VirtualParameter<Value>>(QString::fromLatin1(name), field));
+    };
+    bind("FileVersion", streamVersion);
+    bind("ProductName", productName);
+    bind("ProductBuildNumber", productBuildNumber);
+    bind("ProductVersion", productVersion);
+    bind("FileTimestamp", m_timestamp);
+}
+
+void ProjectFileVersion::read(QTextStream& stream) {
+    *this = ProjectFileVersion();
+    ParameterSet properties;
+    initialiseProperties(properties);
+    while (!stream.atEnd() && !atEnd())
+        properties.bStreamIn(stream.readLine(), *this);
 }
 
 bool ProjectFileVersion::atEnd() const {

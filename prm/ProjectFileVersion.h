@@ -5,7 +5,11 @@
 #include <QDateTime>
 #include <QString>
 
+class QTextStream;
+
 namespace Prm {
+
+class ParameterSet;
 
 /// The versions of the project text's format. Several names share a value: they mark features that came together.
 namespace StreamVersion {
@@ -69,6 +73,14 @@ public:
 
     operator BuildVersion() const { return {productVersion, productBuildNumber}; }
 
+    /// Adds five virtual parameters, bound to the fields of this object, that the set then owns: FileVersion,
+    /// ProductName, ProductBuildNumber, ProductVersion and FileTimestamp. Written by a set without a name, they are the
+    /// header.
+    void initialiseProperties(ParameterSet& set);
+    /// Reads the header from the start of a text, and leaves the stream at the first line behind it. With the written
+    /// order that is the FileTimestamp line: the time of writing stays unknown. A header that is cut short is looked
+    /// for up to the end of the text.
+    void read(QTextStream& stream);
     /// Whether the header has been read far enough: the version alone before `StreamVersion::versionInfo2`, product
     /// name and version from there on.
     bool atEnd() const;

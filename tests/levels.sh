@@ -21,10 +21,15 @@ levels() {
 2 prm/View.h
 2 prm/Interpolation.h
 2 prm/KeyframeData.h
+2 prm/CurveKinds.h
 2 prm/ValueType.h
 2 prm/ViewInterpolation.h
 2 prm/ParameterStrings.h
 2 prm/ProjectFileVersion.h
+2 prm/detail/BezierEasing.h
+2 prm/detail/CurveShapes.h
+2 prm/detail/KeyframeText.h
+2 prm/detail/LineParts.h
 2 prm/detail/PlainNumbers.h
 2 prm/detail/TextTokens.h
 2 prm/detail/UniqueName.h
@@ -46,9 +51,11 @@ levels() {
 6 prm/Parameter.hpp
 6 prm/parameter/*
 6 prm/CurveParameter.h
+6 prm/CurveParameter.hpp
 6 prm/NumericParameter.h
 7 prm/StaticParameter.h
 7 prm/MovedParameter.h
+7 prm/ParameterTree.h
 7 prm/ParameterSet.h
 7 prm/CompoundParameter.h
 7 prm/ProjectFile.h
@@ -87,7 +94,7 @@ own_includes() {
 # A public header needs a helper only for a member or a base class.
 check_use_of_detail() {
     if [[ $1 == prm/detail/* || $1 == *.hpp ]]; then return; fi
-    grep -qE '(class|struct).*:.*detail::|detail::.* m_[A-Za-z]+.*;' "$1" ||
+    grep -qE '(class|struct).*:.*detail::|using .*detail::|detail::.* m_[A-Za-z]+.*;' "$1" ||
         fault "$1: includes prm/detail/ but has no member or base class from there"
 }
 

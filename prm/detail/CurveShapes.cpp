@@ -70,13 +70,13 @@ double segmentProgress(const IType& shape, double x) {
 double startSlope(const IType& shape) {
     if (shape.interpolation == Interpolation::Bezier)
         return easingSlopeAtStart(shape);
-    return shape.interpolation == Interpolation::Constant ? 0.0 : 1.0;
+    return holds(shape) ? 0.0 : 1.0;
 }
 
 double endSlope(const IType& shape) {
     if (shape.interpolation == Interpolation::Bezier)
         return easingSlopeAtEnd(shape);
-    return shape.interpolation == Interpolation::Constant ? 0.0 : 1.0;
+    return holds(shape) ? 0.0 : 1.0;
 }
 
 bool mapIntoRange(Extrapolation kind, Time time, Time first, Time last, Time& inside) {
@@ -96,8 +96,10 @@ double mix(double from, double to, double part) {
 }
 
 double continued(double edge, double a, double b, double duration, double slope, double distance) {
+    if (!(duration > 0.0))
+        return edge;
     const double line = edge + (b - a) / duration * slope * distance;
-    return duration > 0.0 && std::isfinite(line) ? line : edge;
+    return std::isfinite(line) ? line : edge;
 }
 
 } // namespace detail

@@ -28,12 +28,22 @@ PRM_EXPORT double mix(double from, double to, double part);
 /// frames. Holds where the line is not finite.
 PRM_EXPORT double continued(double edge, double a, double b, double duration, double slope, double distance);
 
+/// Whether a segment keeps the value that it starts with. The unnamed kind 0 does, as the name that is written for it.
+inline bool holds(const IType& shape) {
+    return shape.interpolation <= Interpolation::Constant;
+}
+
 /// The value of the segment between two keyframes. Outside the segment, or where its duration is not positive, the
 /// nearer keyframe's.
 template <class T> T segmentValue(const KeyframeData<T>& from, const KeyframeData<T>& to, Time time) {
-    const double x = (time - from.time) / (to.time - from.time);
+    const double duration = to.time - from.time;
     const IType& shape = from.interpolationData;
-    if (!(x > 0.0) || shape.interpolation == Interpolation::Constant)
+    if (holds(shape))
+        return from.value;
+    if (!(duration > 0.0))
+        return time > from.time ? to.value : from.value;
+    const double x = (time - from.time) / duration;
+    if (!(x > 0.0))
         return from.value;
     if (x >= 1.0)
         return to.value;

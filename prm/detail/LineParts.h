@@ -14,6 +14,14 @@ inline QString lineStart(const QString& prefix, const QString& name, bool withNa
     return withName && !name.isEmpty() ? prefix + name + QLatin1Char('.') : prefix;
 }
 
+/// Takes "name." off a line into `rest`; false when the line belongs to another name.
+inline bool behindName(const QString& line, const QString& name, QString& rest) {
+    if (line.size() <= name.size() || line.at(name.size()) != QLatin1Char('.') || !line.startsWith(name))
+        return false;
+    rest = line.mid(name.size() + 1);
+    return true;
+}
+
 inline bool hasKey(const QString& line, const QString& key) {
     return line.startsWith(key, Qt::CaseInsensitive);
 }

@@ -22,9 +22,9 @@ View nearer(Position above, View view) {
 SourceViews threeNearest(const std::vector<View>& viewList, Position above, View view) {
     Position first = above - 1;
     Position last = above + 1;
-    if (first == viewList.begin())
-        ++last;
-    else if (last == viewList.end() || distance(*(first - 1), view) <= distance(*last, view))
+    const bool lowerOne =
+        first != viewList.begin() && (last == viewList.end() || distance(*(first - 1), view) <= distance(*last, view));
+    if (lowerOne)
         --first;
     else
         ++last;

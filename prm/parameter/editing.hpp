@@ -135,7 +135,11 @@ template <class T> void Parameter<T>::vReset(const Context& context) {
     PVData* const data = targetData(view);
     if (!data)
         return;
-    storeStaticValue(*data, defaultValue());
+    const T reset = defaultValue();
+    {
+        const LockedKeyframes lock(data);
+        data->staticValue = reset;
+    }
     ParameterChange::viewReset(*this, view);
 }
 

@@ -37,16 +37,25 @@ template <class T> T Parameter<T>::value(const Context& context, Cache* cache) c
 }
 
 template <class T> detail::SourceViews Parameter<T>::sourceViews(const View& view) const {
+    MVInterpolationParams params = viewInterpolation();
+    if (!blends<T> && params.mode != MVInterpolationParams::Off)
+        params.mode = MVInterpolationParams::Nearest;
     detail::SourceViews sources;
-    m_views.readViewList([&](const std::vector<View>& list) {
-        sources = detail::interpolationSourceViews(viewInterpolation(), view, list);
-    });
+    m_views.readViewList(
+        [&](const std::vector<View>& list) { sources = detail::interpolationSourceViews(params, view, list); });
     return sources;
 }
 
 template <class T> T Parameter<T>::valueInView(const View& view, const Context& context, Cache* cache) const {
     const ReadBlock block = read(view);
     return valueIn(block, context, cache);
+}
+
+/// Of several keyframes at one time, which `adjustKeyframesTime` may leave, the first one counts, as for edits.
+template <class T> int Parameter<T>::exactKey(const KeyframeVector& keyframes, quint32 index) {
+    const int found = static_cast<int>(index);
+    const Time time = keyframes.at(found).time;
+    return found > 0 && keyframes.at(found - 1).time == time ? detail::lowerBound(keyframes, time) : found;
 }
 
 /// The value in one view's data alone.
@@ -57,7 +66,7 @@ template <class T> T Parameter<T>::valueIn(const ReadBlock& block, const Context
     if (!around.before.parameter || !around.after.parameter)
         return extrapolateValue(around, context, cache);
     if (around.before.index == around.after.index)
-        return block.keyframes().at(static_cast<int>(around.before.index)).value;
+        return block.keyframes().at(exactKey(block.keyframes(), around.before.index)).value;
     return interpolateValue(around, context, cache);
 }
 

@@ -8,6 +8,18 @@
 
 namespace Prm {
 
+namespace detail {
+
+template <class T> int parameterMetaType() {
+    static const int id = [] {
+        const QString name = QStringLiteral("Prm::Parameter<%1>").arg(ValueType<T>::name());
+        return qRegisterMetaType<Parameter<T>>(name.toLatin1().constData());
+    }();
+    return id;
+}
+
+} // namespace detail
+
 template <class T> Parameter<T>::Parameter() : Parameter(QString()) {}
 
 template <class T>
@@ -33,11 +45,7 @@ template <class T> Parameter<T>::~Parameter() {
 }
 
 template <class T> int Parameter<T>::qMetaType() const {
-    static const int id = [] {
-        const QString name = QStringLiteral("Prm::Parameter<%1>").arg(ValueType<T>::name());
-        return qRegisterMetaType<Parameter<T>>(name.toLatin1().constData());
-    }();
-    return id;
+    return detail::parameterMetaType<T>();
 }
 
 template <class T> const std::type_info& Parameter<T>::tRawValueType() const {
@@ -90,15 +98,21 @@ template <class T> auto Parameter<T>::targetData(const View& view) -> PVData* {
     const View target = splittable() ? addressed : View(View::defaultViewId());
     const std::size_t before = m_views.viewList().size();
     const bool hadData = m_views.findRealViewData(addressed) != nullptr;
-    PVData& data = m_views[target];
-    m_isSplit.store(m_views.viewList().size() > 1);
+    PVData* const data = ownData(target);
     const bool gained = !hadData && m_views.findRealViewData(addressed) != nullptr;
     if (!gained || (before == 0 && addressed == View(View::defaultViewId())))
-        return &data;
+        return data;
     const detail::LifeGuard guard(*this);
     ParameterChange::viewAdded(*this, addressed);
     // An observer may have deleted that very view, or put all views back from a snapshot.
-    return guard.alive() ? &m_views[target] : nullptr;
+    return guard.alive() ? ownData(target) : nullptr;
+}
+
+/// The view's data, made if need be.
+template <class T> auto Parameter<T>::ownData(const View& view) -> PVData* {
+    PVData& data = m_views[view];
+    m_isSplit.store(m_views.viewList().size() > 1);
+    return &data;
 }
 
 template <class T> void Parameter<T>::takeKeyframeData(const Parameter& source) {

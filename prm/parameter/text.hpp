@@ -4,6 +4,7 @@
 
 #include "prm/Parameter.h"
 #include "prm/ProjectFileVersion.h"
+#include "prm/detail/KeyframeSearch.h"
 #include "prm/detail/KeyframeText.h"
 #include "prm/detail/LineParts.h"
 #include "prm/detail/PlainNumbers.h"

@@ -39,21 +39,29 @@ template <class T> void Parameter<T>::checkVariantAccess(const Context& context)
 
 template <class T> void Parameter<T>::setVariantValue(const QVariant& variant, const Context& context) {
     checkVariantAccess(context);
-    setVariantValue(variant, context, std::nothrow);
+    detail::default_Parameter_setVariantValue_impl(*this, variant, context);
 }
 
 template <class T>
 void Parameter<T>::setVariantValue(const QVariant& variant, const Context& context, const std::nothrow_t&) {
-    detail::default_Parameter_setVariantValue_impl(*this, variant, context);
+    try {
+        detail::default_Parameter_setVariantValue_impl(*this, variant, context);
+    } catch (...) {
+        // An observer's or a hook's; the caller asked for silence.
+    }
 }
 
 template <class T> QVariant Parameter<T>::variantValue(const Context& context) const {
     checkVariantAccess(context);
-    return variantValue(context, std::nothrow);
+    return ValueType<T>::toVariant(value(context, nullptr));
 }
 
 template <class T> QVariant Parameter<T>::variantValue(const Context& context, const std::nothrow_t&) const {
-    return ValueType<T>::toVariant(value(context, nullptr));
+    try {
+        return ValueType<T>::toVariant(value(context, nullptr));
+    } catch (...) {
+        return {};
+    }
 }
 
 } // namespace Prm

@@ -1,0 +1,193 @@
+#include "prm/ParameterSet.h"
+
+#include "prm/ParameterWithoutType.h"
+
+#include <QCoreApplication>
+#include <QDebug>
+
+#include <algorithm>
+#include <utility>
+
+namespace Prm {
+
+namespace {
+
+template <class Vector, class Test> void eraseIf(Vector& vector, const Test& test) {
+    vector.erase(std::remove_if(vector.begin(), vector.end(), test), vector.end());
+}
+
+void keep(ParameterWithoutType*) {}
+
+} // namespace
+
+ParameterSet::ParameterSet(const QString& name, ParameterTree* tree) : m_tree(tree) {
+    ParameterSet::assignName(name);
+    ParameterSet::setScriptName(name);
+}
+
+ParameterSet::ParameterSet(const ParameterSet& other)
+    : Bsc::MementoUndoable(other), detail::Mortal(other), m_scriptName(other.m_scriptName), m_name(other.m_name),
+      m_displayName(other.m_displayName), m_tree(nullptr) {
+    copyMembersFrom(other);
+}
+
+ParameterSet& ParameterSet::operator=(const ParameterSet& other) {
+    if (this == &other)
+        return *this;
+    letGoOfMembers();
+    setScriptName(other.m_scriptName);
+    m_name = other.m_name;
+    m_displayName = other.m_displayName;
+    copyMembersFrom(other);
+    return *this;
+}
+
+ParameterSet::~ParameterSet() {
+    notifySubtreeRemoved(this);
+    leaveTree();
+    const std::vector<ParameterSet*> parents = std::move(m_parents);
+    for (ParameterSet* parent : parents)
+        parent->forgetSubset(this);
+    letGoOfMembers();
+}
+
+void ParameterSet::copyMembersFrom(const ParameterSet& other) {
+    for (const auto& parameter : other.m_parameters)
+        listParameter(parameter);
+    for (BasicParameter* parameter : other.m_basicParameters)
+        addBasicParameter(*parameter);
+    for (const Subset& subset : other.m_subsets) {
+        m_subsets.push_back(subset);
+        subset.set->m_parents.push_back(this);
+    }
+    m_subsetNamesKnown = false;
+}
+
+/// Owned subsets below are let go one after the other, so that a deep tree does not need a deep stack.
+void ParameterSet::letGoOfMembers() {
+    while (!m_parameters.empty()) {
+        const auto parameter = std::move(m_parameters.back());
+        m_parameters.pop_back();
+        delist(*parameter);
+    }
+    while (!m_basicParameters.empty()) {
+        BasicParameter* const parameter = m_basicParameters.back();
+        m_basicParameters.pop_back();
+        delist(*parameter);
+    }
+    while (!m_ownedBasicParameters.empty())
+        m_ownedBasicParameters.pop_back();
+    std::vector<Subset> leaving = std::move(m_subsets);
+    m_subsets.clear();
+    for (const Subset& subset : leaving)
+        subset.set->forgetParent(this);
+    while (!leaving.empty()) {
+        const Subset subset = std::move(leaving.back());
+        leaving.pop_back();
+        if (!subset.owner || subset.owner.use_count() > 1)
+            continue;
+        for (const Subset& below : subset.set->m_subsets)
+            below.set->forgetParent(subset.set);
+        std::move(subset.set->m_subsets.begin(), subset.set->m_subsets.end(), std::back_inserter(leaving));
+        subset.set->m_subsets.clear();
+    }
+    m_subsetNames.clear();
+    m_subsetNamesKnown = true;
+}
+
+void ParameterSet::delist(BasicParameter& parameter) {
+    parameter.m_listedIn.removeOne(this);
+    if (parameter.m_parentSet == this)
+        parameter.m_parentSet = nullptr;
+}
+
+void ParameterSet::forgetParent(const ParameterSet* parent) {
+    const auto found = std::find(m_parents.begin(), m_parents.end(), parent);
+    if (found != m_parents.end())
+        m_parents.erase(found);
+}
+
+/// Nothing of the member is left but its address.
+void ParameterSet::forgetDeadMember(const BasicParameter* parameter) {
+    eraseIf(m_parameters, [=](const auto& member) { return member.get() == parameter; });
+    eraseIf(m_basicParameters, [=](const BasicParameter* member) { return member == parameter; });
+}
+
+void ParameterSet::forgetSubset(const ParameterSet* subset) {
+    eraseIf(m_subsets, [=](const Subset& entry) { return entry.set == subset; });
+    m_subsetNamesKnown = false;
+}
+
+void ParameterSet::setDisplayName(const QString& name) {
+    setDisplayName(name, name);
+}
+
+void ParameterSet::setDisplayName(const QString& name, const QString& displayName) {
+    m_name = name;
+    m_displayName = displayName;
+}
+
+void ParameterSet::assignName(const QString& name) {
+    if (name == m_name)
+        return;
+    m_name = name;
+    m_displayName = QCoreApplication::translate("Parameter", name.toUtf8().constData());
+}
+
+void ParameterSet::addParameter(const boost::shared_ptr<ParameterWithoutType>& parameter) {
+    if (parameter)
+        listParameter(parameter);
+}
+
+void ParameterSet::addParameter(ParameterWithoutType& parameter) {
+    listParameter(boost::shared_ptr<ParameterWithoutType>(&parameter, keep));
+}
+
+void ParameterSet::listParameter(const boost::shared_ptr<ParameterWithoutType>& parameter) {
+    if (parameter->m_listedIn.contains(this))
+        return;
+    m_parameters.push_back(parameter);
+    enlist(*parameter);
+}
+
+void ParameterSet::enlist(BasicParameter& parameter) {
+    parameter.m_listedIn.append(this);
+    if (!parameter.m_parentSet)
+        parameter.m_parentSet = this;
+}
+
+void ParameterSet::addSplittableParameter(ParameterWithoutType& parameter, const View& view) {
+    addParameter(parameter);
+    parameter.setSplittable(true);
+    parameter.initialiseHeroView(view, View(View::defaultViewId()));
+}
+
+void ParameterSet::addBasicParameter(BasicParameter& parameter) {
+    if (parameter.m_listedIn.contains(this))
+        return;
+    m_basicParameters.push_back(&parameter);
+    enlist(parameter);
+}
+
+void ParameterSet::adoptBasicParameter(std::unique_ptr<BasicParameter> parameter) {
+    if (!parameter)
+        return;
+    addBasicParameter(*parameter);
+    m_ownedBasicParameters.push_back(std::move(parameter));
+}
+
+void ParameterSet::clearAllLists() {
+    const detail::LifeGuard guard(*this);
+    const std::vector<ParameterSet*> leaving = subsets();
+    for (ParameterSet* subset : leaving) {
+        if (guard.alive() && listsSubset(*subset))
+            notifySubtreeRemoved(subset);
+    }
+    if (!guard.alive())
+        return;
+    for (const Subset& subset : m_subsets)
+        subset.set->leaveTree();
+    letGoOfMembers();
+}
+
+} // namespace Prm

@@ -1,0 +1,175 @@
+#pragma once
+
+#include "host/bsc/MementoUndoable.h"
+#include "prm/Export.h"
+#include "prm/ParameterTree.h"
+#include "prm/View.h"
+#include "prm/detail/Mortal.h"
+
+#include <QHash>
+#include <QString>
+#include <boost/function.hpp>
+#include <boost/shared_ptr.hpp>
+
+#include <memory>
+#include <vector>
+
+class QObject;
+class QTextStream;
+
+namespace Prm {
+
+class BasicParameter;
+class ParameterWithoutType;
+class ProjectFileVersion;
+
+/// A named node of the tree of parameters: it lists the animatable parameters of one node of the host, further
+/// parameters that do not animate, and subsets. What project text writes and reads, and snapshots capture.
+///
+/// Parameters and subsets added by shared pointer are kept alive, those added by reference are not; whatever dies
+/// leaves the sets that list it. One thread at a time.
+class PRM_EXPORT ParameterSet : virtual public Bsc::MementoUndoable, public detail::Mortal {
+public:
+    /// The name is also the script name, with what that does not allow replaced.
+    explicit ParameterSet(const QString& name = {}, ParameterTree* tree = nullptr);
+    /// Lists the same members, outside any tree, and tells nobody.
+    ParameterSet(const ParameterSet& other);
+    ParameterSet& operator=(const ParameterSet& other);
+    /// Tells the tree, leaves the sets that list this one, and frees owned members, last to first.
+    ~ParameterSet() override;
+
+    /// The untranslated name, and its display form.
+    virtual void setDisplayName(const QString& name);
+    virtual void setDisplayName(const QString& name, const QString& displayName);
+    /// The name in paths: blanks, apostrophes and dots become "_".
+    virtual void setScriptName(const QString& name);
+    /// Writes the name, the parameters and the subsets, depth first, behind the path of script names; always true.
+    /// Subsets' lines begin at their own names when `withPrefixForSubsets` is false.
+    virtual bool bStreamOut(QTextStream& stream, const QString& prefix, bool withPrefixForSubsets) const;
+    /// Hands one line to the member that it belongs to; answers whether it was taken. An empty line is. Lines of one
+    /// member are found at once when they come together. Passes on what a parameter throws for a malformed keyframe.
+    virtual bool bStreamIn(const QString& line, const ProjectFileVersion& version);
+    /// Null and repeated members are ignored; a parameter without a parent set gets this one.
+    virtual void addParameter(const boost::shared_ptr<ParameterWithoutType>& parameter);
+    virtual void addParameter(ParameterWithoutType& parameter);
+    boost::shared_ptr<Bsc::MementoBase> exportState() const override;
+    void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override;
+    /// Sets the name, and its translation in the context "Parameter" as display name.
+    virtual void assignName(const QString& name);
+
+    /// What `bStreamOut` writes, without the set's own name in any path: text that this set itself reads back.
+    void writeMembers(QTextStream& stream, const QString& path, bool withPrefixForSubsets) const;
+
+    const QString& scriptName() const { return m_scriptName; }
+    const QString& name() const { return m_name; }
+    const QString& displayName() const { return m_displayName; }
+
+    /// Adds a parameter, makes it splittable, and gives `view` data of its own.
+    void addSplittableParameter(ParameterWithoutType& parameter, const View& view);
+    /// Lists a parameter that does not animate; the caller keeps owning it.
+    void addBasicParameter(BasicParameter& parameter);
+    /// The same, owned by the set.
+    void adoptBasicParameter(std::unique_ptr<BasicParameter> parameter);
+
+    /// Adds a subset under a script name that no other subset has. False for null and repeated ones; false with a
+    /// warning for this set itself and for one that contains it. Warns of a subset without a script name.
+    bool addParameterSet(const boost::shared_ptr<ParameterSet>& subset);
+    bool addParameterSet(ParameterSet& subset);
+    /// Inserts before the position, held to the list.
+    bool insertParameterSet(const boost::shared_ptr<ParameterSet>& subset, int position);
+    /// False for one that is not listed.
+    bool removeParameterSet(const boost::shared_ptr<ParameterSet>& subset);
+    /// Lets go of all members.
+    void clearAllLists();
+    /// Gives the subset a script name that is free in this set: "Blur" becomes "Blur_2", "Blur_2" becomes "Blur_3".
+    void setUniqueName(const boost::shared_ptr<ParameterSet>& subset);
+
+    const std::vector<boost::shared_ptr<ParameterWithoutType>>& parameters() const { return m_parameters; }
+    const std::vector<BasicParameter*>& basicParameters() const { return m_basicParameters; }
+    std::vector<ParameterSet*> subsets() const;
+
+    /// Finds by script name, exactly: own members first (moved ones last), then a dotted path through subsets and
+    /// compounds. Null when there is none.
+    BasicParameter* parameterWithName(const QString& name);
+    const BasicParameter* parameterWithName(const QString& name) const;
+    ParameterWithoutType* parameterWTWithName(const QString& name);
+    const ParameterWithoutType* parameterWTWithName(const QString& name) const;
+    ParameterSet* subsetWithName(const QString& name);
+    const ParameterSet* subsetWithName(const QString& name) const;
+
+    /// Visits the own animatable parameters, then those of the subsets, depth first. A compound is one parameter. What
+    /// the function removes is not visited any more.
+    void forEachParameter(boost::function<void(ParameterWithoutType*)> function, bool recursive) const;
+    void forEachSubset(boost::function<void(ParameterSet*)> function, bool recursive);
+
+    // The operations of the same name on every member parameter.
+    void attachObserver(const QObject* observer, const char* slot, bool recursive) const;
+    void detachObserver(const QObject* observer, bool recursive) const;
+    void detachAllObservers(bool recursive) const;
+    void AttachCommandRegistrationObserver(QObject* observer, const char* slot, bool recursive);
+    void DetachCommandRegistrationObserver(QObject* observer, bool recursive);
+
+    ParameterTree* parameterTree() const { return m_tree; }
+    /// Moves this set, and all below that belong to `from`, to another tree; `from` is told before, `to` after. Nothing
+    /// for a set that does not belong to `from`.
+    void changeParameterTree(ParameterTree* from, ParameterTree* to);
+    void notifySubtreeAdded(ParameterSet* subset);
+    void notifySubtreeRemoved(ParameterSet* subset);
+
+    /// Gives every animatable parameter below its path, the names of the sets above it joined by dots, as name prefix.
+    void assignNamePrefixes(const QString& prefix = {});
+    /// Ties every parameter below whose master's name was read from text to that master: found by `find`, or by
+    /// extended name among the parameters below. Answers how many are still waiting; each is warned of.
+    int resolveMasterParameters(const boost::function<ParameterWithoutType*(const QString&)>& find = {});
+
+private:
+    friend class BasicParameter;
+    class MementoImpl;
+    struct Subset {
+        ParameterSet* set;
+        boost::shared_ptr<ParameterSet> owner;
+    };
+
+    void listParameter(const boost::shared_ptr<ParameterWithoutType>& parameter);
+    bool listSubset(ParameterSet& subset, const boost::shared_ptr<ParameterSet>& owner, std::size_t position);
+    void copyMembersFrom(const ParameterSet& other);
+    void letGoOfMembers();
+    void enlist(BasicParameter& parameter);
+    void delist(BasicParameter& parameter);
+    void forgetParent(const ParameterSet* parent);
+    void forgetDeadMember(const BasicParameter* parameter);
+    void forgetSubset(const ParameterSet* subset);
+    void leaveTree();
+    bool isOrContains(const ParameterSet& set) const;
+    bool listsSubset(const ParameterSet& subset) const;
+    void giveUniqueName(ParameterSet& subset);
+    const QHash<QString, int>& subsetNames() const;
+    BasicParameter* ownParameter(const QString& name) const;
+    ParameterWithoutType* ownAnimatedParameter(const QString& name) const;
+    ParameterSet* ownSubset(const QString& name) const;
+    template <class Result, class Own> Result* find(const QString& name, const Own& own) const;
+
+    enum class Reading { NotMine, Refused, Taken };
+    Reading readBy(int list, const QString& line, const ProjectFileVersion& version);
+    Reading offerTo(int list, int index, const QString& line, const ProjectFileVersion& version);
+    int lengthOf(int list) const;
+    bool readName(const QString& line);
+
+    std::vector<boost::shared_ptr<ParameterWithoutType>> m_parameters;
+    std::vector<BasicParameter*> m_basicParameters;
+    std::vector<std::unique_ptr<BasicParameter>> m_ownedBasicParameters;
+    std::vector<Subset> m_subsets;
+    /// The sets that list this one.
+    std::vector<ParameterSet*> m_parents;
+    /// How many subsets have a script name; rebuilt when one was renamed.
+    mutable QHash<QString, int> m_subsetNames;
+    mutable bool m_subsetNamesKnown = true;
+    int m_lastHitList = 0;
+    int m_lastHitIndex = 0;
+    QString m_scriptName;
+    QString m_name;
+    QString m_displayName;
+    ParameterTree* m_tree;
+};
+
+} // namespace Prm

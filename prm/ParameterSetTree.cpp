@@ -1,0 +1,195 @@
+// The tree of sets: subsets, their names, and who is told of them.
+
+#include "prm/ParameterSet.h"
+#include "prm/ParameterWithoutType.h"
+
+#include <QDebug>
+
+#include <algorithm>
+
+namespace Prm {
+
+namespace {
+
+/// A script name taken apart for counting: "Blur_2" is "Blur", "_" and 2.
+struct CountedName {
+    explicit CountedName(const QString& name) {
+        int digits = name.size();
+        while (digits > 0 && name.at(digits - 1) >= QLatin1Char('0') && name.at(digits - 1) <= QLatin1Char('9'))
+            --digits;
+        const bool separated = digits > 0 && name.at(digits - 1) == QLatin1Char('_');
+        stem = name.left(separated ? digits - 1 : digits);
+        // A name that is nothing but a number counts on without a separator.
+        if (!stem.isEmpty())
+            stem += QLatin1Char('_');
+        bool isNumber = false;
+        const quint64 number = name.midRef(digits).toULongLong(&isNumber);
+        if (isNumber)
+            count = number;
+    }
+
+    QString stem;
+    quint64 count = 1;
+};
+
+} // namespace
+
+std::vector<ParameterSet*> ParameterSet::subsets() const {
+    std::vector<ParameterSet*> sets;
+    sets.reserve(m_subsets.size());
+    for (const Subset& subset : m_subsets)
+        sets.push_back(subset.set);
+    return sets;
+}
+
+bool ParameterSet::listsSubset(const ParameterSet& subset) const {
+    return std::find(subset.m_parents.begin(), subset.m_parents.end(), this) != subset.m_parents.end();
+}
+
+/// Asked upwards, from the set that would contain: there are few sets above one, but there may be many below.
+bool ParameterSet::isOrContains(const ParameterSet& set) const {
+    std::vector<const ParameterSet*> above{&set};
+    while (!above.empty()) {
+        const ParameterSet* const next = above.back();
+        above.pop_back();
+        if (next == this)
+            return true;
+        above.insert(above.end(), next->m_parents.begin(), next->m_parents.end());
+    }
+    return false;
+}
+
+void ParameterSet::setScriptName(const QString& name) {
+    const QLatin1Char underscore('_');
+    m_scriptName = name;
+    m_scriptName.replace(QLatin1Char(' '), underscore)
+        .replace(QLatin1Char('\''), underscore)
+        .replace(QLatin1Char('.'), underscore);
+    for (ParameterSet* parent : m_parents)
+        parent->m_subsetNamesKnown = false;
+}
+
+const QHash<QString, int>& ParameterSet::subsetNames() const {
+    if (!m_subsetNamesKnown) {
+        m_subsetNames.clear();
+        for (const Subset& subset : m_subsets)
+            ++m_subsetNames[subset.set->scriptName()];
+        m_subsetNamesKnown = true;
+    }
+    return m_subsetNames;
+}
+
+void ParameterSet::setUniqueName(const boost::shared_ptr<ParameterSet>& subset) {
+    if (subset)
+        giveUniqueName(*subset);
+}
+
+void ParameterSet::giveUniqueName(ParameterSet& subset) {
+    if (!subsetNames().contains(subset.scriptName()))
+        return;
+    CountedName name(subset.scriptName());
+    QString candidate;
+    do
+        candidate = name.stem + QString::number(++name.count);
+    while (subsetNames().contains(candidate));
+    subset.setScriptName(candidate);
+}
+
+bool ParameterSet::listSubset(ParameterSet& subset, const boost::shared_ptr<ParameterSet>& owner,
+                              std::size_t position) {
+    if (listsSubset(subset))
+        return false;
+    if (subset.isOrContains(*this)) {
+        qWarning() << "ParameterSet: the set" << subset.scriptName() << "contains" << m_scriptName
+                   << "and cannot be added to it.";
+        return false;
+    }
+    if (subset.scriptName().isEmpty())
+        qWarning() << "ParameterSet: a subset without a script name was added to" << m_scriptName;
+    giveUniqueName(subset);
+    const auto place = m_subsets.begin() + static_cast<std::ptrdiff_t>(std::min(position, m_subsets.size()));
+    m_subsets.insert(place, Subset{&subset, owner});
+    subset.m_parents.push_back(this);
+    if (m_subsetNamesKnown)
+        ++m_subsetNames[subset.scriptName()];
+    if (m_tree && subset.m_tree != m_tree)
+        subset.changeParameterTree(subset.m_tree, m_tree);
+    else
+        notifySubtreeAdded(&subset);
+    return true;
+}
+
+bool ParameterSet::addParameterSet(const boost::shared_ptr<ParameterSet>& subset) {
+    return subset && listSubset(*subset, subset, m_subsets.size());
+}
+
+bool ParameterSet::addParameterSet(ParameterSet& subset) {
+    return listSubset(subset, nullptr, m_subsets.size());
+}
+
+bool ParameterSet::insertParameterSet(const boost::shared_ptr<ParameterSet>& subset, int position) {
+    return subset && listSubset(*subset, subset, static_cast<std::size_t>(std::max(position, 0)));
+}
+
+bool ParameterSet::removeParameterSet(const boost::shared_ptr<ParameterSet>& subset) {
+    if (!subset || !listsSubset(*subset))
+        return false;
+    const detail::LifeGuard guard(*this);
+    notifySubtreeRemoved(subset.get());
+    if (!guard.alive() || !listsSubset(*subset))
+        return true;
+    // Kept until the end: the list's entry may be the last owner but the caller's.
+    const boost::shared_ptr<ParameterSet> kept = subset;
+    forgetSubset(kept.get());
+    kept->forgetParent(this);
+    kept->leaveTree();
+    return true;
+}
+
+void ParameterSet::leaveTree() {
+    ParameterTree* const tree = m_tree;
+    std::vector<ParameterSet*> below{this};
+    while (tree && !below.empty()) {
+        ParameterSet* const set = below.back();
+        below.pop_back();
+        if (set->m_tree != tree)
+            continue;
+        set->m_tree = nullptr;
+        for (const Subset& subset : set->m_subsets)
+            below.push_back(subset.set);
+    }
+}
+
+void ParameterSet::changeParameterTree(ParameterTree* from, ParameterTree* to) {
+    if (m_tree != from || from == to)
+        return;
+    const detail::LifeGuard guard(*this);
+    if (from)
+        from->subtreeRemoved(this);
+    if (!guard.alive())
+        return;
+    std::vector<ParameterSet*> below{this};
+    while (!below.empty()) {
+        ParameterSet* const set = below.back();
+        below.pop_back();
+        if (set->m_tree != from)
+            continue;
+        set->m_tree = to;
+        for (const Subset& subset : set->m_subsets)
+            below.push_back(subset.set);
+    }
+    if (to)
+        to->subtreeAdded(this);
+}
+
+void ParameterSet::notifySubtreeAdded(ParameterSet* subset) {
+    if (m_tree)
+        m_tree->subtreeAdded(subset);
+}
+
+void ParameterSet::notifySubtreeRemoved(ParameterSet* subset) {
+    if (m_tree)
+        m_tree->subtreeRemoved(subset);
+}
+
+} // namespace Prm

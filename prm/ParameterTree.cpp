@@ -1,0 +1,7 @@
+#include "prm/ParameterTree.h"
+
+namespace Prm {
+
+ParameterTree::~ParameterTree() = default;
+
+} // namespace Prm

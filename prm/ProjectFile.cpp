@@ -1,0 +1,234 @@
+#include "prm/ProjectFile.h"
+
+#include "prm/ParameterSet.h"
+#include "prm/ParameterWithoutType.h"
+#include "prm/detail/LineParts.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QTextStream>
+
+#include <algorithm>
+#include <new>
+
+namespace Prm {
+
+/// The lines of a text, without their ends: a line feed, or carriage return and line feed. A byte-order mark is
+/// skipped.
+class ProjectFile::Lines {
+public:
+    explicit Lines(const QByteArray& text) : m_text(text) { rewind(); }
+
+    void rewind() {
+        m_position = m_text.startsWith("\xEF\xBB\xBF") ? 3 : 0;
+        m_number = 0;
+    }
+    bool atEnd() const { return m_position >= m_text.size(); }
+    Line next() {
+        const int end = m_text.indexOf('\n', m_position);
+        const int stop = end < 0 ? m_text.size() : end;
+        int length = stop - m_position;
+        if (end >= 0 && length > 0 && m_text.at(stop - 1) == '\r')
+            --length;
+        const QByteArray bytes = m_text.mid(m_position, length);
+        m_position = stop + 1;
+        return {++m_number, bytes};
+    }
+    QByteArray firstLine() const { return Lines(m_text).next().bytes; }
+    /// Takes the next line if the function says so.
+    template <class Function> void takeIf(const Function& function) {
+        const Lines before = *this;
+        if (!atEnd() && !function(next()))
+            *this = before;
+    }
+
+private:
+    QByteArray m_text;
+    int m_position = 0;
+    int m_number = 0;
+};
+
+namespace {
+
+QString textOf(const QByteArray& bytes) {
+    return QString::fromUtf8(bytes);
+}
+
+/// The last part of the path before the text of a line, which is its key.
+QString keyOf(const QString& line) {
+    const QString path = line.left(line.indexOf(QLatin1Char('=')));
+    return path.mid(path.lastIndexOf(QLatin1Char('.')) + 1);
+}
+
+bool namesMaster(const QString& line) {
+    return line.contains(QLatin1Char('=')) && detail::hasKey(keyOf(line), ParameterStrings::masterParameterId);
+}
+
+} // namespace
+
+ProjectFile::ProjectFile(ParameterSet& root, const QString& application) : m_root(root), m_application(application) {}
+
+ProjectFile::~ProjectFile() = default;
+
+void ProjectFile::setFindMaster(const FindMaster& find) {
+    m_findMaster = find;
+}
+
+bool ProjectFile::fail(const QString& message) {
+    m_error = message;
+    return false;
+}
+
+void ProjectFile::report(const Line& line, ProjectFileFinding::Reason reason) {
+    m_report.append({line.number, textOf(line.bytes), reason});
+}
+
+bool ProjectFile::load(const QString& fileName) {
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly))
+        return fail(fileName + QLatin1String(": ") + file.errorString());
+    const QByteArray text = file.readAll();
+    if (file.error() != QFileDevice::NoError)
+        return fail(fileName + QLatin1String(": ") + file.errorString());
+    return loadText(text);
+}
+
+bool ProjectFile::loadText(const QByteArray& text) {
+    m_error.clear();
+    m_report.clear();
+    m_kept.clear();
+    m_masterLines.clear();
+    m_parameterPaths.clear();
+    m_root.assignNamePrefixes();
+    Lines lines(text);
+    readHeader(lines);
+    while (!lines.atEnd())
+        readLine(lines.next());
+    resolveMasters();
+    std::stable_sort(m_report.begin(), m_report.end(),
+                     [](const auto& a, const auto& b) { return a.lineNumber < b.lineNumber; });
+    m_keptLines.clear();
+    for (const Line& line : qAsConst(m_kept))
+        m_keptLines.append(line.bytes);
+    return true;
+}
+
+void ProjectFile::readHeader(Lines& lines) {
+    m_version = ProjectFileVersion();
+    ParameterSet properties;
+    m_version.initialiseProperties(properties);
+    const auto isHeaderLine = [&](const Line& line) {
+        return !line.bytes.isEmpty() && properties.bStreamIn(textOf(line.bytes), m_version);
+    };
+    while (!lines.atEnd() && !m_version.atEnd())
+        isHeaderLine(lines.next());
+    if (!m_version.atEnd()) {
+        m_report.append({1, QString(), ProjectFileFinding::IncompleteHeader});
+        if (m_version.streamVersion == StreamVersion::invalid)
+            m_version.streamVersion = StreamVersion::latest;
+        lines.rewind();
+        // What there is of a header stands at the beginning.
+        const ProjectFileVersion seen = m_version;
+        for (bool taken = true; taken;) {
+            taken = false;
+            lines.takeIf([&](const Line& line) { return taken = isHeaderLine(line); });
+        }
+        m_version = seen;
+        return;
+    }
+    if (m_version.streamVersion > StreamVersion::latest)
+        report({1, lines.firstLine()}, ProjectFileFinding::NewerHeader);
+    lines.takeIf([&](const Line& line) {
+        return textOf(line.bytes).startsWith(QLatin1String("FileTimestamp.")) && isHeaderLine(line);
+    });
+}
+
+void ProjectFile::readLine(const Line& line) {
+    const QString text = textOf(line.bytes);
+    try {
+        if (m_root.bStreamIn(text, m_version)) {
+            if (namesMaster(text))
+                m_masterLines.append(line);
+            return;
+        }
+    } catch (const std::bad_alloc&) {
+        throw;
+    } catch (const std::exception&) {
+        report(line, ProjectFileFinding::Malformed);
+        return;
+    }
+    m_kept.append(line);
+    report(line, reasonNotTaken(text));
+}
+
+/// A line is refused when there is a parameter at the path before its key.
+ProjectFileFinding::Reason ProjectFile::reasonNotTaken(const QString& line) {
+    if (m_parameterPaths.isEmpty()) {
+        m_root.forEachParameter(
+            [this](const ParameterWithoutType* parameter) {
+                const QString name = parameter->extendedName();
+                m_parameterPaths.insert(name.startsWith(QLatin1Char('.')) ? name.mid(1) : name);
+            },
+            true);
+    }
+    const QString path = line.left(line.indexOf(QLatin1Char('=')));
+    const int key = path.lastIndexOf(QLatin1Char('.'));
+    return key > 0 && m_parameterPaths.contains(path.left(key)) ? ProjectFileFinding::Refused
+                                                                : ProjectFileFinding::Unknown;
+}
+
+void ProjectFile::resolveMasters() {
+    m_root.resolveMasterParameters(m_findMaster);
+    for (const Line& line : qAsConst(m_masterLines)) {
+        const QString text = textOf(line.bytes);
+        const QString path = text.left(text.indexOf(QLatin1Char('=')));
+        const ParameterWithoutType* const parameter =
+            m_root.parameterWTWithName(path.left(path.lastIndexOf(QLatin1Char('.'))));
+        if (!parameter || parameter->pendingMasterParameterId().isEmpty())
+            continue;
+        report(line, ProjectFileFinding::UnresolvedMaster);
+        m_kept.append(line);
+    }
+    std::stable_sort(m_kept.begin(), m_kept.end(), [](const Line& a, const Line& b) { return a.number < b.number; });
+}
+
+QByteArray ProjectFile::text() const {
+    m_root.assignNamePrefixes();
+    ProjectFileVersion header(m_application);
+    if (m_timeOfWriting.isValid())
+        header.setTimestamp(m_timeOfWriting);
+    ParameterSet properties;
+    header.initialiseProperties(properties);
+    QString text;
+    QTextStream stream(&text);
+    properties.bStreamOut(stream, {}, true);
+    m_root.writeMembers(stream, {}, true);
+    stream.flush();
+    QByteArray bytes = text.toUtf8();
+    for (const QByteArray& line : m_keptLines)
+        bytes += line + '\n';
+    return bytes;
+}
+
+bool ProjectFile::save(const QString& fileName) {
+    m_error.clear();
+    const QFileInfo target(fileName);
+    if (target.exists() && !target.isFile())
+        return fail(fileName + QLatin1String(": is not a regular file"));
+    const QByteArray bytes = text();
+    QSaveFile file(fileName);
+    if (!file.open(QIODevice::WriteOnly))
+        return fail(fileName + QLatin1String(": ") + file.errorString());
+    // A commit after a short write would replace the former file all the same.
+    if (file.write(bytes) != bytes.size() || !file.flush() || file.error() != QFileDevice::NoError) {
+        const QString reason = file.errorString();
+        file.cancelWriting();
+        return fail(fileName + QLatin1String(": ") + reason);
+    }
+    if (!file.commit())
+        return fail(fileName + QLatin1String(": ") + file.errorString());
+    return true;
+}
+
+} // namespace Prm
