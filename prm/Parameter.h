@@ -7,6 +7,7 @@
 #include "prm/ValueType.h"
 #include "prm/ViewInterpolation.h"
 #include "prm/detail/FastViewMap.h"
+#include "prm/detail/KeyframeSearch.h"
 #include "prm/detail/SourceViews.h"
 
 #include <QFlags>
@@ -244,6 +245,12 @@ private:
     View evaluationView(const View& view) const;
     T valueInView(const View& view, const Context& context, Cache* cache) const;
     T valueIn(const ReadBlock& block, const Context& context, Cache* cache) const;
+    T valueAround(const ReadBlock& block, detail::Bracket at, const Context& context, Cache* cache) const;
+    bool answersAlone(const ReadBlock& block, const View& view) const;
+    void sampleBlock(const ReadBlock& block, const Time* times, int count, const View& view, T* out,
+                     Cache* cache) const;
+    void sampleBlended(const detail::SourceViews& sources, const Time* times, int count, const View& view, T* out,
+                       Cache* cache) const;
     static int exactKey(const KeyframeVector& keyframes, quint32 index);
     template <int count> T computedValue(const Context& context, const detail::SourceViews& views, Cache* cache) const;
     T computedValue(const Context& context, const detail::SourceViews& views, Cache* cache) const;

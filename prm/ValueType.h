@@ -9,6 +9,7 @@
 #include <QTextStream>
 #include <QVariant>
 
+#include <array>
 #include <type_traits>
 
 namespace Prm {
@@ -75,6 +76,23 @@ template <class T> struct Blends<T, std::void_t<decltype(ValueType<T>::component
 
 /// Whether values of the type can be blended.
 template <class T> inline constexpr bool blends = detail::Blends<T>::value;
+
+namespace detail {
+
+/// Adds up values of a type that blends.
+template <class T> class WeightedSum {
+public:
+    void add(const T& value, double weight) {
+        for (int i = 0; i < ValueType<T>::componentCount; ++i)
+            m_sum[static_cast<std::size_t>(i)] += weight * ValueType<T>::component(value, i);
+    }
+    T value() const { return ValueType<T>::fromComponents(m_sum.data()); }
+
+private:
+    std::array<double, static_cast<std::size_t>(ValueType<T>::componentCount)> m_sum{};
+};
+
+} // namespace detail
 
 template <> struct PRM_EXPORT ValueType<bool> : GeneralValueType<bool> {
     /// The integer 1 or 0.

@@ -94,18 +94,46 @@ template <class T> Bracket bracket(const KeyframeData<T>* keyframes, int count, 
     return {position - 1, position};
 }
 
-/// The keyframes of `parameter` in `view` around the time. The locked list must not be empty.
-template <class Locked>
-BoundingKeyframes findClosestKeyframes(const Locked& locked, const Time& time, const View& view,
-                                       const ParameterWithoutType& parameter) {
-    const auto& keyframes = locked.keyframes();
-    const Bracket positions = bracket(keyframes.constData(), keyframes.size(), time);
+/// The same as `bracket` for times that come in order: looks at the segment of the last time and the one behind it
+/// before it searches.
+class BracketCursor {
+public:
+    template <class T> Bracket at(const KeyframeData<T>* keyframes, int count, Time time) {
+        if (!isInside(keyframes, count, time)) {
+            ++m_last.before;
+            ++m_last.after;
+            if (!isInside(keyframes, count, time))
+                m_last = bracket(keyframes, count, time);
+        }
+        return m_last;
+    }
+
+private:
+    /// Whether the time lies strictly between the two keyframes.
+    template <class T> bool isInside(const KeyframeData<T>* keyframes, int count, Time time) const {
+        return m_last.before >= 0 && m_last.after == m_last.before + 1 && m_last.after < count &&
+               keyframes[m_last.before].time < time && time < keyframes[m_last.after].time;
+    }
+
+    Bracket m_last;
+};
+
+/// The positions as keyframes of `parameter` in `view`.
+inline BoundingKeyframes named(Bracket positions, View view, const ParameterWithoutType& parameter) {
     BoundingKeyframes found;
     if (positions.before >= 0)
         found.before = KeyframeIndex(&parameter, view, static_cast<quint32>(positions.before));
     if (positions.after >= 0)
         found.after = KeyframeIndex(&parameter, view, static_cast<quint32>(positions.after));
     return found;
+}
+
+/// The keyframes of `parameter` in `view` around the time. The locked list must not be empty.
+template <class Locked>
+BoundingKeyframes findClosestKeyframes(const Locked& locked, const Time& time, const View& view,
+                                       const ParameterWithoutType& parameter) {
+    const auto& keyframes = locked.keyframes();
+    return named(bracket(keyframes.constData(), keyframes.size(), time), view, parameter);
 }
 
 } // namespace Prm::detail

@@ -28,12 +28,16 @@ template <class T> T Parameter<T>::value(const Context& context, Cache* cache) c
         const ReadBlock block = read(view);
         if (!isKeyframed())
             return block->staticValue;
-        const bool blended = splittable() && viewInterpolation().mode != MVInterpolationParams::Off;
-        if (!blended || block.belongsTo(view))
+        if (answersAlone(block, view))
             return valueIn(block, context, cache);
     }
     const detail::SourceViews sources = sourceViews(context.view);
     return sources.empty() ? valueInView(view, context, cache) : computedValue(context, sources, cache);
+}
+
+/// Whether the value comes from this block and no other view's.
+template <class T> bool Parameter<T>::answersAlone(const ReadBlock& block, const View& view) const {
+    return viewInterpolation().mode == MVInterpolationParams::Off || !splittable() || block.belongsTo(view);
 }
 
 template <class T> detail::SourceViews Parameter<T>::sourceViews(const View& view) const {
@@ -60,13 +64,20 @@ template <class T> int Parameter<T>::exactKey(const KeyframeVector& keyframes, q
 
 /// The value in one view's data alone.
 template <class T> T Parameter<T>::valueIn(const ReadBlock& block, const Context& context, Cache* cache) const {
-    if (block.keyframes().isEmpty())
+    const KeyframeVector& keyframes = block.keyframes();
+    if (keyframes.isEmpty())
         return supportsExtrapolationFromNoKeys() ? extrapolateValue({}, context, cache) : block->staticValue;
-    const BoundingKeyframes around = detail::findClosestKeyframes(block, context.time, block->view, *this);
-    if (!around.before.parameter || !around.after.parameter)
+    return valueAround(block, detail::bracket(keyframes.constData(), keyframes.size(), context.time), context, cache);
+}
+
+/// The value at a time whose place among the keyframes is known.
+template <class T>
+T Parameter<T>::valueAround(const ReadBlock& block, detail::Bracket at, const Context& context, Cache* cache) const {
+    if (at.before == at.after)
+        return block.keyframes().at(at.before).value;
+    const BoundingKeyframes around = detail::named(at, block->view, *this);
+    if (at.before < 0 || at.after < 0)
         return extrapolateValue(around, context, cache);
-    if (around.before.index == around.after.index)
-        return block.keyframes().at(exactKey(block.keyframes(), around.before.index)).value;
     return interpolateValue(around, context, cache);
 }
 
@@ -74,16 +85,11 @@ template <class T>
 template <int count>
 T Parameter<T>::computedValue(const Context& context, const detail::SourceViews& views, Cache* cache) const {
     if constexpr (count > 1 && blends<T>) {
-        constexpr int components = ValueType<T>::componentCount;
+        detail::WeightedSum<T> sum;
         const auto weights = detail::sourceWeights(views, context.view);
-        std::array<double, components> sum{};
-        for (int i = 0; i < count; ++i) {
-            const T value = valueInView(views[i], context, cache);
-            for (int c = 0; c < components; ++c)
-                sum[static_cast<std::size_t>(c)] +=
-                    weights[static_cast<std::size_t>(i)] * ValueType<T>::component(value, c);
-        }
-        return ValueType<T>::fromComponents(sum.data());
+        for (int i = 0; i < count; ++i)
+            sum.add(valueInView(views[i], context, cache), weights[static_cast<std::size_t>(i)]);
+        return sum.value();
     } else {
         return valueInView(views[0], context, cache);
     }

@@ -4,7 +4,8 @@
 
 #include "prm/Parameter.h"
 
-#include <numeric>
+#include <algorithm>
+#include <vector>
 
 namespace Prm {
 
@@ -14,10 +15,53 @@ void Parameter<T>::sampleValues(const Time* times, int count, const View& view, 
         master->sampleValues(times, count, view, out, cache);
         return;
     }
-    // One lock for all: what is read inside is read already.
-    const ReadBlock block = read(evaluationView(view));
-    for (int i = 0; i < count; ++i)
-        out[i] = value(Context(times[i], view), cache);
+    {
+        const View evaluated = evaluationView(view);
+        const ReadBlock block = read(evaluated);
+        if (!isKeyframed()) {
+            std::fill_n(out, count, block->staticValue);
+            return;
+        }
+        if (answersAlone(block, evaluated)) {
+            sampleBlock(block, times, count, view, out, cache);
+            return;
+        }
+    }
+    const detail::SourceViews sources = sourceViews(view);
+    if (sources.size() > 1 && blends<T>)
+        sampleBlended(sources, times, count, view, out, cache);
+    else
+        sampleBlock(read(sources.empty() ? view : sources[0]), times, count, view, out, cache);
+}
+
+template <class T>
+void Parameter<T>::sampleBlock(const ReadBlock& block, const Time* times, int count, const View& view, T* out,
+                               Cache* cache) const {
+    detail::BracketCursor cursor;
+    for (int i = 0; i < count; ++i) {
+        const Context context(times[i], view);
+        // Looked up again each time: a hook on the owning thread may edit the list.
+        const KeyframeVector& keyframes = block.keyframes();
+        out[i] = keyframes.isEmpty()
+                     ? valueIn(block, context, cache)
+                     : valueAround(block, cursor.at(keyframes.constData(), keyframes.size(), times[i]), context, cache);
+    }
+}
+
+/// Each source view is sampled on its own, so that no two are held at once.
+template <class T>
+void Parameter<T>::sampleBlended(const detail::SourceViews& sources, const Time* times, int count, const View& view,
+                                 T* out, Cache* cache) const {
+    if constexpr (blends<T>) {
+        const auto weights = detail::sourceWeights(sources, view);
+        std::vector<detail::WeightedSum<T>> sums(static_cast<std::size_t>(std::max(count, 0)));
+        for (int s = 0; s < sources.size(); ++s) {
+            sampleBlock(read(sources[s]), times, count, view, out, cache);
+            for (int i = 0; i < count; ++i)
+                sums[static_cast<std::size_t>(i)].add(out[i], weights[static_cast<std::size_t>(s)]);
+        }
+        std::transform(sums.begin(), sums.end(), out, [](const auto& sum) { return sum.value(); });
+    }
 }
 
 template <class T>
