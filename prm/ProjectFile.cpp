@@ -52,17 +52,28 @@ private:
 namespace {
 
 QString textOf(const QByteArray& bytes) {
-    return QString::fromUtf8(bytes);
+    // With its size: the other form stops at the first NUL.
+    return QString::fromUtf8(bytes.constData(), bytes.size());
 }
 
-/// The last part of the path before the text of a line, which is its key.
-QString keyOf(const QString& line) {
-    const QString path = line.left(line.indexOf(QLatin1Char('=')));
-    return path.mid(path.lastIndexOf(QLatin1Char('.')) + 1);
+/// What stands before the key of a line: the path of a parameter.
+QString pathOf(const QString& line) {
+    const QString pathAndKey = line.left(line.indexOf(QLatin1Char('=')));
+    return pathAndKey.left(std::max(0, pathAndKey.lastIndexOf(QLatin1Char('.'))));
 }
 
 bool namesMaster(const QString& line) {
-    return line.contains(QLatin1Char('=')) && detail::hasKey(keyOf(line), ParameterStrings::masterParameterId);
+    const int key = pathOf(line).size() + 1;
+    return line.contains(QLatin1Char('=')) && detail::hasKey(line.mid(key), ParameterStrings::masterParameterId);
+}
+
+void collectPaths(const ParameterSet& set, const QString& start, QSet<QString>& paths) {
+    for (const auto& parameter : set.parameters())
+        paths.insert(start + parameter->scriptName());
+    for (const BasicParameter* parameter : set.basicParameters())
+        paths.insert(start + parameter->scriptName());
+    for (const ParameterSet* subset : set.subsets())
+        collectPaths(*subset, start + subset->scriptName() + QLatin1Char('.'), paths);
 }
 
 } // namespace
@@ -162,35 +173,49 @@ void ProjectFile::readLine(const Line& line) {
     report(line, reasonNotTaken(text));
 }
 
+const QSet<QString>& ProjectFile::parameterPaths() {
+    if (m_parameterPaths.isEmpty())
+        collectPaths(m_root, {}, m_parameterPaths);
+    return m_parameterPaths;
+}
+
 /// A line is refused when there is a parameter at the path before its key.
 ProjectFileFinding::Reason ProjectFile::reasonNotTaken(const QString& line) {
-    if (m_parameterPaths.isEmpty()) {
-        m_root.forEachParameter(
-            [this](const ParameterWithoutType* parameter) {
-                const QString name = parameter->extendedName();
-                m_parameterPaths.insert(name.startsWith(QLatin1Char('.')) ? name.mid(1) : name);
-            },
-            true);
-    }
-    const QString path = line.left(line.indexOf(QLatin1Char('=')));
-    const int key = path.lastIndexOf(QLatin1Char('.'));
-    return key > 0 && m_parameterPaths.contains(path.left(key)) ? ProjectFileFinding::Refused
-                                                                : ProjectFileFinding::Unknown;
+    QString path = pathOf(line);
+    const int view = path.lastIndexOf(QLatin1String(".view["));
+    if (view > 0 && path.endsWith(QLatin1Char(']')))
+        path.truncate(view);
+    return parameterPaths().contains(path) ? ProjectFileFinding::Refused : ProjectFileFinding::Unknown;
 }
 
 void ProjectFile::resolveMasters() {
-    m_root.resolveMasterParameters(m_findMaster);
+    if (m_root.resolveMasterParameters(m_findMaster) > 0)
+        keepUnresolvedMasters();
+    std::stable_sort(m_kept.begin(), m_kept.end(), [](const Line& a, const Line& b) { return a.number < b.number; });
+}
+
+void ProjectFile::keepUnresolvedMasters() {
+    QSet<QString> paths;
+    QSet<QString> ids;
+    m_root.forEachParameter(
+        [&](const ParameterWithoutType* parameter) {
+            if (parameter->pendingMasterParameterId().isEmpty())
+                return;
+            const QString name = parameter->extendedName();
+            paths.insert(name.startsWith(QLatin1Char('.')) ? name.mid(1) : name);
+            ids.insert(parameter->pendingMasterParameterId());
+        },
+        true);
     for (const Line& line : qAsConst(m_masterLines)) {
         const QString text = textOf(line.bytes);
-        const QString path = text.left(text.indexOf(QLatin1Char('=')));
-        const ParameterWithoutType* const parameter =
-            m_root.parameterWTWithName(path.left(path.lastIndexOf(QLatin1Char('.'))));
-        if (!parameter || parameter->pendingMasterParameterId().isEmpty())
+        const QString path = pathOf(text);
+        // A line under an additional name of its parameter is known by the master that it names.
+        const bool otherName = !parameterPaths().contains(path) && ids.contains(detail::textBetween(text));
+        if (!otherName && !paths.contains(path))
             continue;
         report(line, ProjectFileFinding::UnresolvedMaster);
         m_kept.append(line);
     }
-    std::stable_sort(m_kept.begin(), m_kept.end(), [](const Line& a, const Line& b) { return a.number < b.number; });
 }
 
 QByteArray ProjectFile::text() const {

@@ -88,6 +88,8 @@ private:
     void readLine(const Line& line);
     ProjectFileFinding::Reason reasonNotTaken(const QString& line);
     void resolveMasters();
+    void keepUnresolvedMasters();
+    const QSet<QString>& parameterPaths();
     void report(const Line& line, ProjectFileFinding::Reason reason);
     bool fail(const QString& message);
 

@@ -1,0 +1,228 @@
+#include "host/product/ProductInfo.h"
+#include "prm/NumericParameter.h"
+#include "prm/ParameterSet.h"
+#include "prm/ProjectFile.h"
+#include "prm/StaticParameter.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <boost/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace Prm;
+
+namespace {
+
+const ParameterOptions still = Splittable;
+
+/// A small project: the set "blur" with a subset "mask".
+struct Project {
+    Project() {
+        Product::replaceProductName([](const QString&) { return QStringLiteral("Studio"); });
+        Product::replaceProductVersion([](const QString&) { return QStringLiteral("4.1.2"); });
+        Product::replaceProductBuildNumber([](const QString&) { return QStringLiteral("7"); });
+        root.addParameterSet(blur);
+        blur.addParameter(enable);
+        blur.addParameter(size);
+        blur.addParameter(title);
+        blur.addParameter(centre);
+        blur.addParameterSet(mask);
+        mask.addParameter(text);
+        mask.addBasicParameter(mode);
+        mask.addBasicParameter(maskFile);
+        file.setTimeOfWriting(QDateTime(QDate(2021, 3, 1), QTime(14, 5, 9), Qt::UTC));
+    }
+    ~Project() {
+        Product::replaceProductName(nullptr);
+        Product::replaceProductVersion(nullptr);
+        Product::replaceProductBuildNumber(nullptr);
+    }
+    Project(const Project&) = delete;
+
+    Parameter<bool> enable{"enable", false, still};
+    NumericParameter<double> size{"size"};
+    Parameter<QString> title{"title"};
+    PointParameter centre{"centre"};
+    Parameter<QString> text{"text"};
+    OwnedStaticParameter<unsigned int> mode{"mode"};
+    OwnedStaticParameter<QString> maskFile{"file"};
+    ParameterSet root;
+    ParameterSet blur{"blur"};
+    ParameterSet mask{"mask"};
+    ProjectFile file{root};
+};
+
+QByteArray contents(const QString& name) {
+    QFile file(name);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
+    return file.readAll();
+}
+
+QByteArray data(const char* name) {
+    return contents(QStringLiteral(PRM_TEST_DATA "/") + QLatin1String(name));
+}
+
+/// "line reason" for every finding.
+std::string findings(const ProjectFile& file) {
+    static const char* const reasons[] = {"malformed", "unknown", "refused", "master", "header", "newer"};
+    std::string all;
+    for (const ProjectFileFinding& finding : file.report())
+        all += std::to_string(finding.lineNumber) + " " + reasons[finding.reason] + "\n";
+    return all;
+}
+
+const QByteArray header = "FileVersion.value=3002\nProductName.value=\"Studio\"\nProductBuildNumber.value=\"7\"\n"
+                          "ProductVersion.value=\"4.1.2\"\nFileTimestamp.value=\"2021-03-01T14:05:09Z\"\n";
+
+} // namespace
+
+TEST(ProjectFile, EveryLineIsWrittenAsItWasRead) {
+    Project project;
+    ASSERT_TRUE(project.file.loadText(data("every_line.prm")));
+    EXPECT_EQ(findings(project.file), "33 unknown\n34 unknown\n");
+    EXPECT_EQ(project.text.constrainedParameters(), QList<ParameterWithoutType*>{&project.title});
+    EXPECT_EQ(project.title.keyframe(0, View()).value, QString("a, \"b\" ) )\n"));
+    EXPECT_EQ(project.file.text().toStdString(), data("every_line.prm").toStdString());
+    EXPECT_EQ(project.file.version().timestamp(), QDateTime(QDate(2021, 3, 1), QTime(14, 5, 9), Qt::UTC));
+}
+
+TEST(ProjectFile, ADamagedLineCostsThatLine) {
+    Project project;
+    ASSERT_TRUE(project.file.loadText(data("damaged.prm")));
+    EXPECT_EQ(findings(project.file), "8 malformed\n9 malformed\n11 malformed\n12 refused\n13 master\n14 refused\n"
+                                      "15 unknown\n");
+    EXPECT_EQ(project.size.keyframeCount(View()), 2u);
+    const QByteArray saved = project.file.text();
+    EXPECT_TRUE(saved.endsWith("blur.size.shade=3\nblur.enable.MasterParameterId=nobody.here\nblur.mask.file.size=3\n"
+                               "later.set.value=7\n"))
+        << saved.toStdString();
+    Project again;
+    again.file.loadText(saved);
+    EXPECT_EQ(again.file.text().toStdString(), saved.toStdString());
+}
+
+TEST(ProjectFile, AnOldFileLoads) {
+    Project project;
+    ASSERT_TRUE(project.file.loadText(data("version_2019.prm")));
+    EXPECT_EQ(project.file.version().streamVersion, 2019u);
+    EXPECT_EQ(findings(project.file), "6 unknown\n");
+    EXPECT_EQ(project.size.value(Context(Time(), View(0))), 3);
+    EXPECT_EQ(project.size.value(Context(Time(), View(1))), 4);
+}
+
+struct HeaderCase {
+    const char* name;
+    QByteArray text;
+    const char* findings;
+    double size;
+};
+
+class ProjectFileHeader : public testing::TestWithParam<HeaderCase> {};
+
+TEST_P(ProjectFileHeader, IsReportedAndTheRestIsRead) {
+    Project project;
+    EXPECT_TRUE(project.file.loadText(GetParam().text));
+    EXPECT_EQ(findings(project.file), GetParam().findings);
+    EXPECT_EQ(project.size.value(Context()), GetParam().size);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, ProjectFileHeader,
+    testing::Values(
+        HeaderCase{"Empty", "", "1 header\n", 0}, HeaderCase{"None", "blur.size.value=2\n", "1 header\n", 2},
+        HeaderCase{"NoNumber", "FileVersion.value=abc\nblur.size.value=2\n", "1 header\n", 2},
+        HeaderCase{"CutShort", "FileVersion.value=3002\nProductName.value=\"x\"\nblur.size.value=2", "1 header\n", 2},
+        HeaderCase{"Newer", QByteArray(header).replace("3002", "4000") + "blur.size.value=2\n", "1 newer\n", 2},
+        HeaderCase{"CrLfAndMark", "\xEF\xBB\xBF" + QByteArray(header + "blur.size.value=2\n").replace("\n", "\r\n"), "",
+                   2},
+        HeaderCase{"NulAndBrokenUtf8", header + QByteArray("\0\xFF\xED\xA0\x80\n", 6) + "blur.size.value=2",
+                   "6 unknown\n", 2}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(ProjectFile, UnknownLinesKeepTheirBytes) {
+    Project project;
+    const QByteArray broken("x\0\xFF\xED\xA0\x80=1\n", 9);
+    project.file.loadText(header + broken);
+    EXPECT_TRUE(project.file.text().endsWith(broken));
+}
+
+struct HostileCase {
+    const char* name;
+    QByteArray (*text)();
+};
+
+class ProjectFileHostile : public testing::TestWithParam<HostileCase> {};
+
+TEST_P(ProjectFileHostile, EndsAndKeepsTheRest) {
+    Project project;
+    EXPECT_TRUE(project.file.loadText(header + GetParam().text() + "\nblur.enable.value=1\n"));
+    EXPECT_TRUE(project.enable.staticValue(View()));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, ProjectFileHostile,
+    testing::Values(
+        HostileCase{"LongLine", [] { return QByteArray("blur.size.value=") + QByteArray(5000000, '7'); }},
+        HostileCase{"ManyDots", [] { return "blur." + QByteArray(1000000, '.') + "=1"; }},
+        HostileCase{"ManyQuotes", [] { return "blur.title.keyframes.append( Key( 1, " + QByteArray(1000000, '"'); }},
+        HostileCase{"ManyCommas",
+                    [] { return "blur.size.keyframes.append( BezierKey( " + QByteArray(1000000, ',') + ") )"; }},
+        HostileCase{"HugeView",
+                    [] { return QByteArray("blur.size.view[2147483646].value=1\nblur.size.views=[4294967295]"); }},
+        HostileCase{"Times",
+                    [] {
+                        return QByteArray("blur.size.keyframes.append( Key( nan, 1, Linear ) )\n"
+                                          "blur.size.keyframes.append( Key( -1e300, inf, Linear ) )");
+                    }}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(ProjectFile, SavingFailsWholeOrNotAtAll) {
+    const QTemporaryDir folder;
+    const QString name = folder.filePath("a.prm");
+    Project project;
+    project.title.vSetValue(QString(200000, 'x'), Context(Context::INVALID_TIME));
+    ASSERT_TRUE(project.file.save(name)) << project.file.errorString().toStdString();
+    const QByteArray before = contents(name);
+    project.title.vSetValue(QString(100000, 'y'), Context(Context::INVALID_TIME));
+
+    EXPECT_FALSE(project.file.save(folder.path()));
+    EXPECT_FALSE(project.file.save(folder.filePath("missing/a.prm")));
+
+    // A full disk, as far as the program can tell.
+    const pid_t child = fork();
+    if (child == 0) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit small{50000, 50000};
+        setrlimit(RLIMIT_FSIZE, &small);
+        _exit(project.file.save(name) ? 1 : project.file.errorString().isEmpty() ? 2 : 0);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    EXPECT_EQ(contents(name), before);
+    EXPECT_TRUE(project.file.save(name));
+    EXPECT_NE(contents(name), before);
+}
+
+TEST(ProjectFile, LossesAreNamedBeforeSaving) {
+    Project project;
+    for (const double time : {0.1, 1234567.0, 1234568.0})
+        project.size.vSetValue(1, Context(Time::fromDouble(time)));
+    project.size.vSetInterpolationData(IType(static_cast<Interpolation>(6), 1), 0, View());
+    project.text.setScriptName("a=b");
+    project.mode.doImportState(OwnedStaticParameter<unsigned int>("file").exportState());
+    project.maskFile.setValue("two\nlines");
+    const QString losses = project.file.saveLosses().join('\n');
+    for (const char* expected : {"keyframe times will move (3)", "will merge with the one before them (1)",
+                                 "other than the first become Constant (1)", "are not written (1)", "holds \"=\"",
+                                 "is used 2 times", "holds a line break"})
+        EXPECT_TRUE(losses.contains(QLatin1String(expected))) << expected << "\n" << losses.toStdString();
+    Project clean;
+    EXPECT_TRUE(clean.file.saveLosses().isEmpty());
+}
