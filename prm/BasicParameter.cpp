@@ -2,6 +2,8 @@
 
 #include "prm/ParameterSet.h"
 
+#include <algorithm>
+
 namespace Prm {
 
 BasicParameter::BasicParameter(ParameterSet* parent) : m_parentSet(parent) {}
@@ -13,6 +15,10 @@ BasicParameter::BasicParameter(const BasicParameter& other)
 BasicParameter::~BasicParameter() {
     for (ParameterSet* set : qAsConst(m_listedIn))
         set->forgetDeadMember(this);
+}
+
+bool BasicParameter::isListedIn(const ParameterSet* set) const {
+    return std::find(m_listedIn.begin(), m_listedIn.end(), set) != m_listedIn.end();
 }
 
 QVariant BasicParameter::variantValue(const Context& context, const std::nothrow_t&) const {

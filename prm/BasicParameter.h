@@ -75,6 +75,8 @@ private:
     friend class ParameterSet;
 
     ParameterSet* m_parentSet;
+    bool isListedIn(const ParameterSet* set) const;
+
     /// Every set that lists the parameter, so that it can leave them when it dies.
     QVector<ParameterSet*> m_listedIn;
     bool m_streamable = true;

@@ -21,8 +21,8 @@ public:
     CurveParameter(const CurveParameter& other);
     ~CurveParameter() override;
 
-    T interpolateValue(const BoundingKeyframes& keyframes, const Context& context, Cache* cache) const override;
-    T extrapolateValue(const BoundingKeyframes& keyframes, const Context& context, Cache* cache) const override;
+    T interpolateValue(const BoundingKeyframes& around, const Context& context, Cache* cache) const override;
+    T extrapolateValue(const BoundingKeyframes& around, const Context& context, Cache* cache) const override;
     /// False: without keyframes there is no curve.
     bool supportsExtrapolationFromNoKeys() const override;
     IType initialiseInterpolation(const KeyframeData<T>& from, const KeyframeData<T>& to,

@@ -20,7 +20,7 @@ namespace Prm {
 /// Whatever a host wants to keep between evaluations; the library only hands the pointer on to the hooks.
 class Cache;
 
-template <class T> class Parameter;
+template <class T> class PRM_EXPORT Parameter;
 
 namespace detail {
 
@@ -88,10 +88,10 @@ public:
     using BasicParameter::variantValue;
     /// Throws `std::runtime_error` ("Parameter not splittable", "Parameter not animated", translated) for a view other
     /// than 0 of an unsplittable parameter, and for a frame's time of one that is not keyframed.
-    void setVariantValue(const QVariant& value, const Context& context) override;
+    void setVariantValue(const QVariant& variant, const Context& context) override;
     /// Sets a keyframed parameter at a frame's time as `vSetValue` does, otherwise the static value: [VIEW_ADDED],
     /// VALUE_CHANGED if it is new.
-    void setVariantValue(const QVariant& value, const Context& context, const std::nothrow_t&) override;
+    void setVariantValue(const QVariant& variant, const Context& context, const std::nothrow_t&) override;
     /// The keyframe's value, of the last one for an index beyond; the static value without keyframes.
     virtual T keyframeValue(unsigned int index, const View& view) const;
     /// The keyframe, the last one for an index beyond; without keyframes the invalid time, the static value and the
@@ -112,7 +112,7 @@ public:
     bool vSetInterpolation(Interpolation kind, const Context& context) override;
     void vSetDefaultInterpolation(Interpolation kind) override;
     /// Sets kind and shape exactly as given. KEYFRAME_CHANGED_INTERPOLATION.
-    void vSetInterpolationData(IType data, unsigned int index, const View& view) override;
+    void vSetInterpolationData(IType itype, unsigned int index, const View& view) override;
     Extrapolation extrapolationBefore() const override;
     Extrapolation extrapolationAfter() const override;
     /// The kind that governs the time: of the keyframe there or before it, of the first one before all.
@@ -251,7 +251,7 @@ private:
                      Cache* cache) const;
     void sampleBlended(const detail::SourceViews& sources, const Time* times, int count, const View& view, T* out,
                        Cache* cache) const;
-    static int exactKey(const KeyframeVector& keyframes, quint32 index);
+    static int exactKey(const KeyframeVector& keyframes, int found);
     template <int count> T computedValue(const Context& context, const detail::SourceViews& views, Cache* cache) const;
     T computedValue(const Context& context, const detail::SourceViews& views, Cache* cache) const;
     detail::SourceViews sourceViews(const View& view) const;

@@ -79,6 +79,7 @@ void ParameterSet::letGoOfMembers() {
         m_ownedBasicParameters.pop_back();
     std::vector<Subset> leaving = std::move(m_subsets);
     m_subsets.clear();
+    ++m_membership;
     for (const Subset& subset : leaving)
         subset.set->forgetParent(this);
     while (!leaving.empty()) {
@@ -115,6 +116,7 @@ void ParameterSet::forgetDeadMember(const BasicParameter* parameter) {
 
 void ParameterSet::forgetSubset(const ParameterSet* subset) {
     eraseIf(m_subsets, [=](const Subset& entry) { return entry.set == subset; });
+    ++m_membership;
     m_subsetNamesKnown = false;
 }
 
@@ -144,7 +146,7 @@ void ParameterSet::addParameter(ParameterWithoutType& parameter) {
 }
 
 void ParameterSet::listParameter(const boost::shared_ptr<ParameterWithoutType>& parameter) {
-    if (parameter->m_listedIn.contains(this))
+    if (parameter->isListedIn(this))
         return;
     m_parameters.push_back(parameter);
     enlist(*parameter);
@@ -163,7 +165,7 @@ void ParameterSet::addSplittableParameter(ParameterWithoutType& parameter, const
 }
 
 void ParameterSet::addBasicParameter(BasicParameter& parameter) {
-    if (parameter.m_listedIn.contains(this))
+    if (parameter.isListedIn(this))
         return;
     m_basicParameters.push_back(&parameter);
     enlist(parameter);

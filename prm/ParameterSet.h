@@ -90,12 +90,12 @@ public:
 
     /// Finds by script name, exactly: own members first (moved ones last), then a dotted path through subsets and
     /// compounds. Null when there is none.
-    BasicParameter* parameterWithName(const QString& name);
-    const BasicParameter* parameterWithName(const QString& name) const;
-    ParameterWithoutType* parameterWTWithName(const QString& name);
-    const ParameterWithoutType* parameterWTWithName(const QString& name) const;
-    ParameterSet* subsetWithName(const QString& name);
-    const ParameterSet* subsetWithName(const QString& name) const;
+    BasicParameter* parameterWithName(const QString& name) { return findParameter(name); }
+    const BasicParameter* parameterWithName(const QString& name) const { return findParameter(name); }
+    ParameterWithoutType* parameterWTWithName(const QString& name) { return findAnimatedParameter(name); }
+    const ParameterWithoutType* parameterWTWithName(const QString& name) const { return findAnimatedParameter(name); }
+    ParameterSet* subsetWithName(const QString& name) { return findSubset(name); }
+    const ParameterSet* subsetWithName(const QString& name) const { return findSubset(name); }
 
     /// Visits the own animatable parameters, then those of the subsets, depth first. A compound is one parameter. What
     /// the function removes is not visited any more.
@@ -147,6 +147,10 @@ private:
     BasicParameter* ownParameter(const QString& name) const;
     ParameterWithoutType* ownAnimatedParameter(const QString& name) const;
     ParameterSet* ownSubset(const QString& name) const;
+    BasicParameter* findParameter(const QString& name) const;
+    ParameterWithoutType* findAnimatedParameter(const QString& name) const;
+    ParameterSet* findSubset(const QString& name) const;
+    bool stillLists(const ParameterSet* subset, quint32 membership) const;
     template <class Result, class Own> Result* find(const QString& name, const Own& own) const;
 
     enum class Reading { NotMine, Refused, Taken };
@@ -164,6 +168,8 @@ private:
     /// How many subsets have a script name; rebuilt when one was renamed.
     mutable QHash<QString, int> m_subsetNames;
     mutable bool m_subsetNamesKnown = true;
+    /// Counts the changes of the list of subsets.
+    quint32 m_membership = 0;
     int m_lastHitList = 0;
     int m_lastHitIndex = 0;
     QString m_scriptName;

@@ -60,30 +60,24 @@ template <class Result, class Own> Result* ParameterSet::find(const QString& nam
     return nullptr;
 }
 
-const BasicParameter* ParameterSet::parameterWithName(const QString& name) const {
+BasicParameter* ParameterSet::findParameter(const QString& name) const {
     return find<BasicParameter>(name,
                                 [](const ParameterSet& set, const QString& own) { return set.ownParameter(own); });
 }
 
-const ParameterWithoutType* ParameterSet::parameterWTWithName(const QString& name) const {
+ParameterWithoutType* ParameterSet::findAnimatedParameter(const QString& name) const {
     return find<ParameterWithoutType>(
         name, [](const ParameterSet& set, const QString& own) { return set.ownAnimatedParameter(own); });
 }
 
-const ParameterSet* ParameterSet::subsetWithName(const QString& name) const {
+ParameterSet* ParameterSet::findSubset(const QString& name) const {
     return find<ParameterSet>(name, [](const ParameterSet& set, const QString& own) { return set.ownSubset(own); });
 }
 
-BasicParameter* ParameterSet::parameterWithName(const QString& name) {
-    return const_cast<BasicParameter*>(qAsConst(*this).parameterWithName(name));
-}
-
-ParameterWithoutType* ParameterSet::parameterWTWithName(const QString& name) {
-    return const_cast<ParameterWithoutType*>(qAsConst(*this).parameterWTWithName(name));
-}
-
-ParameterSet* ParameterSet::subsetWithName(const QString& name) {
-    return const_cast<ParameterSet*>(qAsConst(*this).subsetWithName(name));
+/// Whether a subset that was listed before a call out still is; its address alone may be asked about.
+bool ParameterSet::stillLists(const ParameterSet* subset, quint32 membership) const {
+    return m_membership == membership ||
+           std::any_of(m_subsets.begin(), m_subsets.end(), [=](const Subset& entry) { return entry.set == subset; });
 }
 
 void ParameterSet::forEachParameter(boost::function<void(ParameterWithoutType*)> function, bool recursive) const {
@@ -93,18 +87,19 @@ void ParameterSet::forEachParameter(boost::function<void(ParameterWithoutType*)>
     for (const auto& parameter : m_parameters)
         parameters.emplace_back(parameter.get());
     for (const auto& parameter : parameters) {
-        if (parameter && (!guard.alive() || parameter->m_listedIn.contains(const_cast<ParameterSet*>(this))))
+        if (!guard.alive())
+            return;
+        if (parameter && parameter->isListedIn(this))
             function(parameter.data());
     }
     if (!recursive || !guard.alive())
         return;
     const std::vector<Subset> below = m_subsets;
+    const quint32 membership = m_membership;
     for (const Subset& subset : below) {
         if (!guard.alive())
             return;
-        const bool stillThere = std::any_of(m_subsets.begin(), m_subsets.end(),
-                                            [&](const Subset& entry) { return entry.set == subset.set; });
-        if (stillThere)
+        if (stillLists(subset.set, membership))
             subset.set->forEachParameter(function, true);
     }
 }
@@ -112,15 +107,14 @@ void ParameterSet::forEachParameter(boost::function<void(ParameterWithoutType*)>
 void ParameterSet::forEachSubset(boost::function<void(ParameterSet*)> function, bool recursive) {
     const detail::LifeGuard guard(*this);
     const std::vector<Subset> below = m_subsets;
-    const auto isStillThere = [&](const Subset& subset) {
-        return guard.alive() && std::any_of(m_subsets.begin(), m_subsets.end(),
-                                            [&](const Subset& entry) { return entry.set == subset.set; });
-    };
+    const quint32 membership = m_membership;
     for (const Subset& subset : below) {
-        if (!isStillThere(subset))
+        if (!guard.alive())
+            return;
+        if (!stillLists(subset.set, membership))
             continue;
         function(subset.set);
-        if (recursive && isStillThere(subset))
+        if (recursive && guard.alive() && stillLists(subset.set, membership))
             subset.set->forEachSubset(function, true);
     }
 }

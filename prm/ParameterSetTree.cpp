@@ -109,6 +109,7 @@ bool ParameterSet::listSubset(ParameterSet& subset, const boost::shared_ptr<Para
     giveUniqueName(subset);
     const auto place = m_subsets.begin() + static_cast<std::ptrdiff_t>(std::min(position, m_subsets.size()));
     m_subsets.insert(place, Subset{&subset, owner});
+    ++m_membership;
     subset.m_parents.push_back(this);
     if (m_subsetNamesKnown)
         ++m_subsetNames[subset.scriptName()];
@@ -138,11 +139,9 @@ bool ParameterSet::removeParameterSet(const boost::shared_ptr<ParameterSet>& sub
     notifySubtreeRemoved(subset.get());
     if (!guard.alive() || !listsSubset(*subset))
         return true;
-    // Kept until the end: the list's entry may be the last owner but the caller's.
-    const boost::shared_ptr<ParameterSet> kept = subset;
-    forgetSubset(kept.get());
-    kept->forgetParent(this);
-    kept->leaveTree();
+    forgetSubset(subset.get());
+    subset->forgetParent(this);
+    subset->leaveTree();
     return true;
 }
 

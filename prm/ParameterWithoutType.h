@@ -19,7 +19,7 @@
 
 namespace Prm {
 
-template <class T> class Parameter;
+template <class T> class PRM_EXPORT Parameter;
 class SerialisedKeyframe;
 
 /// An animatable parameter without its value type: identity and names, flags, the link to a master, the parameters it

@@ -26,7 +26,7 @@ public:
     using BasicParameter::variantValue;
     QVariant variantValue(const Context& context) const override;
     /// A variant that does not convert gives 0, or the empty text.
-    void setVariantValue(const QVariant& value, const Context& context) override;
+    void setVariantValue(const QVariant& variant, const Context& context) override;
 
     /// Stores the value and nothing else.
     virtual void doSetValue(const T& value) = 0;

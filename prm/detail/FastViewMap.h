@@ -124,7 +124,7 @@ public:
         const int position = positionOf(view);
         Block* const block = m_data[static_cast<std::size_t>(position)].get();
         const WriteScope scope({&m_lists, &m_template}, {block});
-        m_data[static_cast<std::size_t>(position)].release();
+        static_cast<void>(m_data[static_cast<std::size_t>(position)].release());
         m_data.erase(m_data.begin() + position);
         m_realViews.erase(m_realViews.begin() + position);
         publish();
@@ -225,7 +225,7 @@ private:
             former.push_back(block.get());
         const WriteScope scope({&m_lists, &m_template}, std::move(former));
         for (auto& block : m_data)
-            block.release();
+            static_cast<void>(block.release());
         m_data = std::move(data);
         m_realViews.swap(views);
         m_slots = slotCount;

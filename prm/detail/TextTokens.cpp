@@ -100,7 +100,7 @@ QString getToken(const QString& text, int& pos) {
     return token;
 }
 
-bool parseKeyframeDeclaration(QString declaration, QString& timeText, QString& valueText, IType& itype) {
+bool parseKeyframeDeclaration(const QString& declaration, QString& timeText, QString& valueText, IType& itype) {
     const int opening = declaration.indexOf(keyOpening);
     if (opening < 0)
         return false;
@@ -131,7 +131,7 @@ bool parseKeyframeDeclaration(QString declaration, QString& timeText, QString& v
     return true;
 }
 
-std::vector<View> parseViewList(QString text) {
+std::vector<View> parseViewList(const QString& text) {
     const int opening = text.indexOf(QLatin1Char('['));
     const int closing = text.indexOf(QLatin1Char(']'));
     std::vector<View> views;

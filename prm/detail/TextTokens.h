@@ -21,10 +21,11 @@ PRM_EXPORT QString getToken(const QString& text, int& pos);
 /// Splits "...Key( <time>, <value>, <interpolation> ) )", or "...BezierKey( <time>, <value>, <four numbers> ) )". The
 /// value is taken as it stands: it may hold commas, for only the first and the last (or the fourth from the end)
 /// separate. On false all outputs are without meaning, but `itype` is untouched unless its own text was read.
-PRM_EXPORT bool parseKeyframeDeclaration(QString declaration, QString& timeText, QString& valueText, IType& itype);
+PRM_EXPORT bool parseKeyframeDeclaration(const QString& declaration, QString& timeText, QString& valueText,
+                                         IType& itype);
 
 /// The views listed between the first "[" and the first "]"; what is no number is left out.
-PRM_EXPORT std::vector<View> parseViewList(QString text);
+PRM_EXPORT std::vector<View> parseViewList(const QString& text);
 
 /// Escapes, in place, what could break a line or end a quoted text: a backslash and a letter or sign for form feed,
 /// double quote, backslash, carriage return, line feed, tab and vertical tab. Everything else stays.

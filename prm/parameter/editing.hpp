@@ -81,7 +81,7 @@ template <class T> int Parameter<T>::iAddKeyframe(const Frame& frame, const Anim
     const std::vector<View> views = state.views();
     int last = -1;
     for (const View view : views) {
-        const int added = iAddKeyframe(Context(time, view, state));
+        const int added = iAddKeyframe(Context(time, view, AnimationFlags(state.packed())));
         if (added >= 0)
             last = added;
         if (!guard.alive())
@@ -200,6 +200,7 @@ template <class T> void Parameter<T>::vSetExtrapolationAfter(Extrapolation kind)
 template <class T> void Parameter<T>::adjustKeyframesTime(const boost::function<Time(Time)>& mapping) {
     if (!isKeyframed())
         return;
+    // The mapping may throw itself away. NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const boost::function<Time(Time)> map = mapping;
     const detail::LifeGuard guard(*this);
     const std::vector<View> views = viewList();

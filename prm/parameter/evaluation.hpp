@@ -56,8 +56,7 @@ template <class T> T Parameter<T>::valueInView(const View& view, const Context& 
 }
 
 /// Of several keyframes at one time, which `adjustKeyframesTime` may leave, the first one counts, as for edits.
-template <class T> int Parameter<T>::exactKey(const KeyframeVector& keyframes, quint32 index) {
-    const int found = static_cast<int>(index);
+template <class T> int Parameter<T>::exactKey(const KeyframeVector& keyframes, int found) {
     const Time time = keyframes.at(found).time;
     return found > 0 && keyframes.at(found - 1).time == time ? detail::lowerBound(keyframes, time) : found;
 }
@@ -74,7 +73,7 @@ template <class T> T Parameter<T>::valueIn(const ReadBlock& block, const Context
 template <class T>
 T Parameter<T>::valueAround(const ReadBlock& block, detail::Bracket at, const Context& context, Cache* cache) const {
     if (at.before == at.after)
-        return block.keyframes().at(at.before).value;
+        return block.keyframes().at(exactKey(block.keyframes(), at.before)).value;
     const BoundingKeyframes around = detail::named(at, block->view, *this);
     if (at.before < 0 || at.after < 0)
         return extrapolateValue(around, context, cache);

@@ -20,6 +20,7 @@ template <class T> int parameterMetaType() {
 
 } // namespace detail
 
+// Delegates, which the check overlooks. NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
 template <class T> Parameter<T>::Parameter() : Parameter(QString()) {}
 
 template <class T>
