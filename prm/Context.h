@@ -34,6 +34,7 @@ public:
 
     constexpr Context() = default;
     constexpr Context(InvalidTime) : BaseContext(Time::INVALID) {}
+    constexpr Context(Time::Invalid) : BaseContext(Time::INVALID) {}
     constexpr Context(Time at, View inView = View(), AnimationFlags withFlags = {})
         : BaseContext(at), view(inView), flags(withFlags) {}
     constexpr Context(const Explicit& exact);

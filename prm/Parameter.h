@@ -42,10 +42,11 @@ Q_DECLARE_OPERATORS_FOR_FLAGS(ParameterOptions)
 /// that of the first view that has some. A parameter that was never written has no data at all and answers with its
 /// default.
 ///
-/// Threads: everything const may be called from any number of threads while the owning thread edits; what such a call
-/// answers is the state before an edit or after it. `viewList()` and its reference belong to the owning thread, as do
-/// all edits. While masters are changed or a parameter is destroyed, no other thread may evaluate. No lock is held
-/// while observers are told of a change.
+/// Threads: values, samples and questions about the keyframes of one view may be asked from any number of threads while
+/// the owning thread edits; the answer is the state before an edit or after it. All edits belong to the owning thread,
+/// and so does what goes through all views: `viewList()`, `numViews()`, `allKeyframes()`, `forEachKeyframeTime()`
+/// without a view, writing text, taking snapshots, and being copied from. While masters are changed or a parameter is
+/// destroyed, no other thread may evaluate. No lock is held while observers are told of a change.
 ///
 /// Edits that do not apply are ignored silently. Which changes are sent stands with each operation, in order; a change
 /// in brackets only when the view gains data of its own.

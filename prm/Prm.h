@@ -25,6 +25,17 @@ class ProxyScale;
 // prm/Interpolation.h
 struct IType; // a keyframe's interpolation kind and its shape numbers
 
+// prm/KeyframeData.h
+template <class T> struct KeyframeData; // one keyframe: time, value, interpolation
+struct BoundingKeyframes;
+
+// prm/ViewInterpolation.h
+struct MVInterpolationParams; // how a view without data is made from those that have some
+
+// prm/ValueType.h
+template <class T> struct GeneralValueType;
+template <class T> struct ValueType; // all that the library knows of a type of values
+
 // prm/ProjectFileVersion.h
 class BuildVersion;
 class ProjectFileVersion;
@@ -52,5 +63,33 @@ class NumericParameterWithoutType;
 
 // prm/SerialisedKeyframe.h
 class SerialisedKeyframe;
+
+// prm/Parameter.h
+class Cache; // the host's
+template <class T> class Parameter;
+
+// prm/CurveParameter.h
+template <class T> class CurveParameter;
+
+// prm/NumericParameter.h
+template <class T> class NumericParameter;
+
+// prm/StaticParameter.h
+template <class T> class StaticParameter;
+template <class T> class VirtualParameter;     // its value is a variable of the host's
+template <class T> class OwnedStaticParameter; // keeps its value itself
+
+// prm/MovedParameter.h
+class MovedParameter;
+
+// prm/ParameterTree.h
+struct ParameterTree; // the host's
+
+// prm/ParameterSet.h
+class ParameterSet;
+
+// prm/ProjectFile.h
+struct ProjectFileFinding;
+class ProjectFile;
 
 } // namespace Prm

@@ -14,6 +14,8 @@
 
 namespace Prm {
 
+template <class T> struct ValueType;
+
 /// The general answers of `ValueType<T>`, for specialisations to start from: T's own `==`, its text stream operators,
 /// and its `QVariant` conversions (T must be declared with Q_DECLARE_METATYPE).
 template <class T> struct GeneralValueType {
@@ -52,7 +54,7 @@ template <class T> struct GeneralValueType {
     /// Adds the bytes that tell values apart, the same on every machine: here those of the written text.
     static void addToHash(Bsc::Hash& hash, const T& value) {
         QString text;
-        write(text, value);
+        ValueType<T>::write(text, value);
         const QByteArray bytes = text.toUtf8();
         hash.addData(bytes.constData(), static_cast<std::size_t>(bytes.size()));
     }

@@ -29,6 +29,14 @@ bool isWrittenHere(const std::atomic<std::uintptr_t>& mark) {
     return threadOf(mark.load(std::memory_order_relaxed)) == thisThread();
 }
 
+void letOthersOn(int attempt) {
+    constexpr int patience = 64;
+    if (attempt < patience)
+        std::this_thread::yield();
+    else
+        std::this_thread::sleep_for(std::chrono::microseconds(50));
+}
+
 } // namespace
 
 #if defined(__GNUC__)
@@ -40,19 +48,31 @@ thread_local ReaderRecord* t_readerRecord = nullptr;
 Lockable::~Lockable() = default;
 
 ReaderRecord& ReaderRecord::mine() {
+    static thread_local bool ended = false;
     struct Returned {
         ~Returned() {
             if (t_readerRecord)
                 giveBack(*t_readerRecord);
             t_readerRecord = nullptr;
+            ended = true;
         }
     };
     if (!t_readerRecord) {
-        static thread_local Returned returned;
-        static_cast<void>(returned);
+        // What is taken by the last destructors of a thread stays taken.
+        if (!ended) {
+            static thread_local Returned returned;
+            static_cast<void>(returned);
+        }
         t_readerRecord = &takeOne(nullptr);
     }
     return *t_readerRecord;
+}
+
+ReaderRecord& ReaderRecord::bottom() {
+    ReaderRecord* record = &mine();
+    while (record->m_below)
+        record = record->m_below;
+    return *record;
 }
 
 ReaderRecord& ReaderRecord::takeOne(ReaderRecord* below) {
@@ -84,7 +104,8 @@ void ReaderRecord::giveBack(ReaderRecord& record) {
 
 bool ReaderRecord::isReadElsewhere(const Lockable* block, std::uintptr_t thread) {
     for (const ReaderRecord* record = firstRecord.load(); record; record = record->m_next) {
-        if (record->m_thread.load(std::memory_order_relaxed) == thread)
+        // Ordered as well: the record may just have gone from this thread to another.
+        if (record->m_thread.load() == thread)
             continue;
         const auto& announced = record->m_announced;
         if (std::any_of(announced.begin(), announced.end(), [=](const auto& slot) { return slot.load() == block; }))
@@ -111,10 +132,25 @@ void ReaderRecord::deleteRetired(ReaderRecord& record) {
 }
 
 bool ReadScope::mayPass(std::uintptr_t mark) const {
-    if (threadOf(mark) == m_record.thread())
+    return threadOf(mark) == m_record.thread() || ((mark & waiting) != 0 && isWaitedFor());
+}
+
+/// Whether others may wait for what this thread reads or writes around this scope. Any thread that reads something
+/// could pass; but then a few that always do would keep a writer waiting for good.
+bool ReadScope::isWaitedFor() const {
+    if (ReaderRecord::bottom().m_writing)
         return true;
-    const bool readsAlready = m_base > 0 || m_record.m_below;
-    return readsAlready && (mark & waiting) != 0;
+    int count = m_base;
+    for (const ReaderRecord* record = &m_record; record; record = record->m_below) {
+        for (int i = 0; i < count; ++i) {
+            const Lockable* const block = record->m_announced[static_cast<std::size_t>(i)].load();
+            const std::uintptr_t mark = block ? block->m_mark.load() : 0;
+            if (mark != 0 && threadOf(mark) != m_record.thread())
+                return true;
+        }
+        count = ReaderRecord::capacity;
+    }
+    return false;
 }
 
 bool ReadScope::announceInNewRecord(const Lockable* block) {
@@ -146,65 +182,80 @@ void ReadScope::dropNewRecords() {
 }
 
 void ReadScope::standBack(int attempt) {
-    constexpr int patience = 64;
-    if (attempt < patience)
-        std::this_thread::yield();
-    else
-        std::this_thread::sleep_for(std::chrono::microseconds(50));
+    const WriteScope* const innermost = ReaderRecord::bottom().m_writing;
+    WriteScope::markAll(innermost, waiting);
+    letOthersOn(attempt);
+    WriteScope::keepReadersOut(innermost);
 }
 
-WriteScope::WriteScope(Lockable& block) {
+WriteScope::WriteScope(Lockable& block) : m_single(&block) {
     // Announced as well, so that a block which is thrown away meanwhile outlives this scope.
     m_reading.announce(&block);
-    if (isWrittenHere(block.m_mark))
-        return;
-    m_single = &block;
-    acquire(&m_single, 1);
+    if (!isWrittenHere(block.m_mark))
+        acquire(&m_single, 1);
 }
 
 WriteScope::WriteScope(std::vector<Lockable*> kept, std::vector<Lockable*> discarded)
-    : m_kept(std::move(kept)), m_discarded(std::move(discarded)) {
-    std::vector<Lockable*> all;
-    all.reserve(m_kept.size() + m_discarded.size());
+    : m_several(std::move(kept)), m_discarded(std::move(discarded)) {
     const auto writtenHere = [](const Lockable* block) { return isWrittenHere(block->m_mark); };
-    m_kept.erase(std::remove_if(m_kept.begin(), m_kept.end(), writtenHere), m_kept.end());
-    std::remove_copy_if(m_discarded.begin(), m_discarded.end(), std::back_inserter(all), writtenHere);
-    all.insert(all.end(), m_kept.begin(), m_kept.end());
-    acquire(all.data(), all.size());
+    m_several.erase(std::remove_if(m_several.begin(), m_several.end(), writtenHere), m_several.end());
+    m_keptCount = m_several.size();
+    std::remove_copy_if(m_discarded.begin(), m_discarded.end(), std::back_inserter(m_several), writtenHere);
+    acquire(m_several.data(), m_several.size());
 }
 
 WriteScope::~WriteScope() {
+    if (m_count > 0)
+        ReaderRecord::bottom().m_writing = m_outer;
+    std::for_each(m_marked, m_marked + std::min(m_count, m_keptCount),
+                  [](Lockable* block) { block->m_mark.store(0, std::memory_order_release); });
     // Discarded blocks keep their mark: a reader that has just announced one steps back and looks again.
     std::for_each(m_discarded.begin(), m_discarded.end(), retire);
-    release(m_kept.data(), m_kept.size());
-    if (m_single)
-        release(&m_single, 1);
 }
 
 void WriteScope::acquire(Lockable* const* blocks, std::size_t count) {
-    const std::uintptr_t thread = thisThread();
-    Lockable* const* const end = blocks + count;
-    const auto isRead = [=](const Lockable* block) { return ReaderRecord::isReadElsewhere(block, thread); };
-    const auto markAll = [=](std::uintptr_t mark) {
-        std::for_each(blocks, end, [=](Lockable* block) { block->m_mark.store(thread | mark); });
-    };
-    std::for_each(blocks, end, [=](Lockable* block) {
+    if (count == 0)
+        return;
+    ReaderRecord& record = ReaderRecord::bottom();
+    std::for_each(blocks, blocks + count, [&](Lockable* block) {
         std::uintptr_t free = 0;
-        for (int attempt = 0; !block->m_mark.compare_exchange_strong(free, thread | writing); ++attempt) {
+        for (int attempt = 0; !block->m_mark.compare_exchange_strong(free, record.thread() | writing); ++attempt) {
             free = 0;
             ReadScope::standBack(attempt);
         }
     });
-    while (std::any_of(blocks, end, isRead)) {
-        markAll(waiting);
-        for (int attempt = 0; std::any_of(blocks, end, isRead); ++attempt)
-            ReadScope::standBack(attempt);
-        markAll(writing);
+    m_marked = blocks;
+    m_count = count;
+    m_outer = std::exchange(record.m_writing, this);
+    keepReadersOut(this);
+}
+
+bool WriteScope::isRead(const WriteScope* innermost) {
+    const std::uintptr_t thread = thisThread();
+    const auto isBlockRead = [=](const Lockable* block) { return ReaderRecord::isReadElsewhere(block, thread); };
+    for (const WriteScope* scope = innermost; scope; scope = scope->m_outer) {
+        if (std::any_of(scope->m_marked, scope->m_marked + scope->m_count, isBlockRead))
+            return true;
+    }
+    return false;
+}
+
+void WriteScope::markAll(const WriteScope* innermost, std::uintptr_t mark) {
+    const std::uintptr_t thread = thisThread();
+    for (const WriteScope* scope = innermost; scope; scope = scope->m_outer) {
+        std::for_each(scope->m_marked, scope->m_marked + scope->m_count,
+                      [=](Lockable* block) { block->m_mark.store(thread | mark); });
     }
 }
 
-void WriteScope::release(Lockable* const* blocks, std::size_t count) {
-    std::for_each(blocks, blocks + count, [](Lockable* block) { block->m_mark.store(0, std::memory_order_release); });
+void WriteScope::keepReadersOut(const WriteScope* innermost) {
+    markAll(innermost, writing);
+    while (isRead(innermost)) {
+        markAll(innermost, waiting);
+        for (int attempt = 0; isRead(innermost); ++attempt)
+            letOthersOn(attempt);
+        markAll(innermost, writing);
+    }
 }
 
 void retire(Lockable* block) {
@@ -216,11 +267,9 @@ void retire(Lockable* block) {
         delete block;
         return;
     }
-    ReaderRecord* bottom = t_readerRecord;
-    while (bottom->m_below)
-        bottom = bottom->m_below;
-    block->m_nextRetired = bottom->m_retired;
-    bottom->m_retired = block;
+    ReaderRecord& bottom = ReaderRecord::bottom();
+    block->m_nextRetired = bottom.m_retired;
+    bottom.m_retired = block;
 }
 
 } // namespace Prm::detail

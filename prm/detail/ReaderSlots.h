@@ -17,12 +17,14 @@ namespace Prm::detail {
 /// other thread reads that block; a reader that finds its block marked steps back and tries again. The announcement and
 /// the mark are both sequentially consistent, so at least one side always sees the other.
 ///
-/// A thread that already reads something must not wait for a writer that is itself still waiting for readers: it may
-/// pass a mark that is only `Waiting`, and the writer looks once more after it has raised the mark to `Writing`. A
-/// writer in that last state waits for nobody.
+/// A thread that somebody waits for must not wait for a writer that is itself still waiting: it may pass a mark that is
+/// only `Waiting`, and the writer looks once more after it has raised the mark to `Writing`. A writer in that last
+/// state waits for nobody: whenever it has to, for readers of a further block or for another writer, it lowers all its
+/// marks to `Waiting` meanwhile. So an edit calls out only where its data may be read.
 
-class ReaderRecord;
 class Lockable;
+class ReaderRecord;
+class WriteScope;
 PRM_EXPORT void retire(Lockable* block);
 
 /// What is announced and marked: one block of data. Deleted through this base once nobody reads it any more.
@@ -60,6 +62,8 @@ private:
     friend class WriteScope;
     friend PRM_EXPORT void retire(Lockable* block);
 
+    /// The one that stands for the thread.
+    static ReaderRecord& bottom();
     static ReaderRecord& takeOne(ReaderRecord* below);
     static void giveBack(ReaderRecord& record);
     static bool isReadElsewhere(const Lockable* block, std::uintptr_t thread);
@@ -76,6 +80,8 @@ private:
     ReaderRecord* m_below = nullptr;
     ReaderRecord* m_next = nullptr;
     Lockable* m_retired = nullptr;
+    /// The innermost scope in which this thread writes.
+    WriteScope* m_writing = nullptr;
     std::atomic<bool> m_taken{true};
 };
 
@@ -127,11 +133,12 @@ public:
             ReaderRecord::deleteRetired(m_record);
     }
 
-    /// Lets a writer get on, longer with every attempt.
+    /// Lets other threads get on, longer with every attempt.
     static void standBack(int attempt);
 
 private:
     bool mayPass(std::uintptr_t mark) const;
+    bool isWaitedFor() const;
     bool announceInNewRecord(const Lockable* block);
     void dropNewRecords();
 
@@ -153,13 +160,23 @@ public:
     WriteScope& operator=(const WriteScope&) = delete;
 
 private:
-    static void acquire(Lockable* const* blocks, std::size_t count);
-    static void release(Lockable* const* blocks, std::size_t count);
+    friend class ReadScope;
+
+    void acquire(Lockable* const* blocks, std::size_t count);
+    static bool isRead(const WriteScope* innermost);
+    static void markAll(const WriteScope* innermost, std::uintptr_t mark);
+    static void keepReadersOut(const WriteScope* innermost);
 
     ReadScope m_reading;
     Lockable* m_single = nullptr;
-    std::vector<Lockable*> m_kept;
+    /// What to release, behind it what to leave marked.
+    std::vector<Lockable*> m_several;
     std::vector<Lockable*> m_discarded;
+    /// What this scope has marked, and none around it.
+    Lockable* const* m_marked = nullptr;
+    std::size_t m_count = 0;
+    std::size_t m_keptCount = 1;
+    WriteScope* m_outer = nullptr;
 };
 
 /// Deletes a block that nobody can reach any more, as soon as no thread reads it: waits for other threads, and leaves

@@ -1,0 +1,270 @@
+#include "host/bsc/Hash.h"
+#include "prm/NumericParameter.h"
+#include "tests/parameter/EditTable.h"
+
+#include <QMetaType>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <memory>
+
+using namespace Prm;
+using Mode = MVInterpolationParams::Mode;
+
+namespace {
+
+thread_local int allocations = 0;
+
+} // namespace
+
+// Counts what evaluation allocates, Qt's containers included; sanitizers bring a `malloc` of their own.
+#if defined(__GLIBC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+extern "C" void* __libc_malloc(std::size_t size); // NOLINT(bugprone-reserved-identifier)
+extern "C" void* malloc(std::size_t size) {
+    ++allocations;
+    return __libc_malloc(size);
+}
+#endif
+
+namespace {
+
+TEST(Evaluation, ATypeThatDoesNotBlendStepsAndHolds) {
+    const auto parameter = made("ks", "0 10=1 20=2 30=1 40=2");
+    parameter->vSetExtrapolationAfter(Extrapolation::Linear);
+    const std::pair<double, int> rows[] = {{-INFINITY, 1}, {5, 1},  {10, 1},  {19.999, 1}, {20, 2},      {25, 2},
+                                           {30, 1},        {40, 2}, {1e9, 2}, {NAN, 2},    {INFINITY, 2}};
+    for (const auto& [time, value] : rows)
+        EXPECT_TRUE(parameter->value(at(time)) == value && parameter->value(at(time, 6)) == value) << time;
+}
+
+TEST(Evaluation, WithoutKeyframesTheStaticValueAnswersForItsView) {
+    const auto parameter = made("s6", "0(3); 1(4)");
+    EXPECT_EQ(made("s6", {})->value(at(1, 2)), 6);
+    for (const auto& [view, value] : {std::pair(0u, 3), {1u, 4}, {2u, 3}, {~0u, 3}})
+        EXPECT_EQ(parameter->value(at(8, view)), value) << view;
+    parameter->setSplittable(false);
+    EXPECT_EQ(parameter->value(at(8, 1)), 3);
+    EXPECT_EQ(parameter->staticValue(View(1)), 4);
+}
+
+TEST(Evaluation, ListsThatAMappingLeft) {
+    NumericParameter<double> twice;
+    key(twice, {{1, 1.}, {2, 2.}, {3, 3.}, {4, 4.}, {5, 5.}});
+    twice.adjustKeyframesTime([](Time time) { return time >= Time::fromInt(4) ? Time::fromInt(4) : time; });
+    EXPECT_EQ(twice.value(at(4)), 4) << "of several keyframes at one time the first counts";
+    twice.vSetValue(7, at(4));
+    EXPECT_EQ(twice.value(at(4)), 7);
+    twice.vSetExtrapolationAfter(Extrapolation::Linear);
+    EXPECT_EQ(twice.value(at(6)), 5) << "no slope is made of no time";
+    NumericParameter<double> disordered;
+    key(disordered, {{1, 1.}, {2, 2.}, {3, 3.}, {4, 4.}, {5, 5.}, {6, 6.}});
+    disordered.vSetExtrapolationBefore(Extrapolation::Linear);
+    disordered.adjustKeyframesTime([](Time time) { return Time::fromDouble(std::fmod(4 * time.toDouble(), 5)); });
+    for (double time = -2; time <= 8; time += 0.25)
+        EXPECT_LE(std::abs(disordered.value(at(time))), 20) << time;
+}
+
+TEST(Evaluation, TheInterpolationThatGoverns) {
+    Parameter<double> parameter;
+    parameter.vSetDefaultInterpolation(Interpolation::Custom0);
+    EXPECT_EQ(parameter.interpolation(at(1)), Interpolation::Custom0);
+    key(parameter, {{10, 1.}, {20, 2.}, {30, 3.}});
+    const IType shape(Interpolation::Bezier, 0.1, 0.2, 0.3, 0.4);
+    parameter.vSetInterpolationData(shape, 0, View(0));
+    parameter.vSetInterpolation(Interpolation::Linear, at(20));
+    for (const auto& [time, kind] : {std::pair(5, 3u), {10, 3u}, {15, 3u}, {20, 2u}, {25, 2u}, {30, 4u}, {35, 4u}})
+        EXPECT_EQ(parameter.interpolation(at(time, 3)), static_cast<Interpolation>(kind)) << time;
+    EXPECT_EQ(parameter.interpolationData({&parameter, View(3), 0}), shape);
+    EXPECT_EQ(parameter.interpolation({&parameter, View(0), 1}), Interpolation::Linear);
+    EXPECT_EQ(parameter.interpolationData({&parameter, View(0), 3}), IType(Interpolation::Custom0));
+    EXPECT_EQ(made("s", {})->interpolation(at(1)), Interpolation::Constant);
+    EXPECT_EQ(Parameter<double>("static", 0, {}).extrapolationBefore(), Extrapolation::Constant);
+}
+
+TEST(Evaluation, AConstrainedParameterShowsItsMaster) {
+    Parameter<double> first;
+    Parameter<double> second;
+    Parameter<double> third;
+    const auto other = made("ks", "0 10=9");
+    key(first, {{10, 5.}});
+    key(third, {{10, 1.}});
+    first.vSetInterpolationData(IType(Interpolation::Bezier, 1), 0, View(0));
+    first.vSetExtrapolationBefore(Extrapolation::Linear);
+    first.vSetExtrapolationAfter(Extrapolation::Custom0);
+    ASSERT_TRUE(first.bAddConstrainedParameter(&second) && second.bAddConstrainedParameter(&third));
+    EXPECT_EQ(third.value(at(10)), 5);
+    EXPECT_EQ(third.sampleValues(Frame::fromInt(10), Frame::fromInt(10), View()), QVector<double>{5});
+    EXPECT_EQ(third.interpolation(at(10)), Interpolation::Bezier);
+    EXPECT_EQ(third.interpolationData({&third, View(0), 0}), IType(Interpolation::Bezier, 1));
+    EXPECT_EQ(third.extrapolationBefore(), Extrapolation::Linear);
+    EXPECT_EQ(third.extrapolationAfter(), Extrapolation::Custom0);
+    EXPECT_EQ(third.keyframeValue(0, View(0)), 1);
+    ASSERT_TRUE(other->bAddConstrainedParameter(&third));
+    EXPECT_EQ(third.masterParameter(), other.get());
+    EXPECT_EQ(third.value(at(10)), 1) << "a master of another type";
+}
+
+/// Shows what reaches the hooks, which may ask again.
+class Hooked : public Parameter<double> {
+public:
+    explicit Hooked(bool fromNoKeys) : ParameterWithoutType(false, false, nullptr), m_fromNoKeys(fromNoKeys) {}
+    double interpolateValue(const BoundingKeyframes& around, const Context& context, Cache* cache) const override {
+        seen = cache;
+        return keyframe(around.before.index, around.before.view).value + 100 * context.view.id() +
+               keyframe(around.after.index, around.after.view).value;
+    }
+    double extrapolateValue(const BoundingKeyframes& around, const Context&, Cache* cache) const override {
+        seen = cache;
+        return around.before.parameter ? 1 : around.after.parameter ? -1 : 0.5;
+    }
+    bool supportsExtrapolationFromNoKeys() const override { return m_fromNoKeys; }
+    mutable const Cache* seen = nullptr;
+
+private:
+    bool m_fromNoKeys;
+};
+
+TEST(Evaluation, HooksGetTheirKeyframesContextAndCache) {
+    char place = 0;
+    auto* const cache = reinterpret_cast<Cache*>(&place);
+    EXPECT_EQ(Hooked(false).value(at(1)), 0);
+    EXPECT_EQ(Hooked(true).value(at(1)), 0.5);
+    Hooked parameter(false);
+    key(parameter, {{10, 30.}, {20, 40.}});
+    const std::tuple<Context, double, bool> rows[] = {{at(9), -1, true},      {at(10), 30, false}, {at(12), 70, true},
+                                                      {at(12, 2), 270, true}, {at(20), 40, false}, {still(), 1, true}};
+    for (const auto& [context, value, hooked] : rows) {
+        parameter.seen = nullptr;
+        EXPECT_EQ(parameter.value(context, cache), value) << context.time.toDouble();
+        EXPECT_EQ(parameter.seen == cache, hooked);
+    }
+}
+
+/// Views 0, 4 and 10 with a keyframe of 0, 8 and 5 each.
+template <class Kind> void keyThreeViews(Kind& parameter, Mode mode) {
+    parameter.setViewInterpolation({mode});
+    for (const auto& [view, value] : {std::pair(0u, 0), {4u, 8}, {10u, 5}})
+        parameter.vSetValue(value, at(1, view));
+}
+
+TEST(Evaluation, ViewsBetweenOthers) {
+    const std::tuple<const char*, Mode, double, double, double, double> rows[] = {
+        {"off", Mode::Off, 0, 0, 0, 0},
+        {"nearest", Mode::Nearest, 0, 0, 8, 5},
+        {"linear", Mode::Linear, 2, 4, 6.5, 5},
+        {"smooth", Mode::Smooth, 2.75, 5, 8.75, 5}};
+    for (const auto& [name, mode, one, two, seven, beyond] : rows) {
+        SCOPED_TRACE(name);
+        NumericParameter<double> parameter;
+        keyThreeViews(parameter, mode);
+        for (const auto& [view, value] :
+             {std::pair(0u, 0.), {1u, one}, {2u, two}, {4u, 8.}, {7u, seven}, {10u, 5.}, {11u, beyond}, {~0u, 0.}})
+            EXPECT_NEAR(parameter.value(at(5, view)), value, 1e-14) << view;
+        Parameter<QPoint> stepped;
+        stepped.setViewInterpolation({mode});
+        for (const int view : {0, 4, 10})
+            stepped.vSetValue({view, 1}, at(1, view));
+        const bool off = mode == Mode::Off;
+        for (const auto& [view, nearest] : {std::pair(2u, 0), {3u, 4}, {7u, 4}, {8u, 10}, {11u, 10}})
+            EXPECT_EQ(stepped.value(at(1, view)), QPoint(off ? 0 : nearest, 1)) << view << ": what does not blend";
+        NumericParameter<double> fixed("static", 0, Splittable);
+        keyThreeViews(fixed, mode);
+        EXPECT_EQ(fixed.value(at(1, 7)), 0) << "static values are not blended";
+        parameter.setSplittable(false);
+        EXPECT_EQ(parameter.value(at(1, 7)), 0);
+    }
+}
+
+TEST(Evaluation, SampledValuesAreTheSameBitForBit) {
+    NumericParameter<double> parameter;
+    keyThreeViews(parameter, Mode::Smooth);
+    for (int i = 0; i < 40; ++i)
+        parameter.vSetValue(std::sin(i), at(1.7 * i - 5, i % 2 ? 4 : 0));
+    parameter.vSetExtrapolationAfter(Extrapolation::Linear);
+    std::vector<Time> times{Time::INVALID};
+    for (int i = 0; i < 400; ++i)
+        times.push_back(Time::fromDouble(i < 300 ? 0.25 * i - 7 : (i * 7919) % 71));
+    const auto check = [&](quint32 view) {
+        std::vector<double> sampled(times.size(), -1);
+        parameter.sampleValues(times.data(), static_cast<int>(times.size()), View(view), sampled.data());
+        for (std::size_t i = 0; i < times.size(); ++i) {
+            const double value = parameter.value({times[i], View(view)});
+            EXPECT_EQ(std::memcmp(&value, &sampled[i], sizeof value), 0) << view << " at " << times[i].toDouble();
+        }
+    };
+    for (const quint32 view : {0u, 2u, 4u, 12u, ~0u})
+        check(view);
+    const QVector<double> frames = parameter.sampleValues(Frame::fromInt(3), Frame::fromInt(9), View(2));
+    EXPECT_EQ(frames.size(), 7);
+    EXPECT_EQ(frames.last(), parameter.value(at(9, 2)));
+    EXPECT_TRUE(parameter.sampleValues(Frame::fromInt(3), Frame::fromInt(2), View()).isEmpty());
+    parameter.setSplittable(false);
+    check(4);
+}
+
+template <class Kind, class T> int allocationsWith(const T& a, const T& b, Mode mode) {
+    Kind parameter;
+    parameter.setViewInterpolation({mode});
+    parameter.vSetDefaultInterpolation(Interpolation::Bezier);
+    for (const quint32 view : {0u, 4u, 10u})
+        key<T>(parameter, {{0, a}, {2, b}, {4, a}, {8, b}}, view);
+    parameter.vSetExtrapolationBefore(Extrapolation::Linear);
+    parameter.value(at(0));
+    const int before = allocations;
+    for (const quint32 view : {0u, 2u, 4u, 7u, 12u}) {
+        for (double time = -1; time <= 9; time += 0.5)
+            parameter.value(at(time, view));
+    }
+    return allocations - before;
+}
+
+TEST(Evaluation, NothingIsAllocated) {
+    const int before = allocations;
+    EXPECT_EQ(std::make_unique<QString>(3, QLatin1Char('a'))->size(), 3);
+    if (allocations == before)
+        GTEST_SKIP() << "allocations are not counted in this build";
+    for (const Mode mode : {Mode::Off, Mode::Nearest, Mode::Linear, Mode::Smooth}) {
+        SCOPED_TRACE(mode);
+        EXPECT_EQ((allocationsWith<Parameter<bool>>(true, false, mode)), 0);
+        EXPECT_EQ((allocationsWith<NumericParameter<int>>(1, 2, mode)), 0);
+        EXPECT_EQ((allocationsWith<NumericParameter<unsigned int>>(1u, 2u, mode)), 0);
+        EXPECT_EQ((allocationsWith<NumericParameter<double>>(1., 2., mode)), 0);
+        EXPECT_EQ((allocationsWith<PointParameter>(QPointF(1, 2), QPointF(2, 3), mode)), 0);
+        EXPECT_EQ((allocationsWith<Parameter<QPoint>>(QPoint(1, 2), QPoint(2, 3), mode)), 0);
+        EXPECT_EQ((allocationsWith<Parameter<QString>>(QString::number(1e8), QString::number(1e9), mode)), 0);
+    }
+}
+
+TEST(Evaluation, TheHashIsThatOfTheValue) {
+    Parameter<bool> parameter;
+    parameter.vSetValue(true, still());
+    parameter.vSetValue(false, still(2));
+    key(parameter, {{3, false}});
+    // Where the time is no frame, the static value of view 0 in every view.
+    const std::pair<double, char> rows[] = {{3, 0}, {-0.5, 0}, {-1, 1}, {NAN, 1}};
+    for (const auto& [time, byte] : rows) {
+        Bsc::Hash hash;
+        parameter.calculateHash(hash, at(time, 2));
+        Bsc::Hash expected;
+        expected.addData(&byte, 1);
+        EXPECT_EQ(hash.result(), expected.result()) << time;
+    }
+}
+
+TEST(Evaluation, MetaTypesMakeParameters) {
+    for (const char* const name : {"QPoint", "QPointF", "QString", "double", "unsigned int", "int", "bool"}) {
+        const int id = QMetaType::type(QByteArray("Prm::Parameter<") + name + '>');
+        void* const made = QMetaType::create(id);
+        ASSERT_NE(made, nullptr) << name;
+        if (name == QByteArray("bool")) {
+            EXPECT_EQ(static_cast<Parameter<bool>*>(made)->qMetaType(), id);
+            EXPECT_EQ(static_cast<Parameter<bool>*>(made)->tRawValueType(), typeid(bool));
+        }
+        QMetaType::destroy(id, made);
+    }
+}
+
+} // namespace

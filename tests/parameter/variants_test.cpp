@@ -1,0 +1,137 @@
+#include "tests/parameter/EditTable.h"
+
+#include <QCoreApplication>
+#include <QTranslator>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+
+using namespace Prm;
+
+namespace {
+
+using P = Parameter<int>;
+
+/// The message of the error that it throws.
+template <class Act> std::string errorOf(const Act& act) {
+    try {
+        act();
+    } catch (const std::exception& error) {
+        return error.what();
+    }
+    return "";
+}
+
+TEST(Variants, AreSet) {
+    const Verbs verbs = {
+        {"set", [](P& p, const Words& w) { p.setVariantValue(w[1], w.context(2), std::nothrow); }},
+        {"loud", [](P& p, const Words& w) { p.setVariantValue(w[1], w.context(2)); }},
+    };
+    checkEdits(verbs, R"(
+keyframed, at a frame          | ks | 0 10=1            | set 4 12     | ADDED1 VALUE1                    | 0 10=1 12=4
+truncated, it is a frame       | ks | 0 10=1            | set 4 -0.5   | ADDED0 VALUE0                    | 0 -0.5=4 10=1
+keyframed, no frame            | ks | 0 10=1            | set 4 -      | VALUE_CHANGED                    | 0(4) 10=1
+minus one is no frame          | ks | 0 10=1            | set 4 -1     | VALUE_CHANGED                    | 0(4) 10=1
+minus infinity is no frame     | ks | 0 10=1            | set 4 -inf   | VALUE_CHANGED                    | 0(4) 10=1
+static, at a frame             | s  |                   | set 4 12@2   | VIEW_ADDED@2 VALUE_CHANGED@2     | 0; 2(4)
+static, the same               | s  |                   | set 0 -      |                                  | 0
+unsplittable, another view     | k  | 0 10=1            | set 4 10@2   | VALUE0@2                         | 0 10=4
+no number gives zero           | ks | 0 10=1            | set ten 10   | VALUE0                           | 0 10=0
+loudly                         | ks | 0 10=1            | loud 4 12    | ADDED1 VALUE1                    | 0 10=1 12=4
+)");
+}
+
+TEST(Variants, TheThrowingFormsCheckFirst) {
+    const std::string split = "Parameter not splittable";
+    const std::string keys = "Parameter not animated";
+    const std::tuple<const char*, const char*, Context, std::string> rows[] = {
+        {"keyframed, at a frame", "ks", at(1, 3), ""},
+        {"keyframed, no frame", "ks", still(3), ""},
+        {"static, at a frame", "s", at(1), keys},
+        {"static, no frame", "s", at(-1, 3), ""},
+        {"unsplittable, default view", "k", at(1), ""},
+        {"unsplittable, another view", "k", at(1, 3), split},
+        {"both, the view first", "", at(1, 3), split},
+        {"both, default view", "", at(1), keys},
+        {"unsplittable, invalid view", "k", still(~0u), split},
+    };
+    for (const auto& [name, options, context, error] : rows) {
+        SCOPED_TRACE(name);
+        const auto parameter = made(QString(options) + '6', {});
+        EXPECT_EQ(errorOf([&, &context = context] { EXPECT_EQ(parameter->variantValue(context), QVariant(6)); }),
+                  error);
+        EXPECT_EQ(errorOf([&, &context = context] { parameter->setVariantValue(7, context); }), error);
+        EXPECT_EQ(parameter->numViews() > 0, error.empty());
+        EXPECT_EQ(parameter->variantValue(context, std::nothrow), QVariant(error.empty() ? 7 : 6));
+    }
+}
+
+class Translator : public QTranslator {
+public:
+    QString translate(const char* context, const char* text, const char*, int) const override {
+        return qstrcmp(context, "Parameter") == 0 ? QStringLiteral("\u00fc %1").arg(QLatin1String(text)) : QString();
+    }
+    bool isEmpty() const override { return false; }
+};
+
+TEST(Variants, ErrorsAreTranslated) {
+    int count = 0;
+    const QCoreApplication application(count, nullptr);
+    Translator translator;
+    QCoreApplication::installTranslator(&translator);
+    EXPECT_EQ(errorOf([] { made("s", {})->variantValue(at(1)); }), u8"\u00fc Parameter not animated");
+}
+
+class Failing : public Parameter<double> {
+public:
+    Failing() : ParameterWithoutType(false, false, nullptr) {}
+    double extrapolateValue(const BoundingKeyframes&, const Context&, Cache*) const override {
+        throw std::logic_error("hook");
+    }
+};
+
+TEST(Variants, OnlyTheThrowingFormsThrow) {
+    Failing parameter;
+    key(parameter, {{2, 1.}});
+    EXPECT_EQ(parameter.variantValue(at(1), std::nothrow), QVariant());
+    EXPECT_EQ(errorOf([&] { parameter.variantValue(at(1)); }), "hook");
+    const auto observer = [](ParameterChange&) { throw std::logic_error("observer"); };
+    QObject::connect(&parameter, &ParameterWithoutType::changed, observer);
+    EXPECT_NO_THROW(parameter.setVariantValue(5, at(2), std::nothrow));
+    EXPECT_EQ(errorOf([&] { parameter.setVariantValue(6, at(2)); }), "observer");
+    EXPECT_EQ(parameter.keyframeValue(0, View()), 6);
+    parameter.detachAllObservers();
+}
+
+/// The value of a parameter of this type after it is given the variant.
+template <class T> QVariant taken(const QVariant& variant) {
+    Parameter<T> parameter;
+    parameter.setVariantValue(variant, at(1));
+    return parameter.variantValue(at(1));
+}
+
+TEST(Variants, AreConverted) {
+    const double infinity = std::numeric_limits<double>::infinity();
+    const std::tuple<const char*, QVariant, QVariant> rows[] = {
+        {"bool", taken<bool>(true), true},
+        {"bool from text", taken<bool>("false"), false},
+        {"bool from a point", taken<bool>(QPoint(1, 1)), false},
+        {"number from text", taken<double>("-1.5"), -1.5},
+        {"number from no number", taken<double>("1,5"), 0.0},
+        {"whole number, rounded", taken<int>(2.5), 3},
+        {"whole number from NaN", taken<int>(std::nan("")), 0},
+        {"whole number from infinity", taken<int>(infinity), std::numeric_limits<int>::max()},
+        {"unsigned from a negative number", taken<unsigned int>(-1e30), 0u},
+        {"from an invalid variant", taken<QString>(QVariant()), QString("")},
+        {"point from a whole point", taken<QPointF>(QPoint(1, 2)), QPointF(1, 2)},
+        {"whole point from text", taken<QPoint>("1 2"), QPoint()},
+    };
+    for (const auto& [name, value, expected] : rows) {
+        EXPECT_EQ(value, expected) << name;
+        EXPECT_EQ(value.userType(), expected.userType()) << name;
+    }
+}
+
+} // namespace
