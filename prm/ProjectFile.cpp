@@ -52,8 +52,8 @@ private:
 namespace {
 
 QString textOf(const QByteArray& bytes) {
-    // With its size: the other form stops at the first NUL.
-    return QString::fromUtf8(bytes.constData(), bytes.size());
+    // With its size, for the other form stops at the first NUL; never -1, which the compiler cannot know.
+    return QString::fromUtf8(bytes.constData(), std::max(0, bytes.size()));
 }
 
 /// What stands before the key of a line: the path of a parameter.

@@ -114,7 +114,7 @@ template <class T> using Question = std::function<QString(const Parameter<T>&)>;
 
 template <class T> std::vector<Question<T>> questions() {
     std::vector<Question<T>> all;
-    for (const quint32 id : {0u, 1u, 6u}) {
+    for (const quint32 id : {0u, 1u, 4u, 6u}) {
         const View view(id);
         for (const double time : {-4., 11., 20., 90.}) {
             const Context context = at(time, id);
@@ -183,8 +183,11 @@ template <class Kind, class T> std::vector<std::function<void(Kind&)>> edits() {
         [=](Kind& kind) { kind.vReset(at(18, 1)); },
         [=](Kind& kind) { kind.doImportState(split->exportState()); },
         [=](Kind& kind) { kind.initialiseHeroView(View(6), View(1)); },
+        [=](Kind& kind) { kind.setViewInterpolation({MVInterpolationParams::Nearest}); },
+        [=](Kind& kind) { kind.vSetValue(whole<T>(18), at(16, 6)); },
         [=](Kind& kind) { kind.vDeleteAllKeyframes(View(0)); },
         [=](Kind& kind) { kind.vReset(at(18)); },
+        [=](Kind& kind) { kind.deleteView(View(1)); },
         [=](Kind& kind) { kind.copyViewData(View(6), View(0), nullptr); },
         [=](Kind& kind) { kind.setSplittable(false); },
         [=](Kind& kind) { kind.assignFrom(*still0); },
