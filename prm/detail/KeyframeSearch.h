@@ -13,7 +13,6 @@ namespace Prm::detail {
 template <class T> int lowerBound(const KeyframeData<T>* keyframes, int count, Time time) {
     if (count == 0)
         return 0;
-    // Without branches on the times: a guess about them goes wrong at every second step.
     const KeyframeData<T>* first = keyframes;
     while (count > 1) {
         const int half = count / 2;
