@@ -14,6 +14,7 @@
 
 #include <atomic>
 #include <typeinfo>
+#include <utility>
 
 namespace Prm {
 
@@ -243,7 +244,7 @@ protected:
 private:
     const Parameter* typedMaster() const;
     /// The view whose data answer for a view.
-    View evaluationView(const View& view) const;
+    ReadBlock readShown(const View& view) const;
     T valueInView(const View& view, const Context& context, Cache* cache) const;
     T valueIn(const ReadBlock& block, const Context& context, Cache* cache) const;
     T valueAround(const ReadBlock& block, detail::Bracket at, const Context& context, Cache* cache) const;
@@ -255,19 +256,22 @@ private:
     static int exactKey(const KeyframeVector& keyframes, int found);
     template <int count> T computedValue(const Context& context, const detail::SourceViews& views, Cache* cache) const;
     T computedValue(const Context& context, const detail::SourceViews& views, Cache* cache) const;
-    detail::SourceViews sourceViews(const View& view) const;
+    ReadBlock readSources(const View& view, detail::SourceViews& sources) const;
 
     /// "None" for the questions about keyframes.
     bool hidesKeyframesOf(const View& view) const;
     bool hasDataToEdit(const View& view) const;
+    template <class Ask>
+    auto askKeyframes(const View& view, decltype(std::declval<Ask>()(KeyframeVector())) none, const Ask& ask) const
+        -> decltype(none);
     template <class Find> int findKeyframe(const View& view, const Find& find) const;
 
-    PVData* targetData(const View& view);
-    PVData* ownData(const View& view);
+    PVData* targetData(const View& view, const PVData* contents = nullptr);
+    PVData* ownData(const View& view, const PVData* contents);
     static bool storeStaticValue(PVData& data, const T& value);
     int insertKeyframe(PVData& data, Time time, const T& value);
     bool giveViewData(const View& view, const PVData& contents);
-    void takeKeyframeData(const Parameter& source);
+    void takeKeyframeData(const Parameter& source, bool withSettings);
     void checkVariantAccess(const Context& context) const;
 
     KeyframeVector keyframesToWrite(const View& view) const;

@@ -5,6 +5,7 @@
 #include <QDebug>
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace Prm {
@@ -57,13 +58,23 @@ bool ParameterWithoutType::bRemoveConstrainedParameter(ParameterWithoutType* par
         return false;
     const detail::LifeGuard self(*this);
     const detail::LifeGuard other(*parameter);
-    parameter->vCopyKeyframeDataFrom(this);
-    // Observers of the copy may have deleted either side or tied the parameter elsewhere.
-    if (!self.alive() || !other.alive())
-        return true;
-    if (parameter->masterParameter() == this)
-        parameter->m_master.clear();
-    forgetConstrained(*parameter);
+    const auto letGo = [&] {
+        // Observers of the copy may have deleted either side or tied the parameter elsewhere.
+        if (!self.alive() || !other.alive())
+            return;
+        if (parameter->masterParameter() == this)
+            parameter->m_master.clear();
+        forgetConstrained(*parameter);
+    };
+    try {
+        parameter->vCopyKeyframeDataFrom(this);
+    } catch (const std::bad_alloc&) {
+        throw; // nothing was copied
+    } catch (...) {
+        letGo(); // copied, and told of
+        throw;
+    }
+    letGo();
     return true;
 }
 

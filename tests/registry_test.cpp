@@ -8,6 +8,8 @@
 #include <limits>
 #include <thread>
 
+class Prm::IAnimationStateProvider {};
+
 using namespace Prm;
 
 namespace {
@@ -38,6 +40,7 @@ TEST(Views, NamesAreLookedUpExactly) {
     EXPECT_EQ(views.viewNameShort(View(1)), "");
     EXPECT_EQ(views.viewName(View(7)), "");
     EXPECT_EQ(views.viewName(View::INVALID()), "Left");
+    EXPECT_EQ(views.viewName(View(0x80000000u)), "Left");
     EXPECT_EQ(views.viewIndex(View(9)), std::numeric_limits<std::size_t>::max());
     EXPECT_EQ(views.lookupView(9ul), View(0));
 }
@@ -66,11 +69,31 @@ TEST(Views, TheHeroViewIsHeldToTheLastView) {
     EXPECT_TRUE(assigned == views);
 }
 
+TEST(Views, AreComparedAndAssignedWithAllButTheHeroView) {
+    const IAnimationStateProvider provider;
+    const Views plain = stereoViews();
+    Views renamed = plain;
+    renamed.setViewNames({{"Left", "L"}, {"right"}});
+    Views elsewhere = plain;
+    elsewhere.setCurrentView(View(1));
+    Views provided(&provider);
+    provided.setViewNames(stereo);
+    for (const Views* other : {&renamed, &elsewhere, &provided}) {
+        EXPECT_FALSE(*other == plain);
+        Views assigned;
+        assigned = *other;
+        EXPECT_TRUE(assigned == *other);
+    }
+}
+
 TEST(Views, FlagsChooseAllOrCurrent) {
     Views views = stereoViews();
     views.setCurrentView(View(1));
     views.setCurrentView(views.currentView());
     EXPECT_EQ(views.views(AnimationFlags()), std::vector<View>{View(1)});
+    std::vector<View> all;
+    EXPECT_EQ(views.allViews(all), 2u);
+    EXPECT_EQ(all, views.allViews());
     EXPECT_EQ(AnimationState(AnimationFlags(4), &views).views(), (std::vector<View>{View(0), View(1)}));
 }
 
@@ -89,8 +112,8 @@ TEST(Views, RegistriesMayBeAssignedToEachOther) {
 }
 
 TEST(Views, TheLimitIsReadOnce) {
-    Product::Settings::replaceSource([](const QString& key, const QVariant&, bool) {
-        EXPECT_EQ(key, "MaxViews");
+    Product::Settings::replaceSource([](const QString& key, const QVariant& defaultValue, bool systemWide) {
+        EXPECT_TRUE(key == "MaxViews" && defaultValue == 3 && systemWide);
         return QVariant(0);
     });
     EXPECT_EQ(Views::maxViews(), 1u);

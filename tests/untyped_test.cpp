@@ -1,7 +1,7 @@
 #include "host/bsc/CompositeCommand.h"
 #include "prm/ParameterWithoutTypeBase.h"
 #include "prm/ProjectFileVersion.h"
-#include "support/ChangeRecorder.h"
+#include "tests/support/ChangeRecorder.h"
 
 #include <QTextStream>
 #include <gtest/gtest.h>
@@ -269,6 +269,8 @@ TEST(Untyped, TextLines) {
     fake.hide(true);
     QString text;
     QTextStream stream(&text);
+    stream.setFieldWidth(40);
     EXPECT_TRUE(fake.bStreamOut(stream, "set.", true));
+    EXPECT_TRUE(master.bStreamOut(stream, "set.", true));
     EXPECT_EQ(text, "set.a.hidden=1\nset.a.MasterParameterId=top.m\n");
 }

@@ -93,7 +93,6 @@ TEST(Frame, StreamsIgnoreTheStreamsOwnFormat) {
     out.setFieldWidth(0);
     out << 255;
     EXPECT_EQ(text, "255ff");
-    QTextStream in(&text);
     QString number("2147483647");
     QTextStream numbers(&number);
     Frame frame;
@@ -134,6 +133,11 @@ INSTANTIATE_TEST_SUITE_P(
                     PrefixCase{"Cut", "view[1", "view[1", 77},
                     PrefixCase{"OtherDigits", "view[\u0661].x", "view[\u0661].x", 77}),
     [](const auto& row) { return row.param.name; });
+
+TEST(View, PrefixesAreWrittenForEveryId) {
+    EXPECT_EQ(View(12).toString(), "view[12].");
+    EXPECT_EQ(View::INVALID().toString(), "view[4294967295].");
+}
 
 TEST(AnimationFlags, AreFourBits) {
     EXPECT_EQ(AnimationFlags().packed(), 3u);

@@ -102,14 +102,16 @@ public:
 
     /// What a write to the view changes: its own data, made when there is none. View 0 gets data before any other view
     /// does. A view whose id is no valid one stands for the source data.
-    Block& operator[](View view) {
+    Block& operator[](View view) { return obtain(view, m_template); }
+    /// The same; data that have to be made begin with these contents, so that no reader sees them empty.
+    Block& obtain(View view, const Block& contents) {
         if (!view.isValid())
             return m_data.empty() ? (*this)[View(View::defaultViewId())] : *m_data.front();
         if (Block* own = findRealViewData(view))
             return *own;
         if (view != View(View::defaultViewId()) && m_slots == 0)
             (*this)[View(View::defaultViewId())];
-        return insert(view);
+        return insert(view, contents);
     }
 
     /// What a read of the view answers from: its own data, the source data, or the template. For the owning thread.
@@ -165,17 +167,22 @@ public:
         }
     }
 
-    /// Calls the function with the list of views that have data, kept as it is meanwhile. For any thread.
-    template <class Function> void readViewList(const Function& function) const {
-        ReadScope scope;
+    /// The same for the view that the function picks when it is shown the list of those with data. List and data are of
+    /// one state, and so is what the function asks of the parameter.
+    template <class Pick> const Block& pinPicked(const Pick& pick, ReadScope& scope) const {
         for (int attempt = 0;; ++attempt) {
             scope.announce(&m_lists);
-            if (scope.mayRead(m_lists))
-                break;
+            if (scope.mayRead(m_lists)) {
+                const Block& block = resolve(pick(m_realViews));
+                scope.announce(&block);
+                if (scope.mayRead(block)) {
+                    scope.withdraw(&m_lists);
+                    return block;
+                }
+            }
             scope.retract();
             ReadScope::standBack(attempt);
         }
-        function(m_realViews);
     }
 
 private:
@@ -197,8 +204,8 @@ private:
         return found != m_realViews.end() && *found == view ? static_cast<int>(found - m_realViews.begin()) : -1;
     }
 
-    Block& insert(View view) {
-        auto made = std::make_unique<Block>(m_template, view);
+    Block& insert(View view, const Block& contents) {
+        auto made = std::make_unique<Block>(contents, view);
         Block& block = *made;
         const auto place = std::lower_bound(m_realViews.begin(), m_realViews.end(), view) - m_realViews.begin();
         const WriteScope scope(m_lists);
@@ -272,6 +279,13 @@ private:
 template <class T> class ReadBlock {
 public:
     ReadBlock(const FastViewMap<T>& map, View view) : m_block(map.pin(view, m_scope)) {}
+    /// Where views are not told apart, all of them read what an unknown one does, the source data.
+    template <class AreToldApart>
+    ReadBlock(const FastViewMap<T>& map, View view, const AreToldApart& areToldApart)
+        : m_block(pinShown(map, view, areToldApart, m_scope)) {}
+    /// The data of the view that the function picks; see `pinPicked`.
+    template <class Pick>
+    ReadBlock(const FastViewMap<T>& map, const Pick& pick) : m_block(map.pinPicked(pick, m_scope)) {}
 
     const PVData<T>* operator->() const { return &m_block; }
     const typename PVData<T>::KeyframeVector& keyframes() const { return m_block.keyframes; }
@@ -279,6 +293,19 @@ public:
     bool belongsTo(View view) const { return view.isValid() && m_block.view == view; }
 
 private:
+    template <class AreToldApart>
+    static const PVData<T>& pinShown(const FastViewMap<T>& map, View view, const AreToldApart& areToldApart,
+                                     ReadScope& scope) {
+        for (;;) {
+            const bool apart = areToldApart();
+            const PVData<T>& block = map.pin(apart ? view : View::INVALID(), scope);
+            // Once the block is held, an assignment can change neither.
+            if (areToldApart() == apart)
+                return block;
+            scope.retract();
+        }
+    }
+
     ReadScope m_scope;
     const PVData<T>& m_block;
 };

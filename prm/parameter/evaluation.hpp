@@ -15,24 +15,28 @@ template <class T> const Parameter<T>* Parameter<T>::typedMaster() const {
     return master ? dynamic_cast<const Parameter*>(master) : nullptr;
 }
 
-/// An unsplittable parameter shows in every view what the source data hold, which any unknown view reads.
-template <class T> View Parameter<T>::evaluationView(const View& view) const {
-    return splittable() ? view : View::INVALID();
+/// The data with which evaluation begins.
+template <class T> auto Parameter<T>::readShown(const View& view) const -> ReadBlock {
+    return {m_views, view, [this] { return splittable(); }};
 }
 
 template <class T> T Parameter<T>::value(const Context& context, Cache* cache) const {
     if (const Parameter* master = typedMaster())
         return master->value(context, cache);
-    const View view = evaluationView(context.view);
     {
-        const ReadBlock block = read(view);
+        const ReadBlock block = readShown(context.view);
         if (!isKeyframed())
             return block->staticValue;
-        if (answersAlone(block, view))
+        if (answersAlone(block, context.view))
             return valueIn(block, context, cache);
     }
-    const detail::SourceViews sources = sourceViews(context.view);
-    return sources.empty() ? valueInView(view, context, cache) : computedValue(context, sources, cache);
+    detail::SourceViews sources;
+    {
+        const ReadBlock block = readSources(context.view, sources);
+        if (sources.size() == 1)
+            return valueIn(block, context, cache);
+    }
+    return computedValue(context, sources, cache);
 }
 
 /// Whether the value comes from this block and no other view's.
@@ -40,14 +44,19 @@ template <class T> bool Parameter<T>::answersAlone(const ReadBlock& block, const
     return viewInterpolation().mode == MVInterpolationParams::Off || !splittable() || block.belongsTo(view);
 }
 
-template <class T> detail::SourceViews Parameter<T>::sourceViews(const View& view) const {
-    MVInterpolationParams params = viewInterpolation();
-    if (!blends<T> && params.mode != MVInterpolationParams::Off)
-        params.mode = MVInterpolationParams::Nearest;
-    detail::SourceViews sources;
-    m_views.readViewList(
-        [&](const std::vector<View>& list) { sources = detail::interpolationSourceViews(params, view, list); });
-    return sources;
+/// The views from which the value in this one is made, and the data of the first of them. Of several views the value
+/// is put together one by one: each contributes a value that it had meanwhile.
+template <class T> auto Parameter<T>::readSources(const View& view, detail::SourceViews& sources) const -> ReadBlock {
+    return {m_views, [&](const std::vector<View>& list) {
+                MVInterpolationParams params = viewInterpolation();
+                if (!blends<T> && params.mode != MVInterpolationParams::Off)
+                    params.mode = MVInterpolationParams::Nearest;
+                if (splittable())
+                    sources = detail::interpolationSourceViews(params, view, list);
+                if (sources.empty())
+                    sources.append(splittable() ? view : View(View::INVALID()));
+                return sources[0];
+            }};
 }
 
 template <class T> T Parameter<T>::valueInView(const View& view, const Context& context, Cache* cache) const {

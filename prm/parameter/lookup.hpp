@@ -31,30 +31,46 @@ template <class T> bool Parameter<T>::hidesKeyframesOf(const View& view) const {
     return !isKeyframed() || (splittable() && !hasViewData(view));
 }
 
+/// What a question makes of the keyframes of a view, `none` where it has no answer. Guards and answer concern one
+/// state.
+template <class T>
+template <class Ask>
+auto Parameter<T>::askKeyframes(const View& view, decltype(std::declval<Ask>()(KeyframeVector())) none,
+                                const Ask& ask) const -> decltype(none) {
+    for (int attempt = 0;; ++attempt) {
+        const ReadBlock block = read(view);
+        if (!isKeyframed())
+            return none;
+        if (splittable() && !hasViewData(view))
+            return none;
+        // The view has just gained data, unless a subclass says so of one that has none.
+        if (splittable() && !block.belongsTo(view) && attempt == 0)
+            continue;
+        return ask(block.keyframes());
+    }
+}
+
 /// The position that a search finds in the list of a view, -1 where the question has no answer.
 template <class T> template <class Find> int Parameter<T>::findKeyframe(const View& view, const Find& find) const {
-    if (hidesKeyframesOf(view))
-        return -1;
-    const ReadBlock block = read(view);
-    return block.keyframes().isEmpty() ? -1 : find(block.keyframes());
+    return askKeyframes(view, -1,
+                        [&](const KeyframeVector& keyframes) { return keyframes.isEmpty() ? -1 : find(keyframes); });
 }
 
 template <class T> unsigned int Parameter<T>::keyframeCount(const View& view) const {
-    return hidesKeyframesOf(view) ? 0 : static_cast<unsigned int>(read(view).keyframes().size());
+    return askKeyframes(view, 0u,
+                        [](const KeyframeVector& keyframes) { return static_cast<unsigned int>(keyframes.size()); });
 }
 
 template <class T> Context Parameter<T>::keyframeTime(unsigned int index, const View& view) const {
-    if (!isKeyframed())
-        return {Time(), view};
     const ReadBlock block = read(view);
     const KeyframeVector& keyframes = block.keyframes();
-    const bool there = index < static_cast<unsigned int>(keyframes.size());
+    const bool there = isKeyframed() && index < static_cast<unsigned int>(keyframes.size());
     return {there ? keyframes.at(static_cast<int>(index)).time : Time(), view};
 }
 
 template <class T> KeyframeData<T> Parameter<T>::keyframe(unsigned int index, const View& view) const {
-    const bool keyframed = isKeyframed();
     const ReadBlock block = read(view);
+    const bool keyframed = isKeyframed();
     const KeyframeVector& keyframes = block.keyframes();
     if (!keyframed || keyframes.isEmpty())
         return {Time::INVALID, block->staticValue, IType(defaultInterpolation())};
@@ -62,8 +78,8 @@ template <class T> KeyframeData<T> Parameter<T>::keyframe(unsigned int index, co
 }
 
 template <class T> T Parameter<T>::keyframeValue(unsigned int index, const View& view) const {
-    const bool keyframed = isKeyframed();
     const ReadBlock block = read(view);
+    const bool keyframed = isKeyframed();
     const KeyframeVector& keyframes = block.keyframes();
     if (!keyframed || keyframes.isEmpty())
         return block->staticValue;

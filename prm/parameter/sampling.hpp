@@ -16,22 +16,25 @@ void Parameter<T>::sampleValues(const Time* times, int count, const View& view, 
         return;
     }
     {
-        const View evaluated = evaluationView(view);
-        const ReadBlock block = read(evaluated);
+        const ReadBlock block = readShown(view);
         if (!isKeyframed()) {
             std::fill_n(out, count, block->staticValue);
             return;
         }
-        if (answersAlone(block, evaluated)) {
+        if (answersAlone(block, view)) {
             sampleBlock(block, times, count, view, out, cache);
             return;
         }
     }
-    const detail::SourceViews sources = sourceViews(view);
-    if (sources.size() > 1 && blends<T>)
-        sampleBlended(sources, times, count, view, out, cache);
-    else
-        sampleBlock(read(sources.empty() ? view : sources[0]), times, count, view, out, cache);
+    detail::SourceViews sources;
+    {
+        const ReadBlock block = readSources(view, sources);
+        if (sources.size() == 1) {
+            sampleBlock(block, times, count, view, out, cache);
+            return;
+        }
+    }
+    sampleBlended(sources, times, count, view, out, cache);
 }
 
 template <class T>

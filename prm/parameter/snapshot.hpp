@@ -27,10 +27,8 @@ template <class T> void Parameter<T>::doImportState(boost::shared_ptr<Bsc::Memen
     if (!memento)
         throw std::bad_cast();
     const Parameter& state = memento->state;
-    takeKeyframeData(state);
+    takeKeyframeData(state, true);
     copyOwnAttributes(state, NamePrefix::Copy);
-    m_defaultInterpolation.store(state.m_defaultInterpolation.load());
-    m_viewInterpolation.store(state.m_viewInterpolation.load());
     ParameterChange::parameterAssigned(*this);
 }
 

@@ -93,36 +93,42 @@ template <class T> T Parameter<T>::staticValue(const View& view) const {
     return read(view)->staticValue;
 }
 
-/// The data that a write addressed to the view changes; null when an observer of VIEW_ADDED has deleted the parameter.
-template <class T> auto Parameter<T>::targetData(const View& view) -> PVData* {
+/// The data that a write addressed to the view changes; if they have to be made, they begin with the contents, or with
+/// those of the template. Null when an observer of VIEW_ADDED has deleted the parameter.
+template <class T> auto Parameter<T>::targetData(const View& view, const PVData* contents) -> PVData* {
     const View addressed = view;
     const View target = splittable() ? addressed : View(View::defaultViewId());
     const std::size_t before = m_views.viewList().size();
     const bool hadData = m_views.findRealViewData(addressed) != nullptr;
-    PVData* const data = ownData(target);
+    PVData* const data = ownData(target, contents);
     const bool gained = !hadData && m_views.findRealViewData(addressed) != nullptr;
     if (!gained || (before == 0 && addressed == View(View::defaultViewId())))
         return data;
     const detail::LifeGuard guard(*this);
     ParameterChange::viewAdded(*this, addressed);
     // An observer may have deleted that very view, or put all views back from a snapshot.
-    return guard.alive() ? ownData(target) : nullptr;
+    return guard.alive() ? ownData(target, nullptr) : nullptr;
 }
 
 /// The view's data, made if need be.
-template <class T> auto Parameter<T>::ownData(const View& view) -> PVData* {
-    PVData& data = m_views[view];
+template <class T> auto Parameter<T>::ownData(const View& view, const PVData* contents) -> PVData* {
+    PVData& data = m_views.obtain(view, contents ? *contents : m_views.templateData());
     m_isSplit.store(m_views.viewList().size() > 1);
     return &data;
 }
 
-template <class T> void Parameter<T>::takeKeyframeData(const Parameter& source) {
+/// Readers see all of it at once. The settings for what comes later are left alone by copies of keyframes only.
+template <class T> void Parameter<T>::takeKeyframeData(const Parameter& source, bool withSettings) {
     m_views.assignViews(source.m_views, [&] {
         m_keyframed.store(source.m_keyframed.load());
         m_isSplit.store(source.m_isSplit.load());
         m_splittable.store(source.m_splittable.load());
         m_extrapolationBefore.store(source.m_extrapolationBefore.load());
         m_extrapolationAfter.store(source.m_extrapolationAfter.load());
+        if (withSettings) {
+            m_defaultInterpolation.store(source.m_defaultInterpolation.load());
+            m_viewInterpolation.store(source.m_viewInterpolation.load());
+        }
     });
 }
 
@@ -130,7 +136,7 @@ template <class T> void Parameter<T>::vCopyKeyframeDataFrom(const ParameterWitho
     const auto* sameType = dynamic_cast<const Parameter*>(source);
     if (!sameType)
         return;
-    takeKeyframeData(*sameType);
+    takeKeyframeData(*sameType, false);
     ParameterChange::parameterAssigned(*this);
 }
 
@@ -140,9 +146,7 @@ template <class T> void Parameter<T>::assignFrom(const ParameterWithoutType& oth
     if (!sameType || sameType == this)
         return;
     copyOwnAttributes(*sameType, NamePrefix::Keep);
-    takeKeyframeData(*sameType);
-    m_defaultInterpolation.store(sameType->m_defaultInterpolation.load());
-    m_viewInterpolation.store(sameType->m_viewInterpolation.load());
+    takeKeyframeData(*sameType, true);
     ParameterChange::parameterAssigned(*this);
 }
 

@@ -19,7 +19,7 @@ template <class T> bool Parameter<T>::giveViewData(const View& view, const PVDat
     const View addressed = view;
     const T staticValue = contents.staticValue;
     KeyframeVector keyframes = contents.keyframes;
-    PVData* const data = targetData(addressed);
+    PVData* const data = targetData(addressed, &contents);
     if (!data)
         return true;
     {

@@ -1,5 +1,7 @@
 #include "tests/parameter/EditTable.h"
 
+#include "tests/support/ChangeRecorder.h"
+
 #include <QPointer>
 #include <gtest/gtest.h>
 
@@ -51,10 +53,11 @@ void expectSound(const P& parameter) {
 void runUnder(const Observer& observer, int number, P* parameter, const std::function<void(P&)>& act) {
     const QPointer<QObject> alive(parameter);
     int seen = 0;
-    QObject::connect(parameter, &ParameterWithoutType::changed, [&, parameter](const ParameterChange& change) {
+    ChangeRecorder recorder(parameter);
+    recorder.then = [&, parameter](const ParameterChange& change) {
         if (seen++ == number)
             observer(*parameter, change);
-    });
+    };
     try {
         act(*parameter);
     } catch (const std::logic_error&) {
@@ -102,10 +105,9 @@ std::unique_ptr<P> made(const QString& options, const QString& state) {
 
 QString changesDuring(ParameterWithoutType& parameter, const std::function<void()>& act) {
     QStringList lines;
-    const auto heard = QObject::connect(&parameter, &ParameterWithoutType::changed,
-                                        [&](const ParameterChange& change) { lines += lineOf(change); });
+    ChangeRecorder recorder(&parameter);
+    recorder.then = [&](const ParameterChange& change) { lines += lineOf(change); };
     act();
-    QObject::disconnect(heard);
     return lines.join(' ');
 }
 
