@@ -25,6 +25,9 @@ template <class T> class PRM_EXPORT Parameter;
 
 namespace detail {
 
+/// Where a new parameter begins to count; each has some thousands of millions of numbers of its own.
+PRM_EXPORT quint64 firstKeyframeRevision();
+
 /// The steps of the silent `Parameter<T>::setVariantValue`.
 template <class T>
 void default_Parameter_setVariantValue_impl(Parameter<T>& parameter, const QVariant& variant, const Context& context);
@@ -214,6 +217,8 @@ public:
     /// The static value behind the view's prefix.
     void writeStaticValue(QTextStream& stream, const QString& prefix, const View& view) const;
 
+    quint64 keyframeRevision() const override { return m_revision; }
+
     /// The static value that the view reads.
     T staticValue(const View& view) const;
     /// Takes all views' data away. VIEW_REMOVED for each, in ascending order.
@@ -243,7 +248,7 @@ protected:
 
 private:
     const Parameter* typedMaster() const;
-    /// The view whose data answer for a view.
+    /// The data with which evaluation in a view begins.
     ReadBlock readShown(const View& view) const;
     T valueInView(const View& view, const Context& context, Cache* cache) const;
     T valueIn(const ReadBlock& block, const Context& context, Cache* cache) const;
@@ -284,6 +289,8 @@ private:
     friend void detail::default_Parameter_setVariantValue_impl<T>(Parameter& parameter, const QVariant& variant,
                                                                   const Context& context);
 
+    /// The owning thread's alone.
+    quint64 m_revision = detail::firstKeyframeRevision();
     std::atomic<bool> m_keyframed;
     std::atomic<bool> m_splittable;
     std::atomic<bool> m_isSplit{false};

@@ -1,21 +1,30 @@
 // The undoable forms of the untyped operations.
 
-#include "prm/ParameterWithoutType.h"
-#include "prm/detail/NotBuiltYet.h"
+#include "host/bsc/CompositeCommand.h"
+#include "prm/ParameterEdits.h"
 
 namespace Prm {
 
-Bsc::CompositeCommand& ParameterWithoutType::bUnconstrainCommand(Bsc::CompositeCommand&) {
-    detail::throwNotBuiltYet("bUnconstrainCommand");
+Bsc::CompositeCommand& ParameterWithoutType::bUnconstrainCommand(Bsc::CompositeCommand& command) {
+    command.push_back(new ParameterWithoutTypeUnconstrainEdit(*this));
+    return command;
 }
 
-Bsc::CompositeCommand& ParameterWithoutType::bRemoveConstrainedParameterCommand(ParameterWithoutType*,
-                                                                                Bsc::CompositeCommand&) {
-    detail::throwNotBuiltYet("bRemoveConstrainedParameterCommand");
+Bsc::CompositeCommand& ParameterWithoutType::bRemoveConstrainedParameterCommand(ParameterWithoutType* parameter,
+                                                                                Bsc::CompositeCommand& command) {
+    if (parameter && listsConstrained(*parameter))
+        command.push_back(new ParameterWithoutTypeUnconstrainEdit(*parameter));
+    return command;
 }
 
-Bsc::CompositeCommand& ParameterWithoutType::hideCommand(bool, Bsc::CompositeCommand&) {
-    detail::throwNotBuiltYet("hideCommand");
+Bsc::CompositeCommand& ParameterWithoutType::hideCommand(bool hidden, Bsc::CompositeCommand& command) {
+    command.push_back(new ParameterWithoutTypeHideEdit(*this, hidden));
+    return command;
+}
+
+Bsc::CompositeCommand& ParameterWithoutType::setLockedCommand(bool locked, Bsc::CompositeCommand& command) {
+    command.push_back(new ParameterWithoutTypeLockEdit(*this, locked));
+    return command;
 }
 
 } // namespace Prm

@@ -37,6 +37,22 @@ bool ParameterWithoutType::wouldCloseCircle(const ParameterWithoutType& paramete
     return above != nullptr;
 }
 
+/// All that may fail comes before the first change.
+void ParameterWithoutType::tieTo(ParameterWithoutType* master, int position) {
+    const QPointer<ParameterWithoutType> self(this);
+    QPointer<ParameterWithoutType> tied(master);
+    if (master && master->m_constrainedParameters.size() == master->m_constrainedParameters.capacity())
+        master->m_constrainedParameters.reserve(2 * master->m_constrainedParameters.size() + 1);
+    if (ParameterWithoutType* former = masterParameter())
+        former->forgetConstrained(*this);
+    if (master) {
+        master->forgetConstrained(*this);
+        auto& list = master->m_constrainedParameters;
+        list.insert(std::min(std::max(position, 0), list.size()), self);
+    }
+    m_master.swap(tied);
+}
+
 bool ParameterWithoutType::bAddConstrainedParameter(ParameterWithoutType* parameter) {
     if (!parameter || listsConstrained(*parameter))
         return false;
@@ -45,11 +61,7 @@ bool ParameterWithoutType::bAddConstrainedParameter(ParameterWithoutType* parame
                    << m_scriptName << "and cannot be constrained to it.";
         return false;
     }
-    if (ParameterWithoutType* former = parameter->masterParameter())
-        former->forgetConstrained(*parameter);
-    forgetConstrained(*parameter);
-    m_constrainedParameters.append(parameter);
-    parameter->m_master = this;
+    parameter->tieTo(this, m_constrainedParameters.size());
     return true;
 }
 

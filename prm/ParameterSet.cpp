@@ -6,6 +6,7 @@
 #include <QDebug>
 
 #include <algorithm>
+#include <atomic>
 #include <utility>
 
 namespace Prm {
@@ -49,6 +50,11 @@ ParameterSet::~ParameterSet() {
     for (ParameterSet* parent : parents)
         parent->forgetSubset(this);
     letGoOfMembers();
+}
+
+quint64 ParameterSet::nextNumber() {
+    static std::atomic<quint64> last{0};
+    return ++last;
 }
 
 void ParameterSet::copyMembersFrom(const ParameterSet& other) {
@@ -150,6 +156,10 @@ void ParameterSet::listParameter(const boost::shared_ptr<ParameterWithoutType>& 
         return;
     m_parameters.push_back(parameter);
     enlist(*parameter);
+}
+
+bool ParameterSet::lists(const BasicParameter& parameter) const {
+    return parameter.isListedIn(this);
 }
 
 void ParameterSet::enlist(BasicParameter& parameter) {

@@ -52,7 +52,10 @@ public:
     /// Null and repeated members are ignored; a parameter without a parent set gets this one.
     virtual void addParameter(const boost::shared_ptr<ParameterWithoutType>& parameter);
     virtual void addParameter(ParameterWithoutType& parameter);
+    /// The names, and the states of all members and of all below them.
     boost::shared_ptr<Bsc::MementoBase> exportState() const override;
+    /// Throws `std::bad_cast` for a snapshot of another kind, and for null; `std::logic_error` at the first member that
+    /// was added since, which leaves those before it restored. Members that were removed since are left alone.
     void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override;
     /// Sets the name, and its translation in the context "Parameter" as display name.
     virtual void assignName(const QString& name);
@@ -122,6 +125,11 @@ public:
     /// extended name among the parameters below. Answers how many are still waiting; each is warned of.
     int resolveMasterParameters(const boost::function<ParameterWithoutType*(const QString&)>& find = {});
 
+protected:
+    bool lists(const BasicParameter& parameter) const;
+    /// The first half of `bStreamIn`: without the set's own name.
+    bool readByMembers(const QString& line, const ProjectFileVersion& version);
+
 private:
     friend class BasicParameter;
     class MementoImpl;
@@ -130,6 +138,9 @@ private:
         boost::shared_ptr<ParameterSet> owner;
     };
 
+    static quint64 nextNumber();
+
+    void takeNames(const QString& scriptName, const QString& name, const QString& displayName);
     void listParameter(const boost::shared_ptr<ParameterWithoutType>& parameter);
     bool listSubset(ParameterSet& subset, const boost::shared_ptr<ParameterSet>& owner, std::size_t position);
     void copyMembersFrom(const ParameterSet& other);
@@ -154,6 +165,7 @@ private:
     template <class Result, class Own> Result* find(const QString& name, const Own& own) const;
 
     enum class Reading { NotMine, Refused, Taken };
+    Reading readByAny(const QString& line, const ProjectFileVersion& version);
     Reading readBy(int list, const QString& line, const ProjectFileVersion& version);
     Reading offerTo(int list, int index, const QString& line, const ProjectFileVersion& version);
     int lengthOf(int list) const;
@@ -170,6 +182,8 @@ private:
     mutable bool m_subsetNamesKnown = true;
     /// Counts the changes of the list of subsets.
     quint32 m_membership = 0;
+    /// Given to no other set.
+    const quint64 m_number = nextNumber();
     int m_lastHitList = 0;
     int m_lastHitIndex = 0;
     QString m_scriptName;

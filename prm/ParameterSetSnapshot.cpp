@@ -3,16 +3,109 @@
 #include "prm/BasicParameter.h"
 #include "prm/ParameterSet.h"
 #include "prm/ParameterWithoutType.h"
-#include "prm/detail/NotBuiltYet.h"
+
+#include <QPointer>
+#include <boost/make_shared.hpp>
+
+#include <map>
+#include <stdexcept>
+#include <typeinfo>
+#include <utility>
 
 namespace Prm {
 
+namespace {
+
+/// Tells a member from another one that came to be at the same address later: parameters are guarded, sets numbered.
+struct Identity {
+    QPointer<const QObject> parameter;
+    quint64 setNumber = 0;
+
+    friend bool operator==(const Identity& a, const Identity& b) {
+        return a.parameter == b.parameter && a.setNumber == b.setNumber && (a.parameter || a.setNumber != 0);
+    }
+};
+
+struct MemberState {
+    Identity identity;
+    boost::shared_ptr<Bsc::MementoBase> snapshot;
+};
+
+} // namespace
+
+class ParameterSet::MementoImpl : public Bsc::MementoBase {
+public:
+    explicit MementoImpl(const ParameterSet& set)
+        : scriptName(set.m_scriptName), name(set.m_name), displayName(set.m_displayName) {
+        for (const auto& parameter : set.m_parameters)
+            add(*parameter, {parameter.get(), 0});
+        for (const BasicParameter* parameter : set.m_basicParameters)
+            add(*parameter, {parameter, 0});
+        for (const Subset& subset : set.m_subsets)
+            add(*subset.set, {nullptr, subset.set->m_number});
+    }
+
+    /// Throws where the member was not there when the snapshot was taken.
+    const boost::shared_ptr<Bsc::MementoBase>& stateOf(const Bsc::MementoUndoable& member,
+                                                       const Identity& identity) const {
+        const auto found = m_memberStates.find(&member);
+        if (found == m_memberStates.end() || !(found->second.identity == identity))
+            throw std::logic_error("Failed to restore object state");
+        return found->second.snapshot;
+    }
+
+    const QString scriptName;
+    const QString name;
+    const QString displayName;
+
+private:
+    void add(const Bsc::MementoUndoable& member, const Identity& identity) {
+        m_memberStates[&member] = {identity, member.exportState()};
+    }
+
+    /// By the members' addresses, which are only compared.
+    std::map<const Bsc::MementoUndoable*, MemberState> m_memberStates;
+};
+
 boost::shared_ptr<Bsc::MementoBase> ParameterSet::exportState() const {
-    detail::throwNotBuiltYet("ParameterSet::exportState");
+    return boost::make_shared<MementoImpl>(*this);
 }
 
-void ParameterSet::doImportState(boost::shared_ptr<Bsc::MementoBase>) {
-    detail::throwNotBuiltYet("ParameterSet::doImportState");
+void ParameterSet::doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) {
+    const auto* const memento = dynamic_cast<const MementoImpl*>(snapshot.get());
+    if (!memento)
+        throw std::bad_cast();
+    takeNames(memento->scriptName, memento->name, memento->displayName);
+    // Observers of one member's state may add members, which are not visited, and remove or destroy others and this
+    // set.
+    const detail::LifeGuard guard(*this);
+    const auto restoreParameters = [&](const std::vector<QPointer<BasicParameter>>& parameters) {
+        for (const auto& parameter : parameters) {
+            if (guard.alive() && parameter && parameter->isListedIn(this))
+                Bsc::importState(*parameter, memento->stateOf(*parameter, {parameter.data(), 0}));
+        }
+    };
+    std::vector<QPointer<BasicParameter>> animated;
+    for (const auto& parameter : m_parameters)
+        animated.emplace_back(parameter.get());
+    const std::vector<QPointer<BasicParameter>> basic(m_basicParameters.begin(), m_basicParameters.end());
+    const std::vector<Subset> below = m_subsets;
+    const quint32 membership = m_membership;
+    restoreParameters(animated);
+    restoreParameters(basic);
+    for (const Subset& subset : below) {
+        if (guard.alive() && stillLists(subset.set, membership))
+            Bsc::importState(*subset.set, memento->stateOf(*subset.set, {nullptr, subset.set->m_number}));
+    }
+}
+
+/// As they stand, without the rules for new names.
+void ParameterSet::takeNames(const QString& scriptName, const QString& name, const QString& displayName) {
+    m_scriptName = scriptName;
+    m_name = name;
+    m_displayName = displayName;
+    for (ParameterSet* parent : m_parents)
+        parent->m_subsetNamesKnown = false;
 }
 
 } // namespace Prm

@@ -62,18 +62,28 @@ void ParameterSet::writeMembers(QTextStream& stream, const QString& path, bool w
 bool ParameterSet::bStreamIn(const QString& line, const ProjectFileVersion& version) {
     if (line.isEmpty())
         return true;
+    const detail::LifeGuard guard(*this);
+    const Reading reading = readByAny(line, version);
+    return reading == Reading::NotMine && guard.alive() ? readName(line) : reading == Reading::Taken;
+}
+
+bool ParameterSet::readByMembers(const QString& line, const ProjectFileVersion& version) {
+    return readByAny(line, version) == Reading::Taken;
+}
+
+ParameterSet::Reading ParameterSet::readByAny(const QString& line, const ProjectFileVersion& version) {
     static constexpr std::array<std::array<int, 3>, 3> orders{{{Parameters, BasicParameters, Subsets},
                                                                {BasicParameters, Parameters, Subsets},
                                                                {Subsets, Parameters, BasicParameters}}};
     const detail::LifeGuard guard(*this);
-    if (m_lastHitList >= Parameters && m_lastHitList <= Subsets) {
-        for (const int list : orders[static_cast<std::size_t>(m_lastHitList)]) {
-            const Reading reading = readBy(list, line, version);
-            if (reading != Reading::NotMine || !guard.alive())
-                return reading == Reading::Taken;
-        }
+    if (m_lastHitList < Parameters || m_lastHitList > Subsets)
+        return Reading::NotMine;
+    for (const int list : orders[static_cast<std::size_t>(m_lastHitList)]) {
+        const Reading reading = readBy(list, line, version);
+        if (reading != Reading::NotMine || !guard.alive())
+            return reading;
     }
-    return readName(line);
+    return Reading::NotMine;
 }
 
 int ParameterSet::lengthOf(int list) const {

@@ -152,6 +152,10 @@ void ParameterWithoutType::forEachKeyframeTime(boost::function<void(const Contex
         forEachKeyframeTime(function, view);
 }
 
+quint64 ParameterWithoutType::keyframeRevision() const {
+    return 0;
+}
+
 void ParameterWithoutType::attachObserver(const QObject* observer, const char* slot) const {
     if (observer)
         connect(this, SIGNAL(changed(Prm::ParameterChange&)), observer, slot, Qt::DirectConnection);

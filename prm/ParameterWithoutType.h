@@ -22,6 +22,10 @@ namespace Prm {
 template <class T> class PRM_EXPORT Parameter;
 class SerialisedKeyframe;
 
+namespace detail {
+class MasterLink;
+} // namespace detail
+
 /// An animatable parameter without its value type: identity and names, flags, the link to a master, the parameters it
 /// listens to, the notification switches, and the whole interface through which hosts, project text and sets drive it.
 ///
@@ -147,6 +151,10 @@ public:
     boost::shared_ptr<Bsc::MementoBase> exportState() const override = 0;
     void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override = 0;
 
+    /// Another number whenever the times of keyframes, or the views that have some, may have changed; no two parameters
+    /// ever have the same one. 0 for kinds that do not count, as here.
+    virtual quint64 keyframeRevision() const;
+
     const QString& displayName() const { return m_displayName; }
     /// A third text, kept for the host and copied with the names.
     const QString& extraName() const { return m_extraName; }
@@ -168,6 +176,8 @@ public:
     bool isLocked() const { return m_locked; }
     /// Sends PARAMETER_LOCKED_CHANGED if the flag changes.
     void setLocked(bool locked);
+    /// Appends the undoable form of `setLocked`.
+    Bsc::CompositeCommand& setLockedCommand(bool locked, Bsc::CompositeCommand& command);
 
     /// The parameter whose animation this one shows, null without one or when it has died.
     ParameterWithoutType* masterParameter() const { return m_master.data(); }
@@ -263,6 +273,10 @@ protected:
     class ReadingScope;
 
 private:
+    friend class detail::MasterLink;
+
+    /// Ties this parameter to a master, at a place among the parameters constrained to that one, or to none.
+    void tieTo(ParameterWithoutType* master, int position);
     bool wouldCloseCircle(const ParameterWithoutType& parameter) const;
     bool listsConstrained(const ParameterWithoutType& parameter) const;
     void forgetConstrained(const ParameterWithoutType& parameter);

@@ -64,6 +64,33 @@ class NumericParameterWithoutType;
 // prm/SerialisedKeyframe.h
 class SerialisedKeyframe;
 
+// prm/ParameterEdits.h
+class ParameterEdit; // a change that can be undone; its kinds:
+class ParameterSnapshotEdit;
+class ParameterSettingEdit;
+class ParameterAddKeyEdit;
+class ParameterDeleteKeyEdit;
+class ParameterDeleteAllKeysEdit;
+class ParameterInterpolationEdit;
+class ParameterInterpolationDataEdit;
+class ParameterExtrapolationBeforeEdit;
+class ParameterExtrapolationAfterEdit;
+class ParameterSetValueEdit;
+class ParameterSetStaticValueEdit;
+class ParameterResetEdit;
+class ParameterSplitViewEdit;
+class ParameterDeleteViewEdit;
+class ParameterRetimeEdit;
+class ParameterPasteKeyframesEdit;
+class ParameterAddConstrainedParameterEdit;
+class ParameterWithoutTypeHideEdit;
+class ParameterWithoutTypeLockEdit;
+class ParameterWithoutTypeUnconstrainEdit;
+struct Retiming;
+
+// prm/MoveKeyframeEdit.h
+class MoveKeyframeEdit;
+
 // prm/Parameter.h
 class Cache; // the host's
 template <class T> class Parameter;
@@ -87,6 +114,9 @@ struct ParameterTree; // the host's
 
 // prm/ParameterSet.h
 class ParameterSet;
+
+// prm/CompoundParameter.h
+class CompoundParameter;
 
 // prm/ProjectFile.h
 struct ProjectFileFinding;

@@ -4,4 +4,8 @@ namespace Prm {
 
 SerialisedKeyframe::~SerialisedKeyframe() = default;
 
+bool SerialisedKeyframe::equals(const SerialisedKeyframe&) const {
+    return false;
+}
+
 } // namespace Prm

@@ -17,6 +17,8 @@ public:
     virtual QString toString() const = 0;
     /// Throws `std::runtime_error` for a text that is no keyframe line.
     virtual void setFromString(const QString& text) = 0;
+    /// Whether the other is of the same kind and exactly like this one in place, value and interpolation. False here.
+    virtual bool equals(const SerialisedKeyframe& other) const;
 
 protected:
     SerialisedKeyframe() = default;

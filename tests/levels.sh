@@ -11,7 +11,6 @@ levels() {
 1 prm/Export.h
 1 prm/Prm.h
 1 prm/detail/Mortal.h
-1 prm/detail/NotBuiltYet.h
 1 prm/detail/ReaderSlots.h
 1 prm/detail/RecursiveMutex.h
 2 prm/Time.h
@@ -43,7 +42,10 @@ levels() {
 4 prm/ParameterWithoutTypeBase.h
 4 prm/NumericParameterWithoutType.h
 4 prm/SerialisedKeyframe.h
+4 prm/detail/KeyframeMoves.h
 4 prm/detail/ReadingScope.h
+4 prm/detail/Restoring.h
+4 prm/detail/StateAt.h
 5 prm/ParameterEdits.h
 5 prm/MoveKeyframeEdit.h
 6 prm/detail/FastViewMap.h
@@ -58,6 +60,7 @@ levels() {
 7 prm/ParameterTree.h
 7 prm/ParameterSet.h
 7 prm/CompoundParameter.h
+7 prm/detail/CompoundWalk.hpp
 7 prm/ProjectFile.h
 TABLE
 }

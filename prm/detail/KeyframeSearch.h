@@ -6,14 +6,14 @@
 
 namespace Prm::detail {
 
-// Searches in a list of keyframes in ascending order of time. Times are compared exactly. On a list out of order the
-// answers are without meaning, but always positions of the list.
+// Searches in a list of keyframes, or of whatever has a time, in ascending order. Times are compared exactly. On a list
+// out of order the answers are without meaning, but always positions of the list.
 
 /// The position of the first keyframe that is not before the time, or the number of keyframes.
-template <class T> int lowerBound(const KeyframeData<T>* keyframes, int count, Time time) {
+template <class Keyframe> int lowerBound(const Keyframe* keyframes, int count, Time time) {
     if (count == 0)
         return 0;
-    const KeyframeData<T>* first = keyframes;
+    const Keyframe* first = keyframes;
     while (count > 1) {
         const int half = count / 2;
         first = first[half - 1].time < time ? first + half : first;
@@ -22,12 +22,12 @@ template <class T> int lowerBound(const KeyframeData<T>* keyframes, int count, T
     return static_cast<int>(first - keyframes) + (first->time < time ? 1 : 0);
 }
 
-template <class T> int lowerBound(const QVector<KeyframeData<T>>& keyframes, Time time) {
+template <class Keyframe> int lowerBound(const QVector<Keyframe>& keyframes, Time time) {
     return lowerBound(keyframes.constData(), keyframes.size(), time);
 }
 
 /// The position of the keyframe at the time, or -1.
-template <class T> int positionAt(const QVector<KeyframeData<T>>& keyframes, Time time) {
+template <class Keyframe> int positionAt(const QVector<Keyframe>& keyframes, Time time) {
     const int position = lowerBound(keyframes, time);
     return position < keyframes.size() && keyframes.at(position).time == time ? position : -1;
 }
@@ -44,7 +44,7 @@ bool findKeyframeAtTime(const QVector<KeyframeData<T>>& keyframes, const Time& t
 }
 
 /// The position of the nearest keyframe, the later one of two that are equally near. There must be a keyframe.
-template <class T> int nearestPosition(const QVector<KeyframeData<T>>& keyframes, Time time) {
+template <class Keyframe> int nearestPosition(const QVector<Keyframe>& keyframes, Time time) {
     int next = lowerBound(keyframes, time);
     while (next < keyframes.size() && !(keyframes.at(next).time > time))
         ++next;
@@ -59,7 +59,7 @@ template <class T> int nearestPosition(const QVector<KeyframeData<T>>& keyframes
 
 /// The position of the first keyframe that, from the first on, is at or behind the time, then one further if it is at
 /// the time; -1 when there is none.
-template <class T> int nextPosition(const QVector<KeyframeData<T>>& keyframes, Time time) {
+template <class Keyframe> int nextPosition(const QVector<Keyframe>& keyframes, Time time) {
     for (int i = 0; i < keyframes.size(); ++i) {
         if (keyframes.at(i).time == time)
             return i + 1 < keyframes.size() ? i + 1 : -1;
@@ -75,7 +75,7 @@ struct Bracket {
     int after = -1;
 };
 
-template <class T> Bracket bracket(const KeyframeData<T>* keyframes, int count, Time time) {
+template <class Keyframe> Bracket bracket(const Keyframe* keyframes, int count, Time time) {
     if (time < keyframes[0].time)
         return {-1, 0};
     if (time > keyframes[count - 1].time)
@@ -97,7 +97,7 @@ template <class T> Bracket bracket(const KeyframeData<T>* keyframes, int count, 
 /// before it searches.
 class BracketCursor {
 public:
-    template <class T> Bracket at(const KeyframeData<T>* keyframes, int count, Time time) {
+    template <class Keyframe> Bracket at(const Keyframe* keyframes, int count, Time time) {
         if (!isInside(keyframes, count, time)) {
             ++m_last.before;
             ++m_last.after;
@@ -109,7 +109,7 @@ public:
 
 private:
     /// Whether the time lies strictly between the two keyframes.
-    template <class T> bool isInside(const KeyframeData<T>* keyframes, int count, Time time) const {
+    template <class Keyframe> bool isInside(const Keyframe* keyframes, int count, Time time) const {
         return m_last.before >= 0 && m_last.after == m_last.before + 1 && m_last.after < count &&
                keyframes[m_last.before].time < time && time < keyframes[m_last.after].time;
     }

@@ -36,6 +36,12 @@ public:
         value = ValueType<T>::read(valueMapper ? valueMapper(read.value) : read.value);
     }
 
+    bool equals(const SerialisedKeyframe& other) const override {
+        const auto* const same = dynamic_cast<const TypedSerialisedKeyframe*>(&other);
+        return same && same->time == time && same->view == view && ValueType<T>::equal(same->value, value) &&
+               same->itype == itype;
+    }
+
     Time time;
     /// The invalid view stands for none.
     View view = View::INVALID();

@@ -2,58 +2,74 @@
 
 // The undoable forms of the edits.
 
+#include "host/bsc/CompositeCommand.h"
 #include "prm/Parameter.h"
-#include "prm/detail/NotBuiltYet.h"
+#include "prm/ParameterEdits.h"
 
 namespace Prm {
 
 template <class T>
-Bsc::CompositeCommand& Parameter<T>::vSetInterpolationCommand(Interpolation, Context, Bsc::CompositeCommand&) {
-    detail::throwNotBuiltYet("vSetInterpolationCommand");
+Bsc::CompositeCommand& Parameter<T>::vSetInterpolationCommand(Interpolation kind, Context context,
+                                                              Bsc::CompositeCommand& command) {
+    command.push_back(new ParameterInterpolationEdit(*this, kind, context));
+    return command;
 }
 
 template <class T>
-Bsc::CompositeCommand& Parameter<T>::vSetInterpolationDataCommand(Bsc::CompositeCommand&, IType, const KeyframeIndex&) {
-    detail::throwNotBuiltYet("vSetInterpolationDataCommand");
+Bsc::CompositeCommand& Parameter<T>::vSetInterpolationDataCommand(Bsc::CompositeCommand& command, IType data,
+                                                                  const KeyframeIndex& keyframe) {
+    command.push_back(new ParameterInterpolationDataEdit(*this, data, keyframe.index, keyframe.view));
+    return command;
 }
 
 template <class T>
-Bsc::CompositeCommand& Parameter<T>::vSetExtrapolationBeforeCommand(Extrapolation, Bsc::CompositeCommand&) {
-    detail::throwNotBuiltYet("vSetExtrapolationBeforeCommand");
+Bsc::CompositeCommand& Parameter<T>::vSetExtrapolationBeforeCommand(Extrapolation kind,
+                                                                    Bsc::CompositeCommand& command) {
+    command.push_back(new ParameterExtrapolationBeforeEdit(*this, kind));
+    return command;
 }
 
 template <class T>
-Bsc::CompositeCommand& Parameter<T>::vSetExtrapolationAfterCommand(Extrapolation, Bsc::CompositeCommand&) {
-    detail::throwNotBuiltYet("vSetExtrapolationAfterCommand");
+Bsc::CompositeCommand& Parameter<T>::vSetExtrapolationAfterCommand(Extrapolation kind, Bsc::CompositeCommand& command) {
+    command.push_back(new ParameterExtrapolationAfterEdit(*this, kind));
+    return command;
 }
 
 template <class T>
-Bsc::CompositeCommand& Parameter<T>::vAddKeyframeCommand(const Context::Explicit&, Bsc::CompositeCommand&) {
-    detail::throwNotBuiltYet("vAddKeyframeCommand");
+Bsc::CompositeCommand& Parameter<T>::vAddKeyframeCommand(const Context::Explicit& context,
+                                                         Bsc::CompositeCommand& command) {
+    return ParameterAddKeyEdit::appendToCommand(*this, context, command);
 }
 
 template <class T>
-Bsc::CompositeCommand& Parameter<T>::vAddKeyframeCommand(const Frame&, const AnimationState&, Bsc::CompositeCommand&) {
-    detail::throwNotBuiltYet("vAddKeyframeCommand");
-}
-
-template <class T> void Parameter<T>::createKeyframeDeletion(const Context::Explicit&, Bsc::CompositeCommand&) {
-    detail::throwNotBuiltYet("createKeyframeDeletion");
+Bsc::CompositeCommand& Parameter<T>::vAddKeyframeCommand(const Frame& frame, const AnimationState& state,
+                                                         Bsc::CompositeCommand& command) {
+    return ParameterAddKeyEdit::appendToCommand(*this, frame, state, command);
 }
 
 template <class T>
-void Parameter<T>::createKeyframeDeletion(const Frame&, const AnimationState&, Bsc::CompositeCommand&) {
-    detail::throwNotBuiltYet("createKeyframeDeletion");
+void Parameter<T>::createKeyframeDeletion(const Context::Explicit& context, Bsc::CompositeCommand& command) {
+    ParameterDeleteKeyEdit::appendToCommand(*this, context, command);
 }
 
 template <class T>
-Bsc::CompositeCommand& Parameter<T>::vDeleteAllKeyframesCommand(const View&, Bsc::CompositeCommand&) {
-    detail::throwNotBuiltYet("vDeleteAllKeyframesCommand");
+void Parameter<T>::createKeyframeDeletion(const Frame& frame, const AnimationState& state,
+                                          Bsc::CompositeCommand& command) {
+    ParameterDeleteKeyEdit::appendToCommand(*this, frame, state, command);
 }
 
 template <class T>
-Bsc::CompositeCommand& Parameter<T>::bAddConstrainedParameterCommand(ParameterWithoutType*, Bsc::CompositeCommand&) {
-    detail::throwNotBuiltYet("bAddConstrainedParameterCommand");
+Bsc::CompositeCommand& Parameter<T>::vDeleteAllKeyframesCommand(const View& view, Bsc::CompositeCommand& command) {
+    command.push_back(new ParameterDeleteAllKeysEdit(*this, view));
+    return command;
+}
+
+template <class T>
+Bsc::CompositeCommand& Parameter<T>::bAddConstrainedParameterCommand(ParameterWithoutType* parameter,
+                                                                     Bsc::CompositeCommand& command) {
+    if (parameter)
+        command.push_back(new ParameterAddConstrainedParameterEdit(*this, *parameter));
+    return command;
 }
 
 } // namespace Prm

@@ -19,6 +19,7 @@ template <class T> bool Parameter<T>::storeStaticValue(PVData& data, const T& va
 }
 
 template <class T> int Parameter<T>::insertKeyframe(PVData& data, Time time, const T& value) {
+    ++m_revision;
     return detail::insertKeyframe(data.keyframes, KeyframeData<T>(time, value), defaultInterpolation(), isReadingIn(),
                                   [this](const KeyframeData<T>& from, const KeyframeData<T>& to, Interpolation kind) {
                                       return initialiseInterpolation(from, to, kind);
@@ -104,6 +105,7 @@ template <class T> void Parameter<T>::vDeleteKeyframe(const Context::Explicit& c
         if (keyframes.size() == 1)
             data->staticValue = keyframes.at(0).value;
         keyframes.remove(position);
+        ++m_revision;
     }
     ParameterChange::keyframeRemoved(*this, position, removed);
 }
@@ -118,6 +120,7 @@ template <class T> void Parameter<T>::vDeleteAllKeyframes(const View& view) {
     {
         LockedKeyframes lock(data);
         lock.keyframes().swap(removed);
+        ++m_revision;
     }
     // Not the factory: observers of this change are never told which view was cleared.
     ParameterChange change(ParameterChange::VIEW_CLEARED, *this, 0);
@@ -216,6 +219,7 @@ template <class T> void Parameter<T>::adjustKeyframesTime(const boost::function<
             if (!guard.alive() || i >= data->keyframes.size())
                 break;
             lock.keyframes()[i].time = mapped;
+            ++m_revision;
         }
         if (!guard.alive())
             return;

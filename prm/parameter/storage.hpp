@@ -67,6 +67,7 @@ template <class T> bool Parameter<T>::splittable() const {
 
 template <class T> void Parameter<T>::setSplittable(bool splittable) {
     m_splittable.store(splittable);
+    ++m_revision;
 }
 
 template <class T> T Parameter<T>::defaultValue() const {
@@ -112,8 +113,11 @@ template <class T> auto Parameter<T>::targetData(const View& view, const PVData*
 
 /// The view's data, made if need be.
 template <class T> auto Parameter<T>::ownData(const View& view, const PVData* contents) -> PVData* {
+    const std::size_t before = m_views.viewList().size();
     PVData& data = m_views.obtain(view, contents ? *contents : m_views.templateData());
-    m_isSplit.store(m_views.viewList().size() > 1);
+    const std::size_t now = m_views.viewList().size();
+    m_isSplit.store(now > 1);
+    m_revision += now != before ? 1 : 0;
     return &data;
 }
 
@@ -129,6 +133,7 @@ template <class T> void Parameter<T>::takeKeyframeData(const Parameter& source, 
             m_defaultInterpolation.store(source.m_defaultInterpolation.load());
             m_viewInterpolation.store(source.m_viewInterpolation.load());
         }
+        ++m_revision;
     });
 }
 

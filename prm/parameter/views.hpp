@@ -26,6 +26,7 @@ template <class T> bool Parameter<T>::giveViewData(const View& view, const PVDat
         LockedKeyframes lock(data);
         data->staticValue = staticValue;
         lock.keyframes().swap(keyframes);
+        ++m_revision;
     }
     ParameterChange::valueChanged(*this, addressed);
     return true;
@@ -54,6 +55,7 @@ template <class T> bool Parameter<T>::deleteView(const View& view) {
         return false;
     {
         m_views.remove(removed);
+        ++m_revision;
         m_isSplit.store(m_views.viewList().size() > 1);
     }
     ParameterChange::viewRemoved(*this, removed);
@@ -64,6 +66,7 @@ template <class T> void Parameter<T>::clearViewData() {
     const std::vector<View> former = m_views.viewList();
     {
         m_views.clear();
+        ++m_revision;
         m_isSplit.store(false);
     }
     const detail::LifeGuard guard(*this);

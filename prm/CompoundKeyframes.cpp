@@ -1,0 +1,290 @@
+// A compound's keyframes and views: the union of those of its subparameters.
+
+#include "prm/AnimationState.h"
+#include "prm/SerialisedKeyframe.h"
+#include "prm/detail/CompoundWalk.hpp"
+#include "prm/detail/KeyframeSearch.h"
+#include "prm/detail/LineParts.h"
+#include "prm/detail/StateAt.h"
+
+#include <QStringList>
+#include <boost/make_shared.hpp>
+
+#include <stdexcept>
+#include <typeinfo>
+
+namespace Prm {
+
+namespace {
+
+bool earlier(const Context& a, const Context& b) {
+    return a.time < b.time;
+}
+
+} // namespace
+
+QVector<Context> CompoundParameter::gathered(const View& view) const {
+    QVector<Context> keyframes;
+    for (const auto& parameter : parameters())
+        parameter->forEachKeyframeTime([&](const Context& at) { keyframes.append(at); }, view);
+    std::stable_sort(keyframes.begin(), keyframes.end(), earlier);
+    const auto sameTime = [](const Context& a, const Context& b) { return a.time == b.time; };
+    keyframes.erase(std::unique(keyframes.begin(), keyframes.end(), sameTime), keyframes.end());
+    return keyframes;
+}
+
+/// Made anew only when a subparameter has counted on, or does not count.
+const QVector<Context>& CompoundParameter::keyframesOf(const View& view) const {
+    const quint64 revision = keyframeRevision();
+    if (revision == 0 || m_union.revision != revision || m_union.view != view)
+        m_union = {view, revision, gathered(view)};
+    return m_union.keyframes;
+}
+
+quint64 CompoundParameter::keyframeRevision() const {
+    bool counts = true;
+    bool isSame = m_revisions.size() == parameters().size();
+    m_revisions.resize(parameters().size());
+    for (std::size_t i = 0; i < m_revisions.size(); ++i) {
+        const quint64 revision = parameters()[i]->keyframeRevision();
+        counts = counts && revision != 0;
+        isSame = isSame && revision == m_revisions[i];
+        m_revisions[i] = revision;
+    }
+    m_revision += isSame ? 0 : 1;
+    return counts ? m_revision : 0;
+}
+
+QList<Context> CompoundParameter::allKeyframesTime(const View& view) const {
+    return keyframesOf(view).toList();
+}
+
+QVector<Context> CompoundParameter::allKeyframes() const {
+    QVector<Context> all;
+    const std::vector<View> views = viewList();
+    for (const View view : views)
+        all += keyframesOf(view);
+    return all;
+}
+
+bool CompoundParameter::isKeyframed() const {
+    return anySubparameter([](const ParameterWithoutType& parameter) { return parameter.isKeyframed(); });
+}
+
+unsigned int CompoundParameter::keyframeCount(const View& view) const {
+    return static_cast<unsigned int>(keyframesOf(view).size());
+}
+
+Context CompoundParameter::keyframeTime(unsigned int index, const View& view) const {
+    const QVector<Context>& keyframes = keyframesOf(view);
+    return index < static_cast<unsigned int>(keyframes.size()) ? keyframes.at(static_cast<int>(index))
+                                                               : Context(Time(), view);
+}
+
+bool CompoundParameter::bKeyframeAt(const Context::Explicit& context) const {
+    return firstWith(context) != nullptr;
+}
+
+bool CompoundParameter::bNearestKeyframeIndex(const Context& context, unsigned int& index) const {
+    const QVector<Context>& keyframes = keyframesOf(context.view);
+    if (keyframes.isEmpty())
+        return false;
+    index = static_cast<unsigned int>(detail::nearestPosition(keyframes, context.time));
+    return true;
+}
+
+bool CompoundParameter::bNearestKeyframeTime(const Context& context, Time& time) const {
+    unsigned int index = 0;
+    if (!bNearestKeyframeIndex(context, index))
+        return false;
+    time = keyframeTime(index, context.view).time;
+    return true;
+}
+
+bool CompoundParameter::found(int position, const Context& from, Context& out) const {
+    if (position < 0)
+        return false;
+    out = Context(keyframesOf(from.view).at(position).time, from.view);
+    return true;
+}
+
+bool CompoundParameter::bPreviousKeyframe(const Context& context, Context& previous) const {
+    return found(detail::lowerBound(keyframesOf(context.view), context.time) - 1, context, previous);
+}
+
+bool CompoundParameter::bNextKeyframe(const Context& context, Context& next) const {
+    return found(detail::nextPosition(keyframesOf(context.view), context.time), context, next);
+}
+
+const ParameterWithoutType* CompoundParameter::firstWith(const Context::Explicit& keyframe) const {
+    const auto with = std::find_if(parameters().begin(), parameters().end(),
+                                   [&](const auto& parameter) { return parameter->bKeyframeAt(keyframe); });
+    return with == parameters().end() ? nullptr : with->get();
+}
+
+const ParameterWithoutType* CompoundParameter::firstKeyframed() const {
+    const auto keyframed = std::find_if(parameters().begin(), parameters().end(),
+                                        [](const auto& parameter) { return parameter->isKeyframed(); });
+    return keyframed == parameters().end() ? nullptr : keyframed->get();
+}
+
+Extrapolation CompoundParameter::extrapolationBefore() const {
+    const ParameterWithoutType* const first = firstKeyframed();
+    return first ? first->extrapolationBefore() : Extrapolation::Constant;
+}
+
+Extrapolation CompoundParameter::extrapolationAfter() const {
+    const ParameterWithoutType* const first = firstKeyframed();
+    return first ? first->extrapolationAfter() : Extrapolation::Constant;
+}
+
+Interpolation CompoundParameter::interpolation(const Context& context) const {
+    const ParameterWithoutType* const first = firstKeyframed();
+    return first ? first->interpolation(context) : Interpolation::Constant;
+}
+
+Interpolation CompoundParameter::interpolation(const KeyframeIndex& keyframe) const {
+    return interpolationData(keyframe).interpolation;
+}
+
+IType CompoundParameter::interpolationData(const KeyframeIndex& keyframe) const {
+    const Context at = keyframeTime(keyframe.index, keyframe.view);
+    const ParameterWithoutType* const first = firstWith(Context::Explicit(at));
+    unsigned int index = 0;
+    if (!first || !first->bNearestKeyframeIndex(at, index))
+        return {};
+    return first->interpolationData({first, keyframe.view, index});
+}
+
+/// The keyframes of the subparameters at one time; in text one line for each, behind its name.
+class CompoundParameter::CompoundKeyframe : public SerialisedKeyframe {
+public:
+    struct Part {
+        QPointer<ParameterWithoutType> parameter;
+        QString name;
+        boost::shared_ptr<SerialisedKeyframe> keyframe;
+    };
+
+    Context context() const override { return {time, view}; }
+
+    void adjustTime(float delta) override {
+        time = time + static_cast<double>(delta);
+        for (const Part& part : parts) {
+            if (part.keyframe)
+                part.keyframe->adjustTime(delta);
+        }
+    }
+
+    QString toString() const override {
+        QStringList lines;
+        for (const Part& part : parts) {
+            if (part.keyframe)
+                lines += detail::lineStart(QString(), part.name, true) + part.keyframe->toString();
+        }
+        return lines.join(QLatin1Char('\n'));
+    }
+
+    void setFromString(const QString& text) override {
+        std::vector<Part> read = parts;
+        for (Part& part : read)
+            part.keyframe.reset();
+        for (const QString& line : text.split(QLatin1Char('\n'))) {
+            if (!line.trimmed().isEmpty())
+                readLine(line.trimmed(), read);
+        }
+        parts = std::move(read);
+        for (const Part& part : parts) {
+            if (part.keyframe) {
+                time = part.keyframe->context().time;
+                view = part.keyframe->context().view;
+            }
+        }
+    }
+
+    bool equals(const SerialisedKeyframe& other) const override {
+        const auto* const same = dynamic_cast<const CompoundKeyframe*>(&other);
+        return same && same->time == time && same->view == view &&
+               std::equal(parts.begin(), parts.end(), same->parts.begin(), same->parts.end(),
+                          [](const Part& a, const Part& b) {
+                              return detail::sameKeyframes(a.keyframe.get(), b.keyframe.get());
+                          });
+    }
+
+    Time time;
+    View view;
+    std::vector<Part> parts;
+
+private:
+    /// A view before the name is that of the whole, as other keyframes have it.
+    static void readLine(const QString& line, std::vector<Part>& read) {
+        QString whole = line;
+        View ofWhole;
+        const bool hasView = View::extractStringPrefix(whole, ofWhole);
+        for (Part& part : read) {
+            QString rest = whole;
+            const bool isIts = part.name.isEmpty() || detail::behindName(whole, part.name, rest);
+            if (!isIts || !part.parameter)
+                continue;
+            part.keyframe = part.parameter->getSerialisedKeyframe(Context(Context::INVALID_TIME));
+            if (!part.keyframe)
+                continue;
+            part.keyframe->setFromString(hasView ? ofWhole.toString() + rest : rest);
+            return;
+        }
+        throw std::runtime_error("Cannot parse keyframe string '" + line.toStdString() + "'");
+    }
+};
+
+boost::shared_ptr<SerialisedKeyframe> CompoundParameter::getSerialisedKeyframe(Context context) const {
+    const auto keyframe = boost::make_shared<CompoundKeyframe>();
+    keyframe->time = context.time;
+    keyframe->view = context.view;
+    const bool toBeRead = context == Context(Context::INVALID_TIME);
+    bool isThere = toBeRead;
+    for (const auto& parameter : parameters()) {
+        const auto part = toBeRead ? nullptr : parameter->getSerialisedKeyframe(context);
+        isThere = isThere || part;
+        keyframe->parts.push_back({parameter.get(), parameter->scriptName(), part});
+    }
+    if (!isThere)
+        return {};
+    return keyframe;
+}
+
+void CompoundParameter::importKeyframe(const SerialisedKeyframe& keyframe) {
+    // A copy: observers of the first change may let go of the original.
+    const std::vector<CompoundKeyframe::Part> parts = dynamic_cast<const CompoundKeyframe&>(keyframe).parts;
+    forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t i) {
+        if (i < parts.size() && parts[i].keyframe)
+            parameter.importKeyframe(*parts[i].keyframe);
+    });
+}
+
+const std::vector<View>& CompoundParameter::viewList() const {
+    std::vector<View> views;
+    for (const auto& parameter : parameters()) {
+        const std::vector<View>& own = parameter->viewList();
+        views.insert(views.end(), own.begin(), own.end());
+    }
+    std::sort(views.begin(), views.end());
+    views.erase(std::unique(views.begin(), views.end()), views.end());
+    if (views.empty())
+        views.emplace_back(View::defaultViewId());
+    if (views != m_presentViews)
+        m_presentViews.swap(views);
+    return m_presentViews;
+}
+
+int CompoundParameter::numViews() const {
+    return static_cast<int>(viewList().size());
+}
+
+bool CompoundParameter::isSplit() const {
+    return anySubparameter([](const ParameterWithoutType& parameter) { return parameter.isSplit(); });
+}
+
+bool CompoundParameter::splittable() const {
+    return anySubparameter([](const ParameterWithoutType& parameter) { return parameter.splittable(); });
+}
+
+} // namespace Prm

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "prm/Context.h"
+#include "prm/Export.h"
+#include "prm/ParameterEdits.h"
+
+namespace Prm {
+
+/// Moves one keyframe of one view to another time. A keyframe that is there already takes over value and interpolation
+/// of the moved one. The move is a shift in single precision: at large frame numbers, fractions of a frame are rounded.
+///
+/// Nothing happens where there is no keyframe to move, or when the target is no valid time.
+class PRM_EXPORT MoveKeyframeEdit : public ParameterSnapshotEdit {
+public:
+    MoveKeyframeEdit(ParameterWithoutType& parameter, const Context& from, const Context& to);
+
+    /// The move itself, without a way back; answers whether there was something to move. KEYFRAME_REMOVED, then the
+    /// changes of importing a keyframe.
+    bool doMoveKeyframe(const Context& from, const Context& to);
+
+    /// Appends one edit for the view.
+    static void appendToCommand(ParameterWithoutType& parameter, const Frame& from, const Frame& to, const View& view,
+                                Bsc::CompositeCommand& command);
+    /// Appends one edit for each of the parameter's views, also for those without a keyframe at `from`.
+    static void appendToCommand(ParameterWithoutType& parameter, const Frame& from, const Frame& to,
+                                Bsc::CompositeCommand& command);
+    /// A compound moves as one parameter, not as a set.
+    static void appendToCommand(CompoundParameter& parameter, const Frame& from, const Frame& to,
+                                Bsc::CompositeCommand& command);
+    static void doAppendToCommand(ParameterWithoutType* parameter, const Frame& from, const Frame& to,
+                                  Bsc::CompositeCommand& command);
+    /// The same for every parameter of the set and its subsets.
+    static void appendToCommand(ParameterSet& set, const Frame& from, const Frame& to, Bsc::CompositeCommand& command);
+
+protected:
+    bool applies() const override;
+    bool apply() override;
+
+private:
+    Context m_from;
+    Context m_to;
+};
+
+} // namespace Prm

@@ -1,0 +1,215 @@
+#include "prm/ParameterEdits.h"
+
+#include "host/bsc/CompositeCommand.h"
+#include "prm/AnimationState.h"
+#include "prm/SerialisedKeyframe.h"
+#include "prm/detail/Restoring.h"
+#include "prm/detail/StateAt.h"
+
+#include <algorithm>
+
+namespace Prm {
+
+ParameterEdit::ParameterEdit(BasicParameter* edited)
+    : m_edited(edited), m_hadParameter(edited != nullptr), m_scriptName(edited ? edited->scriptName() : QString()) {}
+
+ParameterEdit::~ParameterEdit() = default;
+
+QString ParameterEdit::usageLogInfo() const {
+    if (m_edited)
+        return m_edited->scriptName();
+    return m_hadParameter ? m_scriptName + QLatin1String(" (deleted)") : QString();
+}
+
+ParameterSnapshotEdit::ParameterSnapshotEdit(BasicParameter* edited) : ParameterEdit(edited) {}
+
+ParameterSnapshotEdit::~ParameterSnapshotEdit() = default;
+
+void ParameterSnapshotEdit::doIt() {
+    m_snapshot.reset();
+    if (!edited() || !applies())
+        return;
+    const detail::Snapshot former = edited()->exportState();
+    detail::changeOrPutBack(*edited(), former, [&] {
+        if (apply())
+            m_snapshot = former;
+    });
+}
+
+void ParameterSnapshotEdit::undoIt() {
+    if (!edited() || !m_snapshot)
+        return;
+    const detail::Snapshot done = edited()->exportState();
+    detail::changeOrPutBack(*edited(), done, [&] { Bsc::importState(*edited(), m_snapshot, true); });
+}
+
+ParameterAddKeyEdit::ParameterAddKeyEdit(ParameterWithoutType& parameter, const Context& context)
+    : ParameterSnapshotEdit(&parameter), m_context(context) {}
+
+bool ParameterAddKeyEdit::applies() const {
+    return parameter()->isKeyframed() && m_context.time.isValid();
+}
+
+bool ParameterAddKeyEdit::apply() {
+    const detail::StateAt watch(*parameter(), m_context);
+    parameter()->iAddKeyframe(m_context);
+    return parameter() && watch.hasChanged(*parameter());
+}
+
+Bsc::CompositeCommand& ParameterAddKeyEdit::appendToCommand(ParameterWithoutType& parameter,
+                                                            const Context::Explicit& context,
+                                                            Bsc::CompositeCommand& command) {
+    command.push_back(new ParameterAddKeyEdit(parameter, context));
+    return command;
+}
+
+Bsc::CompositeCommand& ParameterAddKeyEdit::appendToCommand(ParameterWithoutType& parameter, const Frame& frame,
+                                                            const AnimationState& state,
+                                                            Bsc::CompositeCommand& command) {
+    for (const View view : state.views())
+        appendToCommand(parameter, Context::Explicit(Time::fromUInt(frame.toUInt()), view), command);
+    return command;
+}
+
+ParameterDeleteKeyEdit::ParameterDeleteKeyEdit(ParameterWithoutType& parameter, const Context::Explicit& context)
+    : ParameterSnapshotEdit(&parameter), m_context(context) {}
+
+bool ParameterDeleteKeyEdit::applies() const {
+    return parameter()->bKeyframeAt(m_context);
+}
+
+bool ParameterDeleteKeyEdit::apply() {
+    parameter()->vDeleteKeyframe(m_context);
+    return true;
+}
+
+Bsc::CompositeCommand& ParameterDeleteKeyEdit::appendToCommand(ParameterWithoutType& parameter,
+                                                               const Context::Explicit& context,
+                                                               Bsc::CompositeCommand& command) {
+    command.push_back(new ParameterDeleteKeyEdit(parameter, context));
+    return command;
+}
+
+Bsc::CompositeCommand& ParameterDeleteKeyEdit::appendToCommand(ParameterWithoutType& parameter, const Frame& frame,
+                                                               const AnimationState& state,
+                                                               Bsc::CompositeCommand& command) {
+    for (const View view : state.views())
+        appendToCommand(parameter, Context::Explicit(Time::fromUInt(frame.toUInt()), view), command);
+    return command;
+}
+
+ParameterDeleteAllKeysEdit::ParameterDeleteAllKeysEdit(ParameterWithoutType& parameter, const View& view)
+    : ParameterSnapshotEdit(&parameter), m_view(view) {}
+
+bool ParameterDeleteAllKeysEdit::applies() const {
+    return parameter()->keyframeCount(m_view) > 0;
+}
+
+bool ParameterDeleteAllKeysEdit::apply() {
+    parameter()->vDeleteAllKeyframes(m_view);
+    return true;
+}
+
+ParameterInterpolationEdit::ParameterInterpolationEdit(ParameterWithoutType& parameter, Interpolation kind,
+                                                       const Context& context)
+    : ParameterSnapshotEdit(&parameter), m_kind(kind), m_context(context) {}
+
+bool ParameterInterpolationEdit::applies() const {
+    return parameter()->bKeyframeAt(Context::Explicit(m_context));
+}
+
+bool ParameterInterpolationEdit::apply() {
+    const detail::StateAt watch(*parameter(), m_context);
+    parameter()->vSetInterpolation(m_kind, m_context);
+    return parameter() && watch.hasChanged(*parameter());
+}
+
+ParameterInterpolationDataEdit::ParameterInterpolationDataEdit(ParameterWithoutType& parameter, const IType& data,
+                                                               unsigned int index, const View& view)
+    : ParameterSnapshotEdit(&parameter), m_data(data), m_index(index), m_view(view) {}
+
+bool ParameterInterpolationDataEdit::applies() const {
+    return m_index < parameter()->keyframeCount(m_view);
+}
+
+bool ParameterInterpolationDataEdit::apply() {
+    const detail::StateAt watch(*parameter(), parameter()->keyframeTime(m_index, m_view));
+    parameter()->vSetInterpolationData(m_data, m_index, m_view);
+    return parameter() && watch.hasChanged(*parameter());
+}
+
+ParameterSetValueEdit::ParameterSetValueEdit(ParameterWithoutType& parameter, const QVariant& value,
+                                             const Context& context)
+    : ParameterSnapshotEdit(&parameter), m_value(value), m_context(context) {}
+
+bool ParameterSetValueEdit::applies() const {
+    return true;
+}
+
+bool ParameterSetValueEdit::apply() {
+    Context context = m_context;
+    if (!parameter()->isKeyframed())
+        context.time = Time(Time::INVALID);
+    if (!parameter()->splittable())
+        context.view = View(View::defaultViewId());
+    const detail::StateAt watch(*parameter(), context);
+    parameter()->setVariantValue(m_value, context);
+    return parameter() && watch.hasChanged(*parameter());
+}
+
+ParameterSetStaticValueEdit::ParameterSetStaticValueEdit(BasicParameter& parameter, const QVariant& value,
+                                                         const View& view)
+    : ParameterSnapshotEdit(&parameter), m_value(value), m_view(view) {}
+
+bool ParameterSetStaticValueEdit::applies() const {
+    return true;
+}
+
+bool ParameterSetStaticValueEdit::apply() {
+    Context context(Time(Time::INVALID), m_view);
+    if (!parameter() || !parameter()->splittable())
+        context.view = View(View::defaultViewId());
+    const detail::StateAt watch(*edited(), context);
+    edited()->setVariantValue(m_value, context);
+    return edited() && watch.hasChanged(*edited());
+}
+
+ParameterResetEdit::ParameterResetEdit(ParameterWithoutType& parameter, const Context& context)
+    : ParameterSnapshotEdit(&parameter), m_context(context) {}
+
+bool ParameterResetEdit::applies() const {
+    return true;
+}
+
+bool ParameterResetEdit::apply() {
+    const detail::StateAt watch(*parameter(), m_context);
+    parameter()->vReset(m_context);
+    return parameter() && watch.hasChanged(*parameter());
+}
+
+ParameterSplitViewEdit::ParameterSplitViewEdit(ParameterWithoutType& parameter, const View& view)
+    : ParameterSnapshotEdit(&parameter), m_view(view) {}
+
+bool ParameterSplitViewEdit::applies() const {
+    return parameter()->splittable();
+}
+
+bool ParameterSplitViewEdit::apply() {
+    const std::vector<View> views = parameter()->viewList();
+    parameter()->uniquifyView(m_view);
+    return parameter() && parameter()->viewList() != views;
+}
+
+ParameterDeleteViewEdit::ParameterDeleteViewEdit(ParameterWithoutType& parameter, const View& view)
+    : ParameterSnapshotEdit(&parameter), m_view(view) {}
+
+bool ParameterDeleteViewEdit::applies() const {
+    const std::vector<View>& views = parameter()->viewList();
+    return std::find(views.begin(), views.end(), m_view) != views.end();
+}
+
+bool ParameterDeleteViewEdit::apply() {
+    return parameter()->deleteView(m_view);
+}
+
+} // namespace Prm

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "prm/ParameterWithoutType.h"
+
+#include <boost/shared_ptr.hpp>
+
+#include <vector>
+
+namespace Prm {
+class SerialisedKeyframe;
+}
+
+namespace Prm::detail {
+
+using SerialisedKeyframes = std::vector<boost::shared_ptr<SerialisedKeyframe>>;
+
+/// The times of a view's keyframes, in order.
+std::vector<Time> keyframeTimes(const ParameterWithoutType& parameter, const View& view);
+
+/// The keyframes of a view at these times.
+SerialisedKeyframes serialised(const ParameterWithoutType& parameter, const View& view, const std::vector<Time>& times);
+
+/// Shifts a keyframe to exactly this time.
+void shiftTo(SerialisedKeyframe& keyframe, Time time);
+
+/// Imports keyframes, and once more those that the import of the next ones has shaped anew. Observers may destroy the
+/// parameter.
+void importAll(ParameterWithoutType& parameter, const SerialisedKeyframes& keyframes);
+
+/// Imports again whichever of these is not as it should be.
+void mendAll(ParameterWithoutType& parameter, const SerialisedKeyframes& keyframes);
+
+} // namespace Prm::detail

@@ -1,0 +1,67 @@
+#include "prm/detail/StateAt.h"
+
+#include "prm/SerialisedKeyframe.h"
+
+#include <QPointF>
+
+#include <algorithm>
+
+namespace Prm::detail {
+
+namespace {
+
+const ParameterWithoutType* animated(const BasicParameter& parameter) {
+    return qobject_cast<const ParameterWithoutType*>(&parameter);
+}
+
+/// The static value of a parameter with keyframes, and the own value of one that shows its master's, cannot be asked
+/// for.
+bool hidesItsStaticValue(const ParameterWithoutType& parameter, const Context& context) {
+    return parameter.masterParameter() || (parameter.keyframeCount(context.view) > 0 && !Frame(context).isValid());
+}
+
+} // namespace
+
+bool sameVariants(const QVariant& a, const QVariant& b) {
+    if (a.userType() != b.userType())
+        return false;
+    switch (a.userType()) {
+    case QMetaType::Double:
+        return a.toDouble() == b.toDouble();
+    case QMetaType::QPointF:
+        return a.toPointF().x() == b.toPointF().x() && a.toPointF().y() == b.toPointF().y();
+    default:
+        break;
+    }
+    if (a.userType() != qMetaTypeId<QVector<QVariant>>())
+        return a == b;
+    const auto left = a.value<QVector<QVariant>>();
+    const auto right = b.value<QVector<QVariant>>();
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(), sameVariants);
+}
+
+bool sameKeyframes(const SerialisedKeyframe* a, const SerialisedKeyframe* b) {
+    return a && b ? a->equals(*b) : !a && !b;
+}
+
+StateAt::StateAt(const BasicParameter& parameter, const Context& context)
+    : m_context(context), m_value(parameter.variantValue(context, std::nothrow)) {
+    const ParameterWithoutType* const own = animated(parameter);
+    if (!own)
+        return;
+    m_views = own->viewList();
+    if (context.time.isValid())
+        m_keyframe = own->getSerialisedKeyframe(context);
+}
+
+bool StateAt::hasChanged(const BasicParameter& parameter) const {
+    const StateAt now(parameter, m_context);
+    if (now.m_views != m_views || !sameKeyframes(now.m_keyframe.get(), m_keyframe.get()))
+        return true;
+    if (now.m_keyframe)
+        return false;
+    const ParameterWithoutType* const own = animated(parameter);
+    return (own && hidesItsStaticValue(*own, m_context)) || !sameVariants(now.m_value, m_value);
+}
+
+} // namespace Prm::detail

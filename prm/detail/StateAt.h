@@ -1,0 +1,38 @@
+#pragma once
+
+#include "prm/Context.h"
+#include "prm/ParameterWithoutType.h"
+
+#include <QVariant>
+#include <boost/shared_ptr.hpp>
+
+#include <vector>
+
+namespace Prm {
+class SerialisedKeyframe;
+}
+
+namespace Prm::detail {
+
+/// What a parameter holds in one place, as far as an edit of that place can change it.
+class StateAt {
+public:
+    StateAt(const BasicParameter& parameter, const Context& context);
+
+    /// Whether the parameter holds something else there now. True as well where that cannot be known.
+    bool hasChanged(const BasicParameter& parameter) const;
+
+private:
+    Context m_context;
+    std::vector<View> m_views;
+    boost::shared_ptr<SerialisedKeyframe> m_keyframe;
+    QVariant m_value;
+};
+
+/// Exactly the same, also where the comparison of variants is fuzzy.
+bool sameVariants(const QVariant& a, const QVariant& b);
+
+/// Whether both are none, or one like the other.
+bool sameKeyframes(const SerialisedKeyframe* a, const SerialisedKeyframe* b);
+
+} // namespace Prm::detail

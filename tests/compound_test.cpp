@@ -1,0 +1,332 @@
+#include "host/bsc/Hash.h"
+#include "prm/CompoundParameter.h"
+#include "prm/NumericParameter.h"
+#include "prm/ProjectFileVersion.h"
+#include "prm/SerialisedKeyframe.h"
+#include "tests/parameter/Keying.h"
+#include "tests/support/ChangeRecorder.h"
+#include "tests/support/Warnings.h"
+
+#include <QTextStream>
+#include <boost/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+using namespace Prm;
+using Number = NumericParameter<double>;
+using Values = QVector<QVariant>;
+
+namespace {
+
+/// Keyframes at 1 and 5, and at 5 and 9.
+struct Position {
+    explicit Position(bool together = false) : whole("position", together) {
+        key(*x, {{1, 1.}, {5, 2.}});
+        key(*y, {{5, 3.}, {9, 4.}});
+        whole.addParameter(x);
+        whole.addParameter(y);
+    }
+
+    std::string times(quint32 view = 0) const {
+        std::string text;
+        for (const Context& context : whole.allKeyframesTime(View(view)))
+            text += std::to_string(static_cast<int>(context.time.toDouble())) + " ";
+        return text;
+    }
+    std::string text(const QString& prefix = {}) const {
+        QString written;
+        QTextStream stream(&written);
+        EXPECT_TRUE(whole.streamOut(stream, prefix, true));
+        return written.toStdString();
+    }
+
+    boost::shared_ptr<Number> x{new Number("x")};
+    boost::shared_ptr<Number> y{new Number("y")};
+    CompoundParameter whole;
+};
+
+TEST(Compound, ItsKeyframesAreTheUnion) {
+    Position p;
+    key(*p.y, {{7, 0.}}, 2);
+    EXPECT_EQ(p.times(), "1 5 9 ");
+    EXPECT_EQ(p.times(2), "7 ");
+    EXPECT_EQ(p.whole.viewList(), (std::vector<View>{0, 2}));
+    EXPECT_EQ(p.whole.allKeyframes().size(), 4);
+    EXPECT_EQ(p.whole.keyframeTime(1, View(0)), at(5));
+    EXPECT_EQ(p.whole.keyframeTime(3, View(2)), at(0, 2));
+    EXPECT_TRUE(p.whole.isKeyframed() && p.whole.isSplit() && p.whole.splittable());
+    const std::tuple<double, bool, double, double, double> rows[] = {{0, false, -1, 1, 1}, {1, true, -1, 5, 1},
+                                                                     {3, false, 1, 5, 5},  {5, true, 1, 9, 5},
+                                                                     {9, true, 5, -1, 9},  {20, false, 9, -1, 9}};
+    for (const auto& [time, there, before, after, near] : rows) {
+        Context previous = at(-1);
+        Context next = at(-1);
+        Time nearest;
+        EXPECT_EQ(p.whole.bKeyframeAt(Context::Explicit(at(time))), there) << time;
+        EXPECT_EQ(p.whole.bPreviousKeyframe(at(time), previous), before >= 0) << time;
+        EXPECT_EQ(p.whole.bNextKeyframe(at(time), next), after >= 0) << time;
+        EXPECT_TRUE(p.whole.bNearestKeyframeTime(at(time), nearest)) << time;
+        EXPECT_EQ(previous, at(before)) << time;
+        EXPECT_EQ(next, at(after)) << time;
+        EXPECT_EQ(nearest, Time::fromDouble(near)) << time;
+    }
+    EXPECT_EQ(CompoundParameter().viewList(), std::vector<View>{0});
+    EXPECT_EQ(CompoundParameter().keyframeCount(View(0)), 0u);
+}
+
+/// Says nothing of its revisions.
+struct Uncounted : Number {
+    Uncounted() : ParameterWithoutType(false, false, nullptr), Number("uncounted") {}
+    quint64 keyframeRevision() const override { return 0; }
+};
+
+TEST(Compound, TheUnionFollowsWhatIsNeverTold) {
+    const std::pair<const char*, std::function<void(Position&)>> rows[] = {
+        {"3 5 7 9 ", [](Position& p) { p.x->adjustKeyframesTime([](Time t) { return t + 2.; }); }},
+        {"1 5 9 12 ",
+         [](Position& p) {
+             p.whole.subparametersNotification(false);
+             key(*p.x, {{12, 0.}});
+         }},
+        {"5 9 ",
+         [](Position& p) {
+             p.x->blockSignals(true);
+             p.x->vDeleteAllKeyframes(View(0));
+         }},
+        {"1 5 ",
+         [](Position& p) {
+             p.y.reset(new Number);
+             p.whole.clearAllLists();
+             p.whole.addParameter(p.x);
+         }},
+        {"2 ",
+         [](Position& p) {
+             p.x->assignFrom(Number());
+             p.y->clearViewData();
+             p.x->vSetValue(1, at(2));
+         }},
+        {"1 5 9 30 ",
+         [](Position& p) {
+             static Uncounted uncounted;
+             p.whole.addParameter(uncounted);
+             EXPECT_EQ(p.times(), "1 5 9 ");
+             key(uncounted, {{30, 1.}});
+         }},
+        {"1 4 5 9 ",
+         [](Position& p) {
+             static Position inner;
+             p.whole.addParameter(inner.whole);
+             EXPECT_EQ(p.times(), "1 5 9 ");
+             key(*inner.x, {{4, 0.}});
+         }},
+    };
+    for (const auto& [expected, act] : rows) {
+        Position p;
+        EXPECT_EQ(p.times(), "1 5 9 ");
+        act(p);
+        EXPECT_EQ(p.times(), expected);
+    }
+}
+
+TEST(Compound, SendsWhatItsSubparametersSend) {
+    const auto heard = [](bool together, const std::function<void(Position&)>& act) {
+        Position p(together);
+        ChangeRecorder recorder;
+        QObject::connect(&p.whole, &CompoundParameter::changed, &recorder, &ChangeRecorder::onChanged);
+        act(p);
+        return recorder.take();
+    };
+    const auto addsAt4 = [](Position& p) { p.x->iAddKeyframe(at(4)); };
+    EXPECT_EQ(heard(false, addsAt4), "KEYFRAME_ADDED 1 0\n");
+    EXPECT_EQ(heard(true, addsAt4), "KEYFRAME_ADDED 1 0\nKEYFRAME_ADDED 1 0\n") << "the inner one first";
+    EXPECT_EQ(heard(false, [](Position& p) { p.x->vSetValue(8, at(5)); }), "KEYFRAME_CHANGED_VALUE 1 0\n");
+    EXPECT_EQ(heard(false, [](Position& p) { p.x->vDeleteKeyframe(Context::Explicit(at(5))); }),
+              "KEYFRAME_REMOVED 1 0\n");
+    EXPECT_EQ(heard(true, [](Position& p) { p.x->vDeleteKeyframe(Context::Explicit(at(5))); }),
+              "KEYFRAME_REMOVED 1 0\n");
+    EXPECT_EQ(heard(false, [](Position& p) { p.y->vDeleteKeyframe(Context::Explicit(at(9))); }),
+              "KEYFRAME_REMOVED -1 0\n");
+    EXPECT_EQ(heard(false, [](Position& p) { p.y->uniquifyView(View(3)); }), "VALUE_CHANGED 0 3\n");
+    EXPECT_EQ(heard(true,
+                    [](Position& p) {
+                        p.y->hide(true);
+                        p.y->vSetExtrapolationAfter(Extrapolation::Linear);
+                    }),
+              "");
+    EXPECT_EQ(heard(true,
+                    [](Position& p) {
+                        Number fixed("fixed", 0, Splittable);
+                        p.whole.addParameter(fixed);
+                        fixed.vSetValue(3, at(7));
+                    }),
+              "KEYFRAME_CHANGED_VALUE -1 0\n");
+
+    Position p;
+    QList<unsigned int> forwarded;
+    QObject::connect(&p.whole, &CompoundParameter::changed, [&](ParameterChange& change) {
+        forwarded = change.getAffectedIndices() ? *change.getAffectedIndices() : forwarded;
+    });
+    QList<unsigned int> moved{1, 0};
+    ParameterChange::keyframeMoved(*p.y, moved, View(0));
+    EXPECT_EQ(forwarded, (QList<unsigned int>{2, 2}));
+}
+
+TEST(Compound, KeysItsPartsTogether) {
+    Position p(true);
+    p.x->iAddKeyframe(at(4));
+    EXPECT_EQ(p.y->keyframeCount(View(0)), 3u);
+    EXPECT_EQ(p.y->keyframeValue(0, View(0)), 3);
+    p.y->enableNotifications(ParameterChange::VIEW_ADDED, false);
+    p.x->vDeleteKeyframe(Context::Explicit(at(4)));
+    EXPECT_FALSE(p.y->bKeyframeAt(Context::Explicit(at(4))));
+    EXPECT_TRUE(p.y->notificationsEnabled(ParameterChange::VIEW_ADDED)) << "all are on afterwards";
+    EXPECT_EQ(p.whole.iAddKeyframe(at(6)), 2);
+    EXPECT_EQ(p.whole.iAddKeyframe(at(6)), -1);
+    p.whole.vDeleteAllKeyframes(View(0));
+    EXPECT_EQ(p.times(), "");
+}
+
+/// Throws when it loses a keyframe.
+struct Throwing : Number {
+    Throwing() : ParameterWithoutType(false, false, nullptr), Number("throwing") {}
+    void vDeleteKeyframe(const Context::Explicit&) override { throw std::runtime_error("kept"); }
+};
+
+TEST(Compound, WhatThrowsWhileKeysGoTogetherLeavesNothingSwitchedOff) {
+    Position p(true);
+    Throwing throwing;
+    p.whole.addParameter(throwing);
+    EXPECT_THROW(p.x->vDeleteKeyframe(Context::Explicit(at(5))), std::runtime_error);
+    EXPECT_TRUE(p.x->notificationsEnabled(ParameterChange::KEYFRAME_ADDED));
+}
+
+TEST(Compound, ItsValueIsTheListOfValues) {
+    Position p;
+    const auto numbers = [&] { return p.whole.variantValue(at(5)).value<Values>(); };
+    EXPECT_EQ(numbers(), (Values{2., 3.}));
+    p.whole.setVariantValue(QVariant::fromValue(Values{7., 8.}), at(5));
+    EXPECT_EQ(numbers(), (Values{7., 8.}));
+    p.whole.setVariantValue(QVariantList{1, 2}, at(5));
+    EXPECT_EQ(numbers(), (Values{1., 2.}));
+    const std::pair<QVariant, const char*> rows[] = {
+        {4.5, "virtual void Prm::CompoundParameter::setVariantValue(const QVariant&, const Prm::Context&) : wrong "
+              "value type.\n"},
+        {QVariant(), "virtual void Prm::CompoundParameter::setVariantValue(const QVariant&, const Prm::Context&) : "
+                     "wrong value type.\n"},
+        {QVariantList{1, 2, 3},
+         "CompoundParameter::setVariantValue() number of parameters is not the same as values.\n"},
+    };
+    for (const auto& [value, warning] : rows) {
+        const Warnings warnings;
+        p.whole.setVariantValue(value, at(5));
+        EXPECT_EQ(Warnings::text().toStdString(), warning);
+        EXPECT_EQ(numbers(), (Values{1., 2.}));
+    }
+    EXPECT_EQ(p.whole.qMetaType(), QMetaType::type("Prm::CompoundParameter"));
+    EXPECT_EQ(QMetaType::type("QVector< QVariant >"), qMetaTypeId<Values>());
+    EXPECT_TRUE(p.whole.variantValue(at(5)).canConvert<QVariantList>());
+    Bsc::Hash hash;
+    p.whole.calculateHash(hash, at(5));
+    EXPECT_EQ(hash.result(), Bsc::Hash().result());
+}
+
+TEST(Compound, IsAGroupInText) {
+    Position p;
+    p.x->vDeleteAllKeyframes(View(0));
+    p.y->vDeleteAllKeyframes(View(0));
+    const ProjectFileVersion version("");
+    EXPECT_TRUE(p.whole.setFromScriptString("position.x.value=6", version));
+    EXPECT_TRUE(p.whole.setFromScriptString("position.hidden=1", version));
+    EXPECT_FALSE(p.whole.setFromScriptString("position.name=\"x\"", version));
+    EXPECT_FALSE(p.whole.setFromScriptString("position.z.value=1", version));
+    EXPECT_FALSE(p.whole.setFromScriptString("x.value=1", version));
+    EXPECT_EQ(p.text("set."),
+              "set.position.x.value=6\nset.position.x.before=Constant\nset.position.x.after=Constant\n"
+              "set.position.y.value=0\nset.position.y.before=Constant\nset.position.y.after=Constant\n");
+    p.whole.addAdditionalScriptName("old", [](const QString& text) { return text + "5"; });
+    EXPECT_TRUE(p.whole.setFromScriptString("old.y.value=2", version));
+    EXPECT_EQ(p.y->staticValue(View(0)), 25);
+    p.whole.setScriptName("");
+    EXPECT_TRUE(p.whole.setFromScriptString("x.value=1", version));
+    EXPECT_EQ(p.text("set.").substr(0, 14), "set.x.value=1\n");
+}
+
+TEST(Compound, ItsKeyframesTravelAsOne) {
+    Position p;
+    key(*p.x, {{9, 5.}});
+    EXPECT_EQ(p.whole.getSerialisedKeyframe(at(2)), nullptr);
+    const auto taken = p.whole.getSerialisedKeyframe(at(5));
+    EXPECT_EQ(taken->toString(),
+              "x.keyframes.append( Key( 5, 2, Linear ) )\ny.keyframes.append( Key( 5, 3, Linear ) )");
+    const auto read = p.whole.getSerialisedKeyframe(Context(Context::INVALID_TIME));
+    read->setFromString("view[1].y.keyframes.append( Key( 5, 8, Linear ) )");
+    EXPECT_EQ(read->context(), at(5, 1));
+    EXPECT_THROW(read->setFromString("z.keyframes.append( Key( 5, 8, Linear ) )"), std::runtime_error);
+    read->adjustTime(2);
+    EXPECT_FALSE(read->equals(*taken));
+    p.whole.importKeyframe(*read);
+    EXPECT_EQ(p.times(1), "7 ");
+    EXPECT_THROW(p.whole.importKeyframe(*p.x->getSerialisedKeyframe(at(5))), std::bad_cast);
+    EXPECT_THROW(p.x->importKeyframe(*taken), std::bad_cast);
+}
+
+TEST(Compound, SnapshotsGoByPosition) {
+    Position p;
+    const auto snapshot = p.whole.exportState();
+    const std::string before = p.text();
+    p.whole.vDeleteAllKeyframes(View(0));
+    Number third("third", 3);
+    p.whole.addParameter(third);
+    p.whole.doImportState(nullptr);
+    p.whole.doImportState(p.x->exportState());
+    EXPECT_EQ(p.times(), "");
+    Bsc::importState(p.whole, snapshot);
+    EXPECT_EQ(p.text().substr(0, before.size()), before);
+}
+
+TEST(Compound, NamesAreThoseOfBothSides) {
+    CompoundParameter compound("a b");
+    EXPECT_EQ(compound.scriptName(), "a_b");
+    compound.setScriptName("c");
+    compound.setDisplayName("Name", "Anzeige");
+    EXPECT_EQ(compound.displayName(), "Anzeige");
+    const ParameterSet& set = compound;
+    const ParameterWithoutType& parameter = compound;
+    EXPECT_EQ(set.scriptName(), parameter.scriptName());
+    EXPECT_EQ(set.displayName(), parameter.displayName());
+    CompoundParameter other("other", true);
+    compound.assignFrom(other);
+    EXPECT_TRUE(compound.keyframeTogether());
+    EXPECT_EQ(set.scriptName(), "other");
+}
+
+TEST(Compound, ContainsNoCircleAndDiesInPeace) {
+    auto outer = boost::make_shared<CompoundParameter>("outer", true);
+    auto inner = boost::make_shared<CompoundParameter>("inner", true);
+    outer->addParameter(inner);
+    {
+        const Warnings warnings;
+        inner->addParameter(*outer);
+        inner->addParameter(*inner);
+        EXPECT_EQ(Warnings::text().count("cannot be a part of it"), 2);
+    }
+    EXPECT_TRUE(inner->subparameters().isEmpty());
+    auto x = boost::make_shared<Number>("x");
+    inner->addParameter(x);
+    x->vSetValue(1, at(3));
+    EXPECT_EQ(outer->keyframeCount(View(0)), 1u);
+    ChangeRecorder recorder;
+    outer->attachObserver(&recorder, SLOT(onChanged(Prm::ParameterChange&)));
+    recorder.then = [&](ParameterChange& change) {
+        if (change.type == ParameterChange::KEYFRAME_ADDED)
+            outer.reset();
+    };
+    x->vSetValue(1, at(4));
+    EXPECT_EQ(outer, nullptr);
+    recorder.then = nullptr;
+    inner.reset();
+    x->vSetValue(1, at(5));
+}
+
+} // namespace

@@ -1,0 +1,376 @@
+#include "tests/edits/World.h"
+#include "tests/support/Allocations.h"
+#include "tests/support/ChangeRecorder.h"
+
+#include <gtest/gtest.h>
+#include <rapidcheck.h>
+
+#include <functional>
+#include <new>
+#include <sstream>
+
+using namespace Prm;
+using Command = std::unique_ptr<Bsc::Command>;
+
+namespace {
+
+struct Row {
+    const char* name;
+    std::function<Bsc::Command*(World&)> make;
+    /// Whose changes are heard, and those of doing and of undoing it, by their initials.
+    ParameterWithoutType* (*heard)(World&);
+    const char* whenDone;
+    const char* whenUndone;
+};
+
+ParameterWithoutType* number(World& w) {
+    return w.number.get();
+}
+ParameterWithoutType* plain(World& w) {
+    return w.plain.get();
+}
+ParameterWithoutType* tied(World& w) {
+    return w.tied.get();
+}
+ParameterWithoutType* x(World& w) {
+    return w.x.get();
+}
+
+template <class Edit, class... More> auto edit(World::Shared<World::Number> World::*which, More... more) {
+    return [=](World& w) -> Bsc::Command* { return new Edit(*(w.*which), more...); };
+}
+
+template <class Build> auto built(const Build& build) {
+    return [=](World& w) -> Bsc::Command* {
+        auto command = std::make_unique<Bsc::CompositeCommand>();
+        build(w, *command);
+        return command.release();
+    };
+}
+
+const auto allViews = [] { return AnimationState(AnimationFlags(4)); };
+const QString pasted = "view[2].keyframes.append( Key( 1, 5, Linear ) )\nkeyframes.append( Key( 10, 8, Constant ) )\n";
+
+/// What each edit sends: A(dded), V(alue), R(emoved), I(nterpolation), B(efore), F(after), P(arameter assigned),
+/// S(tatic value), N(ew view), D(eleted view), C(leared), E(reset), M(oved), H(idden), L(ocked).
+const Row rows[] = {
+    {"adds a keyframe", edit<ParameterAddKeyEdit>(&World::number, at(4)), number, "A", "P"},
+    {"adds one to a new view", edit<ParameterAddKeyEdit>(&World::number, at(4, 3)), number, "NA", "P"},
+    {"deletes a keyframe", edit<ParameterDeleteKeyEdit>(&World::number, Context::Explicit(at(10))), number, "R", "P"},
+    {"deletes the last one", edit<ParameterDeleteKeyEdit>(&World::number, Context::Explicit(at(5, 1))), number, "R",
+     "P"},
+    {"deletes all", edit<ParameterDeleteAllKeysEdit>(&World::number, View(0)), number, "C", "P"},
+    {"sets a kind", edit<ParameterInterpolationEdit>(&World::number, Interpolation::Constant, at(0)), number, "I", "P"},
+    {"sets a shape", edit<ParameterInterpolationDataEdit>(&World::number, IType(Interpolation::Linear), 0u, View(0)),
+     number, "I", "P"},
+    {"sets before", edit<ParameterExtrapolationBeforeEdit>(&World::number, Extrapolation::Linear), number, "B", "B"},
+    {"sets after", edit<ParameterExtrapolationAfterEdit>(&World::number, Extrapolation::Linear), number, "F", "F"},
+    {"sets after of a tied one", edit<ParameterExtrapolationAfterEdit>(&World::tied, Extrapolation::Linear), tied, "F",
+     "P"},
+    {"hides", edit<ParameterWithoutTypeHideEdit>(&World::number, true), number, "H", "H"},
+    {"locks", edit<ParameterWithoutTypeLockEdit>(&World::number, true), number, "L", "L"},
+    {"sets a value", edit<ParameterSetValueEdit>(&World::number, QVariant(8), at(10)), number, "V", "P"},
+    {"keys a value", edit<ParameterSetValueEdit>(&World::number, QVariant(8), at(11)), number, "AV", "P"},
+    {"sets one without keyframes", edit<ParameterSetValueEdit>(&World::plain, QVariant(8), at(11, 1)), plain, "NS",
+     "P"},
+    {"sets a static value", edit<ParameterSetStaticValueEdit>(&World::number, QVariant(8), View(0)), number, "S", "P"},
+    {"sets a text", [](World& w) { return new ParameterSetStaticValueEdit(*w.text, QString("new")); }, number, "", ""},
+    {"resets at a keyframe", edit<ParameterResetEdit>(&World::number, at(10)), number, "R", "P"},
+    {"resets a static value", edit<ParameterResetEdit>(&World::plain, still()), plain, "E", "P"},
+    {"splits a view", edit<ParameterSplitViewEdit>(&World::number, View(4)), number, "NS", "P"},
+    {"deletes a view", edit<ParameterDeleteViewEdit>(&World::number, View(0)), number, "D", "P"},
+    {"moves a keyframe", edit<MoveKeyframeEdit>(&World::number, at(10), at(12)), number, "RAVII", "P"},
+    {"moves one onto another", edit<MoveKeyframeEdit>(&World::number, at(0), at(10)), number, "RVII", "P"},
+    {"moves the only one", edit<MoveKeyframeEdit>(&World::number, at(5, 1), at(6, 1)), number, "RAVII", "P"},
+    {"shifts all", edit<ParameterRetimeEdit>(&World::number, Retiming::shifted(0.1)), number, "MM", "P"},
+    {"scales some",
+     edit<ParameterRetimeEdit>(&World::number,
+                               Retiming::scaled(0.5, Time::fromInt(20)).between(Time::fromInt(6), Time::fromInt(20))),
+     number, "M", "P"},
+    {"shifts past another",
+     edit<ParameterRetimeEdit>(&World::number, Retiming::shifted(15).between(Time(), Time::fromInt(5))), number,
+     nullptr, "P"},
+    {"scales onto one time", edit<ParameterRetimeEdit>(&World::number, Retiming::scaled(1e-300, Time::fromInt(10))),
+     number, nullptr, "P"},
+    {"pastes", edit<ParameterPasteKeyframesEdit>(&World::number, pasted), number, nullptr, "P"},
+    {"pastes elsewhere", edit<ParameterPasteKeyframesEdit>(&World::number, pasted, Time::fromDouble(0.25), View(1)),
+     number, nullptr, "P"},
+    {"constrains", [](World& w) { return new ParameterAddConstrainedParameterEdit(*w.plain, *w.tied); }, tied, "", "P"},
+    {"frees", edit<ParameterWithoutTypeUnconstrainEdit>(&World::tied), tied, "P", "P"},
+    {"moves those of a compound", [](World& w) { return new MoveKeyframeEdit(*w.position, at(6), at(7)); }, x, nullptr,
+     "P"},
+    {"shifts a compound",
+     [](World&
+            w) { return new ParameterRetimeEdit(*w.position, Retiming::shifted(3).between(Time(), Time::fromInt(6))); },
+     x, nullptr, "P"},
+    {"sets before of a compound",
+     [](World& w) { return new ParameterExtrapolationBeforeEdit(*w.position, Extrapolation::Linear); }, x, "B", "P"},
+    {"keys a compound", [](World& w) { return new ParameterAddKeyEdit(*w.position, at(3)); }, x, "A", "P"},
+    {"moves those of a set", built([](World& w, Bsc::CompositeCommand& c) {
+         MoveKeyframeEdit::appendToCommand(*w.set, Frame::fromInt(0), Frame::fromInt(3), c);
+     }),
+     number, "RAVII", "P"},
+    {"shifts a set", built([](World& w, Bsc::CompositeCommand& c) {
+         ParameterRetimeEdit::appendToCommand(*w.set, Retiming::shifted(7), c);
+     }),
+     number, "MM", "P"},
+    {"one of each builder", built([](World& w, Bsc::CompositeCommand& c) {
+         ParameterWithoutType& p = *w.number;
+         p.vAddKeyframeCommand(Context::Explicit(at(3)), c);
+         p.vAddKeyframeCommand(Frame::fromInt(5), allViews(), c);
+         p.vSetInterpolationCommand(Interpolation::Constant, at(3), c);
+         p.vSetInterpolationDataCommand(c, IType(Interpolation::Linear), {&p, View(0), 0});
+         p.vSetExtrapolationBeforeCommand(Extrapolation::Linear, c);
+         p.vSetExtrapolationAfterCommand(Extrapolation::Linear, c);
+         p.createKeyframeDeletion(Context::Explicit(at(10)), c);
+         p.createKeyframeDeletion(Frame::fromInt(20), allViews(), c);
+         p.hideCommand(true, c);
+         p.setLockedCommand(true, c);
+         p.bAddConstrainedParameterCommand(w.plain.get(), c);
+         w.master->bRemoveConstrainedParameterCommand(w.tied.get(), c);
+         w.second->bUnconstrainCommand(c);
+         p.vDeleteAllKeyframesCommand(View(0), c);
+         EXPECT_GE(c.size(), 13u) << "one fewer where it is free already";
+     }),
+     number, "AAIIBFRRHLC", "PLHPPFBPPPP"},
+};
+
+std::string initials(const std::string& lines) {
+    static const std::pair<const char*, char> letters[] = {{"KEYFRAME_ADDED", 'A'},
+                                                           {"KEYFRAME_REMOVED", 'R'},
+                                                           {"KEYFRAME_CHANGED_VALUE", 'V'},
+                                                           {"KEYFRAME_CHANGED_INTERPOLATION", 'I'},
+                                                           {"PARAMETER_CHANGED_EXTRAPOLATION_BEFORE", 'B'},
+                                                           {"PARAMETER_CHANGED_EXTRAPOLATION_AFTER", 'F'},
+                                                           {"PARAMETER_ASSIGNED", 'P'},
+                                                           {"VIEW_RESET", 'E'},
+                                                           {"VIEW_CLEARED", 'C'},
+                                                           {"VALUE_CHANGED", 'S'},
+                                                           {"KEYFRAME_MOVED", 'M'},
+                                                           {"VIEW_ADDED", 'N'},
+                                                           {"VIEW_REMOVED", 'D'},
+                                                           {"PARAMETER_HIDDEN_CHANGED", 'H'},
+                                                           {"PARAMETER_LOCKED_CHANGED", 'L'}};
+    std::string found;
+    std::istringstream stream(lines);
+    for (std::string line; std::getline(stream, line);) {
+        for (const auto& [type, letter] : letters)
+            found += line.rfind(std::string(type) + ' ', 0) == 0 ? std::string(1, letter) : std::string();
+    }
+    return found;
+}
+
+TEST(Edits, ComeBackExactlyAndAreTold) {
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        World world;
+        const std::string before = world.state();
+        ChangeRecorder heard(row.heard(world));
+        const Command command(row.make(world));
+        command->doIt();
+        const std::string after = world.state();
+        EXPECT_NE(after, before);
+        const std::string told = initials(heard.lines);
+        EXPECT_EQ(told, row.whenDone ? row.whenDone : told);
+        heard.take();
+        command->undoIt();
+        EXPECT_EQ(world.state(), before);
+        EXPECT_EQ(initials(heard.take()), row.whenUndone);
+        command->doIt();
+        EXPECT_EQ(world.state(), after);
+        command->undoIt();
+        EXPECT_EQ(world.state(), before);
+    }
+}
+
+/// Does it again and again, each time with another failure, until it comes through; each failure changes nothing.
+void expectAllOrNothing(World& world, const std::function<void()>& act, const std::function<void(int)>& arm) {
+    const std::string before = world.state();
+    for (int n = 1; n < 2000; ++n) {
+        arm(n);
+        try {
+            act();
+            arm(0);
+            return;
+        } catch (const std::bad_alloc&) {
+            arm(0);
+            EXPECT_EQ(world.state(), before) << "failure " << n;
+        }
+    }
+    ADD_FAILURE() << "never came through";
+}
+
+void expectAllOrNothing(const Row& row, World& world, const std::function<void(int)>& arm) {
+    SCOPED_TRACE(row.name);
+    const Command command(row.make(world));
+    expectAllOrNothing(
+        world, [&] { command->doIt(); }, arm);
+    expectAllOrNothing(
+        world, [&] { command->undoIt(); }, arm);
+}
+
+TEST(Edits, AnObserverThatThrowsLeavesThingsAsTheyWere) {
+    for (const Row& row : rows) {
+        World world;
+        int left = 0;
+        ChangeRecorder heard(row.heard(world));
+        heard.then = [&](const ParameterChange&) {
+            if (left > 0 && --left == 0)
+                throw std::bad_alloc();
+        };
+        expectAllOrNothing(row, world, [&](int n) { left = n; });
+    }
+}
+
+TEST(Edits, AFailedAllocationLeavesThingsAsTheyWere) {
+    if (!Allocations::areCounted())
+        GTEST_SKIP() << "allocations are not counted in this build";
+    for (const Row& row : rows) {
+        World world;
+        expectAllOrNothing(row, world, Allocations::failAt);
+    }
+}
+
+TEST(Edits, OfADeadParameterDoNothingAndSaySo) {
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        auto world = std::make_unique<World>();
+        const Command fresh(row.make(*world));
+        const Command done(row.make(*world));
+        EXPECT_FALSE(fresh->usageLogInfo().contains("deleted"));
+        done->doIt();
+        world.reset();
+        fresh->doIt();
+        done->undoIt();
+        EXPECT_TRUE(fresh->usageLogInfo().contains(" (deleted)")) << fresh->usageLogInfo().toStdString();
+    }
+}
+
+TEST(Edits, ThatChangeNothingAreSilentBothWays) {
+    using N = World::Shared<World::Number> World::*;
+    const N n = &World::number;
+    const N p = &World::plain;
+    const IType shape(Interpolation::Bezier, 0.2, 0.3, 0.7, 1.5);
+    const Row silent[] = {
+        {"a keyframe that is there", edit<ParameterAddKeyEdit>(n, at(10)), number, "", ""},
+        {"no keyframes at all", edit<ParameterAddKeyEdit>(p, at(10)), plain, "", ""},
+        {"deletes none", edit<ParameterDeleteKeyEdit>(n, Context::Explicit(at(11))), number, "", ""},
+        {"deletes those of another view", edit<ParameterDeleteAllKeysEdit>(n, View(3)), number, "", ""},
+        {"the same shape", edit<ParameterInterpolationDataEdit>(n, shape, 0u, View(0)), number, "I", ""},
+        {"a shape of none", edit<ParameterInterpolationDataEdit>(n, shape, 3u, View(0)), number, "", ""},
+        {"extrapolates nothing", edit<ParameterExtrapolationAfterEdit>(p, Extrapolation::Linear), plain, "", ""},
+        {"is visible already", edit<ParameterWithoutTypeHideEdit>(n, false), number, "", ""},
+        {"the same value", edit<ParameterSetValueEdit>(n, QVariant(2.), at(10)), number, "", ""},
+        {"the same static value", edit<ParameterSetValueEdit>(p, QVariant(3.), at(10)), plain, "", ""},
+        {"resets between keyframes", edit<ParameterResetEdit>(n, at(11)), number, "", ""},
+        {"splits a view again", edit<ParameterSplitViewEdit>(n, View(1)), number, "", ""},
+        {"deletes a view without data", edit<ParameterDeleteViewEdit>(n, View(3)), number, "", ""},
+        {"moves none", edit<MoveKeyframeEdit>(n, at(11), at(12)), number, "", ""},
+        {"moves to no time", edit<MoveKeyframeEdit>(n, at(10), still()), number, "", ""},
+        {"moves behind the end", edit<MoveKeyframeEdit>(n, at(10), Context(Time::LAST)), number, "", ""},
+        {"shifts behind the end", edit<ParameterRetimeEdit>(n, Retiming::shifted(3e9)), number, "", ""},
+        {"scales backwards", edit<ParameterRetimeEdit>(n, Retiming::scaled(-1)), number, "", ""},
+        {"pastes what is there", edit<ParameterPasteKeyframesEdit>(p, pasted), plain, "", ""},
+        {"constrains again", [](World& w) { return new ParameterAddConstrainedParameterEdit(*w.master, *w.tied); },
+         tied, "", ""},
+        {"frees the free", edit<ParameterWithoutTypeUnconstrainEdit>(n), number, "", ""},
+    };
+    for (const Row& row : silent) {
+        SCOPED_TRACE(row.name);
+        World world;
+        const std::string before = world.state();
+        ChangeRecorder heard(row.heard(world));
+        const Command command(row.make(world));
+        command->doIt();
+        EXPECT_EQ(initials(heard.take()), row.whenDone);
+        command->undoIt();
+        EXPECT_EQ(initials(heard.take()), row.whenUndone);
+        EXPECT_EQ(world.state(), before);
+    }
+}
+
+/// What a host keeps: commands, of which the first `done` are done, and the state before each and after the last.
+struct History {
+    std::vector<Command> commands;
+    std::vector<std::string> states;
+    std::size_t done = 0;
+
+    void step(World& world, std::size_t choice) {
+        const std::size_t count = std::size(rows);
+        if (choice < count) {
+            commands.resize(done);
+            states.resize(done + 1);
+            commands.emplace_back(rows[choice].make(world));
+            commands[done++]->doIt();
+            states.push_back(world.state());
+        } else if (choice % 2 == 0 && done > 0) {
+            commands[--done]->undoIt();
+        } else if (choice % 2 == 1 && done < commands.size()) {
+            commands[done++]->doIt();
+        }
+    }
+};
+
+TEST(Edits, RandomStepsOfDoingUndoingAndRedoing) {
+    const auto property = [] {
+        World world;
+        History history;
+        history.states.push_back(world.state());
+        const auto choice = rc::gen::inRange<std::size_t>(0, 3 * std::size(rows));
+        for (const std::size_t one : *rc::gen::container<std::vector<std::size_t>>(choice)) {
+            history.step(world, one);
+            RC_ASSERT(world.state() == history.states[history.done]);
+        }
+    };
+    rc::detail::TestParams params;
+    params.seed = 5;
+    const auto result = rc::detail::checkTestable(property, rc::detail::TestMetadata(), params);
+    std::ostringstream text;
+    rc::detail::printResultMessage(result, text);
+    EXPECT_TRUE(result.template is<rc::detail::SuccessResult>()) << text.str();
+}
+
+TEST(Edits, RetimingAndPastingDoWhatTheySay) {
+    const auto after = [](const std::function<Bsc::Command*(World&)>& make, quint32 view) {
+        World world;
+        const Command command(make(world));
+        command->doIt();
+        std::string text;
+        for (unsigned i = 0; i < world.number->keyframeCount(View(view)); ++i) {
+            const auto keyframe = world.number->keyframe(i, View(view));
+            text += QString("%1=%2%3 ")
+                        .arg(keyframe.time.toDouble())
+                        .arg(keyframe.value)
+                        .arg(keyframe.interpolationData.y2 > 0 ? "b" : "")
+                        .toStdString();
+        }
+        return text + QString::number(world.number->staticValue(View(view))).toStdString();
+    };
+    const auto retimed = [&](const Retiming& retiming) {
+        return after(edit<ParameterRetimeEdit>(&World::number, retiming), 0);
+    };
+    const Time six = Time::fromInt(6);
+    EXPECT_EQ(retimed(Retiming::shifted(0.1)), "0.1=1b 10.1=2 20.1=4 9");
+    EXPECT_EQ(retimed(Retiming::shifted(-1e9 - 0.1)), "-1e+09=1b -1e+09=2 -1e+09=4 9");
+    EXPECT_EQ(retimed(Retiming::scaled(2, six)), "-6=1b 14=2 34=4 9");
+    EXPECT_EQ(retimed(Retiming::shifted(20).between(Time(), six)), "10=2 20=1b 9")
+        << "takes the place of one that stays";
+    EXPECT_EQ(retimed(Retiming::shifted(12).between(Time(), six)), "10=2 12=1b 20=4 9") << "passes one";
+    EXPECT_EQ(retimed(Retiming::scaled(1e-300, six)), "6=4 9") << "the last of several is left, the static value stays";
+    EXPECT_EQ(after(edit<ParameterPasteKeyframesEdit>(&World::number, pasted), 2), "1=5 0");
+    EXPECT_EQ(after(edit<ParameterPasteKeyframesEdit>(&World::number, pasted, six, View(1)), 1), "5=7 6=5 15=8 0");
+
+    World world;
+    const QString text = ParameterPasteKeyframesEdit::textOf(*world.number, View(0), Time(), Time::fromInt(10));
+    EXPECT_EQ(text, "keyframes.append( BezierKey( 0, 1, 0.2, 0.3, 0.7, 1.5 ) )\n"
+                    "keyframes.append( BezierKey( 10, 2, 0, 0, 0, 0 ) )\n");
+    const std::string before = world.state();
+    for (const char* bad :
+         {"keyframes.append( Key( 1, 5 ) )", "value=3", "keyframes.append( Key( 1e99, 5, Linear ) )"}) {
+        ParameterPasteKeyframesEdit edit(*world.number, text + bad);
+        EXPECT_THROW(edit.doIt(), std::runtime_error) << bad;
+        EXPECT_EQ(world.state(), before);
+    }
+}
+
+} // namespace

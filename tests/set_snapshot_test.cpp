@@ -1,0 +1,160 @@
+#include "prm/CompoundParameter.h"
+#include "prm/NumericParameter.h"
+#include "prm/ParameterSet.h"
+#include "prm/StaticParameter.h"
+#include "tests/parameter/Keying.h"
+
+#include <boost/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+
+using namespace Prm;
+using Number = NumericParameter<double>;
+
+namespace {
+
+/// Counts what it is told of restoring.
+struct Counting : Number {
+    explicit Counting(int& restored)
+        : ParameterWithoutType(false, false, nullptr), Number("counting"), m_restored(restored) {}
+    void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override {
+        EXPECT_TRUE(isImporting());
+        Number::doImportState(snapshot);
+    }
+    void postImportState() override {
+        EXPECT_FALSE(isImporting());
+        ++m_restored;
+    }
+    int& m_restored;
+};
+
+struct Tree {
+    Tree() {
+        root.addParameter(top);
+        root.addParameter(*position);
+        position->addParameter(part);
+        root.addBasicParameter(text);
+        root.addParameterSet(below);
+        below->addParameterSet(bottom);
+        bottom->addParameter(deep);
+        key(*deep, {{1, 1.}});
+        key(*part, {{2, 2.}});
+        top->vSetValue(3, at(3));
+    }
+    std::string state() const {
+        return QString("%1 %2 %3 %4 %5 %6")
+            .arg(root.scriptName(), root.displayName())
+            .arg(top->value(at(9)))
+            .arg(deep->value(at(9)))
+            .arg(part->value(at(9)))
+            .arg(text.value())
+            .toStdString();
+    }
+    void change() {
+        root.setScriptName("other");
+        root.setDisplayName("Other", "Anders");
+        for (const auto& number : {top, part})
+            key(*number, {{9, 8.}});
+        key(*deep, {{9, 8.}});
+        text.setValue("new");
+    }
+    int restored = 0;
+    ParameterSet root{"root"};
+    boost::shared_ptr<ParameterSet> below{new ParameterSet("below")};
+    boost::shared_ptr<ParameterSet> bottom{new ParameterSet("bottom")};
+    boost::shared_ptr<Number> top{new Number("top")};
+    boost::shared_ptr<Number> part{new Number("part")};
+    boost::shared_ptr<Counting> deep{new Counting(restored)};
+    std::unique_ptr<CompoundParameter> position{new CompoundParameter("position")};
+    OwnedStaticParameter<QString> text{"text", "old"};
+};
+
+TEST(SetSnapshot, BringsEverythingBelowBack) {
+    Tree tree;
+    const std::string before = tree.state();
+    const auto snapshot = tree.root.exportState();
+    for (int i = 1; i <= 2; ++i) {
+        tree.change();
+        EXPECT_NE(tree.state(), before);
+        Bsc::importState(tree.root, snapshot);
+        EXPECT_EQ(tree.state(), before);
+        EXPECT_EQ(tree.restored, i);
+    }
+}
+
+TEST(SetSnapshot, MembersThatCameAndWent) {
+    const std::tuple<const char*, void (*)(Tree&), bool> rows[] = {
+        {"a new parameter", [](Tree& t) { t.root.addParameter(boost::make_shared<Number>("new")); }, false},
+        {"a new subset", [](Tree& t) { t.below->addParameterSet(boost::make_shared<ParameterSet>("new")); }, false},
+        {"one that has died", [](Tree& t) { t.position.reset(); }, true},
+        {"a removed subset", [](Tree& t) { t.below->removeParameterSet(t.bottom); }, true},
+    };
+    for (const auto& [name, act, works] : rows) {
+        SCOPED_TRACE(name);
+        Tree tree;
+        const auto snapshot = tree.root.exportState();
+        tree.change();
+        act(tree);
+        if (works) {
+            EXPECT_NO_THROW(tree.root.doImportState(snapshot));
+            EXPECT_EQ(tree.text.value(), "old");
+        } else {
+            try {
+                tree.root.doImportState(snapshot);
+                ADD_FAILURE();
+            } catch (const std::logic_error& error) {
+                EXPECT_STREQ(error.what(), "Failed to restore object state");
+            }
+        }
+        EXPECT_EQ(tree.top->value(at(9)), 3) << "handled before";
+    }
+}
+
+TEST(SetSnapshot, ADeadMembersAddressIsNotItself) {
+    ParameterSet root;
+    alignas(Number) unsigned char place[sizeof(Number)];
+    alignas(ParameterSet) unsigned char setPlace[sizeof(ParameterSet)];
+    auto* parameter = new (place) Number("same");
+    auto* subset = new (setPlace) ParameterSet("same");
+    for (const bool replacesSet : {false, true}) {
+        root.clearAllLists();
+        root.addParameter(*parameter);
+        root.addParameterSet(*subset);
+        const auto snapshot = root.exportState();
+        EXPECT_NO_THROW(root.doImportState(snapshot));
+        if (replacesSet) {
+            subset->~ParameterSet();
+            root.addParameterSet(*(subset = new (setPlace) ParameterSet("same")));
+        } else {
+            parameter->~Number();
+            root.addParameter(*(parameter = new (place) Number("same")));
+        }
+        EXPECT_THROW(root.doImportState(snapshot), std::logic_error);
+    }
+    subset->~ParameterSet();
+    parameter->~Number();
+}
+
+TEST(SetSnapshot, OtherKindsAndNullAreBadCasts) {
+    Tree tree;
+    const std::string before = tree.state();
+    EXPECT_THROW(tree.root.doImportState(nullptr), std::bad_cast);
+    EXPECT_THROW(tree.root.doImportState(tree.top->exportState()), std::bad_cast);
+    EXPECT_THROW(tree.top->doImportState(tree.root.exportState()), std::bad_cast);
+    EXPECT_EQ(tree.state(), before);
+}
+
+TEST(SetSnapshot, ObserversMayTakeTheTreeApart) {
+    Tree tree;
+    auto snapshot = tree.root.exportState();
+    QObject::connect(tree.top.get(), &Number::changed, [&] {
+        tree.below.reset();
+        tree.root.clearAllLists();
+        tree.root.addParameter(boost::make_shared<Number>("new"));
+    });
+    EXPECT_NO_THROW(tree.root.doImportState(snapshot));
+    EXPECT_EQ(tree.restored, 0);
+}
+
+} // namespace
