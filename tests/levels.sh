@@ -26,6 +26,7 @@ levels() {
 2 prm/ViewInterpolation.h
 2 prm/ParameterStrings.h
 2 prm/ProjectFileVersion.h
+2 prm/TextStreamOperators.h
 2 prm/detail/BezierEasing.h
 2 prm/detail/CurveShapes.h
 2 prm/detail/KeyframeText.h
