@@ -1,5 +1,6 @@
 #include "prm/TextStreamOperators.h"
 
+#include "prm/detail/NumberText.h"
 #include "prm/detail/PlainNumbers.h"
 
 #include <QPoint>
@@ -19,10 +20,6 @@ template <class Number> Number read(QTextStream& stream) {
     Number number{};
     stream >> number;
     return number;
-}
-
-QString shortest(double number) {
-    return QString::number(number, 'g', QLocale::FloatingPointShortest);
 }
 
 } // namespace
@@ -56,7 +53,10 @@ QTextStream& operator>>(QTextStream& stream, QPoint& value) {
 }
 
 QTextStream& operator<<(QTextStream& stream, const QPointF& value) {
-    return write(stream, shortest(value.x()) + shortest(value.y()));
+    QString text;
+    detail::addShortest(text, value.x());
+    detail::addShortest(text, value.y());
+    return write(stream, text);
 }
 
 QTextStream& operator>>(QTextStream& stream, QPointF& value) {

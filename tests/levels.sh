@@ -31,6 +31,7 @@ levels() {
 2 prm/detail/CurveShapes.h
 2 prm/detail/KeyframeText.h
 2 prm/detail/LineParts.h
+2 prm/detail/NumberText.h
 2 prm/detail/PlainNumbers.h
 2 prm/detail/TextTokens.h
 2 prm/detail/UniqueName.h
