@@ -126,29 +126,24 @@ PlainKeyframe readPlainly(const QString& declaration) {
     return keyframe;
 }
 
-/// Keeps the keyframes in plain lists, without views, locks and order.
-std::vector<std::vector<PlainKeyframe>> readPlainly(QByteArray text) {
-    std::vector<std::vector<PlainKeyframe>> curves;
-    QHash<QString, std::size_t> curveOfName;
+void readPlainly(QByteArray text, Prm::ParameterSet& root) {
     QBuffer buffer(&text);
     buffer.open(QIODevice::ReadOnly);
     QTextStream stream(&buffer);
     stream.setCodec("UTF-8");
-    static const QRegularExpression line(QStringLiteral("^([^.=]+)\\.([^.=]+)\\.(.*)$"));
+    static const QRegularExpression line(QStringLiteral("^([^.=]+\\.[^.=]+)\\.(.*)$"));
+    QHash<QString, Curve*> curves;
     while (!stream.atEnd()) {
         const QRegularExpressionMatch match = line.match(stream.readLine());
-        if (!match.hasMatch() || !match.captured(3).startsWith(QLatin1String("keyframes")))
+        if (!match.hasMatch() || !match.captured(2).startsWith(QLatin1String("keyframes")))
             continue;
-        const QString name = match.captured(1) + QLatin1Char('.') + match.captured(2);
-        const auto place = curveOfName.constFind(name);
-        const std::size_t curve = place == curveOfName.constEnd() ? curves.size() : *place;
-        if (curve == curves.size()) {
-            curveOfName.insert(name, curve);
-            curves.emplace_back();
-        }
-        curves[curve].push_back(readPlainly(match.captured(3)));
+        Curve*& curve = curves[match.captured(1)];
+        if (!curve)
+            curve = dynamic_cast<Curve*>(root.parameterWTWithName(match.captured(1)));
+        const PlainKeyframe keyframe = readPlainly(match.captured(2));
+        const int index = curve->vSetValue(keyframe.value, Time::fromFloat(keyframe.time));
+        curve->vSetInterpolationData(keyframe.shape, static_cast<unsigned int>(index), View());
     }
-    return curves;
 }
 
 // --- cases -----------------------------------------------------------------------------------------------------------
@@ -203,11 +198,9 @@ void libraryWrite(benchmark::State& state) {
 void plainRead(benchmark::State& state) {
     const QByteArray text = projectText();
     for (auto _ : state) {
-        std::vector<std::vector<PlainKeyframe>> curves;
-        plainReading = seconds(state, [&] { curves = readPlainly(text); });
-        const PlainKeyframe& last = curves.back().back();
-        if (curves.size() != setCount * curvesPerSet || curves.back().size() != keyframesPerCurve ||
-            last.value != animatedProject().curves.back()->keyframe(keyframesPerCurve, View()).value)
+        Project project;
+        plainReading = seconds(state, [&] { readPlainly(text, project.root); });
+        if (project.file.text() != text)
             state.SkipWithError("not all was read");
     }
     setResults(state, 0, 0);

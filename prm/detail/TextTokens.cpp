@@ -46,7 +46,7 @@ QStringRef withoutBlanksAtEnd(const QString& text, int start, int end) {
 }
 
 /// The position of the comma that ends the value of a Bezier declaration, -1 where there is none.
-int fourthCommaFromEnd(const QString& text) {
+int fourthCommaFromEnd(const QStringRef& text) {
     int position = text.size();
     for (int found = 0; found < 4; ++found) {
         if (position == 0)
@@ -72,13 +72,15 @@ bool readPlainShape(QStringView text, std::array<double, 4>& numbers) {
     return true;
 }
 
-bool readShape(const QString& text, int pos, IType& itype) {
+bool readShape(const QStringRef& numbersText, IType& itype) {
     std::array<double, 4> plain{};
-    if (readPlainShape(QStringView(text).mid(pos), plain)) {
+    if (readPlainShape(numbersText, plain)) {
         itype = IType(Interpolation::Bezier, plain[0], plain[1], plain[2], plain[3]);
         return true;
     }
+    const QString text = numbersText.toString();
     QVector<QString> numbers;
+    int pos = 0;
     while (pos < text.size()) {
         const QString token = getToken(text, pos);
         if (!token.isNull())
@@ -88,6 +90,17 @@ bool readShape(const QString& text, int pos, IType& itype) {
         return false;
     itype = IType(Interpolation::Bezier, numbers.at(0).toDouble(), numbers.at(1).toDouble(), numbers.at(2).toDouble(),
                   numbers.at(3).toDouble());
+    return true;
+}
+
+/// The two most frequent names, and then all.
+bool readKind(const QStringRef& name, Interpolation& kind) {
+    if (name == ParameterStrings::linear)
+        kind = Interpolation::Linear;
+    else if (name == ParameterStrings::constant)
+        kind = Interpolation::Constant;
+    else
+        return bStringToInterpolationType(name.toString(), kind);
     return true;
 }
 
@@ -142,23 +155,22 @@ bool parseKeyframeDeclaration(const QString& declaration, QString& timeText, QSt
     const bool isBezier =
         bezierStart >= 0 && declaration.leftRef(start).indexOf(ParameterStrings::bezierKey) == bezierStart;
     const int end = whole.size() - keyEnding.size();
-    const QString text = withoutBlanksAtEnd(declaration, start, std::max(start, end)).toString();
+    const QStringRef text = withoutBlanksAtEnd(declaration, start, std::max(start, end));
     int first = 0;
     while (first < text.size() && text.at(first).isSpace())
         ++first;
     const int valueStart = text.indexOf(comma, first);
     if (valueStart < 0)
         return false;
-    timeText = text.mid(first, valueStart - first);
+    timeText = text.mid(first, valueStart - first).toString();
     const int valueEnd = isBezier ? fourthCommaFromEnd(text) : text.lastIndexOf(comma);
     if (valueEnd < 0 || (isBezier && valueEnd <= valueStart))
         return false;
-    const bool understood =
-        isBezier ? readShape(text, valueEnd + 1, itype)
-                 : bStringToInterpolationType(text.midRef(valueEnd + 1).trimmed().toString(), itype.interpolation);
+    const QStringRef rest = text.mid(valueEnd + 1);
+    const bool understood = isBezier ? readShape(rest, itype) : readKind(rest.trimmed(), itype.interpolation);
     if (!understood)
         return false;
-    valueText = text.midRef(valueStart + 1, std::max(0, valueEnd - valueStart - 1)).trimmed().toString();
+    valueText = text.mid(valueStart + 1, std::max(0, valueEnd - valueStart - 1)).trimmed().toString();
     return true;
 }
 

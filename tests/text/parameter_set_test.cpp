@@ -120,7 +120,7 @@ QByteArray textOf(int count, bool deep, QByteArray* again = nullptr) {
     for (int i = 0; i < count; ++i) {
         const auto below = boost::make_shared<ParameterSet>("s");
         set->addParameterSet(below);
-        below->assignName(i % 100 == 0 || i + 1 == count ? "n" : "");
+        below->assignName(i % 2000 == 0 || i + 1 == count ? "n" : "");
         set = deep ? below.get() : set;
     }
     ProjectFile file(root);
