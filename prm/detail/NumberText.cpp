@@ -80,13 +80,13 @@ bool addDecimal(QString& text, double number) {
     if (number < 0)
         text += QLatin1Char('-');
     if (whole <= 0) {
-        add(text, "0.000", "0.000" + 2 - whole);
+        text += QLatin1String("0.000", 2 - whole);
         add(text, digits, digits + shortest.count);
         return true;
     }
     if (whole >= shortest.count) {
         add(text, digits, digits + shortest.count);
-        add(text, "00000", "00000" + (whole - shortest.count));
+        text += QLatin1String("00000", whole - shortest.count);
         return true;
     }
     add(text, digits, digits + whole);
