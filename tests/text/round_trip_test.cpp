@@ -1,11 +1,9 @@
 // Random trees of sets, saved, loaded into an equal tree and saved again, in a locale with decimal commas.
 
-#include "prm/MovedParameter.h"
 #include "prm/NumericParameter.h"
 #include "prm/ParameterSet.h"
 #include "prm/ProjectFile.h"
 #include "prm/StaticParameter.h"
-#include "tests/parameter/Keying.h"
 #include "tests/support/Warnings.h"
 
 #include <QTextStream>
