@@ -13,8 +13,12 @@ namespace Prm {
 
 namespace {
 
-template <class Vector, class Test> void eraseIf(Vector& vector, const Test& test) {
-    vector.erase(std::remove_if(vector.begin(), vector.end(), test), vector.end());
+/// Erases the one that passes the test, looked for from the end: members mostly die in the opposite order of their
+/// addition.
+template <class Vector, class Test> void eraseLast(Vector& vector, const Test& test) {
+    const auto found = std::find_if(vector.rbegin(), vector.rend(), test);
+    if (found != vector.rend())
+        vector.erase(found.base() - 1);
 }
 
 void keep(ParameterWithoutType*) {}
@@ -99,6 +103,7 @@ void ParameterSet::letGoOfMembers() {
         subset.set->m_subsets.clear();
     }
     m_subsetNames.clear();
+    m_takenNumbers.clear();
     m_subsetNamesKnown = true;
 }
 
@@ -116,12 +121,12 @@ void ParameterSet::forgetParent(const ParameterSet* parent) {
 
 /// Nothing of the member is left but its address.
 void ParameterSet::forgetDeadMember(const BasicParameter* parameter) {
-    eraseIf(m_parameters, [=](const auto& member) { return member.get() == parameter; });
-    eraseIf(m_basicParameters, [=](const BasicParameter* member) { return member == parameter; });
+    eraseLast(m_parameters, [=](const auto& member) { return member.get() == parameter; });
+    eraseLast(m_basicParameters, [=](const BasicParameter* member) { return member == parameter; });
 }
 
 void ParameterSet::forgetSubset(const ParameterSet* subset) {
-    eraseIf(m_subsets, [=](const Subset& entry) { return entry.set == subset; });
+    eraseLast(m_subsets, [=](const Subset& entry) { return entry.set == subset; });
     ++m_membership;
     m_subsetNamesKnown = false;
 }

@@ -180,6 +180,13 @@ private:
     /// How many subsets have a script name; rebuilt when one was renamed.
     mutable QHash<QString, int> m_subsetNames;
     mutable bool m_subsetNamesKnown = true;
+    /// For a stem that names were counted from, a run of numbers of which all are taken, so that many equal names need
+    /// not be counted from the start each time. As good as the names above.
+    struct TakenNumbers {
+        quint64 first = 0;
+        quint64 end = 0;
+    };
+    mutable QHash<QString, TakenNumbers> m_takenNumbers;
     /// Counts the changes of the list of subsets.
     quint32 m_membership = 0;
     /// Given to no other set.

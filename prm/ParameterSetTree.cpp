@@ -72,6 +72,7 @@ void ParameterSet::setScriptName(const QString& name) {
 const QHash<QString, int>& ParameterSet::subsetNames() const {
     if (!m_subsetNamesKnown) {
         m_subsetNames.clear();
+        m_takenNumbers.clear();
         for (const Subset& subset : m_subsets)
             ++m_subsetNames[subset.set->scriptName()];
         m_subsetNamesKnown = true;
@@ -85,14 +86,21 @@ void ParameterSet::setUniqueName(const boost::shared_ptr<ParameterSet>& subset) 
 }
 
 void ParameterSet::giveUniqueName(ParameterSet& subset) {
-    if (!subsetNames().contains(subset.scriptName()))
+    const QHash<QString, int>& names = subsetNames();
+    if (!names.contains(subset.scriptName()))
         return;
-    CountedName name(subset.scriptName());
-    QString candidate;
-    do
-        candidate = name.stem + QString::number(++name.count);
-    while (subsetNames().contains(candidate));
-    subset.setScriptName(candidate);
+    const CountedName name(subset.scriptName());
+    TakenNumbers& taken = m_takenNumbers[name.stem];
+    quint64 number = name.count + 1;
+    if (number < taken.first || number > taken.end)
+        taken = {number, number};
+    else
+        number = taken.end;
+    while (names.contains(name.stem + QString::number(number)))
+        ++number;
+    taken.end = number;
+    const QString unique = name.stem + QString::number(number);
+    subset.setScriptName(unique);
 }
 
 bool ParameterSet::listSubset(ParameterSet& subset, const boost::shared_ptr<ParameterSet>& owner,

@@ -32,6 +32,9 @@ struct BoundingKeyframes;
 // prm/ViewInterpolation.h
 struct MVInterpolationParams; // how a view without data is made from those that have some
 
+// prm/TextStreamOperators.h
+// text of bool, unsigned char, QPoint and QPointF
+
 // prm/ValueType.h
 template <class T> struct GeneralValueType;
 template <class T> struct ValueType; // all that the library knows of a type of values

@@ -10,6 +10,7 @@
 #include <QTextStream>
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 
 namespace Prm {
@@ -26,7 +27,9 @@ public:
     }
     bool atEnd() const { return m_position >= m_text.size(); }
     Line next() {
-        const int end = m_text.indexOf('\n', m_position);
+        const char* const start = m_text.constData() + m_position;
+        const void* const found = std::memchr(start, '\n', static_cast<std::size_t>(m_text.size() - m_position));
+        const int end = found ? static_cast<int>(static_cast<const char*>(found) - m_text.constData()) : -1;
         const int stop = end < 0 ? m_text.size() : end;
         int length = stop - m_position;
         if (end >= 0 && length > 0 && m_text.at(stop - 1) == '\r')
@@ -63,8 +66,9 @@ QString pathOf(const QString& line) {
 }
 
 bool namesMaster(const QString& line) {
-    const int key = pathOf(line).size() + 1;
-    return line.contains(QLatin1Char('=')) && detail::hasKey(line.mid(key), ParameterStrings::masterParameterId);
+    const int end = line.indexOf(QLatin1Char('='));
+    const int key = end < 0 ? -1 : line.lastIndexOf(QLatin1Char('.'), end) + 1;
+    return key > 0 && line.midRef(key).startsWith(ParameterStrings::masterParameterId, Qt::CaseInsensitive);
 }
 
 void collectPaths(const ParameterSet& set, const QString& start, QSet<QString>& paths) {

@@ -1,11 +1,12 @@
 // What project text cannot hold of the sets that are to be saved.
 
+#include "prm/Parameter.h"
 #include "prm/ParameterSet.h"
 #include "prm/ParameterWithoutType.h"
 #include "prm/ProjectFile.h"
 #include "prm/StaticParameter.h"
 
-#include <QHash>
+#include <QMap>
 
 #include <algorithm>
 #include <cmath>
@@ -18,6 +19,18 @@ bool breaksLine(const QString& text) {
     return text.contains(QLatin1Char('\n')) || text.contains(QLatin1Char('\r'));
 }
 
+/// UTF-8 has no halves of surrogate pairs.
+bool isChangedByUtf8(const QString& text) {
+    return QString::fromUtf8(text.toUtf8()) != text;
+}
+
+/// What becomes of any text that is written as it stands; empty when it is read back.
+QString lossOfRawText(const QString& text) {
+    if (breaksLine(text))
+        return QStringLiteral("holds a line break");
+    return isChangedByUtf8(text) ? QStringLiteral("holds half a surrogate pair") : QString();
+}
+
 double timeAfterSaving(Time time) {
     return static_cast<double>(QString::number(time.toDouble(), 'g', 6).toFloat());
 }
@@ -28,7 +41,6 @@ public:
     Losses(const ParameterWithoutType& parameter, QStringList& list) : m_parameter(parameter), m_list(list) {}
 
     void collect() {
-        collectName();
         const std::vector<View> views = m_parameter.viewList();
         for (const View view : views)
             collectView(view);
@@ -45,13 +57,6 @@ private:
     void add(const QString& loss, const View& view, int count) {
         if (count > 0)
             add(QStringLiteral("view %1: %2 (%3)").arg(view.id()).arg(loss).arg(count));
-    }
-    void collectName() {
-        const QString& name = m_parameter.scriptName();
-        if (name.contains(QLatin1Char('=')))
-            add(QStringLiteral("the script name holds \"=\""));
-        if (breaksLine(name))
-            add(QStringLiteral("the script name holds a line break"));
     }
     void collectView(const View& view) {
         int moved = 0;
@@ -74,33 +79,74 @@ private:
         add(QStringLiteral("keyframes will merge with the one before them"), view, merged);
         add(QStringLiteral("custom interpolations other than the first become Constant"), view, customKinds);
         add(QStringLiteral("shape numbers of kinds other than Bezier are not written"), view, shapes);
+        collectTexts(view, count);
+    }
+    void collectTexts(const View& view, unsigned int count) {
+        const auto* const parameter = dynamic_cast<const Parameter<QString>*>(&m_parameter);
+        if (!parameter)
+            return;
+        int changed = isChangedByUtf8(parameter->staticValue(view)) ? 1 : 0;
+        for (unsigned int i = 0; i < count; ++i)
+            changed += isChangedByUtf8(parameter->keyframe(i, view).value) ? 1 : 0;
+        add(QStringLiteral("texts hold half a surrogate pair"), view, changed);
     }
 
     const ParameterWithoutType& m_parameter;
     QStringList& m_list;
 };
 
-void collectSet(const ParameterSet& set, QStringList& losses) {
-    QHash<QString, int> names;
+using Names = QMap<QString, int>;
+
+/// Whether the lines of a name may be taken by a member whose name is what stands before one of its dots.
+bool beginsWithAnother(const QString& name, const Names& names) {
+    int dot = name.indexOf(QLatin1Char('.'));
+    while (dot >= 0 && !names.contains(name.left(dot)))
+        dot = name.indexOf(QLatin1Char('.'), dot + 1);
+    return dot >= 0;
+}
+
+QStringList lossesOfName(const QString& name, const Names& names) {
+    QStringList losses;
+    if (name.isEmpty())
+        losses.append(QStringLiteral("is empty"));
+    if (name.contains(QLatin1Char('=')))
+        losses.append(QStringLiteral("holds \"=\""));
+    if (const QString loss = lossOfRawText(name); !loss.isEmpty())
+        losses.append(loss);
+    if (names.value(name) > 1)
+        losses.append(QStringLiteral("is used %1 times").arg(names.value(name)));
+    if (beginsWithAnother(name, names))
+        losses.append(QStringLiteral("begins with the name of another member and a dot"));
+    return losses;
+}
+
+void collectNames(const ParameterSet& set, QStringList& losses) {
+    Names names;
     for (const auto& parameter : set.parameters())
         ++names[parameter->scriptName()];
-    for (const BasicParameter* parameter : set.basicParameters()) {
+    for (const BasicParameter* parameter : set.basicParameters())
         ++names[parameter->scriptName()];
-        const auto* const text = dynamic_cast<const StaticParameter<QString>*>(parameter);
-        if (text && breaksLine(text->value()))
-            losses.append(QStringLiteral("%1: the text holds a line break").arg(parameter->scriptName()));
-    }
     for (const ParameterSet* subset : set.subsets())
         ++names[subset->scriptName()];
     for (auto name = names.cbegin(); name != names.cend(); ++name) {
-        if (name.value() > 1)
-            losses.append(QStringLiteral("the script name \"%1\" is used %2 times in the set \"%3\"")
-                              .arg(name.key())
-                              .arg(name.value())
-                              .arg(set.scriptName()));
+        const QStringList found = lossesOfName(name.key(), names);
+        for (const QString& loss : found)
+            losses.append(
+                QStringLiteral("the script name \"%1\" in the set \"%2\" %3").arg(name.key(), set.scriptName(), loss));
     }
-    if (breaksLine(set.name()))
-        losses.append(QStringLiteral("the name of the set \"%1\" holds a line break").arg(set.scriptName()));
+}
+
+void collectSet(const ParameterSet& set, QStringList& losses) {
+    collectNames(set, losses);
+    for (const BasicParameter* parameter : set.basicParameters()) {
+        const auto* const text = dynamic_cast<const StaticParameter<QString>*>(parameter);
+        const QString loss = text ? lossOfRawText(text->value()) : QString();
+        if (!loss.isEmpty())
+            losses.append(QStringLiteral("%1: the text %2").arg(parameter->scriptName(), loss));
+    }
+    const QString loss = lossOfRawText(set.name());
+    if (!loss.isEmpty())
+        losses.append(QStringLiteral("the name of the set \"%1\" %2").arg(set.scriptName(), loss));
 }
 
 } // namespace

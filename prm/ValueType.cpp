@@ -1,8 +1,8 @@
 #include "prm/ValueType.h"
 
+#include "prm/detail/NumberText.h"
 #include "prm/detail/TextTokens.h"
 
-#include <QLocale>
 #include <QtEndian>
 
 #include <cmath>
@@ -23,10 +23,6 @@ void addBytes(Bsc::Hash& hash, double number) {
     quint64 bits = 0;
     std::memcpy(&bits, &number, sizeof bits);
     addBytes(hash, bits);
-}
-
-QString shortest(double value) {
-    return QString::number(value, 'g', QLocale::FloatingPointShortest);
 }
 
 template <class Integer> Integer rounded(double value) {
@@ -78,7 +74,7 @@ template <class Integer> Integer readInteger(const QString& text) {
 
 double readReal(const QString& text) {
     bool whole = false;
-    const double number = text.toDouble(&whole);
+    const double number = detail::toDouble(text, &whole);
     return whole ? number : readLeadingNumber<double>(text);
 }
 
@@ -146,7 +142,7 @@ bool ValueType<double>::equal(const double& a, const double& b) {
 }
 
 void ValueType<double>::write(QString& text, const double& value) {
-    text += shortest(value);
+    detail::addShortest(text, value);
 }
 
 double ValueType<double>::read(const QString& text) {
@@ -179,7 +175,8 @@ bool ValueType<QPointF>::equal(const QPointF& a, const QPointF& b) {
 }
 
 void ValueType<QPointF>::write(QString& text, const QPointF& value) {
-    text += shortest(value.x()) + QLatin1Char(' ') + shortest(value.y());
+    detail::addShortest(text, value.x());
+    detail::addShortest(text += QLatin1Char(' '), value.y());
 }
 
 QPointF ValueType<QPointF>::read(const QString& text) {

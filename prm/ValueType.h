@@ -2,6 +2,7 @@
 
 #include "host/bsc/Hash.h"
 #include "prm/Export.h"
+#include "prm/TextStreamOperators.h"
 
 #include <QPoint>
 #include <QPointF>

@@ -25,10 +25,12 @@ levels() {
 2 prm/ViewInterpolation.h
 2 prm/ParameterStrings.h
 2 prm/ProjectFileVersion.h
+2 prm/TextStreamOperators.h
 2 prm/detail/BezierEasing.h
 2 prm/detail/CurveShapes.h
 2 prm/detail/KeyframeText.h
 2 prm/detail/LineParts.h
+2 prm/detail/NumberText.h
 2 prm/detail/PlainNumbers.h
 2 prm/detail/TextTokens.h
 2 prm/detail/UniqueName.h

@@ -107,13 +107,15 @@ TEST(ProjectFile, ADamagedLineCostsThatLine) {
     EXPECT_EQ(again.file.text().toStdString(), saved.toStdString());
 }
 
-TEST(ProjectFile, AnOldFileLoads) {
-    Project project;
-    ASSERT_TRUE(project.file.loadText(data("version_2019.prm")));
-    EXPECT_EQ(project.file.version().streamVersion, 2019u);
-    EXPECT_EQ(findings(project.file), "6 unknown\n");
-    EXPECT_EQ(project.size.value(Context(Time(), View(0))), 3);
-    EXPECT_EQ(project.size.value(Context(Time(), View(1))), 4);
+TEST(ProjectFile, OldFilesLoad) {
+    for (const unsigned int version : {2019u, 3000u, 3001u}) {
+        Project project;
+        ASSERT_TRUE(project.file.loadText(data(("version_" + std::to_string(version) + ".prm").c_str())));
+        EXPECT_EQ(project.file.version().streamVersion, version);
+        EXPECT_EQ(findings(project.file), "6 unknown\n");
+        EXPECT_TRUE(project.file.text().contains(
+            "blur.size.views=[0, 1]\nblur.size.view[0].value=3\nblur.size.view[1].value=4\nblur.size.before"));
+    }
 }
 
 struct HeaderCase {
@@ -218,10 +220,15 @@ TEST(ProjectFile, LossesAreNamedBeforeSaving) {
     project.text.setScriptName("a=b");
     project.mode.doImportState(OwnedStaticParameter<unsigned int>("file").exportState());
     project.maskFile.setValue("two\nlines");
+    project.title.vSetValue(QString(QChar(0xD800)), Context(Context::INVALID_TIME));
+    project.title.setScriptName("mask.text");
+    OwnedStaticParameter<unsigned int> nameless("");
+    project.blur.addBasicParameter(nameless);
     const QString losses = project.file.saveLosses().join('\n');
-    for (const char* expected : {"keyframe times will move (3)", "will merge with the one before them (1)",
-                                 "other than the first become Constant (1)", "are not written (1)", "holds \"=\"",
-                                 "is used 2 times", "holds a line break"})
+    for (const char* expected :
+         {"keyframe times will move (3)", "will merge with the one before them (1)",
+          "other than the first become Constant (1)", "are not written (1)", "holds \"=\"", "is used 2 times",
+          "holds a line break", "half a surrogate pair (1)", "name of another member and a dot", "\"blur\" is empty"})
         EXPECT_TRUE(losses.contains(QLatin1String(expected))) << expected << "\n" << losses.toStdString();
     Project clean;
     EXPECT_TRUE(clean.file.saveLosses().isEmpty());

@@ -1,6 +1,7 @@
 #include "prm/detail/KeyframeText.h"
 
 #include "prm/ParameterStrings.h"
+#include "prm/detail/NumberText.h"
 #include "prm/detail/TextTokens.h"
 
 #include <cmath>
@@ -10,17 +11,13 @@ namespace Prm::detail {
 
 namespace {
 
-QString sixDigits(double number) {
-    return QString::number(number, 'g', 6);
-}
-
 [[noreturn]] void refuse(const char* message, const QString& line) {
     throw std::runtime_error(QString::fromLatin1(message).arg(line).toStdString());
 }
 
 /// Single precision is part of the format. What is no number is 0, what is too large for one the invalid time.
 Time readTime(const QString& text) {
-    const float time = text.toFloat();
+    const float time = toFloat(text);
     return std::isinf(time) ? Time(Time::INVALID) : Time::fromFloat(time);
 }
 
@@ -35,15 +32,17 @@ void writeKeyframe(QString& text, View view, Time time, const QString& value, co
     text += QLatin1String(".append( ");
     text += isBezier ? ParameterStrings::bezierKey : ParameterStrings::key;
     text += QLatin1String("( ");
-    text += sixDigits(time.toDouble());
+    addSixDigits(text, time.toDouble());
     text += separator;
     text += value;
     text += separator;
-    if (isBezier)
-        text += sixDigits(itype.x1) + separator + sixDigits(itype.y1) + separator + sixDigits(itype.x2) + separator +
-                sixDigits(itype.y2);
-    else
+    if (isBezier) {
+        addSixDigits(text, itype.x1);
+        for (const double number : {itype.y1, itype.x2, itype.y2})
+            addSixDigits(text += separator, number);
+    } else {
         text += qstrInterpolationTypeString(itype.interpolation);
+    }
     text += QLatin1String(" ) )");
 }
 

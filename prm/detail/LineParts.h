@@ -23,7 +23,12 @@ inline bool behindName(const QString& line, const QString& name, QString& rest) 
 }
 
 inline bool hasKey(const QString& line, const QString& key) {
-    return line.startsWith(key, Qt::CaseInsensitive);
+    if (line.isEmpty())
+        return false;
+    // Most keys are told apart by their first letters, long before Qt has folded any.
+    const ushort first = line.at(0).unicode();
+    const bool mayBegin = first >= 128 || (first | 32) == (key.at(0).unicode() | 32);
+    return mayBegin && (line.startsWith(key) || line.startsWith(key, Qt::CaseInsensitive));
 }
 
 /// The text between the first and the second "=".

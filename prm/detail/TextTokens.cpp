@@ -1,11 +1,13 @@
 #include "prm/detail/TextTokens.h"
 
 #include "prm/ParameterStrings.h"
+#include "prm/detail/NumberText.h"
 
 #include <QLatin1String>
 #include <QVector>
 
 #include <algorithm>
+#include <array>
 
 namespace Prm::detail {
 
@@ -21,6 +23,15 @@ const QLatin1Char backslash('\\');
 const QLatin1String keyOpening("Key(");
 const QLatin1String keyEnding(") )");
 
+/// The position of the first "Key(", -1 without one.
+int findOpening(const QString& text) {
+    int position = -1;
+    do
+        position = text.indexOf(keyOpening.at(0), position + 1);
+    while (position >= 0 && text.midRef(position, keyOpening.size()) != keyOpening);
+    return position;
+}
+
 /// Whether a quote at the position ends a quoted token.
 bool closesQuotes(const QString& text, int pos) {
     const bool isLast = pos + 1 == text.size();
@@ -35,7 +46,7 @@ QStringRef withoutBlanksAtEnd(const QString& text, int start, int end) {
 }
 
 /// The position of the comma that ends the value of a Bezier declaration, -1 where there is none.
-int fourthCommaFromEnd(const QString& text) {
+int fourthCommaFromEnd(const QStringRef& text) {
     int position = text.size();
     for (int found = 0; found < 4; ++found) {
         if (position == 0)
@@ -47,8 +58,29 @@ int fourthCommaFromEnd(const QString& text) {
     return position;
 }
 
-bool readShape(const QString& text, int pos, IType& itype) {
+/// The usual four numbers, without quotes; false for everything else.
+bool readPlainShape(QStringView text, std::array<double, 4>& numbers) {
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        const auto end = i + 1 < numbers.size() ? text.indexOf(comma) : text.size();
+        bool isNumber = false;
+        if (end >= 0)
+            numbers[i] = toDouble(text.left(end).trimmed(), &isNumber);
+        if (!isNumber)
+            return false;
+        text = text.mid(std::min(end + 1, text.size()));
+    }
+    return true;
+}
+
+bool readShape(const QStringRef& numbersText, IType& itype) {
+    std::array<double, 4> plain{};
+    if (readPlainShape(numbersText, plain)) {
+        itype = IType(Interpolation::Bezier, plain[0], plain[1], plain[2], plain[3]);
+        return true;
+    }
+    const QString text = numbersText.toString();
     QVector<QString> numbers;
+    int pos = 0;
     while (pos < text.size()) {
         const QString token = getToken(text, pos);
         if (!token.isNull())
@@ -58,6 +90,17 @@ bool readShape(const QString& text, int pos, IType& itype) {
         return false;
     itype = IType(Interpolation::Bezier, numbers.at(0).toDouble(), numbers.at(1).toDouble(), numbers.at(2).toDouble(),
                   numbers.at(3).toDouble());
+    return true;
+}
+
+/// The two most frequent names, and then all.
+bool readKind(const QStringRef& name, Interpolation& kind) {
+    if (name == ParameterStrings::linear)
+        kind = Interpolation::Linear;
+    else if (name == ParameterStrings::constant)
+        kind = Interpolation::Constant;
+    else
+        return bStringToInterpolationType(name.toString(), kind);
     return true;
 }
 
@@ -101,7 +144,7 @@ QString getToken(const QString& text, int& pos) {
 }
 
 bool parseKeyframeDeclaration(const QString& declaration, QString& timeText, QString& valueText, IType& itype) {
-    const int opening = declaration.indexOf(keyOpening);
+    const int opening = findOpening(declaration);
     if (opening < 0)
         return false;
     const QStringRef whole = withoutBlanksAtEnd(declaration, 0, declaration.size());
@@ -109,25 +152,25 @@ bool parseKeyframeDeclaration(const QString& declaration, QString& timeText, QSt
         return false;
     const int start = opening + keyOpening.size();
     const int bezierStart = start - ParameterStrings::bezierKey.size() - 1;
-    const bool isBezier = bezierStart >= 0 && declaration.indexOf(ParameterStrings::bezierKey) == bezierStart;
+    const bool isBezier =
+        bezierStart >= 0 && declaration.leftRef(start).indexOf(ParameterStrings::bezierKey) == bezierStart;
     const int end = whole.size() - keyEnding.size();
-    const QString text = withoutBlanksAtEnd(declaration, start, std::max(start, end)).toString();
+    const QStringRef text = withoutBlanksAtEnd(declaration, start, std::max(start, end));
     int first = 0;
     while (first < text.size() && text.at(first).isSpace())
         ++first;
     const int valueStart = text.indexOf(comma, first);
     if (valueStart < 0)
         return false;
-    timeText = text.mid(first, valueStart - first);
+    timeText = text.mid(first, valueStart - first).toString();
     const int valueEnd = isBezier ? fourthCommaFromEnd(text) : text.lastIndexOf(comma);
     if (valueEnd < 0 || (isBezier && valueEnd <= valueStart))
         return false;
-    const bool understood = isBezier
-                                ? readShape(text, valueEnd + 1, itype)
-                                : bStringToInterpolationType(text.mid(valueEnd + 1).trimmed(), itype.interpolation);
+    const QStringRef rest = text.mid(valueEnd + 1);
+    const bool understood = isBezier ? readShape(rest, itype) : readKind(rest.trimmed(), itype.interpolation);
     if (!understood)
         return false;
-    valueText = text.mid(valueStart + 1, std::max(0, valueEnd - valueStart - 1)).trimmed();
+    valueText = text.mid(valueStart + 1, std::max(0, valueEnd - valueStart - 1)).trimmed().toString();
     return true;
 }
 

@@ -91,9 +91,12 @@ template <class T> void Parameter<T>::addViewList(QString& text, const QString& 
 template <class T>
 void Parameter<T>::addViewValues(QString& text, const QString& start, const View& view, bool forceViewPrefix) const {
     const KeyframeVector keyframes = keyframesToWrite(view);
+    QString value;
     for (const KeyframeData<T>& keyframe : keyframes) {
+        value.resize(0);
+        ValueType<T>::write(value, keyframe.value);
         text += start;
-        detail::writeKeyframe(text, view, keyframe.time, detail::valueText(keyframe.value), keyframe.interpolationData);
+        detail::writeKeyframe(text, view, keyframe.time, value, keyframe.interpolationData);
         text += QLatin1Char('\n');
     }
     if (keyframes.isEmpty()) {
@@ -184,7 +187,8 @@ template <class T> void Parameter<T>::importKeyframe(const SerialisedKeyframe& k
     const detail::LifeGuard guard(*this);
     const Context context = copy.context();
     const int index = vSetValue(copy.value, context);
-    if (guard.alive())
+    // While text is read nobody is told, and what it would shape is replaced at once.
+    if (guard.alive() && !isReadingIn())
         vSetInterpolation(copy.itype.interpolation, context);
     if (guard.alive())
         vSetInterpolationData(copy.itype, static_cast<unsigned int>(index), copy.view);

@@ -1,0 +1,160 @@
+#include "prm/detail/NumberText.h"
+
+#include <QLatin1String>
+#include <QLocale>
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+namespace Prm::detail {
+
+namespace {
+
+using Buffer = std::array<char, 40>;
+
+void add(QString& text, const char* start, const char* end) {
+    text += QLatin1String(start, static_cast<int>(end - start));
+}
+
+/// Numbers with up to three decimals, which most are. No other text of at most 15 digits means the same double, so this
+/// is the shortest one, and it is what rounding to six digits gives if it has no more.
+bool addThousandths(QString& text, double number, bool onlySixDigits) {
+    constexpr double limit = 999999;
+    if (!(std::abs(number) < limit) || (number == 0 && std::signbit(number)))
+        return false;
+    const qint64 thousandths = std::llround(number * 1000);
+    if (static_cast<double>(thousandths) / 1000 != number)
+        return false;
+    const auto fraction = static_cast<int>(std::abs(thousandths) % 1000);
+    if (onlySixDigits && fraction != 0 && std::abs(thousandths) >= 1000000)
+        return false;
+    Buffer buffer;
+    char* end = buffer.data();
+    if (thousandths < 0)
+        *end++ = '-';
+    end = std::to_chars(end, buffer.data() + buffer.size(), std::abs(thousandths) / 1000).ptr;
+    if (fraction != 0) {
+        *end++ = '.';
+        for (int rest = fraction, unit = 100; rest != 0; rest %= unit, unit /= 10)
+            *end++ = static_cast<char>('0' + rest / unit);
+    }
+    add(text, buffer.data(), end);
+    return true;
+}
+
+/// Digits and the exponent of ten of a number's shortest text: 0.00125 is "125" and -3.
+struct Shortest {
+    explicit Shortest(double signedNumber) {
+        const double number = std::abs(signedNumber);
+        Buffer buffer;
+        const auto end =
+            std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, std::chars_format::scientific);
+        const char* next = buffer.data();
+        for (; *next != 'e'; ++next) {
+            if (*next != '.')
+                digits[static_cast<std::size_t>(count++)] = *next;
+        }
+        next += next[1] == '+' ? 2 : 1;
+        std::from_chars(next, end.ptr, exponent);
+    }
+
+    bool endsHalfwayBehind(int kept) const {
+        return count == kept + 1 && digits[static_cast<std::size_t>(kept)] == '5';
+    }
+
+    Buffer digits;
+    int count = 0;
+    int exponent = 0;
+};
+
+/// Numbers that Qt writes without an exponent, whatever their digits are.
+bool addDecimal(QString& text, double number) {
+    const double size = std::abs(number);
+    if (!(size >= 0.001 && size < 99999))
+        return false;
+    const Shortest shortest(number);
+    const char* const digits = shortest.digits.data();
+    const int whole = shortest.exponent + 1;
+    if (number < 0)
+        text += QLatin1Char('-');
+    if (whole <= 0) {
+        text += QLatin1String("0.000", 2 - whole);
+        add(text, digits, digits + shortest.count);
+        return true;
+    }
+    if (whole >= shortest.count) {
+        add(text, digits, digits + shortest.count);
+        text += QLatin1String("00000", whole - shortest.count);
+        return true;
+    }
+    add(text, digits, digits + whole);
+    text += QLatin1Char('.');
+    add(text, digits + whole, digits + shortest.count);
+    return true;
+}
+
+bool isDigit(QChar character) {
+    return character >= QLatin1Char('0') && character <= QLatin1Char('9');
+}
+
+/// Reads what is a number by all conventions; false for everything that Qt should judge.
+bool readPlainNumber(QStringView text, double& number) {
+    Buffer buffer;
+    if (text.isEmpty() || text.size() > static_cast<int>(buffer.size()) || !isDigit(text.back()))
+        return false;
+    char* end = buffer.data();
+    for (const QChar character : text) {
+        const bool isPart = isDigit(character) || character == QLatin1Char('.') || character == QLatin1Char('-') ||
+                            character == QLatin1Char('e');
+        if (!isPart)
+            return false;
+        *end++ = static_cast<char>(character.unicode());
+    }
+    if (!isDigit(text[buffer[0] == '-' ? 1 : 0]))
+        return false;
+    const auto result = std::from_chars(buffer.data(), end, number);
+    return result.ec == std::errc() && result.ptr == end;
+}
+
+} // namespace
+
+void addSixDigits(QString& text, double number) {
+    if (addThousandths(text, number, true))
+        return;
+    // Qt rounds halves up, and has a zero without a sign.
+    if (!std::isfinite(number) || number == 0 || Shortest(number).endsHalfwayBehind(6)) {
+        text += QString::number(number, 'g', 6);
+        return;
+    }
+    Buffer buffer;
+    const auto result =
+        std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, std::chars_format::general, 6);
+    add(text, buffer.data(), result.ptr);
+}
+
+void addShortest(QString& text, double number) {
+    if (!addThousandths(text, number, false) && !addDecimal(text, number))
+        text += QString::number(number, 'g', QLocale::FloatingPointShortest);
+}
+
+double toDouble(QStringView text, bool* isNumber) {
+    double number = 0;
+    if (!readPlainNumber(text, number))
+        return text.toString().toDouble(isNumber);
+    if (isNumber)
+        *isNumber = true;
+    return number;
+}
+
+float toFloat(QStringView text) {
+    double number = 0;
+    const bool isPlain = readPlainNumber(text, number);
+    const double size = std::abs(number);
+    // Where single precision ends, Qt has its own way.
+    const bool fits = number == 0 || (size > 1e-30 && size < 1e30);
+    return isPlain && fits ? static_cast<float>(number) : text.toString().toFloat();
+}
+
+} // namespace Prm::detail

@@ -1,0 +1,173 @@
+#include "prm/MovedParameter.h"
+#include "prm/NumericParameter.h"
+#include "prm/ParameterSet.h"
+#include "prm/ProjectFile.h"
+#include "prm/StaticParameter.h"
+#include "tests/support/ChangeRecorder.h"
+#include "tests/support/Warnings.h"
+#include "tests/text/Lines.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <boost/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace Prm;
+
+namespace {
+
+TEST(ParameterSet, SubsetsGetUniqueNames) {
+    ParameterSet root;
+    const auto added = [&](const char* name) {
+        const auto subset = boost::make_shared<ParameterSet>(name);
+        EXPECT_TRUE(root.addParameterSet(subset));
+        return subset->scriptName().toStdString();
+    };
+    const char* const names[][2] = {{"Blur", "Blur"},
+                                    {"Blur", "Blur_2"},
+                                    {"Blur", "Blur_3"},
+                                    {"Blur_2", "Blur_4"},
+                                    {"Blur7", "Blur7"},
+                                    {"Blur7", "Blur_8"},
+                                    {"a_b_3", "a_b_3"},
+                                    {"a_b_3", "a_b_4"},
+                                    {"12", "12"},
+                                    {"12", "13"},
+                                    {"_5", "_5"},
+                                    {"_5", "6"},
+                                    {"Blur_007", "Blur_007"},
+                                    {"Blur_007", "Blur_9"},
+                                    {"it's a.b", "it_s_a_b"},
+                                    {"B99999999999", "B99999999999"},
+                                    {"B99999999999", "B_100000000000"}};
+    for (const auto& [name, unique] : names)
+        EXPECT_EQ(added(name), unique);
+    // Numbers that were given once are free again.
+    root.subsetWithName("Blur_2")->setScriptName("other");
+    EXPECT_EQ(added("Blur"), "Blur_2");
+    const auto third = boost::make_shared<ParameterSet>("x");
+    root.insertParameterSet(third, 1);
+    EXPECT_EQ(root.subsets().at(1), third.get());
+    EXPECT_TRUE(root.removeParameterSet(third));
+    EXPECT_FALSE(root.removeParameterSet(third));
+    Warnings warnings;
+    EXPECT_FALSE(root.addParameterSet(root));
+    EXPECT_TRUE(Warnings::text().contains("contains"));
+}
+
+TEST(ParameterSet, FindsWatchesAndForgets) {
+    ParameterSet root;
+    ParameterSet set("a");
+    MovedParameter moved("x");
+    OwnedStaticParameter<unsigned int> still("x");
+    root.addParameterSet(set);
+    root.addBasicParameter(moved);
+    EXPECT_EQ(root.parameterWithName("x"), &moved);
+    root.addBasicParameter(still);
+    EXPECT_EQ(root.parameterWithName("x"), &still);
+    ChangeRecorder recorder;
+    {
+        NumericParameter<double> inner("p.q");
+        set.addParameter(inner);
+        set.addParameter(inner);
+        EXPECT_EQ(set.parameters().size(), 1u);
+        EXPECT_EQ(inner.parentSet(), &set);
+        EXPECT_EQ(root.parameterWTWithName("a.p.q"), &inner);
+        EXPECT_EQ(root.parameterWTWithName("A.p.q"), nullptr);
+        root.attachObserver(&recorder, SLOT(onChanged(Prm::ParameterChange&)), false);
+        inner.hide(true);
+        EXPECT_EQ(recorder.take(), "");
+        root.attachObserver(&recorder, SLOT(onChanged(Prm::ParameterChange&)), true);
+        inner.hide(false);
+        EXPECT_EQ(recorder.take(), "PARAMETER_HIDDEN_CHANGED 0 0\n");
+        root.detachObserver(&recorder, true);
+    }
+    EXPECT_TRUE(set.parameters().empty());
+    EXPECT_EQ(root.parameterWithName("a.p.q"), nullptr);
+}
+
+TEST(ParameterSet, WritesAndReadsItsLines) {
+    Parameter<bool> enable("enable", true, Splittable);
+    Parameter<bool> invert("invert", false, Splittable);
+    ParameterSet blur("blur");
+    ParameterSet mask("mask");
+    blur.assignName("Blur");
+    mask.assignName("");
+    blur.addParameter(enable);
+    blur.addParameterSet(mask);
+    mask.addParameter(invert);
+    enable.setFromScriptString("enable.value=1", version());
+    invert.setFromScriptString("invert.value=0", version());
+    EXPECT_EQ(lines(blur), "blur.name=\"Blur\"\nblur.enable.value=1\nblur.mask.invert.value=0\n");
+    EXPECT_EQ(lines(blur, "top.", false), "top.blur.name=\"Blur\"\ntop.blur.enable.value=1\nmask.invert.value=0\n");
+    const char* const taken[] = {"", "mask.invert.value=1", "enable.value=0", "name=\"a\"b\"", "mask.name=\"m\""};
+    for (const char* line : taken)
+        EXPECT_TRUE(blur.bStreamIn(line, version())) << line;
+    for (const char* line : {"NAME=\"x\"", "name=\"\"", "name=x", "masks.invert.value=1", "mask.x.value=1", "value=1"})
+        EXPECT_FALSE(blur.bStreamIn(line, version())) << line;
+    enable.setStreamable(false);
+    EXPECT_EQ(lines(blur), "blur.name=\"a\"b\"\nblur.mask.name=\"m\"\nblur.mask.invert.value=1\n");
+}
+
+/// The same name everywhere, in one set or one below the other.
+QByteArray textOf(int count, bool deep, QByteArray* again = nullptr) {
+    ParameterSet root;
+    ParameterSet* set = &root;
+    for (int i = 0; i < count; ++i) {
+        const auto below = boost::make_shared<ParameterSet>("s");
+        set->addParameterSet(below);
+        below->assignName(i % 2000 == 0 || i + 1 == count ? "n" : "");
+        set = deep ? below.get() : set;
+    }
+    ProjectFile file(root);
+    file.setTimeOfWriting(QDateTime(QDate(2021, 3, 1), QTime(), Qt::UTC));
+    const QByteArray text = file.text();
+    if (again && file.loadText(text) && file.report().isEmpty())
+        *again = file.text();
+    return text;
+}
+
+TEST(ParameterSet, MayBeDeepOrWide) {
+    for (const bool deep : {true, false}) {
+        QByteArray again;
+        const QByteArray text = textOf(deep ? 10000 : 1000000, deep, &again);
+        EXPECT_TRUE(text.contains(deep ? ".s.s.name=" : "\ns_1000000.name=\"n\""));
+        EXPECT_TRUE(again == text);
+    }
+}
+
+TEST(ProjectFile, AKillWhileSavingLeavesAWholeFile) {
+    const QTemporaryDir folder;
+    const QString name = folder.filePath("a.prm");
+    const auto save = [&](QChar letter) {
+        ParameterSet root;
+        OwnedStaticParameter<QString> text("text", QString(3000000, letter));
+        root.addBasicParameter(text);
+        return ProjectFile(root).save(name);
+    };
+    const auto letters = [&] {
+        QFile file(name);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        const QByteArray bytes = file.readAll();
+        return std::make_pair(bytes.count('X'), bytes.count('Y'));
+    };
+    ASSERT_TRUE(save('X'));
+    for (const unsigned int microseconds : {0u, 500u, 1000u, 2000u, 4000u, 8000u, 16000u, 32000u}) {
+        const pid_t child = fork();
+        if (child == 0) {
+            for (QChar letter = 'X';; letter = letter == 'X' ? 'Y' : 'X')
+                save(letter);
+        }
+        usleep(microseconds);
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+        const auto [former, newer] = letters();
+        EXPECT_TRUE((former == 3000000 && newer == 0) || (former == 0 && newer == 3000000)) << microseconds;
+    }
+}
+
+} // namespace

@@ -1,0 +1,148 @@
+#include "prm/NumericParameter.h"
+#include "prm/SerialisedKeyframe.h"
+#include "tests/parameter/Keying.h"
+#include "tests/support/ChangeRecorder.h"
+#include "tests/text/Lines.h"
+
+#include <gtest/gtest.h>
+
+using namespace Prm;
+
+namespace {
+
+/// Keyframed at 1 (false, Constant) and 10 (true, Linear) in view 0, still in view 1, hidden.
+void makeExample(Parameter<bool>& flag) {
+    flag.vSetDefaultInterpolation(Interpolation::Constant);
+    flag.vSetValue(true, still(0));
+    flag.vSetValue(false, still(1));
+    key<bool>(flag, {{1, false}, {10, true}});
+    flag.vSetInterpolationData(IType(Interpolation::Constant), 0, View(0));
+    flag.vSetInterpolationData(IType(Interpolation::Linear), 1, View(0));
+    flag.hide(true);
+}
+
+const std::string example = "flag.views=[0, 1]\n"
+                            "flag.keyframes.append( Key( 1, 0, Constant ) )\n"
+                            "flag.keyframes.append( Key( 10, 1, Linear ) )\n"
+                            "flag.view[1].value=0\n"
+                            "flag.view[0].value=1\n"
+                            "flag.hidden=1\n"
+                            "flag.before=Constant\n"
+                            "flag.after=Constant\n";
+
+struct ReadCase {
+    const char* name;
+    quint32 version;
+    /// Lines read by the example, without its name.
+    const char* lines;
+    /// What is then written, without the name.
+    const char* written;
+    const char* heard;
+};
+
+class ParameterLines : public testing::TestWithParam<ReadCase> {};
+
+TEST_P(ParameterLines, AreRead) {
+    Parameter<bool> flag("flag", true);
+    makeExample(flag);
+    flag.vDeleteAllKeyframes(View(0));
+    ChangeRecorder recorder(&flag);
+    for (const QString& line : QString(GetParam().lines).split('\n'))
+        EXPECT_TRUE(flag.setFromScriptString("flag." + line, version(GetParam().version)));
+    EXPECT_EQ(lines(flag, {}, false), GetParam().written);
+    EXPECT_EQ(recorder.take(), GetParam().heard);
+}
+
+#define BOTH "before=Constant\nafter=Constant\n"
+#define SPLIT "views=[0, 1]\nview[0].value=1\nview[1].value=0\nhidden=1\n" BOTH
+INSTANTIATE_TEST_SUITE_P(
+    Lines, ParameterLines,
+    testing::Values(
+        ReadCase{"ValueResets", 3001, "value=0", "value=0\nhidden=1\n" BOTH, ""},
+        ReadCase{"OldValueDoesNot", 3000, "VALUE=0", "views=[0, 1]\nview[0].value=0\nview[1].value=0\nhidden=1\n" BOTH,
+                 ""},
+        ReadCase{"ViewIsMade", 3002, "view[2].value=1",
+                 "views=[0, 1, 2]\nview[0].value=1\nview[1].value=0\nview[2].value=1\nhidden=1\n" BOTH,
+                 "VIEW_ADDED 0 2\n"},
+        ReadCase{"ViewsReset", 3001, "views=[1]", "views=[1]\nview[1].value=1\nhidden=1\n" BOTH, "VIEW_ADDED 0 1\n"},
+        ReadCase{"OldViewsDoNot", 2019, "views=[1]\nkeyframed=1", SPLIT, ""},
+        ReadCase{"NoView", 3002, "views=[]\nhidden=0", "views=[]\n" BOTH, ""},
+        ReadCase{"Key", 3002, "view[1].KEYFRAMES.append( Key( 0.1, 1, Custom0 ) )",
+                 "views=[0, 1]\nview[0].value=1\nview[1].keyframes.append( Key( 0.1, 1, Custom0 ) )\n"
+                 "view[1].value=0\nhidden=1\n" BOTH,
+                 ""},
+        ReadCase{"HiddenTwice", 3002, "hidden=0\nhidden=1=2", SPLIT, ""},
+        ReadCase{"Outside", 3002, "AFTER=Linear\nbefore=unheard of\nview[1].before=Custom0",
+                 "views=[0, 1]\nview[0].value=1\nview[1].value=0\nhidden=1\nbefore=Custom0\nafter=Linear\n", ""}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(ParameterText, TheExampleIsWrittenAndReadBack) {
+    Parameter<bool> flag("flag");
+    makeExample(flag);
+    std::string expected;
+    for (const QString& line : QString::fromStdString(example).split('\n', Qt::SkipEmptyParts))
+        expected += "node1." + line.toStdString() + "\n";
+    EXPECT_EQ(lines(flag, "node1."), expected);
+
+    Parameter<bool> again("flag");
+    for (const QString& line : QString::fromStdString(example).split('\n', Qt::SkipEmptyParts))
+        EXPECT_TRUE(again.setFromScriptString(line, version()));
+    EXPECT_EQ(lines(again), example);
+    Parameter<bool> unkeyed("flag", true, Splittable);
+    EXPECT_TRUE(unkeyed.setFromScriptString("flag.value=1", version()));
+    EXPECT_EQ(lines(unkeyed, "node1."), "node1.flag.value=1\n");
+}
+
+TEST(ParameterText, RefusedLinesChangeNothing) {
+    Parameter<bool> flag("flag");
+    makeExample(flag);
+    for (const char* line : {"flag.Views=[0]", "Flag.value=0", "flags.value=0", "flag", "flag.", "flag.shade=1"})
+        EXPECT_FALSE(flag.setFromScriptString(line, version())) << line;
+    const auto error = [&](const char* line) -> std::string {
+        try {
+            flag.setFromScriptString(line, version());
+        } catch (const std::runtime_error& thrown) {
+            return thrown.what();
+        }
+        return {};
+    };
+    EXPECT_EQ(error("flag.view[0].keyframes.append( Key( 5, 1 ) )"),
+              "Failed to parse Key() block: 'keyframes.append( Key( 5, 1 ) )'");
+    EXPECT_FALSE(flag.signalsBlocked());
+    EXPECT_EQ(lines(flag), example);
+}
+
+TEST(ParameterText, OldNamesConvertTheirValues) {
+    NumericParameter<double> size("size");
+    size.addAdditionalScriptName("width", [](const QString& text) { return QString::number(text.toDouble() / 2); });
+    EXPECT_TRUE(size.setFromScriptString("width.keyframes.append( Key( 2, 8, Linear ) )", version(3000)));
+    EXPECT_TRUE(size.setFromScriptString("width.value=6", version(3000)));
+    EXPECT_EQ(size.value(at(2)), 4);
+    EXPECT_EQ(size.staticValue(View()), 3);
+}
+
+TEST(ParameterText, KeyframesAreCopiedAsText) {
+    NumericParameter<double> from("a");
+    NumericParameter<double> to("b");
+    key<double>(from, {{0.1, 0.1}, {1234567, 2}}, 1);
+    from.vSetInterpolationData(IType(Interpolation::Bezier, 0.25, 0, 1. / 3, 1), 0, View(1));
+    const auto text = [&](double time) { return from.getSerialisedKeyframe(at(time, 1))->toString().toStdString(); };
+    EXPECT_EQ(text(0.1), "view[1].keyframes.append( BezierKey( 0.1, 0.1, 0.25, 0, 0.333333, 1 ) )");
+    EXPECT_EQ(text(1234567), "view[1].keyframes.append( Key( 1.23457e+06, 2, Linear ) )");
+    EXPECT_FALSE(from.getSerialisedKeyframe(at(7, 1)));
+
+    const auto copy = to.getSerialisedKeyframe(Context(Context::INVALID_TIME));
+    copy->setFromString(QString::fromStdString(text(0.1)));
+    EXPECT_EQ(copy->context(), at(static_cast<double>(0.1f), 1));
+    copy->adjustTime(2);
+    to.importKeyframe(*copy);
+    EXPECT_EQ(to.keyframe(0, View(1)).interpolationData, IType(Interpolation::Bezier, 0.25, 0, 0.333333, 1));
+    EXPECT_THROW(copy->setFromString("key( 1, 2, Linear ) )"), std::runtime_error);
+    EXPECT_THROW(Parameter<bool>("c").importKeyframe(*copy), std::bad_cast);
+    copy->setFromString("keyframes.append( Key( x, 1, Linear ) )");
+    EXPECT_EQ(copy->context(), at(0, 1));
+    copy->setFromString("view[0].keyframes.append( Key( 1e99, 1, Linear ) )");
+    EXPECT_FALSE(copy->context().time.isValid());
+}
+
+} // namespace
