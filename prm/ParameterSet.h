@@ -103,6 +103,8 @@ public:
     /// Visits the own animatable parameters, then those of the subsets, depth first. A compound is one parameter. What
     /// the function removes is not visited any more.
     void forEachParameter(boost::function<void(ParameterWithoutType*)> function, bool recursive) const;
+    /// Visits all animatable parameters below, and behind each compound its subparameters.
+    void forEachParameterAndPart(const boost::function<void(ParameterWithoutType*)>& function) const;
     void forEachSubset(boost::function<void(ParameterSet*)> function, bool recursive);
 
     // The operations of the same name on every member parameter.

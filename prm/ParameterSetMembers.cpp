@@ -104,6 +104,17 @@ void ParameterSet::forEachParameter(boost::function<void(ParameterWithoutType*)>
     }
 }
 
+void ParameterSet::forEachParameterAndPart(const boost::function<void(ParameterWithoutType*)>& function) const {
+    forEachParameter(
+        [&](ParameterWithoutType* parameter) {
+            const QPointer<ParameterWithoutType> visited(parameter);
+            function(parameter);
+            if (const auto* const compound = dynamic_cast<const ParameterSet*>(visited.data()))
+                compound->forEachParameterAndPart(function);
+        },
+        true);
+}
+
 void ParameterSet::forEachSubset(boost::function<void(ParameterSet*)> function, bool recursive) {
     const detail::LifeGuard guard(*this);
     const std::vector<Subset> below = m_subsets;
@@ -158,13 +169,11 @@ void ParameterSet::assignNamePrefixes(const QString& prefix) {
 int ParameterSet::resolveMasterParameters(const boost::function<ParameterWithoutType*(const QString&)>& find) {
     QHash<QString, ParameterWithoutType*> byName;
     std::vector<ParameterWithoutType*> waiting;
-    forEachParameter(
-        [&](ParameterWithoutType* parameter) {
-            byName.insert(parameter->extendedName(), parameter);
-            if (!parameter->pendingMasterParameterId().isEmpty())
-                waiting.push_back(parameter);
-        },
-        true);
+    forEachParameterAndPart([&](ParameterWithoutType* parameter) {
+        byName.insert(parameter->extendedName(), parameter);
+        if (!parameter->pendingMasterParameterId().isEmpty())
+            waiting.push_back(parameter);
+    });
     int unresolved = 0;
     for (ParameterWithoutType* parameter : waiting) {
         const QString id = parameter->pendingMasterParameterId();

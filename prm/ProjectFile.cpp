@@ -72,8 +72,12 @@ bool namesMaster(const QString& line) {
 }
 
 void collectPaths(const ParameterSet& set, const QString& start, QSet<QString>& paths) {
-    for (const auto& parameter : set.parameters())
-        paths.insert(start + parameter->scriptName());
+    for (const auto& parameter : set.parameters()) {
+        const QString& name = parameter->scriptName();
+        paths.insert(start + name);
+        if (const auto* const compound = dynamic_cast<const ParameterSet*>(parameter.get()))
+            collectPaths(*compound, detail::lineStart(start, name, true), paths);
+    }
     for (const BasicParameter* parameter : set.basicParameters())
         paths.insert(start + parameter->scriptName());
     for (const ParameterSet* subset : set.subsets())
@@ -201,15 +205,13 @@ void ProjectFile::resolveMasters() {
 void ProjectFile::keepUnresolvedMasters() {
     QSet<QString> paths;
     QSet<QString> ids;
-    m_root.forEachParameter(
-        [&](const ParameterWithoutType* parameter) {
-            if (parameter->pendingMasterParameterId().isEmpty())
-                return;
-            const QString name = parameter->extendedName();
-            paths.insert(name.startsWith(QLatin1Char('.')) ? name.mid(1) : name);
-            ids.insert(parameter->pendingMasterParameterId());
-        },
-        true);
+    m_root.forEachParameterAndPart([&](const ParameterWithoutType* parameter) {
+        if (parameter->pendingMasterParameterId().isEmpty())
+            return;
+        const QString name = parameter->extendedName();
+        paths.insert(name.startsWith(QLatin1Char('.')) ? name.mid(1) : name);
+        ids.insert(parameter->pendingMasterParameterId());
+    });
     for (const Line& line : qAsConst(m_masterLines)) {
         const QString text = textOf(line.bytes);
         const QString path = pathOf(text);

@@ -41,15 +41,17 @@ public:
     Losses(const ParameterWithoutType& parameter, QStringList& list) : m_parameter(parameter), m_list(list) {}
 
     void collect() {
+        if (dynamic_cast<const ParameterSet*>(&m_parameter)) {
+            if (m_parameter.isHidden() || m_parameter.masterParameter())
+                add(QStringLiteral("the hidden flag and the master of a compound are not written"));
+            return;
+        }
         const std::vector<View> views = m_parameter.viewList();
         for (const View view : views)
             collectView(view);
         if (m_parameter.extrapolationBefore() > Extrapolation::Custom0 ||
             m_parameter.extrapolationAfter() > Extrapolation::Custom0)
             add(QStringLiteral("a custom extrapolation other than the first becomes Constant"));
-        const bool isCompound = dynamic_cast<const ParameterSet*>(&m_parameter) != nullptr;
-        if (isCompound && (m_parameter.isHidden() || m_parameter.masterParameter()))
-            add(QStringLiteral("the hidden flag and the master of a compound are not written"));
     }
 
 private:
@@ -156,7 +158,11 @@ QStringList ProjectFile::saveLosses() const {
     QStringList losses;
     collectSet(m_root, losses);
     m_root.forEachSubset([&](ParameterSet* set) { collectSet(*set, losses); }, true);
-    m_root.forEachParameter([&](const ParameterWithoutType* parameter) { Losses(*parameter, losses).collect(); }, true);
+    m_root.forEachParameterAndPart([&](const ParameterWithoutType* parameter) {
+        if (const auto* const compound = dynamic_cast<const ParameterSet*>(parameter))
+            collectNames(*compound, losses);
+        Losses(*parameter, losses).collect();
+    });
     return losses;
 }
 

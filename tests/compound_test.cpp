@@ -1,6 +1,7 @@
 #include "host/bsc/Hash.h"
 #include "prm/CompoundParameter.h"
 #include "prm/NumericParameter.h"
+#include "prm/ProjectFile.h"
 #include "prm/ProjectFileVersion.h"
 #include "prm/SerialisedKeyframe.h"
 #include "tests/parameter/Keying.h"
@@ -252,6 +253,28 @@ TEST(Compound, IsAGroupInText) {
     EXPECT_EQ(p.text("set.").substr(0, 14), "set.x.value=1\n");
 }
 
+TEST(Compound, ProjectsFindItsPartsAndNameItsLosses) {
+    Position p;
+    Number master("master");
+    ParameterSet root;
+    root.addParameter(master);
+    root.addParameter(p.whole);
+    ProjectFile file(root);
+    const QByteArray lines =
+        "position.x.MasterParameterId=.master\nposition.y.MasterParameterId=gone\nposition.y.value=x\n";
+    EXPECT_TRUE(file.loadText("FileVersion.value=2019\n" + lines));
+    EXPECT_EQ(p.x->masterParameter(), &master);
+    EXPECT_EQ(file.report().size(), 1);
+    EXPECT_EQ(file.report().first().reason, ProjectFileFinding::UnresolvedMaster);
+    p.whole.hide(true);
+    p.x->setScriptName("y");
+    key(*p.y, {{0.1, 1.}});
+    const std::string losses = file.saveLosses().join('\n').toStdString();
+    EXPECT_EQ(losses, "the script name \"y\" in the set \"position\" is used 2 times\n"
+                      ".position: the hidden flag and the master of a compound are not written\n"
+                      "position.y: view 0: keyframe times will move (1)");
+}
+
 TEST(Compound, ItsKeyframesTravelAsOne) {
     Position p;
     key(*p.x, {{9, 5.}});
@@ -290,6 +313,12 @@ TEST(Compound, NamesAreThoseOfBothSides) {
     EXPECT_EQ(compound.scriptName(), "a_b");
     compound.setScriptName("c");
     compound.setDisplayName("Name", "Anzeige");
+    ChangeRecorder observer;
+    compound.attachObserver(&observer, SLOT(onChanged(Prm::ParameterChange&)), true);
+    compound.AttachCommandRegistrationObserver(&observer, SLOT(onChanged(Prm::ParameterChange&)));
+    compound.DetachCommandRegistrationObserver(&observer);
+    compound.detachObserver(&observer);
+    compound.detachAllObservers();
     EXPECT_EQ(compound.displayName(), "Anzeige");
     const ParameterSet& set = compound;
     const ParameterWithoutType& parameter = compound;
