@@ -166,10 +166,17 @@ private:
     bool stillLists(const ParameterSet* subset, quint32 membership) const;
     template <class Result, class Own> Result* find(const QString& name, const Own& own) const;
 
-    enum class Reading { NotMine, Refused, Taken };
-    Reading readByAny(const QString& line, const ProjectFileVersion& version);
-    Reading readBy(int list, const QString& line, const ProjectFileVersion& version);
-    Reading offerTo(int list, int index, const QString& line, const ProjectFileVersion& version);
+    /// A line and the set that it is for.
+    struct Descent {
+        Subset into;
+        QString line;
+    };
+    enum class Reading { NotMine, Refused, Taken, Below };
+    Reading readByAny(const QString& line, const ProjectFileVersion& version, Descent& below);
+    Reading readBy(int list, const QString& line, const ProjectFileVersion& version, Descent& below);
+    Reading offerTo(int list, int index, const QString& line, const ProjectFileVersion& version, Descent& below);
+    static Reading offerToSubset(const Subset& subset, const QString& line, const ProjectFileVersion& version,
+                                 Descent& below);
     int lengthOf(int list) const;
     bool readName(const QString& line);
 

@@ -13,6 +13,7 @@
 #include <QTextStream>
 
 #include <array>
+#include <typeinfo>
 
 namespace Prm {
 
@@ -59,19 +60,29 @@ void ParameterSet::writeMembers(QTextStream& stream, const QString& path, bool w
         subset.set->bStreamOut(stream, withPrefixForSubsets ? path : QString(), withPrefixForSubsets);
 }
 
+/// Goes down plain sets one after the other, so that a deep tree does not need a deep stack.
 bool ParameterSet::bStreamIn(const QString& line, const ProjectFileVersion& version) {
-    if (line.isEmpty())
-        return true;
-    const detail::LifeGuard guard(*this);
-    const Reading reading = readByAny(line, version);
-    return reading == Reading::NotMine && guard.alive() ? readName(line) : reading == Reading::Taken;
+    Descent next{{this, nullptr}, line};
+    while (!next.line.isEmpty()) {
+        const Descent present = next;
+        ParameterSet& set = *present.into.set;
+        const detail::LifeGuard guard(set);
+        const Reading reading = set.readByAny(present.line, version, next);
+        if (reading == Reading::NotMine)
+            return guard.alive() && set.readName(present.line);
+        if (reading != Reading::Below)
+            return reading == Reading::Taken;
+    }
+    return true;
 }
 
 bool ParameterSet::readByMembers(const QString& line, const ProjectFileVersion& version) {
-    return readByAny(line, version) == Reading::Taken;
+    Descent below{};
+    const Reading reading = readByAny(line, version, below);
+    return reading == Reading::Below ? below.into.set->bStreamIn(below.line, version) : reading == Reading::Taken;
 }
 
-ParameterSet::Reading ParameterSet::readByAny(const QString& line, const ProjectFileVersion& version) {
+ParameterSet::Reading ParameterSet::readByAny(const QString& line, const ProjectFileVersion& version, Descent& below) {
     static constexpr std::array<std::array<int, 3>, 3> orders{{{Parameters, BasicParameters, Subsets},
                                                                {BasicParameters, Parameters, Subsets},
                                                                {Subsets, Parameters, BasicParameters}}};
@@ -79,7 +90,7 @@ ParameterSet::Reading ParameterSet::readByAny(const QString& line, const Project
     if (m_lastHitList < Parameters || m_lastHitList > Subsets)
         return Reading::NotMine;
     for (const int list : orders[static_cast<std::size_t>(m_lastHitList)]) {
-        const Reading reading = readBy(list, line, version);
+        const Reading reading = readBy(list, line, version, below);
         if (reading != Reading::NotMine || !guard.alive())
             return reading;
     }
@@ -94,7 +105,8 @@ int ParameterSet::lengthOf(int list) const {
 }
 
 /// Offers the line to the members of one list, from where the last line was taken, once around.
-ParameterSet::Reading ParameterSet::readBy(int list, const QString& line, const ProjectFileVersion& version) {
+ParameterSet::Reading ParameterSet::readBy(int list, const QString& line, const ProjectFileVersion& version,
+                                           Descent& below) {
     const detail::LifeGuard guard(*this);
     const int start = m_lastHitIndex;
     const int length = lengthOf(list);
@@ -103,7 +115,7 @@ ParameterSet::Reading ParameterSet::readBy(int list, const QString& line, const 
         // A reader may have removed members.
         if (index >= lengthOf(list))
             continue;
-        const Reading reading = offerTo(list, index, line, version);
+        const Reading reading = offerTo(list, index, line, version, below);
         if (reading == Reading::NotMine)
             continue;
         if (guard.alive()) {
@@ -115,16 +127,22 @@ ParameterSet::Reading ParameterSet::readBy(int list, const QString& line, const 
     return Reading::NotMine;
 }
 
-ParameterSet::Reading ParameterSet::offerTo(int list, int index, const QString& line,
-                                            const ProjectFileVersion& version) {
-    const auto position = static_cast<std::size_t>(index);
-    if (list == Subsets) {
-        const Subset subset = m_subsets[position];
-        QString rest;
-        if (!detail::behindName(line, subset.set->scriptName(), rest))
-            return Reading::NotMine;
+ParameterSet::Reading ParameterSet::offerToSubset(const Subset& subset, const QString& line,
+                                                  const ProjectFileVersion& version, Descent& below) {
+    QString rest;
+    if (!detail::behindName(line, subset.set->scriptName(), rest))
+        return Reading::NotMine;
+    if (typeid(*subset.set) != typeid(ParameterSet))
         return subset.set->bStreamIn(rest, version) ? Reading::Taken : Reading::Refused;
-    }
+    below = {subset, rest};
+    return Reading::Below;
+}
+
+ParameterSet::Reading ParameterSet::offerTo(int list, int index, const QString& line, const ProjectFileVersion& version,
+                                            Descent& below) {
+    const auto position = static_cast<std::size_t>(index);
+    if (list == Subsets)
+        return offerToSubset(Subset(m_subsets[position]), line, version, below);
     // Kept alive: its observers may take it out of the set.
     const auto owner = list == Parameters ? m_parameters[position] : nullptr;
     BasicParameter* const parameter = owner ? owner.get() : m_basicParameters[position];

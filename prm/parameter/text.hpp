@@ -187,8 +187,7 @@ template <class T> void Parameter<T>::importKeyframe(const SerialisedKeyframe& k
     const detail::LifeGuard guard(*this);
     const Context context = copy.context();
     const int index = vSetValue(copy.value, context);
-    // While text is read nobody is told, and what it would shape is replaced at once.
-    if (guard.alive() && !isReadingIn())
+    if (guard.alive())
         vSetInterpolation(copy.itype.interpolation, context);
     if (guard.alive())
         vSetInterpolationData(copy.itype, static_cast<unsigned int>(index), copy.view);
