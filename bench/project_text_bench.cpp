@@ -118,7 +118,9 @@ PlainKeyframe readPlainly(const QString& declaration) {
     const QRegularExpressionMatch match = key.match(declaration);
     const QString parts = match.captured(2);
     const auto number = [&](int i) { return parts.section(QLatin1Char(','), i, i).trimmed().toDouble(); };
-    PlainKeyframe keyframe{parts.section(QLatin1Char(','), 0, 0).toFloat(), number(1), {}};
+    PlainKeyframe keyframe{parts.section(QLatin1Char(','), 0, 0).toFloat(), 0, {}};
+    QString value = parts.section(QLatin1Char(','), 1, 1);
+    QTextStream(&value) >> keyframe.value;
     if (match.captured(1).isEmpty())
         Prm::bStringToInterpolationType(parts.section(QLatin1Char(','), -1).trimmed(), keyframe.shape.interpolation);
     else
