@@ -3,8 +3,11 @@
 #include "prm/Interpolation.h"
 #include "tool/BuiltParameter.h"
 
+#include <QLocale>
+
 #include <algorithm>
 #include <map>
+#include <unordered_map>
 
 namespace Tool {
 
@@ -47,6 +50,18 @@ void checkSettings(const ProjectText& text, int node, Findings& findings) {
     }
 }
 
+void checkGroupNames(const ProjectText& text, Findings& findings) {
+    std::unordered_map<int, int> first;
+    for (int i = 0; i < text.lineCount(); ++i) {
+        if (text.key(i) != Key::Name)
+            continue;
+        const auto [found, isNew] = first.try_emplace(text.findNode(text.reading(i).path), i);
+        if (!isNew)
+            findings.push_back(
+                {i, QStringLiteral("the group is named again, first in line %1").arg(found->second + 1)});
+    }
+}
+
 void checkRepeated(const ProjectText& text, int node, Findings& findings) {
     std::map<std::pair<Key, quint32>, int> first;
     for (const int line : text.node(node).lines) {
@@ -72,6 +87,8 @@ struct WrittenTime {
     double asWritten;
     float asRead;
     QString asSaved;
+
+    QString shownAsSaved() const { return QString::number(asSaved.toDouble(), 'f', QLocale::FloatingPointShortest); }
 };
 
 /// A view's keyframes whose times are one after saving. Those that are one already are told apart from these.
@@ -86,7 +103,7 @@ public:
         const auto& [firstLine, firstTime] = found->second;
         const QString message = firstTime == time.asRead ? QStringLiteral("a second keyframe at %1, as in line %2")
                                                          : QStringLiteral("merges on saving at %1 with line %2");
-        m_findings.push_back({line, message.arg(time.asSaved).arg(firstLine + 1)});
+        m_findings.push_back({line, message.arg(time.shownAsSaved()).arg(firstLine + 1)});
     }
 
 private:
@@ -98,7 +115,13 @@ void checkTime(int line, const QString& written, const WrittenTime& time, Findin
     if (!time.isNumber)
         findings.push_back({line, QStringLiteral("'%1' is no time").arg(written)});
     else if (time.asSaved.toDouble() != time.asWritten)
-        findings.push_back({line, QStringLiteral("time %1 moves to %2 on saving").arg(written, time.asSaved)});
+        findings.push_back({line, QStringLiteral("time %1 moves to %2 on saving").arg(written, time.shownAsSaved())});
+}
+
+/// Between its first and last comma, a declaration has a value. One comma alone is read as an empty one.
+bool hasValue(std::string_view line) {
+    const std::size_t start = line.find("Key(");
+    return line.find(',', start) != line.rfind(',');
 }
 
 void checkKeyframes(const ProjectText& text, int node, Findings& findings) {
@@ -111,6 +134,8 @@ void checkKeyframes(const ProjectText& text, int node, Findings& findings) {
         if (text.key(line) != Key::Keyframe || std::binary_search(malformed.begin(), malformed.end(), line))
             continue;
         const QString written = toText(keyframeTimeText(text.line(line))).trimmed();
+        if (!hasValue(text.line(line)))
+            findings.push_back({line, QStringLiteral("keyframe without a value")});
         const Prm::View view = text.reading(line).view;
         const WrittenTime time(written);
         checkTime(line, written, time, findings);
@@ -148,6 +173,7 @@ std::vector<Finding> findingsIn(const ProjectText& text) {
     Findings findings;
     checkHeader(text, findings);
     checkUnknown(text, findings);
+    checkGroupNames(text, findings);
     for (int node = 0; node < static_cast<int>(text.nodes().size()); ++node) {
         if (!text.node(node).isParameter())
             continue;
