@@ -64,6 +64,7 @@ levels() {
 7 prm/CompoundParameter.h
 7 prm/detail/CompoundWalk.hpp
 7 prm/ProjectFile.h
+8 tool/*
 TABLE
 }
 
@@ -127,10 +128,16 @@ check_host_file() {
     if own_includes "$1" | grep -q '^prm/'; then fault "$1: the host's side never includes prm/"; fi
 }
 
-readarray -t headers < <(find host prm -name '*.h' -o -name '*.hpp' | sort)
+check_program_file() {
+    if own_includes "$1" | grep -q '^prm/detail/'; then fault "$1: programs use public headers only"; fi
+}
+
+readarray -t headers < <(find host prm tool -name '*.h' -o -name '*.hpp' | sort)
 readarray -t host_files < <(find host -name '*.h' -o -name '*.cpp' | sort)
+readarray -t program_files < <(find tool examples -name '*.h' -o -name '*.cpp' | sort)
 for file in "${headers[@]}"; do check_header "$file"; done
 for file in "${host_files[@]}"; do check_host_file "$file"; done
+for file in "${program_files[@]}"; do check_program_file "$file"; done
 
 echo "${#headers[@]} headers, $faults faults"
 ((${#headers[@]} > 0 && faults == 0))

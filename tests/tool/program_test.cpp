@@ -1,0 +1,136 @@
+// Runs the program as a person would: arguments in, text and exit code out. The texts it should print stand in
+// tests/data/tool; with PRM_WRITE_GOLDEN set they are written anew instead, to be looked at.
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+struct Outcome {
+    int exitCode = -1;
+    QByteArray out;
+    QByteArray error;
+};
+
+Outcome run(const char* words, const QByteArray& input = {}, const QString& outFile = {}) {
+    QProcess process;
+    process.setWorkingDirectory(QStringLiteral(PRM_TOOL_DATA));
+    if (!outFile.isEmpty())
+        process.setStandardOutputFile(outFile);
+    process.start(QStringLiteral(PRM_TOOL), QString::fromLatin1(words).split(QLatin1Char(' '), Qt::SkipEmptyParts));
+    process.write(input);
+    process.closeWriteChannel();
+    EXPECT_TRUE(process.waitForFinished() && process.exitStatus() == QProcess::NormalExit) << words;
+    return {process.exitCode(), process.readAllStandardOutput(), process.readAllStandardError()};
+}
+
+/// The golden text of a name; what the program printed, once that has been written there.
+QByteArray golden(const char* name, const QByteArray& printed) {
+    QFile file(QStringLiteral(PRM_TOOL_DATA "/%1.txt").arg(QLatin1String(name)));
+    const bool isToBeWritten = qEnvironmentVariableIsSet("PRM_WRITE_GOLDEN");
+    EXPECT_TRUE(file.open(isToBeWritten ? QIODevice::WriteOnly : QIODevice::ReadOnly)) << name;
+    if (isToBeWritten)
+        file.write(printed);
+    return isToBeWritten ? printed : file.readAll();
+}
+
+struct Case {
+    const char* name;
+    const char* words;
+    int exitCode = 0;
+    const char* error = "";
+    const char* input = "";
+};
+
+const char* const note =
+    "prm: logo.visible: number or switch, read as a number; --type logo.visible=switch settles it\n";
+const char* const opaqueNote = "prm: logo.shadow.tint: not evaluated, its values are of no known type\n";
+
+const Case cases[] = {
+    {"help", "--help"},
+    {"eval_help", "eval --help"},
+    {"ls", "ls logo.prm"},
+    {"ls_below_group_csv", "ls logo.prm logo.shadow --type=*.red=switch --csv"},
+    {"ls_json", "ls logo.prm *.opacity --json"},
+    {"keys", "keys logo.prm"},
+    {"keys_json", "keys logo.prm logo.opacity logo.position --json"},
+    {"eval_step", "eval logo.prm logo.opacity logo.shadow.opacity --frames -2,0..30x5,24.5,-0.5..-0.3x0.1"},
+    {"eval_view", "eval logo.prm logo.opacity --frames 25,20,0 --view 1"},
+    {"eval_unsettled", "eval logo.prm logo.visible logo.position --frames 5..6", 0, note},
+    {"eval_json", "eval logo.prm logo.title logo.visible logo.position --type *.visible=switch --frames 5 --json"},
+    {"eval_opaque_csv", "eval logo.prm logo.t* *.tint --frames 5 --csv", 0, opaqueNote},
+    {"eval_times_from", "eval logo.prm logo.opacity --times-from -", 0, "", "0 2\n5..6\n"},
+    {"check", "check faults.prm", 1},
+    {"check_csv", "check faults.prm --csv", 1},
+};
+
+TEST(Program, PrintsTheGoldenTexts) {
+    for (const Case& row : cases) {
+        const Outcome outcome = run(row.words, row.input);
+        EXPECT_EQ(golden(row.name, outcome.out).toStdString(), outcome.out.toStdString()) << row.name;
+        EXPECT_EQ(outcome.error.toStdString(), row.error) << row.name;
+        EXPECT_EQ(outcome.exitCode, row.exitCode) << row.name;
+    }
+}
+
+const Case refusals[] = {
+    {"no command", "", 2, "prm: no command (prm --help)\n"},
+    {"unknown command", "list", 2, "prm: no command 'list' (prm --help)\n"},
+    {"unknown option", "ls --bad logo.prm", 2, "prm: ls: Unknown option 'bad'. (prm ls --help)\n"},
+    {"no file", "ls", 2, "prm: ls: arguments are missing (prm ls --help)\n"},
+    {"two files", "check logo.prm faults.prm", 2, "prm: check: what is 'faults.prm' for? (prm check --help)\n"},
+    {"missing file", "ls nowhere.prm", 2, "prm: nowhere.prm: No such file or directory\n"},
+    {"directory", "check ..", 2, "prm: ..: is a directory\n"},
+    {"two forms", "ls logo.prm --json --csv", 2, "prm: ls: either --json or --csv (prm ls --help)\n"},
+    {"unknown path", "keys logo.prm logo.size", 2, "prm: logo.prm: no parameter 'logo.size'\n"},
+    {"unknown type", "ls logo.prm --type a=colour", 2,
+     "prm: ls: 'colour' is no type: switch, number, point or text (prm ls --help)\n"},
+    {"no frames", "eval logo.prm logo", 2, "prm: eval: either --frames or --times-from (prm eval --help)\n"},
+    {"no number", "eval logo.prm logo --frames 1,,2", 2, "prm: eval: '' is no frame (prm eval --help)\n"},
+    {"wrong way", "eval logo.prm logo --frames 5..1", 2,
+     "prm: eval: the step 1 never leads from 5 to 1 (prm eval --help)\n"},
+    {"too many frames", "eval logo.prm logo --frames 0..1e9", 2,
+     "prm: eval: more than 1000000 frames (prm eval --help)\n"},
+    {"no view", "eval logo.prm logo --frames 1 --view left", 2, "prm: eval: 'left' is no view (prm eval --help)\n"},
+};
+
+TEST(Program, RefusesInOneLine) {
+    for (const Case& row : refusals) {
+        const Outcome outcome = run(row.words);
+        EXPECT_EQ(outcome.error.toStdString(), row.error) << row.name;
+        EXPECT_EQ(outcome.out.toStdString(), "") << row.name;
+        EXPECT_EQ(outcome.exitCode, row.exitCode) << row.name;
+    }
+}
+
+TEST(Program, FindsNothingWrongWithAGoodFile) {
+    const Outcome outcome = run("check -", "FileVersion.value=2019\r\na.x.value=1");
+    EXPECT_EQ(outcome.out.toStdString(), "");
+    EXPECT_EQ(outcome.exitCode, 0);
+}
+
+TEST(Program, TellsWhenAFileMayNotBeRead) {
+    if (geteuid() == 0)
+        GTEST_SKIP() << "nothing is forbidden to this user";
+    const QTemporaryDir folder;
+    const QByteArray name = QFile::encodeName(folder.filePath(QStringLiteral("secret.prm")));
+    QFile(QFile::decodeName(name)).open(QIODevice::WriteOnly);
+    ASSERT_EQ(chmod(name.constData(), 0), 0);
+    const Outcome outcome = run(("ls " + name).constData());
+    EXPECT_EQ(outcome.error, "prm: " + name + ": Permission denied\n");
+    EXPECT_EQ(outcome.exitCode, 2);
+}
+
+TEST(Program, NoticesThatItsTextDoesNotArrive) {
+    const Outcome full = run("ls logo.prm", {}, QStringLiteral("/dev/full"));
+    EXPECT_EQ(full.error.toStdString(), "prm: standard output: No space left on device\n");
+    EXPECT_EQ(full.exitCode, 2);
+}
+
+} // namespace

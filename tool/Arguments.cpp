@@ -1,0 +1,61 @@
+#include "tool/Arguments.h"
+
+#include "tool/Problem.h"
+#include "tool/Streams.h"
+
+namespace Tool {
+
+Arguments::Arguments(const QString& command, const QString& purpose, const QStringList& words)
+    : m_command(command), m_words(QStringList(command) + words) {
+    m_parser.setApplicationDescription(purpose);
+    option({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Shows this text."));
+}
+
+Arguments& Arguments::positional(const QString& name, const QString& purpose, const QString& syntax) {
+    m_parser.addPositionalArgument(name, purpose, syntax);
+    return *this;
+}
+
+Arguments& Arguments::option(const QStringList& names, const QString& purpose, const QString& value) {
+    m_parser.addOption(QCommandLineOption(names, purpose, value));
+    return *this;
+}
+
+Arguments& Arguments::tableOptions() {
+    option({QStringLiteral("json")}, QStringLiteral("Writes JSON."));
+    return option({QStringLiteral("csv")}, QStringLiteral("Writes comma-separated values."));
+}
+
+Arguments& Arguments::example(const QString& line) {
+    m_examples.append(line);
+    return *this;
+}
+
+bool Arguments::read(int least, int most) {
+    if (!m_parser.parse(m_words))
+        throw WrongUse(m_parser.errorText());
+    if (has(QStringLiteral("help"))) {
+        // Qt names the program by the path under which it was started.
+        QString help = m_parser.helpText();
+        const int end = help.indexOf(QLatin1String(" [options]"));
+        help.replace(0, end, QStringLiteral("Usage: prm ") + m_command);
+        print((help + QStringLiteral("\nExample:\n  ") + m_examples.join(QLatin1String("\n  ")) + QLatin1Char('\n'))
+                  .toUtf8());
+        return false;
+    }
+    if (rest().size() < least)
+        throw WrongUse(QStringLiteral("arguments are missing"));
+    if (most >= 0 && rest().size() > most)
+        throw WrongUse(QStringLiteral("what is '%1' for?").arg(rest().at(most)));
+    return true;
+}
+
+TableForm Arguments::tableForm() const {
+    const bool isJson = has(QStringLiteral("json"));
+    const bool isCsv = has(QStringLiteral("csv"));
+    if (isJson && isCsv)
+        throw WrongUse(QStringLiteral("either --json or --csv"));
+    return isJson ? TableForm::Json : isCsv ? TableForm::Csv : TableForm::Plain;
+}
+
+} // namespace Tool

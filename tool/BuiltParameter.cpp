@@ -1,0 +1,163 @@
+#include "tool/BuiltParameter.h"
+
+#include "prm/NumericParameter.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+namespace Tool {
+
+namespace {
+
+std::unique_ptr<Prm::ParameterWithoutType> newParameter(ValueKind kind) {
+    switch (kind) {
+    case ValueKind::Number:
+    case ValueKind::NumberOrSwitch:
+        return std::make_unique<Prm::NumericParameter<double>>();
+    case ValueKind::Point:
+        return std::make_unique<Prm::PointParameter>();
+    case ValueKind::Switch:
+        return std::make_unique<Prm::Parameter<bool>>();
+    case ValueKind::Opaque:
+    case ValueKind::Text:
+        break;
+    }
+    return std::make_unique<Prm::Parameter<QString>>();
+}
+
+template <class T> const Prm::Parameter<T>& as(const Prm::ParameterWithoutType& parameter) {
+    return dynamic_cast<const Prm::Parameter<T>&>(parameter);
+}
+
+template <class T>
+QVector<QVariant> samplesOf(const Prm::Parameter<T>& parameter, const QVector<Prm::Time>& times, Prm::View view) {
+    QVector<T> values(times.size());
+    parameter.sampleValues(times.constData(), times.size(), view, values.data());
+    QVector<QVariant> variants;
+    variants.reserve(times.size());
+    for (const T& value : values)
+        variants.append(QVariant::fromValue(value));
+    return variants;
+}
+
+/// The lines in the order in which they are read fastest. Keyframes that follow each other may come in any order, save
+/// that the last of equal times counts; in ascending order, none has to be put before others.
+std::vector<int> readingOrder(const ProjectText& text, const std::vector<int>& lines) {
+    std::vector<std::pair<float, int>> run;
+    std::vector<int> order;
+    const auto endRun = [&] {
+        std::stable_sort(run.begin(), run.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+        for (const auto& [time, line] : run)
+            order.push_back(line);
+        run.clear();
+    };
+    for (const int line : lines) {
+        if (text.key(line) == Key::Keyframe) {
+            const float time = toText(keyframeTimeText(text.line(line))).toFloat();
+            run.emplace_back(std::isnan(time) ? 0.0F : time, line);
+        } else {
+            endRun();
+            order.push_back(line);
+        }
+    }
+    endRun();
+    return order;
+}
+
+std::unique_ptr<Prm::ParameterWithoutType> build(const ProjectText& text, int node, ValueKind kind) {
+    std::unique_ptr<Prm::ParameterWithoutType> parameter = newParameter(kind);
+    readInto(*parameter, text, node);
+    return parameter;
+}
+
+} // namespace
+
+std::vector<int> readInto(Prm::ParameterWithoutType& parameter, const ProjectText& text, int node,
+                          const Prm::ParameterWithoutType::TextConversion& convert) {
+    std::vector<int> refused;
+    for (const int line : readingOrder(text, text.node(node).lines)) {
+        try {
+            parameter.streamInValue(toText(text.reading(line).entry), text.version(), convert);
+        } catch (const std::runtime_error&) {
+            refused.push_back(line);
+        }
+    }
+    std::sort(refused.begin(), refused.end());
+    return refused;
+}
+
+std::unique_ptr<Prm::Parameter<QString>> buildRaw(const ProjectText& text, int node,
+                                                  const Prm::ParameterWithoutType::TextConversion& convert) {
+    auto parameter = std::make_unique<Prm::Parameter<QString>>();
+    readInto(*parameter, text, node, convert);
+    return parameter;
+}
+
+BuiltParameter::BuiltParameter(const ProjectText& text, int node, const KindRules& rules)
+    : m_kind(rules.kindOf(text.path(node), guessKind(text, node))) {
+    m_chain.push_back(build(text, node, m_kind));
+    followMasters(text, node);
+}
+
+/// A master shows its own values only to a parameter of its type, so that all of a chain are read as the first is. A
+/// circle is left where it would close.
+void BuiltParameter::followMasters(const ProjectText& text, int node) {
+    std::vector<int> nodes{node};
+    for (int master = masterOf(text, node); master >= 0 && nodes.size() < ProjectText::deepest;
+         master = masterOf(text, master)) {
+        if (std::find(nodes.begin(), nodes.end(), master) != nodes.end())
+            return;
+        nodes.push_back(master);
+        m_chain.push_back(build(text, master, m_kind));
+        m_chain.back()->bAddConstrainedParameter(m_chain[m_chain.size() - 2].get());
+    }
+}
+
+template <class Ask> auto BuiltParameter::ask(const Ask& ask) const {
+    switch (m_kind) {
+    case ValueKind::Number:
+    case ValueKind::NumberOrSwitch:
+        return ask(as<double>(parameter()));
+    case ValueKind::Point:
+        return ask(as<QPointF>(parameter()));
+    case ValueKind::Switch:
+        return ask(as<bool>(parameter()));
+    case ValueKind::Opaque:
+    case ValueKind::Text:
+        break;
+    }
+    return ask(as<QString>(parameter()));
+}
+
+QVector<QVariant> BuiltParameter::sample(const QVector<Prm::Time>& times, Prm::View view) const {
+    if (m_kind == ValueKind::Opaque)
+        return QVector<QVariant>(times.size());
+    return ask([&](const auto& parameter) { return samplesOf(parameter, times, view); });
+}
+
+QVariant BuiltParameter::keyframeValue(unsigned int index, Prm::View view) const {
+    return ask([&](const auto& parameter) { return QVariant::fromValue(parameter.keyframeValue(index, view)); });
+}
+
+QVariant BuiltParameter::staticValue(Prm::View view) const {
+    return ask([&](const auto& parameter) { return QVariant::fromValue(parameter.staticValue(view)); });
+}
+
+int masterLine(const ProjectText& text, int node) {
+    const std::vector<int>& lines = text.node(node).lines;
+    const auto found =
+        std::find_if(lines.rbegin(), lines.rend(), [&](int line) { return text.key(line) == Key::Master; });
+    return found == lines.rend() ? -1 : *found;
+}
+
+int masterOf(const ProjectText& text, int node) {
+    const int line = masterLine(text, node);
+    if (line < 0)
+        return -1;
+    const std::string_view path = textBehindEquals(text.line(line));
+    const int master = text.findNode(path.substr(0, path.find('=')));
+    return master >= 0 && text.node(master).isParameter() ? master : -1;
+}
+
+} // namespace Tool

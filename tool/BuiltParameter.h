@@ -1,0 +1,50 @@
+#pragma once
+
+#include "prm/Parameter.h"
+#include "tool/ProjectText.h"
+#include "tool/ValueKind.h"
+
+#include <QVariant>
+#include <QVector>
+
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+namespace Tool {
+
+/// Gives the parameter's lines to it, in the order of the file, and answers which of them it could not read.
+std::vector<int> readInto(Prm::ParameterWithoutType& parameter, const ProjectText& text, int node,
+                          const Prm::ParameterWithoutType::TextConversion& convert = {});
+
+/// A parameter whose values are kept as they are written. `convert` hears each value's own text.
+std::unique_ptr<Prm::Parameter<QString>> buildRaw(const ProjectText& text, int node,
+                                                  const Prm::ParameterWithoutType::TextConversion& convert = {});
+
+/// A parameter made of the lines of a project text, with the masters that it follows.
+class BuiltParameter {
+public:
+    BuiltParameter(const ProjectText& text, int node, const KindRules& rules);
+
+    ValueKind kind() const { return m_kind; }
+    const Prm::ParameterWithoutType& parameter() const { return *m_chain.front(); }
+    /// The values at times, in their order: numbers, switches, texts, points; null for an opaque parameter.
+    QVector<QVariant> sample(const QVector<Prm::Time>& times, Prm::View view) const;
+    QVariant keyframeValue(unsigned int index, Prm::View view) const;
+    QVariant staticValue(Prm::View view) const;
+
+private:
+    void followMasters(const ProjectText& text, int node);
+    template <class Ask> auto ask(const Ask& ask) const;
+
+    ValueKind m_kind;
+    /// The parameter, and behind each its master.
+    std::vector<std::unique_ptr<Prm::ParameterWithoutType>> m_chain;
+};
+
+/// The node that a parameter's last master line names, -1 without such a line or node.
+int masterOf(const ProjectText& text, int node);
+/// The line that names the master, -1 without one.
+int masterLine(const ProjectText& text, int node);
+
+} // namespace Tool

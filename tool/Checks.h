@@ -1,0 +1,19 @@
+#pragma once
+
+#include "tool/ProjectText.h"
+
+#include <vector>
+
+namespace Tool {
+
+/// One thing that a line does wrong, or will suffer.
+struct Finding {
+    /// Counted from 0.
+    int line = 0;
+    QString message;
+};
+
+/// Everything worth a remark, in the order of the lines.
+std::vector<Finding> findingsIn(const ProjectText& text);
+
+} // namespace Tool

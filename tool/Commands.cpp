@@ -1,0 +1,15 @@
+#include "tool/Commands.h"
+
+namespace Tool {
+
+const std::vector<Command>& commands() {
+    static const std::vector<Command> all{
+        {"ls", "Shows the tree of groups and parameters.", listParameters},
+        {"keys", "Lists the keyframes of parameters.", listKeyframes},
+        {"eval", "Evaluates parameters at frames.", evaluate},
+        {"check", "Reports what is malformed, unknown, or will not survive a save.", check},
+    };
+    return all;
+}
+
+} // namespace Tool

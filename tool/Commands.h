@@ -1,0 +1,25 @@
+#pragma once
+
+#include <vector>
+
+namespace Tool {
+
+class Arguments;
+
+/// One command of the program. It declares its arguments, reads them and answers the exit code; it throws `Problem`
+/// for what it cannot use.
+struct Command {
+    const char* name;
+    const char* purpose;
+    int (*run)(Arguments& arguments);
+};
+
+/// All commands, in the order of the help. Each stands in tool/commands/, in a file of its name.
+const std::vector<Command>& commands();
+
+int listParameters(Arguments& arguments);
+int listKeyframes(Arguments& arguments);
+int evaluate(Arguments& arguments);
+int check(Arguments& arguments);
+
+} // namespace Tool

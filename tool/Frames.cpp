@@ -1,0 +1,70 @@
+#include "tool/Frames.h"
+
+#include "tool/Problem.h"
+
+#include <QStringList>
+
+#include <cmath>
+
+namespace Tool {
+
+namespace {
+
+constexpr int most = 1000000;
+
+double readNumber(const QString& text) {
+    bool isNumber = false;
+    const double number = text.trimmed().toDouble(&isNumber);
+    if (!isNumber || !std::isfinite(number) || !Prm::Time::fromDouble(number).isValid())
+        throw WrongUse(QStringLiteral("'%1' is no frame").arg(text));
+    return number;
+}
+
+void checkCount(double count) {
+    if (count > most)
+        throw WrongUse(QStringLiteral("more than %1 frames").arg(most));
+}
+
+/// Every time is counted from the first, so that steps such as 0.1 do not add up their errors. The small part lets a
+/// range end on its last frame where the division falls just short of it.
+void addRange(QVector<Prm::Time>& times, double first, double last, double step) {
+    if (step == 0 || (last - first) / step < 0)
+        throw WrongUse(QStringLiteral("the step %1 never leads from %2 to %3").arg(step).arg(first).arg(last));
+    const double steps = std::floor((last - first) / step * (1 + 1e-12) + 1e-9);
+    checkCount(times.size() + steps + 1);
+    for (int i = 0; i <= static_cast<int>(steps); ++i)
+        times.append(Prm::Time::fromDouble(first + i * step));
+}
+
+void addFrames(QVector<Prm::Time>& times, const QString& text) {
+    const QLatin1String dots("..");
+    const int range = text.indexOf(dots);
+    if (range < 0) {
+        times.append(Prm::Time::fromDouble(readNumber(text)));
+        checkCount(times.size());
+        return;
+    }
+    const QString end = text.mid(range + dots.size());
+    const int cross = end.indexOf(QLatin1Char('x'));
+    const double step = cross < 0 ? 1 : readNumber(end.mid(cross + 1));
+    addRange(times, readNumber(text.left(range)), readNumber(end.left(cross)), step);
+}
+
+} // namespace
+
+QVector<Prm::Time> readFrames(const QString& text) {
+    QVector<Prm::Time> times;
+    for (const QString& part : text.split(QLatin1Char(',')))
+        addFrames(times, part);
+    return times;
+}
+
+QVector<Prm::Time> readTimesFile(const QByteArray& text) {
+    const QStringList parts = QString::fromUtf8(text)
+                                  .simplified()
+                                  .replace(QLatin1Char(' '), QLatin1Char(','))
+                                  .split(QLatin1Char(','), Qt::SkipEmptyParts);
+    return readFrames(parts.join(QLatin1Char(',')));
+}
+
+} // namespace Tool

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "prm/View.h"
+
+#include <QString>
+
+#include <string_view>
+
+namespace Tool {
+
+/// What a line of project text says of its parameter or group; `None` is a line that nobody would take.
+enum class Key : quint8 {
+    None,
+    Header,
+    Name,
+    Views,
+    Keyframe,
+    Value,
+    Hidden,
+    Keyframed,
+    Before,
+    After,
+    Master,
+};
+
+/// One line taken apart, as a reading only: its bytes stay where they are.
+struct LineReading {
+    Key key = Key::None;
+    /// The dotted path of the parameter, or of the group for `Key::Name`.
+    std::string_view path;
+    /// What the parameter's own reader is given: everything behind the path, from the view's prefix on.
+    std::string_view entry;
+    /// The view that the line names, invalid when it names none.
+    Prm::View view = Prm::View::INVALID();
+};
+
+/// Takes a line without its end apart. A dot behind "=" or "Key(" never counts.
+LineReading readLine(std::string_view line);
+
+/// What stands behind the first "=".
+std::string_view textBehindEquals(std::string_view line);
+/// The text of the time in a keyframe's declaration, empty where there is none.
+std::string_view keyframeTimeText(std::string_view line);
+QString toText(std::string_view bytes);
+
+} // namespace Tool

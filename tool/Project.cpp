@@ -1,0 +1,63 @@
+#include "tool/Project.h"
+
+#include "tool/Problem.h"
+#include "tool/Streams.h"
+
+#include <algorithm>
+
+namespace Tool {
+
+namespace {
+
+QStringList rulesOf(const Arguments& arguments) {
+    QStringList rules;
+    for (const QString& file : arguments.values(QStringLiteral("types"))) {
+        for (const QString& line : QString::fromUtf8(readInput(file)).split(QLatin1Char('\n'))) {
+            const QString rule = line.trimmed();
+            if (!rule.isEmpty() && !rule.startsWith(QLatin1Char('#')))
+                rules.append(rule);
+        }
+    }
+    return rules + arguments.values(QStringLiteral("type"));
+}
+
+} // namespace
+
+void Project::declare(Arguments& arguments) {
+    arguments.positional(QStringLiteral("FILE"), QStringLiteral("A project text, - for standard input."))
+        .option({QStringLiteral("type")},
+                QStringLiteral("How the values of parameters are read: switch, number, point or text."),
+                QStringLiteral("PATTERN=TYPE"))
+        .option({QStringLiteral("types")}, QStringLiteral("A file of such rules, one to a line."),
+                QStringLiteral("FILE"));
+}
+
+Project::Project(const Arguments& arguments)
+    : m_name(arguments.file()), m_text(readInput(m_name)), m_rules(rulesOf(arguments)) {}
+
+std::vector<int> Project::parameters(const QStringList& patterns) const {
+    std::vector<PathPattern> wanted;
+    for (const QString& pattern : patterns)
+        wanted.emplace_back(pattern);
+    std::vector<bool> isUsed(wanted.size());
+    std::vector<int> found;
+    for (int i = 0; i < static_cast<int>(m_text.nodes().size()); ++i) {
+        if (!m_text.node(i).isParameter())
+            continue;
+        const QString path = m_text.path(i);
+        bool isWanted = wanted.empty();
+        for (std::size_t p = 0; p < wanted.size(); ++p) {
+            if (wanted[p].matches(path))
+                isWanted = isUsed[p] = true;
+        }
+        if (isWanted)
+            found.push_back(i);
+    }
+    const auto unused = std::find(isUsed.begin(), isUsed.end(), false);
+    if (unused != isUsed.end())
+        throw Problem(QStringLiteral("%1: no parameter '%2'")
+                          .arg(m_name, patterns.at(static_cast<int>(unused - isUsed.begin()))));
+    return found;
+}
+
+} // namespace Tool

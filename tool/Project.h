@@ -1,0 +1,28 @@
+#pragma once
+
+#include "tool/Arguments.h"
+#include "tool/ProjectText.h"
+#include "tool/ValueKind.h"
+
+namespace Tool {
+
+/// What every command that reads a project starts from: the file, and the types that the user settles.
+class Project {
+public:
+    static void declare(Arguments& arguments);
+    /// Reads what the arguments name. Throws `Problem`.
+    explicit Project(const Arguments& arguments);
+
+    const ProjectText& text() const { return m_text; }
+    const KindRules& rules() const { return m_rules; }
+    /// The parameters that the patterns name, in the order of the file; all of them without a pattern. Throws `Problem`
+    /// for a pattern that names nothing.
+    std::vector<int> parameters(const QStringList& patterns) const;
+
+private:
+    QString m_name;
+    ProjectText m_text;
+    KindRules m_rules;
+};
+
+} // namespace Tool

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "prm/ProjectFileVersion.h"
+#include "tool/LineReading.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <memory>
+#include <vector>
+
+namespace Tool {
+
+/// The project text of any application: its lines with all their bytes, and what they say of groups and parameters.
+/// What a line says is only a reading of it; `bytes()` gives back what was read, whatever that was.
+///
+/// Paths deeper than `deepest` levels are not followed; such lines belong to nobody, like others that nobody takes.
+class ProjectText {
+public:
+    static constexpr int deepest = 1000;
+    static constexpr int root = 0;
+
+    /// A group or a parameter. Both look the same from outside: a parameter has lines of its own.
+    struct Node {
+        int parent = root;
+        std::string_view name;
+        /// The line of the group's display name, -1 without one.
+        int nameLine = -1;
+        /// The lines of the parameter, in the order of the file.
+        std::vector<int> lines;
+        std::vector<int> children;
+
+        bool isParameter() const { return !lines.empty(); }
+    };
+
+    explicit ProjectText(const QByteArray& text);
+    ~ProjectText();
+    ProjectText(const ProjectText&) = delete;
+    ProjectText& operator=(const ProjectText&) = delete;
+
+    /// The whole text, put together from the lines.
+    QByteArray bytes() const;
+
+    int lineCount() const { return static_cast<int>(m_lines.size()); }
+    /// Without its end, and without a byte order mark before the first one.
+    std::string_view line(int index) const;
+    Key key(int index) const { return m_lines[static_cast<std::size_t>(index)].key; }
+    LineReading reading(int index) const { return readLine(line(index)); }
+
+    /// The newest version where the text does not say.
+    const Prm::ProjectFileVersion& version() const { return m_version; }
+    bool hasCompleteHeader() const { return m_hasCompleteHeader; }
+
+    /// The first node is the root; the others follow in the order of the file, parents before their children.
+    const std::vector<Node>& nodes() const { return m_nodes; }
+    const Node& node(int index) const { return m_nodes[static_cast<std::size_t>(index)]; }
+    QString path(int node) const;
+    /// -1 when there is none.
+    int findNode(std::string_view path) const;
+
+    /// The deepest group that holds the node. What is a parameter, and not named as a group, holds nothing: what seems
+    /// to be below it is a neighbour whose name has a dot.
+    int groupOf(int node) const;
+    /// The name within the group.
+    QString nameInGroup(int node) const;
+
+private:
+    struct Line {
+        int start = 0;
+        Key key = Key::None;
+    };
+
+    class Index;
+
+    void splitLines();
+    int readHeader();
+    bool takeHeaderLines(int count, Prm::ProjectFileVersion& version);
+    void readLines(int first);
+    std::string_view raw(int index) const;
+
+    QByteArray m_text;
+    std::vector<Line> m_lines;
+    std::vector<Node> m_nodes;
+    Prm::ProjectFileVersion m_version;
+    bool m_hasCompleteHeader = false;
+    std::unique_ptr<Index> m_index;
+};
+
+} // namespace Tool

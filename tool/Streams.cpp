@@ -1,0 +1,57 @@
+#include "tool/Streams.h"
+
+#include "tool/Problem.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <cstdio>
+
+namespace Tool {
+
+namespace {
+
+constexpr qint64 largestInput = qint64(1) << 30;
+
+bool open(QFile& file) {
+    return file.fileName().isEmpty() ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
+}
+
+/// Read in pieces: a device or a pipe does not say how much there is.
+QByteArray readAll(QFile& file, const QString& name) {
+    QByteArray text;
+    for (QByteArray piece = file.read(1 << 20); !piece.isEmpty(); piece = file.read(1 << 20)) {
+        text += piece;
+        if (text.size() > largestInput)
+            throw Problem(QStringLiteral("%1: larger than 1 GiB").arg(name));
+    }
+    if (file.error() != QFile::NoError)
+        throw Problem(QStringLiteral("%1: %2").arg(name, file.errorString()));
+    return text;
+}
+
+} // namespace
+
+QByteArray readInput(const QString& name) {
+    const bool isStandard = name == QLatin1String("-");
+    if (!isStandard && QFileInfo(name).isDir())
+        throw Problem(QStringLiteral("%1: is a directory").arg(name));
+    QFile file(isStandard ? QString() : name);
+    if (!open(file))
+        throw Problem(QStringLiteral("%1: %2").arg(name, file.errorString()));
+    return readAll(file, isStandard ? QStringLiteral("standard input") : name);
+}
+
+void print(const QByteArray& text) {
+    QFile out;
+    const bool isWritten = out.open(stdout, QIODevice::WriteOnly) && out.write(text) == text.size() && out.flush();
+    if (!isWritten)
+        throw Problem(QStringLiteral("standard output: %1").arg(out.errorString()));
+}
+
+void tell(const QString& message) {
+    const QByteArray line = QByteArrayLiteral("prm: ") + message.toUtf8() + '\n';
+    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
+}
+
+} // namespace Tool

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+namespace Tool {
+
+/// The whole file, or standard input for "-". Throws `Problem` with one line that names the file.
+QByteArray readInput(const QString& name);
+
+/// Writes to standard output. Throws `Problem` when that does not take it all, such as a pipe that nobody reads.
+void print(const QByteArray& text);
+/// One line on standard error.
+void tell(const QString& message);
+
+} // namespace Tool

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QByteArray>
+#include <QStringList>
+#include <QVariant>
+#include <QVector>
+
+#include <vector>
+
+namespace Tool {
+
+/// What a table of results is written as.
+enum class TableForm { Plain, Csv, Json };
+
+/// A value in shortest exact form: numbers that read back the same, points as two numbers, switches as 0 or 1, lists
+/// with commas. Text is given as it is.
+QString plainText(const QVariant& value);
+
+/// Rows of values under headings.
+class Table {
+public:
+    explicit Table(const QStringList& headings) : m_headings(headings) {}
+
+    void add(const QVector<QVariant>& row) { m_rows.push_back(row); }
+    bool isEmpty() const { return m_rows.empty(); }
+    /// Plain: columns side by side, at most so wide; a text with line breaks is escaped. JSON: a list of objects.
+    QByteArray written(TableForm form) const;
+
+private:
+    QByteArray plain() const;
+    QByteArray csv() const;
+    QByteArray json() const;
+
+    QStringList m_headings;
+    std::vector<QVector<QVariant>> m_rows;
+};
+
+} // namespace Tool

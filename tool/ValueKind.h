@@ -1,0 +1,51 @@
+#pragma once
+
+#include "tool/ProjectText.h"
+
+#include <QRegExp>
+#include <QStringList>
+
+#include <vector>
+
+namespace Tool {
+
+/// How the values of a parameter are read.
+enum class ValueKind : quint8 {
+    Opaque,         ///< listed and kept, but not evaluated
+    Text,           ///< the first value stands between double quotes
+    Point,          ///< two numbers each
+    Number,         ///< one number each
+    NumberOrSwitch, ///< one number each, all 0 or 1; read as numbers until somebody settles it
+    Switch          ///< only when told so
+};
+
+/// "number", with a "?" behind what is not settled.
+QString kindName(ValueKind kind);
+
+/// Whether a pattern names a path: the path itself, a group above it, or a shell pattern (`*`, `?`, `[...]`).
+class PathPattern {
+public:
+    explicit PathPattern(const QString& pattern);
+    bool matches(const QString& path) const;
+
+private:
+    QString m_pattern;
+    QRegExp m_glob;
+};
+
+/// What the user knows of the kinds, as "PATTERN=switch", "number", "point" or "text". The last that matches counts.
+class KindRules {
+public:
+    /// Throws `WrongUse` for a rule that is none.
+    explicit KindRules(const QStringList& rules);
+    /// The kind that is told for a path, otherwise `guess`.
+    ValueKind kindOf(const QString& path, ValueKind guess) const;
+
+private:
+    std::vector<std::pair<PathPattern, ValueKind>> m_rules;
+};
+
+/// Guesses the kind from all values of a parameter.
+ValueKind guessKind(const ProjectText& text, int node);
+
+} // namespace Tool

@@ -1,0 +1,85 @@
+#include "tool/BuiltParameter.h"
+#include "tool/Commands.h"
+#include "tool/Frames.h"
+#include "tool/Problem.h"
+#include "tool/Project.h"
+#include "tool/Streams.h"
+
+namespace Tool {
+
+namespace {
+
+constexpr qint64 mostValues = 10000000;
+
+QVector<Prm::Time> timesOf(const Arguments& arguments) {
+    const QString frames = QStringLiteral("frames");
+    const QString file = QStringLiteral("times-from");
+    if (arguments.has(frames) == arguments.has(file))
+        throw WrongUse(QStringLiteral("either --frames or --times-from"));
+    const QVector<Prm::Time> times =
+        arguments.has(frames) ? readFrames(arguments.value(frames)) : readTimesFile(readInput(arguments.value(file)));
+    return times;
+}
+
+Prm::View viewOf(const Arguments& arguments) {
+    bool isNumber = false;
+    const Prm::View view(arguments.has(QStringLiteral("view"))
+                             ? arguments.value(QStringLiteral("view")).toUInt(&isNumber)
+                             : Prm::View::defaultViewId());
+    if (arguments.has(QStringLiteral("view")) && (!isNumber || !view.isValid()))
+        throw WrongUse(QStringLiteral("'%1' is no view").arg(arguments.value(QStringLiteral("view"))));
+    return view;
+}
+
+/// One column, with what the user should know of it.
+QVector<QVariant> column(const Project& project, int node, const QVector<Prm::Time>& times, Prm::View view) {
+    const BuiltParameter built(project.text(), node, project.rules());
+    const QString path = project.text().path(node);
+    if (built.kind() == ValueKind::Opaque)
+        tell(QStringLiteral("%1: not evaluated, its values are of no known type").arg(path));
+    if (built.kind() == ValueKind::NumberOrSwitch)
+        tell(QStringLiteral("%1: number or switch, read as a number; --type %1=switch settles it").arg(path));
+    return built.sample(times, view);
+}
+
+} // namespace
+
+int evaluate(Arguments& arguments) {
+    Project::declare(arguments);
+    arguments
+        .positional(QStringLiteral("PATTERN"), QStringLiteral("Paths of parameters or groups, or shell patterns."),
+                    QStringLiteral("PATTERN..."))
+        .option({QStringLiteral("frames")}, QStringLiteral("A..B, A..BxSTEP or single frames, separated by commas."),
+                QStringLiteral("FRAMES"))
+        .option({QStringLiteral("times-from")}, QStringLiteral("Reads the frames from a file."), QStringLiteral("FILE"))
+        .option({QStringLiteral("view")}, QStringLiteral("The view to look at, 0 unless given."), QStringLiteral("N"))
+        .tableOptions()
+        .example(QStringLiteral("prm eval project.prm blur.size --frames 0..100x5 --view 1"));
+    if (!arguments.read(2, -1))
+        return Fine;
+    const TableForm form = arguments.tableForm();
+    const QVector<Prm::Time> times = timesOf(arguments);
+    const Prm::View view = viewOf(arguments);
+    const Project project(arguments);
+    const std::vector<int> nodes = project.parameters(arguments.patterns());
+    if (times.size() * static_cast<qint64>(nodes.size()) > mostValues)
+        throw Problem(QStringLiteral("more than %1 values").arg(mostValues));
+
+    QStringList headings(QStringLiteral("frame"));
+    std::vector<QVector<QVariant>> columns;
+    for (const int node : nodes) {
+        headings.append(project.text().path(node));
+        columns.push_back(column(project, node, times, view));
+    }
+    Table table(headings);
+    for (int i = 0; i < times.size(); ++i) {
+        QVector<QVariant> row{times[i].toDouble()};
+        for (const QVector<QVariant>& values : columns)
+            row.append(values[i]);
+        table.add(row);
+    }
+    print(table.written(form));
+    return Fine;
+}
+
+} // namespace Tool
