@@ -222,7 +222,9 @@ void CompoundParameter::forwardKeyframe(const ParameterChange& change) {
     if (change.affectedIndex != KeyframeIndex::INVALID_INDEX) {
         const detail::LifeGuard guard(life());
         const Context keyframe = change.parameter->keyframeTime(change.affectedIndex, view);
-        position = keyframesOf(view).indexOf(keyframe);
+        if (added)
+            follow(change, keyframe);
+        position = positionOf(keyframe);
         if (m_keyframeTogether)
             keyAll(keyframe);
         if (!guard.alive())
@@ -236,7 +238,8 @@ void CompoundParameter::forwardKeyframe(const ParameterChange& change) {
 
 void CompoundParameter::forwardRemoval(const ParameterChange& change) {
     const Context keyframe = change.context;
-    const int position = keyframesOf(keyframe.view).indexOf(keyframe);
+    follow(change, keyframe);
+    const int position = positionOf(keyframe);
     if (m_keyframeTogether) {
         const SwitchedOff quiet(*this);
         vDeleteKeyframe(Context::Explicit(keyframe));
@@ -249,7 +252,7 @@ void CompoundParameter::forwardMove(const ParameterChange& change) {
         return;
     const View view = change.context.view;
     const Context keyframe = change.parameter->keyframeTime(change.affectedIndices->first(), view);
-    const auto position = static_cast<unsigned int>(keyframesOf(view).indexOf(keyframe));
+    const auto position = static_cast<unsigned int>(positionOf(keyframe));
     QList<unsigned int> positions{position, position};
     ParameterChange::keyframeMoved(*this, positions, view);
 }

@@ -41,6 +41,40 @@ const QVector<Context>& CompoundParameter::keyframesOf(const View& view) const {
     return m_union.keyframes;
 }
 
+/// Takes one keyframe that a subparameter has gained or lost into the union, which so need not be made anew for each of
+/// many. Only when that is all that has happened, as the counts tell.
+void CompoundParameter::follow(const ParameterChange& change, const Context& keyframe) const {
+    if (m_union.revision == 0 || m_union.revision != m_revision || m_union.view != keyframe.view ||
+        m_revisions.size() != parameters().size())
+        return;
+    std::size_t changed = m_revisions.size();
+    for (std::size_t i = 0; i < m_revisions.size(); ++i) {
+        const ParameterWithoutType* const parameter = parameters()[i].get();
+        const bool isIt = parameter == change.parameter;
+        if (parameter->keyframeRevision() != m_revisions[i] + (isIt ? 1 : 0))
+            return;
+        changed = isIt ? i : changed;
+    }
+    if (changed == m_revisions.size())
+        return;
+    QVector<Context>& keyframes = m_union.keyframes;
+    const int position = detail::lowerBound(keyframes, keyframe.time);
+    const bool isIn = position < keyframes.size() && keyframes.at(position).time == keyframe.time;
+    const bool belongs = bKeyframeAt(Context::Explicit(keyframe));
+    if (belongs && !isIn)
+        keyframes.insert(position, Context(keyframe.time, keyframe.view));
+    else if (isIn && !belongs)
+        keyframes.remove(position);
+    ++m_revisions[changed];
+    m_union.revision = ++m_revision;
+}
+
+int CompoundParameter::positionOf(const Context& keyframe) const {
+    const QVector<Context>& keyframes = keyframesOf(keyframe.view);
+    const int position = detail::positionAt(keyframes, keyframe.time);
+    return position >= 0 && keyframes.at(position) == keyframe ? position : -1;
+}
+
 quint64 CompoundParameter::keyframeRevision() const {
     bool counts = true;
     bool isSame = m_revisions.size() == parameters().size();

@@ -182,6 +182,8 @@ private:
     const ParameterWithoutType* firstKeyframed() const;
     const QVector<Context>& keyframesOf(const View& view) const;
     QVector<Context> gathered(const View& view) const;
+    int positionOf(const Context& keyframe) const;
+    void follow(const ParameterChange& change, const Context& keyframe) const;
     bool found(int position, const Context& from, Context& out) const;
     bool keyAll(const Context& context);
     void forwardKeyframe(const ParameterChange& change);
