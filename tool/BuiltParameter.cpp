@@ -1,6 +1,7 @@
 #include "tool/BuiltParameter.h"
 
 #include "prm/NumericParameter.h"
+#include "tool/Problem.h"
 
 #include <algorithm>
 #include <cmath>
@@ -94,20 +95,17 @@ std::unique_ptr<Prm::Parameter<QString>> buildRaw(const ProjectText& text, int n
     return parameter;
 }
 
-BuiltParameter::BuiltParameter(const ProjectText& text, int node, const KindRules& rules)
-    : m_kind(rules.kindOf(text.path(node), guessKind(text, node))) {
+BuiltParameter::BuiltParameter(const ProjectText& text, int node, ValueKind kind) : m_node(node), m_kind(kind) {
     m_chain.push_back(build(text, node, m_kind));
-    followMasters(text, node);
 }
 
-/// A master shows its own values only to a parameter of its type, so that all of a chain are read as the first is. A
-/// circle is left where it would close.
-void BuiltParameter::followMasters(const ProjectText& text, int node) {
-    std::vector<int> nodes{node};
-    for (int master = masterOf(text, node); master >= 0 && nodes.size() < ProjectText::deepest;
-         master = masterOf(text, master)) {
+void BuiltParameter::followMasters(const ProjectText& text) {
+    std::vector<int> nodes{m_node};
+    for (int master = masterOf(text, m_node); master >= 0; master = masterOf(text, master)) {
         if (std::find(nodes.begin(), nodes.end(), master) != nodes.end())
             return;
+        if (nodes.size() > longestChain)
+            throw Problem(QStringLiteral("%1: follows more than %2 others").arg(text.path(m_node)).arg(longestChain));
         nodes.push_back(master);
         m_chain.push_back(build(text, master, m_kind));
         m_chain.back()->bAddConstrainedParameter(m_chain[m_chain.size() - 2].get());

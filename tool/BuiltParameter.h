@@ -21,10 +21,15 @@ std::vector<int> readInto(Prm::ParameterWithoutType& parameter, const ProjectTex
 std::unique_ptr<Prm::Parameter<QString>> buildRaw(const ProjectText& text, int node,
                                                   const Prm::ParameterWithoutType::TextConversion& convert = {});
 
-/// A parameter made of the lines of a project text, with the masters that it follows.
+/// A parameter made of the lines of a project text.
 class BuiltParameter {
 public:
-    BuiltParameter(const ProjectText& text, int node, const KindRules& rules);
+    BuiltParameter(const ProjectText& text, int node, ValueKind kind);
+    /// Makes it show what its masters show, which are read as it is itself: one shows its values only to its own type.
+    /// A circle is left where it would close. Throws `Problem` for a chain of more than `longestChain`.
+    void followMasters(const ProjectText& text);
+
+    static constexpr std::size_t longestChain = 100;
 
     ValueKind kind() const { return m_kind; }
     const Prm::ParameterWithoutType& parameter() const { return *m_chain.front(); }
@@ -34,9 +39,9 @@ public:
     QVariant staticValue(Prm::View view) const;
 
 private:
-    void followMasters(const ProjectText& text, int node);
     template <class Ask> auto ask(const Ask& ask) const;
 
+    int m_node;
     ValueKind m_kind;
     /// The parameter, and behind each its master.
     std::vector<std::unique_ptr<Prm::ParameterWithoutType>> m_chain;

@@ -33,7 +33,7 @@ void Project::declare(Arguments& arguments) {
 }
 
 Project::Project(const Arguments& arguments)
-    : m_name(arguments.file()), m_text(readInput(m_name)), m_rules(rulesOf(arguments)) {}
+    : m_name(arguments.file()), m_text(readInput(m_name)), m_kinds(m_text, KindRules(rulesOf(arguments))) {}
 
 std::vector<int> Project::parameters(const QStringList& patterns) const {
     std::vector<PathPattern> wanted;

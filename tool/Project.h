@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tool/Arguments.h"
+#include "tool/BuiltParameter.h"
 #include "tool/ProjectText.h"
 #include "tool/ValueKind.h"
 
@@ -14,7 +15,8 @@ public:
     explicit Project(const Arguments& arguments);
 
     const ProjectText& text() const { return m_text; }
-    const KindRules& rules() const { return m_rules; }
+    ValueKind kindOf(int node) { return m_kinds.of(node); }
+    BuiltParameter built(int node) { return {m_text, node, kindOf(node)}; }
     /// The parameters that the patterns name, in the order of the file; all of them without a pattern. Throws `Problem`
     /// for a pattern that names nothing.
     std::vector<int> parameters(const QStringList& patterns) const;
@@ -22,7 +24,7 @@ public:
 private:
     QString m_name;
     ProjectText m_text;
-    KindRules m_rules;
+    Kinds m_kinds;
 };
 
 } // namespace Tool

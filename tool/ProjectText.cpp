@@ -169,10 +169,11 @@ void ProjectText::readLines(int first) {
     }
 }
 
-QString ProjectText::path(int index) const {
+/// The names from below an ancestor down to the node.
+QString ProjectText::pathFrom(int ancestor, int node) const {
     QStringList names;
-    for (; index != root; index = node(index).parent)
-        names.prepend(toText(node(index).name));
+    for (int i = node; i != ancestor; i = this->node(i).parent)
+        names.prepend(toText(this->node(i).name));
     return names.join(QLatin1Char('.'));
 }
 
@@ -180,19 +181,11 @@ int ProjectText::findNode(std::string_view path) const {
     return m_index->find(path);
 }
 
-int ProjectText::groupOf(int index) const {
-    int group = node(index).parent;
-    while (group != root && node(group).isParameter() && node(group).nameLine < 0)
-        group = node(group).parent;
+int ProjectText::groupOf(int node) const {
+    int group = this->node(node).parent;
+    while (group != root && this->node(group).isParameter() && this->node(group).nameLine < 0)
+        group = this->node(group).parent;
     return group;
-}
-
-QString ProjectText::nameInGroup(int index) const {
-    const int group = groupOf(index);
-    QStringList names;
-    for (; index != group; index = node(index).parent)
-        names.prepend(toText(node(index).name));
-    return names.join(QLatin1Char('.'));
 }
 
 } // namespace Tool

@@ -54,7 +54,7 @@ public:
     /// The first node is the root; the others follow in the order of the file, parents before their children.
     const std::vector<Node>& nodes() const { return m_nodes; }
     const Node& node(int index) const { return m_nodes[static_cast<std::size_t>(index)]; }
-    QString path(int node) const;
+    QString path(int node) const { return pathFrom(root, node); }
     /// -1 when there is none.
     int findNode(std::string_view path) const;
 
@@ -62,7 +62,7 @@ public:
     /// to be below it is a neighbour whose name has a dot.
     int groupOf(int node) const;
     /// The name within the group.
-    QString nameInGroup(int node) const;
+    QString nameInGroup(int node) const { return pathFrom(groupOf(node), node); }
 
 private:
     struct Line {
@@ -77,6 +77,7 @@ private:
     bool takeHeaderLines(int count, Prm::ProjectFileVersion& version);
     void readLines(int first);
     std::string_view raw(int index) const;
+    QString pathFrom(int ancestor, int node) const;
 
     QByteArray m_text;
     std::vector<Line> m_lines;

@@ -45,6 +45,16 @@ ValueKind common(ValueKind a, ValueKind b) {
     return isNumeric(a) && isNumeric(b) ? ValueKind::Number : ValueKind::Opaque;
 }
 
+/// None for a parameter without values.
+std::optional<ValueKind> kindOfValues(const ProjectText& text, int node) {
+    std::optional<ValueKind> kind;
+    buildRaw(text, node, [&](const QString& value) {
+        kind = kind ? common(*kind, kindOfValue(value)) : kindOfValue(value);
+        return value;
+    });
+    return kind;
+}
+
 ValueKind settledKind(const QString& name) {
     for (const auto& [kind, kindName] : names) {
         if (name == QLatin1String(kindName) && kind != ValueKind::Opaque && kind != ValueKind::NumberOrSwitch)
@@ -85,14 +95,29 @@ ValueKind KindRules::kindOf(const QString& path, ValueKind guess) const {
     return rule == m_rules.rend() ? guess : rule->second;
 }
 
-ValueKind guessKind(const ProjectText& text, int node) {
-    bool isFirst = true;
-    ValueKind kind = ValueKind::Opaque;
-    buildRaw(text, node, [&](const QString& value) {
-        kind = isFirst ? kindOfValue(value) : common(kind, kindOfValue(value));
-        isFirst = false;
-        return value;
-    });
+Kinds::Kinds(const ProjectText& text, const KindRules& rules)
+    : m_text(text), m_rules(rules), m_guesses(text.nodes().size()) {}
+
+ValueKind Kinds::of(int node) {
+    return m_rules.kindOf(m_text.path(node), guess(node));
+}
+
+ValueKind Kinds::guess(int node) {
+    std::vector<int> followers;
+    int known = node;
+    while (known >= 0 && !m_guesses[static_cast<std::size_t>(known)]) {
+        auto& kind = m_guesses[static_cast<std::size_t>(known)];
+        kind = kindOfValues(m_text, known);
+        if (kind)
+            break;
+        // What stays when the masters form a circle.
+        kind = ValueKind::Opaque;
+        followers.push_back(known);
+        known = masterOf(m_text, known);
+    }
+    const ValueKind kind = known < 0 ? ValueKind::Opaque : *m_guesses[static_cast<std::size_t>(known)];
+    for (const int follower : followers)
+        m_guesses[static_cast<std::size_t>(follower)] = kind;
     return kind;
 }
 

@@ -5,6 +5,7 @@
 #include <QRegExp>
 #include <QStringList>
 
+#include <optional>
 #include <vector>
 
 namespace Tool {
@@ -45,7 +46,19 @@ private:
     std::vector<std::pair<PathPattern, ValueKind>> m_rules;
 };
 
-/// Guesses the kind from all values of a parameter.
-ValueKind guessKind(const ProjectText& text, int node);
+/// The kinds of all parameters of a text, each guessed from all its values when it is first asked for. A parameter
+/// without values is of its master's kind.
+class Kinds {
+public:
+    Kinds(const ProjectText& text, const KindRules& rules);
+    ValueKind of(int node);
+
+private:
+    ValueKind guess(int node);
+
+    const ProjectText& m_text;
+    KindRules m_rules;
+    std::vector<std::optional<ValueKind>> m_guesses;
+};
 
 } // namespace Tool

@@ -62,7 +62,7 @@ const Case cases[] = {
     {"keys_json", "keys logo.prm logo.opacity logo.position --json"},
     {"eval_step", "eval logo.prm logo.opacity logo.shadow.opacity --frames -2,0..30x5,24.5,-0.5..-0.3x0.1"},
     {"eval_view", "eval logo.prm logo.opacity --frames 25,20,0 --view 1"},
-    {"eval_unsettled", "eval logo.prm logo.visible logo.position --frames 5..6", 0, note},
+    {"eval_unsettled", "eval logo.prm logo.visible logo.position logo.glow --frames 5..6", 0, note},
     {"eval_json", "eval logo.prm logo.title logo.visible logo.position --type *.visible=switch --frames 5 --json"},
     {"eval_opaque_csv", "eval logo.prm logo.t* *.tint --frames 5 --csv", 0, opaqueNote},
     {"eval_times_from", "eval logo.prm logo.opacity --times-from -", 0, "", "0 2\n5..6\n"},

@@ -68,11 +68,14 @@ QByteArray joined(const std::vector<std::string>& parts) {
 }
 
 void readEverything(const ProjectText& text) {
-    const KindRules rules({});
+    Kinds kinds(text, KindRules({}));
     for (int node = 1; node < static_cast<int>(text.nodes().size()); ++node) {
         RC_ASSERT(text.findNode(text.path(node).toStdString()) == node || text.path(node).contains(QChar(0xFFFD)));
-        if (text.node(node).isParameter())
-            BuiltParameter(text, node, rules).sample({Prm::Time::fromInt(-1), Prm::Time::fromInt(3)}, Prm::View(1));
+        if (!text.node(node).isParameter())
+            continue;
+        BuiltParameter built(text, node, kinds.of(node));
+        built.followMasters(text);
+        built.sample({Prm::Time::fromInt(-1), Prm::Time::fromInt(3)}, Prm::View(1));
     }
     for (const Finding& finding : findingsIn(text))
         RC_ASSERT(finding.line >= 0 && finding.line < std::max(text.lineCount(), 1));

@@ -1,4 +1,3 @@
-#include "tool/BuiltParameter.h"
 #include "tool/Commands.h"
 #include "tool/Frames.h"
 #include "tool/Problem.h"
@@ -32,8 +31,9 @@ Prm::View viewOf(const Arguments& arguments) {
 }
 
 /// One column, with what the user should know of it.
-QVector<QVariant> column(const Project& project, int node, const QVector<Prm::Time>& times, Prm::View view) {
-    const BuiltParameter built(project.text(), node, project.rules());
+QVector<QVariant> column(Project& project, int node, const QVector<Prm::Time>& times, Prm::View view) {
+    BuiltParameter built = project.built(node);
+    built.followMasters(project.text());
     const QString path = project.text().path(node);
     if (built.kind() == ValueKind::Opaque)
         tell(QStringLiteral("%1: not evaluated, its values are of no known type").arg(path));
@@ -60,7 +60,7 @@ int evaluate(Arguments& arguments) {
     const TableForm form = arguments.tableForm();
     const QVector<Prm::Time> times = timesOf(arguments);
     const Prm::View view = viewOf(arguments);
-    const Project project(arguments);
+    Project project(arguments);
     const std::vector<int> nodes = project.parameters(arguments.patterns());
     if (times.size() * static_cast<qint64>(nodes.size()) > mostValues)
         throw Problem(QStringLiteral("more than %1 values").arg(mostValues));

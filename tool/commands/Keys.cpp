@@ -1,4 +1,3 @@
-#include "tool/BuiltParameter.h"
 #include "tool/Commands.h"
 #include "tool/Problem.h"
 #include "tool/Project.h"
@@ -46,12 +45,12 @@ int listKeyframes(Arguments& arguments) {
         .example(QStringLiteral("prm keys project.prm blur.size"));
     if (!arguments.read(1, -1))
         return Fine;
-    const Project project(arguments);
+    Project project(arguments);
     Table table({QStringLiteral("path"), QStringLiteral("view"), QStringLiteral("frame"), QStringLiteral("value"),
                  QStringLiteral("kind"), QStringLiteral("x1"), QStringLiteral("y1"), QStringLiteral("x2"),
                  QStringLiteral("y2")});
     for (const int node : project.parameters(arguments.patterns()))
-        addParameter(table, BuiltParameter(project.text(), node, project.rules()), project.text().path(node));
+        addParameter(table, project.built(node), project.text().path(node));
     print(table.written(arguments.tableForm()));
     return Fine;
 }

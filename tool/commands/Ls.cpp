@@ -1,4 +1,3 @@
-#include "tool/BuiltParameter.h"
 #include "tool/Commands.h"
 #include "tool/Problem.h"
 #include "tool/Project.h"
@@ -22,10 +21,10 @@ struct Summary {
     QString master;
 };
 
-Summary summarise(const Project& project, int node) {
+Summary summarise(Project& project, int node) {
     Summary summary;
     const ProjectText& text = project.text();
-    summary.kind = kindName(project.rules().kindOf(text.path(node), guessKind(text, node)));
+    summary.kind = kindName(project.kindOf(node));
     const auto parameter = buildRaw(text, node);
     for (const Prm::View view : parameter->viewList()) {
         const unsigned int count = parameter->keyframeCount(view);
@@ -57,7 +56,7 @@ QVariant range(const Summary& summary) {
                                   : plainText(summary.first) + QLatin1String("..") + plainText(summary.last);
 }
 
-Table list(const Project& project, const std::vector<int>& nodes) {
+Table list(Project& project, const std::vector<int>& nodes) {
     Table table({QStringLiteral("path"), QStringLiteral("type"), QStringLiteral("views"), QStringLiteral("keys"),
                  QStringLiteral("first"), QStringLiteral("last"), QStringLiteral("hidden"), QStringLiteral("master")});
     for (const int node : nodes) {
@@ -71,7 +70,7 @@ Table list(const Project& project, const std::vector<int>& nodes) {
 /// The tree of the wanted parameters. Each group stands once, before the first of its parameters.
 class Tree {
 public:
-    explicit Tree(const Project& project) : m_project(project), m_text(project.text()) {}
+    explicit Tree(Project& project) : m_project(project), m_text(project.text()) {}
 
     /// Parameters come in the order of the tree, so that everything of a group stands together.
     Table table(const std::vector<int>& nodes) {
@@ -119,7 +118,7 @@ private:
         return QString(2 * std::min(depth, deepestIndentation), QLatin1Char(' ')) + m_text.nameInGroup(node);
     }
 
-    const Project& m_project;
+    Project& m_project;
     const ProjectText& m_text;
     std::vector<bool> m_isWanted;
     Table m_table{{QStringLiteral("name"), QStringLiteral("type"), QStringLiteral("views"), QStringLiteral("keys"),
@@ -137,7 +136,7 @@ int listParameters(Arguments& arguments) {
         .example(QStringLiteral("prm ls project.prm blur"));
     if (!arguments.read(1, -1))
         return Fine;
-    const Project project(arguments);
+    Project project(arguments);
     const std::vector<int> nodes = project.parameters(arguments.patterns());
     const TableForm form = arguments.tableForm();
     print((form == TableForm::Plain ? Tree(project).table(nodes) : list(project, nodes)).written(form));
