@@ -59,6 +59,7 @@ levels() {
 7 prm/ParameterSet.h
 7 prm/CompoundParameter.h
 7 prm/ProjectFile.h
+8 tool/*
 TABLE
 }
 
@@ -122,7 +123,7 @@ check_host_file() {
     if own_includes "$1" | grep -q '^prm/'; then fault "$1: the host's side never includes prm/"; fi
 }
 
-readarray -t headers < <(find host prm -name '*.h' -o -name '*.hpp' | sort)
+readarray -t headers < <(find host prm tool -name '*.h' -o -name '*.hpp' | sort)
 readarray -t host_files < <(find host -name '*.h' -o -name '*.cpp' | sort)
 for file in "${headers[@]}"; do check_header "$file"; done
 for file in "${host_files[@]}"; do check_host_file "$file"; done

@@ -47,11 +47,6 @@ public:
     }
 
 private:
-    static QString pathOf(const Composition& composition, const QString& key) {
-        const QString step = jsonStep(key);
-        const bool isWord = composition.jsonPath.isEmpty() && step.startsWith(QLatin1Char('.'));
-        return isWord ? key : composition.jsonPath + step;
-    }
     static QString pathOfElement(const QString& list, int index) {
         return QStringLiteral("%1[%2]").arg(list).arg(index);
     }
@@ -59,11 +54,13 @@ private:
     void nameLayers(Composition& composition) {
         const QJsonArray layers = composition.json.value(layersKey).toArray();
         composition.layers.reserve(static_cast<std::size_t>(layers.size()));
-        for (const QJsonValue element : layers) {
-            const QJsonObject layer = element.toObject();
+        const QString list = jsonPathOf(composition.jsonPath, layersKey);
+        for (int i = 0; i < layers.size(); ++i) {
+            const QJsonObject layer = layers.at(i).toObject();
             const QString title = layer.value(nameKey).toString();
             const QString name = title.isEmpty() ? layerTypeName(layer.value(QLatin1String("ty")).toInt(-1)) : title;
             composition.layers.push_back(composition.set.makeSubset(name, title));
+            m_objects.reportName(layer, pathOfElement(list, i), composition.layers.back());
             const QJsonValue number = layer.value(QLatin1String("ind"));
             if (number.isDouble() && !composition.pathOfLayer.contains(number.toInt()))
                 composition.pathOfLayer.insert(number.toInt(), composition.layers.back().path());
@@ -97,7 +94,7 @@ private:
             m_objects.reportName(composition.json, composition.jsonPath, composition.set);
         const QJsonArray layers = composition.json.value(layersKey).toArray();
         for (int i = 0; i < layers.size(); ++i) {
-            const QString path = pathOfElement(pathOf(composition, layersKey), i);
+            const QString path = pathOfElement(jsonPathOf(composition.jsonPath, layersKey), i);
             ImportedSet& set = composition.layers[static_cast<std::size_t>(i)];
             if (layers.at(i).isObject())
                 importLayer(layers.at(i).toObject(), path, set, composition);
@@ -115,16 +112,13 @@ private:
         rest.remove(layersKey);
         if (m_json.value(frameRateKey).isDouble())
             rest.remove(frameRateKey);
-        if (!isRoot)
-            return m_objects.importMembers(rest, {composition.set, composition.jsonPath, QStringLiteral("asset")});
-        rest.remove(assetsKey);
-        // Members of the outermost object have paths that begin with their key.
-        for (const QString& key : rest.keys())
-            m_objects.importMembers({{key, rest.value(key)}}, {composition.set, QString(), QString()});
+        if (isRoot)
+            rest.remove(assetsKey);
+        const QString kind = isRoot ? QStringLiteral("animation") : QStringLiteral("asset");
+        m_objects.importMembers(rest, {composition.set, composition.jsonPath, kind});
     }
 
     void importLayer(QJsonObject layer, const QString& path, ImportedSet& set, Composition& composition) {
-        m_objects.reportName(layer, path, set);
         importFrameRate(composition, set);
         importTiming(layer, path, set);
         importReferences(layer, path, set, composition);
@@ -135,7 +129,7 @@ private:
     void importFrameRate(const Composition& composition, ImportedSet& set) {
         const bool own = composition.json.value(frameRateKey).isDouble();
         const QJsonValue rate = own ? composition.json.value(frameRateKey) : m_json.value(frameRateKey);
-        const QString path = own ? pathOf(composition, frameRateKey) : QString(frameRateKey);
+        const QString path = own ? jsonPathOf(composition.jsonPath, frameRateKey) : QString(frameRateKey);
         if (rate.isDouble())
             m_objects.hold(path, set.addStillNumber(QStringLiteral("frame_rate"), rate.toDouble()));
     }
@@ -149,7 +143,7 @@ private:
             const QJsonValue value = layer.value(key);
             if (!value.isDouble())
                 continue;
-            m_objects.hold(path + jsonStep(key),
+            m_objects.hold(jsonPathOf(path, key),
                            set.addStillNumber(QString::fromLatin1(timing.second), value.toDouble()));
             layer.remove(key);
         }
@@ -161,11 +155,11 @@ private:
         const QJsonValue parent = layer.take(parentKey);
         const QJsonValue source = layer.take(sourceKey);
         if (!parent.isUndefined())
-            importReference(parentKey, composition.pathOfLayer.value(parent.toInt(-1)), path + jsonStep(parentKey), set,
-                            QStringLiteral("it names no layer of its composition"));
+            importReference(parentKey, composition.pathOfLayer.value(parent.toInt(-1)), jsonPathOf(path, parentKey),
+                            set, QStringLiteral("it names no layer of its composition"));
         if (!source.isUndefined())
             importReference(QStringLiteral("composition"), m_pathOfComposition.value(source.toString()),
-                            path + jsonStep(sourceKey), set, QStringLiteral("it names no composition of the file"));
+                            jsonPathOf(path, sourceKey), set, QStringLiteral("it names no composition of the file"));
     }
     void importReference(const QString& name, const QString& target, const QString& path, ImportedSet& set,
                          const QString& obstacle) {

@@ -20,7 +20,8 @@ ImportBudget::ImportBudget(qint64 inputSize)
 void ImportBudget::spend(qint64 bytes, const QString& place) {
     m_left -= bytes;
     if (m_left < 0)
-        throw ImportFailure(place.left(120), QStringLiteral("the animation takes too much memory from here on"));
+        throw ImportFailure(place.left(120),
+                            QStringLiteral("the import ends here, because it would take too much memory"));
 }
 
 } // namespace PrmTool

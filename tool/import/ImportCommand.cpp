@@ -44,7 +44,8 @@ public:
     bool commit() {
         if (m_file.isOpen())
             return m_file.commit();
-        return !m_direct.isOpen() || m_direct.flush();
+        auto* const stream = qobject_cast<QFileDevice*>(m_direct.isOpen() ? &m_direct : &m_out);
+        return !stream || stream->flush();
     }
     QString error() const {
         const QIODevice& device = m_name == standardStream ? m_out : isSpecial() ? m_direct : asDevice(m_file);
@@ -133,14 +134,14 @@ bool writeResult(const ImportResult& result, const Arguments& arguments, QIODevi
     Target project(arguments.output, out);
     Target map(arguments.map, out);
     const bool hasMap = !arguments.map.isEmpty();
+    const QByteArray text = Prm::ProjectFile(*result.root).text();
     const auto written = [&](Target& target, bool done) {
         if (!done)
             error = target.error();
         return done;
     };
     // Nothing is in its place until everything could be written.
-    return (!hasMap || written(map, map.write(result.report.table()))) &&
-           written(project, project.write(Prm::ProjectFile(*result.root).text())) &&
+    return (!hasMap || written(map, map.write(result.report.table()))) && written(project, project.write(text)) &&
            (!hasMap || written(map, map.commit())) && written(project, project.commit());
 }
 

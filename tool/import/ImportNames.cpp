@@ -218,12 +218,12 @@ bool isBookkeeping(const QString& key) {
     return std::any_of(keys.begin(), keys.end(), [&](const char* name) { return key == QLatin1String(name); });
 }
 
-QString jsonStep(const QString& key) {
+QString jsonPathOf(const QString& path, const QString& key) {
     const auto isPlain = [](QChar c) { return c.unicode() < 128 && (c.isLetterOrNumber() || c == QLatin1Char('_')); };
     if (!key.isEmpty() && std::all_of(key.begin(), key.end(), isPlain))
-        return QLatin1Char('.') + key;
+        return path.isEmpty() ? key : path + QLatin1Char('.') + key;
     // A list of one text, written as JSON, is the quoted key in brackets.
-    return QString::fromUtf8(QJsonDocument(QJsonArray{key}).toJson(QJsonDocument::Compact));
+    return path + QString::fromUtf8(QJsonDocument(QJsonArray{key}).toJson(QJsonDocument::Compact));
 }
 
 } // namespace PrmTool

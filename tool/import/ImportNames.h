@@ -38,7 +38,7 @@ QString componentName(int index, bool colour);
 bool isListWithoutSet(const QString& kind, const QString& key);
 /// What only identifies an object, or names it, and has no effect on the picture.
 bool isBookkeeping(const QString& key);
-/// The key as a step of a JSON path: ".key", or "["a key"]" where it is no plain word.
-QString jsonStep(const QString& key);
+/// The JSON path of a member: "path.key", or "path["a key"]" where the key is no plain word.
+QString jsonPathOf(const QString& path, const QString& key);
 
 } // namespace PrmTool

@@ -61,7 +61,7 @@ void ImportReport::summarise(QTextStream& out) const {
         out << " (" << settingsLeftOut() << " of them settings that do not animate)";
     out << '\n';
     if (m_shiftedKeyframes > 0)
-        out << "times with more than six digits: " << m_shiftedKeyframes << " keyframes of " << m_shiftedProperties
+        out << "in project text, which rounds times, " << m_shiftedKeyframes << " keyframes of " << m_shiftedProperties
             << " properties move by up to " << m_greatestShift << " frames\n";
 }
 

@@ -18,7 +18,7 @@ const QLatin1String effectValueKey("v");
 const QLatin1String expressionKey("x");
 
 // Roughly what the library takes; a path stands before each line of the text as well.
-const qint64 bytesOfSet = 600;
+const qint64 bytesOfSet = 1000;
 const qint64 bytesOfParameter = 1200;
 const qint64 bytesOfKeyframe = 150;
 const qint64 bytesOfEntry = 150;
@@ -68,7 +68,7 @@ void LottieObject::reportName(const QJsonObject& object, const QString& jsonPath
     m_budget.spend(bytesOfSet + set.path().size(), jsonPath);
     const QString name = object.value(nameKey).toString();
     if (onOneLine(name) != name)
-        change(jsonPath + jsonStep(nameKey), set.path(), QStringLiteral("line breaks in the name become blanks"));
+        change(jsonPathOf(jsonPath, nameKey), set.path(), QStringLiteral("line breaks in the name become blanks"));
 }
 
 void LottieObject::importMembers(const QJsonObject& object, const Place& place) {
@@ -76,7 +76,7 @@ void LottieObject::importMembers(const QJsonObject& object, const Place& place) 
         const QString key = member.key();
         const QJsonValue value = member.value();
         if (!isBookkeeping(key) || isStructure(value))
-            importMember(key, value, {place.set, place.jsonPath + jsonStep(key), place.kind});
+            importMember(key, value, {place.set, jsonPathOf(place.jsonPath, key), place.kind});
     }
 }
 
@@ -109,7 +109,7 @@ void LottieObject::importNamedObject(const QString& key, const QJsonObject& obje
 
 void LottieObject::importProperty(const QJsonObject& json, const Place& place, const QString& name, bool colour) {
     if (json.value(expressionKey).isString())
-        leaveOut(place.jsonPath + jsonStep(expressionKey), QStringLiteral("an expression"));
+        leaveOut(jsonPathOf(place.jsonPath, expressionKey), QStringLiteral("an expression"));
     LottieProperty property = readLottieProperty(json);
     if (!property.obstacle.isEmpty())
         return leaveOut(place.jsonPath, property.obstacle);
@@ -145,14 +145,15 @@ QStringList LottieObject::changesOnSaving(const LottieProperty& property) {
     QStringList changes;
     if (loss.shiftedTimes > 0) {
         m_report.addShiftedTimes(loss.shiftedTimes, loss.greatestShift);
-        changes.append(QStringLiteral("%1 times have more than six digits and move by up to %2")
+        changes.append(QStringLiteral("in project text, times move by up to %2: %1")
                            .arg(loss.shiftedTimes)
                            .arg(loss.greatestShift));
     }
     if (loss.mergedTimes > 0)
-        changes.append(QStringLiteral("%1 keyframes merge with the one before them").arg(loss.mergedTimes));
+        changes.append(
+            QStringLiteral("in project text, keyframes merge with the one before them: %1").arg(loss.mergedTimes));
     if (loss.roundedHandles > 0)
-        changes.append(QStringLiteral("%1 handle numbers are rounded to six digits").arg(loss.roundedHandles));
+        changes.append(QStringLiteral("in project text, numbers of handles are rounded: %1").arg(loss.roundedHandles));
     return changes;
 }
 
@@ -164,10 +165,10 @@ void LottieObject::importSeparated(const QJsonObject& object, const Place& place
 }
 
 void LottieObject::importGradient(const QJsonObject& object, const QString& jsonPath) {
-    const QString colours = jsonPath + jsonStep(QStringLiteral("k"));
+    const QString colours = jsonPathOf(jsonPath, QStringLiteral("k"));
     leaveOut(colours, QStringLiteral("the colours of a gradient"));
     if (object.value(QLatin1String("k")).toObject().value(expressionKey).isString())
-        leaveOut(colours + jsonStep(expressionKey), QStringLiteral("an expression"));
+        leaveOut(jsonPathOf(colours, expressionKey), QStringLiteral("an expression"));
 }
 
 void LottieObject::importList(const QString& key, const QJsonArray& list, const Place& place) {
@@ -204,7 +205,7 @@ void LottieObject::importElement(const QString& key, const QJsonObject& element,
     if (value.isObject() && isLottieProperty(value.toObject())) {
         // An element that is all about one value needs no set of its own.
         const bool colour = key == effectsKey && element.value(typeKey).toInt() == 2;
-        const Place at{place.set, place.jsonPath + jsonStep(effectValueKey), {}};
+        const Place at{place.set, jsonPathOf(place.jsonPath, effectValueKey), {}};
         importProperty(value.toObject(), at, name, colour);
         return importMembers(without(element, effectValueKey), place);
     }

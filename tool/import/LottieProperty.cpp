@@ -67,7 +67,7 @@ public:
         for (int i = 0; i < static_cast<int>(m_property.components.size()); ++i)
             m_property.components[static_cast<std::size_t>(i)] = component(i);
         if (m_heldHandles > 0)
-            change(QStringLiteral("%1 handles outside their segment's time are held to it").arg(m_heldHandles));
+            change(QStringLiteral("handles outside their segment's time are held to it: %1").arg(m_heldHandles));
     }
 
 private:
@@ -122,9 +122,9 @@ private:
             }
         }
         if (unknown > 0)
-            change(QStringLiteral("%1 keyframes without a value take the former one's").arg(unknown));
+            change(QStringLiteral("keyframes without a value take the former one's: %1").arg(unknown));
         if (jumps > 0)
-            change(QStringLiteral("%1 segments end at the next keyframe's value instead of their own").arg(jumps));
+            change(QStringLiteral("segments end at the next keyframe's value instead of their own: %1").arg(jumps));
     }
 
     void mergeSimultaneous() {
@@ -134,7 +134,7 @@ private:
         const auto merged = std::distance(m_keys.begin(), firstKept);
         m_keys.erase(m_keys.begin(), firstKept);
         if (merged > 0)
-            change(QStringLiteral("%1 keyframes at the time of another one are left out").arg(merged));
+            change(QStringLiteral("keyframes at the time of another one are left out: %1").arg(merged));
     }
 
     void straighten() {
@@ -147,7 +147,7 @@ private:
                           : 0;
         }
         if (curved > 0)
-            change(QStringLiteral("%1 segments with spatial tangents become straight").arg(curved));
+            change(QStringLiteral("segments with spatial tangents become straight: %1").arg(curved));
     }
     static bool isTangent(const QJsonValue& json) {
         const QVector<double> tangent = numbers(json);
