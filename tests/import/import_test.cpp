@@ -14,7 +14,7 @@
 #include <gtest/gtest.h>
 
 using namespace Prm;
-using namespace PrmTool;
+using namespace Tool;
 
 namespace {
 
@@ -60,16 +60,15 @@ TEST(Import, TurnsAnAnimationIntoSetsAndTellsWhatBecameOfEachEntry) {
 
 TEST(Import, HoldsKeyframesOfEveryForm) {
     // With handles at a third and two thirds of the time, the eased part is 3 y1 x (1-x)^2 + 3 y2 x^2 (1-x) + x^3.
-    const struct {
-        struct {
-            const char* name;
-            const char* opacity;
-        } given;
-        struct {
-            std::vector<std::pair<double, double>> samples;
-            const char* reason;
-        } expected;
-    } rows[] = {
+    struct Given {
+        const char* name;
+        const char* opacity;
+    };
+    struct Expected {
+        std::vector<std::pair<double, double>> samples;
+        const char* reason = "";
+    };
+    const std::pair<Given, Expected> rows[] = {
         {{"a value", "{k: [7.5]}"}, {{{-1, 7.5}, {3, 7.5}}, ""}},
         {{"eased", "{k: [{t: 0, s: [0], EASE}, {t: 8, s: [64]}]}"},
          {{{-1, 0}, {2, 10}, {4, 32}, {8, 64}, {9, 64}}, "in project text, numbers of handles are rounded: 2"}},
@@ -106,8 +105,8 @@ TEST(Import, HoldsKeyframesOfEveryForm) {
           "in project text, keyframes merge with the one before them: 1"}},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE(row.given.name);
-        const ImportResult result = importOpacity(row.given.opacity);
+        SCOPED_TRACE(row.first.name);
+        const ImportResult result = importOpacity(row.first.opacity);
         ASSERT_TRUE(result.root) << result.error.toStdString();
         const ParameterSet& layer = *result.root->subsetWithName(QStringLiteral("a"));
         const auto* found = layer.parameterWTWithName(QStringLiteral("transform.opacity.y"));
@@ -115,10 +114,10 @@ TEST(Import, HoldsKeyframesOfEveryForm) {
             found = layer.parameterWTWithName(QStringLiteral("transform.opacity"));
         const auto* const opacity = dynamic_cast<const NumericParameter<double>*>(found);
         ASSERT_TRUE(opacity);
-        for (const auto& [frame, value] : row.expected.samples)
+        for (const auto& [frame, value] : row.second.samples)
             EXPECT_NEAR(opacity->value(Time::fromDouble(frame)), value, 1e-12) << frame;
-        EXPECT_EQ(result.report.entries().constLast().reason.toStdString(), row.expected.reason);
-        const auto expected = *row.expected.reason ? ImportEntry::Changed : ImportEntry::Held;
+        EXPECT_EQ(result.report.entries().constLast().reason.toStdString(), row.second.reason);
+        const auto expected = *row.second.reason ? ImportEntry::Changed : ImportEntry::Held;
         EXPECT_EQ(result.report.entries().constLast().outcome, expected);
     }
 }

@@ -10,7 +10,7 @@
 
 #include <algorithm>
 
-namespace PrmTool {
+namespace Tool {
 
 namespace {
 
@@ -232,4 +232,4 @@ ImportResult importAnimation(const QByteArray& json) {
     return result;
 }
 
-} // namespace PrmTool
+} // namespace Tool

@@ -10,7 +10,7 @@ namespace Prm {
 class ParameterSet;
 }
 
-namespace PrmTool {
+namespace Tool {
 
 /// What an animation file came to.
 struct ImportResult {
@@ -28,10 +28,11 @@ constexpr qint64 largestAnimation = 64LL << 20;
 /// Makes parameters of a Lottie file (JSON animation). Times are frames of the file; names that are in use get a
 /// number. Nothing is dropped silently: whatever is not held stands in the report.
 ///
-///     layer                 frame_rate, in, out, start, stretch; parent and composition: the path of another set
+///     layer                 frame_rate, in, out, start, stretch; parent and composition: the path of another set;
+///                           time_remap, in seconds of that composition
 ///     layer.transform       numbers such as opacity; groups such as position, with x, y and z
 ///     layer.Fill_1          what the layer draws, nested as there
 ///     layer.effects.Blur    effects; masks and styles likewise
 ImportResult importAnimation(const QByteArray& json);
 
-} // namespace PrmTool
+} // namespace Tool

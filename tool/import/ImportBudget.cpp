@@ -1,6 +1,6 @@
 #include "tool/import/ImportBudget.h"
 
-namespace PrmTool {
+namespace Tool {
 
 namespace {
 
@@ -24,4 +24,4 @@ void ImportBudget::spend(qint64 bytes, const QString& place) {
                             QStringLiteral("the import ends here, because it would take too much memory"));
 }
 
-} // namespace PrmTool
+} // namespace Tool

@@ -5,7 +5,7 @@
 
 #include <stdexcept>
 
-namespace PrmTool {
+namespace Tool {
 
 /// Ends an import; `what` stands at `place`, a JSON path.
 class ImportFailure : public std::runtime_error {
@@ -29,4 +29,4 @@ private:
     qint64 m_left;
 };
 
-} // namespace PrmTool
+} // namespace Tool

@@ -3,17 +3,17 @@
 #include "prm/ParameterSet.h"
 #include "prm/ProjectFile.h"
 #include "tool/import/AnimationImport.h"
+#include "tool/import/OutputFile.h"
 
 #include <QCommandLineParser>
 #include <QFile>
 #include <QFileInfo>
 #include <QIODevice>
-#include <QSaveFile>
 #include <QTextStream>
 
 #include <cstdio>
 
-namespace PrmTool {
+namespace Tool {
 
 namespace {
 
@@ -26,51 +26,10 @@ const char* const description = //
     "What cannot be held is listed on the standard error stream, and counted.\n\n"
     "Example: prm import clip.json -o clip.prm --map clip.tsv";
 
-struct Arguments {
+struct Files {
     QString input;
     QString output;
     QString map;
-};
-
-/// A file that is written whole when it is committed, and not at all otherwise; or a stream.
-class Target {
-public:
-    Target(const QString& name, QIODevice& out) : m_name(name), m_file(name), m_direct(name), m_out(out) {}
-
-    bool write(const QByteArray& bytes) {
-        QIODevice* const device = open();
-        return device && device->write(bytes) == bytes.size();
-    }
-    bool commit() {
-        if (m_file.isOpen())
-            return m_file.commit();
-        auto* const stream = qobject_cast<QFileDevice*>(m_direct.isOpen() ? &m_direct : &m_out);
-        return !stream || stream->flush();
-    }
-    QString error() const {
-        const QIODevice& device = m_name == standardStream ? m_out : isSpecial() ? m_direct : asDevice(m_file);
-        return QStringLiteral("%1: cannot be written: %2").arg(m_name, device.errorString());
-    }
-
-private:
-    static const QIODevice& asDevice(const QIODevice& device) { return device; }
-    /// Devices and pipes are not replaced but written to.
-    bool isSpecial() const {
-        const QFileInfo info(m_name);
-        return info.exists() && !info.isFile() && !info.isDir();
-    }
-    QIODevice* open() {
-        if (m_name == standardStream)
-            return &m_out;
-        if (isSpecial())
-            return m_direct.open(QIODevice::WriteOnly) ? &m_direct : nullptr;
-        return m_file.open(QIODevice::WriteOnly) ? &m_file : nullptr;
-    }
-
-    QString m_name;
-    QSaveFile m_file;
-    QFile m_direct;
-    QIODevice& m_out;
 };
 
 bool isSameFile(const QString& a, const QString& b) {
@@ -81,7 +40,7 @@ bool isSameFile(const QString& a, const QString& b) {
 }
 
 /// What is wrong with the use of the command, or an empty text.
-QString readArguments(QCommandLineParser& parser, const QStringList& list, Arguments& arguments) {
+QString readArguments(QCommandLineParser& parser, const QStringList& list, Files& files) {
     const QCommandLineOption output({QStringLiteral("o"), QStringLiteral("output")},
                                     QStringLiteral("Write the project text to this file, not to standard output."),
                                     QStringLiteral("file"), standardStream);
@@ -100,11 +59,11 @@ QString readArguments(QCommandLineParser& parser, const QStringList& list, Argum
         return {};
     if (parser.positionalArguments().size() != 1)
         return QStringLiteral("give one animation file");
-    arguments = {parser.positionalArguments().constFirst(), parser.value(output), parser.value(map)};
-    const bool hasMap = !arguments.map.isEmpty();
-    if (isSameFile(arguments.output, arguments.input) || (hasMap && isSameFile(arguments.map, arguments.input)))
+    files = {parser.positionalArguments().constFirst(), parser.value(output), parser.value(map)};
+    const bool hasMap = !files.map.isEmpty();
+    if (isSameFile(files.output, files.input) || (hasMap && isSameFile(files.map, files.input)))
         return QStringLiteral("the animation would be overwritten");
-    if (hasMap && (arguments.map == arguments.output || isSameFile(arguments.map, arguments.output)))
+    if (hasMap && (files.map == files.output || isSameFile(files.map, files.output)))
         return QStringLiteral("the project text and the table need different files");
     return {};
 }
@@ -121,7 +80,10 @@ bool readAnimation(const QString& name, QByteArray& bytes, QString& error) {
         error = QStringLiteral("cannot be read: %1").arg(file.errorString());
         return false;
     }
-    bytes = file.read(largestAnimation + 1);
+    // A pipe gives a part at a time.
+    const qint64 part = 1 << 20;
+    for (QByteArray read = file.read(part); !read.isEmpty() && bytes.size() <= largestAnimation; read = file.read(part))
+        bytes += read;
     if (file.error() != QFileDevice::NoError)
         error = QStringLiteral("cannot be read: %1").arg(file.errorString());
     else if (bytes.size() > largestAnimation)
@@ -130,12 +92,12 @@ bool readAnimation(const QString& name, QByteArray& bytes, QString& error) {
 }
 
 /// False with the reason.
-bool writeResult(const ImportResult& result, const Arguments& arguments, QIODevice& out, QString& error) {
-    Target project(arguments.output, out);
-    Target map(arguments.map, out);
-    const bool hasMap = !arguments.map.isEmpty();
+bool writeResult(const ImportResult& result, const Files& files, QIODevice& out, QString& error) {
+    OutputFile project(files.output, out);
+    OutputFile map(files.map, out);
+    const bool hasMap = !files.map.isEmpty();
     const QByteArray text = Prm::ProjectFile(*result.root).text();
-    const auto written = [&](Target& target, bool done) {
+    const auto written = [&](const OutputFile& target, bool done) {
         if (!done)
             error = target.error();
         return done;
@@ -147,29 +109,29 @@ bool writeResult(const ImportResult& result, const Arguments& arguments, QIODevi
 
 } // namespace
 
-int runImport(const QStringList& list, QIODevice& out, QTextStream& err) {
+int runImport(const QStringList& arguments, QIODevice& out, QTextStream& err) {
     QCommandLineParser parser;
-    Arguments arguments;
+    Files files;
     const auto fail = [&](const QString& message) {
         err << "prm import: " << message << Qt::endl;
         return failure;
     };
-    if (const QString misuse = readArguments(parser, list, arguments); !misuse.isEmpty())
+    if (const QString misuse = readArguments(parser, arguments, files); !misuse.isEmpty())
         return fail(misuse);
     if (parser.isSet(QStringLiteral("help")))
         return out.write(parser.helpText().toUtf8()) < 0 ? failure : success;
     QByteArray bytes;
     QString error;
-    if (!readAnimation(arguments.input, bytes, error))
-        return fail(QStringLiteral("%1: %2").arg(arguments.input, error));
+    if (!readAnimation(files.input, bytes, error))
+        return fail(QStringLiteral("%1: %2").arg(files.input, error));
     const ImportResult result = importAnimation(bytes);
     if (!result.root)
-        return fail(QStringLiteral("%1:%2").arg(arguments.input, result.error));
-    if (!writeResult(result, arguments, out, error))
+        return fail(QStringLiteral("%1:%2").arg(files.input, result.error));
+    if (!writeResult(result, files, out, error))
         return fail(error);
     result.report.summarise(err);
     err.flush();
     return success;
 }
 
-} // namespace PrmTool
+} // namespace Tool

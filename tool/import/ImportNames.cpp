@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <array>
 
-namespace PrmTool {
+namespace Tool {
 
 namespace {
 
@@ -172,7 +172,7 @@ QString onOneLine(const QString& name) {
 }
 
 QString kindOfObject(const QJsonObject& object, const QString& key) {
-    const QString type = object.value(QLatin1String("ty")).toString();
+    QString type = object.value(QLatin1String("ty")).toString();
     if (!type.isEmpty())
         return type;
     static const QHash<QString, QString> kinds{{QStringLiteral("ks"), QStringLiteral("tr")},
@@ -226,4 +226,4 @@ QString jsonPathOf(const QString& path, const QString& key) {
     return path + QString::fromUtf8(QJsonDocument(QJsonArray{key}).toJson(QJsonDocument::Compact));
 }
 
-} // namespace PrmTool
+} // namespace Tool

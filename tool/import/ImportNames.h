@@ -6,7 +6,7 @@
 
 class QJsonObject;
 
-namespace PrmTool {
+namespace Tool {
 
 /// The script names of one set, parameters and subsets together: project text tells them apart by nothing else.
 class ImportNames {
@@ -41,4 +41,4 @@ bool isBookkeeping(const QString& key);
 /// The JSON path of a member: "path.key", or "path["a key"]" where the key is no plain word.
 QString jsonPathOf(const QString& path, const QString& key);
 
-} // namespace PrmTool
+} // namespace Tool

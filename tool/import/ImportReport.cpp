@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace PrmTool {
+namespace Tool {
 
 namespace {
 
@@ -65,4 +65,4 @@ void ImportReport::summarise(QTextStream& out) const {
             << " properties move by up to " << m_greatestShift << " frames\n";
 }
 
-} // namespace PrmTool
+} // namespace Tool

@@ -6,7 +6,7 @@
 
 class QTextStream;
 
-namespace PrmTool {
+namespace Tool {
 
 /// What became of one entry of the animation file.
 struct ImportEntry {
@@ -47,4 +47,4 @@ private:
     double m_greatestShift = 0.0;
 };
 
-} // namespace PrmTool
+} // namespace Tool

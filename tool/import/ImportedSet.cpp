@@ -5,7 +5,7 @@
 
 #include <boost/make_shared.hpp>
 
-namespace PrmTool {
+namespace Tool {
 
 using Number = Prm::NumericParameter<double>;
 
@@ -61,4 +61,4 @@ QString ImportedSet::addText(const QString& wantedName, const QString& text) {
     return pathOf(name);
 }
 
-} // namespace PrmTool
+} // namespace Tool

@@ -10,7 +10,7 @@ namespace Prm {
 class ParameterSet;
 }
 
-namespace PrmTool {
+namespace Tool {
 
 /// A set that is being filled: every member gets a name that nothing else in it has.
 class ImportedSet {
@@ -38,4 +38,4 @@ private:
     ImportNames m_names;
 };
 
-} // namespace PrmTool
+} // namespace Tool

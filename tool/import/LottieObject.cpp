@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-namespace PrmTool {
+namespace Tool {
 
 namespace {
 
@@ -44,7 +44,7 @@ QJsonObject without(QJsonObject object, QLatin1String key) {
 } // namespace
 
 void LottieObject::add(const ImportEntry& entry) {
-    m_budget.spend(bytesOfEntry + 3 * (entry.jsonPath.size() + entry.parameter.size()), entry.jsonPath);
+    m_budget.spend(bytesOfEntry + 3LL * (entry.jsonPath.size() + entry.parameter.size()), entry.jsonPath);
     m_report.add(entry);
 }
 
@@ -217,4 +217,4 @@ void LottieObject::importElement(const QString& key, const QJsonObject& element,
     place.set.addSubset(set);
 }
 
-} // namespace PrmTool
+} // namespace Tool

@@ -8,7 +8,7 @@ class QJsonArray;
 class QJsonObject;
 class QJsonValue;
 
-namespace PrmTool {
+namespace Tool {
 
 /// Walks through an object of the animation file and makes parameters and sets of its members. Every member ends in the
 /// set or in the report, whether it is known here or not.
@@ -35,7 +35,7 @@ public:
 private:
     void importMember(const QString& key, const QJsonValue& value, const Place& place);
     void importNamedObject(const QString& key, const QJsonObject& object, const Place& place);
-    void importProperty(const QJsonObject& property, const Place& place, const QString& name, bool colour);
+    void importProperty(const QJsonObject& json, const Place& place, const QString& name, bool colour);
     QString addComponents(const LottieProperty& property, ImportedSet& set, const QString& name, bool colour);
     void importSeparated(const QJsonObject& object, const Place& place, const QString& name);
     void importGradient(const QJsonObject& object, const QString& jsonPath);
@@ -49,4 +49,4 @@ private:
     ImportBudget& m_budget;
 };
 
-} // namespace PrmTool
+} // namespace Tool

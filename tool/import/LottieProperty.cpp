@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace PrmTool {
+namespace Tool {
 
 namespace {
 
@@ -247,4 +247,4 @@ LossInText lossInText(const LottieProperty& property) {
     return loss;
 }
 
-} // namespace PrmTool
+} // namespace Tool

@@ -10,7 +10,7 @@
 
 class QJsonObject;
 
-namespace PrmTool {
+namespace Tool {
 
 /// One number over time, in the file's own frames; without keyframes, `value` throughout.
 struct LottieCurve {
@@ -38,7 +38,7 @@ struct LossInText {
 /// Whether the object has the form of an animatable property: a value or keyframes, or the name of a shared one.
 bool isLottieProperty(const QJsonObject& object);
 /// Takes present and older forms of keyframes.
-LottieProperty readLottieProperty(const QJsonObject& property);
+LottieProperty readLottieProperty(const QJsonObject& json);
 LossInText lossInText(const LottieProperty& property);
 
-} // namespace PrmTool
+} // namespace Tool

@@ -12,5 +12,5 @@ int main(int count, char** values) {
     QFile out;
     if (!out.open(stdout, QIODevice::WriteOnly))
         return 2;
-    return PrmTool::runImport(QCoreApplication::arguments(), out, err);
+    return Tool::runImport(QCoreApplication::arguments(), out, err);
 }
