@@ -26,6 +26,8 @@ public:
     bool read(int least, int most);
 
     // --- ask ---------------------------------------------------------------------------------------------------------
+    /// The command and all words behind it, as they were given.
+    const QStringList& words() const { return m_words; }
     QStringList rest() const { return m_parser.positionalArguments(); }
     QString file() const { return rest().value(0); }
     QStringList patterns() const { return rest().mid(1); }

@@ -4,6 +4,7 @@ namespace Tool {
 
 const std::vector<Command>& commands() {
     static const std::vector<Command> all{
+        {"import", "Makes project text of an animation.", importAnimation},
         {"ls", "Shows the tree of groups and parameters.", listParameters},
         {"keys", "Lists the keyframes of parameters.", listKeyframes},
         {"eval", "Evaluates parameters at frames.", evaluate},

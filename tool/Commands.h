@@ -17,6 +17,7 @@ struct Command {
 /// All commands, in the order of the help. Each stands in tool/commands/, in a file of its name.
 const std::vector<Command>& commands();
 
+int importAnimation(Arguments& arguments);
 int listParameters(Arguments& arguments);
 int listKeyframes(Arguments& arguments);
 int evaluate(Arguments& arguments);

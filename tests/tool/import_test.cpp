@@ -1,0 +1,226 @@
+#include "prm/NumericParameter.h"
+#include "prm/ParameterSet.h"
+#include "prm/ProjectFile.h"
+#include "tool/import/AnimationImport.h"
+#include "tool/import/ImportCommand.h"
+
+#include <QBuffer>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTextStream>
+#include <gtest/gtest.h>
+
+using namespace Prm;
+using namespace Tool;
+
+namespace {
+
+QByteArray contents(const QString& fileName) {
+    QFile file(fileName);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << fileName.toStdString();
+    return file.readAll();
+}
+
+QString dataFile(const char* name) {
+    return QStringLiteral(PRM_TOOL_DATA "/") + QString::fromLatin1(name);
+}
+
+/// The text behind the five lines of the header, which name the program and the time.
+QByteArray body(const QByteArray& text) {
+    int end = -1;
+    for (int line = 0; line < 5; ++line)
+        end = text.indexOf('\n', end + 1);
+    return text.mid(end + 1);
+}
+
+/// An animation of one layer whose opacity is given. Keys stand without quotes; EASE is a slow start and a slow end.
+ImportResult importOpacity(const char* opacity) {
+    QString json = QStringLiteral("{fr: 25, layers: [{nm: \"a\", ks: {o: %1}}]}").arg(QString::fromUtf8(opacity));
+    json.replace(QLatin1String("EASE"), QLatin1String("o: {x: 0.3333333333333333, y: 0}, "
+                                                      "i: {x: 0.6666666666666666, y: 1}"));
+    json.replace(QRegularExpression(QStringLiteral("(\\w+):")), QStringLiteral("\"\\1\":"));
+    return importAnimation(json.toUtf8());
+}
+
+TEST(Import, TurnsAnAnimationIntoSetsAndTellsWhatBecameOfEachEntry) {
+    const ImportResult result = importAnimation(contents(dataFile("animation.json")));
+    ASSERT_TRUE(result.root) << result.error.toStdString();
+    EXPECT_EQ(result.report.table(), contents(dataFile("animation.tsv")));
+    const QByteArray text = ProjectFile(*result.root).text();
+    EXPECT_EQ(body(text), contents(dataFile("animation_imported.prm")));
+
+    ProjectFile file(*result.root);
+    file.loadText(text);
+    EXPECT_TRUE(file.report().isEmpty());
+    EXPECT_EQ(body(file.text()), body(text));
+}
+
+TEST(Import, HoldsKeyframesOfEveryForm) {
+    // With handles at a third and two thirds of the time, the eased part is 3 y1 x (1-x)^2 + 3 y2 x^2 (1-x) + x^3.
+    struct Given {
+        const char* name;
+        const char* opacity;
+    };
+    struct Expected {
+        std::vector<std::pair<double, double>> samples;
+        const char* reason = "";
+    };
+    const std::pair<Given, Expected> rows[] = {
+        {{"a value", "{k: [7.5]}"}, {{{-1, 7.5}, {3, 7.5}}, ""}},
+        {{"eased", "{k: [{t: 0, s: [0], EASE}, {t: 8, s: [64]}]}"},
+         {{{-1, 0}, {2, 10}, {4, 32}, {8, 64}, {9, 64}}, "in project text, numbers of handles are rounded: 2"}},
+        {{"overshoot", "{k: [{t: 0, s: [0], o: {x: [0.25], y: [0.5]}, i: {x: [0.75], y: [2.5]}}, {t: 8, s: [64]}]}"},
+         {{{4, 80}}, ""}},
+        {{"hold", "{k: [{t: 0, s: 3, h: 1}, {t: 4.5, s: 5, h: 1}]}"}, {{{4.25, 3}, {4.5, 5}, {90, 5}}, ""}},
+        {{"no handles", "{k: [{t: 0, s: [4]}, {t: 4, s: [8]}]}"}, {{{1, 5}}, ""}},
+        {{"ends of segments", "{k: [{t: 0, s: [4], e: [8]}, {t: 4, e: [0]}, {t: 8}]}"},
+         {{{1, 5}, {4, 8}, {6, 4}, {8, 0}}, ""}},
+        {{"last value unknown", "{k: [{t: 0, s: [4]}, {t: 4}]}"},
+         {{{2, 4}, {4, 4}}, "keyframes without a value take the former one's: 1"}},
+        {{"jump", "{k: [{t: 0, s: [4], e: [6]}, {t: 4, s: [8]}]}"},
+         {{{2, 6}}, "segments end at the next keyframe's value instead of their own: 1"}},
+        {{"wrong order", "{k: [{t: 4, s: [8]}, {t: 0, s: [4]}]}"},
+         {{{1, 5}}, "the keyframes are put in the order of time"}},
+        {{"same time", "{k: [{t: 0, s: [4]}, {t: 4, s: [6]}, {t: 4, s: [8]}]}"},
+         {{{1, 5}, {4, 8}}, "keyframes at the time of another one are left out: 1"}},
+        {{"eases of components",
+          "{k: [{t: 0, s: [0, 0], o: {x: [0, 0.5], y: [0, 1]}, i: {x: [1, 0.5], y: [1, 1]}}, {t: 8, s: [8, 8]}]}"},
+         {{{4, 7}}, ""}},
+        {{"ease of all", "{k: [{t: 0, s: [0, 0], EASE}, {t: 8, s: [0, 64]}]}"},
+         {{{2, 10}}, "in project text, numbers of handles are rounded: 4"}},
+        {{"lacking component", "{k: [{t: 0, s: [1, 4]}, {t: 4, s: [1]}]}"},
+         {{{1, 3}}, "components that some keyframes lack count as 0"}},
+        {{"curved", "{k: [{t: 0, s: [0, 4], to: [0, 1], ti: [0, 0]}, {t: 4, s: [4, 8]}]}"},
+         {{{1, 5}}, "segments with spatial tangents become straight: 1"}},
+        {{"handle outside", "{k: [{t: 0, s: [4], o: {x: 1.5, y: 0}, i: {x: 1, y: 0}}, {t: 4, s: [8]}]}"},
+         {{{4, 8}}, "handles outside their segment's time are held to it: 1"}},
+        {{"precise time", "{k: [{t: 0, s: [4]}, {t: 40.000032, s: [8]}]}"},
+         {{{20.000016, 6}}, "in project text, times move by up to 3.2e-05: 1"}},
+        {{"times that merge", "{k: [{t: 40, s: [4]}, {t: 40.000032, s: [8]}]}"},
+         {{{39, 4}, {41, 8}},
+          "in project text, times move by up to 3.2e-05: 1; "
+          "in project text, keyframes merge with the one before them: 1"}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.first.name);
+        const ImportResult result = importOpacity(row.first.opacity);
+        ASSERT_TRUE(result.root) << result.error.toStdString();
+        const ParameterSet& layer = *result.root->subsetWithName(QStringLiteral("a"));
+        const auto* found = layer.parameterWTWithName(QStringLiteral("transform.opacity.y"));
+        if (!found)
+            found = layer.parameterWTWithName(QStringLiteral("transform.opacity"));
+        const auto* const opacity = dynamic_cast<const NumericParameter<double>*>(found);
+        ASSERT_TRUE(opacity);
+        for (const auto& [frame, value] : row.second.samples)
+            EXPECT_NEAR(opacity->value(Time::fromDouble(frame)), value, 1e-12) << frame;
+        EXPECT_EQ(result.report.entries().constLast().reason.toStdString(), row.second.reason);
+        const auto expected = *row.second.reason ? ImportEntry::Changed : ImportEntry::Held;
+        EXPECT_EQ(result.report.entries().constLast().outcome, expected);
+    }
+}
+
+TEST(Import, NamesTheReasonForWhatItLeavesOut) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"{k: {c: true, v: []}}", "a path"},
+        {"{k: [{t: 0, s: [{v: []}]}]}", "a path"},
+        {"{k: [{t: 0, s: {t: \"text\"}}]}", "a text document"},
+        {"{k: [1, \"2\"]}", "its value is no number and no list of numbers"},
+        {"{k: []}", "it has no value"},
+        {"{sid: \"shared\"}", "its value stands elsewhere, in a slot"},
+        {"{k: [{t: 0, s: [1]}, {t: \"4\", s: [1]}]}", "keyframe 1 has no usable time"},
+        {"{k: [{t: 0, s: [1]}, {t: 4e9, s: [1]}]}", "keyframe 1 has no usable time"},
+        {"{k: [{t: 0}, {t: 4, s: [1]}]}", "the first keyframe has no value"},
+        {"[1, 2]", "a setting that does not animate"},
+    };
+    for (const auto& row : rows) {
+        const ImportEntry entry = importOpacity(row.first).report.entries().constLast();
+        EXPECT_EQ(entry.jsonPath, QStringLiteral("layers[0].ks.o")) << row.first;
+        EXPECT_EQ(entry.outcome, ImportEntry::LeftOut) << row.first;
+        EXPECT_EQ(entry.reason.toStdString(), row.second) << row.first;
+    }
+}
+
+TEST(Import, SaysWhereAFileIsNoAnimation) {
+    // Long names above many parameters would stand in every line of the text.
+    const QByteArray group = "{\"ty\": \"gr\", \"nm\": \"" + QByteArray(60, 'n') + "\", \"it\": [";
+    const QByteArray fills = "{\"o\": {\"k\": 1}}" + QByteArray(", {\"o\": {\"k\": 1}}").repeated(4000);
+    const QByteArray deep = group.repeated(300) + fills + QByteArray("]}").repeated(300);
+    const std::pair<QByteArray, const char*> rows[] = {
+        {" \n", "1:1: the file is empty"},
+        {"{\n \"fr\": 25,\n \"layers\": [nul]}", "3:17: illegal value"},
+        {"{\"fr\": 25, \"layers\": [", "1:23: unterminated array"},
+        {"[]", "1:1: no Lottie animation: the outermost value is no object"},
+        {"{\"fr\": 25, \"layers\": {}}", "1:1: no Lottie animation: the outermost object has no list \"layers\""},
+        {"{\"layers\": []}", "1:1: no Lottie animation: the outermost object has no number \"fr\", \"ip\" or \"op\""},
+        {QByteArray(100000, '['), "1:1026: too deeply nested document"},
+        {"{\"fr\": 25, \"layers\": [{\"shapes\": [" + deep + "]}]}", "layers[0].shapes[0].it[0].it[0]"},
+    };
+    for (const auto& row : rows) {
+        const ImportResult result = importAnimation(row.first);
+        EXPECT_FALSE(result.root) << row.second;
+        EXPECT_TRUE(result.error.startsWith(QLatin1String(row.second))) << result.error.toStdString();
+        EXPECT_FALSE(result.error.contains(QLatin1Char('\n')));
+    }
+}
+
+TEST(Import, CommandWritesWholeFilesOrNone) {
+    int count = 1;
+    char program[] = "prm";
+    char* values[] = {program, nullptr};
+    const QCoreApplication application(count, values);
+    const QTemporaryDir folder;
+    QDir dir(folder.path());
+    const auto put = [&](const char* name, const QByteArray& text, qint64 size = 0) {
+        QFile file(dir.filePath(QString::fromLatin1(name)));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(text) >= 0 && (size == 0 || file.resize(size)));
+    };
+    put("a.json", contents(dataFile("animation.json")));
+    put("cut.json", "{\"fr\": 25");
+    put("large.json", "{", 200LL << 20);
+    EXPECT_TRUE(dir.mkdir(QStringLiteral("folder")));
+    const struct {
+        const char* arguments;
+        int code;
+        const char* says;
+        const char* files;
+    } rows[] = {
+        {"--help", 0, "", ""},
+        {"@a.json", 0, " held, ", ""},
+        {"@a.json -o @new.prm --map @new.tsv", 0, " held, ", "new.prm new.tsv"},
+        {"@cut.json -o @new.prm", 2, "cut.json:1:10: ", ""},
+        {"@folder -o @new.prm", 2, "folder: it is a directory", ""},
+        {"@none.json -o @new.prm", 2, "none.json: cannot be read: ", ""},
+        {"@large.json -o @new.prm", 2, "large.json: larger than 67108864 bytes", ""},
+        {"@a.json -o @folder --map @new.tsv", 2, "folder: cannot be written: ", ""},
+        {"@a.json -o @new.prm --map @none/new.tsv", 2, "new.tsv: cannot be written: ", ""},
+        {"@a.json -o @a.json", 2, "the animation would be overwritten", ""},
+        {"@a.json -o @new.prm --map @new.prm", 2, "need different files", ""},
+        {"@a.json --map -", 2, "need different files", ""},
+        {"@a.json @cut.json", 2, "give one animation file", ""},
+        {"@a.json --colour", 2, "Unknown option 'colour'", ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.arguments);
+        QString arguments = QString::fromLatin1(row.arguments);
+        arguments.replace(QLatin1Char('@'), folder.path() + QLatin1Char('/')).prepend(QLatin1String("import "));
+        QBuffer out;
+        out.open(QIODevice::WriteOnly);
+        QString said;
+        QTextStream err(&said);
+        EXPECT_EQ(runImport(arguments.split(QLatin1Char(' ')), out, err), row.code);
+        EXPECT_TRUE(said.contains(QLatin1String(row.says))) << said.toStdString();
+        EXPECT_EQ(out.data().isEmpty(), row.code != 0 || *row.files != '\0');
+        const QStringList files = dir.entryList({QStringLiteral("*new*")}, QDir::Files | QDir::Hidden, QDir::Name);
+        EXPECT_EQ(files.join(QLatin1Char(' ')).toStdString(), row.files);
+        for (const QString& file : files)
+            dir.remove(file);
+        if (row.code == 2) {
+            EXPECT_EQ(said.count(QLatin1Char('\n')), 1) << said.toStdString();
+        }
+    }
+}
+
+} // namespace

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "tool/import/ImportReport.h"
+
+#include <QByteArray>
+#include <QString>
+#include <boost/shared_ptr.hpp>
+
+namespace Prm {
+class ParameterSet;
+}
+
+namespace Tool {
+
+/// What an animation file came to.
+struct ImportResult {
+    /// A root without a name, with a set for each layer and for each precomposition; null when there is an error.
+    boost::shared_ptr<Prm::ParameterSet> root;
+    ImportReport report;
+    /// Why there is no root, in one line that begins with the place: "3:17: ..." by line and column, counted from 1, or
+    /// a JSON path.
+    QString error;
+};
+
+/// The most that is read of one file.
+constexpr qint64 largestAnimation = 64LL << 20;
+
+/// Makes parameters of a Lottie file (JSON animation). Times are frames of the file; names that are in use get a
+/// number. Nothing is dropped silently: whatever is not held stands in the report.
+///
+///     layer                 frame_rate, in, out, start, stretch; parent and composition: the path of another set;
+///                           time_remap, in seconds of that composition
+///     layer.transform       numbers such as opacity; groups such as position, with x, y and z
+///     layer.Fill_1          what the layer draws, nested as there
+///     layer.effects.Blur    effects; masks and styles likewise
+ImportResult importAnimation(const QByteArray& json);
+
+} // namespace Tool

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QVector>
+
+class QTextStream;
+
+namespace Tool {
+
+/// What became of one entry of the animation file.
+struct ImportEntry {
+    enum Outcome { Held, Changed, LeftOut };
+    QString jsonPath;
+    /// The path of the parameter, or of the group that holds a vector's components; empty when left out.
+    QString parameter;
+    Outcome outcome = Held;
+    /// Empty for what is held.
+    QString reason;
+    /// Something that could not animate in the first place; counted, but not worth a line on the terminal.
+    bool isSetting = false;
+};
+
+/// Every entry of the file that animates, or could, with what became of it.
+class ImportReport {
+public:
+    void add(const ImportEntry& entry) { m_entries.append(entry); }
+    const QVector<ImportEntry>& entries() const { return m_entries; }
+    int count(ImportEntry::Outcome outcome) const;
+    int settingsLeftOut() const;
+
+    /// Times that project text writes differently, with six digits.
+    void addShiftedTimes(int keyframes, double greatestShift);
+    int propertiesWithShiftedTimes() const { return m_shiftedProperties; }
+    int shiftedKeyframes() const { return m_shiftedKeyframes; }
+    double greatestShift() const { return m_greatestShift; }
+
+    /// A line for each entry, columns separated by tabs, behind a line with their names.
+    QByteArray table() const;
+    /// What is not held, one line each, and the counts.
+    void summarise(QTextStream& out) const;
+
+private:
+    QVector<ImportEntry> m_entries;
+    int m_shiftedProperties = 0;
+    int m_shiftedKeyframes = 0;
+    double m_greatestShift = 0.0;
+};
+
+} // namespace Tool

@@ -1,0 +1,64 @@
+#include "tool/import/ImportedSet.h"
+
+#include "prm/NumericParameter.h"
+#include "prm/ParameterSet.h"
+
+#include <boost/make_shared.hpp>
+
+namespace Tool {
+
+using Number = Prm::NumericParameter<double>;
+
+ImportedSet::ImportedSet() : m_set(boost::make_shared<Prm::ParameterSet>()) {}
+
+QString ImportedSet::pathOf(const QString& name) const {
+    return m_path.isEmpty() ? name : m_path + QLatin1Char('.') + name;
+}
+
+bool ImportedSet::isEmpty() const {
+    return m_set->parameters().empty() && m_set->subsets().empty();
+}
+
+ImportedSet ImportedSet::makeSubset(const QString& wantedName, const QString& displayName) {
+    const QString name = m_names.take(wantedName);
+    ImportedSet subset;
+    subset.m_set->setScriptName(name);
+    subset.m_set->setDisplayName(onOneLine(displayName));
+    subset.m_path = pathOf(name);
+    return subset;
+}
+
+void ImportedSet::addSubset(const ImportedSet& subset) {
+    m_set->addParameterSet(subset.m_set);
+}
+
+QString ImportedSet::addCurve(const QString& wantedName, const LottieCurve& curve) {
+    const QString name = m_names.take(wantedName);
+    const auto number = boost::make_shared<Number>(name, curve.value);
+    number->vSetValue(curve.value, Prm::Context(Prm::Time::INVALID));
+    for (const auto& key : curve.keyframes) {
+        const int index = number->vSetValue(key.value, key.time);
+        number->vSetInterpolationData(key.interpolationData, static_cast<unsigned int>(index), Prm::View());
+    }
+    m_set->addParameter(number);
+    return pathOf(name);
+}
+
+QString ImportedSet::addStillNumber(const QString& wantedName, double value) {
+    const QString name = m_names.take(wantedName);
+    const auto number = boost::make_shared<Number>(name, value, Prm::ParameterOptions(Prm::Splittable));
+    number->vSetValue(value, Prm::Context());
+    m_set->addParameter(number);
+    return pathOf(name);
+}
+
+QString ImportedSet::addText(const QString& wantedName, const QString& text) {
+    const QString name = m_names.take(wantedName);
+    const auto parameter =
+        boost::make_shared<Prm::Parameter<QString>>(name, text, Prm::ParameterOptions(Prm::Splittable));
+    parameter->vSetValue(text, Prm::Context());
+    m_set->addParameter(parameter);
+    return pathOf(name);
+}
+
+} // namespace Tool

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "tool/import/ImportNames.h"
+#include "tool/import/LottieProperty.h"
+
+#include <QString>
+#include <boost/shared_ptr.hpp>
+
+namespace Prm {
+class ParameterSet;
+}
+
+namespace Tool {
+
+/// A set that is being filled: every member gets a name that nothing else in it has.
+class ImportedSet {
+public:
+    /// The root: it has no name.
+    ImportedSet();
+
+    /// A set for this one, not listed yet.
+    ImportedSet makeSubset(const QString& wantedName, const QString& displayName = {});
+    void addSubset(const ImportedSet& subset);
+    /// Adders answer the path of what was added.
+    QString addCurve(const QString& wantedName, const LottieCurve& curve);
+    QString addStillNumber(const QString& wantedName, double value);
+    QString addText(const QString& wantedName, const QString& text);
+
+    const QString& path() const { return m_path; }
+    bool isEmpty() const;
+    const boost::shared_ptr<Prm::ParameterSet>& set() const { return m_set; }
+
+private:
+    QString pathOf(const QString& name) const;
+
+    boost::shared_ptr<Prm::ParameterSet> m_set;
+    QString m_path;
+    ImportNames m_names;
+};
+
+} // namespace Tool
