@@ -37,6 +37,13 @@ bool ParameterWithoutType::wouldCloseCircle(const ParameterWithoutType& paramete
     return above != nullptr;
 }
 
+int ParameterWithoutType::placeAt(const ParameterWithoutType& master) const {
+    const auto& list = master.m_constrainedParameters;
+    const auto living = [](const auto& entry) { return !entry.isNull(); };
+    const auto found = std::find_if(list.begin(), list.end(), [this](const auto& entry) { return entry == this; });
+    return static_cast<int>(std::count_if(list.begin(), found, living));
+}
+
 /// All that may fail comes before the first change.
 void ParameterWithoutType::tieTo(ParameterWithoutType* master, int position) {
     const QPointer<ParameterWithoutType> self(this);

@@ -113,7 +113,8 @@ private:
 
 std::vector<ViewMove> movesOf(const ParameterWithoutType& parameter, const Retiming& retiming) {
     std::vector<ViewMove> moves;
-    const std::vector<View> views = parameter.viewList();
+    const std::vector<View>& views = parameter.viewList();
+    moves.reserve(views.size());
     for (const View view : views)
         moves.emplace_back(parameter, view, retiming);
     return moves;

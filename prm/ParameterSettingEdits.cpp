@@ -119,9 +119,7 @@ void ParameterWithoutTypeLockEdit::set(ParameterWithoutType& parameter, quint32 
 }
 
 detail::MasterLink::MasterLink(const ParameterWithoutType& constrained)
-    : m_master(constrained.masterParameter()),
-      m_position(m_master ? m_master->constrainedParameters().indexOf(const_cast<ParameterWithoutType*>(&constrained))
-                          : 0) {}
+    : m_master(constrained.masterParameter()), m_position(m_master ? constrained.placeAt(*m_master) : 0) {}
 
 void detail::MasterLink::restore(ParameterWithoutType& constrained) const {
     constrained.tieTo(m_master.data(), m_position);

@@ -275,6 +275,8 @@ protected:
 private:
     friend class detail::MasterLink;
 
+    /// The place among the parameters constrained to a master.
+    int placeAt(const ParameterWithoutType& master) const;
     /// Ties this parameter to a master, at a place among the parameters constrained to that one, or to none.
     void tieTo(ParameterWithoutType* master, int position);
     bool wouldCloseCircle(const ParameterWithoutType& parameter) const;

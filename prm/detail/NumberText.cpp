@@ -64,7 +64,7 @@ struct Shortest {
         return count == kept + 1 && digits[static_cast<std::size_t>(kept)] == '5';
     }
 
-    Buffer digits;
+    Buffer digits{};
     int count = 0;
     int exponent = 0;
 };
