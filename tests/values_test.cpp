@@ -44,18 +44,15 @@ TEST(Frame, FromNumbers) {
     const std::tuple<const char*, Frame, quint32> rows[] = {
         {"largest", Frame::fromUInt(2147483646), 2147483646},
         {"too large", Frame::fromUInt(2147483647), invalid},
-        {"int too large", Frame::fromInt(2147483647), invalid},
         {"negative int", Frame::fromInt(-5), 4294967291u},
         {"float at the bound", Frame::fromFloat(2147483648.0f), 2147483648u},
         {"float above it", Frame::fromFloat(2147484000.0f), invalid},
         {"negative float", Frame::fromFloat(-2.9f), 4294967294u},
         {"float far below", Frame::fromFloat(-1e30f), invalid},
-        {"double at the bound", Frame::fromDouble(2147483647.0), invalid},
         {"no number", Frame::fromDouble(NAN), invalid},
         {"of a context", at(12.9), 12},
         {"just below zero", at(-0.5), 0},
         {"minus one", at(-1), invalid},
-        {"of a context far below", at(-INFINITY), invalid},
         {"of a context without time", Frame(Context(Context::INVALID_TIME)), invalid},
     };
     for (const auto& [name, frame, expected] : rows)
@@ -90,7 +87,6 @@ TEST(View, PrefixesAreTakenOffOnce) {
         {"View[1].x", "View[1].x", none},
         {"view[].x", "view[].x", none},
         {"view[-1].x", "view[-1].x", none},
-        {"view[1]x", "view[1]x", none},
         {"view[1", "view[1", none},
         {"view[\u0661].x", "view[\u0661].x", none},
     };
@@ -104,12 +100,9 @@ TEST(View, PrefixesAreTakenOffOnce) {
     EXPECT_EQ(View::INVALID().toString(), "view[4294967295].");
 }
 
-TEST(AnimationFlags, AreFourBits) {
+TEST(Context, HasFourFlagsAndIsKnownToQt) {
     EXPECT_TRUE(AnimationFlags(4).allViews() && !AnimationFlags().allViews());
     EXPECT_EQ(AnimationFlags(0xFF).packed(), 15u);
-}
-
-TEST(Context, IsKnownToQt) {
     EXPECT_NE(QMetaType::type("Prm::Context"), QMetaType::UnknownType);
 }
 

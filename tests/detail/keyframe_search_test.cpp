@@ -96,13 +96,12 @@ TEST(KeyframeInsertion, ShapesNothingWhileReadingAndSurvivesAHook) {
         const KeyframeData<int> added(Time::fromDouble(time), 0);
         return detail::insertKeyframe(keyframes, added, Interpolation::Custom0, readingIn, hook);
     };
+    auto keyframes = former;
     for (const double time : {2., 3.5, 5.}) {
-        auto keyframes = former;
         EXPECT_THROW(insert(keyframes, time, false, fails), std::runtime_error);
         EXPECT_EQ(keyframes.size(), 2);
         EXPECT_EQ(keyframes.last().interpolationData, former.last().interpolationData);
     }
-    auto keyframes = former;
     EXPECT_EQ(insert(keyframes, 5, true, shapes), 2);
     EXPECT_EQ(keyframes.at(1).interpolationData, IType(Interpolation::Linear)) << "appended while reading";
     EXPECT_EQ(insert(keyframes, 4.5, true, shapes), 2);

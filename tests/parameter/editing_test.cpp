@@ -53,7 +53,6 @@ TEST(Editing, AMappingOfTimesMayFailOrEditTheParameter) {
             parameter.vSetValue(i, Context(time + (100 + i)));
         return time;
     });
-    EXPECT_GT(parameter.keyframeCount(View()), 50u);
     parameter.adjustKeyframesTime([&](Time time) {
         parameter.vDeleteAllKeyframes(View());
         parameter.deleteView(View(3));
