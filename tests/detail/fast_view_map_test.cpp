@@ -17,21 +17,6 @@ Map mapOf(const Ids& written) {
     return map;
 }
 
-TEST(FastViewMap, ACopyIsDeepAndTakesTheTemplate) {
-    const Map original = mapOf({3, 2147483646});
-    Map assigned(99);
-    assigned[View(8)];
-    assigned = original;
-    Map copied(original);
-    for (Map* const copy : {&assigned, &copied}) {
-        EXPECT_EQ(copy->viewList(), original.viewList());
-        EXPECT_EQ(copy->templateData().staticValue, 7);
-        (*copy)[View(3)].staticValue = -1;
-        EXPECT_EQ(detail::ReadBlock<int>(*copy, View(3))->staticValue, -1);
-    }
-    EXPECT_EQ(original.resolve(View(3)).staticValue, 3);
-}
-
 TEST(FastViewMap, InitSourceDataTakesTheNumberOfSlots) {
     Map map = mapOf({0, 2, 5});
     for (const auto& [slots, two, five] :

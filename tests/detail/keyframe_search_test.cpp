@@ -74,19 +74,6 @@ TEST(KeyframeSearch, AgreesWithALinearSearchForEveryLength) {
     }
 }
 
-TEST(KeyframeSearch, AnswersArePositionsOfAnyList) {
-    EXPECT_EQ(detail::lowerBound(keyframesAt({}), Time()), 0);
-    EXPECT_EQ(detail::positionAt(keyframesAt({}), Time()), -1);
-    const auto keyframes = keyframesAt({5, 1, 9, 9, -3, 4, 4, 0});
-    for (int at = -10; at <= 22; ++at) {
-        const Time time = Time::fromDouble(0.5 * at);
-        const detail::Bracket around = detail::bracket(keyframes.constData(), keyframes.size(), time);
-        EXPECT_LT(std::max(around.before, around.after), keyframes.size());
-        EXPECT_GE(std::max(around.before, around.after), 0);
-        EXPECT_LT(detail::nearestPosition(keyframes, time), keyframes.size());
-    }
-}
-
 // Which segment takes which shape is the model's matter; here, what else the rule asks.
 TEST(KeyframeInsertion, ShapesNothingWhileReadingAndSurvivesAHook) {
     const auto shapes = [](const auto&, const auto&, Interpolation kind) { return IType(kind, 1); };

@@ -294,16 +294,13 @@ struct Model {
         tell("KEYFRAME_CHANGED_INTERPOLATION", index, view);
     }
 
-    void setExtrapolation(Extrapolation& side, Extrapolation kind, const char* type) {
-        side = keyframed ? kind : side;
-        if (keyframed)
-            tell(type);
-    }
     void vSetExtrapolationBefore(Extrapolation kind) {
-        setExtrapolation(before, kind, "PARAMETER_CHANGED_EXTRAPOLATION_BEFORE");
+        before = keyframed ? kind : before;
+        told += keyframed ? "PARAMETER_CHANGED_EXTRAPOLATION_BEFORE 0 0\n" : "";
     }
     void vSetExtrapolationAfter(Extrapolation kind) {
-        setExtrapolation(after, kind, "PARAMETER_CHANGED_EXTRAPOLATION_AFTER");
+        after = keyframed ? kind : after;
+        told += keyframed ? "PARAMETER_CHANGED_EXTRAPOLATION_AFTER 0 0\n" : "";
     }
     void vSetDefault(double value) { standard.still = value; }
     void vSetDefaultInterpolation(Interpolation kind) { first = kind; }
