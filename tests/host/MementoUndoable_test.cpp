@@ -8,10 +8,11 @@
 
 namespace {
 
+struct Undoable;
+using Act = void (*)(Undoable&);
+
 /// Does as it is told while it is imported, and writes down each operation with the flag that it saw.
 struct Undoable : virtual Bsc::MementoUndoable {
-    using Act = void (*)(Undoable&);
-
     Undoable(Act whileImported, Act afterwards, QString& told) : during(whileImported), after(afterwards), log(&told) {}
     boost::shared_ptr<Bsc::MementoBase> exportState() const override { return nullptr; }
     void doImportState(boost::shared_ptr<Bsc::MementoBase> /*snapshot*/) override {
@@ -47,23 +48,8 @@ const auto copyAndAssign = [](Undoable& object) {
     object = other;
 };
 
-QString import(Undoable::Act during, Undoable::Act after, bool flagDuringPost) {
-    QString log;
-    auto* object = new Undoable(during, after, log);
-    try {
-        Bsc::importState(*object, nullptr, flagDuringPost);
-    } catch (int) {
-        log += QLatin1String("threw ");
-    }
-    if (!log.endsWith(QLatin1String("gone"))) {
-        object->note("left");
-        delete object;
-    }
-    return log;
-}
-
 TEST(ImportState, FlagIsPutBackOnEveryWayOut) {
-    const std::tuple<const char*, Undoable::Act, Undoable::Act, QString> rows[] = {
+    const std::tuple<const char*, Act, Act, QString> rows[] = {
         {"throws in do", fail, rest, QStringLiteral("do+ threw left- ")},
         {"throws in post", rest, fail, QStringLiteral("do+ post- threw left- ")},
         {"dies in do", die, rest, QStringLiteral("do+ gone")},
@@ -74,9 +60,21 @@ TEST(ImportState, FlagIsPutBackOnEveryWayOut) {
         {"copied and assigned", copyAndAssign, rest, QStringLiteral("do+ copy- post- left- ")},
     };
     for (const auto& [name, during, after, expected] : rows) {
-        EXPECT_EQ(import(during, after, false), expected) << name;
-        const QString withFlag = QString(expected).replace(QLatin1String("post-"), QLatin1String("post+"));
-        EXPECT_EQ(import(during, after, true), withFlag) << name << ", flag during post";
+        for (const bool flagDuringPost : {false, true}) {
+            QString log;
+            auto* const object = new Undoable(during, after, log);
+            try {
+                Bsc::importState(*object, nullptr, flagDuringPost);
+            } catch (int) {
+                log += QLatin1String("threw ");
+            }
+            if (!log.endsWith(QLatin1String("gone"))) {
+                object->note("left");
+                delete object;
+            }
+            const QLatin1String post(flagDuringPost ? "post+" : "post-");
+            EXPECT_EQ(log, QString(expected).replace(QLatin1String("post-"), post)) << name << flagDuringPost;
+        }
     }
 }
 

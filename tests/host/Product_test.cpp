@@ -48,7 +48,7 @@ TEST(Settings, SourceIsReplacedWhileOthersAsk) {
     Settings::replaceSource(nullptr);
 }
 
-TEST(ProductInfo, IsNeverEmpty) {
+TEST(ProductInfo, IsNeverEmptyAndNamedAsAskedUnlessReplaced) {
     const char* const rows[][3] = {
         {"", "0.0.0", "0"}, {"4.1.2 build 812", "4.1.2 build 812", "812"}, {"7-beta", "7-beta", "7"}};
     for (const auto& [stored, version, buildNumber] : rows) {
@@ -58,9 +58,6 @@ TEST(ProductInfo, IsNeverEmpty) {
     }
     QCoreApplication::setApplicationVersion(QString());
     EXPECT_FALSE(Product::qstrGetProductName(QString()).isEmpty());
-}
-
-TEST(ProductInfo, NameIsTheOneAskedForUnlessReplaced) {
     const QString name = QStringLiteral("Viewer");
     Product::replaceProductName([](const QString& application) { return application + QLatin1Char('!'); });
     EXPECT_EQ(Product::qstrGetProductName(name), QStringLiteral("Viewer!"));

@@ -1,10 +1,14 @@
 // A parameter beside a plain, slow model of it: both are put through the same random edits, and after each must give
-// the same answers and have sent the same changes.
+// the same answers and have sent the same changes. Whatever observers do meanwhile, the parameter stays sound.
 
+#include "prm/AnimationState.h"
 #include "prm/NumericParameter.h"
+#include "prm/Views.h"
+#include "prm/detail/BezierEasing.h"
 #include "tests/parameter/Keying.h"
 #include "tests/support/ChangeRecorder.h"
 
+#include <QPointer>
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
 
@@ -12,18 +16,18 @@
 #include <cmath>
 #include <map>
 #include <sstream>
+#include <stdexcept>
 
 using namespace Prm;
 using Mode = MVInterpolationParams::Mode;
 using Key = KeyframeData<double>;
+using P = NumericParameter<double>;
 
 namespace {
 
-// --- curves ----------------------------------------------------------------------------------------------------------
+constexpr quint32 largest = 2147483646;
 
-bool isStraight(const IType& shape) {
-    return shape.interpolation != Interpolation::Bezier || shape == IType(Interpolation::Bezier);
-}
+// --- curves ----------------------------------------------------------------------------------------------------------
 
 IType shaped(const IType& present, Interpolation kind) {
     const bool hasNumbers = present != IType(present.interpolation);
@@ -32,24 +36,16 @@ IType shaped(const IType& present, Interpolation kind) {
     return kind == Interpolation::Bezier ? IType(kind, 1. / 3, 0, 2. / 3, 1) : IType(kind);
 }
 
-double bezier(double a, double b, double s) {
-    return 3 * (1 - s) * (1 - s) * s * a + 3 * (1 - s) * s * s * b + s * s * s;
-}
-
 double progress(const IType& shape, double x) {
-    if (isStraight(shape))
-        return shape.interpolation == Interpolation::Constant ? 0 : x;
-    double low = 0;
-    double high = 1;
-    for (int i = 0; i < 60; ++i)
-        (bezier(shape.x1, shape.x2, (low + high) / 2) < x ? low : high) = (low + high) / 2;
-    return bezier(shape.y1, shape.y2, low);
+    if (shape.interpolation == Interpolation::Constant)
+        return 0;
+    return shape.interpolation == Interpolation::Bezier ? detail::easedProgress(shape, x) : x;
 }
 
 double endSlope(const IType& shape, bool atStart) {
-    if (isStraight(shape))
+    if (shape.interpolation != Interpolation::Bezier)
         return shape.interpolation == Interpolation::Constant ? 0 : 1;
-    return atStart ? shape.y1 / shape.x1 : (1 - shape.y2) / (1 - shape.x2);
+    return atStart ? detail::easingSlopeAtStart(shape) : detail::easingSlopeAtEnd(shape);
 }
 
 // --- the model -------------------------------------------------------------------------------------------------------
@@ -64,6 +60,11 @@ struct Data {
         while (i < keys.size() && keys[i].time != time)
             ++i;
         return i;
+    }
+    /// The position of the first key that is not earlier.
+    std::size_t bound(Time time) const {
+        const auto isEarlier = [=](const Key& key) { return key.time < time; };
+        return static_cast<std::size_t>(std::find_if_not(keys.begin(), keys.end(), isEarlier) - keys.begin());
     }
 };
 
@@ -85,270 +86,307 @@ struct Model {
     const Data& read(View view) const {
         return owns(view) ? views.at(view.id()) : views.empty() ? standard : views.begin()->second;
     }
-    std::vector<Key> shown(View view) const { return hides(view) ? std::vector<Key>() : read(view).keys; }
-    double outside(const std::vector<Key>& keys, Time time) const;
-    double valueIn(const Data& data, Time time) const;
-    std::vector<double> sources(double view) const;
-    double value(const Context& context) const;
+    Data shown(View view) const { return hides(view) ? Data() : read(view); }
+
+    double outside(const std::vector<Key>& keys, Time time) const {
+        const bool early = time < keys.front().time;
+        const Key& edge = early ? keys.front() : keys.back();
+        if (keys.size() < 2 || (early ? before : after) != Extrapolation::Linear)
+            return edge.value;
+        const Key& a = early ? keys[0] : keys[keys.size() - 2];
+        const Key& b = early ? keys[1] : keys.back();
+        const double change = (b.value - a.value) * endSlope(a.interpolationData, early) * (time - edge.time);
+        return a.time < b.time ? edge.value + change / (b.time - a.time) : edge.value;
+    }
+
+    double valueIn(const Data& data, Time time) const {
+        if (data.keys.empty())
+            return data.still;
+        if (data.find(time) < data.keys.size())
+            return data.keys[data.find(time)].value;
+        if (time < data.keys.front().time || time > data.keys.back().time)
+            return outside(data.keys, time);
+        const Key& b = data.keys[data.bound(time)];
+        const Key& a = data.keys[data.bound(time) - 1];
+        return a.value + (b.value - a.value) * progress(a.interpolationData, (time - a.time) / (b.time - a.time));
+    }
+
+    std::vector<double> sources(double view) const {
+        std::vector<double> from;
+        for (const auto& [id, data] : views)
+            from.push_back(id);
+        const auto nearer = [=](double a, double b) { return std::abs(a - view) < std::abs(b - view); };
+        const auto above = std::upper_bound(from.begin(), from.end(), view);
+        if (mode == Mode::Nearest || above == from.begin() || above == from.end())
+            return {*std::min_element(from.begin(), from.end(), nearer)};
+        // The neighbours come first.
+        std::rotate(from.begin(), above - 1, above + 1);
+        std::stable_sort(from.begin() + 2, from.end(), nearer);
+        from.resize(std::min<std::size_t>(from.size(), mode == Mode::Smooth ? 3 : 2));
+        return from;
+    }
+
+    double value(const Context& context) const {
+        const View view = context.view;
+        if (!splittable && !views.empty())
+            return keyframed ? valueIn(views.begin()->second, context.time) : views.begin()->second.still;
+        if (!keyframed)
+            return read(view).still;
+        if (owns(view) || !view.isValid() || mode == Mode::Off || views.empty())
+            return valueIn(read(view), context.time);
+        double sum = 0;
+        const std::vector<double> from = sources(view.id());
+        for (const double id : from) {
+            double weight = 1;
+            for (const double other : from)
+                weight *= id == other ? 1 : (view.id() - other) / (id - other);
+            sum += weight * valueIn(views.at(static_cast<quint32>(id)), context.time);
+        }
+        return sum;
+    }
+
+    Interpolation interpolation(const Context& context) const {
+        const Data& data = read(context.view);
+        if (!keyframed || data.keys.empty())
+            return keyframed ? first : Interpolation::Constant;
+        const std::size_t i = data.bound(context.time);
+        const bool governs = i == 0 || data.find(context.time) == i;
+        return data.keys[governs && i < data.keys.size() ? i : i - 1].interpolationData.interpolation;
+    }
 
     void tell(const char* type, std::size_t index = 0, View view = View()) {
         told +=
             std::string(type) + " " + std::to_string(static_cast<int>(index)) + " " + std::to_string(view.id()) + "\n";
     }
-    Data& make(View view);
-    Data& target(View view);
-    std::size_t insert(Data& data, Time time, double value);
-    void reshape(View view, std::size_t index, const IType& shape);
-    void give(View to, Data contents);
-    void take(const Model& other, bool withDefaults);
 
-    int vSetValue(double value, const Context& at);
-    void setVariantValue(const QVariant& value, const Context& at, const std::nothrow_t&);
-    int iAddKeyframe(const Context& at);
-    void vDeleteKeyframe(const Context::Explicit& at);
-    void vDeleteAllKeyframes(View view);
-    void vReset(const Context& at);
-    bool vSetInterpolation(Interpolation kind, const Context& at);
+    Data& make(View view) {
+        if (views.empty())
+            views[0] = standard;
+        return view.isValid() ? views.try_emplace(view.id(), standard).first->second : views.begin()->second;
+    }
+
+    Data& target(View view) {
+        const bool mayGain = !owns(view) && (!views.empty() || view != View(0));
+        Data& data = make(splittable ? view : View(0));
+        isSplit = views.size() > 1;
+        if (mayGain && owns(view))
+            tell("VIEW_ADDED", 0, view);
+        return data;
+    }
+
+    std::size_t insert(Data& data, Time time, double value) {
+        const std::size_t i = data.bound(time);
+        IType* const behind = i > 0 ? &data.keys[i - 1].interpolationData : nullptr;
+        const Interpolation kind = behind ? behind->interpolation : first;
+        if (behind && i == data.keys.size())
+            *behind = shaped(*behind, kind);
+        const IType shape = i < data.keys.size() ? shaped({}, kind) : IType(kind);
+        data.keys.insert(data.keys.begin() + static_cast<int>(i), Key(time, value, shape));
+        return i;
+    }
+
+    int vSetValue(double value, const Context& at) {
+        Data& data = target(at.view);
+        if (!keyframed || !at.time.isValid()) {
+            if (std::exchange(data.still, value) != value)
+                tell("KEYFRAME_CHANGED_VALUE", ~0u, at.view);
+            return -1;
+        }
+        std::size_t i = data.find(at.time);
+        const bool isNew = i == data.keys.size();
+        if (isNew)
+            tell("KEYFRAME_ADDED", i = insert(data, at.time, value), at.view);
+        if (std::exchange(data.keys[i].value, value) != value || isNew)
+            tell("KEYFRAME_CHANGED_VALUE", i, at.view);
+        return static_cast<int>(i);
+    }
+
+    void setVariantValue(const QVariant& value, const Context& at, const std::nothrow_t&) {
+        if (keyframed && at.time.isValid() && at.time > Time::fromInt(-1))
+            vSetValue(value.toDouble(), at);
+        else if (std::exchange(target(at.view).still, value.toDouble()) != value.toDouble())
+            tell("VALUE_CHANGED", 0, at.view);
+    }
+
+    int iAddKeyframe(const Context& at) {
+        if (!keyframed || !at.time.isValid())
+            return -1;
+        const double present = value(at);
+        Data& data = target(at.view);
+        if (data.find(at.time) < data.keys.size())
+            return -1;
+        const std::size_t i = insert(data, at.time, present);
+        tell("KEYFRAME_ADDED", i, at.view);
+        return static_cast<int>(i);
+    }
+
+    int iAddKeyframe(const Frame& frame, const AnimationState& state) {
+        int last = keyframed ? -1 : 0;
+        for (const View view : state.views()) {
+            const int added = iAddKeyframe(Context(Time::fromUInt(frame.toUInt()), view));
+            last = added >= 0 ? added : last;
+        }
+        return last;
+    }
+
+    void vDeleteKeyframe(const Context::Explicit& at) {
+        if (hides(at.view))
+            return;
+        Data& data = target(at.view);
+        const std::size_t i = data.find(at.time);
+        if (i == data.keys.size())
+            return;
+        data.still = data.keys.size() == 1 ? data.keys[0].value : data.still;
+        data.keys.erase(data.keys.begin() + static_cast<int>(i));
+        tell("KEYFRAME_REMOVED", i, at.view);
+        told += "at " + std::to_string(at.time.toDouble()) + "\n";
+    }
+
+    void vDeleteAllKeyframes(View view) {
+        if (!hides(view) && !std::exchange(target(view).keys, {}).empty())
+            tell("VIEW_CLEARED");
+    }
+
+    void vReset(const Context& at) {
+        const Data data = shown(at.view);
+        if (data.find(at.time) < data.keys.size())
+            vDeleteKeyframe(Context::Explicit(at));
+        if (!data.keys.empty())
+            return;
+        target(at.view).still = standard.still;
+        tell("VIEW_RESET", 0, at.view);
+    }
+
+    /// Of several views the last goes first, in place of the hero the first one, once.
+    void resetAll(View hero) {
+        for (const View view : viewList()) {
+            vDeleteAllKeyframes(view);
+            vReset(Context(Time(), view));
+        }
+        const View lowest = views.empty() ? View() : viewList().front();
+        while (hero.isValid() && !views.empty() && deleteView(viewList().back() == hero ? lowest : viewList().back())) {
+        }
+    }
+
+    bool vSetInterpolation(Interpolation kind, const Context& at) {
+        if (!keyframed || (splittable && !owns(at.view)))
+            return false;
+        const Data& data = target(at.view);
+        const std::size_t i = data.find(at.time);
+        if (i == data.keys.size())
+            return false;
+        IType shape = data.keys[i].interpolationData;
+        shape.interpolation = kind;
+        reshape(at.view, i, i + 1 < data.keys.size() ? shaped(data.keys[i].interpolationData, kind) : shape);
+        return true;
+    }
+
     void vSetInterpolationData(const IType& shape, unsigned index, View view) {
         if (keyframed && (!splittable || owns(view)))
             reshape(view, index, shape);
     }
-    void setExtrapolation(Extrapolation& side, Extrapolation kind, const char* type) {
-        side = keyframed ? kind : side;
-        if (keyframed)
-            tell(type);
+
+    void reshape(View view, std::size_t index, const IType& shape) {
+        Data& data = target(view);
+        if (index >= data.keys.size())
+            return;
+        data.keys[index].interpolationData = shape;
+        tell("KEYFRAME_CHANGED_INTERPOLATION", index, view);
     }
+
     void vSetExtrapolationBefore(Extrapolation kind) {
-        setExtrapolation(before, kind, "PARAMETER_CHANGED_EXTRAPOLATION_BEFORE");
+        before = keyframed ? kind : before;
+        told += keyframed ? "PARAMETER_CHANGED_EXTRAPOLATION_BEFORE 0 0\n" : "";
     }
     void vSetExtrapolationAfter(Extrapolation kind) {
-        setExtrapolation(after, kind, "PARAMETER_CHANGED_EXTRAPOLATION_AFTER");
+        after = keyframed ? kind : after;
+        told += keyframed ? "PARAMETER_CHANGED_EXTRAPOLATION_AFTER 0 0\n" : "";
     }
     void vSetDefault(double value) { standard.still = value; }
     void vSetDefaultInterpolation(Interpolation kind) { first = kind; }
     void setSplittable(bool value) { splittable = value; }
     void setViewInterpolation(const MVInterpolationParams& params) { mode = params.mode; }
+
     template <class Map> void adjustKeyframesTime(const Map& map) {
         for (auto& [id, data] : views) {
             for (Key& key : data.keys)
                 key.time = keyframed ? map(key.time) : key.time;
         }
     }
+
+    void take(const Model& other, bool withDefaults) {
+        const Model former = std::exchange(*this, other);
+        standard = former.standard;
+        told = former.told;
+        first = withDefaults ? first : former.first;
+        mode = withDefaults ? mode : former.mode;
+        tell("PARAMETER_ASSIGNED");
+    }
     void vCopyKeyframeDataFrom(const Model* other) { take(*other, false); }
     void assignFrom(const Model& other) { take(other, true); }
     const Model& exportState() const { return *this; }
     void doImportState(const Model& other) { take(other, true); }
+
+    void give(View to, Data contents) {
+        target(to) = std::move(contents);
+        tell("VALUE_CHANGED", 0, to);
+    }
     void copyViewData(View from, View to, const Model* source) {
         if (splittable)
             give(to, (source ? source : this)->read(from));
     }
     void uniquifyView(View view) { initialiseHeroView(view, view); }
-    bool initialiseHeroView(View hero, View from);
-    bool deleteView(View view);
-    void clearViewData();
+    bool initialiseHeroView(View hero, View from) {
+        if (!splittable || !hero.isValid() || owns(hero))
+            return false;
+        give(hero, read(from));
+        return true;
+    }
+
+    bool deleteView(View view) {
+        if (views.size() < 2 || !owns(view))
+            return false;
+        views.erase(view.id());
+        isSplit = views.size() > 1;
+        tell("VIEW_REMOVED", 0, view);
+        return true;
+    }
+
+    void clearViewData() {
+        isSplit = false;
+        for (const auto& [id, data] : std::exchange(views, {}))
+            tell("VIEW_REMOVED", 0, View(id));
+    }
+
+    std::vector<View> viewList() const {
+        std::vector<View> list;
+        for (const auto& [id, data] : views)
+            list.emplace_back(id);
+        return list;
+    }
 };
 
-double Model::outside(const std::vector<Key>& keys, Time time) const {
-    const bool early = time < keys.front().time;
-    const Key& edge = early ? keys.front() : keys.back();
-    if (keys.size() < 2 || (early ? before : after) != Extrapolation::Linear)
-        return edge.value;
-    const Key& a = early ? keys[0] : keys[keys.size() - 2];
-    const Key& b = early ? keys[1] : keys.back();
-    const double change = (b.value - a.value) * endSlope(a.interpolationData, early) * (time - edge.time);
-    return a.time < b.time ? edge.value + change / (b.time - a.time) : edge.value;
-}
-
-double Model::valueIn(const Data& data, Time time) const {
-    const std::vector<Key>& keys = data.keys;
-    if (keys.empty())
-        return data.still;
-    if (data.find(time) < keys.size())
-        return keys[data.find(time)].value;
-    if (time < keys.front().time || time > keys.back().time)
-        return outside(keys, time);
-    const auto b = std::find_if(keys.begin(), keys.end(), [=](const Key& key) { return key.time > time; });
-    const auto a = b - 1;
-    return a->value + (b->value - a->value) * progress(a->interpolationData, (time - a->time) / (b->time - a->time));
-}
-
-std::vector<double> Model::sources(double view) const {
-    std::vector<double> nearest;
-    for (const auto& [id, data] : views)
-        nearest.push_back(id);
-    const auto above = std::upper_bound(nearest.begin(), nearest.end(), view);
-    const bool between = above != nearest.begin() && above != nearest.end();
-    if (between && (mode == Mode::Linear || (mode == Mode::Smooth && nearest.size() == 2)))
-        return {*(above - 1), *above};
-    std::stable_sort(nearest.begin(), nearest.end(),
-                     [=](double a, double b) { return std::abs(a - view) < std::abs(b - view); });
-    nearest.resize(between && mode == Mode::Smooth ? 3 : 1);
-    return nearest;
-}
-
-double Model::value(const Context& context) const {
-    const View view = context.view;
-    if (!splittable && !views.empty())
-        return keyframed ? valueIn(views.begin()->second, context.time) : views.begin()->second.still;
-    if (!keyframed)
-        return read(view).still;
-    if (owns(view) || !view.isValid() || mode == Mode::Off || views.empty())
-        return valueIn(read(view), context.time);
-    double sum = 0;
-    const std::vector<double> from = sources(view.id());
-    for (const double id : from) {
-        double weight = 1;
-        for (const double other : from)
-            weight *= id == other ? 1 : (view.id() - other) / (id - other);
-        sum += weight * valueIn(views.at(static_cast<quint32>(id)), context.time);
-    }
-    return sum;
-}
-
-Data& Model::make(View view) {
-    if (views.empty())
-        views[0] = standard;
-    return views.try_emplace(view.id(), standard).first->second;
-}
-
-Data& Model::target(View view) {
-    const bool mayGain = !owns(view) && (!views.empty() || view != View(0));
-    Data& data = make(splittable ? view : View(0));
-    isSplit = views.size() > 1;
-    if (mayGain && owns(view))
-        tell("VIEW_ADDED", 0, view);
-    return data;
-}
-
-std::size_t Model::insert(Data& data, Time time, double value) {
-    const auto place =
-        std::find_if(data.keys.begin(), data.keys.end(), [=](const Key& key) { return key.time >= time; });
-    const auto i = static_cast<std::size_t>(place - data.keys.begin());
-    IType* const behind = i > 0 ? &data.keys[i - 1].interpolationData : nullptr;
-    const Interpolation kind = behind ? behind->interpolation : first;
-    if (behind && i == data.keys.size())
-        *behind = shaped(*behind, kind);
-    data.keys.insert(place, Key(time, value, i < data.keys.size() ? shaped({}, kind) : IType(kind)));
-    return i;
-}
-
-int Model::vSetValue(double value, const Context& at) {
-    Data& data = target(at.view);
-    if (!keyframed || !at.time.isValid()) {
-        if (std::exchange(data.still, value) != value)
-            tell("KEYFRAME_CHANGED_VALUE", ~0u, at.view);
-        return -1;
-    }
-    std::size_t i = data.find(at.time);
-    const bool isNew = i == data.keys.size();
-    if (isNew)
-        tell("KEYFRAME_ADDED", i = insert(data, at.time, value), at.view);
-    if (std::exchange(data.keys[i].value, value) != value || isNew)
-        tell("KEYFRAME_CHANGED_VALUE", i, at.view);
-    return static_cast<int>(i);
-}
-
-void Model::setVariantValue(const QVariant& value, const Context& at, const std::nothrow_t&) {
-    if (keyframed && at.time.isValid() && at.time > Time::fromInt(-1))
-        vSetValue(value.toDouble(), at);
-    else if (std::exchange(target(at.view).still, value.toDouble()) != value.toDouble())
-        tell("VALUE_CHANGED", 0, at.view);
-}
-
-int Model::iAddKeyframe(const Context& at) {
-    if (!keyframed || !at.time.isValid())
-        return -1;
-    const double present = value(at);
-    Data& data = target(at.view);
-    if (data.find(at.time) < data.keys.size())
-        return -1;
-    const std::size_t i = insert(data, at.time, present);
-    tell("KEYFRAME_ADDED", i, at.view);
-    return static_cast<int>(i);
-}
-
-void Model::vDeleteKeyframe(const Context::Explicit& at) {
-    if (hides(at.view))
-        return;
-    Data& data = target(at.view);
-    const std::size_t i = data.find(at.time);
-    if (i == data.keys.size())
-        return;
-    data.still = data.keys.size() == 1 ? data.keys[0].value : data.still;
-    data.keys.erase(data.keys.begin() + static_cast<int>(i));
-    tell("KEYFRAME_REMOVED", i, at.view);
-}
-
-void Model::vDeleteAllKeyframes(View view) {
-    if (!hides(view) && !std::exchange(target(view).keys, {}).empty())
-        tell("VIEW_CLEARED");
-}
-
-void Model::vReset(const Context& at) {
-    if (!shown(at.view).empty())
-        return vDeleteKeyframe(Context::Explicit(at));
-    target(at.view).still = standard.still;
-    tell("VIEW_RESET", 0, at.view);
-}
-
-bool Model::vSetInterpolation(Interpolation kind, const Context& at) {
-    if (!keyframed || (splittable && !owns(at.view)))
-        return false;
-    const std::vector<Key>& keys = target(at.view).keys;
-    const std::size_t i = target(at.view).find(at.time);
-    if (i == keys.size())
-        return false;
-    IType shape = keys[i].interpolationData;
-    shape.interpolation = kind;
-    reshape(at.view, i, i + 1 < keys.size() ? shaped(keys[i].interpolationData, kind) : shape);
-    return true;
-}
-
-void Model::reshape(View view, std::size_t index, const IType& shape) {
-    Data& data = target(view);
-    if (index >= data.keys.size())
-        return;
-    data.keys[index].interpolationData = shape;
-    tell("KEYFRAME_CHANGED_INTERPOLATION", index, view);
-}
-
-void Model::give(View to, Data contents) {
-    target(to) = std::move(contents);
-    tell("VALUE_CHANGED", 0, to);
-}
-
-void Model::take(const Model& other, bool withDefaults) {
-    const Model former = std::exchange(*this, other);
-    standard = former.standard;
-    told = former.told;
-    first = withDefaults ? first : former.first;
-    mode = withDefaults ? mode : former.mode;
-    tell("PARAMETER_ASSIGNED");
-}
-
-bool Model::initialiseHeroView(View hero, View from) {
-    if (!splittable || owns(hero))
-        return false;
-    give(hero, read(from));
-    return true;
-}
-
-bool Model::deleteView(View view) {
-    if (!owns(view) || views.size() < 2)
-        return false;
-    views.erase(view.id());
-    isSplit = views.size() > 1;
-    tell("VIEW_REMOVED", 0, view);
-    return true;
-}
-
-void Model::clearViewData() {
-    isSplit = false;
-    for (const auto& [id, data] : std::exchange(views, {}))
-        tell("VIEW_REMOVED", 0, View(id));
-}
-
 // --- edits of both ---------------------------------------------------------------------------------------------------
+
+const IViewsProvider* threeViews() {
+    static Views views;
+    views.setViewNames({{"left", "l"}, {"middle", "m"}, {"right", "r"}});
+    views.setCurrentView(View(1));
+    return &views;
+}
+
+void resetAround(View hero, Model& model) {
+    model.resetAll(hero);
+}
+
+void resetAround(View hero, P& parameter) {
+    Parameter<bool> selector(QStringLiteral("selector"), false, Splittable);
+    selector.vSetValue(true, still());
+    if (hero.isValid())
+        selector.vSetValue(false, still(hero.id()));
+    parameter.setViewSelector(&selector);
+    parameter.resetAll();
+}
 
 struct Step {
     int act, own, view, from, time, value, kind;
@@ -358,6 +396,12 @@ struct Step {
     Context where() const { return {time > 20 ? Time(Time::INVALID) : Time::fromDouble(time / 2.), at()}; }
     Context elsewhere() const { return {Time::fromInt(time / 3 + value), at()}; }
     Context::Explicit exactly() const { return Context::Explicit(where()); }
+    Frame frame() const { return time > 20 ? Frame(Frame::INVALID) : Frame::fromInt(time + 4); }
+    AnimationState animation() const {
+        AnimationFlags flags;
+        flags.setAllViews(kind > 1);
+        return {flags, kind == 0 ? nullptr : threeViews()};
+    }
     Interpolation segment() const { return static_cast<Interpolation>(1 + kind); }
     Extrapolation outside() const { return static_cast<Extrapolation>(1 + kind % 3); }
     IType shape() const { return value < 0 ? IType(segment()) : IType(segment(), 0.2, 0.1 * value, 0.7, 2); }
@@ -368,10 +412,16 @@ struct Pair {
     explicit Pair(ParameterOptions options) : real(QStringLiteral("random"), 0, options) {
         model.keyframed = options.testFlag(Keyframed);
         model.splittable = options.testFlag(Splittable);
+        recorder.then = [this](const ParameterChange& change) {
+            if (change.type == ParameterChange::KEYFRAME_REMOVED)
+                recorder.lines += "at " + std::to_string(change.context.time.toDouble()) + "\n";
+        };
     }
-    NumericParameter<double> real;
+    P real;
     Model model;
     ChangeRecorder recorder{&real};
+    /// Asked for at first, it shows the present views.
+    const std::vector<View>& views = real.viewList();
 };
 
 template <class A, class B> void same(const char* what, const A& real, const B& model) {
@@ -387,7 +437,8 @@ void near(const char* what, double real, double model) {
 struct Act {
     template <class Do>
     Act(const char* called, const Do& act)
-        : name(called), run([called, act](Pair& own, Pair& other, const Step& s) {
+        : name(called), edit([act](P& own, P& other, const Step& s) { act(own, other, s); }),
+          run([called, act](Pair& own, Pair& other, const Step& s) {
               static_cast<void>(called);
               if constexpr (std::is_void_v<decltype(act(own.real, other.real, s))>)
                   act(own.real, other.real, s), act(own.model, other.model, s);
@@ -395,36 +446,39 @@ struct Act {
                   same(called, act(own.real, other.real, s), act(own.model, other.model, s));
           }) {}
     const char* name;
+    std::function<void(P& own, P& other, const Step& step)> edit;
     std::function<void(Pair& own, Pair& other, const Step& step)> run;
 };
 
-#define ACT(call)                                                                                                      \
-#call, [](auto& own, [[maybe_unused]] auto& other, [[maybe_unused]] const Step& s) { return own.call; }
+#define ACT(...)                                                                                                       \
+#__VA_ARGS__, [](auto& own, [[maybe_unused]] auto& other, [[maybe_unused]] const Step& s) { return __VA_ARGS__; }
 const Act acts[] = {
-    {ACT(vSetValue(s.value, s.where()))},
-    {ACT(vSetValue(s.value, s.elsewhere()))},
-    {ACT(setVariantValue(QVariant(s.value), s.where(), std::nothrow))},
-    {ACT(iAddKeyframe(s.where()))},
-    {ACT(vDeleteKeyframe(s.exactly()))},
-    {ACT(vDeleteAllKeyframes(s.at()))},
-    {ACT(vReset(s.where()))},
-    {ACT(vSetInterpolation(s.segment(), s.where()))},
-    {ACT(vSetInterpolationData(s.shape(), static_cast<unsigned>(s.from), s.at()))},
-    {ACT(vSetExtrapolationBefore(s.outside()))},
-    {ACT(vSetExtrapolationAfter(s.outside()))},
-    {ACT(vSetDefault(s.value))},
-    {ACT(vSetDefaultInterpolation(s.segment()))},
-    {ACT(setSplittable(s.kind > 0))},
-    {ACT(setViewInterpolation({static_cast<Mode>(s.kind)}))},
-    {ACT(adjustKeyframesTime([&](Time time) { return s.moved(time); }))},
-    {ACT(vCopyKeyframeDataFrom(&other))},
-    {ACT(assignFrom(other))},
-    {ACT(doImportState(other.exportState()))},
-    {ACT(copyViewData(s.other(), s.at(), s.kind > 1 ? nullptr : &other))},
-    {ACT(uniquifyView(s.at()))},
-    {ACT(initialiseHeroView(s.at(), s.other()))},
-    {ACT(deleteView(s.at()))},
-    {ACT(clearViewData())},
+    {ACT(own.vSetValue(s.value, s.where()))},
+    {ACT(own.vSetValue(s.value, s.elsewhere()))},
+    {ACT(own.setVariantValue(QVariant(s.value), s.where(), std::nothrow))},
+    {ACT(own.iAddKeyframe(s.where()))},
+    {ACT(own.iAddKeyframe(s.frame(), s.animation()))},
+    {ACT(own.vDeleteKeyframe(s.exactly()))},
+    {ACT(own.vDeleteAllKeyframes(s.at()))},
+    {ACT(own.vReset(s.where()))},
+    {ACT(resetAround(s.at(), own))},
+    {ACT(own.vSetInterpolation(s.segment(), s.where()))},
+    {ACT(own.vSetInterpolationData(s.shape(), static_cast<unsigned>(s.from), s.at()))},
+    {ACT(own.vSetExtrapolationBefore(s.outside()))},
+    {ACT(own.vSetExtrapolationAfter(s.outside()))},
+    {ACT(own.vSetDefault(s.value))},
+    {ACT(own.vSetDefaultInterpolation(s.segment()))},
+    {ACT(own.setSplittable(s.kind > 0))},
+    {ACT(own.setViewInterpolation({static_cast<Mode>(s.kind)}))},
+    {ACT(own.adjustKeyframesTime([&](Time time) { return s.moved(time); }))},
+    {ACT(own.vCopyKeyframeDataFrom(&other))},
+    {ACT(own.assignFrom(other))},
+    {ACT(own.doImportState(other.exportState()))},
+    {ACT(own.copyViewData(s.other(), s.at(), s.kind > 1 ? nullptr : &other))},
+    {ACT(own.uniquifyView(s.at()))},
+    {ACT(own.initialiseHeroView(s.at(), s.other()))},
+    {ACT(own.deleteView(s.at()))},
+    {ACT(own.clearViewData())},
 };
 
 void showValue(const Step& s, std::ostream& out) {
@@ -434,88 +488,166 @@ void showValue(const Step& s, std::ostream& out) {
 
 // --- comparison ------------------------------------------------------------------------------------------------------
 
-void compareKeys(const NumericParameter<double>& real, Model& model, View view) {
+void compareKeys(const P& real, Model& model, View view) {
     const Data read = model.read(view);
+    const std::size_t count = read.keys.size();
+    const Key beyond = count > 0 ? read.keys.back() : Key(Time::INVALID, read.still, IType(model.first));
     same("has data", real.hasViewData(view), model.owns(view));
     near("static value", real.staticValue(view), read.still);
-    same("count", real.keyframeCount(view), model.shown(view).size());
-    for (unsigned i = 0; model.keyframed && i < read.keys.size(); ++i) {
+    same("count", real.keyframeCount(view), model.shown(view).keys.size());
+    for (unsigned i = 0; i <= count; ++i) {
+        const Key& expected = i < count ? read.keys[i] : beyond;
         const Key key = real.keyframe(i, view);
-        same("time", key.time.toDouble(), read.keys[i].time.toDouble());
-        same("key's time", real.keyframeTime(i, view).time.toDouble(), key.time.toDouble());
-        near("key's value", key.value, read.keys[i].value);
-        same("shape", key.interpolationData == read.keys[i].interpolationData, true);
+        RC_ASSERT(real.keyframeTime(i, view) == Context(i < count ? expected.time : Time(), view));
+        same("time", key.time.toDouble(), expected.time.toDouble());
+        near("value", key.value, expected.value);
+        same("key's value", real.keyframeValue(i, view), key.value);
+        RC_ASSERT(key.interpolationData == expected.interpolationData);
+        RC_ASSERT(real.interpolationData({&real, view, i}) == (i < count ? key.interpolationData : IType(model.first)));
         // Rounding must not decide later whether a value is new.
-        if (model.owns(view))
+        if (model.owns(view) && i < count)
             model.views[view.id()].keys[i].value = key.value;
     }
 }
 
-void compareLookup(const NumericParameter<double>& real, const std::vector<Key>& keys, const Context& at) {
-    using Found = bool (ParameterWithoutType::*)(const Context&, Context&) const;
-    const auto check = [&](const char* what, Found find, std::vector<Key>::const_iterator key) {
-        Context found;
-        same(what, (real.*find)(at, found), key != keys.end());
-        if (key != keys.end())
-            same(what, found.time.toDouble(), key->time.toDouble());
+void compareLookup(const P& real, const Data& shown, const Context& at) {
+    const auto count = static_cast<int>(shown.keys.size());
+    const auto there = static_cast<int>(shown.find(at.time));
+    const auto bound = static_cast<int>(shown.bound(at.time));
+    const auto check = [&](auto find, int position) {
+        const bool exists = position >= 0 && position < count;
+        Context found(Time::fromInt(-1), View(77));
+        const Context expected = exists ? Context(shown.keys[static_cast<unsigned>(position)].time, at.view) : found;
+        same("found", (real.*find)(at, found), exists);
+        RC_ASSERT(found == expected);
     };
-    const auto there = std::find_if(keys.begin(), keys.end(), [&](const Key& key) { return key.time == at.time; });
-    const auto behind = std::find_if(keys.begin(), keys.end(), [&](const Key& key) { return key.time >= at.time; });
-    const auto ahead = std::find_if(keys.begin(), keys.end(), [&](const Key& key) { return key.time > at.time; });
-    same("there", real.bKeyframeAt(Context::Explicit(at)), there != keys.end());
-    check("previous", &ParameterWithoutType::bPreviousKeyframe, behind == keys.begin() ? keys.end() : behind - 1);
-    check("next", &ParameterWithoutType::bNextKeyframe, there == keys.end() ? ahead : there + 1);
-    const bool laterIsNearer =
-        ahead != keys.end() && (ahead == keys.begin() || ahead->time - at.time <= at.time - (ahead - 1)->time);
-    Time nearest;
-    same("nearest", real.bNearestKeyframeTime(at, nearest), !keys.empty());
-    if (!keys.empty())
-        same("nearest", nearest.toDouble(), (laterIsNearer ? ahead : ahead - 1)->time.toDouble());
+    using Found = bool (ParameterWithoutType::*)(const Context&, Context&) const;
+    same("there", real.bKeyframeAt(Context::Explicit(at)), there < count);
+    check(static_cast<Found>(&ParameterWithoutType::bPreviousKeyframe), bound - 1);
+    check(static_cast<Found>(&ParameterWithoutType::bNextKeyframe), there < count ? there + 1 : bound);
+    unsigned nearest = 77;
+    Time time;
+    same("nearest", real.bNearestKeyframeIndex(at, nearest), count > 0);
+    same("nearest", real.bNearestKeyframeTime(at, time), count > 0);
+    const auto distance = [&](const Key& key) { return std::abs(key.time - at.time); };
+    for (const Key& key : shown.keys) {
+        const Key& found = shown.keys[nearest];
+        RC_ASSERT(distance(found) < distance(key) || (distance(found) == distance(key) && found.time >= key.time));
+    }
+    same("nearest", nearest, count > 0 ? nearest : 77);
+    same("nearest", time.toDouble(), count > 0 ? shown.keys[nearest].time.toDouble() : 0);
 }
 
 void compare(Pair& pair) {
-    const NumericParameter<double>& real = pair.real;
+    const P& real = pair.real;
     Model& model = pair.model;
     RC_ASSERT(pair.recorder.take() == std::exchange(model.told, {}));
     same("keyframed", real.isKeyframed(), model.keyframed);
     same("splittable", real.splittable(), model.splittable);
     same("split", real.isSplit(), model.isSplit);
-    same("views", real.viewList().size(), model.views.size());
+    RC_ASSERT(pair.views == model.viewList());
     same("default", real.defaultValue(), model.standard.still);
     const auto kept = [&](Extrapolation kind) { return model.keyframed ? kind : Extrapolation::Constant; };
     RC_ASSERT(real.extrapolationBefore() == kept(model.before));
     RC_ASSERT(real.extrapolationAfter() == kept(model.after));
-    for (const quint32 id : {0u, 1u, 2u, 3u, 4u, 5u, 7u, ~0u}) {
+    for (const quint32 id : {0u, 1u, 2u, 3u, 4u, 5u, 7u, largest, ~0u}) {
         compareKeys(real, model, View(id));
         for (double time = -4; time < 12; time += 0.75) {
-            near("value", real.value(at(time, id)), model.value(at(time, id)));
-            compareLookup(real, model.shown(View(id)), at(time, id));
+            const Context where = at(time, id);
+            const Data& data = model.read(where.view);
+            const int index = data.find(where.time) < data.keys.size() ? static_cast<int>(data.find(where.time)) : -1;
+            near("value", real.value(where), model.value(where));
+            same("index", static_cast<int>(real.keyframeIndexForTime(where)), index);
+            RC_ASSERT(real.interpolation(where) == model.interpolation(where));
+            compareLookup(real, model.shown(where.view), where);
         }
     }
 }
 
-TEST(Model, RandomEditsDoWhatTheModelDoes) {
+// --- the tests -------------------------------------------------------------------------------------------------------
+
+auto anySteps() {
     using namespace rc;
-    const auto views = gen::element(0, 0, 1, 2, 5);
-    const auto step = gen::construct<Step>(gen::inRange(0, static_cast<int>(std::size(acts))), gen::inRange(0, 2),
-                                           views, views, gen::inRange(-4, 23), gen::inRange(-3, 9), gen::inRange(0, 4));
-    const auto property = [&] {
+    const auto views = gen::element(0, 0, 1, 1, 2, 2, 5, 5, static_cast<int>(largest), -1);
+    // Unscaled: short sequences, too, draw from all the edits.
+    const auto number = [](int low, int high) { return gen::resize(kNominalSize, gen::inRange(low, high)); };
+    const auto step = gen::construct<Step>(number(0, static_cast<int>(std::size(acts))), number(0, 2), views, views,
+                                           number(-4, 23), number(-3, 9), number(0, 4));
+    return gen::container<std::vector<Step>>(step);
+}
+
+/// The same each time, whatever the environment says.
+template <class Property> void expectAlways(const Property& property) {
+    rc::detail::TestParams params;
+    params.seed = 20;
+    params.maxSuccess = 300;
+    const auto result = rc::detail::checkTestable(property, rc::detail::TestMetadata(), params);
+    std::ostringstream text;
+    rc::detail::printResultMessage(result, text);
+    EXPECT_TRUE(result.template is<rc::detail::SuccessResult>()) << text.str();
+}
+
+TEST(Model, RandomEditsDoWhatTheModelDoes) {
+    const std::vector<ParameterOptions> options{Keyframed | Splittable, Keyframed, Splittable, {}};
+    expectAlways([&] {
         Pair first(Keyframed | Splittable);
-        Pair second(*gen::elementOf(std::vector<ParameterOptions>{Keyframed | Splittable, Keyframed, Splittable, {}}));
-        for (const Step& s : *gen::container<std::vector<Step>>(step)) {
+        Pair second(*rc::gen::elementOf(options));
+        for (const Step& s : *anySteps()) {
             acts[s.act].run(s.own == 0 ? first : second, s.own == 0 ? second : first, s);
             compare(s.own == 0 ? first : second);
         }
         compare(first);
         compare(second);
-    };
-    // The same each time, whatever the environment says.
-    rc::detail::TestParams params;
-    params.seed = 20;
-    const auto result = rc::detail::checkTestable(property, rc::detail::TestMetadata(), params);
-    std::ostringstream text;
-    rc::detail::printResultMessage(result, text);
-    EXPECT_TRUE(result.template is<rc::detail::SuccessResult>()) << text.str();
+    });
+}
+
+using Observer = void (*)(P&, const ParameterChange&);
+const std::vector<Observer> hostileObservers{
+    [](P& p, const ParameterChange&) { delete &p; },
+    [](P&, const ParameterChange&) { throw std::logic_error("observer"); },
+    [](P& p, const ParameterChange& change) { p.deleteView(change.context.view); },
+    [](P& p, const ParameterChange&) { p.deleteView(View(0)); },
+    [](P& p, const ParameterChange&) { p.clearViewData(); },
+    [](P& p, const ParameterChange& change) { p.vDeleteAllKeyframes(change.context.view); },
+    [](P& p, const ParameterChange& change) { p.vSetValue(-1, at(3, change.context.view.id())); },
+    [](P& p, const ParameterChange&) { p.uniquifyView(View(8)); },
+    [](P& p, const ParameterChange&) { p.assignFrom(P(QStringLiteral("another"), 3)); },
+    [](P& p, const ParameterChange&) { p.setSplittable(false); },
+};
+
+void expectSound(const P& parameter) {
+    const std::vector<View>& views = parameter.viewList();
+    RC_ASSERT(std::is_sorted(views.begin(), views.end()));
+    RC_ASSERT(std::adjacent_find(views.begin(), views.end()) == views.end());
+    RC_ASSERT(parameter.isSplit() == (views.size() > 1));
+    RC_ASSERT(std::all_of(views.begin(), views.end(), [&](View view) { return parameter.hasViewData(view); }));
+    RC_ASSERT(parameter.value(at(1, 12)) == parameter.value(at(1, 13)) || parameter.hasViewData(View(largest)));
+}
+
+TEST(Model, ObserversMayDoAnythingDuringAnyEdit) {
+    expectAlways([] {
+        P* parameters[] = {new P, new P};
+        for (const Step& s : *anySteps()) {
+            P*& own = parameters[s.own];
+            const QPointer<QObject> alive(own);
+            int until = *rc::gen::element(0, 0, 1, 2);
+            const Observer observer = *rc::gen::elementOf(hostileObservers);
+            ChangeRecorder recorder(own);
+            recorder.then = [&](const ParameterChange& change) {
+                if (until-- == 0)
+                    observer(*own, change);
+            };
+            try {
+                acts[s.act].edit(*own, *parameters[1 - s.own], s);
+            } catch (const std::logic_error&) {
+            }
+            own = alive ? own : new P;
+            own->detachAllObservers();
+            expectSound(*own);
+        }
+        delete parameters[0];
+        delete parameters[1];
+    });
 }
 
 } // namespace
