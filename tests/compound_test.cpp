@@ -163,14 +163,31 @@ TEST(Compound, SendsWhatItsSubparametersSend) {
                     }),
               "KEYFRAME_CHANGED_VALUE -1 0\n");
 
-    Position p;
     QList<unsigned int> forwarded;
+    Position p;
     QObject::connect(&p.whole, &CompoundParameter::changed, [&](ParameterChange& change) {
-        forwarded = change.getAffectedIndices() ? *change.getAffectedIndices() : forwarded;
+        if (change.type == ParameterChange::KEYFRAME_MOVED)
+            forwarded = *change.getAffectedIndices();
     });
     QList<unsigned int> moved{1, 0};
     ParameterChange::keyframeMoved(*p.y, moved, View(0));
     EXPECT_EQ(forwarded, (QList<unsigned int>{2, 2}));
+}
+
+TEST(Compound, TheUnionIsThatOfANewCompound) {
+    Position p;
+    ChangeRecorder recorder(&p.whole);
+    const View views[] = {0, 0, 2};
+    for (int i = 0; i < 400; ++i) {
+        const View view = views[i % 3];
+        const Context place(Time::fromInt(i * i * 7919 % 23), view);
+        Number& part = i % 5 < 3 ? *p.x : *p.y;
+        if (i * 31 % 7 < 4)
+            part.vSetValue(i, place);
+        else
+            part.vDeleteKeyframe(Context::Explicit(place));
+        EXPECT_EQ(p.whole.allKeyframesTime(view), CompoundParameter(p.whole).allKeyframesTime(view)) << i;
+    }
 }
 
 TEST(Compound, KeysItsPartsTogether) {

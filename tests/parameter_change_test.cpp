@@ -74,8 +74,9 @@ TEST(ParameterChange, EachFactoryFillsItsRecord) {
 }
 
 TEST(ParameterChange, IsKnownToQtByValueAndByReference) {
-    EXPECT_EQ(QMetaType::type("Prm::ParameterChange"), Change::qMetaType());
-    EXPECT_EQ(QMetaType::type("Prm::ParameterChange&"), Change::qMetaType());
+    const int id = Change::qMetaType();
+    EXPECT_EQ(QMetaType::type("Prm::ParameterChange"), id);
+    EXPECT_EQ(QMetaType::type("Prm::ParameterChange&"), id);
 }
 
 TEST(ScopedSignalPermit, PutsBackAnOverrideThatWasSet) {
