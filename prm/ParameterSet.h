@@ -166,16 +166,14 @@ private:
     bool stillLists(const ParameterSet* subset, quint32 membership) const;
     template <class Result, class Own> Result* find(const QString& name, const Own& own) const;
 
-    /// A line and the set that it is for.
-    struct Descent {
-        Subset into;
-        QString line;
-    };
+    class Rest;
+    /// A set and the rest of the line that is for it.
+    struct Descent;
     enum class Reading { NotMine, Refused, Taken, Below };
-    Reading readByAny(const QString& line, const ProjectFileVersion& version, Descent& below);
-    Reading readBy(int list, const QString& line, const ProjectFileVersion& version, Descent& below);
-    Reading offerTo(int list, int index, const QString& line, const ProjectFileVersion& version, Descent& below);
-    static Reading offerToSubset(const Subset& subset, const QString& line, const ProjectFileVersion& version,
+    Reading readByAny(Rest& rest, const ProjectFileVersion& version, Descent& below);
+    Reading readBy(int list, Rest& rest, const ProjectFileVersion& version, Descent& below);
+    Reading offerTo(int list, int index, Rest& rest, const ProjectFileVersion& version, Descent& below);
+    static Reading offerToSubset(const Subset& listed, QStringView line, const ProjectFileVersion& version,
                                  Descent& below);
     int lengthOf(int list) const;
     bool readName(const QString& line);

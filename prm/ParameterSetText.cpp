@@ -14,6 +14,7 @@
 
 #include <array>
 #include <typeinfo>
+#include <utility>
 
 namespace Prm {
 
@@ -60,16 +61,43 @@ void ParameterSet::writeMembers(QTextStream& stream, const QString& path, bool w
         subset.set->bStreamOut(stream, withPrefixForSubsets ? path : QString(), withPrefixForSubsets);
 }
 
+/// What is left of a line behind the names of sets. It becomes a text of its own only for a parameter, so that a deep
+/// tree does not copy the line at every level.
+class ParameterSet::Rest {
+public:
+    explicit Rest(const QString& line) : m_text(line), m_view(m_text) {}
+    explicit Rest(QStringView view) : m_view(view) {}
+    Q_DISABLE_COPY(Rest)
+
+    QStringView view() const { return m_view; }
+    const QString& text() {
+        if (m_text.isNull())
+            m_text = m_view.toString();
+        return m_text;
+    }
+
+private:
+    QString m_text;
+    QStringView m_view;
+};
+
+struct ParameterSet::Descent {
+    Subset into;
+    QStringView line;
+};
+
 /// Goes down plain sets one after the other, so that a deep tree does not need a deep stack.
 bool ParameterSet::bStreamIn(const QString& line, const ProjectFileVersion& version) {
-    Descent next{{this, nullptr}, line};
+    // Kept: the caller's own may change while observers are told.
+    const QString whole = line;
+    Descent next{{this, nullptr}, whole};
     while (!next.line.isEmpty()) {
-        const Descent present = next;
-        ParameterSet& set = *present.into.set;
-        const detail::LifeGuard guard(set);
-        const Reading reading = set.readByAny(present.line, version, next);
+        const Subset into = std::move(next.into);
+        Rest rest(next.line);
+        const detail::LifeGuard guard(*into.set);
+        const Reading reading = into.set->readByAny(rest, version, next);
         if (reading == Reading::NotMine)
-            return guard.alive() && set.readName(present.line);
+            return guard.alive() && into.set->readName(rest.text());
         if (reading != Reading::Below)
             return reading == Reading::Taken;
     }
@@ -77,12 +105,14 @@ bool ParameterSet::bStreamIn(const QString& line, const ProjectFileVersion& vers
 }
 
 bool ParameterSet::readByMembers(const QString& line, const ProjectFileVersion& version) {
+    Rest rest(line);
     Descent below{};
-    const Reading reading = readByAny(line, version, below);
-    return reading == Reading::Below ? below.into.set->bStreamIn(below.line, version) : reading == Reading::Taken;
+    const Reading reading = readByAny(rest, version, below);
+    return reading == Reading::Below ? below.into.set->bStreamIn(below.line.toString(), version)
+                                     : reading == Reading::Taken;
 }
 
-ParameterSet::Reading ParameterSet::readByAny(const QString& line, const ProjectFileVersion& version, Descent& below) {
+ParameterSet::Reading ParameterSet::readByAny(Rest& rest, const ProjectFileVersion& version, Descent& below) {
     static constexpr std::array<std::array<int, 3>, 3> orders{{{Parameters, BasicParameters, Subsets},
                                                                {BasicParameters, Parameters, Subsets},
                                                                {Subsets, Parameters, BasicParameters}}};
@@ -90,7 +120,7 @@ ParameterSet::Reading ParameterSet::readByAny(const QString& line, const Project
     if (m_lastHitList < Parameters || m_lastHitList > Subsets)
         return Reading::NotMine;
     for (const int list : orders[static_cast<std::size_t>(m_lastHitList)]) {
-        const Reading reading = readBy(list, line, version, below);
+        const Reading reading = readBy(list, rest, version, below);
         if (reading != Reading::NotMine || !guard.alive())
             return reading;
     }
@@ -105,8 +135,7 @@ int ParameterSet::lengthOf(int list) const {
 }
 
 /// Offers the line to the members of one list, from where the last line was taken, once around.
-ParameterSet::Reading ParameterSet::readBy(int list, const QString& line, const ProjectFileVersion& version,
-                                           Descent& below) {
+ParameterSet::Reading ParameterSet::readBy(int list, Rest& rest, const ProjectFileVersion& version, Descent& below) {
     const detail::LifeGuard guard(*this);
     const int start = m_lastHitIndex;
     const int length = lengthOf(list);
@@ -115,7 +144,7 @@ ParameterSet::Reading ParameterSet::readBy(int list, const QString& line, const 
         // A reader may have removed members.
         if (index >= lengthOf(list))
             continue;
-        const Reading reading = offerTo(list, index, line, version, below);
+        const Reading reading = offerTo(list, index, rest, version, below);
         if (reading == Reading::NotMine)
             continue;
         if (guard.alive()) {
@@ -127,26 +156,28 @@ ParameterSet::Reading ParameterSet::readBy(int list, const QString& line, const 
     return Reading::NotMine;
 }
 
-ParameterSet::Reading ParameterSet::offerToSubset(const Subset& subset, const QString& line,
+ParameterSet::Reading ParameterSet::offerToSubset(const Subset& listed, QStringView line,
                                                   const ProjectFileVersion& version, Descent& below) {
-    QString rest;
-    if (!detail::behindName(line, subset.set->scriptName(), rest))
+    QStringView rest;
+    if (!detail::behindName(line, listed.set->scriptName(), rest))
         return Reading::NotMine;
+    // Kept alive: its observers may take it out of the set.
+    Subset subset = listed;
     if (typeid(*subset.set) != typeid(ParameterSet))
-        return subset.set->bStreamIn(rest, version) ? Reading::Taken : Reading::Refused;
-    below = {subset, rest};
+        return subset.set->bStreamIn(rest.toString(), version) ? Reading::Taken : Reading::Refused;
+    below = {std::move(subset), rest};
     return Reading::Below;
 }
 
-ParameterSet::Reading ParameterSet::offerTo(int list, int index, const QString& line, const ProjectFileVersion& version,
+ParameterSet::Reading ParameterSet::offerTo(int list, int index, Rest& rest, const ProjectFileVersion& version,
                                             Descent& below) {
     const auto position = static_cast<std::size_t>(index);
     if (list == Subsets)
-        return offerToSubset(Subset(m_subsets[position]), line, version, below);
-    // Kept alive: its observers may take it out of the set.
+        return offerToSubset(m_subsets[position], rest.view(), version, below);
+    // Kept alive as well.
     const auto owner = list == Parameters ? m_parameters[position] : nullptr;
     BasicParameter* const parameter = owner ? owner.get() : m_basicParameters[position];
-    return parameter->setFromScriptString(line, version) ? Reading::Taken : Reading::NotMine;
+    return parameter->setFromScriptString(rest.text(), version) ? Reading::Taken : Reading::NotMine;
 }
 
 bool ParameterSet::readName(const QString& line) {

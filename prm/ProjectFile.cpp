@@ -15,6 +15,25 @@
 
 namespace Prm {
 
+namespace {
+
+QString textOf(const QByteArray& bytes) {
+    // With its size, for the other form stops at the first NUL; never -1, which the compiler cannot know.
+    return QString::fromUtf8(bytes.constData(), std::max(0, bytes.size()));
+}
+
+} // namespace
+
+/// One line of a text that is being read. It is copied only if it has to be kept.
+struct ProjectFile::Line {
+    int number;
+    const char* start;
+    int size;
+
+    QString text() const { return QString::fromUtf8(start, size); }
+    KeptLine kept() const { return {number, QByteArray(start, size)}; }
+};
+
 /// The lines of a text, without their ends: a line feed, or carriage return and line feed. A byte-order mark is
 /// skipped.
 class ProjectFile::Lines {
@@ -34,11 +53,10 @@ public:
         int length = stop - m_position;
         if (end >= 0 && length > 0 && m_text.at(stop - 1) == '\r')
             --length;
-        const QByteArray bytes = m_text.mid(m_position, length);
         m_position = stop + 1;
-        return {++m_number, bytes};
+        return {++m_number, start, length};
     }
-    QByteArray firstLine() const { return Lines(m_text).next().bytes; }
+    QString firstLine() const { return Lines(m_text).next().text(); }
     /// Takes the next line if the function says so.
     template <class Function> void takeIf(const Function& function) {
         const Lines before = *this;
@@ -53,11 +71,6 @@ private:
 };
 
 namespace {
-
-QString textOf(const QByteArray& bytes) {
-    // With its size, for the other form stops at the first NUL; never -1, which the compiler cannot know.
-    return QString::fromUtf8(bytes.constData(), std::max(0, bytes.size()));
-}
 
 /// What stands before the key of a line: the path of a parameter.
 QString pathOf(const QString& line) {
@@ -99,8 +112,8 @@ bool ProjectFile::fail(const QString& message) {
     return false;
 }
 
-void ProjectFile::report(const Line& line, ProjectFileFinding::Reason reason) {
-    m_report.append({line.number, textOf(line.bytes), reason});
+void ProjectFile::report(int lineNumber, const QString& text, ProjectFileFinding::Reason reason) {
+    m_report.append({lineNumber, text, reason});
 }
 
 bool ProjectFile::load(const QString& fileName) {
@@ -128,7 +141,7 @@ bool ProjectFile::loadText(const QByteArray& text) {
     std::stable_sort(m_report.begin(), m_report.end(),
                      [](const auto& a, const auto& b) { return a.lineNumber < b.lineNumber; });
     m_keptLines.clear();
-    for (const Line& line : qAsConst(m_kept))
+    for (const KeptLine& line : qAsConst(m_kept))
         m_keptLines.append(line.bytes);
     return true;
 }
@@ -138,12 +151,12 @@ void ProjectFile::readHeader(Lines& lines) {
     ParameterSet properties;
     m_version.initialiseProperties(properties);
     const auto isHeaderLine = [&](const Line& line) {
-        return !line.bytes.isEmpty() && properties.bStreamIn(textOf(line.bytes), m_version);
+        return line.size > 0 && properties.bStreamIn(line.text(), m_version);
     };
     while (!lines.atEnd() && !m_version.atEnd())
         isHeaderLine(lines.next());
     if (!m_version.atEnd()) {
-        m_report.append({1, QString(), ProjectFileFinding::IncompleteHeader});
+        report(1, QString(), ProjectFileFinding::IncompleteHeader);
         if (m_version.streamVersion == StreamVersion::invalid)
             m_version.streamVersion = StreamVersion::latest;
         lines.rewind();
@@ -157,28 +170,28 @@ void ProjectFile::readHeader(Lines& lines) {
         return;
     }
     if (m_version.streamVersion > StreamVersion::latest)
-        report({1, lines.firstLine()}, ProjectFileFinding::NewerHeader);
+        report(1, lines.firstLine(), ProjectFileFinding::NewerHeader);
     lines.takeIf([&](const Line& line) {
-        return textOf(line.bytes).startsWith(QLatin1String("FileTimestamp.")) && isHeaderLine(line);
+        return line.text().startsWith(QLatin1String("FileTimestamp.")) && isHeaderLine(line);
     });
 }
 
 void ProjectFile::readLine(const Line& line) {
-    const QString text = textOf(line.bytes);
+    const QString text = line.text();
     try {
         if (m_root.bStreamIn(text, m_version)) {
             if (namesMaster(text))
-                m_masterLines.append(line);
+                m_masterLines.append(line.kept());
             return;
         }
     } catch (const std::bad_alloc&) {
         throw;
     } catch (const std::exception&) {
-        report(line, ProjectFileFinding::Malformed);
+        report(line.number, text, ProjectFileFinding::Malformed);
         return;
     }
-    m_kept.append(line);
-    report(line, reasonNotTaken(text));
+    m_kept.append(line.kept());
+    report(line.number, text, reasonNotTaken(text));
 }
 
 const QSet<QString>& ProjectFile::parameterPaths() {
@@ -199,7 +212,8 @@ ProjectFileFinding::Reason ProjectFile::reasonNotTaken(const QString& line) {
 void ProjectFile::resolveMasters() {
     if (m_root.resolveMasterParameters(m_findMaster) > 0)
         keepUnresolvedMasters();
-    std::stable_sort(m_kept.begin(), m_kept.end(), [](const Line& a, const Line& b) { return a.number < b.number; });
+    std::stable_sort(m_kept.begin(), m_kept.end(),
+                     [](const KeptLine& a, const KeptLine& b) { return a.number < b.number; });
 }
 
 void ProjectFile::keepUnresolvedMasters() {
@@ -212,14 +226,14 @@ void ProjectFile::keepUnresolvedMasters() {
         paths.insert(name.startsWith(QLatin1Char('.')) ? name.mid(1) : name);
         ids.insert(parameter->pendingMasterParameterId());
     });
-    for (const Line& line : qAsConst(m_masterLines)) {
+    for (const KeptLine& line : qAsConst(m_masterLines)) {
         const QString text = textOf(line.bytes);
         const QString path = pathOf(text);
         // A line under an additional name of its parameter is known by the master that it names.
         const bool otherName = !parameterPaths().contains(path) && ids.contains(detail::textBetween(text));
         if (!otherName && !paths.contains(path))
             continue;
-        report(line, ProjectFileFinding::UnresolvedMaster);
+        report(line.number, text, ProjectFileFinding::UnresolvedMaster);
         m_kept.append(line);
     }
 }

@@ -78,7 +78,8 @@ public:
     const QString& errorString() const { return m_error; }
 
 private:
-    struct Line {
+    struct Line;
+    struct KeptLine {
         int number = 0;
         QByteArray bytes;
     };
@@ -90,7 +91,7 @@ private:
     void resolveMasters();
     void keepUnresolvedMasters();
     const QSet<QString>& parameterPaths();
-    void report(const Line& line, ProjectFileFinding::Reason reason);
+    void report(int lineNumber, const QString& text, ProjectFileFinding::Reason reason);
     bool fail(const QString& message);
 
     ParameterSet& m_root;
@@ -100,9 +101,9 @@ private:
     Report m_report;
     QList<QByteArray> m_keptLines;
     /// Lines that name a master; each is kept, at its place, if that master is not found.
-    QVector<Line> m_masterLines;
+    QVector<KeptLine> m_masterLines;
     /// What is kept, with the numbers of the lines, until the masters are known.
-    QVector<Line> m_kept;
+    QVector<KeptLine> m_kept;
     QSet<QString> m_parameterPaths;
     QDateTime m_timeOfWriting;
     QString m_error;

@@ -1,5 +1,7 @@
 #include "prm/View.h"
 
+#include "prm/detail/LineParts.h"
+
 #include <QDebug>
 #include <QLatin1String>
 
@@ -10,11 +12,11 @@ namespace {
 constexpr quint32 largestPrefixId = 2147483646u;
 
 /// Reads ASCII digits from `position` on; false when there are none or the number is too large for a prefix.
-bool readId(const QString& text, int& position, quint32& id) {
-    const int start = position;
+bool readId(QStringView text, qsizetype& position, quint32& id) {
+    const qsizetype start = position;
     quint64 number = 0;
     for (; position < text.size(); ++position) {
-        const ushort digit = text.at(position).unicode();
+        const ushort digit = text[position].unicode();
         if (digit < '0' || digit > '9')
             break;
         number = number * 10 + (digit - '0');
@@ -36,17 +38,25 @@ QString View::toString() const {
     return QLatin1String("view[") + QString::number(m_id) + QLatin1String("].");
 }
 
-bool View::extractStringPrefix(QString& text, View& view) {
-    const QLatin1String opening("view[");
-    const QLatin1String closing("].");
-    if (!text.startsWith(opening))
+bool View::extractStringPrefix(QStringView& text, View& view) {
+    constexpr QStringView opening(u"view[");
+    constexpr QStringView closing(u"].");
+    if (!detail::beginsWith(text, opening))
         return false;
-    int position = opening.size();
+    qsizetype position = opening.size();
     quint32 id = 0;
-    if (!readId(text, position, id) || text.midRef(position, closing.size()) != closing)
+    if (!readId(text, position, id) || !detail::beginsWith(text.mid(position), closing))
         return false;
-    text.remove(0, position + closing.size());
+    text = text.mid(position + closing.size());
     view = View(id);
+    return true;
+}
+
+bool View::extractStringPrefix(QString& text, View& view) {
+    QStringView rest(text);
+    if (!extractStringPrefix(rest, view))
+        return false;
+    text.remove(0, text.size() - static_cast<int>(rest.size()));
     return true;
 }
 

@@ -3,6 +3,7 @@
 #include "prm/Export.h"
 
 #include <QString>
+#include <QStringView>
 
 class QDebug;
 
@@ -27,6 +28,7 @@ public:
     /// Takes a leading "view[N]." off the text, once, and stores N in `view`. The prefix is case-sensitive and N is a
     /// decimal number up to 2147483646; without such a prefix both arguments are left alone and the answer is false.
     static bool extractStringPrefix(QString& text, View& view);
+    static bool extractStringPrefix(QStringView& text, View& view);
 
     friend constexpr bool operator==(View a, View b) { return a.m_id == b.m_id; }
     friend constexpr bool operator!=(View a, View b) { return a.m_id != b.m_id; }

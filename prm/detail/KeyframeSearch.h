@@ -22,7 +22,11 @@ template <class Keyframe> int lowerBound(const Keyframe* keyframes, int count, T
     return static_cast<int>(first - keyframes) + (first->time < time ? 1 : 0);
 }
 
+/// The same, at once for the last keyframe and behind it, where most edits are.
 template <class Keyframe> int lowerBound(const QVector<Keyframe>& keyframes, Time time) {
+    const int last = keyframes.size() - 1;
+    if (last > 0 && keyframes.at(last - 1).time < time)
+        return keyframes.at(last).time < time ? last + 1 : last;
     return lowerBound(keyframes.constData(), keyframes.size(), time);
 }
 

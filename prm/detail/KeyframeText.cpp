@@ -1,6 +1,7 @@
 #include "prm/detail/KeyframeText.h"
 
 #include "prm/ParameterStrings.h"
+#include "prm/detail/LineParts.h"
 #include "prm/detail/NumberText.h"
 #include "prm/detail/TextTokens.h"
 
@@ -11,12 +12,12 @@ namespace Prm::detail {
 
 namespace {
 
-[[noreturn]] void refuse(const char* message, const QString& line) {
-    throw std::runtime_error(QString::fromLatin1(message).arg(line).toStdString());
+[[noreturn]] void refuse(const char* message, QStringView line) {
+    throw std::runtime_error(QString::fromLatin1(message).arg(line.toString()).toStdString());
 }
 
 /// Single precision is part of the format. What is no number is 0, what is too large for one the invalid time.
-Time readTime(const QString& text) {
+Time readTime(QStringView text) {
     const float time = toFloat(text);
     return std::isinf(time) ? Time(Time::INVALID) : Time::fromFloat(time);
 }
@@ -46,13 +47,13 @@ void writeKeyframe(QString& text, View view, Time time, const QString& value, co
     text += QLatin1String(" ) )");
 }
 
-KeyframeText readKeyframe(const QString& line, IType& itype) {
+KeyframeText readKeyframe(QStringView line, IType& itype) {
     KeyframeText keyframe;
-    QString rest = line;
+    QStringView rest = line;
     View::extractStringPrefix(rest, keyframe.view);
-    if (!rest.startsWith(ParameterStrings::keyframes, Qt::CaseInsensitive))
+    if (!hasKey(rest, ParameterStrings::keyframes))
         refuse("Cannot parse keyframe string '%1'", rest);
-    QString time;
+    QStringView time;
     if (!parseKeyframeDeclaration(rest, time, keyframe.value, itype))
         refuse("Failed to parse Key() block: '%1'", rest);
     keyframe.time = readTime(time);

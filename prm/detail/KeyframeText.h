@@ -6,6 +6,7 @@
 #include "prm/View.h"
 
 #include <QString>
+#include <QStringView>
 
 namespace Prm::detail {
 
@@ -18,11 +19,12 @@ struct KeyframeText {
     /// The invalid view when the line names none.
     View view = View::INVALID();
     Time time;
-    QString value;
+    /// A part of the line.
+    QStringView value;
 };
 
 /// Takes a keyframe line apart; `itype` keeps its shape numbers unless the line is a Bezier one. Throws
 /// `std::runtime_error` ("Cannot parse keyframe string '...'", "Failed to parse Key() block: '...'").
-PRM_EXPORT KeyframeText readKeyframe(const QString& line, IType& itype);
+PRM_EXPORT KeyframeText readKeyframe(QStringView line, IType& itype);
 
 } // namespace Prm::detail

@@ -4,6 +4,9 @@
 #include "prm/View.h"
 
 #include <QString>
+#include <QStringView>
+
+#include <algorithm>
 
 namespace Prm::detail {
 
@@ -14,21 +17,34 @@ inline QString lineStart(const QString& prefix, const QString& name, bool withNa
     return withName && !name.isEmpty() ? prefix + name + QLatin1Char('.') : prefix;
 }
 
+/// Every line is compared several times, each with few letters, for which Qt's comparisons are slow.
+inline bool beginsWith(QStringView text, QStringView start) {
+    return text.size() >= start.size() && std::equal(start.utf16(), start.utf16() + start.size(), text.utf16());
+}
+
 /// Takes "name." off a line into `rest`; false when the line belongs to another name.
-inline bool behindName(const QString& line, const QString& name, QString& rest) {
-    if (line.size() <= name.size() || line.at(name.size()) != QLatin1Char('.') || !line.startsWith(name))
+inline bool behindName(QStringView line, QStringView name, QStringView& rest) {
+    if (line.size() <= name.size() || line[name.size()] != QLatin1Char('.') || !beginsWith(line, name))
         return false;
     rest = line.mid(name.size() + 1);
     return true;
 }
 
-inline bool hasKey(const QString& line, const QString& key) {
+inline bool behindName(const QString& line, const QString& name, QString& rest) {
+    QStringView found;
+    const bool isIts = behindName(QStringView(line), QStringView(name), found);
+    if (isIts)
+        rest = found.toString();
+    return isIts;
+}
+
+inline bool hasKey(QStringView line, QStringView key) {
     if (line.isEmpty())
         return false;
     // Most keys are told apart by their first letters, long before Qt has folded any.
-    const ushort first = line.at(0).unicode();
-    const bool mayBegin = first >= 128 || (first | 32) == (key.at(0).unicode() | 32);
-    return mayBegin && (line.startsWith(key) || line.startsWith(key, Qt::CaseInsensitive));
+    const ushort first = line.front().unicode();
+    const bool mayBegin = first >= 128 || (first | 32) == (key.front().unicode() | 32);
+    return mayBegin && (beginsWith(line, key) || line.startsWith(key, Qt::CaseInsensitive));
 }
 
 /// The text between the first and the second "=".

@@ -99,8 +99,36 @@ bool isDigit(QChar character) {
     return character >= QLatin1Char('0') && character <= QLatin1Char('9');
 }
 
+/// Reads up to 15 digits, among them perhaps a decimal point. The digits are a double as they stand, and so is the
+/// power of ten that divides them: the quotient is rounded once, to the nearest double, as it has to be.
+bool readShortDecimal(QStringView text, double& number) {
+    static constexpr std::array<double, 15> powersOfTen{1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6, 1e7,
+                                                        1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14};
+    const bool isNegative = !text.isEmpty() && text.front() == QLatin1Char('-');
+    const QChar* next = text.begin() + (isNegative ? 1 : 0);
+    const QChar* const end = text.end();
+    if (next == end || !isDigit(*next) || end - next > static_cast<std::ptrdiff_t>(powersOfTen.size()))
+        return false;
+    qint64 digits = 0;
+    const QChar* point = nullptr;
+    for (; next != end; ++next) {
+        if (isDigit(*next))
+            digits = digits * 10 + (next->unicode() - '0');
+        else if (*next == QLatin1Char('.') && !point && next + 1 != end)
+            point = next;
+        else
+            return false;
+    }
+    const std::ptrdiff_t decimals = point ? end - point - 1 : 0;
+    const double size = static_cast<double>(digits) / powersOfTen[static_cast<std::size_t>(decimals)];
+    number = isNegative ? -size : size;
+    return true;
+}
+
 /// Reads what is a number by all conventions; false for everything that Qt should judge.
 bool readPlainNumber(QStringView text, double& number) {
+    if (readShortDecimal(text, number))
+        return true;
     Buffer buffer;
     if (text.isEmpty() || text.size() > static_cast<int>(buffer.size()) || !isDigit(text.back()))
         return false;

@@ -48,6 +48,8 @@ thread_local ReaderRecord* t_readerRecord = nullptr;
 Lockable::~Lockable() = default;
 
 ReaderRecord& ReaderRecord::mine() {
+    if (t_readerRecord)
+        return *t_readerRecord;
     static thread_local bool ended = false;
     struct Returned {
         ~Returned() {
@@ -57,14 +59,12 @@ ReaderRecord& ReaderRecord::mine() {
             ended = true;
         }
     };
-    if (!t_readerRecord) {
-        // What is taken by the last destructors of a thread stays taken.
-        if (!ended) {
-            static thread_local Returned returned;
-            static_cast<void>(returned);
-        }
-        t_readerRecord = &takeOne(nullptr);
+    // What is taken by the last destructors of a thread stays taken.
+    if (!ended) {
+        static thread_local Returned returned;
+        static_cast<void>(returned);
     }
+    t_readerRecord = &takeOne(nullptr);
     return *t_readerRecord;
 }
 
@@ -227,14 +227,21 @@ void WriteScope::acquire(Lockable* const* blocks, std::size_t count) {
     m_marked = blocks;
     m_count = count;
     m_outer = std::exchange(record.m_writing, this);
-    keepReadersOut(this);
+    // The scopes around this one have seen to their readers, and their marks are up again.
+    if (isReadElsewhere(record.thread()))
+        keepReadersOut(this);
+}
+
+/// Whether other threads read what this scope has marked.
+bool WriteScope::isReadElsewhere(std::uintptr_t thread) const {
+    return std::any_of(m_marked, m_marked + m_count,
+                       [=](const Lockable* block) { return ReaderRecord::isReadElsewhere(block, thread); });
 }
 
 bool WriteScope::isRead(const WriteScope* innermost) {
     const std::uintptr_t thread = thisThread();
-    const auto isBlockRead = [=](const Lockable* block) { return ReaderRecord::isReadElsewhere(block, thread); };
     for (const WriteScope* scope = innermost; scope; scope = scope->m_outer) {
-        if (std::any_of(scope->m_marked, scope->m_marked + scope->m_count, isBlockRead))
+        if (scope->isReadElsewhere(thread))
             return true;
     }
     return false;

@@ -163,6 +163,7 @@ private:
     friend class ReadScope;
 
     void acquire(Lockable* const* blocks, std::size_t count);
+    bool isReadElsewhere(std::uintptr_t thread) const;
     static bool isRead(const WriteScope* innermost);
     static void markAll(const WriteScope* innermost, std::uintptr_t mark);
     static void keepReadersOut(const WriteScope* innermost);

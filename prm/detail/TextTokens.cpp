@@ -1,6 +1,7 @@
 #include "prm/detail/TextTokens.h"
 
 #include "prm/ParameterStrings.h"
+#include "prm/detail/LineParts.h"
 #include "prm/detail/NumberText.h"
 
 #include <QLatin1String>
@@ -20,16 +21,35 @@ const QLatin1Char quote('"');
 const QLatin1Char comma(',');
 const QLatin1Char backslash('\\');
 
-const QLatin1String keyOpening("Key(");
-const QLatin1String keyEnding(") )");
+constexpr QStringView keyOpening(u"Key(");
+constexpr QStringView keyEnding(u") )");
+constexpr QStringView bezierPrefix(u"Bezier");
+
+/// The position of the first such character from a position on, -1 without one. It is near, mostly.
+qsizetype find(QStringView text, QChar character, qsizetype from = 0) {
+    for (qsizetype position = from; position < text.size(); ++position) {
+        if (text[position] == character)
+            return position;
+    }
+    return -1;
+}
 
 /// The position of the first "Key(", -1 without one.
-int findOpening(const QString& text) {
-    int position = -1;
+qsizetype findOpening(QStringView text) {
+    qsizetype position = -1;
     do
-        position = text.indexOf(keyOpening.at(0), position + 1);
-    while (position >= 0 && text.midRef(position, keyOpening.size()) != keyOpening);
+        position = find(text, keyOpening.front(), position + 1);
+    while (position >= 0 && !beginsWith(text.mid(position), keyOpening));
     return position;
+}
+
+/// Whether the opening is that of the first "BezierKey" in the text.
+bool opensBezier(QStringView text, qsizetype opening) {
+    const qsizetype start = opening - bezierPrefix.size();
+    if (start < 0 || !beginsWith(text.mid(start), bezierPrefix))
+        return false;
+    const bool isFirstKey = find(text, keyOpening.front()) == opening;
+    return isFirstKey || text.indexOf(ParameterStrings::bezierKey) == start;
 }
 
 /// Whether a quote at the position ends a quoted token.
@@ -38,33 +58,40 @@ bool closesQuotes(const QString& text, int pos) {
     return isLast || text.midRef(pos + 1, 2) == QLatin1String(", ");
 }
 
-/// The range of a text between two positions, without the blanks and tabs at its end.
-QStringRef withoutBlanksAtEnd(const QString& text, int start, int end) {
-    while (end > start && (text.at(end - 1) == QLatin1Char(' ') || text.at(end - 1) == QLatin1Char('\t')))
-        --end;
-    return text.midRef(start, end - start);
+QStringView withoutBlanksAtEnd(QStringView text) {
+    while (!text.isEmpty() && (text.back() == QLatin1Char(' ') || text.back() == QLatin1Char('\t')))
+        text.chop(1);
+    return text;
 }
 
-/// The position of the comma that ends the value of a Bezier declaration, -1 where there is none.
-int fourthCommaFromEnd(const QStringRef& text) {
-    int position = text.size();
-    for (int found = 0; found < 4; ++found) {
-        if (position == 0)
-            return -1;
-        position = text.lastIndexOf(comma, position - 1);
-        if (position <= 0)
-            return -1;
+QStringView withoutSpaceAtStart(QStringView text) {
+    while (!text.isEmpty() && text.front().isSpace())
+        text = text.mid(1);
+    return text;
+}
+
+QStringView withoutSpace(QStringView text) {
+    while (!text.isEmpty() && text.back().isSpace())
+        text.chop(1);
+    return withoutSpaceAtStart(text);
+}
+
+/// The position of a comma counted from the end, -1 where there is none. One at the very beginning does not count.
+qsizetype commaFromEnd(QStringView text, int number) {
+    for (qsizetype position = text.size() - 1; position > 0; --position) {
+        if (text[position] == comma && --number == 0)
+            return position;
     }
-    return position;
+    return -1;
 }
 
 /// The usual four numbers, without quotes; false for everything else.
 bool readPlainShape(QStringView text, std::array<double, 4>& numbers) {
     for (std::size_t i = 0; i < numbers.size(); ++i) {
-        const auto end = i + 1 < numbers.size() ? text.indexOf(comma) : text.size();
+        const auto end = i + 1 < numbers.size() ? find(text, comma) : text.size();
         bool isNumber = false;
         if (end >= 0)
-            numbers[i] = toDouble(text.left(end).trimmed(), &isNumber);
+            numbers[i] = toDouble(withoutSpace(text.left(end)), &isNumber);
         if (!isNumber)
             return false;
         text = text.mid(std::min(end + 1, text.size()));
@@ -72,7 +99,7 @@ bool readPlainShape(QStringView text, std::array<double, 4>& numbers) {
     return true;
 }
 
-bool readShape(const QStringRef& numbersText, IType& itype) {
+bool readShape(QStringView numbersText, IType& itype) {
     std::array<double, 4> plain{};
     if (readPlainShape(numbersText, plain)) {
         itype = IType(Interpolation::Bezier, plain[0], plain[1], plain[2], plain[3]);
@@ -94,10 +121,11 @@ bool readShape(const QStringRef& numbersText, IType& itype) {
 }
 
 /// The two most frequent names, and then all.
-bool readKind(const QStringRef& name, Interpolation& kind) {
-    if (name == ParameterStrings::linear)
+bool readKind(QStringView name, Interpolation& kind) {
+    const auto is = [name](QStringView known) { return name.size() == known.size() && beginsWith(name, known); };
+    if (is(ParameterStrings::linear))
         kind = Interpolation::Linear;
-    else if (name == ParameterStrings::constant)
+    else if (is(ParameterStrings::constant))
         kind = Interpolation::Constant;
     else
         return bStringToInterpolationType(name.toString(), kind);
@@ -143,34 +171,27 @@ QString getToken(const QString& text, int& pos) {
     return token;
 }
 
-bool parseKeyframeDeclaration(const QString& declaration, QString& timeText, QString& valueText, IType& itype) {
-    const int opening = findOpening(declaration);
-    if (opening < 0)
+bool parseKeyframeDeclaration(QStringView declaration, QStringView& timeText, QStringView& valueText, IType& itype) {
+    const qsizetype opening = findOpening(declaration);
+    const qsizetype end = withoutBlanksAtEnd(declaration).size() - keyEnding.size();
+    if (opening < 0 || end < 0 || !beginsWith(declaration.mid(end), keyEnding))
         return false;
-    const QStringRef whole = withoutBlanksAtEnd(declaration, 0, declaration.size());
-    if (!whole.endsWith(keyEnding))
+    const qsizetype start = opening + keyOpening.size();
+    const QStringView inside = declaration.mid(start, std::max<qsizetype>(0, end - start));
+    const QStringView text = withoutSpaceAtStart(withoutBlanksAtEnd(inside));
+    const qsizetype timeEnd = find(text, comma);
+    if (timeEnd < 0)
         return false;
-    const int start = opening + keyOpening.size();
-    const int bezierStart = start - ParameterStrings::bezierKey.size() - 1;
-    const bool isBezier =
-        bezierStart >= 0 && declaration.leftRef(start).indexOf(ParameterStrings::bezierKey) == bezierStart;
-    const int end = whole.size() - keyEnding.size();
-    const QStringRef text = withoutBlanksAtEnd(declaration, start, std::max(start, end));
-    int first = 0;
-    while (first < text.size() && text.at(first).isSpace())
-        ++first;
-    const int valueStart = text.indexOf(comma, first);
-    if (valueStart < 0)
+    const bool isBezier = opensBezier(declaration, opening);
+    const qsizetype valueEnd = isBezier ? commaFromEnd(text, 4) : text.lastIndexOf(comma);
+    if (isBezier && valueEnd <= timeEnd)
         return false;
-    timeText = text.mid(first, valueStart - first).toString();
-    const int valueEnd = isBezier ? fourthCommaFromEnd(text) : text.lastIndexOf(comma);
-    if (valueEnd < 0 || (isBezier && valueEnd <= valueStart))
-        return false;
-    const QStringRef rest = text.mid(valueEnd + 1);
-    const bool understood = isBezier ? readShape(rest, itype) : readKind(rest.trimmed(), itype.interpolation);
+    const QStringView rest = text.mid(valueEnd + 1);
+    const bool understood = isBezier ? readShape(rest, itype) : readKind(withoutSpace(rest), itype.interpolation);
     if (!understood)
         return false;
-    valueText = text.mid(valueStart + 1, std::max(0, valueEnd - valueStart - 1)).trimmed().toString();
+    timeText = text.left(timeEnd);
+    valueText = withoutSpace(text.mid(timeEnd + 1, std::max<qsizetype>(0, valueEnd - timeEnd - 1)));
     return true;
 }
 

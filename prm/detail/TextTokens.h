@@ -5,6 +5,7 @@
 #include "prm/View.h"
 
 #include <QString>
+#include <QStringView>
 
 #include <vector>
 
@@ -21,7 +22,7 @@ PRM_EXPORT QString getToken(const QString& text, int& pos);
 /// Splits "...Key( <time>, <value>, <interpolation> ) )", or "...BezierKey( <time>, <value>, <four numbers> ) )". The
 /// value is taken as it stands: it may hold commas, for only the first and the last (or the fourth from the end)
 /// separate. On false all outputs are without meaning, but `itype` is untouched unless its own text was read.
-PRM_EXPORT bool parseKeyframeDeclaration(const QString& declaration, QString& timeText, QString& valueText,
+PRM_EXPORT bool parseKeyframeDeclaration(QStringView declaration, QStringView& timeText, QStringView& valueText,
                                          IType& itype);
 
 /// The views listed between the first "[" and the first "]"; what is no number is left out.

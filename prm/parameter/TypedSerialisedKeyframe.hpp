@@ -25,7 +25,9 @@ public:
         return text;
     }
 
-    void setFromString(const QString& text) override {
+    void setFromString(const QString& text) override { setFromText(text); }
+
+    void setFromText(QStringView text) {
         const detail::KeyframeText read = detail::readKeyframe(text, itype);
         time = read.time;
         if (read.view.isValid())
@@ -33,7 +35,10 @@ public:
         else if (!view.isValid())
             view = View(View::defaultViewId());
         flags = {};
-        value = ValueType<T>::read(valueMapper ? valueMapper(read.value) : read.value);
+        QString valueText = read.value.toString();
+        if (valueMapper)
+            valueText = valueMapper(valueText);
+        value = ValueType<T>::read(valueText);
     }
 
     bool equals(const SerialisedKeyframe& other) const override {

@@ -113,22 +113,23 @@ template <class T>
 bool Parameter<T>::streamInValue(const QString& line, const ProjectFileVersion& version, TextConversion convert) {
     const ReadingScope reading(*this);
     const bool resetsViews = version.streamVersion >= StreamVersion::anyViewList;
-    if (line.startsWith(ParameterStrings::views)) {
+    if (detail::beginsWith(line, ParameterStrings::views)) {
         if (resetsViews)
             readViewList(line);
         return true;
     }
-    QString rest = line;
+    QStringView behindView(line);
     View view;
-    const bool prefixed = View::extractStringPrefix(rest, view);
-    if (detail::hasKey(rest, ParameterStrings::keyframes)) {
+    const bool prefixed = View::extractStringPrefix(behindView, view);
+    if (detail::hasKey(behindView, ParameterStrings::keyframes)) {
         TypedSerialisedKeyframe keyframe;
         keyframe.view = view;
         keyframe.valueMapper = convert;
-        keyframe.setFromString(rest);
+        keyframe.setFromText(behindView);
         importKeyframe(keyframe);
         return true;
     }
+    const QString rest = behindView.toString();
     if (detail::hasKey(rest, ParameterStrings::value)) {
         const QString text = detail::textBehind(rest);
         const T value = ValueType<T>::read(convert ? convert(text) : text);
@@ -182,15 +183,17 @@ template <class T> boost::shared_ptr<SerialisedKeyframe> Parameter<T>::getSerial
 }
 
 template <class T> void Parameter<T>::importKeyframe(const SerialisedKeyframe& keyframe) {
-    // A copy: observers of the first change may let go of the original.
-    const TypedSerialisedKeyframe copy = dynamic_cast<const TypedSerialisedKeyframe&>(keyframe);
+    const auto& original = dynamic_cast<const TypedSerialisedKeyframe&>(keyframe);
+    // Copies: observers of the first change may let go of the original.
+    const Context context = original.context();
+    const T value = original.value;
+    const IType itype = original.itype;
     const detail::LifeGuard guard(*this);
-    const Context context = copy.context();
-    const int index = vSetValue(copy.value, context);
+    const int index = vSetValue(value, context);
     if (guard.alive())
-        vSetInterpolation(copy.itype.interpolation, context);
+        vSetInterpolation(itype.interpolation, context);
     if (guard.alive())
-        vSetInterpolationData(copy.itype, static_cast<unsigned int>(index), copy.view);
+        vSetInterpolationData(itype, static_cast<unsigned int>(index), context.view);
 }
 
 } // namespace Prm

@@ -74,10 +74,12 @@ struct KeyCase {
 class KeyDeclaration : public testing::TestWithParam<KeyCase> {};
 
 TEST_P(KeyDeclaration, IsSplit) {
-    QString time, value, parts;
+    const QString declaration = GetParam().declaration;
+    QStringView time, value;
+    QString parts;
     IType type(Interpolation::Linear);
-    if (parseKeyframeDeclaration(GetParam().declaration, time, value, type))
-        parts = time + "|" + value + "|" + qstrInterpolationTypeString(type.interpolation);
+    if (parseKeyframeDeclaration(declaration, time, value, type))
+        parts = time.toString() + "|" + value.toString() + "|" + qstrInterpolationTypeString(type.interpolation);
     if (type.interpolation == Interpolation::Bezier && !parts.isEmpty())
         parts += QString(" %1 %2 %3 %4").arg(type.x1).arg(type.y1).arg(type.x2).arg(type.y2);
     EXPECT_EQ(parts.toStdString(), GetParam().parts);
