@@ -116,9 +116,10 @@ template <class T> auto Parameter<T>::ownData(const View& view, const PVData* co
     const std::size_t before = m_views.viewList().size();
     PVData& data = m_views.obtain(view, contents ? *contents : m_views.templateData());
     const std::size_t now = m_views.viewList().size();
-    if (isSplit() != (now > 1))
+    if (now != before) {
         m_isSplit.store(now > 1);
-    m_revision += now != before ? 1 : 0;
+        ++m_revision;
+    }
     return &data;
 }
 
