@@ -88,7 +88,7 @@ struct ParameterSet::Descent {
 
 /// Goes down plain sets one after the other, so that a deep tree does not need a deep stack.
 bool ParameterSet::bStreamIn(const QString& line, const ProjectFileVersion& version) {
-    // Kept: the caller's own may change while observers are told.
+    // The caller's own may change while observers are told. NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const QString whole = line;
     Descent next{{this, nullptr}, whole};
     while (!next.line.isEmpty()) {
