@@ -73,11 +73,6 @@ TEST(ParameterChange, EachFactoryFillsItsRecord) {
     p.detachAllObservers();
 }
 
-TEST(ParameterChange, IsKnownToQtByValueAndByReference) {
-    EXPECT_EQ(QMetaType::type("Prm::ParameterChange"), Change::qMetaType());
-    EXPECT_EQ(QMetaType::type("Prm::ParameterChange&"), Change::qMetaType());
-}
-
 TEST(ScopedSignalPermit, PutsBackAnOverrideThatWasSet) {
     ParameterWithoutTypeBase p(false, false, nullptr);
     EXPECT_FALSE(p.overrideBlockedSignals(Change::VIEW_ADDED, true));
