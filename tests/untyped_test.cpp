@@ -105,6 +105,22 @@ TEST(Notification, BlockingSurvivesWhatObserversDo) {
     EXPECT_EQ(heard.take(), "VALUE_CHANGED 0 0\nVALUE_CHANGED 0 0\nPARAMETER_DELETED 0 0\n");
 }
 
+TEST(Notification, ObserversComeAndGo) {
+    Fake fake;
+    ChangeRecorder a(&fake);
+    ChangeRecorder b(&fake);
+    fake.attachObserver(nullptr, SLOT(onChanged(Prm::ParameterChange&)));
+    fake.detachObserver(nullptr);
+    fake.detachObserver(&a);
+    fake.hide(true);
+    fake.hide(true);
+    fake.setLocked(true);
+    EXPECT_EQ(a.take() + b.take(), "PARAMETER_HIDDEN_CHANGED 0 0\nPARAMETER_LOCKED_CHANGED 0 0\n");
+    fake.detachAllObservers();
+    fake.hide(false);
+    EXPECT_EQ(b.take(), "");
+}
+
 TEST(Notification, CommandsGoToTheirObserverOrAreDone) {
     Fake fake;
     Count command;

@@ -87,6 +87,15 @@ TEST(ParameterText, RefusedLinesChangeNothing) {
     EXPECT_EQ(lines(flag), before);
 }
 
+TEST(ParameterText, OldNamesConvertTheirValues) {
+    NumericParameter<double> size("size");
+    size.addAdditionalScriptName("width", [](const QString& text) { return QString::number(text.toDouble() / 2); });
+    EXPECT_TRUE(size.setFromScriptString("width.keyframes.append( Key( 2, 8, Linear ) )", version(3000)));
+    EXPECT_TRUE(size.setFromScriptString("width.value=6", version(3000)));
+    EXPECT_EQ(size.value(at(2)), 4);
+    EXPECT_EQ(size.staticValue(View()), 3);
+}
+
 TEST(ParameterText, KeyframesAreCopiedAsText) {
     NumericParameter<double> from("a");
     NumericParameter<double> to("b");
