@@ -135,31 +135,6 @@ const Row rows[] = {
      number, "AAIIBFRRHLC", "PLHPPFBPPPP"},
 };
 
-std::string initials(const std::string& lines) {
-    static const std::pair<const char*, char> letters[] = {{"KEYFRAME_ADDED", 'A'},
-                                                           {"KEYFRAME_REMOVED", 'R'},
-                                                           {"KEYFRAME_CHANGED_VALUE", 'V'},
-                                                           {"KEYFRAME_CHANGED_INTERPOLATION", 'I'},
-                                                           {"PARAMETER_CHANGED_EXTRAPOLATION_BEFORE", 'B'},
-                                                           {"PARAMETER_CHANGED_EXTRAPOLATION_AFTER", 'F'},
-                                                           {"PARAMETER_ASSIGNED", 'P'},
-                                                           {"VIEW_RESET", 'E'},
-                                                           {"VIEW_CLEARED", 'C'},
-                                                           {"VALUE_CHANGED", 'S'},
-                                                           {"KEYFRAME_MOVED", 'M'},
-                                                           {"VIEW_ADDED", 'N'},
-                                                           {"VIEW_REMOVED", 'D'},
-                                                           {"PARAMETER_HIDDEN_CHANGED", 'H'},
-                                                           {"PARAMETER_LOCKED_CHANGED", 'L'}};
-    std::string found;
-    std::istringstream stream(lines);
-    for (std::string line; std::getline(stream, line);) {
-        for (const auto& [type, letter] : letters)
-            found += line.rfind(std::string(type) + ' ', 0) == 0 ? std::string(1, letter) : std::string();
-    }
-    return found;
-}
-
 TEST(Edits, ComeBackExactlyAndAreTold) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -170,12 +145,12 @@ TEST(Edits, ComeBackExactlyAndAreTold) {
         command->doIt();
         const std::string after = world.state();
         EXPECT_NE(after, before);
-        const std::string told = initials(heard.lines);
+        const std::string told = heard.initials;
         EXPECT_EQ(told, row.whenDone ? row.whenDone : told);
-        heard.take();
+        heard.takeInitials();
         command->undoIt();
         EXPECT_EQ(world.state(), before);
-        EXPECT_EQ(initials(heard.take()), row.whenUndone);
+        EXPECT_EQ(heard.takeInitials(), row.whenUndone);
         command->doIt();
         EXPECT_EQ(world.state(), after);
         command->undoIt();
@@ -282,9 +257,9 @@ TEST(Edits, ThatChangeNothingAreSilentBothWays) {
         ChangeRecorder heard(row.heard(world));
         const Command command(row.make(world));
         command->doIt();
-        EXPECT_EQ(initials(heard.take()), row.whenDone);
+        EXPECT_EQ(heard.takeInitials(), row.whenDone);
         command->undoIt();
-        EXPECT_EQ(initials(heard.take()), row.whenUndone);
+        EXPECT_EQ(heard.takeInitials(), row.whenUndone);
         EXPECT_EQ(world.state(), before);
     }
 }

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 
 /// Turns the changes that an observer hears into lines: "TYPE index view", index -1 for a static value.
 class ChangeRecorder : public QObject {
@@ -18,13 +19,16 @@ public:
     }
 
     /// The lines since the last call.
-    std::string take() {
-        std::string taken;
-        taken.swap(lines);
-        return taken;
+    std::string take() { return std::exchange(lines, {}); }
+
+    /// The same, one letter for each change.
+    std::string takeInitials() {
+        take();
+        return std::exchange(initials, {});
     }
 
     std::string lines;
+    std::string initials;
     /// Called inside each notification.
     std::function<void(Prm::ParameterChange&)> then;
 
@@ -32,6 +36,7 @@ public Q_SLOTS:
     void onChanged(Prm::ParameterChange& change) {
         lines += change.typeToString().toStdString() + " " + std::to_string(static_cast<int>(change.affectedIndex)) +
                  " " + std::to_string(change.context.view.id()) + "\n";
+        initials += "ARVTIBFPEC?SM??NDHL?"[change.type];
         if (then)
             then(change);
     }
