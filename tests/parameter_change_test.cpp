@@ -73,6 +73,12 @@ TEST(ParameterChange, EachFactoryFillsItsRecord) {
     p.detachAllObservers();
 }
 
+TEST(ParameterChange, IsKnownToQtByValueAndByReference) {
+    const int id = Change::qMetaType();
+    EXPECT_EQ(QMetaType::type("Prm::ParameterChange"), id);
+    EXPECT_EQ(QMetaType::type("Prm::ParameterChange&"), id);
+}
+
 TEST(ScopedSignalPermit, PutsBackAnOverrideThatWasSet) {
     ParameterWithoutTypeBase p(false, false, nullptr);
     EXPECT_FALSE(p.overrideBlockedSignals(Change::VIEW_ADDED, true));

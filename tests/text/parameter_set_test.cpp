@@ -131,11 +131,11 @@ QByteArray textOf(int count, bool deep) {
 }
 
 TEST(ParameterSet, MayBeDeep) {
-    EXPECT_TRUE(textOf(8000, true).contains(".s.s.name="));
+    EXPECT_TRUE(textOf(10000, true).contains(".s.s.name="));
 }
 
 TEST(ParameterSet, MayBeWide) {
-    EXPECT_TRUE(textOf(300000, false).contains("\ns_300000.name=\"n\""));
+    EXPECT_TRUE(textOf(1000000, false).contains("\ns_1000000.name=\"n\""));
 }
 
 TEST(ProjectFile, AKillWhileSavingLeavesAWholeFile) {
