@@ -191,23 +191,25 @@ TEST(ProjectFile, SavingFailsWholeOrNotAtAll) {
     project.title.vSetValue(QString(200000, 'x'), Context(Context::INVALID_TIME));
     ASSERT_TRUE(project.file.save(name)) << project.file.errorString().toStdString();
     const QByteArray before = contents(name);
-    project.title.vSetValue(QString(100000, 'y'), Context(Context::INVALID_TIME));
-
     EXPECT_FALSE(project.file.save(folder.path()));
     EXPECT_FALSE(project.file.save(folder.filePath("missing/a.prm")));
 
-    // A full disk, as far as the program can tell.
-    const pid_t child = fork();
-    if (child == 0) {
-        std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit small{50000, 50000};
-        setrlimit(RLIMIT_FSIZE, &small);
-        _exit(project.file.save(name) ? 1 : project.file.errorString().isEmpty() ? 2 : 0);
+    // A full disk, as far as the program can tell: in one large write, and when a small one is flushed.
+    for (const int size : {100000, 3000}) {
+        project.title.vSetValue(QString(size, 'y'), Context(Context::INVALID_TIME));
+        const pid_t child = fork();
+        if (child == 0) {
+            std::signal(SIGXFSZ, SIG_IGN);
+            const auto half = static_cast<rlim_t>(size / 2);
+            const rlimit small{half, half};
+            setrlimit(RLIMIT_FSIZE, &small);
+            _exit(project.file.save(name) ? 1 : project.file.errorString().isEmpty() ? 2 : 0);
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        EXPECT_EQ(WEXITSTATUS(status), 0) << size;
+        EXPECT_EQ(contents(name), before);
     }
-    int status = 0;
-    waitpid(child, &status, 0);
-    EXPECT_EQ(WEXITSTATUS(status), 0);
-    EXPECT_EQ(contents(name), before);
     EXPECT_TRUE(project.file.save(name));
     EXPECT_NE(contents(name), before);
 }
