@@ -57,8 +57,8 @@ int main() {
     QTextStream out(stdout);
     const auto show = [&](const char* title) {
         QString state = QStringLiteral("opacity %1, angle %2")
-                                  .arg(opacity.value({Time::fromInt(10)}))
-                                  .arg(angle.value({Time::fromInt(10)}));
+                            .arg(opacity.value({Time::fromInt(10)}))
+                            .arg(angle.value({Time::fromInt(10)}));
         out << title << state << '\n';
         return state;
     };
