@@ -365,6 +365,7 @@ QString differenceInBytes(const ProjectText& from, const ProjectText& to) {
         return {};
     const auto linesOf = [](const ProjectText& text) {
         std::vector<std::string_view> lines;
+        lines.reserve(static_cast<std::size_t>(text.lineCount()));
         for (int i = 0; i < text.lineCount(); ++i)
             lines.push_back(text.line(i));
         return lines;

@@ -11,7 +11,7 @@ namespace {
 QByteArray plain(const std::vector<Difference>& differences) {
     QString text;
     for (const Difference& difference : differences)
-        text += difference.message + QLatin1Char('\n');
+        text += printable(difference.message) + QLatin1Char('\n');
     return text.toUtf8();
 }
 
