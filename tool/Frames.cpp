@@ -4,6 +4,7 @@
 
 #include <QStringList>
 
+#include <algorithm>
 #include <cmath>
 
 namespace Tool {
@@ -65,6 +66,28 @@ QVector<Prm::Time> readTimesFile(const QByteArray& text) {
                                   .replace(QLatin1Char(' '), QLatin1Char(','))
                                   .split(QLatin1Char(','), Qt::SkipEmptyParts);
     return readFrames(parts.join(QLatin1Char(',')));
+}
+
+std::pair<Prm::Time, Prm::Time> readRange(const QString& text) {
+    constexpr double narrowest = 1e-9;
+    const QLatin1String dots("..");
+    const int range = text.indexOf(dots);
+    if (range < 0)
+        throw WrongUse(QStringLiteral("'%1' is no range A..B").arg(text));
+    const double first = readNumber(text.left(range));
+    const double last = readNumber(text.mid(range + dots.size()));
+    const double length = last - first;
+    if (!std::isfinite(length) || !(length > narrowest * std::max(std::abs(first), std::abs(last))))
+        throw WrongUse(QStringLiteral("nothing lies between the frames of '%1'").arg(text));
+    return {Prm::Time::fromDouble(first), Prm::Time::fromDouble(last)};
+}
+
+Prm::View readView(const QString& text) {
+    bool isNumber = false;
+    const Prm::View view(text.toUInt(&isNumber));
+    if (!isNumber || !view.isValid())
+        throw WrongUse(QStringLiteral("'%1' is no view").arg(text));
+    return view;
 }
 
 } // namespace Tool

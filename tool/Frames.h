@@ -1,9 +1,12 @@
 #pragma once
 
 #include "prm/Time.h"
+#include "prm/View.h"
 
 #include <QString>
 #include <QVector>
+
+#include <utility>
 
 namespace Tool {
 
@@ -13,5 +16,11 @@ QVector<Prm::Time> readFrames(const QString& text);
 
 /// The same from the text of a file, one or more to a line.
 QVector<Prm::Time> readTimesFile(const QByteArray& text);
+
+/// "A..B" alone, with A before B. Throws `WrongUse`.
+std::pair<Prm::Time, Prm::Time> readRange(const QString& text);
+
+/// The number of a view. Throws `WrongUse`.
+Prm::View readView(const QString& text);
 
 } // namespace Tool

@@ -44,11 +44,15 @@ public:
     int find(std::string_view path) const {
         int node = root;
         forEachName(path, [&](std::string_view name) {
-            const auto found = m_places.find({node, name});
-            node = found == m_places.end() ? -1 : found->second;
+            node = findChild(node, name);
             return node >= 0;
         });
         return node;
+    }
+
+    int findChild(int parent, std::string_view name) const {
+        const auto found = m_places.find({parent, name});
+        return found == m_places.end() ? -1 : found->second;
     }
 
 private:
@@ -179,6 +183,10 @@ QString ProjectText::pathFrom(int ancestor, int node) const {
 
 int ProjectText::findNode(std::string_view path) const {
     return m_index->find(path);
+}
+
+int ProjectText::findChild(int parent, std::string_view name) const {
+    return m_index->findChild(parent, name);
 }
 
 int ProjectText::groupOf(int node) const {

@@ -57,6 +57,8 @@ public:
     QString path(int node) const { return pathFrom(root, node); }
     /// -1 when there is none.
     int findNode(std::string_view path) const;
+    /// -1 when there is none.
+    int findChild(int parent, std::string_view name) const;
 
     /// The deepest group that holds the node. What is a parameter, and not named as a group, holds nothing: what seems
     /// to be below it is a neighbour whose name has a dot.

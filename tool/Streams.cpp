@@ -49,6 +49,14 @@ void print(const QByteArray& text) {
         throw Problem(QStringLiteral("standard output: %1").arg(out.errorString()));
 }
 
+QString printable(QString text) {
+    for (QChar& c : text) {
+        if (c.category() == QChar::Other_Control || c.isNonCharacter())
+            c = QChar::ReplacementCharacter;
+    }
+    return text;
+}
+
 void tell(const QString& message) {
     const QByteArray line = QByteArrayLiteral("prm: ") + message.toUtf8() + '\n';
     std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);

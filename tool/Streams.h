@@ -10,6 +10,8 @@ QByteArray readInput(const QString& name);
 
 /// Writes to standard output. Throws `Problem` when that does not take it all, such as a pipe that nobody reads.
 void print(const QByteArray& text);
+/// The text with a mark in place of all that is not to be seen, and could end a line or command a terminal.
+QString printable(QString text);
 /// One line on standard error.
 void tell(const QString& message);
 

@@ -35,21 +35,11 @@ ValueKind kindOfValue(const QString& value) {
     return parts.size() == 2 && isNumber(parts[0]) && isNumber(parts[1]) ? ValueKind::Point : ValueKind::Opaque;
 }
 
-/// The kind of values of two kinds. A text that begins as one stays one.
-ValueKind common(ValueKind a, ValueKind b) {
-    const auto isNumeric = [](ValueKind kind) {
-        return kind == ValueKind::Number || kind == ValueKind::NumberOrSwitch;
-    };
-    if (a == b || a == ValueKind::Text)
-        return a;
-    return isNumeric(a) && isNumeric(b) ? ValueKind::Number : ValueKind::Opaque;
-}
-
 /// None for a parameter without values.
 std::optional<ValueKind> kindOfValues(const ProjectText& text, int node) {
     std::optional<ValueKind> kind;
     buildRaw(text, node, [&](const QString& value) {
-        kind = kind ? common(*kind, kindOfValue(value)) : kindOfValue(value);
+        kind = kind ? commonKind(*kind, kindOfValue(value)) : kindOfValue(value);
         return value;
     });
     return kind;
@@ -69,6 +59,15 @@ QString kindName(ValueKind kind) {
     const auto* const found =
         std::find_if(names.begin(), names.end(), [&](const auto& name) { return name.first == kind; });
     return QLatin1String(found->second);
+}
+
+ValueKind commonKind(ValueKind a, ValueKind b) {
+    const auto isNumeric = [](ValueKind kind) {
+        return kind == ValueKind::Number || kind == ValueKind::NumberOrSwitch;
+    };
+    if (a == b || a == ValueKind::Text)
+        return a;
+    return isNumeric(a) && isNumeric(b) ? ValueKind::Number : ValueKind::Opaque;
 }
 
 PathPattern::PathPattern(const QString& pattern)

@@ -22,6 +22,8 @@ enum class ValueKind : quint8 {
 
 /// "number", with a "?" behind what is not settled.
 QString kindName(ValueKind kind);
+/// The kind of values of two kinds. A text that begins as one stays one.
+ValueKind commonKind(ValueKind a, ValueKind b);
 
 /// Whether a pattern names a path: the path itself, a group above it, or a shell pattern (`*`, `?`, `[...]`).
 class PathPattern {

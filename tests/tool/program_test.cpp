@@ -52,6 +52,8 @@ const char* const note =
     "prm: logo.visible: number or switch, read as a number; --type logo.visible=switch settles it\n";
 const char* const opaqueNote = "prm: logo.shadow.tint: not evaluated, its values are of no known type\n";
 
+#define KEY(time, value) "a.x.keyframes.append( Key( " #time ", " #value ", Linear ) )\n"
+
 const Case cases[] = {
     {"help", "--help"},
     {"eval_help", "eval --help"},
@@ -66,6 +68,14 @@ const Case cases[] = {
     {"eval_json", "eval logo.prm logo.title logo.visible logo.position --type *.visible=switch --frames 5 --json"},
     {"eval_opaque_csv", "eval logo.prm logo.t* *.tint --frames 5 --csv", 0, opaqueNote},
     {"eval_times_from", "eval logo.prm logo.opacity --times-from -", 0, "", "0 2\n5..6\n"},
+    {"diff", "diff logo.prm logo_changed.prm", 1},
+    {"diff_back_json", "diff logo_changed.prm logo.prm --json", 1},
+    {"diff_moved_as_a_whole", "diff - moved.prm", 1, "", KEY(1, 5) KEY(2, 6) KEY(3, 7)},
+    {"diff_none", "diff logo.prm logo.prm"},
+    {"diff_order", "diff - moved.prm", 0, "", KEY(3, 6) KEY(2, 5) KEY(4, 7)},
+    {"diff_line_ends", "diff moved.prm -", 0, "",
+     "a.x.keyframes.append( Key( 2, 5, Linear ) )\r\n" KEY(3, 6) KEY(4, 7)},
+    {"diff_writing", "diff moved.prm -", 0, "", KEY(2.0, 5.0) KEY(3, 6) KEY(4, 7)},
     {"check", "check faults.prm", 1},
     {"check_csv", "check faults.prm --csv", 1},
 };
@@ -97,6 +107,7 @@ const Case refusals[] = {
      "prm: eval: the step 1 never leads from 5 to 1 (prm eval --help)\n"},
     {"too many frames", "eval logo.prm logo --frames 0..1e9", 2,
      "prm: eval: more than 1000000 frames (prm eval --help)\n"},
+    {"one input twice", "diff - -", 2, "prm: diff: only one of both is standard input (prm diff --help)\n"},
     {"no view", "eval logo.prm logo --frames 1 --view left", 2, "prm: eval: 'left' is no view (prm eval --help)\n"},
 };
 

@@ -21,13 +21,8 @@ QVector<Prm::Time> timesOf(const Arguments& arguments) {
 }
 
 Prm::View viewOf(const Arguments& arguments) {
-    bool isNumber = false;
-    const Prm::View view(arguments.has(QStringLiteral("view"))
-                             ? arguments.value(QStringLiteral("view")).toUInt(&isNumber)
-                             : Prm::View::defaultViewId());
-    if (arguments.has(QStringLiteral("view")) && (!isNumber || !view.isValid()))
-        throw WrongUse(QStringLiteral("'%1' is no view").arg(arguments.value(QStringLiteral("view"))));
-    return view;
+    const QString view = QStringLiteral("view");
+    return arguments.has(view) ? readView(arguments.value(view)) : Prm::View();
 }
 
 /// One column, with what the user should know of it.

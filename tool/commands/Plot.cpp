@@ -1,0 +1,135 @@
+#include "tool/Commands.h"
+#include "tool/Frames.h"
+#include "tool/PlotCurves.h"
+#include "tool/PlotPicture.h"
+#include "tool/PlotText.h"
+#include "tool/Problem.h"
+#include "tool/Project.h"
+#include "tool/Streams.h"
+#include "tool/TerminalSize.h"
+#include "tool/import/OutputFile.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace Tool {
+
+namespace {
+
+struct Limits {
+    int least;
+    int most;
+};
+
+constexpr Limits columnLimits{20, 1000};
+constexpr Limits rowLimits{4, 500};
+constexpr Limits pixelLimits{200, 20000};
+
+/// What an option says, otherwise `usual`. Throws `WrongUse` for a number out of its limits.
+int sizeOf(const Arguments& arguments, const QString& option, const Limits& limits, int usual) {
+    if (!arguments.has(option))
+        return usual;
+    bool isNumber = false;
+    const int size = arguments.value(option).toInt(&isNumber);
+    if (!isNumber || size < limits.least || size > limits.most)
+        throw WrongUse(QStringLiteral("--%1 is a number from %2 to %3").arg(option).arg(limits.least).arg(limits.most));
+    return size;
+}
+
+std::vector<Prm::View> viewsOf(const Arguments& arguments) {
+    const QString view = QStringLiteral("view");
+    const bool areAll = arguments.has(QStringLiteral("all-views"));
+    if (areAll && arguments.has(view))
+        throw WrongUse(QStringLiteral("either --view or --all-views"));
+    std::vector<Prm::View> views;
+    for (const QString& text : arguments.values(view)) {
+        const Prm::View wanted = readView(text);
+        if (std::find(views.begin(), views.end(), wanted) == views.end())
+            views.push_back(wanted);
+    }
+    if (views.empty() && !areAll)
+        views.emplace_back();
+    return views;
+}
+
+PlotRequest requestOf(const Arguments& arguments) {
+    PlotRequest request;
+    request.views = viewsOf(arguments);
+    if (arguments.has(QStringLiteral("frames"))) {
+        const auto [first, last] = readRange(arguments.value(QStringLiteral("frames")));
+        request.frames = PlotRange{first.toDouble(), last.toDouble()};
+    }
+    return request;
+}
+
+/// The picture is in its place as a whole, or not at all.
+void writePicture(const QString& name, const QString& project, const QByteArray& picture) {
+    if (name == QLatin1String("-")) {
+        print(picture);
+        return;
+    }
+    const QFileInfo info(name);
+    if (info.exists() && info == QFileInfo(project))
+        throw WrongUse(QStringLiteral("the project text would be overwritten"));
+    QFile unused;
+    OutputFile file(name, unused);
+    if (!file.write(picture) || !file.commit())
+        throw Problem(file.error());
+}
+
+void declare(Arguments& arguments) {
+    Project::declare(arguments);
+    arguments
+        .positional(QStringLiteral("PATTERN"), QStringLiteral("Paths of parameters or groups, or shell patterns."),
+                    QStringLiteral("PATTERN..."))
+        .option({QStringLiteral("frames")}, QStringLiteral("The frames to show, otherwise those with keyframes."),
+                QStringLiteral("A..B"))
+        .option({QStringLiteral("view")}, QStringLiteral("A view to show, 0 unless given; may be repeated."),
+                QStringLiteral("N"))
+        .option({QStringLiteral("all-views")}, QStringLiteral("Shows each view that has keyframes or a value."))
+        .option({QStringLiteral("o"), QStringLiteral("output")},
+                QStringLiteral("Writes a picture (SVG) instead, - for standard output."), QStringLiteral("FILE"))
+        .option({QStringLiteral("width")}, QStringLiteral("Characters, or pixels of the picture."), QStringLiteral("N"))
+        .option({QStringLiteral("height")}, QStringLiteral("Of the curves, in lines or pixels."), QStringLiteral("N"))
+        .example(QStringLiteral("prm plot project.prm blur.size --all-views"))
+        .example(QStringLiteral("prm plot project.prm 'blur.*' --frames 0..100 -o blur.svg"));
+}
+
+void plotPicture(const Arguments& arguments, PlotRequest request) {
+    const int width = sizeOf(arguments, QStringLiteral("width"), pixelLimits, 960);
+    const int height = sizeOf(arguments, QStringLiteral("height"), pixelLimits, 540);
+    Project project(arguments);
+    request.parameters = project.parameters(arguments.patterns());
+    request.samples = 2 * width;
+    writePicture(arguments.value(QStringLiteral("o")), arguments.file(),
+                 plotPicture(plotOf(project, request), width, height));
+}
+
+void plotInTerminal(const Arguments& arguments, PlotRequest request) {
+    const int usual = std::min(std::max(terminalColumns(), columnLimits.least), columnLimits.most);
+    const TextSize size{sizeOf(arguments, QStringLiteral("width"), columnLimits, usual),
+                        sizeOf(arguments, QStringLiteral("height"), rowLimits, 20), wantsColours()};
+    Project project(arguments);
+    request.parameters = project.parameters(arguments.patterns());
+    request.samples = 4 * size.columns;
+    print(plotText(plotOf(project, request), size));
+}
+
+} // namespace
+
+int plot(Arguments& arguments) {
+    declare(arguments);
+    if (!arguments.read(2, -1))
+        return Fine;
+    const PlotRequest request = requestOf(arguments);
+    if (arguments.has(QStringLiteral("o")))
+        plotPicture(arguments, request);
+    else
+        plotInTerminal(arguments, request);
+    return Fine;
+}
+
+} // namespace Tool
