@@ -29,6 +29,15 @@ QString label(double number, double step) {
                    : QString::number(number, 'g', std::min(std::max(digits, 1), 17));
 }
 
+QVector<PlotTick> ticksAt(const PlotRange& range, double step) {
+    const double first = std::ceil(range.first / step - 1e-9);
+    const double last = std::floor(range.last / step + 1e-9);
+    QVector<PlotTick> found;
+    for (int i = 0; i <= static_cast<int>(last - first); ++i)
+        found.append({(first + i) * step, label((first + i) * step, step)});
+    return found;
+}
+
 } // namespace
 
 PlotRange withMargin(double least, double greatest) {
@@ -45,13 +54,15 @@ PlotRange withMargin(double least, double greatest) {
 }
 
 QVector<PlotTick> ticks(const PlotRange& range, int most) {
+    constexpr double finer = 0.39;
     // Room for one more, as a range may begin and end on a tick.
-    const double step = roundStep(range.length() / std::max(most - 1, 1));
-    const double first = std::ceil(range.first / step - 1e-9);
-    const double last = std::floor(range.last / step + 1e-9);
-    QVector<PlotTick> found;
-    for (int i = 0; i <= static_cast<int>(last - first); ++i)
-        found.append({(first + i) * step, label((first + i) * step, step)});
+    double step = roundStep(range.length() / std::max(most - 1, 1));
+    QVector<PlotTick> found = ticksAt(range, step);
+    // One alone does not tell the scale.
+    while (found.size() < 2) {
+        step = roundStep(finer * step);
+        found = ticksAt(range, step);
+    }
     return found;
 }
 

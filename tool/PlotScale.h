@@ -24,7 +24,7 @@ struct PlotTick {
     QString label;
 };
 
-/// At most so many round numbers at equal distances.
+/// At most so many round numbers at equal distances; two or more in any case.
 QVector<PlotTick> ticks(const PlotRange& range, int most);
 
 } // namespace Tool

@@ -52,6 +52,9 @@ const char* const note =
     "prm: logo.visible: number or switch, read as a number; --type logo.visible=switch settles it\n";
 const char* const opaqueNote = "prm: logo.shadow.tint: not evaluated, its values are of no known type\n";
 
+const char* const withoutNumbers = "prm: logo.title: not drawn, it has no numbers\n"
+                                   "prm: logo.shadow.tint: not drawn, it has no numbers\n";
+
 #define KEY(time, value) "a.x.keyframes.append( Key( " #time ", " #value ", Linear ) )\n"
 
 const Case cases[] = {
@@ -76,6 +79,10 @@ const Case cases[] = {
     {"diff_line_ends", "diff moved.prm -", 0, "",
      "a.x.keyframes.append( Key( 2, 5, Linear ) )\r\n" KEY(3, 6) KEY(4, 7)},
     {"diff_writing", "diff moved.prm -", 0, "", KEY(2.0, 5.0) KEY(3, 6) KEY(4, 7)},
+    {"plot", "plot logo.prm logo.opacity logo.glow --all-views --width 60 --height 12"},
+    {"plot_range", "plot logo.prm logo.opacity --frames -5..12.5 --view 1 --view 0 --width 40 --height 5"},
+    {"plot_picture", "plot logo.prm logo.opacity --all-views --width 300 --height 200 -o -"},
+    {"plot_without_numbers", "plot logo.prm logo.* --width 40 --height 4", 0, withoutNumbers},
     {"check", "check faults.prm", 1},
     {"check_csv", "check faults.prm --csv", 1},
 };
@@ -108,6 +115,14 @@ const Case refusals[] = {
     {"too many frames", "eval logo.prm logo --frames 0..1e9", 2,
      "prm: eval: more than 1000000 frames (prm eval --help)\n"},
     {"one input twice", "diff - -", 2, "prm: diff: only one of both is standard input (prm diff --help)\n"},
+    {"no numbers", "plot logo.prm logo.title", 2,
+     "prm: logo.title: not drawn, it has no numbers\nprm: there is nothing to draw\n"},
+    {"no range", "plot logo.prm logo --frames 5..5", 2,
+     "prm: plot: nothing lies between the frames of '5..5' (prm plot --help)\n"},
+    {"too wide", "plot logo.prm logo --width 1001", 2,
+     "prm: plot: --width is a number from 20 to 1000 (prm plot --help)\n"},
+    {"picture over project", "plot logo.prm logo -o logo.prm", 2,
+     "prm: plot: the project text would be overwritten (prm plot --help)\n"},
     {"no view", "eval logo.prm logo --frames 1 --view left", 2, "prm: eval: 'left' is no view (prm eval --help)\n"},
 };
 

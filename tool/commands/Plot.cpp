@@ -65,15 +65,21 @@ PlotRequest requestOf(const Arguments& arguments) {
     return request;
 }
 
+/// Where the picture goes. Throws `WrongUse` when that is where the project is.
+QString pictureName(const Arguments& arguments) {
+    const QString name = arguments.value(QStringLiteral("o"));
+    const QFileInfo info(name);
+    if (name != QLatin1String("-") && info.exists() && info == QFileInfo(arguments.file()))
+        throw WrongUse(QStringLiteral("the project text would be overwritten"));
+    return name;
+}
+
 /// The picture is in its place as a whole, or not at all.
-void writePicture(const QString& name, const QString& project, const QByteArray& picture) {
+void writePicture(const QString& name, const QByteArray& picture) {
     if (name == QLatin1String("-")) {
         print(picture);
         return;
     }
-    const QFileInfo info(name);
-    if (info.exists() && info == QFileInfo(project))
-        throw WrongUse(QStringLiteral("the project text would be overwritten"));
     QFile unused;
     OutputFile file(name, unused);
     if (!file.write(picture) || !file.commit())
@@ -101,11 +107,11 @@ void declare(Arguments& arguments) {
 void plotPicture(const Arguments& arguments, PlotRequest request) {
     const int width = sizeOf(arguments, QStringLiteral("width"), pixelLimits, 960);
     const int height = sizeOf(arguments, QStringLiteral("height"), pixelLimits, 540);
+    const QString name = pictureName(arguments);
     Project project(arguments);
     request.parameters = project.parameters(arguments.patterns());
     request.samples = 2 * width;
-    writePicture(arguments.value(QStringLiteral("o")), arguments.file(),
-                 plotPicture(plotOf(project, request), width, height));
+    writePicture(name, plotPicture(plotOf(project, request), width, height));
 }
 
 void plotInTerminal(const Arguments& arguments, PlotRequest request) {
