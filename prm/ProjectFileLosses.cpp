@@ -159,9 +159,9 @@ QStringList ProjectFile::saveLosses() const {
     collectSet(m_root, losses);
     m_root.forEachSubset([&](ParameterSet* set) { collectSet(*set, losses); }, true);
     m_root.forEachParameterAndPart([&](const ParameterWithoutType* parameter) {
+        Losses(*parameter, losses).collect();
         if (const auto* const compound = dynamic_cast<const ParameterSet*>(parameter))
             collectNames(*compound, losses);
-        Losses(*parameter, losses).collect();
     });
     return losses;
 }

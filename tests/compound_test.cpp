@@ -287,8 +287,8 @@ TEST(Compound, ProjectsFindItsPartsAndNameItsLosses) {
     p.x->setScriptName("y");
     key(*p.y, {{0.1, 1.}});
     const std::string losses = file.saveLosses().join('\n').toStdString();
-    EXPECT_EQ(losses, "the script name \"y\" in the set \"position\" is used 2 times\n"
-                      ".position: the hidden flag and the master of a compound are not written\n"
+    EXPECT_EQ(losses, ".position: the hidden flag and the master of a compound are not written\n"
+                      "the script name \"y\" in the set \"position\" is used 2 times\n"
                       "position.y: view 0: keyframe times will move (1)");
 }
 

@@ -50,14 +50,18 @@ int BrailleCanvas::colour(int column, int row) const {
     return cell(column, row).colour;
 }
 
+std::size_t BrailleCanvas::indexOf(int column, int row) const {
+    return static_cast<std::size_t>(row) * static_cast<std::size_t>(m_columns) + static_cast<std::size_t>(column);
+}
+
 BrailleCanvas::Cell* BrailleCanvas::cellAt(int x, int y) {
     if (x < 0 || y < 0 || x >= m_columns * dotsAcross || y >= m_rows * dotsDown)
         return nullptr;
-    return &m_cells[static_cast<std::size_t>(y / dotsDown * m_columns + x / dotsAcross)];
+    return &m_cells[indexOf(x / dotsAcross, y / dotsDown)];
 }
 
 const BrailleCanvas::Cell& BrailleCanvas::cell(int column, int row) const {
-    return m_cells[static_cast<std::size_t>(row * m_columns + column)];
+    return m_cells[indexOf(column, row)];
 }
 
 } // namespace Tool

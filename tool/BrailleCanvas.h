@@ -33,6 +33,7 @@ private:
         int colour = none;
     };
 
+    std::size_t indexOf(int column, int row) const;
     Cell* cellAt(int x, int y);
     const Cell& cell(int column, int row) const;
 

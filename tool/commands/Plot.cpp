@@ -67,7 +67,7 @@ PlotRequest requestOf(const Arguments& arguments) {
 
 /// Where the picture goes. Throws `WrongUse` when that is where the project is.
 QString pictureName(const Arguments& arguments) {
-    const QString name = arguments.value(QStringLiteral("o"));
+    QString name = arguments.value(QStringLiteral("o"));
     const QFileInfo info(name);
     if (name != QLatin1String("-") && info.exists() && info == QFileInfo(arguments.file()))
         throw WrongUse(QStringLiteral("the project text would be overwritten"));
