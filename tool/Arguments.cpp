@@ -18,6 +18,8 @@ Arguments& Arguments::positional(const QString& name, const QString& purpose, co
 
 Arguments& Arguments::option(const QStringList& names, const QString& purpose, const QString& value) {
     m_parser.addOption(QCommandLineOption(names, purpose, value));
+    for (const QString& name : value.isEmpty() ? QStringList() : names)
+        m_takingValues.insert((name.size() == 1 ? QStringLiteral("-") : QStringLiteral("--")) + name);
     return *this;
 }
 
@@ -31,8 +33,23 @@ Arguments& Arguments::example(const QString& line) {
     return *this;
 }
 
+/// Negative numbers behind "--", or they would be taken for options. All others keep their order.
+QStringList Arguments::wordsToParse() const {
+    const int end = m_words.contains(QLatin1String("--")) ? m_words.indexOf(QLatin1String("--")) : m_words.size();
+    QStringList words;
+    QStringList numbers;
+    for (int i = 0; i < end; ++i) {
+        bool isNumber = false;
+        m_words.at(i).toDouble(&isNumber);
+        const bool isAlone = i == 0 || !m_takingValues.contains(m_words.at(i - 1));
+        const bool isTaken = isNumber && isAlone && m_words.at(i).startsWith(QLatin1Char('-'));
+        (isTaken ? numbers : words).append(m_words.at(i));
+    }
+    return words + QStringList(QStringLiteral("--")) + numbers + m_words.mid(end + 1);
+}
+
 bool Arguments::read(int least, int most) {
-    if (!m_parser.parse(m_words))
+    if (!m_parser.parse(wordsToParse()))
         throw WrongUse(m_parser.errorText());
     if (has(QStringLiteral("help"))) {
         // Qt names the program by the path under which it was started.

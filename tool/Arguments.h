@@ -3,6 +3,7 @@
 #include "tool/Table.h"
 
 #include <QCommandLineParser>
+#include <QSet>
 #include <QStringList>
 
 namespace Tool {
@@ -37,7 +38,10 @@ public:
     TableForm tableForm() const;
 
 private:
+    QStringList wordsToParse() const;
+
     QCommandLineParser m_parser;
+    QSet<QString> m_takingValues;
     QString m_command;
     QStringList m_words;
     QStringList m_examples;

@@ -2,9 +2,10 @@
 
 #include "prm/NumericParameter.h"
 #include "tool/Problem.h"
+#include "tool/ReadingOrder.h"
 
 #include <algorithm>
-#include <cmath>
+#include <optional>
 #include <stdexcept>
 
 namespace Tool {
@@ -42,30 +43,6 @@ QVector<QVariant> samplesOf(const Prm::Parameter<T>& parameter, const QVector<Pr
     return variants;
 }
 
-/// The lines in the order in which they are read fastest. Keyframes that follow each other may come in any order, save
-/// that the last of equal times counts; in ascending order, none has to be put before others.
-std::vector<int> readingOrder(const ProjectText& text, const std::vector<int>& lines) {
-    std::vector<std::pair<float, int>> run;
-    std::vector<int> order;
-    const auto endRun = [&] {
-        std::stable_sort(run.begin(), run.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
-        for (const auto& [time, line] : run)
-            order.push_back(line);
-        run.clear();
-    };
-    for (const int line : lines) {
-        if (text.key(line) == Key::Keyframe) {
-            const float time = toText(keyframeTimeText(text.line(line))).toFloat();
-            run.emplace_back(std::isnan(time) ? 0.0F : time, line);
-        } else {
-            endRun();
-            order.push_back(line);
-        }
-    }
-    endRun();
-    return order;
-}
-
 std::unique_ptr<Prm::ParameterWithoutType> build(const ProjectText& text, int node, ValueKind kind) {
     std::unique_ptr<Prm::ParameterWithoutType> parameter = newParameter(kind);
     readInto(*parameter, text, node);
@@ -76,8 +53,14 @@ std::unique_ptr<Prm::ParameterWithoutType> build(const ProjectText& text, int no
 
 std::vector<int> readInto(Prm::ParameterWithoutType& parameter, const ProjectText& text, int node,
                           const Prm::ParameterWithoutType::TextConversion& convert) {
+    const std::vector<int>& lines = text.node(node).lines;
+    std::vector<std::optional<float>> times;
+    times.reserve(lines.size());
+    for (const int line : lines)
+        times.push_back(text.key(line) == Key::Keyframe ? std::optional(keyframeTime(text.line(line))) : std::nullopt);
     std::vector<int> refused;
-    for (const int line : readingOrder(text, text.node(node).lines)) {
+    for (const std::size_t position : readingOrder(times)) {
+        const int line = lines[position];
         try {
             parameter.streamInValue(toText(text.reading(line).entry), text.version(), convert);
         } catch (const std::runtime_error&) {

@@ -9,6 +9,11 @@ const std::vector<Command>& commands() {
         {"keys", "Lists the keyframes of parameters.", listKeyframes},
         {"eval", "Evaluates parameters at frames.", evaluate},
         {"plot", "Draws curves, in the terminal or as SVG.", plot},
+        {"set", "Sets the value of parameters, or one of their keyframes.", setValue},
+        {"move", "Moves a keyframe to another frame.", moveKeyframes},
+        {"retime", "Shifts or scales the times of keyframes.", retime},
+        {"split", "Gives a view data of its own.", split},
+        {"upgrade", "Writes a project text in the newest version of the format.", upgrade},
         {"diff", "Compares two project texts by what they say.", compare},
         {"check", "Reports what is malformed, unknown, or will not survive a save.", check},
     };

@@ -24,5 +24,10 @@ int evaluate(Arguments& arguments);
 int plot(Arguments& arguments);
 int compare(Arguments& arguments);
 int check(Arguments& arguments);
+int setValue(Arguments& arguments);
+int moveKeyframes(Arguments& arguments);
+int retime(Arguments& arguments);
+int split(Arguments& arguments);
+int upgrade(Arguments& arguments);
 
 } // namespace Tool

@@ -50,13 +50,15 @@ std::size_t lastDotBefore(std::string_view line, std::size_t end) {
 
 /// Where the key begins: behind the last dot before "=" or "Key(". The declaration of a keyframe has a dot of its own.
 std::size_t keyStart(std::string_view line) {
-    const std::size_t end = std::min({line.find('='), line.find(declaration), line.size()});
+    const std::size_t call = line.find(declaration);
+    const std::size_t end = std::min({line.find('='), call, line.size()});
     const std::size_t last = lastDotBefore(line, end);
     if (last == std::string_view::npos)
         return 0;
     const std::size_t former = lastDotBefore(line, last);
     const std::size_t beforeCall = former == std::string_view::npos ? 0 : former + 1;
-    const bool isCall = startsWithKey(line.substr(beforeCall, last - beforeCall), Prm::ParameterStrings::keyframes);
+    const bool isCall =
+        end == call && startsWithKey(line.substr(beforeCall, last - beforeCall), Prm::ParameterStrings::keyframes);
     return isCall ? beforeCall : last + 1;
 }
 
@@ -108,6 +110,14 @@ QString toText(std::string_view bytes) {
     const QString text = QString::fromUtf8(bytes.data(), static_cast<int>(bytes.size()));
     // Qt takes it off, but here a text never stands at the beginning of a file.
     return bytes.compare(0, 3, "\xEF\xBB\xBF") == 0 ? QChar(QChar::ByteOrderMark) + text : text;
+}
+
+std::string_view toView(const QByteArray& bytes) {
+    return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
+}
+
+QByteArray toBytes(std::string_view bytes) {
+    return {bytes.data(), static_cast<int>(bytes.size())};
 }
 
 } // namespace Tool

@@ -2,6 +2,7 @@
 
 #include "prm/View.h"
 
+#include <QByteArray>
 #include <QString>
 
 #include <string_view>
@@ -42,5 +43,8 @@ std::string_view textBehindEquals(std::string_view line);
 /// The text of the time in a keyframe's declaration, empty where there is none.
 std::string_view keyframeTimeText(std::string_view line);
 QString toText(std::string_view bytes);
+/// The bytes where they are.
+std::string_view toView(const QByteArray& bytes);
+QByteArray toBytes(std::string_view bytes);
 
 } // namespace Tool

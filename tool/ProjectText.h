@@ -42,6 +42,8 @@ public:
     QByteArray bytes() const;
 
     int lineCount() const { return static_cast<int>(m_lines.size()); }
+    /// All bytes of a line, with its end.
+    std::string_view raw(int index) const;
     /// Without its end, and without a byte order mark before the first one.
     std::string_view line(int index) const;
     Key key(int index) const { return m_lines[static_cast<std::size_t>(index)].key; }
@@ -78,7 +80,6 @@ private:
     int readHeader();
     bool takeHeaderLines(int count, Prm::ProjectFileVersion& version);
     void readLines(int first);
-    std::string_view raw(int index) const;
     QString pathFrom(int ancestor, int node) const;
 
     QByteArray m_text;

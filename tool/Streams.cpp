@@ -1,6 +1,7 @@
 #include "tool/Streams.h"
 
 #include "tool/Problem.h"
+#include "tool/import/OutputFile.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -47,6 +48,17 @@ void print(const QByteArray& text) {
     const bool isWritten = out.open(stdout, QIODevice::WriteOnly) && out.write(text) == text.size() && out.flush();
     if (!isWritten)
         throw Problem(QStringLiteral("standard output: %1").arg(out.errorString()));
+}
+
+void writeOutput(const QString& name, const QByteArray& bytes) {
+    if (name == QLatin1String("-")) {
+        print(bytes);
+        return;
+    }
+    QFile unused;
+    OutputFile file(name, unused);
+    if (!file.write(bytes) || !file.commit())
+        throw Problem(file.error());
 }
 
 QString printable(QString text) {

@@ -50,6 +50,10 @@ int runFirst(const QStringList& words) {
         print(help().toUtf8());
         return Fine;
     }
+    if (name == QLatin1String("--version")) {
+        print(QByteArrayLiteral("prm " PRM_VERSION "\n"));
+        return Fine;
+    }
     const auto& all = commands();
     const auto command =
         std::find_if(all.begin(), all.end(), [&](const Command& c) { return name == QLatin1String(c.name); });
@@ -75,6 +79,7 @@ int main(int argc, char** argv) {
     // A closed pipe is an error of writing, not the end of the program.
     std::signal(SIGPIPE, SIG_IGN);
     const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationVersion(QStringLiteral(PRM_VERSION));
     QStringList words;
     for (int i = 1; i < argc; ++i)
         words.append(QFile::decodeName(argv[i]));

@@ -57,6 +57,16 @@ const char* const withoutNumbers = "prm: logo.title: not drawn, it has no number
 
 #define KEY(time, value) "a.x.keyframes.append( Key( " #time ", " #value ", Linear ) )\n"
 
+/// What a reader of the newest version takes otherwise.
+#define OLD                                                                                                            \
+    "FileVersion.value=2019\nFileTimestamp.value=\"2020\"\na.x.views=[0, 1]\na.x.view[1].value=5\na.x.value=3\n"       \
+    "b.value=1\n"
+/// A mark and line ends of other systems, forms that no writer chooses, a time given twice, bytes that are no text.
+#define ODD                                                                                                            \
+    "\xEF\xBB\xBF"                                                                                                     \
+    "a.x.value=1\r\nb.y.hidden=1\r\na.x.keyframes.append( Key( 5, 8, Linear ) )\r\n"                                   \
+    "a.x.keyframes.append( Key( 5.0,  7.50 , Custom3 ) )\r\nodd\r\na.x.view[0].value=\xFF 3"
+
 const Case cases[] = {
     {"help", "--help"},
     {"eval_help", "eval --help"},
@@ -83,6 +93,21 @@ const Case cases[] = {
     {"plot_range", "plot logo.prm logo.opacity --frames -5..12.5 --view 1 --view 0 --width 40 --height 5"},
     {"plot_picture", "plot logo.prm logo.opacity --all-views --width 300 --height 200 -o -"},
     {"plot_without_numbers", "plot logo.prm logo.* --width 40 --height 4", 0, withoutNumbers},
+    {"set_keyframe", "set logo.prm logo.opacity -0.75 --at 10 -o -"},
+    {"set_new_keyframe", "set logo.prm logo.opacity 3 --at 15.5 --view 1 -o -"},
+    {"set_static", "set logo.prm logo.opacity 3 --static -o -"},
+    {"set_text", "set logo.prm logo.title \"hi\" -o -"},
+    {"move_in_order", "move logo.prm logo --from 10 --to 12 -o -"},
+    {"move_past_others", "move logo.prm logo.opacity --from 20 --to 45 --view 1 -o -"},
+    {"retime_part", "retime logo.prm logo --scale 2 --pivot 10 --from 5 -o -"},
+    {"split", "split logo.prm logo.opacity logo.shadow.opacity --view 2 --offset 0.25 -o -"},
+    {"split_old", "split - a.x --view 2 -o -", 0, "", OLD},
+    {"upgrade_old", "upgrade - -o -", 0, "", OLD},
+    {"edit_of_odd_lines", "move - a.x --from 5 --to -6 -o -", 0, "", ODD},
+    {"edit_of_nothing", "move logo.prm logo --from 11 --to 12 -o -", 1, "prm: nothing changed\n"},
+    {"edit_of_hidden", "set - b.y -5 --type *=number -o -", 0, "", ODD},
+    {"edit_written_otherwise", "retime - a --shift 0.5 -o -", 0, "prm: a.x: frame 1000000.5 is written as 1e+06\n",
+     KEY(1000000, 3)},
     {"check", "check faults.prm", 1},
     {"check_csv", "check faults.prm --csv", 1},
 };
@@ -119,6 +144,26 @@ const Case refusals[] = {
      "prm: logo.title: not drawn, it has no numbers\nprm: there is nothing to draw\n"},
     {"no range", "plot logo.prm logo --frames 5..5", 2,
      "prm: plot: nothing lies between the frames of '5..5' (prm plot --help)\n"},
+    {"nowhere to write", "move logo.prm logo --from 1 --to 2", 2,
+     "prm: move: either -o or --in-place (prm move --help)\n"},
+    {"nothing to write to", "split - logo --view 1 --in-place", 2,
+     "prm: split: standard input has no place to write to (prm split --help)\n"},
+    {"unwritable place", "retime logo.prm logo --shift 1 -o nowhere/out.prm", 2,
+     "prm: nowhere/out.prm: cannot be written: No such file or directory\n"},
+    {"keyframes in the way", "set logo.prm logo.opacity 1 -o -", 2,
+     "prm: logo.opacity: has keyframes; --at sets one, --static the value that counts without them\n"},
+    {"no data of its own", "set logo.prm logo.visible 1 --view 1 -o -", 2,
+     "prm: logo.visible: view 1 has no data of its own; prm split gives it some\n"},
+    {"no value of the kind", "set logo.prm logo.position 1 --at 1 -o -", 2,
+     "prm: logo.position: '1' is no point, two numbers\n"},
+    {"unknown kind", "set logo.prm logo.shadow.tint 1 -o -", 2,
+     "prm: logo.shadow.tint: its values are of no known type; --type settles that\n"},
+    {"offset of text", "split logo.prm logo.title --view 1 --offset 1 -o -", 2,
+     "prm: logo.title: only numbers have an offset\n"},
+    {"turned around", "retime logo.prm logo --scale -1 -o -", 2,
+     "prm: retime: the scale must be above 0 (prm retime --help)\n"},
+    {"newer file", "upgrade faults.prm -o -", 2,
+     "prm: faults.prm: written in version 4000 of the format, newer than 3002\n"},
     {"too wide", "plot logo.prm logo --width 1001", 2,
      "prm: plot: --width is a number from 20 to 1000 (prm plot --help)\n"},
     {"picture over project", "plot logo.prm logo -o logo.prm", 2,
@@ -133,6 +178,26 @@ TEST(Program, RefusesInOneLine) {
         EXPECT_EQ(outcome.out.toStdString(), "") << row.name;
         EXPECT_EQ(outcome.exitCode, row.exitCode) << row.name;
     }
+}
+
+TEST(Program, RefusesWhatCannotBeWrittenWithoutLoss) {
+    const Outcome outcome = run("retime - a --shift 1000000 -o -", KEY(1, 5) KEY(2, 6));
+    EXPECT_TRUE(
+        outcome.error.endsWith("prm: a.x: cannot be written without loss, as by frames that are written alike\n"))
+        << outcome.error.constData();
+    EXPECT_EQ(outcome.out.toStdString(), "");
+    EXPECT_EQ(outcome.exitCode, 2);
+}
+
+TEST(Program, EditsAFileInItsPlace) {
+    const QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("a.prm")));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.write(KEY(1, 5)) > 0 && file.flush());
+    EXPECT_EQ(run(("move " + file.fileName() + " a --from 1 --to 2 --in-place").toLatin1().constData()).exitCode, 0);
+    QFile edited(file.fileName());
+    ASSERT_TRUE(edited.open(QIODevice::ReadOnly));
+    EXPECT_EQ(edited.readAll().toStdString(), KEY(2, 5));
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 1);
 }
 
 TEST(Program, FindsNothingWrongWithAGoodFile) {

@@ -1,8 +1,11 @@
 // A project text may hold anything at all: it is read as far as possible, and its bytes come back as they were.
 
+#include "prm/MoveKeyframeEdit.h"
 #include "tool/BuiltParameter.h"
 #include "tool/Checks.h"
+#include "tool/Problem.h"
 #include "tool/ProjectText.h"
+#include "tool/edit/ParameterPatch.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
@@ -57,6 +60,10 @@ const std::vector<std::string> pieces{"a",
                                       std::string(1, '\0'),
                                       "a.keyframes.append( Key( 1, 2, Linear ) )\n",
                                       "a.b.view[3].value=1\n",
+                                      "a.keyframes.append( Key( 5.0,  x, Custom2 ) )\r\n",
+                                      "a.view[1].keyframes.append( BezierKey( 3, 2, 0, 0.123456789, 1, 1 ) )\n",
+                                      "a.value=2\n",
+                                      "a.views=[1, 0]\n",
                                       "a.MasterParameterId=b\n",
                                       "b.MasterParameterId=a\n"};
 
@@ -81,6 +88,57 @@ void readEverything(const ProjectText& text) {
         RC_ASSERT(finding.line >= 0 && finding.line < std::max(text.lineCount(), 1));
 }
 
+void editOnce(WrittenParameter::Edited& parameter, int what) {
+    const Prm::Context place(*rc::gen::elementOf(std::vector<Prm::Time>{Prm::Time::fromInt(1), Prm::Time::fromInt(3),
+                                                                        Prm::Time::fromDouble(4.5)}),
+                             Prm::View(*rc::gen::inRange(0u, 3u)));
+    if (what == 0)
+        Prm::ParameterRetimeEdit(parameter, Prm::Retiming::shifted(*rc::gen::inRange(-2, 3))).doIt();
+    else if (what == 1)
+        Prm::MoveKeyframeEdit(parameter, {Prm::Time::fromInt(5), place.view}, place).doIt();
+    else if (what == 2)
+        Prm::ParameterSplitViewEdit(parameter, place.view).doIt();
+    else
+        Prm::ParameterSetValueEdit(parameter, QVariant::fromValue(WrittenValue{QStringLiteral("7"), -1}), place).doIt();
+}
+
+std::vector<std::string> linesOfOthers(const ProjectText& text, int node) {
+    const std::vector<int>& own = text.node(node).lines;
+    std::vector<std::string> lines;
+    for (int i = 0; i < text.lineCount(); ++i) {
+        if (std::find(own.begin(), own.end(), i) == own.end())
+            lines.emplace_back(text.line(i));
+    }
+    return lines;
+}
+
+/// What is edited is read back as it was meant to be, and nothing else is touched.
+void editEverything(const ProjectText& text) {
+    for (int node = 1; node < static_cast<int>(text.nodes().size()); ++node) {
+        if (!text.node(node).isParameter())
+            continue;
+        WrittenParameter written(linesOf(text, node), text.version());
+        const WrittenState before = written.state();
+        editOnce(written.parameter(), *rc::gen::inRange(0, 4));
+        const WrittenState wanted = written.state();
+        try {
+            const ProjectText edited(bytesWith(text, changedLines(text, node, before, written)));
+            const int again = edited.findNode(text.reading(text.node(node).lines.front()).path);
+            RC_ASSERT(again >= 0);
+            RC_ASSERT(linesOfOthers(edited, again) == linesOfOthers(text, node));
+            const auto views = WrittenParameter(linesOf(edited, again), edited.version()).state().views;
+            RC_ASSERT(views.size() == wanted.views.size());
+            for (const auto& [view, data] : wanted.views) {
+                RC_ASSERT(views.at(view).keys.size() == data.keys.size());
+                RC_ASSERT(views.at(view).value == data.value);
+            }
+        } catch (const Problem&) {
+            // The format holds only so many digits.
+            continue;
+        }
+    }
+}
+
 TEST(ProjectText, AnyBytesComeBackAndAreReadAsFarAsTheyGo) {
     const auto property = [] {
         const auto lines = *rc::gen::container<std::vector<std::string>>(rc::gen::elementOf(pieces));
@@ -89,6 +147,7 @@ TEST(ProjectText, AnyBytesComeBackAndAreReadAsFarAsTheyGo) {
             const ProjectText text(bytes);
             RC_ASSERT(text.bytes() == bytes);
             readEverything(text);
+            editEverything(text);
         }
     };
     // The same each time, whatever the environment says.

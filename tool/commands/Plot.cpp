@@ -7,13 +7,10 @@
 #include "tool/Project.h"
 #include "tool/Streams.h"
 #include "tool/TerminalSize.h"
-#include "tool/import/OutputFile.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 #include <algorithm>
-#include <cstdio>
 
 namespace Tool {
 
@@ -74,18 +71,6 @@ QString pictureName(const Arguments& arguments) {
     return name;
 }
 
-/// The picture is in its place as a whole, or not at all.
-void writePicture(const QString& name, const QByteArray& picture) {
-    if (name == QLatin1String("-")) {
-        print(picture);
-        return;
-    }
-    QFile unused;
-    OutputFile file(name, unused);
-    if (!file.write(picture) || !file.commit())
-        throw Problem(file.error());
-}
-
 void declare(Arguments& arguments) {
     Project::declare(arguments);
     arguments
@@ -111,7 +96,7 @@ void plotPicture(const Arguments& arguments, PlotRequest request) {
     Project project(arguments);
     request.parameters = project.parameters(arguments.patterns());
     request.samples = 2 * width;
-    writePicture(name, plotPicture(plotOf(project, request), width, height));
+    writeOutput(name, plotPicture(plotOf(project, request), width, height));
 }
 
 void plotInTerminal(const Arguments& arguments, PlotRequest request) {
