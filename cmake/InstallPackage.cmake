@@ -44,3 +44,9 @@ if(PRM_HOST_TARGET STREQUAL "PrmHost")
     prm_install_pkg_config(prmhost "What Prm expects of its host: undo commands, snapshots, hashes, settings" "")
 endif()
 prm_install_pkg_config(prm "${PROJECT_DESCRIPTION}" "${pc_host}")
+
+# Where gdb looks for the printers of a library: below the library's own path, which is that of the installation.
+cmake_path(APPEND gdb_libdir "\${CMAKE_INSTALL_PREFIX}" "${CMAKE_INSTALL_LIBDIR}")
+install(FILES "${PROJECT_SOURCE_DIR}/prm/gdb/printers.py"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/gdb/auto-load${gdb_libdir}" RENAME "libprm.so.${PROJECT_VERSION}-gdb.py"
+    COMPONENT Development)
