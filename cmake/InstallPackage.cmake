@@ -14,7 +14,7 @@ install(TARGETS ${installed_targets} EXPORT PrmTargets
     ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT Development
     RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT Runtime)
 install(DIRECTORY ${installed_headers} DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT Development
-    FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp")
+    FILES_MATCHING PATTERN "*.h" PATTERN "*.hpp" PATTERN "gdb" EXCLUDE)
 install(EXPORT PrmTargets NAMESPACE Prm:: DESTINATION "${package_dir}" COMPONENT Development)
 
 configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/PrmConfig.cmake.in" PrmConfig.cmake
