@@ -3,8 +3,8 @@ set(shell_dir "${PROJECT_SOURCE_DIR}/tool/shell")
 install(FILES "${shell_dir}/prm.bash" DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" RENAME prm
     COMPONENT Tool)
 
-# The page is what the program says of itself, so the program has to run here.
-if(NOT CMAKE_CROSSCOMPILING)
+# The page is what the program says of itself, so the program has to run here, and without special care.
+if(NOT CMAKE_CROSSCOMPILING AND NOT PRM_SANITIZE)
     set(manual "${CMAKE_CURRENT_BINARY_DIR}/prm.1")
     add_custom_command(OUTPUT "${manual}.gz"
         COMMAND "${shell_dir}/manual.sh" "$<TARGET_FILE:prm_tool>" "${PROJECT_VERSION}" > "${manual}"
