@@ -39,15 +39,15 @@ offers '' nonsense --f
 
 "$scripts/manual.sh" "$program" 1.2.3 >page
 says() {
-    grep -qxF -- "$1" page || {
+    grep -qx -- "$1" page || {
         echo "the page does not say: $1" >&2
         faults=$((faults + 1))
     }
 }
 
-says '.TH PRM 1 "" "Prm 1.2.3" "User Commands"'
-says '.SS prm eval [options] FILE PATTERN...'
-says '.B \-\-times\-from <FILE>'
-says 'Reads the frames from a file.'
-says '  prm eval project.prm blur.size \-\-frames 0..100x5 \-\-view 1'
+says '\.TH PRM 1 "" "Prm 1\.2\.3" "User Commands"'
+for command in $(_prm_commands "$program"); do says "\.SS prm .*\b$command\b.*"; done
+says '\.B \\-\\-times\\-from <FILE>'
+says 'Reads the frames from a file\.'
+says '  prm eval project\.prm blur\.size \\-\\-frames 0\.\.100x5 \\-\\-view 1'
 ((faults == 0))
