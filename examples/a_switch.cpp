@@ -11,9 +11,11 @@ using Prm::View;
 
 int main() {
     QTextStream out(stdout);
+    // [switch]
     Prm::Parameter<bool> enabled("enabled", true);
     enabled.vSetValue(false, Time::fromInt(3));
     enabled.vSetValue(true, Time::fromInt(6));
+    // [switch]
 
     QString drawn;
     const QVector<bool> values = enabled.sampleValues(Frame::fromInt(0), Frame::fromInt(9), View());
@@ -26,13 +28,11 @@ int main() {
     out << "the keyframe nearest to frame 5 is at " << nearest.toDouble() << '\n';
 
     int removed = 0;
-    // [connect]
     const auto hear = [&](Prm::ParameterChange& change) {
         if (change.type == Prm::ParameterChange::KEYFRAME_REMOVED)
             ++removed;
     };
     QObject::connect(&enabled, &Prm::ParameterWithoutType::changed, &enabled, hear, Qt::DirectConnection);
-    // [connect]
 
     // Without its last keyframe a parameter keeps that keyframe's value, at all times.
     enabled.vDeleteKeyframe(Context::Explicit(Time::fromInt(3), View()));
