@@ -26,13 +26,11 @@ int main() {
     out << "the keyframe nearest to frame 5 is at " << nearest.toDouble() << '\n';
 
     int removed = 0;
-    // [connect]
     const auto hear = [&](Prm::ParameterChange& change) {
         if (change.type == Prm::ParameterChange::KEYFRAME_REMOVED)
             ++removed;
     };
     QObject::connect(&enabled, &Prm::ParameterWithoutType::changed, &enabled, hear, Qt::DirectConnection);
-    // [connect]
 
     // Without its last keyframe a parameter keeps that keyframe's value, at all times.
     enabled.vDeleteKeyframe(Context::Explicit(Time::fromInt(3), View()));

@@ -35,9 +35,7 @@ int main() {
     const bool shared = !offset.isSplit() && offset.value(Context(start, right)) == 3.0;
 
     Recorder recorder;
-    // [attach]
     offset.attachObserver(&recorder, SLOT(hear(Prm::ParameterChange&)));
-    // [attach]
     // [split]
     // A copy of what the right eye has shown so far. Without it, the next line would start an empty curve there.
     offset.uniquifyView(right);

@@ -99,6 +99,24 @@ void collectPaths(const ParameterSet& set, const QString& start, QSet<QString>& 
 
 } // namespace
 
+QString ProjectFileFinding::reasonToString() const {
+    switch (reason) {
+    case Malformed:
+        return QStringLiteral("malformed keyframe, dropped");
+    case Unknown:
+        return QStringLiteral("unknown, kept");
+    case Refused:
+        return QStringLiteral("refused by its parameter, kept");
+    case UnresolvedMaster:
+        return QStringLiteral("master not found, kept");
+    case IncompleteHeader:
+        return QStringLiteral("incomplete header");
+    case NewerHeader:
+        return QStringLiteral("written in a newer format");
+    }
+    return {};
+}
+
 ProjectFile::ProjectFile(ParameterSet& root, const QString& application) : m_root(root), m_application(application) {}
 
 ProjectFile::~ProjectFile() = default;

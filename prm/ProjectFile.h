@@ -31,6 +31,9 @@ struct ProjectFileFinding {
     int lineNumber = 0;
     QString text;
     Reason reason = Unknown;
+
+    /// The reason in a few plain words, not translated, such as "malformed keyframe, dropped".
+    PRM_EXPORT QString reasonToString() const;
 };
 
 /// The safe way of a whole project in and out of a file: the version header, then the sets below a root set without a
