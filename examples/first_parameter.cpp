@@ -1,3 +1,5 @@
+// A number over time, and an observer: the first program of the README.
+
 // [first]
 #include "prm/NumericParameter.h"
 

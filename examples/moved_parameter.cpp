@@ -27,7 +27,7 @@ QString opacityOf(const QString& transparency) {
     return text;
 }
 
-/// Gets the line under the target's own name, and reads it with the values converted.
+/// Gets the line under the name of the target, and reads it with the values converted.
 bool readTransparency(Prm::BasicParameter* target, const QString& line, const Prm::ProjectFileVersion& version) {
     auto* const opacity = qobject_cast<Prm::ParameterWithoutType*>(target);
     return opacity && opacity->streamInValue(line.section('.', 1), version, opacityOf);

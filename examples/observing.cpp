@@ -6,10 +6,8 @@
 #include <QStringList>
 #include <QTextStream>
 
-using Prm::Context;
 using Prm::ParameterChange;
 using Prm::Time;
-using Prm::View;
 
 namespace {
 
@@ -77,7 +75,7 @@ int main() {
         const Prm::ScopedSignalPermit removals(opacity, ParameterChange::KEYFRAME_REMOVED);
         for (int frame = 100; frame < 200; ++frame)
             opacity.vSetValue(frame / 200.0, Time::fromInt(frame));
-        opacity.vDeleteKeyframe(Context::Explicit(Time::fromInt(12), View()));
+        opacity.vDeleteKeyframe(Prm::Context::Explicit(Time::fromInt(12), {}));
     }
     ParameterChange::parameterAssigned(opacity);
     // [block]
