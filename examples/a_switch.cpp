@@ -11,9 +11,11 @@ using Prm::View;
 
 int main() {
     QTextStream out(stdout);
+    // [switch]
     Prm::Parameter<bool> enabled("enabled", true);
     enabled.vSetValue(false, Time::fromInt(3));
     enabled.vSetValue(true, Time::fromInt(6));
+    // [switch]
 
     QString drawn;
     const QVector<bool> values = enabled.sampleValues(Frame::fromInt(0), Frame::fromInt(9), View());

@@ -1,4 +1,4 @@
-// An interpolation of the host's own: a ball that falls and bounces.
+// Interpolations of the host's own: a ball that falls and bounces, and a kind of parameter that goes in steps.
 
 #include "prm/CurveKinds.h"
 #include "prm/NumericParameter.h"
@@ -20,6 +20,21 @@ double bounce(const IType& shape, double x) {
     return 1.0 - height;
 }
 // [bounce]
+
+// [hook]
+/// A kind of its own: whatever the segment says, half of the way is taken at once, the other half at the next keyframe.
+class HalfSteps : public Prm::NumericParameter<double> {
+public:
+    explicit HalfSteps(const QString& scriptName)
+        : ParameterWithoutType(false, false, nullptr), NumericParameter(scriptName) {}
+    ~HalfSteps() override { announceDeletion(); }
+
+    double interpolateValue(const Prm::BoundingKeyframes& around, const Prm::Context&, Prm::Cache*) const override {
+        const double from = keyframeValue(around.before.index, around.before.view);
+        return (from + keyframeValue(around.after.index, around.after.view)) / 2.0;
+    }
+};
+// [hook]
 
 int main() {
     QTextStream out(stdout);
@@ -44,5 +59,13 @@ int main() {
     const bool falls = height.value(Time::fromInt(0)) == 40.0 && height.value(Time::fromInt(35)) == 0.0;
     const bool lands = std::abs(height.value(Time::fromInt(5))) < 1e-9;
     const bool bounces = highestAfterTheFall > 20.0 && highestAfterTheFall < 40.0;
-    return falls && lands && bounces ? 0 : 1;
+
+    HalfSteps level("level");
+    level.vSetValue(0.0, Time::fromInt(0));
+    level.vSetValue(8.0, Time::fromInt(10));
+    out << "in half steps:";
+    for (const int frame : {0, 1, 9, 10})
+        out << ' ' << level.value(Time::fromInt(frame));
+    out << '\n';
+    return falls && lands && bounces && level.value(Time::fromInt(1)) == 4.0 ? 0 : 1;
 }

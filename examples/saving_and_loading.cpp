@@ -61,6 +61,10 @@ int main(int argc, char** argv) {
     for (const Prm::ProjectFileFinding& finding : project.report())
         out << "line " << finding.lineNumber << ": " << finding.reasonToString() << ": " << finding.text << '\n';
     // [load]
+    // [version]
+    if (Prm::BuildVersion(project.version()) < Prm::BuildVersion("4.2.0", "0"))
+        out << "written by " << project.version().productName << " before 4.2\n";
+    // [version]
     const bool reported = project.report().size() == 2 && opacity.keyframeCount({}) == 2 &&
                           project.report().at(0).reasonToString().startsWith("malformed");
 

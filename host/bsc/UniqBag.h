@@ -84,7 +84,10 @@ public:
 
 private:
     struct HashOfValue {
-        std::size_t operator()(const T* value) const { return qHash(*value); }
+        std::size_t operator()(const T* value) const {
+            using ::qHash; // hidden by those of this namespace, for types that have none beside them
+            return qHash(*value);
+        }
     };
     struct SameValue {
         bool operator()(const T* a, const T* b) const { return *a == *b; }
