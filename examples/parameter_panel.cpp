@@ -58,9 +58,9 @@ int main() {
     // [untyped]
     int sliders = 0;
     const auto show = [&](Prm::ParameterWithoutType* parameter) {
+        out << lineOf(*parameter, Time::fromInt(5)) << '\n';
         if (dynamic_cast<Prm::NumericParameterWithoutType*>(parameter))
             ++sliders; // a number, of whatever type
-        out << lineOf(*parameter, Time::fromInt(5)) << '\n';
         parameter->forEachKeyframeTime([&](const Context& at) { out << "    key at " << at.time.toDouble() << '\n'; });
     };
     set.forEachParameter(show, true);
@@ -70,9 +70,11 @@ int main() {
 
     // [copy]
     const auto copied = blur.getSerialisedKeyframe(Time::fromInt(0)); // null where there is no keyframe
-    copied->adjustTime(20);
-    glow.importKeyframe(*copied);
-    out << "copied to glow: " << copied->toString() << '\n';
+    if (copied) {
+        copied->adjustTime(20);
+        glow.importKeyframe(*copied);
+        out << "copied to glow: " << copied->toString() << '\n';
+    }
     // [copy]
     // [keyframe]
     const Prm::KeyframeData<double> key = glow.keyframe(0, View());
