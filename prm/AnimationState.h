@@ -14,6 +14,9 @@ class IViewsProvider;
 
 /// Says which views an edit reaches: four booleans, packed into the low four bits of a number (bit i is flag i).
 /// Only *all views* (flag 2) is read by the library; the others are carried for the host.
+///
+/// \snippet times_and_views.cpp state
+/// \threads A plain value.
 class PRM_EXPORT AnimationFlags {
 public:
     static constexpr quint32 DEFAULT = 3;
@@ -41,6 +44,9 @@ private:
 };
 
 /// Flags together with the registry that resolves them into views.
+///
+/// \snippet times_and_views.cpp state
+/// \threads A plain value; `views()` asks the provider on the calling thread.
 class PRM_EXPORT AnimationState : public AnimationFlags {
 public:
     /// The provider is not owned and may be null.

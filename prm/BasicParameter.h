@@ -26,7 +26,8 @@ class ProjectFileVersion;
 /// What every kind of parameter is, animated or not: a named value that can be read and written as a `QVariant`, sent
 /// through project text, and captured for undo.
 ///
-/// A parameter is used from one thread at a time, except where a class says more.
+/// \snippet parameter_panel.cpp basic
+/// \threads One at a time, that of the host which owns the parameter, except where a class says more.
 class PRM_EXPORT BasicParameter : public QObject, virtual public Bsc::MementoUndoable, public detail::Mortal {
     Q_OBJECT
 

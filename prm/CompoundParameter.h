@@ -19,15 +19,12 @@ namespace Prm {
 /// (`QVector<QVariant>`), and what is done to it is done to each of them. With `keyframeTogether`, a keyframe that one
 /// subparameter gains or loses, the others gain or lose as well.
 ///
-///     Prm::NumericParameter<double> x("x"), y("y");
-///     Prm::CompoundParameter position("position", true);
-///     position.addParameter(x);
-///     position.addParameter(y);
-///
 /// In project text it is a group: its subparameters' lines stand behind its name, and it has no line of its own, not
 /// even when it is hidden or has a master. Without a script name its subparameters stand directly in the set around it.
 ///
-/// One thread at a time, except that values may be asked for as of the subparameters.
+/// \snippet position.cpp class
+/// \threads The owning thread; values alone may be asked for on others, as of the subparameters, while none is added
+/// or dies.
 class PRM_EXPORT CompoundParameter : public ParameterWithoutTypeBase, public ParameterSet {
     Q_OBJECT
 

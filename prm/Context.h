@@ -14,6 +14,9 @@ namespace Prm {
 class ParameterWithoutType;
 
 /// A time alone: what a `Frame` is made from.
+///
+/// \snippet times_and_views.cpp time
+/// \threads A plain value.
 class PRM_EXPORT BaseContext {
 public:
     constexpr BaseContext() = default;
@@ -24,6 +27,9 @@ public:
 
 /// When and in which view: the question put to every parameter. A default context is time 0 in the default view.
 /// Registered with Qt's meta-types as "Prm::Context" when the library is loaded.
+///
+/// \snippet times_and_views.cpp context
+/// \threads A plain value.
 class PRM_EXPORT Context : public BaseContext {
 public:
     class Explicit;
@@ -51,6 +57,9 @@ public:
 
 /// Exactly one time in exactly one view, for operations that must never reach further: deleting a keyframe, or asking
 /// whether one is there.
+///
+/// \snippet times_and_views.cpp context
+/// \threads A plain value.
 class PRM_EXPORT Context::Explicit : public BaseContext {
 public:
     constexpr Explicit() = default;
@@ -66,6 +75,9 @@ public:
 constexpr Context::Context(const Explicit& exact) : BaseContext(exact.time), view(exact.view), flags(exact.flags) {}
 
 /// Names one keyframe: the parameter (may be null), the view, and the position in that view's list of keyframes.
+///
+/// \snippet times_and_views.cpp index
+/// \threads A plain value; `toContext()` asks the parameter, which has to be alive.
 class PRM_EXPORT KeyframeIndex {
 public:
     /// The index that stands for no keyframe.

@@ -13,6 +13,9 @@ namespace Prm {
 ///   beside a Constant segment, hold.
 /// - A segment that becomes Bezier gets the shape (1/3, 0, 2/3, 1), unless its keyframe already has one.
 /// - Custom kinds do what a host registered for them (`prm/CurveKinds.h`); others are Linear inside, and hold outside.
+///
+/// \snippet bezier_number.cpp shape
+/// \threads As `Parameter`; the hooks and the registered functions run on every thread that evaluates.
 template <class T> class PRM_EXPORT CurveParameter : public Parameter<T> {
 public:
     CurveParameter();

@@ -19,6 +19,9 @@ enum class Extrapolation : quint32 { Constant = 1, Linear = 2, Custom0 = 3 };
 ///
 /// For `Bezier` they are the inner control points (x1,y1) and (x2,y2) of a cubic from (0,0) to (1,1): x is the part of
 /// the segment's time, y the part of its change in value. All four zero means a straight line.
+///
+/// \snippet bezier_number.cpp shape
+/// \threads A plain value.
 struct IType {
     IType() = default;
     IType(Interpolation kind, double shapeX1 = 0.0, double shapeY1 = 0.0, double shapeX2 = 0.0, double shapeY2 = 0.0)

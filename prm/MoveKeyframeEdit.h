@@ -10,6 +10,8 @@ namespace Prm {
 /// of the moved one. The move is a shift in single precision: at large frame numbers, fractions of a frame are rounded.
 ///
 /// Nothing happens where there is no keyframe to move, or when the target is no valid time.
+///
+/// \snippet position.cpp move
 class PRM_EXPORT MoveKeyframeEdit : public ParameterSnapshotEdit {
 public:
     MoveKeyframeEdit(ParameterWithoutType& parameter, const Context& from, const Context& to);

@@ -15,6 +15,9 @@ namespace Prm {
 ///
 /// Of several lines the last one is kept; while a target is set, each is passed on. A target that has died counts as
 /// none.
+///
+/// \snippet moved_parameter.cpp converted
+/// \threads The owning thread, which is that of its target as well.
 class PRM_EXPORT MovedParameter : public BasicParameter {
 public:
     /// Gets the target, the line under the target's own name, and the version of the file; answers whether it was

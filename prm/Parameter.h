@@ -34,7 +34,13 @@ void default_Parameter_setVariantValue_impl(Parameter<T>& parameter, const QVari
 
 } // namespace detail
 
-enum ParameterOption : quint32 { Keyframed = 1, Splittable = 2, Locked = 4, Hidden = 8 };
+/// What a new parameter is like.
+enum ParameterOption : quint32 {
+    Keyframed = 1,  ///< what is set at a time becomes a keyframe there
+    Splittable = 2, ///< views may have data of their own
+    Locked = 4,     ///< a flag for the host
+    Hidden = 8      ///< a flag for the host, and a line in project text
+};
 Q_DECLARE_FLAGS(ParameterOptions, ParameterOption)
 Q_DECLARE_OPERATORS_FOR_FLAGS(ParameterOptions)
 
@@ -46,16 +52,17 @@ Q_DECLARE_OPERATORS_FOR_FLAGS(ParameterOptions)
 /// that of the first view that has some. A parameter that was never written has no data at all and answers with its
 /// default.
 ///
-/// Threads: values, samples and questions about the keyframes of one view may be asked from any number of threads while
-/// the owning thread edits; the answer is the state before an edit or after it. All edits belong to the owning thread,
-/// and so does what goes through all views: `viewList()`, `numViews()`, `allKeyframes()`, `forEachKeyframeTime()`
-/// without a view, writing text, taking snapshots, and being copied from. While masters are changed or a parameter is
-/// destroyed, no other thread may evaluate. No lock is held while observers are told of a change.
-///
 /// Edits that do not apply are ignored silently. Which changes are sent stands with each operation, in order; a change
 /// in brackets only when the view gains data of its own.
 ///
 /// A host's own type needs a `ValueType` and one source file that includes `prm/Parameter.hpp` and instantiates.
+///
+/// \snippet a_switch.cpp switch
+/// \threads Values, samples and questions about the keyframes of one view may be asked from any number of threads while
+/// the owning thread edits; the answer is the state before an edit or after it. All edits belong to the owning thread,
+/// and so does what goes through all views: `viewList()`, `numViews()`, `allKeyframes()`, `forEachKeyframeTime()`
+/// without a view, writing text, taking snapshots, and being copied from. While masters are changed or a parameter is
+/// destroyed, no other thread may evaluate. No lock is held while observers are told of a change.
 template <class T> class PRM_EXPORT Parameter : virtual public ParameterWithoutType {
 public:
     using KeyframeVector = QVector<KeyframeData<T>>;

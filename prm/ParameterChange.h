@@ -21,6 +21,9 @@ class ParameterWithoutType;
 /// Says what changed in a parameter. Observers receive it by reference with the signal
 /// `changed(Prm::ParameterChange&)`, on the thread that made the change, before the changing operation returns; the
 /// per-view locks are released by then. The pointers in it are good for that long only.
+///
+/// \snippet observing.cpp slot
+/// \threads Made, read and gone on the thread that edits: a queued connection would read a record that is no more.
 class PRM_EXPORT ParameterChange {
 public:
     /// The numbers are fixed.
@@ -104,6 +107,9 @@ public:
 
 /// Lets one type of change through while the parameter's Qt signals are blocked, for as long as it lives. Permits nest,
 /// and may outlive the parameter.
+///
+/// \snippet observing.cpp block
+/// \threads The thread that owns the parameter.
 class PRM_EXPORT ScopedSignalPermit {
 public:
     ScopedSignalPermit(ParameterWithoutType& parameter, ParameterChange::ChangeType type);

@@ -30,9 +30,8 @@ class ParameterSet;
 /// it found them when something throws, an observer for instance; then the exception goes on. Redo does the change
 /// anew, on whatever the parameter has become.
 ///
-///     auto* command = new Bsc::CompositeCommand;
-///     command->push_back(new Prm::ParameterSetValueEdit(opacity, 0.5, {Prm::Time::fromInt(10)}));
-///     opacity.registerCompositeCommand(*command, {});
+/// \snippet undo_stack.cpp offer
+/// \threads Made, done, undone and deleted on the thread that owns the parameter.
 class PRM_EXPORT ParameterEdit : public Bsc::Command {
 public:
     /// The parameter's script name, followed by " (deleted)" once it has died. Empty for an edit of none.
@@ -56,6 +55,8 @@ private:
 /// An edit that takes a snapshot of the whole parameter each time it is done and gives it back when it is undone, which
 /// sends PARAMETER_ASSIGNED; `isImporting()` is true meanwhile. When doing it has changed nothing, no snapshot is left
 /// and undoing does nothing.
+///
+/// \snippet every_edit.cpp keyframes
 class PRM_EXPORT ParameterSnapshotEdit : public ParameterEdit {
 public:
     void doIt() override;
@@ -76,6 +77,8 @@ private:
 
 /// Adds a keyframe with the value that the parameter has there. Nothing where there is one already, or for a parameter
 /// that is not keyframed.
+///
+/// \snippet every_edit.cpp keyframes
 class PRM_EXPORT ParameterAddKeyEdit : public ParameterSnapshotEdit {
 public:
     ParameterAddKeyEdit(ParameterWithoutType& parameter, const Context& context);
@@ -94,6 +97,8 @@ private:
 };
 
 /// Deletes the keyframe at a time in a view.
+///
+/// \snippet every_edit.cpp keyframes
 class PRM_EXPORT ParameterDeleteKeyEdit : public ParameterSnapshotEdit {
 public:
     ParameterDeleteKeyEdit(ParameterWithoutType& parameter, const Context::Explicit& context);
@@ -112,6 +117,8 @@ private:
 };
 
 /// Deletes all keyframes of a view that has data of its own.
+///
+/// \snippet every_edit.cpp keyframes
 class PRM_EXPORT ParameterDeleteAllKeysEdit : public ParameterSnapshotEdit {
 public:
     ParameterDeleteAllKeysEdit(ParameterWithoutType& parameter, const View& view);
@@ -125,6 +132,8 @@ private:
 };
 
 /// Gives the keyframe at a time another kind of interpolation.
+///
+/// \snippet every_edit.cpp curves
 class PRM_EXPORT ParameterInterpolationEdit : public ParameterSnapshotEdit {
 public:
     ParameterInterpolationEdit(ParameterWithoutType& parameter, Interpolation kind, const Context& context);
@@ -139,6 +148,8 @@ private:
 };
 
 /// Gives a keyframe, named by its position, other interpolation data.
+///
+/// \snippet every_edit.cpp curves
 class PRM_EXPORT ParameterInterpolationDataEdit : public ParameterSnapshotEdit {
 public:
     ParameterInterpolationDataEdit(ParameterWithoutType& parameter, const IType& data, unsigned int index,
@@ -156,6 +167,8 @@ private:
 
 /// Sets the value at a context: keys it on a keyframed parameter whose context names a frame, else sets the static
 /// value of the view. As `setVariantValue`, but with any context: the view counts only for a splittable parameter.
+///
+/// \snippet every_edit.cpp values
 class PRM_EXPORT ParameterSetValueEdit : public ParameterSnapshotEdit {
 public:
     ParameterSetValueEdit(ParameterWithoutType& parameter, const QVariant& value, const Context& context);
@@ -170,6 +183,8 @@ private:
 };
 
 /// Sets the static value of a view, also of a keyframed parameter; or the value of one that does not animate.
+///
+/// \snippet every_edit.cpp values
 class PRM_EXPORT ParameterSetStaticValueEdit : public ParameterSnapshotEdit {
 public:
     ParameterSetStaticValueEdit(BasicParameter& parameter, const QVariant& value, const View& view = View());
@@ -184,6 +199,8 @@ private:
 };
 
 /// Resets at a context: as `vReset`.
+///
+/// \snippet every_edit.cpp keyframes
 class PRM_EXPORT ParameterResetEdit : public ParameterSnapshotEdit {
 public:
     ParameterResetEdit(ParameterWithoutType& parameter, const Context& context);
@@ -197,6 +214,8 @@ private:
 };
 
 /// Gives a view data of its own, equal to those that it shows.
+///
+/// \snippet every_edit.cpp views
 class PRM_EXPORT ParameterSplitViewEdit : public ParameterSnapshotEdit {
 public:
     ParameterSplitViewEdit(ParameterWithoutType& parameter, const View& view);
@@ -210,6 +229,8 @@ private:
 };
 
 /// Takes a view's own data away, except from the only one that has some.
+///
+/// \snippet every_edit.cpp views
 class PRM_EXPORT ParameterDeleteViewEdit : public ParameterSnapshotEdit {
 public:
     ParameterDeleteViewEdit(ParameterWithoutType& parameter, const View& view);
@@ -224,6 +245,9 @@ private:
 
 /// How keyframes are moved in time: those from `first` to `last`, both included, go from t to
 /// `pivot + scale * (t - pivot) + shift`.
+///
+/// \snippet every_edit.cpp times
+/// \threads A plain value.
 struct PRM_EXPORT Retiming {
     /// All keyframes, later by so many frames.
     static Retiming shifted(double frames);
@@ -251,6 +275,8 @@ struct PRM_EXPORT Retiming {
 /// several that come to the same time the last one is left. When any of them would come to a time that is none, nothing
 /// is moved. Sends one KEYFRAME_MOVED for each view as long as no keyframe is passed or replaced, else the changes of
 /// the single additions and removals.
+///
+/// \snippet every_edit.cpp times
 class PRM_EXPORT ParameterRetimeEdit : public ParameterSnapshotEdit {
 public:
     ParameterRetimeEdit(ParameterWithoutType& parameter, const Retiming& retiming);
@@ -272,6 +298,8 @@ private:
 
 /// Pastes keyframes from text, one a line as `textOf` gives them. A keyframe that is at one of their times already is
 /// replaced. Doing it throws `std::runtime_error` for a line that is no keyframe, before anything changes.
+///
+/// \snippet every_edit.cpp times
 class PRM_EXPORT ParameterPasteKeyframesEdit : public ParameterSnapshotEdit {
 public:
     /// With a valid `at`, all are moved so that the first of them comes to that time. With a valid `view`, all go into
@@ -293,6 +321,8 @@ private:
 
 /// An edit of one setting, given back through the same mutator, so that observers hear both ways. Where the parameter
 /// does not answer with the one setting of its own (it shows its master's, or is a compound), a snapshot gives it back.
+///
+/// \snippet every_edit.cpp settings
 class PRM_EXPORT ParameterSettingEdit : public ParameterEdit {
 public:
     void doIt() override;
@@ -315,7 +345,9 @@ private:
     boost::shared_ptr<Bsc::MementoBase> m_snapshot;
 };
 
-/// Nothing on a parameter that is not keyframed.
+/// Gives a parameter another extrapolation before its first keyframe; nothing on one that is not keyframed.
+///
+/// \snippet every_edit.cpp curves
 class PRM_EXPORT ParameterExtrapolationBeforeEdit : public ParameterSettingEdit {
 public:
     ParameterExtrapolationBeforeEdit(ParameterWithoutType& parameter, Extrapolation kind);
@@ -327,7 +359,9 @@ protected:
     void set(ParameterWithoutType& parameter, quint32 setting) const override;
 };
 
-/// Nothing on a parameter that is not keyframed.
+/// Gives a parameter another extrapolation behind its last keyframe; nothing on one that is not keyframed.
+///
+/// \snippet every_edit.cpp curves
 class PRM_EXPORT ParameterExtrapolationAfterEdit : public ParameterSettingEdit {
 public:
     ParameterExtrapolationAfterEdit(ParameterWithoutType& parameter, Extrapolation kind);
@@ -339,6 +373,9 @@ protected:
     void set(ParameterWithoutType& parameter, quint32 setting) const override;
 };
 
+/// Hides a parameter from the user, or shows it again.
+///
+/// \snippet every_edit.cpp settings
 class PRM_EXPORT ParameterWithoutTypeHideEdit : public ParameterSettingEdit {
 public:
     ParameterWithoutTypeHideEdit(ParameterWithoutType& parameter, bool hidden);
@@ -348,6 +385,9 @@ protected:
     void set(ParameterWithoutType& parameter, quint32 setting) const override;
 };
 
+/// Locks a parameter, or unlocks it. The flag is the host's to heed: the library edits a locked parameter as any other.
+///
+/// \snippet every_edit.cpp settings
 class PRM_EXPORT ParameterWithoutTypeLockEdit : public ParameterSettingEdit {
 public:
     ParameterWithoutTypeLockEdit(ParameterWithoutType& parameter, bool locked);
@@ -378,6 +418,8 @@ private:
 
 /// Makes one parameter the master of another, which is the one that is edited: undoing gives that one its own data and
 /// its former master back.
+///
+/// \snippet every_edit.cpp links
 class PRM_EXPORT ParameterAddConstrainedParameterEdit : public ParameterEdit {
 public:
     ParameterAddConstrainedParameterEdit(ParameterWithoutType& master, ParameterWithoutType& constrained);
@@ -392,6 +434,8 @@ private:
 
 /// Frees a parameter from its master, with a copy of the master's keyframes. Undoing does nothing when the master has
 /// died meanwhile.
+///
+/// \snippet every_edit.cpp links
 class PRM_EXPORT ParameterWithoutTypeUnconstrainEdit : public ParameterEdit {
 public:
     explicit ParameterWithoutTypeUnconstrainEdit(ParameterWithoutType& constrained);

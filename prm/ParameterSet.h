@@ -27,7 +27,10 @@ class ProjectFileVersion;
 /// parameters that do not animate, and subsets. What project text writes and reads, and snapshots capture.
 ///
 /// Parameters and subsets added by shared pointer are kept alive, those added by reference are not; whatever dies
-/// leaves the sets that list it. One thread at a time.
+/// leaves the sets that list it.
+///
+/// \snippet parameter_panel.cpp set
+/// \threads One at a time, that of the parameters in it.
 class PRM_EXPORT ParameterSet : virtual public Bsc::MementoUndoable, public detail::Mortal {
 public:
     /// The name is also the script name, with what that does not allow replaced.

@@ -7,6 +7,9 @@ namespace Prm {
 class ParameterSet;
 
 /// The host's view of a tree of sets: told when subtrees come and go. Must outlive the sets that belong to it.
+///
+/// \snippet host_services.cpp tree
+/// \threads Told on the thread that changes the sets, inside the change.
 struct PRM_EXPORT ParameterTree {
     virtual ~ParameterTree();
     /// The subtree is in its place.

@@ -31,6 +31,10 @@ class MasterLink;
 ///
 /// Observers may do anything while they are told of a change: call back, throw, or delete the parameter; except that
 /// while they are told of its deletion they must not delete it again.
+///
+/// \snippet parameter_panel.cpp untyped
+/// \threads The owning thread edits, connects, and is told, inside the edit. What others may ask meanwhile says the
+/// concrete class, such as `Parameter`.
 class PRM_EXPORT ParameterWithoutType : public BasicParameter {
     Q_OBJECT
 

@@ -9,6 +9,8 @@ namespace Prm {
 
 /// A parameter without keyframes of its own: every operation has a harmless, non-animated answer, so that a kind like
 /// the compound parameter overrides only what it supports. In project text it has its hidden flag and its master.
+///
+/// \snippet parameter_panel.cpp kind
 class PRM_EXPORT ParameterWithoutTypeBase : public ParameterWithoutType {
     Q_OBJECT
 

@@ -18,6 +18,9 @@ class ParameterSet;
 class ParameterWithoutType;
 
 /// What became of one line while a project text was loaded, or what saving cannot hold.
+///
+/// \snippet saving_and_loading.cpp load
+/// \threads A plain value.
 struct ProjectFileFinding {
     enum Reason {
         Malformed,        ///< a keyframe that cannot be taken apart; not written back
@@ -41,6 +44,10 @@ struct ProjectFileFinding {
 ///
 /// Loading never throws for what is in the file; what could not be used is in the report, and goes on with the next
 /// line. What an older program does not know is kept and written back, so that it does not destroy a newer one's work.
+///
+/// \snippet saving_and_loading.cpp load
+/// \threads The thread of the sets below the root: loading edits them, and saving gives the parameters in them their
+/// name prefixes.
 class PRM_EXPORT ProjectFile {
 public:
     using Report = QVector<ProjectFileFinding>;

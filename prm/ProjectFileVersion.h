@@ -32,6 +32,9 @@ inline constexpr quint32 latest = 3002;
 } // namespace StreamVersion
 
 /// A product's version and build number, comparable.
+///
+/// \snippet saving_and_loading.cpp version
+/// \threads A plain value.
 class PRM_EXPORT BuildVersion {
 public:
     /// 0.0.0 build 0.
@@ -57,6 +60,9 @@ private:
 
 /// What the header of a project text says: the version of its format, and the product that wrote it. Every reader gets
 /// the version of its file, to tell old text from new.
+///
+/// \snippet saving_and_loading.cpp version
+/// \threads One at a time, together with the parameters that are bound to its fields.
 class PRM_EXPORT ProjectFileVersion {
 public:
     /// A header not yet read.

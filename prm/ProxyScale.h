@@ -7,6 +7,9 @@
 namespace Prm {
 
 /// The resolution at which a project is worked on, as a part of its full size.
+///
+/// \snippet times_and_views.cpp proxy
+/// \threads A plain value. `SystemProxyScale` has no lock: a host sets it while no other thread reads it.
 class PRM_EXPORT ProxyScale {
 public:
     enum Value : quint32 { Full = 0, Half = 1, Quarter = 2, System = 3 };

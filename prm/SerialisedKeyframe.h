@@ -8,6 +8,9 @@
 namespace Prm {
 
 /// One keyframe held as a value of its own, to be copied between parameters of the same type or through text.
+///
+/// \snippet parameter_panel.cpp copy
+/// \threads The thread that owns the parameter it was copied from: that of a compound points to the subparameters.
 class PRM_EXPORT SerialisedKeyframe {
 public:
     virtual ~SerialisedKeyframe();

@@ -13,6 +13,9 @@ namespace Prm {
 ///
 /// Provided for `unsigned int` (decimal) and `QString` (between double quotes, as it stands: a text with a line break
 /// does not survive in project text).
+///
+/// \snippet parameter_panel.cpp static
+/// \threads The owning thread only.
 template <class T> class PRM_EXPORT StaticParameter : public BasicParameter {
 public:
     ~StaticParameter() override;
@@ -47,6 +50,9 @@ private:
 };
 
 /// A static parameter whose value lives in a variable of someone else, which must outlive it.
+///
+/// \snippet parameter_panel.cpp static
+/// \threads The owning thread only; the variable is read and written without a lock.
 template <class T> class PRM_EXPORT VirtualParameter : public StaticParameter<T> {
 public:
     VirtualParameter(const QString& scriptName, T& target, ParameterSet* parent = nullptr);
@@ -60,6 +66,8 @@ private:
 };
 
 /// A static parameter that keeps its value itself.
+///
+/// \snippet parameter_panel.cpp static
 template <class T> class PRM_EXPORT OwnedStaticParameter : public StaticParameter<T> {
 public:
     explicit OwnedStaticParameter(const QString& scriptName, const T& value = T(), ParameterSet* parent = nullptr);

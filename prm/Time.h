@@ -14,6 +14,9 @@ class BaseContext;
 /// A point on the timeline, counted in frames: 1.0 is one frame, fractions lie between frames, negative times are
 /// legal. A time that cannot be used (NaN, or above `LAST`) is always stored as `INVALID_TIME_VALUE`, so that times
 /// compare as plain doubles and never hold NaN.
+///
+/// \snippet times_and_views.cpp time
+/// \threads A plain value.
 class PRM_EXPORT Time {
 public:
     /// Tag that selects the invalid time.
@@ -63,6 +66,9 @@ inline constexpr Time Time::FIRST = Time::fromDouble(2147483645.0);
 inline constexpr Time Time::LAST = Time::fromDouble(2147483646.0);
 
 /// A whole frame number.
+///
+/// \snippet times_and_views.cpp time
+/// \threads A plain value.
 class PRM_EXPORT Frame {
 public:
     /// Tag that selects the invalid frame.

@@ -19,6 +19,9 @@ template <class T> struct ValueType;
 
 /// The general answers of `ValueType<T>`, for specialisations to start from: T's own `==`, its text stream operators,
 /// and its `QVariant` conversions (T must be declared with Q_DECLARE_METATYPE).
+///
+/// \snippet own_value_type.cpp type
+/// \threads Functions without state: several threads may be in each of them at once, in those of a specialisation too.
 template <class T> struct GeneralValueType {
     /// The name in "Prm::Parameter<name>", by which the parameter's meta-type is registered.
     static QString name() { return QString::fromLatin1(QMetaType::typeName(qMetaTypeId<T>())); }
@@ -68,6 +71,8 @@ template <class T> struct GeneralValueType {
 ///     static constexpr int componentCount;                    // how many numbers make up a value
 ///     static double component(const T& value, int i);         // the i-th of them
 ///     static T fromComponents(const double* components);      // a value of these numbers
+///
+/// \snippet own_value_type.cpp type
 template <class T> struct ValueType : GeneralValueType<T> {};
 
 namespace detail {
@@ -97,6 +102,7 @@ private:
 
 } // namespace detail
 
+/// Switches: they hold, and do not blend.
 template <> struct PRM_EXPORT ValueType<bool> : GeneralValueType<bool> {
     /// The integer 1 or 0.
     static void write(QString& text, const bool& value);
@@ -105,6 +111,7 @@ template <> struct PRM_EXPORT ValueType<bool> : GeneralValueType<bool> {
     static void addToHash(Bsc::Hash& hash, const bool& value);
 };
 
+/// Whole numbers: they blend as numbers do, and the result is rounded.
 template <> struct PRM_EXPORT ValueType<int> : GeneralValueType<int> {
     static void write(QString& text, const int& value);
     static int read(const QString& text);
@@ -116,6 +123,7 @@ template <> struct PRM_EXPORT ValueType<int> : GeneralValueType<int> {
     static void addToHash(Bsc::Hash& hash, const int& value);
 };
 
+/// Whole numbers from 0 on: they blend as numbers do, and the result is rounded.
 template <> struct PRM_EXPORT ValueType<unsigned int> : GeneralValueType<unsigned int> {
     static void write(QString& text, const unsigned int& value);
     static unsigned int read(const QString& text);
@@ -127,6 +135,7 @@ template <> struct PRM_EXPORT ValueType<unsigned int> : GeneralValueType<unsigne
     static void addToHash(Bsc::Hash& hash, const unsigned int& value);
 };
 
+/// Numbers.
 template <> struct PRM_EXPORT ValueType<double> : GeneralValueType<double> {
     /// NaN equals NaN, or setting it would count as a change every time.
     static bool equal(const double& a, const double& b);
@@ -139,6 +148,7 @@ template <> struct PRM_EXPORT ValueType<double> : GeneralValueType<double> {
     static void addToHash(Bsc::Hash& hash, const double& value);
 };
 
+/// Texts: they hold, and do not blend.
 template <> struct PRM_EXPORT ValueType<QString> : GeneralValueType<QString> {
     /// Between double quotes, escaped.
     static void write(QString& text, const QString& value);
@@ -146,6 +156,7 @@ template <> struct PRM_EXPORT ValueType<QString> : GeneralValueType<QString> {
     static void addToHash(Bsc::Hash& hash, const QString& value);
 };
 
+/// Points, each coordinate blending alone.
 template <> struct PRM_EXPORT ValueType<QPointF> : GeneralValueType<QPointF> {
     /// Not QPointF's own comparison, which is fuzzy.
     static bool equal(const QPointF& a, const QPointF& b);
@@ -158,6 +169,7 @@ template <> struct PRM_EXPORT ValueType<QPointF> : GeneralValueType<QPointF> {
     static void addToHash(Bsc::Hash& hash, const QPointF& value);
 };
 
+/// Points of whole numbers: they hold, and do not blend.
 template <> struct PRM_EXPORT ValueType<QPoint> : GeneralValueType<QPoint> {
     /// x, a blank, and y.
     static void write(QString& text, const QPoint& value);

@@ -11,6 +11,9 @@ namespace Prm {
 
 /// One view of a project, for example the left eye: an id, numbered from 0 in the order of the registry `Views`.
 /// Ids are compared and tested as signed numbers where that matters: every id with the top bit set is invalid.
+///
+/// \snippet stereo_offset.cpp split
+/// \threads A plain value.
 class PRM_EXPORT View {
 public:
     constexpr View(quint32 id = 0) : m_id(id) {}

@@ -8,6 +8,9 @@ namespace Prm {
 
 /// What a keyframed, splittable parameter shows in a view between those that have data of their own. Views are weighted
 /// by their ids; outside the range of the views with data the nearest one counts.
+///
+/// \snippet in_between_camera.cpp between
+/// \threads A plain value.
 struct MVInterpolationParams {
     enum Mode : quint32 {
         Off,     ///< the source data

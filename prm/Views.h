@@ -17,6 +17,9 @@ class AnimationFlags;
 class IAnimationStateProvider;
 
 /// Resolves flags into views and names them: what `AnimationState` needs of a registry.
+///
+/// \snippet times_and_views.cpp provider
+/// \threads Asked on the thread that edits, inside the edit. `Views` may be asked from several.
 class PRM_EXPORT IViewsProvider {
 public:
     virtual ~IViewsProvider();
@@ -35,8 +38,9 @@ public:
 /// unsplit parameter shows in every view. Views are always numbered 0 to count-1. A new registry is mono: one view,
 /// named "Mono" and "M".
 ///
-/// Every operation takes the registry's recursive lock unless it says otherwise, so that worker threads may ask while
-/// the owner changes the names. What is returned by reference is for the owning thread.
+/// \snippet times_and_views.cpp views
+/// \threads Every operation takes the registry's recursive lock unless it says otherwise, so that worker threads may
+/// ask while the owner changes the names. What is returned by reference is for the owning thread.
 class PRM_EXPORT Views : public IViewsProvider {
 public:
     /// Two empty names, the answer for an unknown view.

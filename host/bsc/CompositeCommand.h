@@ -18,6 +18,9 @@ namespace Bsc {
 ///
 /// A command may add further ones while it is done; they are done in the same run. A composite must outlive its own
 /// `doIt` and `undoIt`.
+///
+/// \snippet undo_stack.cpp offer
+/// \threads One at a time: it is filled by whoever makes it, and done where its commands are to be done.
 class PRM_HOST_EXPORT CompositeCommand : public Command {
 public:
     CompositeCommand();

@@ -12,7 +12,10 @@ namespace Bsc {
 /// pieces; equal bytes give equal results on every machine, in every run, so that results can name files in a shared
 /// cache. Not for secrets: whoever chooses the bytes can make two streams collide.
 ///
-/// A copy goes on from where the original stands. One thread at a time per object.
+/// A copy goes on from where the original stands.
+///
+/// \snippet host_services.cpp hash
+/// \threads One thread at a time for each object; different objects share nothing.
 class PRM_HOST_EXPORT Hash {
 public:
     /// The hash of no bytes yet. Throws `std::bad_alloc`.

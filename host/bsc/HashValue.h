@@ -8,6 +8,9 @@
 namespace Bsc {
 
 /// The 128 bits that a `Hash` results in.
+///
+/// \snippet host_services.cpp hash
+/// \threads A plain value.
 struct PRM_HOST_EXPORT HashValue {
     quint64 high = 0;
     quint64 low = 0;

@@ -6,6 +6,9 @@ namespace Bsc {
 
 /// A snapshot of an object's state. What it holds is known only to the kind of object that exported it. Snapshots are
 /// owned through `boost::shared_ptr` and never change once made.
+///
+/// \snippet host_services.cpp snapshot
+/// \threads Made, put back and let go on the thread of the object that exported it.
 class PRM_HOST_EXPORT MementoBase {
 public:
     MementoBase() = default;

@@ -10,7 +10,10 @@ namespace Bsc {
 /// An object whose state can be taken as a snapshot and put back. Meant as a virtual base.
 ///
 /// States are put back through `Bsc::importState`, not by calling the two import operations alone: only then does
-/// `isImporting` tell the truth. One thread at a time.
+/// `isImporting` tell the truth.
+///
+/// \snippet host_services.cpp snapshot
+/// \threads One at a time.
 class PRM_HOST_EXPORT MementoUndoable {
 public:
     /// Takes over the state of a snapshot that an object of the same kind exported. A snapshot of another kind throws

@@ -7,6 +7,9 @@ namespace Bsc {
 
 /// Blocks the signals of an object for a scope, unless they were blocked already: whoever blocked them unblocks them.
 /// The object may be null, and may die within the scope.
+///
+/// \snippet observing.cpp block
+/// \threads The thread of the object whose signals are blocked.
 class ScopedSignalBlocker {
 public:
     explicit ScopedSignalBlocker(QObject* object)

@@ -16,9 +16,8 @@ namespace Bsc {
 /// T is copyable, has `==`, and a `qHash` found beside it; both must stay the same while an element is in the bag.
 /// Iterators and references stay valid until their element is removed or the bag is assigned to.
 ///
-///     Bsc::UniqBag<int> bag;
-///     bag.insert(7); // true
-///     bag.insert(7); // false
+/// \snippet host_services.cpp bag
+/// \threads Any number may read a bag that none changes, as with a standard container.
 template <class T> class UniqBag {
 public:
     using value_type = T;

@@ -6,6 +6,7 @@
 
 #include <functional>
 
+/// What Prm asks of the product that it is a part of.
 namespace Product {
 
 /// The name of the product, its version (dotted, such as "4.1.2") and its build number (digits), as they are written

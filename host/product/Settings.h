@@ -9,7 +9,10 @@
 
 namespace Product {
 
-/// The settings of the running product. All operations may be called from any thread.
+/// The settings of the running product.
+///
+/// \snippet host_services.cpp settings
+/// \threads Any; a source is called on the thread that asks, with no lock held.
 class PRM_HOST_EXPORT Settings {
 public:
     using Source = std::function<QVariant(const QString& key, const QVariant& defaultValue, bool systemWide)>;
