@@ -58,15 +58,9 @@ int main() {
     // [untyped]
     int sliders = 0;
     const auto show = [&](Prm::ParameterWithoutType* parameter) {
-<<<<<<< HEAD
-        if (dynamic_cast<Prm::NumericParameterWithoutType*>(parameter))
-            ++sliders; // a number, of whatever type
-        out << lineOf(*parameter, Time::fromInt(5)) << '\n';
-=======
         out << lineOf(*parameter, Time::fromInt(5)) << '\n';
         if (dynamic_cast<Prm::NumericParameterWithoutType*>(parameter))
             ++sliders; // a number, of whatever type
->>>>>>> 090503915a4406869d7c2e239b8eebeb4a1d7e54
         parameter->forEachKeyframeTime([&](const Context& at) { out << "    key at " << at.time.toDouble() << '\n'; });
     };
     set.forEachParameter(show, true);
@@ -76,17 +70,11 @@ int main() {
 
     // [copy]
     const auto copied = blur.getSerialisedKeyframe(Time::fromInt(0)); // null where there is no keyframe
-<<<<<<< HEAD
-    copied->adjustTime(20);
-    glow.importKeyframe(*copied);
-    out << "copied to glow: " << copied->toString() << '\n';
-=======
     if (copied) {
         copied->adjustTime(20);
         glow.importKeyframe(*copied);
         out << "copied to glow: " << copied->toString() << '\n';
     }
->>>>>>> 090503915a4406869d7c2e239b8eebeb4a1d7e54
     // [copy]
     // [keyframe]
     const Prm::KeyframeData<double> key = glow.keyframe(0, View());
