@@ -2,6 +2,7 @@
 
 #include "prm/Interpolation.h"
 #include "tool/BuiltParameter.h"
+#include "tool/Progress.h"
 
 #include <QLocale>
 
@@ -174,7 +175,9 @@ std::vector<Finding> findingsIn(const ProjectText& text) {
     checkHeader(text, findings);
     checkUnknown(text, findings);
     checkGroupNames(text, findings);
+    Progress progress("checking", text.nodes().size());
     for (int node = 0; node < static_cast<int>(text.nodes().size()); ++node) {
+        progress.step();
         if (!text.node(node).isParameter())
             continue;
         checkName(text, node, findings);

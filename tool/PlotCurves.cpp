@@ -11,7 +11,7 @@ namespace Tool {
 
 namespace {
 
-constexpr std::size_t mostCurves = 100;
+constexpr std::size_t mostCurves = 1000;
 constexpr PlotRange framesOfStaticValues{0, 100};
 
 /// A parameter in a view.

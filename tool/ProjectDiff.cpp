@@ -2,6 +2,7 @@
 
 #include "tool/KeyframeDiff.h"
 #include "tool/ParameterState.h"
+#include "tool/Progress.h"
 #include "tool/Table.h"
 #include "tool/ValueKind.h"
 
@@ -207,8 +208,11 @@ public:
     std::vector<Difference> differences() {
         compareHeaders();
         const std::vector<int> after = counterparts(m_from, m_to);
-        for (int node = 1; node < static_cast<int>(after.size()); ++node)
+        Progress progress("comparing", after.size());
+        for (int node = 1; node < static_cast<int>(after.size()); ++node) {
+            progress.step();
             compareNode(node, after);
+        }
         const std::vector<int> before = counterparts(m_to, m_from);
         for (int node = 1; node < static_cast<int>(before.size()); ++node)
             addNew(node, before);

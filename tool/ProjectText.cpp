@@ -1,6 +1,7 @@
 #include "tool/ProjectText.h"
 
 #include "prm/ParameterSet.h"
+#include "tool/Progress.h"
 
 #include <QStringList>
 
@@ -160,7 +161,9 @@ int ProjectText::readHeader() {
 }
 
 void ProjectText::readLines(int first) {
+    Progress progress("reading", m_lines.size());
     for (int i = first; i < lineCount(); ++i) {
+        progress.step();
         const LineReading reading = this->reading(i);
         if (reading.key == Key::None || std::count(reading.path.begin(), reading.path.end(), '.') >= deepest)
             continue;

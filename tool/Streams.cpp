@@ -1,7 +1,7 @@
 #include "tool/Streams.h"
 
+#include "tool/OutputFile.h"
 #include "tool/Problem.h"
-#include "tool/import/OutputFile.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -12,19 +12,17 @@ namespace Tool {
 
 namespace {
 
-constexpr qint64 largestInput = qint64(1) << 30;
-
 bool open(QFile& file) {
     return file.fileName().isEmpty() ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
 }
 
 /// Read in pieces: a device or a pipe does not say how much there is.
-QByteArray readAll(QFile& file, const QString& name) {
+QByteArray readAll(QFile& file, const QString& name, qint64 most) {
     QByteArray text;
     for (QByteArray piece = file.read(1 << 20); !piece.isEmpty(); piece = file.read(1 << 20)) {
         text += piece;
-        if (text.size() > largestInput)
-            throw Problem(QStringLiteral("%1: larger than 1 GiB").arg(name));
+        if (text.size() > most)
+            throw Problem(QStringLiteral("%1: larger than %2 MiB").arg(name).arg(most >> 20));
     }
     if (file.error() != QFile::NoError)
         throw Problem(QStringLiteral("%1: %2").arg(name, file.errorString()));
@@ -33,14 +31,14 @@ QByteArray readAll(QFile& file, const QString& name) {
 
 } // namespace
 
-QByteArray readInput(const QString& name) {
+QByteArray readInput(const QString& name, qint64 most) {
     const bool isStandard = name == QLatin1String("-");
     if (!isStandard && QFileInfo(name).isDir())
         throw Problem(QStringLiteral("%1: is a directory").arg(name));
     QFile file(isStandard ? QString() : name);
     if (!open(file))
         throw Problem(QStringLiteral("%1: %2").arg(name, file.errorString()));
-    return readAll(file, isStandard ? QStringLiteral("standard input") : name);
+    return readAll(file, isStandard ? QStringLiteral("standard input") : name, most);
 }
 
 void print(const QByteArray& text) {
@@ -51,14 +49,9 @@ void print(const QByteArray& text) {
 }
 
 void writeOutput(const QString& name, const QByteArray& bytes) {
-    if (name == QLatin1String("-")) {
-        print(bytes);
-        return;
-    }
-    QFile unused;
-    OutputFile file(name, unused);
-    if (!file.write(bytes) || !file.commit())
-        throw Problem(file.error());
+    OutputFile file(name);
+    file.write(bytes);
+    file.commit();
 }
 
 QString printable(QString text) {
@@ -70,8 +63,14 @@ QString printable(QString text) {
 }
 
 void tell(const QString& message) {
-    const QByteArray line = QByteArrayLiteral("prm: ") + message.toUtf8() + '\n';
-    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), stderr);
+    report(QStringLiteral("prm: ") + message);
+}
+
+void report(const QString& lines) {
+    QByteArray text;
+    for (const QString& line : lines.split(QLatin1Char('\n')))
+        text += printable(line).toUtf8() + '\n';
+    std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stderr);
 }
 
 } // namespace Tool

@@ -5,8 +5,11 @@
 
 namespace Tool {
 
-/// The whole file, or standard input for "-". Throws `Problem` with one line that names the file.
-QByteArray readInput(const QString& name);
+constexpr qint64 largestInput = qint64(1) << 30;
+
+/// The whole file, or standard input for "-". Throws `Problem` with one line that names the file, also for one that has
+/// more than `most` bytes.
+QByteArray readInput(const QString& name, qint64 most = largestInput);
 
 /// Writes to standard output. Throws `Problem` when that does not take it all, such as a pipe that nobody reads.
 void print(const QByteArray& text);
@@ -14,7 +17,9 @@ void print(const QByteArray& text);
 void writeOutput(const QString& name, const QByteArray& bytes);
 /// The text with a mark in place of all that is not to be seen, and could end a line or command a terminal.
 QString printable(QString text);
-/// One line on standard error.
+/// One line on standard error, with the name of the program.
 void tell(const QString& message);
+/// Lines on standard error.
+void report(const QString& lines);
 
 } // namespace Tool

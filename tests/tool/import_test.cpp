@@ -2,15 +2,9 @@
 #include "prm/ParameterSet.h"
 #include "prm/ProjectFile.h"
 #include "tool/import/AnimationImport.h"
-#include "tool/import/ImportCommand.h"
 
-#include <QBuffer>
-#include <QCoreApplication>
-#include <QDir>
 #include <QFile>
 #include <QRegularExpression>
-#include <QTemporaryDir>
-#include <QTextStream>
 #include <gtest/gtest.h>
 
 using namespace Prm;
@@ -163,63 +157,6 @@ TEST(Import, SaysWhereAFileIsNoAnimation) {
         EXPECT_FALSE(result.root) << row.second;
         EXPECT_TRUE(result.error.startsWith(QLatin1String(row.second))) << result.error.toStdString();
         EXPECT_FALSE(result.error.contains(QLatin1Char('\n')));
-    }
-}
-
-TEST(Import, CommandWritesWholeFilesOrNone) {
-    int count = 1;
-    char program[] = "prm";
-    char* values[] = {program, nullptr};
-    const QCoreApplication application(count, values);
-    const QTemporaryDir folder;
-    QDir dir(folder.path());
-    const auto put = [&](const char* name, const QByteArray& text, qint64 size = 0) {
-        QFile file(dir.filePath(QString::fromLatin1(name)));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(text) >= 0 && (size == 0 || file.resize(size)));
-    };
-    put("a.json", contents(dataFile("animation.json")));
-    put("cut.json", "{\"fr\": 25");
-    put("large.json", "{", 200LL << 20);
-    EXPECT_TRUE(dir.mkdir(QStringLiteral("folder")));
-    const struct {
-        const char* arguments;
-        int code;
-        const char* says;
-        const char* files;
-    } rows[] = {
-        {"--help", 0, "", ""},
-        {"@a.json", 0, " held, ", ""},
-        {"@a.json -o @new.prm --map @new.tsv", 0, " held, ", "new.prm new.tsv"},
-        {"@cut.json -o @new.prm", 2, "cut.json:1:10: ", ""},
-        {"@folder -o @new.prm", 2, "folder: it is a directory", ""},
-        {"@none.json -o @new.prm", 2, "none.json: cannot be read: ", ""},
-        {"@large.json -o @new.prm", 2, "large.json: larger than 67108864 bytes", ""},
-        {"@a.json -o @folder --map @new.tsv", 2, "folder: cannot be written: ", ""},
-        {"@a.json -o @new.prm --map @none/new.tsv", 2, "new.tsv: cannot be written: ", ""},
-        {"@a.json -o @a.json", 2, "the animation would be overwritten", ""},
-        {"@a.json -o @new.prm --map @new.prm", 2, "need different files", ""},
-        {"@a.json --map -", 2, "need different files", ""},
-        {"@a.json @cut.json", 2, "give one animation file", ""},
-        {"@a.json --colour", 2, "Unknown option 'colour'", ""},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE(row.arguments);
-        QString arguments = QString::fromLatin1(row.arguments);
-        arguments.replace(QLatin1Char('@'), folder.path() + QLatin1Char('/')).prepend(QLatin1String("import "));
-        QBuffer out;
-        out.open(QIODevice::WriteOnly);
-        QString said;
-        QTextStream err(&said);
-        EXPECT_EQ(runImport(arguments.split(QLatin1Char(' ')), out, err), row.code);
-        EXPECT_TRUE(said.contains(QLatin1String(row.says))) << said.toStdString();
-        EXPECT_EQ(out.data().isEmpty(), row.code != 0 || *row.files != '\0');
-        const QStringList files = dir.entryList({QStringLiteral("*new*")}, QDir::Files | QDir::Hidden, QDir::Name);
-        EXPECT_EQ(files.join(QLatin1Char(' ')).toStdString(), row.files);
-        for (const QString& file : files)
-            dir.remove(file);
-        if (row.code == 2) {
-            EXPECT_EQ(said.count(QLatin1Char('\n')), 1) << said.toStdString();
-        }
     }
 }
 

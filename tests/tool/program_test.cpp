@@ -200,6 +200,50 @@ TEST(Program, EditsAFileInItsPlace) {
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 1);
 }
 
+TEST(Program, ImportsIntoWholeFilesOrNone) {
+    const QTemporaryDir folder;
+    const QDir dir(folder.path());
+    const auto put = [&](const char* name, const QByteArray& text, qint64 size = 0) {
+        QFile file(dir.filePath(QLatin1String(name)));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write(text) >= 0 && (size == 0 || file.resize(size)));
+    };
+    ASSERT_TRUE(QFile::copy(QStringLiteral(PRM_TOOL_DATA "/animation.json"), dir.filePath(QStringLiteral("a.json"))));
+    put("cut.json", "{\"fr\": 25");
+    put("large.json", "{", 200LL << 20);
+    ASSERT_TRUE(dir.mkdir(QStringLiteral("folder")));
+    const struct {
+        const char* words;
+        int exitCode;
+        const char* error;
+        const char* files;
+    } rows[] = {
+        {"@a.json", 0, " held, ", ""},
+        {"@a.json -o @new.prm --map @new.tsv", 0, " held, ", "new.prm new.tsv"},
+        {"@cut.json -o @new.prm", 2, "cut.json:1:10: ", ""},
+        {"@folder -o @new.prm", 2, "folder: is a directory", ""},
+        {"@none.json -o @new.prm", 2, "none.json: No such file", ""},
+        {"@large.json -o @new.prm", 2, "large.json: larger than 64 MiB", ""},
+        {"@a.json -o @folder --map @new.tsv", 2, "folder: cannot be written: ", ""},
+        {"@a.json -o @new.prm --map @none/new.tsv", 2, "new.tsv: cannot be written: ", ""},
+        {"@a.json -o @a.json", 2, "the animation would be overwritten", ""},
+        {"@a.json -o @new.prm --map @new.prm", 2, "need different files", ""},
+        {"@a.json --map -", 2, "need different files", ""},
+        {"@a.json @cut.json", 2, "cut.json' for?", ""},
+    };
+    for (const auto& row : rows) {
+        const QByteArray words = QByteArray(row.words).replace('@', folder.path().toLatin1() + '/');
+        const Outcome outcome = run(("import " + words).constData());
+        EXPECT_EQ(outcome.exitCode, row.exitCode) << row.words;
+        EXPECT_TRUE(outcome.error.contains(row.error)) << row.words << outcome.error.constData();
+        EXPECT_TRUE(outcome.exitCode == 0 || outcome.error.count('\n') == 1) << outcome.error.constData();
+        EXPECT_EQ(outcome.out.isEmpty(), row.exitCode != 0 || *row.files != '\0') << row.words;
+        const QStringList files = dir.entryList({QStringLiteral("*new*")}, QDir::Files | QDir::Hidden, QDir::Name);
+        EXPECT_EQ(files.join(QLatin1Char(' ')).toStdString(), row.files) << row.words;
+        for (const QString& file : files)
+            QFile::remove(dir.filePath(file));
+    }
+}
+
 TEST(Program, FindsNothingWrongWithAGoodFile) {
     const Outcome outcome = run("check -", "FileVersion.value=2019\r\na.x.value=1");
     EXPECT_EQ(outcome.out.toStdString(), "");

@@ -1,6 +1,7 @@
 #include "tool/Commands.h"
 #include "tool/Frames.h"
 #include "tool/Problem.h"
+#include "tool/Progress.h"
 #include "tool/Project.h"
 #include "tool/Streams.h"
 
@@ -62,7 +63,9 @@ int evaluate(Arguments& arguments) {
 
     QStringList headings(QStringLiteral("frame"));
     std::vector<QVector<QVariant>> columns;
+    Progress progress("evaluating", nodes.size());
     for (const int node : nodes) {
+        progress.step();
         headings.append(project.text().path(node));
         columns.push_back(column(project, node, times, view));
     }

@@ -1,5 +1,6 @@
 #include "tool/Commands.h"
 #include "tool/Problem.h"
+#include "tool/Progress.h"
 #include "tool/Project.h"
 #include "tool/Streams.h"
 
@@ -49,8 +50,12 @@ int listKeyframes(Arguments& arguments) {
     Table table({QStringLiteral("path"), QStringLiteral("view"), QStringLiteral("frame"), QStringLiteral("value"),
                  QStringLiteral("kind"), QStringLiteral("x1"), QStringLiteral("y1"), QStringLiteral("x2"),
                  QStringLiteral("y2")});
-    for (const int node : project.parameters(arguments.patterns()))
+    const std::vector<int> nodes = project.parameters(arguments.patterns());
+    Progress progress("listing", nodes.size());
+    for (const int node : nodes) {
+        progress.step();
         addParameter(table, project.built(node), project.text().path(node));
+    }
     print(table.written(arguments.tableForm()));
     return Fine;
 }

@@ -1,5 +1,6 @@
 #include "tool/Commands.h"
 #include "tool/Problem.h"
+#include "tool/Progress.h"
 #include "tool/Project.h"
 #include "tool/Streams.h"
 
@@ -59,7 +60,9 @@ QVariant range(const Summary& summary) {
 Table list(Project& project, const std::vector<int>& nodes) {
     Table table({QStringLiteral("path"), QStringLiteral("type"), QStringLiteral("views"), QStringLiteral("keys"),
                  QStringLiteral("first"), QStringLiteral("last"), QStringLiteral("hidden"), QStringLiteral("master")});
+    Progress progress("listing", nodes.size());
     for (const int node : nodes) {
+        progress.step();
         const Summary summary = summarise(project, node);
         table.add({project.text().path(node), summary.kind, summary.views, summary.keys, summary.first, summary.last,
                    summary.isHidden, summary.master});

@@ -1,6 +1,7 @@
 #include "prm/ParameterSet.h"
 #include "tool/Commands.h"
 #include "tool/Problem.h"
+#include "tool/Progress.h"
 #include "tool/edit/Editing.h"
 #include "tool/edit/ParameterPatch.h"
 
@@ -66,7 +67,9 @@ void changeHeader(const ProjectText& text, LineChanges& changes) {
 void changeParameters(const ProjectText& text, LineChanges& changes) {
     Prm::ProjectFileVersion newest;
     newest.streamVersion = Prm::StreamVersion::latest;
+    Progress progress("upgrading", text.nodes().size());
     for (int node = 0; node < static_cast<int>(text.nodes().size()); ++node) {
+        progress.step();
         if (!text.node(node).isParameter())
             continue;
         const std::vector<ParameterLine> lines = linesOf(text, node);
@@ -99,7 +102,8 @@ int upgrade(Arguments& arguments) {
         changeParameters(text, changes);
     if (version < Prm::StreamVersion::latest || !text.hasCompleteHeader())
         changeHeader(text, changes);
-    return writeEdited(arguments, text, bytesWith(text, changes));
+    writeEdited(arguments, text, bytesWith(text, changes));
+    return Fine;
 }
 
 } // namespace Tool

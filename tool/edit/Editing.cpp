@@ -2,6 +2,7 @@
 
 #include "prm/ParameterEdits.h"
 #include "tool/Problem.h"
+#include "tool/Progress.h"
 #include "tool/Streams.h"
 #include "tool/edit/ParameterPatch.h"
 
@@ -143,8 +144,12 @@ int editProject(const Arguments& arguments, const QStringList& patterns, const E
     outputOf(arguments);
     Project project(arguments);
     LineChanges changes;
-    for (const int node : project.parameters(patterns))
+    const std::vector<int> nodes = project.parameters(patterns);
+    Progress progress("editing", nodes.size());
+    for (const int node : nodes) {
+        progress.step();
         changes.merge(changesTo(project, node, edit));
+    }
     return writeEdited(arguments, project.text(), bytesWith(project.text(), changes));
 }
 
