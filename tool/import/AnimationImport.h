@@ -30,7 +30,7 @@ constexpr qint64 largestAnimation = 64LL << 20;
 ///
 ///     layer                 frame_rate, in, out, start, stretch; parent and composition: the path of another set;
 ///                           time_remap, in seconds of that composition
-///     layer.transform       numbers such as opacity; groups such as position, with x, y and z
+///     layer.transform       numbers such as opacity; compounds such as position, of x, y and z
 ///     layer.Fill_1          what the layer draws, nested as there
 ///     layer.effects.Blur    effects; masks and styles likewise
 ImportResult importAnimation(const QByteArray& json);

@@ -12,7 +12,7 @@ namespace Tool {
 struct ImportEntry {
     enum Outcome { Held, Changed, LeftOut };
     QString jsonPath;
-    /// The path of the parameter, or of the group that holds a vector's components; empty when left out.
+    /// The path of the parameter, or of the compound of a vector's components; empty when left out.
     QString parameter;
     Outcome outcome = Held;
     /// Empty for what is held.

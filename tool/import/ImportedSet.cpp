@@ -1,9 +1,11 @@
 #include "tool/import/ImportedSet.h"
 
+#include "prm/CompoundParameter.h"
 #include "prm/NumericParameter.h"
 #include "prm/ParameterSet.h"
 
 #include <boost/make_shared.hpp>
+#include <boost/pointer_cast.hpp>
 
 namespace Tool {
 
@@ -26,6 +28,18 @@ ImportedSet ImportedSet::makeSubset(const QString& wantedName, const QString& di
     subset.m_set->setDisplayName(onOneLine(displayName));
     subset.m_path = pathOf(name);
     return subset;
+}
+
+ImportedSet ImportedSet::makeCompound(const QString& wantedName) {
+    const QString name = m_names.take(wantedName);
+    ImportedSet compound;
+    compound.m_set = boost::make_shared<Prm::CompoundParameter>(name);
+    compound.m_path = pathOf(name);
+    return compound;
+}
+
+void ImportedSet::addCompound(const ImportedSet& compound) {
+    m_set->addParameter(boost::dynamic_pointer_cast<Prm::ParameterWithoutType>(compound.m_set));
 }
 
 void ImportedSet::addSubset(const ImportedSet& subset) {

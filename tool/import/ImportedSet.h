@@ -21,6 +21,9 @@ public:
     /// A set for this one, not listed yet.
     ImportedSet makeSubset(const QString& wantedName, const QString& displayName = {});
     void addSubset(const ImportedSet& subset);
+    /// A compound for this set, not listed yet, which takes numbers only.
+    ImportedSet makeCompound(const QString& wantedName);
+    void addCompound(const ImportedSet& compound);
     /// Adders answer the path of what was added.
     QString addCurve(const QString& wantedName, const LottieCurve& curve);
     QString addStillNumber(const QString& wantedName, double value);

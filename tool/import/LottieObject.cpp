@@ -20,6 +20,7 @@ const QLatin1String expressionKey("x");
 // Roughly what the library takes; a path stands before each line of the text as well.
 const qint64 bytesOfSet = 1000;
 const qint64 bytesOfParameter = 1200;
+const qint64 bytesOfCompound = 3000;
 const qint64 bytesOfKeyframe = 150;
 const qint64 bytesOfEntry = 150;
 
@@ -115,6 +116,8 @@ void LottieObject::importProperty(const QJsonObject& json, const Place& place, c
         return leaveOut(place.jsonPath, property.obstacle);
     if (json.value(expressionKey).isString())
         property.changes.prepend(QStringLiteral("held as it is without its expression"));
+    if (property.components.size() > 1)
+        m_budget.spend(bytesOfCompound, place.jsonPath);
     for (const LottieCurve& curve : property.components) {
         const qint64 lines = 3 + curve.keyframes.size();
         const qint64 path = place.set.path().size() + name.size();
@@ -132,12 +135,12 @@ QString LottieObject::addComponents(const LottieProperty& property, ImportedSet&
                                     bool colour) {
     if (property.components.size() == 1)
         return set.addCurve(name, property.components.front());
-    ImportedSet group = set.makeSubset(name);
+    ImportedSet vector = set.makeCompound(name);
     int index = 0;
     for (const LottieCurve& curve : property.components)
-        group.addCurve(componentName(index++, colour), curve);
-    set.addSubset(group);
-    return group.path();
+        vector.addCurve(componentName(index++, colour), curve);
+    set.addCompound(vector);
+    return vector.path();
 }
 
 QStringList LottieObject::changesOnSaving(const LottieProperty& property) {
@@ -158,9 +161,16 @@ QStringList LottieObject::changesOnSaving(const LottieProperty& property) {
 }
 
 void LottieObject::importSeparated(const QJsonObject& object, const Place& place, const QString& name) {
-    ImportedSet group = place.set.makeSubset(name);
-    importMembers(without(object, QLatin1String("s")), {group, place.jsonPath, {}});
-    if (!group.isEmpty())
+    m_budget.spend(bytesOfCompound, place.jsonPath);
+    const QJsonObject dimensions = without(object, QLatin1String("s"));
+    const bool isVector = std::all_of(dimensions.begin(), dimensions.end(), [](const QJsonValue& value) {
+        return !isStructure(value) || (value.isObject() && isLottieProperty(value.toObject()));
+    });
+    ImportedSet group = isVector ? place.set.makeCompound(name) : place.set.makeSubset(name);
+    importMembers(dimensions, {group, place.jsonPath, {}});
+    if (!group.isEmpty() && isVector)
+        place.set.addCompound(group);
+    else if (!group.isEmpty())
         place.set.addSubset(group);
 }
 
