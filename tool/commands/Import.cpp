@@ -42,7 +42,7 @@ struct Places {
 };
 
 Places placesOf(const Arguments& arguments) {
-    const Places places{arguments.has(output) ? arguments.value(output) : standardStream, arguments.value(map)};
+    Places places{arguments.has(output) ? arguments.value(output) : standardStream, arguments.value(map)};
     const bool hasTable = arguments.has(map);
     if (isSameFile(places.text, arguments.file()) || (hasTable && isSameFile(places.table, arguments.file())))
         throw WrongUse(QStringLiteral("the animation would be overwritten"));
