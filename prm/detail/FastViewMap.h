@@ -145,15 +145,26 @@ public:
 
     /// Announces, in the scope, the block that the view reads, and answers it once it may be read; the scope keeps it
     /// as it is. For any thread.
-    const Block& pin(View view, ReadScope& scope) const {
-        for (int attempt = 0;; ++attempt) {
-            const Block* const only = m_only.load(std::memory_order_acquire);
-            const Block* const found = only ? pinOnly(only, scope) : pinListed(view, scope);
-            if (found)
-                return *found;
-            scope.retract();
-            ReadScope::standBack(attempt);
-        }
+    PRM_ALWAYS_INLINE const Block& pin(View view, ReadScope& scope) const {
+        const Block* const shared = pinShared(scope);
+        return shared ? *shared : pinOrWait(view, scope);
+    }
+
+    /// The same at once, or null; only while all views read one block.
+    PRM_ALWAYS_INLINE const Block* pinShared(ReadScope& scope) const {
+        const Block* const only = m_only.load(std::memory_order_acquire);
+        if (!only)
+            return nullptr;
+        if (const Block* const pinned = pinOnly(only, scope))
+            return pinned;
+        scope.retract();
+        return nullptr;
+    }
+
+    /// The same, or null where it takes more than a brief look.
+    PRM_ALWAYS_INLINE const Block* pinShared(BriefReadScope& scope) const {
+        const Block* const only = m_only.load(std::memory_order_acquire);
+        return only && scope.announce(only) && m_only.load() == only && scope.mayRead(*only) ? only : nullptr;
     }
 
     /// The same for the template.
@@ -249,7 +260,18 @@ private:
         m_only.store(only);
     }
 
-    const Block* pinOnly(const Block* only, ReadScope& scope) const {
+    PRM_NEVER_INLINE const Block& pinOrWait(View view, ReadScope& scope) const {
+        for (int attempt = 0;; ++attempt) {
+            const Block* const only = m_only.load(std::memory_order_acquire);
+            const Block* const found = only ? pinOnly(only, scope) : pinListed(view, scope);
+            if (found)
+                return *found;
+            scope.retract();
+            ReadScope::standBack(attempt);
+        }
+    }
+
+    PRM_ALWAYS_INLINE const Block* pinOnly(const Block* only, ReadScope& scope) const {
         scope.announce(only);
         return m_only.load() == only && scope.mayRead(*only) ? only : nullptr;
     }
@@ -278,10 +300,10 @@ private:
 /// The access of any thread to the data that a view reads.
 template <class T> class ReadBlock {
 public:
-    ReadBlock(const FastViewMap<T>& map, View view) : m_block(map.pin(view, m_scope)) {}
+    PRM_ALWAYS_INLINE ReadBlock(const FastViewMap<T>& map, View view) : m_block(map.pin(view, m_scope)) {}
     /// Where views are not told apart, all of them read what an unknown one does, the source data.
     template <class AreToldApart>
-    ReadBlock(const FastViewMap<T>& map, View view, const AreToldApart& areToldApart)
+    PRM_ALWAYS_INLINE ReadBlock(const FastViewMap<T>& map, View view, const AreToldApart& areToldApart)
         : m_block(pinShown(map, view, areToldApart, m_scope)) {}
     /// The data of the view that the function picks; see `pinPicked`.
     template <class Pick>
@@ -289,13 +311,22 @@ public:
 
     const PVData<T>* operator->() const { return &m_block; }
     const typename PVData<T>::KeyframeVector& keyframes() const { return m_block.keyframes; }
+    /// Where this thread last found a time, in whatever block.
+    int& lastPosition() const { return m_scope.lastPosition(); }
     /// Whether the data are the view's own.
     bool belongsTo(View view) const { return view.isValid() && m_block.view == view; }
 
 private:
     template <class AreToldApart>
-    static const PVData<T>& pinShown(const FastViewMap<T>& map, View view, const AreToldApart& areToldApart,
-                                     ReadScope& scope) {
+    PRM_ALWAYS_INLINE static const PVData<T>& pinShown(const FastViewMap<T>& map, View view,
+                                                       const AreToldApart& areToldApart, ReadScope& scope) {
+        if (const PVData<T>* const shared = map.pinShared(scope))
+            return *shared;
+        return pinApart(map, view, areToldApart, scope);
+    }
+    template <class AreToldApart>
+    PRM_NEVER_INLINE static const PVData<T>& pinApart(const FastViewMap<T>& map, View view,
+                                                      const AreToldApart& areToldApart, ReadScope& scope) {
         for (;;) {
             const bool apart = areToldApart();
             const PVData<T>& block = map.pin(apart ? view : View::INVALID(), scope);
