@@ -1,5 +1,5 @@
 // One main path of the library, a thousand times, for a profiler that collects inside `counted` only: see
-// bench/instructions/count.sh. Without an argument, the names of the paths.
+// bench/instructions/count.sh. Without an argument, the names of the paths; "--stamp" tells what the counts depend on.
 
 #include "bench/Curves.h"
 
@@ -117,6 +117,10 @@ int main(int argc, char** argv) {
     if (argc < 2) {
         for (const auto& path : paths())
             std::cout << path.first << '\n';
+        return 0;
+    }
+    if (std::string(argv[1]) == "--stamp") {
+        std::cout << "compiler " << __VERSION__ << "; Qt " << qVersion() << "; flags " << PRM_BENCH_FLAGS << '\n';
         return 0;
     }
     const auto found = paths().find(argv[1]);
