@@ -4,6 +4,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cmath>
 #include <malloc.h>
 #include <memory>
 #include <vector>
@@ -21,7 +22,7 @@ template <class Make> void bytesOfEach(benchmark::State& state, const Make& make
         const std::size_t before = mallinfo2().uordblks;
         for (int i = 0; i < count; ++i)
             objects.push_back(make(i));
-        state.counters["bytes"] = static_cast<double>(mallinfo2().uordblks - before) / count;
+        state.counters["bytes"] = std::round(static_cast<double>(mallinfo2().uordblks - before) / count);
     }
 }
 

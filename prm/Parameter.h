@@ -309,7 +309,7 @@ private:
     std::atomic<bool> m_keyframed;
     std::atomic<bool> m_splittable;
     std::atomic<bool> m_isSplit{false};
-    std::atomic<quint32> m_viewInterpolation{MVInterpolationParams::Off};
+    std::atomic<quint8> m_viewInterpolation{MVInterpolationParams::Off};
     std::atomic<Extrapolation> m_extrapolationBefore{Extrapolation::Constant};
     std::atomic<Extrapolation> m_extrapolationAfter{Extrapolation::Constant};
     std::atomic<Interpolation> m_defaultInterpolation;

@@ -81,6 +81,11 @@ struct Bracket {
     int after = -1;
 };
 
+/// Whether the time lies strictly between a keyframe and the next one; false for positions that have none.
+template <class Keyframe> PRM_ALWAYS_INLINE bool isBetween(const Keyframe* keyframes, int count, Time time, int from) {
+    return from >= 0 && from + 1 < count && keyframes[from].time < time && time < keyframes[from + 1].time;
+}
+
 /// Whether the time lies at a keyframe or between it and the next one; false for positions that have none.
 template <class Keyframe>
 PRM_ALWAYS_INLINE bool isInSegment(const Keyframe* keyframes, int count, Time time, int from) {

@@ -44,7 +44,7 @@ template <class T> bool Parameter<T>::valueBriefly(Time time, T& value) const {
         }
         int& last = scope.lastPosition();
         const KeyframeData<T>* const first = keyframes.constData();
-        if (detail::isInSegment(first, keyframes.size(), time, last) && first[last].time != time &&
+        if (detail::isBetween(first, keyframes.size(), time, last) &&
             !detail::isCustom(first[last].interpolationData)) {
             value = detail::segmentValue(first[last], first[last + 1], time);
             return true;
@@ -257,7 +257,7 @@ template <class T> MVInterpolationParams Parameter<T>::viewInterpolation() const
 }
 
 template <class T> void Parameter<T>::setViewInterpolation(const MVInterpolationParams& params) {
-    m_viewInterpolation.store(params.mode);
+    m_viewInterpolation.store(static_cast<quint8>(params.mode));
 }
 
 } // namespace Prm
