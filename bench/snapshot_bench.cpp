@@ -36,7 +36,7 @@ void deepCopy(benchmark::State& state) {
         benchmark::DoNotOptimize(copy);
     }
 }
-BENCHMARK(deepCopy)->Arg(1000)->Arg(100000);
+BENCHMARK(deepCopy)->Arg(1000)->Arg(10000)->Arg(100000);
 
 void snapshot(benchmark::State& state) {
     Number parameter("number");
@@ -44,7 +44,7 @@ void snapshot(benchmark::State& state) {
     for (auto _ : state)
         benchmark::DoNotOptimize(parameter.exportState());
 }
-BENCHMARK(snapshot)->Arg(1000)->Arg(100000);
+BENCHMARK(snapshot)->Arg(1000)->Arg(10000)->Arg(100000);
 
 void hundredCopies(benchmark::State& state) {
     for (auto _ : state) {

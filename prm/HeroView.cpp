@@ -8,12 +8,12 @@
 namespace Prm {
 
 void ParameterWithoutType::setViewSelector(Parameter<bool>* selector, quintptr companion) {
-    m_viewSelector = selector;
-    m_viewSelectorCompanion = companion;
+    ownRarities().viewSelector = selector;
+    ownRarities().viewSelectorCompanion = companion;
 }
 
 Parameter<bool>* ParameterWithoutType::viewSelector() const {
-    return dynamic_cast<Parameter<bool>*>(m_viewSelector.data());
+    return dynamic_cast<Parameter<bool>*>(rarities().viewSelector.data());
 }
 
 View ParameterWithoutType::heroView() const {

@@ -10,12 +10,16 @@ NumericParameter<T>::NumericParameter(const QString& name, const T& value, Param
     : ParameterWithoutType(options.testFlag(Locked), options.testFlag(Hidden), parent), CurveParameter<T>(name, value,
                                                                                                           options,
                                                                                                           parent),
-      NumericParameterWithoutType(parent) {}
+      NumericParameterWithoutType(parent) {
+    this->setKnownClass(typeid(NumericParameter));
+}
 
 template <class T>
 NumericParameter<T>::NumericParameter(const NumericParameter& other)
     : Bsc::MementoUndoable(other), ParameterWithoutType(other), CurveParameter<T>(other),
-      NumericParameterWithoutType(other) {}
+      NumericParameterWithoutType(other) {
+    this->setKnownClass(typeid(NumericParameter));
+}
 
 template <class T> NumericParameter<T>::~NumericParameter() {
     this->announceDeletion();

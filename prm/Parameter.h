@@ -253,16 +253,30 @@ protected:
     /// The data that a read of the view answers from, kept as they are for as long as the block lives.
     ReadBlock read(const View& view) const { return ReadBlock(m_views, view); }
 
+    /// For the constructors of classes that the library knows in full: objects of exactly this class are evaluated
+    /// without asking what their virtual operations say, up to the hooks of `CurveParameter`.
+    void setKnownClass(const std::type_info& type) { m_knownClass = &type; }
+
 private:
+    bool isOfKnownClass() const { return m_knownClass == &typeid(*this); }
+    bool answersKeyframed() const { return isOfKnownClass() ? Parameter::isKeyframed() : isKeyframed(); }
+    bool tellsViewsApart() const { return isOfKnownClass() ? Parameter::splittable() : splittable(); }
     const Parameter* typedMaster() const;
     /// The data with which evaluation in a view begins.
     ReadBlock readShown(const View& view) const;
+    PRM_ALWAYS_INLINE bool valueBriefly(Time time, T& value) const;
+    PRM_NEVER_INLINE bool searchBriefly(const KeyframeVector& keyframes, Time time, int& last, T& value) const;
+    PRM_NEVER_INLINE T valueAtLength(const Context& context, Cache* cache) const;
+    T blendedValue(const Context& context, Cache* cache) const;
     T valueInView(const View& view, const Context& context, Cache* cache) const;
     T valueIn(const ReadBlock& block, const Context& context, Cache* cache) const;
     T valueAround(const ReadBlock& block, detail::Bracket at, const Context& context, Cache* cache) const;
+    T hookedValue(const BoundingKeyframes& around, const Context& context, Cache* cache) const;
     bool answersAlone(const ReadBlock& block, const View& view) const;
     void sampleBlock(const ReadBlock& block, const Time* times, int count, const View& view, T* out,
                      Cache* cache) const;
+    int sampleKnown(const KeyframeVector& keyframes, const Time* times, int count, int& last, T* out) const;
+    int sampleEdge(const KeyframeVector& keyframes, detail::Bracket at, const Time* times, int count, T* out) const;
     void sampleBlended(const detail::SourceViews& sources, const Time* times, int count, const View& view, T* out,
                        Cache* cache) const;
     static int exactKey(const KeyframeVector& keyframes, int found);
@@ -296,12 +310,13 @@ private:
     friend void detail::default_Parameter_setVariantValue_impl<T>(Parameter& parameter, const QVariant& variant,
                                                                   const Context& context);
 
+    const std::type_info* m_knownClass = nullptr;
     /// The owning thread's alone.
     quint64 m_revision = detail::firstKeyframeRevision();
     std::atomic<bool> m_keyframed;
     std::atomic<bool> m_splittable;
     std::atomic<bool> m_isSplit{false};
-    std::atomic<quint32> m_viewInterpolation{MVInterpolationParams::Off};
+    std::atomic<quint8> m_viewInterpolation{MVInterpolationParams::Off};
     std::atomic<Extrapolation> m_extrapolationBefore{Extrapolation::Constant};
     std::atomic<Extrapolation> m_extrapolationAfter{Extrapolation::Constant};
     std::atomic<Interpolation> m_defaultInterpolation;

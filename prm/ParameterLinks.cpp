@@ -12,7 +12,7 @@ namespace Prm {
 
 QList<ParameterWithoutType*> ParameterWithoutType::constrainedParameters() const {
     QList<ParameterWithoutType*> living;
-    for (const auto& entry : m_constrainedParameters) {
+    for (const auto& entry : rarities().constrainedParameters) {
         if (entry)
             living.append(entry.data());
     }
@@ -20,14 +20,16 @@ QList<ParameterWithoutType*> ParameterWithoutType::constrainedParameters() const
 }
 
 bool ParameterWithoutType::listsConstrained(const ParameterWithoutType& parameter) const {
-    return std::any_of(m_constrainedParameters.cbegin(), m_constrainedParameters.cend(),
-                       [&](const auto& entry) { return entry.data() == &parameter; });
+    const auto& list = rarities().constrainedParameters;
+    return std::any_of(list.cbegin(), list.cend(), [&](const auto& entry) { return entry.data() == &parameter; });
 }
 
 void ParameterWithoutType::forgetConstrained(const ParameterWithoutType& parameter) {
+    if (rarities().constrainedParameters.isEmpty())
+        return;
+    auto& list = ownRarities().constrainedParameters;
     const auto gone = [&](const auto& entry) { return !entry || entry.data() == &parameter; };
-    m_constrainedParameters.erase(std::remove_if(m_constrainedParameters.begin(), m_constrainedParameters.end(), gone),
-                                  m_constrainedParameters.end());
+    list.erase(std::remove_if(list.begin(), list.end(), gone), list.end());
 }
 
 bool ParameterWithoutType::wouldCloseCircle(const ParameterWithoutType& parameter) const {
@@ -38,7 +40,7 @@ bool ParameterWithoutType::wouldCloseCircle(const ParameterWithoutType& paramete
 }
 
 int ParameterWithoutType::placeAt(const ParameterWithoutType& master) const {
-    const auto& list = master.m_constrainedParameters;
+    const auto& list = master.rarities().constrainedParameters;
     const auto living = [](const auto& entry) { return !entry.isNull(); };
     const auto found = std::find_if(list.begin(), list.end(), [this](const auto& entry) { return entry == this; });
     return static_cast<int>(std::count_if(list.begin(), found, living));
@@ -48,16 +50,17 @@ int ParameterWithoutType::placeAt(const ParameterWithoutType& master) const {
 void ParameterWithoutType::tieTo(ParameterWithoutType* master, int position) {
     const QPointer<ParameterWithoutType> self(this);
     QPointer<ParameterWithoutType> tied(master);
-    if (master && master->m_constrainedParameters.size() == master->m_constrainedParameters.capacity())
-        master->m_constrainedParameters.reserve(2 * master->m_constrainedParameters.size() + 1);
+    auto* const list = master ? &master->ownRarities().constrainedParameters : nullptr;
+    if (list && list->size() == list->capacity())
+        list->reserve(2 * list->size() + 1);
+    QPointer<ParameterWithoutType>& tie = ownRarities().master;
     if (ParameterWithoutType* former = masterParameter())
         former->forgetConstrained(*this);
     if (master) {
         master->forgetConstrained(*this);
-        auto& list = master->m_constrainedParameters;
-        list.insert(std::min(std::max(position, 0), list.size()), self);
+        list->insert(std::min(std::max(position, 0), list->size()), self);
     }
-    m_master.swap(tied);
+    tie.swap(tied);
 }
 
 bool ParameterWithoutType::bAddConstrainedParameter(ParameterWithoutType* parameter) {
@@ -68,7 +71,7 @@ bool ParameterWithoutType::bAddConstrainedParameter(ParameterWithoutType* parame
                    << m_scriptName << "and cannot be constrained to it.";
         return false;
     }
-    parameter->tieTo(this, m_constrainedParameters.size());
+    parameter->tieTo(this, rarities().constrainedParameters.size());
     return true;
 }
 
@@ -82,7 +85,7 @@ bool ParameterWithoutType::bRemoveConstrainedParameter(ParameterWithoutType* par
         if (!self.alive() || !other.alive())
             return;
         if (parameter->masterParameter() == this)
-            parameter->m_master.clear();
+            parameter->ownRarities().master.clear();
         forgetConstrained(*parameter);
     };
     try {
@@ -104,13 +107,13 @@ bool ParameterWithoutType::bUnconstrain() {
 
 ParameterWithoutType::UpstreamParameters ParameterWithoutType::upstreamParameters() const {
     UpstreamParameters parameters;
-    for (const auto& entry : m_upstreamParameters)
+    for (const auto& entry : rarities().upstreamParameters)
         parameters.insert(UpstreamParameters::value_type(entry.data()));
     return parameters;
 }
 
 void ParameterWithoutType::connectUpstream(bool connected) {
-    for (const auto& entry : m_upstreamParameters) {
+    for (const auto& entry : rarities().upstreamParameters) {
         if (!entry.data())
             continue;
         if (connected)
@@ -125,7 +128,7 @@ void ParameterWithoutType::connectUpstream(bool connected) {
 void ParameterWithoutType::setUpstreamParameters(const UpstreamParameters& parameters) {
     UpstreamParameters replacement = parameters;
     connectUpstream(false);
-    m_upstreamParameters = std::move(replacement);
+    ownRarities().upstreamParameters = std::move(replacement);
     connectUpstream(true);
 }
 

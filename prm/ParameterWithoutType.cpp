@@ -54,13 +54,41 @@ ParameterWithoutType::ParameterWithoutType(bool locked, bool hidden, ParameterSe
 
 ParameterWithoutType::ParameterWithoutType(const ParameterWithoutType& other)
     : Bsc::MementoUndoable(other), BasicParameter(other), m_locked(false), m_hidden(false),
-      m_notificationEnabled(allTypes), m_additionalScriptNames(other.m_additionalScriptNames),
-      m_displayName(other.m_displayName), m_scriptName(other.m_scriptName) {
+      m_notificationEnabled(allTypes), m_displayName(other.m_displayName), m_scriptName(other.m_scriptName) {
+    if (!other.rarities().additionalScriptNames.isEmpty())
+        ownRarities().additionalScriptNames = other.rarities().additionalScriptNames;
     copyOwnAttributes(other, NamePrefix::Copy);
 }
 
 ParameterWithoutType::~ParameterWithoutType() {
     announceDeletion();
+    delete m_rarities.load();
+}
+
+const ParameterWithoutType::Rarities& ParameterWithoutType::rarities() const {
+    // Never destroyed: parameters may outlive it at the end of a program.
+    static const Rarities& none = *new Rarities;
+    const Rarities* const made = m_rarities.load(std::memory_order_acquire);
+    return made ? *made : none;
+}
+
+ParameterWithoutType::Rarities& ParameterWithoutType::ownRarities() {
+    Rarities* made = m_rarities.load(std::memory_order_relaxed);
+    if (!made) {
+        made = new Rarities;
+        m_rarities.store(made, std::memory_order_release);
+    }
+    return *made;
+}
+
+void ParameterWithoutType::setExtraName(const QString& name) {
+    if (!name.isNull() || !rarities().extraName.isNull())
+        ownRarities().extraName = name;
+}
+
+void ParameterWithoutType::setPendingMasterParameterId(const QString& id) {
+    if (!id.isNull() || !rarities().pendingMasterParameterId.isNull())
+        ownRarities().pendingMasterParameterId = id;
 }
 
 void ParameterWithoutType::announceDeletion() noexcept {
@@ -77,7 +105,7 @@ void ParameterWithoutType::announceDeletion() noexcept {
 void ParameterWithoutType::copyOwnAttributes(const ParameterWithoutType& other, NamePrefix prefix) {
     m_locked = other.m_locked;
     m_hidden = other.m_hidden;
-    m_extraName = other.m_extraName;
+    setExtraName(other.extraName());
     if (prefix == NamePrefix::Copy)
         m_namePrefix = other.m_namePrefix;
 }
@@ -88,8 +116,10 @@ void ParameterWithoutType::assignFrom(const ParameterWithoutType& other) {
     copyOwnAttributes(other, NamePrefix::Keep);
     m_displayName = other.m_displayName;
     m_scriptName = other.m_scriptName;
-    m_viewSelector = other.m_viewSelector;
-    m_viewSelectorCompanion = other.m_viewSelectorCompanion;
+    if (!m_rarities.load() && !other.m_rarities.load())
+        return;
+    ownRarities().viewSelector = other.rarities().viewSelector;
+    ownRarities().viewSelectorCompanion = other.rarities().viewSelectorCompanion;
 }
 
 bool ParameterWithoutType::setFromScriptString(const QString& line, const ProjectFileVersion& version) {
@@ -97,7 +127,7 @@ bool ParameterWithoutType::setFromScriptString(const QString& line, const Projec
     if (detail::behindName(line, m_scriptName, rest))
         return streamInValue(rest, version, {});
     // A copy: reading may tell observers, and those may add names.
-    const QMap<QString, TextConversion> additionalNames = m_additionalScriptNames;
+    const QMap<QString, TextConversion> additionalNames = rarities().additionalScriptNames;
     for (auto name = additionalNames.cbegin(); name != additionalNames.cend(); ++name) {
         if (detail::behindName(line, name.key(), rest))
             return streamInValue(rest, version, name.value());
@@ -122,7 +152,7 @@ QString ParameterWithoutType::extendedName() const {
 }
 
 void ParameterWithoutType::addAdditionalScriptName(const QString& name, const TextConversion& convert) {
-    m_additionalScriptNames.insert(name, convert);
+    ownRarities().additionalScriptNames.insert(name, convert);
 }
 
 void ParameterWithoutType::hide(bool hidden) {

@@ -6,6 +6,7 @@
 #include "prm/Export.h"
 #include "prm/Interpolation.h"
 #include "prm/ParameterChange.h"
+#include "prm/detail/Inline.h"
 
 #include <QList>
 #include <QMap>
@@ -15,6 +16,7 @@
 #include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
 
+#include <atomic>
 #include <vector>
 
 namespace Prm {
@@ -161,8 +163,8 @@ public:
 
     const QString& displayName() const { return m_displayName; }
     /// A third text, kept for the host and copied with the names.
-    const QString& extraName() const { return m_extraName; }
-    void setExtraName(const QString& name) { m_extraName = name; }
+    const QString& extraName() const { return rarities().extraName; }
+    void setExtraName(const QString& name);
     /// The path to this parameter, given to it by what contains it.
     const QString& namePrefix() const { return m_namePrefix; }
     void setNamePrefix(const QString& prefix) { m_namePrefix = prefix; }
@@ -184,7 +186,10 @@ public:
     Bsc::CompositeCommand& setLockedCommand(bool locked, Bsc::CompositeCommand& command);
 
     /// The parameter whose animation this one shows, null without one or when it has died.
-    ParameterWithoutType* masterParameter() const { return m_master.data(); }
+    PRM_ALWAYS_INLINE ParameterWithoutType* masterParameter() const {
+        const Rarities* const made = m_rarities.load(std::memory_order_acquire);
+        return made ? made->master.data() : nullptr;
+    }
     /// The living parameters constrained to this one, in the order of addition.
     QList<ParameterWithoutType*> constrainedParameters() const;
     /// Makes this the master of `parameter`, which silently leaves a former master. False for null and for one that is
@@ -196,8 +201,8 @@ public:
     /// Leaves the master with a copy of its keyframes. False without a master.
     bool bUnconstrain();
     /// The master's name as it was read from project text, until it is resolved.
-    const QString& pendingMasterParameterId() const { return m_pendingMasterParameterId; }
-    void setPendingMasterParameterId(const QString& id) { m_pendingMasterParameterId = id; }
+    const QString& pendingMasterParameterId() const { return rarities().pendingMasterParameterId; }
+    void setPendingMasterParameterId(const QString& id);
 
     /// The parameters that this one listens to; those that have died are empty pointers.
     UpstreamParameters upstreamParameters() const;
@@ -215,7 +220,7 @@ public:
     void setViewSelector(Parameter<bool>* selector, quintptr companion = 0);
     /// Null without a selector.
     Parameter<bool>* viewSelector() const;
-    quintptr viewSelectorCompanion() const { return m_viewSelectorCompanion; }
+    quintptr viewSelectorCompanion() const { return rarities().viewSelectorCompanion; }
     /// The one view whose static value in the view selector is false; the invalid view when there is no selector, or
     /// not exactly one such view.
     View heroView() const;
@@ -288,23 +293,33 @@ private:
     void forgetConstrained(const ParameterWithoutType& parameter);
     void connectUpstream(bool connected);
 
+    /// What few parameters have.
+    struct Rarities {
+        QMap<QString, TextConversion> additionalScriptNames;
+        QString extraName;
+        QString pendingMasterParameterId;
+        QPointer<ParameterWithoutType> master;
+        QVector<QPointer<ParameterWithoutType>> constrainedParameters;
+        UpstreamParameters upstreamParameters;
+        QPointer<ParameterWithoutType> viewSelector;
+        quintptr viewSelectorCompanion = 0;
+    };
+    /// Empty ones for a parameter that has none.
+    const Rarities& rarities() const;
+    /// For writing: made if need be.
+    Rarities& ownRarities();
+
     bool m_locked;
     bool m_hidden;
     bool m_readingIn = false;
     bool m_deletionAnnounced = false;
     quint32 m_notificationEnabled;
     quint32 m_blockedSignalOverride = 0;
-    QMap<QString, TextConversion> m_additionalScriptNames;
     QString m_displayName;
     QString m_scriptName;
-    QString m_extraName;
     QString m_namePrefix;
-    QString m_pendingMasterParameterId;
-    QPointer<ParameterWithoutType> m_master;
-    QVector<QPointer<ParameterWithoutType>> m_constrainedParameters;
-    UpstreamParameters m_upstreamParameters;
-    QPointer<ParameterWithoutType> m_viewSelector;
-    quintptr m_viewSelectorCompanion = 0;
+    /// Made with the first of them; evaluation on other threads looks for the master.
+    std::atomic<Rarities*> m_rarities{nullptr};
 };
 
 } // namespace Prm

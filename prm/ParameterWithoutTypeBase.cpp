@@ -10,11 +10,10 @@ namespace Prm {
 ParameterWithoutTypeBase::FastViewMapBase::~FastViewMapBase() = default;
 
 ParameterWithoutTypeBase::ParameterWithoutTypeBase(bool locked, bool hidden, ParameterSet* parent)
-    : ParameterWithoutType(locked, hidden, parent), m_viewList(1, View(View::defaultViewId())), m_viewMap(m_viewList) {}
+    : ParameterWithoutType(locked, hidden, parent) {}
 
 ParameterWithoutTypeBase::ParameterWithoutTypeBase(const ParameterWithoutTypeBase& other)
-    : Bsc::MementoUndoable(other), ParameterWithoutType(other), m_animatable(other.m_animatable),
-      m_viewList(other.m_viewList), m_viewMap(m_viewList) {}
+    : Bsc::MementoUndoable(other), ParameterWithoutType(other), m_animatable(other.m_animatable) {}
 
 ParameterWithoutTypeBase::~ParameterWithoutTypeBase() {
     announceDeletion();

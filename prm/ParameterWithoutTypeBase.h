@@ -19,14 +19,15 @@ public:
     class PRM_EXPORT FastViewMapBase {
     public:
         virtual ~FastViewMapBase();
-        const std::vector<View>& viewList() const { return m_viewList; }
+        const std::vector<View>& viewList() const { return m_realViews; }
 
     protected:
-        /// The list must live as long as this object.
-        explicit FastViewMapBase(const std::vector<View>& viewList) : m_viewList(viewList) {}
+        FastViewMapBase() = default;
+        explicit FastViewMapBase(const std::vector<View>& views) : m_realViews(views) {}
+        FastViewMapBase(const FastViewMapBase&) = default;
+        FastViewMapBase& operator=(const FastViewMapBase&) = default;
 
-    private:
-        const std::vector<View>& m_viewList;
+        std::vector<View> m_realViews;
     };
 
     ParameterWithoutTypeBase(bool locked, bool hidden, ParameterSet* parent);
@@ -116,11 +117,10 @@ protected:
 private:
     class SingleView : public FastViewMapBase {
     public:
-        explicit SingleView(const std::vector<View>& viewList) : FastViewMapBase(viewList) {}
+        SingleView() : FastViewMapBase({View(View::defaultViewId())}) {}
     };
 
     bool m_animatable = false;
-    std::vector<View> m_viewList;
     SingleView m_viewMap;
 };
 

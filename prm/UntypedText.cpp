@@ -27,7 +27,7 @@ bool ParameterWithoutType::readHidden(const QString& line) {
 bool ParameterWithoutType::readMaster(const QString& line) {
     if (!detail::hasKey(line, ParameterStrings::masterParameterId))
         return false;
-    m_pendingMasterParameterId = detail::textBetween(line);
+    setPendingMasterParameterId(detail::textBetween(line));
     return true;
 }
 

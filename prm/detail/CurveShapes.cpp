@@ -57,7 +57,7 @@ bool registerExtrapolation(Extrapolation kind, ExtrapolationFunction function) {
 
 namespace detail {
 
-double segmentProgress(const IType& shape, double x) {
+double curvedProgress(const IType& shape, double x) {
     if (shape.interpolation == Interpolation::Bezier)
         return easedProgress(shape, x);
     if (shape.interpolation >= Interpolation::Custom0) {
@@ -88,11 +88,10 @@ bool mapIntoRange(Extrapolation kind, Time time, Time first, Time last, Time& in
     return true;
 }
 
-double mix(double from, double to, double part) {
-    const double change = to - from;
-    if (std::isinf(change) && std::isfinite(from) && std::isfinite(to))
+double mixFar(double from, double to, double part) {
+    if (std::isfinite(from) && std::isfinite(to))
         return from * (1.0 - part) + to * part;
-    return from + change * part;
+    return from + (to - from) * part;
 }
 
 double continued(double edge, double a, double b, double duration, double slope, double distance) {

@@ -5,14 +5,21 @@
 #include "prm/Interpolation.h"
 #include "prm/KeyframeData.h"
 #include "prm/ValueType.h"
+#include "prm/detail/Inline.h"
 
 #include <array>
+#include <cmath>
+#include <type_traits>
 
 namespace Prm::detail {
 
+PRM_EXPORT double curvedProgress(const IType& shape, double x);
+
 /// The part of a segment's change that is reached at part x, in [0,1], of its time. A custom kind that nobody
 /// registered is a straight line.
-PRM_EXPORT double segmentProgress(const IType& shape, double x);
+inline double segmentProgress(const IType& shape, double x) {
+    return shape.interpolation == Interpolation::Linear ? x : curvedProgress(shape, x);
+}
 
 /// dy/dx where a segment begins or ends, for straight lines that continue it: 0 where it holds or is vertical.
 PRM_EXPORT double startSlope(const IType& shape);
@@ -21,8 +28,13 @@ PRM_EXPORT double endSlope(const IType& shape);
 /// The time inside the range that a custom kind shows; false when nobody registered the kind.
 PRM_EXPORT bool mapIntoRange(Extrapolation kind, Time time, Time first, Time last, Time& inside);
 
+PRM_EXPORT double mixFar(double from, double to, double part);
+
 /// from + (to - from) * part, without overflow on the way.
-PRM_EXPORT double mix(double from, double to, double part);
+inline double mix(double from, double to, double part) {
+    const double change = to - from;
+    return std::isfinite(change) ? from + change * part : mixFar(from, to, part);
+}
 
 /// `edge` continued by a straight line: the change from a to b in `duration` frames, times `slope`, over `distance`
 /// frames. Holds where the line is not finite.
@@ -33,9 +45,14 @@ inline bool holds(const IType& shape) {
     return shape.interpolation <= Interpolation::Constant;
 }
 
+/// Whether a host's function says how a segment runs.
+inline bool isCustom(const IType& shape) {
+    return shape.interpolation >= Interpolation::Custom0;
+}
+
 /// The value of the segment between two keyframes. Outside the segment, or where its duration is not positive, the
 /// nearer keyframe's.
-template <class T> T segmentValue(const KeyframeData<T>& from, const KeyframeData<T>& to, Time time) {
+template <class T> PRM_ALWAYS_INLINE T segmentValue(const KeyframeData<T>& from, const KeyframeData<T>& to, Time time) {
     const double duration = to.time - from.time;
     const IType& shape = from.interpolationData;
     if (holds(shape))
@@ -53,6 +70,35 @@ template <class T> T segmentValue(const KeyframeData<T>& from, const KeyframeDat
         mixed[static_cast<std::size_t>(i)] =
             mix(ValueType<T>::component(from.value, i), ValueType<T>::component(to.value, i), part);
     return ValueType<T>::fromComponents(mixed.data());
+}
+
+/// `segmentValue` of a straight line of ordinary numbers at the times, from the first on, that lie inside it; answers
+/// how many these are.
+inline int lineValues(KeyframeData<double> from, KeyframeData<double> to, const Time* times, int count, double* out) {
+    const double duration = to.time - from.time;
+    const double change = to.value - from.value;
+    int i = 0;
+    do {
+        const double x = (times[i] - from.time) / duration;
+        const double value = x < 1.0 ? from.value + change * x : to.value;
+        out[i] = x > 0.0 ? value : from.value;
+    } while (++i < count && from.time < times[i] && times[i] < to.time);
+    return i;
+}
+
+/// The same for every kind of segment. The first time may lie at the first keyframe. The keyframes are copies: a host's
+/// function may edit the list.
+template <class T> int segmentValues(KeyframeData<T> from, KeyframeData<T> to, const Time* times, int count, T* out) {
+    if constexpr (std::is_same_v<T, double>) {
+        if (from.interpolationData.interpolation == Interpolation::Linear && std::isfinite(to.value - from.value) &&
+            std::isfinite(to.time - from.time))
+            return lineValues(from, to, times, count, out);
+    }
+    int i = 0;
+    do
+        out[i] = segmentValue(from, to, times[i]);
+    while (++i < count && from.time < times[i] && times[i] < to.time);
+    return i;
 }
 
 /// The value of one end of a segment continued in a straight line, `distance` frames along the timeline from that end.

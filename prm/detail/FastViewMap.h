@@ -60,11 +60,17 @@ template <class T> class FastViewMap : public ParameterWithoutTypeBase::FastView
 public:
     using Block = PVData<T>;
 
-    explicit FastViewMap(const T& defaultValue = T()) : FastViewMapBase(m_realViews), m_template(defaultValue) {}
+    explicit FastViewMap(const T& defaultValue = T()) : m_template(defaultValue) {}
     /// A deep copy, template included.
     FastViewMap(const FastViewMap& other)
-        : FastViewMapBase(m_realViews), m_slots(other.m_slots), m_realViews(other.m_realViews),
-          m_data(copyOf(other.m_data)), m_template(other.m_template, View::INVALID()) {
+        : FastViewMapBase(other.m_realViews), m_slots(other.m_slots), m_data(copyOf(other.m_data)),
+          m_template(other.m_template, View::INVALID()) {
+        publish();
+    }
+    /// A copy of the views, over a template of its own.
+    FastViewMap(const FastViewMap& other, const T& defaultValue)
+        : FastViewMapBase(other.m_realViews), m_slots(other.m_slots), m_data(copyOf(other.m_data)),
+          m_template(defaultValue) {
         publish();
     }
     FastViewMap& operator=(const FastViewMap& other) {
@@ -125,7 +131,7 @@ public:
     void remove(View view) {
         const int position = positionOf(view);
         Block* const block = m_data[static_cast<std::size_t>(position)].get();
-        const WriteScope scope({&m_lists, &m_template}, {block});
+        const WriteScope scope({&m_template}, {block});
         static_cast<void>(m_data[static_cast<std::size_t>(position)].release());
         m_data.erase(m_data.begin() + position);
         m_realViews.erase(m_realViews.begin() + position);
@@ -145,15 +151,26 @@ public:
 
     /// Announces, in the scope, the block that the view reads, and answers it once it may be read; the scope keeps it
     /// as it is. For any thread.
-    const Block& pin(View view, ReadScope& scope) const {
-        for (int attempt = 0;; ++attempt) {
-            const Block* const only = m_only.load(std::memory_order_acquire);
-            const Block* const found = only ? pinOnly(only, scope) : pinListed(view, scope);
-            if (found)
-                return *found;
-            scope.retract();
-            ReadScope::standBack(attempt);
-        }
+    PRM_ALWAYS_INLINE const Block& pin(View view, ReadScope& scope) const {
+        const Block* const shared = pinShared(scope);
+        return shared ? *shared : pinOrWait(view, scope);
+    }
+
+    /// The same at once, or null; only while all views read one block.
+    PRM_ALWAYS_INLINE const Block* pinShared(ReadScope& scope) const {
+        const Block* const only = m_only.load(std::memory_order_acquire);
+        if (!only)
+            return nullptr;
+        if (const Block* const pinned = pinOnly(only, scope))
+            return pinned;
+        scope.retract();
+        return nullptr;
+    }
+
+    /// The same, or null where it takes more than a brief look.
+    PRM_ALWAYS_INLINE const Block* pinShared(BriefReadScope& scope) const {
+        const Block* const only = m_only.load(std::memory_order_acquire);
+        return only && scope.announce(only) && m_only.load() == only && scope.mayRead(*only) ? only : nullptr;
     }
 
     /// The same for the template.
@@ -171,12 +188,13 @@ public:
     /// one state, and so is what the function asks of the parameter.
     template <class Pick> const Block& pinPicked(const Pick& pick, ReadScope& scope) const {
         for (int attempt = 0;; ++attempt) {
-            scope.announce(&m_lists);
-            if (scope.mayRead(m_lists)) {
+            scope.announce(&m_template);
+            if (scope.mayRead(m_template)) {
                 const Block& block = resolve(pick(m_realViews));
                 scope.announce(&block);
                 if (scope.mayRead(block)) {
-                    scope.withdraw(&m_lists);
+                    if (&block != &m_template)
+                        scope.withdraw(&m_template);
                     return block;
                 }
             }
@@ -208,7 +226,7 @@ private:
         auto made = std::make_unique<Block>(contents, view);
         Block& block = *made;
         const auto place = std::lower_bound(m_realViews.begin(), m_realViews.end(), view) - m_realViews.begin();
-        const WriteScope scope(m_lists);
+        const WriteScope scope(m_template);
         makeRoom(m_realViews);
         makeRoom(m_data);
         m_data.insert(m_data.begin() + place, std::move(made));
@@ -230,7 +248,7 @@ private:
         former.reserve(m_data.size());
         for (const auto& block : m_data)
             former.push_back(block.get());
-        const WriteScope scope({&m_lists, &m_template}, std::move(former));
+        const WriteScope scope({&m_template}, std::move(former));
         for (auto& block : m_data)
             static_cast<void>(block.release());
         m_data = std::move(data);
@@ -249,39 +267,49 @@ private:
         m_only.store(only);
     }
 
-    const Block* pinOnly(const Block* only, ReadScope& scope) const {
+    PRM_NEVER_INLINE const Block& pinOrWait(View view, ReadScope& scope) const {
+        for (int attempt = 0;; ++attempt) {
+            const Block* const only = m_only.load(std::memory_order_acquire);
+            const Block* const found = only ? pinOnly(only, scope) : pinListed(view, scope);
+            if (found)
+                return *found;
+            scope.retract();
+            ReadScope::standBack(attempt);
+        }
+    }
+
+    PRM_ALWAYS_INLINE const Block* pinOnly(const Block* only, ReadScope& scope) const {
         scope.announce(only);
         return m_only.load() == only && scope.mayRead(*only) ? only : nullptr;
     }
 
     const Block* pinListed(View view, ReadScope& scope) const {
-        scope.announce(&m_lists);
-        if (!scope.mayRead(m_lists) || m_only.load())
+        scope.announce(&m_template);
+        if (!scope.mayRead(m_template) || m_only.load())
             return nullptr;
         const int position = view.isValid() ? positionOf(view) : -1;
         const Block* const block = m_data[static_cast<std::size_t>(std::max(position, 0))].get();
         scope.announce(block);
-        scope.withdraw(&m_lists);
+        scope.withdraw(&m_template);
         return scope.mayRead(*block) ? block : nullptr;
     }
 
     /// The block that every view reads; null when several views have data, and the lists must be asked.
     std::atomic<const Block*> m_only{&m_template};
-    mutable Lockable m_lists;
     /// How many ids, from 0 on, are told apart; all others read the source data.
     quint32 m_slots = 0;
-    std::vector<View> m_realViews;
     Blocks m_data;
+    /// What new views and reads without data begin with. Its mark also keeps readers out of the lists.
     Block m_template;
 };
 
 /// The access of any thread to the data that a view reads.
 template <class T> class ReadBlock {
 public:
-    ReadBlock(const FastViewMap<T>& map, View view) : m_block(map.pin(view, m_scope)) {}
+    PRM_ALWAYS_INLINE ReadBlock(const FastViewMap<T>& map, View view) : m_block(map.pin(view, m_scope)) {}
     /// Where views are not told apart, all of them read what an unknown one does, the source data.
     template <class AreToldApart>
-    ReadBlock(const FastViewMap<T>& map, View view, const AreToldApart& areToldApart)
+    PRM_ALWAYS_INLINE ReadBlock(const FastViewMap<T>& map, View view, const AreToldApart& areToldApart)
         : m_block(pinShown(map, view, areToldApart, m_scope)) {}
     /// The data of the view that the function picks; see `pinPicked`.
     template <class Pick>
@@ -289,13 +317,22 @@ public:
 
     const PVData<T>* operator->() const { return &m_block; }
     const typename PVData<T>::KeyframeVector& keyframes() const { return m_block.keyframes; }
+    /// Where this thread last found a time, in whatever block.
+    int& lastPosition() const { return m_scope.lastPosition(); }
     /// Whether the data are the view's own.
     bool belongsTo(View view) const { return view.isValid() && m_block.view == view; }
 
 private:
     template <class AreToldApart>
-    static const PVData<T>& pinShown(const FastViewMap<T>& map, View view, const AreToldApart& areToldApart,
-                                     ReadScope& scope) {
+    PRM_ALWAYS_INLINE static const PVData<T>& pinShown(const FastViewMap<T>& map, View view,
+                                                       const AreToldApart& areToldApart, ReadScope& scope) {
+        if (const PVData<T>* const shared = map.pinShared(scope))
+            return *shared;
+        return pinApart(map, view, areToldApart, scope);
+    }
+    template <class AreToldApart>
+    PRM_NEVER_INLINE static const PVData<T>& pinApart(const FastViewMap<T>& map, View view,
+                                                      const AreToldApart& areToldApart, ReadScope& scope) {
         for (;;) {
             const bool apart = areToldApart();
             const PVData<T>& block = map.pin(apart ? view : View::INVALID(), scope);

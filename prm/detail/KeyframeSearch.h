@@ -1,6 +1,7 @@
 #pragma once
 
 #include "prm/KeyframeData.h"
+#include "prm/detail/Inline.h"
 
 #include <QVector>
 
@@ -9,14 +10,15 @@ namespace Prm::detail {
 // Searches in a list of keyframes, or of whatever has a time, in ascending order. Times are compared exactly. On a list
 // out of order the answers are without meaning, but always positions of the list.
 
-/// The position of the first keyframe that is not before the time, or the number of keyframes.
+/// The position of the first keyframe that is not before the time, or the number of keyframes. The steps are added, not
+/// chosen: a processor cannot foresee which half it will be.
 template <class Keyframe> int lowerBound(const Keyframe* keyframes, int count, Time time) {
     if (count == 0)
         return 0;
     const Keyframe* first = keyframes;
     while (count > 1) {
         const int half = count / 2;
-        first = first[half - 1].time < time ? first + half : first;
+        first += half & -static_cast<int>(first[half - 1].time < time);
         count -= half;
     }
     return static_cast<int>(first - keyframes) + (first->time < time ? 1 : 0);
@@ -79,6 +81,28 @@ struct Bracket {
     int after = -1;
 };
 
+/// Whether the time lies strictly between a keyframe and the next one; false for positions that have none.
+template <class Keyframe> PRM_ALWAYS_INLINE bool isBetween(const Keyframe* keyframes, int count, Time time, int from) {
+    return from >= 0 && from + 1 < count && keyframes[from].time < time && time < keyframes[from + 1].time;
+}
+
+/// Whether the time lies at a keyframe or between it and the next one; false for positions that have none.
+template <class Keyframe>
+PRM_ALWAYS_INLINE bool isInSegment(const Keyframe* keyframes, int count, Time time, int from) {
+    return from >= 0 && from + 1 < count && keyframes[from].time <= time && time < keyframes[from + 1].time;
+}
+
+/// The bracket of a time in the segment.
+template <class Keyframe> PRM_ALWAYS_INLINE Bracket inSegment(const Keyframe* keyframes, Time time, int from) {
+    return {from, keyframes[from].time == time ? from : from + 1};
+}
+
+/// The segment in which a time between the first and the last keyframe lies if they are evenly spaced.
+template <class Keyframe> int evenSegment(const Keyframe* keyframes, int count, Time time) {
+    const double part = (time - keyframes[0].time) / (keyframes[count - 1].time - keyframes[0].time);
+    return part >= 0.0 && part < 1.0 ? static_cast<int>(part * (count - 1)) : 0;
+}
+
 template <class Keyframe> Bracket bracket(const Keyframe* keyframes, int count, Time time) {
     if (time < keyframes[0].time)
         return {-1, 0};
@@ -90,6 +114,11 @@ template <class Keyframe> Bracket bracket(const Keyframe* keyframes, int count, 
         return {count - 1, count - 1};
     if (count <= 2)
         return {0, count - 1};
+    const int guess = evenSegment(keyframes, count, time);
+    for (const int from : {guess, guess + 1, guess - 1}) {
+        if (isInSegment(keyframes, count, time, from))
+            return inSegment(keyframes, time, from);
+    }
     // Strictly between the first and the last one, so the position found is neither 0 nor the end.
     const int position = 1 + lowerBound(keyframes + 1, count - 2, time);
     if (keyframes[position].time == time)
@@ -97,29 +126,18 @@ template <class Keyframe> Bracket bracket(const Keyframe* keyframes, int count, 
     return {position - 1, position};
 }
 
-/// The same as `bracket` for times that come in order: looks at the segment of the last time and the one behind it
-/// before it searches.
-class BracketCursor {
-public:
-    template <class Keyframe> Bracket at(const Keyframe* keyframes, int count, Time time) {
-        if (!isInside(keyframes, count, time)) {
-            ++m_last.before;
-            ++m_last.after;
-            if (!isInside(keyframes, count, time))
-                m_last = bracket(keyframes, count, time);
-        }
-        return m_last;
-    }
-
-private:
-    /// Whether the time lies strictly between the two keyframes.
-    template <class Keyframe> bool isInside(const Keyframe* keyframes, int count, Time time) const {
-        return m_last.before >= 0 && m_last.after == m_last.before + 1 && m_last.after < count &&
-               keyframes[m_last.before].time < time && time < keyframes[m_last.after].time;
-    }
-
-    Bracket m_last;
-};
+/// The same, for times that often come in order: looks at the segment of the last time, which `last` keeps, and at the
+/// one behind it before it searches. Any number will do for `last`.
+template <class Keyframe>
+PRM_ALWAYS_INLINE Bracket bracketNear(const Keyframe* keyframes, int count, Time time, int& last) {
+    if (isInSegment(keyframes, count, time, last))
+        return inSegment(keyframes, time, last);
+    if (last >= 0 && isInSegment(keyframes, count, time, last + 1))
+        return inSegment(keyframes, time, ++last);
+    const Bracket found = bracket(keyframes, count, time);
+    last = found.before;
+    return found;
+}
 
 /// The positions as keyframes of `parameter` in `view`.
 inline BoundingKeyframes named(Bracket positions, View view, const ParameterWithoutType& parameter) {

@@ -116,7 +116,7 @@ bool ReaderRecord::isReadElsewhere(const Lockable* block, std::uintptr_t thread)
 
 bool ReaderRecord::isReadHere(const Lockable* block) {
     for (const ReaderRecord* record = t_readerRecord; record; record = record->m_below) {
-        for (int i = 0; i < record->m_count; ++i) {
+        for (int i = record->m_count; i-- > 0;) {
             if (record->m_announced[static_cast<std::size_t>(i)].load(std::memory_order_relaxed) == block)
                 return true;
         }
@@ -153,6 +153,17 @@ bool ReadScope::isWaitedFor() const {
     return false;
 }
 
+/// Below a scope that reads something.
+bool ReadScope::announceAgain(const Lockable* block) {
+    if (ReaderRecord::isReadHere(block))
+        return false;
+    ReaderRecord& record = *t_readerRecord;
+    if (record.m_count == ReaderRecord::capacity)
+        return announceInNewRecord(block);
+    record.m_announced[static_cast<std::size_t>(record.m_count++)].store(block, std::memory_order_seq_cst);
+    return true;
+}
+
 bool ReadScope::announceInNewRecord(const Lockable* block) {
     ReaderRecord& record = ReaderRecord::takeOne(t_readerRecord);
     t_readerRecord = &record;
@@ -169,6 +180,15 @@ void ReadScope::withdraw(const Lockable* block) {
                 slot.store(nullptr, std::memory_order_release);
         }
     }
+}
+
+void ReadScope::retract() {
+    if (t_readerRecord != &m_record)
+        dropNewRecords();
+    while (m_record.m_count > m_base)
+        dropLast();
+    if (m_record.m_retired && m_record.m_count == 0)
+        ReaderRecord::deleteRetired(m_record);
 }
 
 void ReadScope::dropNewRecords() {

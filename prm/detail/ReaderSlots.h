@@ -1,6 +1,7 @@
 #pragma once
 
 #include "prm/Export.h"
+#include "prm/detail/Inline.h"
 
 #include <array>
 #include <atomic>
@@ -37,6 +38,7 @@ public:
     virtual ~Lockable();
 
 private:
+    friend class BriefReadScope;
     friend class ReaderRecord;
     friend class ReadScope;
     friend class WriteScope;
@@ -58,6 +60,7 @@ public:
     std::uintptr_t thread() const { return m_thread.load(std::memory_order_relaxed); }
 
 private:
+    friend class BriefReadScope;
     friend class ReadScope;
     friend class WriteScope;
     friend PRM_EXPORT void retire(Lockable* block);
@@ -73,6 +76,7 @@ private:
     /// Read by writers; this cache line is written by the thread alone.
     alignas(64) std::array<std::atomic<const Lockable*>, capacity> m_announced{};
     int m_count = 0;
+    int m_lastPosition = 0;
 
     /// The same for all records that one thread holds.
     std::atomic<std::uintptr_t> m_thread{0};
@@ -94,27 +98,28 @@ extern PRM_EXPORT thread_local ReaderRecord* t_readerRecord;
 /// Announcements of this thread that end with the scope. Scopes nest like a stack.
 class PRM_EXPORT ReadScope {
 public:
-    ReadScope() : m_record(t_readerRecord ? *t_readerRecord : ReaderRecord::mine()), m_base(m_record.m_count) {}
-    ~ReadScope() { retract(); }
+    PRM_ALWAYS_INLINE ReadScope()
+        : m_record(t_readerRecord ? *t_readerRecord : ReaderRecord::mine()), m_base(m_record.m_count) {}
+    PRM_ALWAYS_INLINE ~ReadScope() {
+        if (m_base > 0 || m_record.m_count != 1 || m_record.m_retired)
+            retract();
+        else
+            dropLast();
+    }
     ReadScope(const ReadScope&) = delete;
     ReadScope& operator=(const ReadScope&) = delete;
 
     /// Announces a block that may be gone already: the caller looks afterwards whether it is still in its place, and
     /// only then calls `mayRead`. False when this thread reads it already, and nothing was announced.
-    bool announce(const Lockable* block) {
-        if (m_base > 0 || m_record.m_below) {
-            if (ReaderRecord::isReadHere(block))
-                return false;
-            if (t_readerRecord->m_count == ReaderRecord::capacity)
-                return announceInNewRecord(block);
-        }
-        ReaderRecord& record = *t_readerRecord;
-        record.m_announced[static_cast<std::size_t>(record.m_count++)].store(block, std::memory_order_seq_cst);
+    PRM_ALWAYS_INLINE bool announce(const Lockable* block) {
+        if (m_base > 0)
+            return announceAgain(block);
+        m_record.m_announced[static_cast<std::size_t>(m_record.m_count++)].store(block, std::memory_order_seq_cst);
         return true;
     }
 
     /// Whether no writer keeps the announced block from being read.
-    bool mayRead(const Lockable& block) const {
+    PRM_ALWAYS_INLINE bool mayRead(const Lockable& block) const {
         const std::uintptr_t mark = block.m_mark.load(std::memory_order_seq_cst);
         return mark == 0 || mayPass(mark);
     }
@@ -123,15 +128,10 @@ public:
     void withdraw(const Lockable* block);
 
     /// Takes back what this scope has announced.
-    void retract() {
-        if (t_readerRecord != &m_record)
-            dropNewRecords();
-        while (m_record.m_count > m_base)
-            m_record.m_announced[static_cast<std::size_t>(--m_record.m_count)].store(nullptr,
-                                                                                     std::memory_order_release);
-        if (m_record.m_retired && m_record.m_count == 0)
-            ReaderRecord::deleteRetired(m_record);
-    }
+    void retract();
+
+    /// A number that the thread keeps from one scope to the next.
+    int& lastPosition() const { return m_record.m_lastPosition; }
 
     /// Lets other threads get on, longer with every attempt.
     static void standBack(int attempt);
@@ -139,11 +139,43 @@ public:
 private:
     bool mayPass(std::uintptr_t mark) const;
     bool isWaitedFor() const;
+    bool announceAgain(const Lockable* block);
     bool announceInNewRecord(const Lockable* block);
     void dropNewRecords();
+    PRM_ALWAYS_INLINE void dropLast() {
+        m_record.m_announced[static_cast<std::size_t>(--m_record.m_count)].store(nullptr, std::memory_order_release);
+    }
 
     ReaderRecord& m_record;
     int m_base;
+};
+
+/// The announcement of one block by a thread that reads nothing else and calls no function of a host's meanwhile: so
+/// nothing nests in it, and it waits for nobody.
+class BriefReadScope {
+public:
+    PRM_ALWAYS_INLINE BriefReadScope()
+        : m_record(t_readerRecord && t_readerRecord->m_count == 0 ? t_readerRecord : nullptr) {}
+    PRM_ALWAYS_INLINE ~BriefReadScope() {
+        if (m_record)
+            m_record->m_announced[0].store(nullptr, std::memory_order_release);
+    }
+    BriefReadScope(const BriefReadScope&) = delete;
+    BriefReadScope& operator=(const BriefReadScope&) = delete;
+
+    /// As in a `ReadScope`, but false where only that one can help.
+    PRM_ALWAYS_INLINE bool announce(const Lockable* block) {
+        if (m_record)
+            m_record->m_announced[0].store(block, std::memory_order_seq_cst);
+        return m_record != nullptr;
+    }
+    PRM_ALWAYS_INLINE bool mayRead(const Lockable& block) const {
+        return block.m_mark.load(std::memory_order_seq_cst) == 0;
+    }
+    int& lastPosition() const { return m_record->m_lastPosition; }
+
+private:
+    ReaderRecord* const m_record;
 };
 
 /// Keeps every other thread out of blocks that are going to be edited in place; blocks that this thread already writes

@@ -3,8 +3,10 @@
 // The value at a time in a view, and the kinds of curve that lead to it.
 
 #include "prm/Parameter.h"
+#include "prm/detail/CurveShapes.h"
 #include "prm/detail/KeyframeSearch.h"
 
+#include <algorithm>
 #include <type_traits>
 
 namespace Prm {
@@ -17,19 +19,82 @@ template <class T> const Parameter<T>* Parameter<T>::typedMaster() const {
 
 /// The data with which evaluation begins.
 template <class T> auto Parameter<T>::readShown(const View& view) const -> ReadBlock {
-    return {m_views, view, [this] { return splittable(); }};
+    return {m_views, view, [this] { return tellsViewsApart(); }};
 }
 
 template <class T> T Parameter<T>::value(const Context& context, Cache* cache) const {
+    T brief{};
+    return valueBriefly(context.time, brief) ? brief : valueAtLength(context, cache);
+}
+
+/// The value in the plain case, which calls no function of a host's: no master, one block that all views read, and a
+/// curve of the library's own.
+template <class T> bool Parameter<T>::valueBriefly(Time time, T& value) const {
+    // A value type of a host's has functions of its own, and these may evaluate something else.
+    if constexpr (blends<T> && (std::is_arithmetic_v<T> || std::is_same_v<T, QPointF>)) {
+        if (!isOfKnownClass() || masterParameter())
+            return false;
+        detail::BriefReadScope scope;
+        const PVData* const data = m_views.pinShared(scope);
+        if (!data)
+            return false;
+        const KeyframeVector& keyframes = data->keyframes;
+        if (!Parameter::isKeyframed() || keyframes.isEmpty()) {
+            value = data->staticValue;
+            return true;
+        }
+        int& last = scope.lastPosition();
+        const KeyframeData<T>* const first = keyframes.constData();
+        if (detail::isBetween(first, keyframes.size(), time, last) &&
+            !detail::isCustom(first[last].interpolationData)) {
+            value = detail::segmentValue(first[last], first[last + 1], time);
+            return true;
+        }
+        T found{};
+        const bool isFound = searchBriefly(keyframes, time, last, found);
+        value = found;
+        return isFound;
+    } else {
+        return false;
+    }
+}
+
+/// The same, away from the segment of the last time.
+template <class T>
+bool Parameter<T>::searchBriefly(const KeyframeVector& keyframes, Time time, int& last, T& value) const {
+    const detail::Bracket at = detail::bracketNear(keyframes.constData(), keyframes.size(), time, last);
+    if (at.before == at.after) {
+        value = keyframes.at(exactKey(keyframes, at.before)).value;
+        return true;
+    }
+    if (at.before < 0 || at.after < 0) {
+        value = keyframes.at(std::max(at.before, at.after)).value;
+        return (at.before < 0 ? m_extrapolationBefore : m_extrapolationAfter).load() == Extrapolation::Constant;
+    }
+    if constexpr (blends<T>) {
+        const KeyframeData<T>& from = keyframes.at(at.before);
+        if (!detail::isCustom(from.interpolationData)) {
+            value = detail::segmentValue(from, keyframes.at(at.after), time);
+            return true;
+        }
+    }
+    return false;
+}
+
+template <class T> T Parameter<T>::valueAtLength(const Context& context, Cache* cache) const {
     if (const Parameter* master = typedMaster())
         return master->value(context, cache);
     {
         const ReadBlock block = readShown(context.view);
-        if (!isKeyframed())
+        if (!answersKeyframed())
             return block->staticValue;
         if (answersAlone(block, context.view))
             return valueIn(block, context, cache);
     }
+    return blendedValue(context, cache);
+}
+
+template <class T> T Parameter<T>::blendedValue(const Context& context, Cache* cache) const {
     detail::SourceViews sources;
     {
         const ReadBlock block = readSources(context.view, sources);
@@ -41,7 +106,7 @@ template <class T> T Parameter<T>::value(const Context& context, Cache* cache) c
 
 /// Whether the value comes from this block and no other view's.
 template <class T> bool Parameter<T>::answersAlone(const ReadBlock& block, const View& view) const {
-    return viewInterpolation().mode == MVInterpolationParams::Off || !splittable() || block.belongsTo(view);
+    return viewInterpolation().mode == MVInterpolationParams::Off || !tellsViewsApart() || block.belongsTo(view);
 }
 
 /// The views from which the value in this one is made, and the data of the first of them. Of several views the value
@@ -75,18 +140,28 @@ template <class T> T Parameter<T>::valueIn(const ReadBlock& block, const Context
     const KeyframeVector& keyframes = block.keyframes();
     if (keyframes.isEmpty())
         return supportsExtrapolationFromNoKeys() ? extrapolateValue({}, context, cache) : block->staticValue;
-    return valueAround(block, detail::bracket(keyframes.constData(), keyframes.size(), context.time), context, cache);
+    const detail::Bracket at =
+        detail::bracketNear(keyframes.constData(), keyframes.size(), context.time, block.lastPosition());
+    return valueAround(block, at, context, cache);
 }
 
 /// The value at a time whose place among the keyframes is known.
 template <class T>
 T Parameter<T>::valueAround(const ReadBlock& block, detail::Bracket at, const Context& context, Cache* cache) const {
+    const KeyframeVector& keyframes = block.keyframes();
     if (at.before == at.after)
-        return block.keyframes().at(exactKey(block.keyframes(), at.before)).value;
-    const BoundingKeyframes around = detail::named(at, block->view, *this);
-    if (at.before < 0 || at.after < 0)
-        return extrapolateValue(around, context, cache);
-    return interpolateValue(around, context, cache);
+        return keyframes.at(exactKey(keyframes, at.before)).value;
+    if constexpr (blends<T>) {
+        if (at.before >= 0 && at.after >= 0 && isOfKnownClass())
+            return detail::segmentValue(keyframes.at(at.before), keyframes.at(at.after), context.time);
+    }
+    return hookedValue(detail::named(at, block->view, *this), context, cache);
+}
+
+template <class T>
+T Parameter<T>::hookedValue(const BoundingKeyframes& around, const Context& context, Cache* cache) const {
+    const bool outside = !around.before.parameter || !around.after.parameter;
+    return outside ? extrapolateValue(around, context, cache) : interpolateValue(around, context, cache);
 }
 
 template <class T>
@@ -183,7 +258,7 @@ template <class T> MVInterpolationParams Parameter<T>::viewInterpolation() const
 }
 
 template <class T> void Parameter<T>::setViewInterpolation(const MVInterpolationParams& params) {
-    m_viewInterpolation.store(params.mode);
+    m_viewInterpolation.store(static_cast<quint8>(params.mode));
 }
 
 } // namespace Prm

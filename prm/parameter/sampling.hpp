@@ -3,6 +3,7 @@
 // Values at many times.
 
 #include "prm/Parameter.h"
+#include "prm/detail/CurveShapes.h"
 
 #include <algorithm>
 #include <vector>
@@ -17,7 +18,7 @@ void Parameter<T>::sampleValues(const Time* times, int count, const View& view, 
     }
     {
         const ReadBlock block = readShown(view);
-        if (!isKeyframed()) {
+        if (!answersKeyframed()) {
             std::fill_n(out, count, block->staticValue);
             return;
         }
@@ -40,15 +41,47 @@ void Parameter<T>::sampleValues(const Time* times, int count, const View& view, 
 template <class T>
 void Parameter<T>::sampleBlock(const ReadBlock& block, const Time* times, int count, const View& view, T* out,
                                Cache* cache) const {
-    detail::BracketCursor cursor;
-    for (int i = 0; i < count; ++i) {
-        const Context context(times[i], view);
+    int last = 0;
+    for (int i = 0; i < count;) {
         // Looked up again each time: a hook on the owning thread may edit the list.
         const KeyframeVector& keyframes = block.keyframes();
-        out[i] = keyframes.isEmpty()
-                     ? valueIn(block, context, cache)
-                     : valueAround(block, cursor.at(keyframes.constData(), keyframes.size(), times[i]), context, cache);
+        const int known = keyframes.isEmpty() ? 0 : sampleKnown(keyframes, times + i, count - i, last, out + i);
+        if (known == 0)
+            out[i] = valueIn(block, Context(times[i], view), cache);
+        i += std::max(known, 1);
     }
+}
+
+/// As many values, from the first time on, as can be had at once without asking hooks.
+template <class T>
+int Parameter<T>::sampleKnown(const KeyframeVector& keyframes, const Time* times, int count, int& last, T* out) const {
+    if (!isOfKnownClass())
+        return 0;
+    const detail::Bracket at = detail::bracketNear(keyframes.constData(), keyframes.size(), times[0], last);
+    if (at.before < 0 || at.after < 0)
+        return sampleEdge(keyframes, at, times, count, out);
+    const int from = at.before;
+    const bool beginsSegment = from + 1 < keyframes.size() && (at.after > from || exactKey(keyframes, from) == from);
+    if constexpr (blends<T>) {
+        if (beginsSegment)
+            return detail::segmentValues(keyframes.at(from), keyframes.at(from + 1), times, count, out);
+    }
+    out[0] = keyframes.at(exactKey(keyframes, from)).value;
+    return 1;
+}
+
+/// The values at the times, from the first on, that lie on that side of all keyframes as long as the range holds.
+template <class T>
+int Parameter<T>::sampleEdge(const KeyframeVector& keyframes, detail::Bracket at, const Time* times, int count,
+                             T* out) const {
+    const bool isBefore = at.before < 0;
+    if ((isBefore ? m_extrapolationBefore : m_extrapolationAfter).load() != Extrapolation::Constant)
+        return 0;
+    const KeyframeData<T>& edge = isBefore ? keyframes.first() : keyframes.last();
+    const auto isBeyond = [&](Time time) { return isBefore ? time < edge.time : edge.time < time; };
+    const int done = static_cast<int>(std::find_if_not(times, times + count, isBeyond) - times);
+    std::fill_n(out, done, edge.value);
+    return done;
 }
 
 /// Each source view is sampled on its own, so that no two are held at once.

@@ -37,9 +37,7 @@ Parameter<T>::Parameter(const Parameter& other)
       m_splittable(other.m_splittable.load()), m_isSplit(other.m_isSplit.load()),
       m_viewInterpolation(other.m_viewInterpolation.load()), m_extrapolationBefore(other.m_extrapolationBefore.load()),
       m_extrapolationAfter(other.m_extrapolationAfter.load()),
-      m_defaultInterpolation(other.m_defaultInterpolation.load()) {
-    m_views.assignViews(other.m_views, [] {});
-}
+      m_defaultInterpolation(other.m_defaultInterpolation.load()), m_views(other.m_views, T()) {}
 
 template <class T> Parameter<T>::~Parameter() {
     announceDeletion();
@@ -99,6 +97,8 @@ template <class T> T Parameter<T>::staticValue(const View& view) const {
 template <class T> auto Parameter<T>::targetData(const View& view, const PVData* contents) -> PVData* {
     const View addressed = view;
     const View target = splittable() ? addressed : View(View::defaultViewId());
+    if (PVData* const own = m_views.findRealViewData(target))
+        return own;
     const std::size_t before = m_views.viewList().size();
     const bool hadData = m_views.findRealViewData(addressed) != nullptr;
     PVData* const data = ownData(target, contents);

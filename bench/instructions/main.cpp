@@ -1,0 +1,136 @@
+// One main path of the library, a thousand times, for a profiler that collects inside `counted` only: see
+// bench/instructions/count.sh. Without an argument, the names of the paths; "--stamp" tells what the counts depend on.
+
+#include "bench/Curves.h"
+
+#include <functional>
+#include <gnu/libc-version.h>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <string>
+
+namespace {
+
+using Prm::Interpolation;
+using Prm::IType;
+using Prm::Time;
+using Prm::View;
+using Number = Prm::NumericParameter<double>;
+
+constexpr int runs = 1000;
+
+/// What is counted: of its own, and with a name that no compiler changes.
+extern "C" [[gnu::noinline]] void counted(const std::function<void(int)>& once) {
+    for (int i = 0; i < runs; ++i)
+        once(i);
+}
+
+/// Everything that happens once for a thread or a list happens here.
+void countWarm(const std::function<void(int)>& once) {
+    once(0);
+    counted(once);
+}
+
+std::unique_ptr<Number> curve(int keyframes, const IType& shape) {
+    auto made = std::make_unique<Number>(QStringLiteral("number"));
+    Bench::fill(*made, keyframes, shape);
+    return made;
+}
+
+void values(int keyframes, const IType& shape, Bench::Order order) {
+    const auto number = curve(keyframes, shape);
+    const std::vector<double> times = Bench::timesWithin(keyframes, order);
+    double sum = 0.0;
+    countWarm([&](int i) { sum += number->value(Time::fromDouble(times[static_cast<std::size_t>(i)])); });
+    benchmark::DoNotOptimize(sum);
+}
+
+void staticValues() {
+    Number number(QStringLiteral("number"), 0.5);
+    number.vSetValue(0.75, Time(Time::INVALID));
+    double sum = 0.0;
+    countWarm([&](int) { sum += number.value(Time()); });
+    benchmark::DoNotOptimize(sum);
+}
+
+void samples() {
+    const auto number = curve(100, {Interpolation::Linear});
+    std::vector<Time> times;
+    std::vector<double> sampled(runs);
+    for (int i = 0; i < runs; ++i)
+        times.push_back(Time::fromInt(i));
+    number->sampleValues(times.data(), runs, View(), sampled.data());
+    // Once: the thousand times are in the one call.
+    counted([&](int i) {
+        if (i == 0)
+            number->sampleValues(times.data(), runs, View(), sampled.data());
+    });
+}
+
+void appends() {
+    const auto number = curve(2, {Interpolation::Linear});
+    countWarm([&](int i) { number->vSetValue(i * 0.5, Time::fromInt(100 + i)); });
+}
+
+void changedValues() {
+    const auto number = curve(1000, {Interpolation::Linear});
+    countWarm([&](int i) { number->vSetValue(i + 0.25, Time::fromDouble(Bench::keyTime(i))); });
+}
+
+void emissions() {
+    Number number;
+    Prm::ParameterChange change(Prm::ParameterChange::VALUE_CHANGED, number, 0);
+    countWarm([&](int) { number.emitChange(change); });
+}
+
+void snapshots() {
+    const auto number = curve(1000, {Interpolation::Linear});
+    countWarm([&](int) { number->exportState(); });
+}
+
+void parameters() {
+    const QString name = QStringLiteral("number");
+    countWarm([&](int) { const Number made(name); });
+}
+
+const std::map<std::string, std::function<void()>>& paths() {
+    static const IType linear(Interpolation::Linear);
+    static const std::map<std::string, std::function<void()>> all{
+        {"value, static", staticValues},
+        {"value, linear, 2 keyframes", [] { values(2, linear, Bench::Order::Random); }},
+        {"value, linear, 100000 keyframes, in order", [] { values(100000, linear, Bench::Order::FrameAfterFrame); }},
+        {"value, linear, 1000 keyframes, random", [] { values(1000, linear, Bench::Order::Random); }},
+        {"value, Bezier, 2 keyframes", [] { values(2, Bench::ease(), Bench::Order::Random); }},
+        {"sampleValues, linear, one of 1000", samples},
+        {"vSetValue, appending", appends},
+        {"vSetValue, changing", changedValues},
+        {"emitChange, no receiver", emissions},
+        {"exportState", snapshots},
+        {"a parameter, made and destroyed", parameters},
+    };
+    return all;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 2) {
+        for (const auto& path : paths())
+            std::cout << path.first << '\n';
+        return 0;
+    }
+    if (std::string(argv[1]) == "--stamp") {
+        // The C library chooses how to copy and compare by what the processor can do.
+        const char* const vectors = __builtin_cpu_supports("avx512f") ? "avx512"
+                                    : __builtin_cpu_supports("avx2")  ? "avx2"
+                                                                      : "sse";
+        std::cout << "compiler " << __VERSION__ << "; Qt " << qVersion() << "; C library " << gnu_get_libc_version()
+                  << "; " << vectors << "; flags " << PRM_BENCH_FLAGS << '\n';
+        return 0;
+    }
+    const auto found = paths().find(argv[1]);
+    if (found == paths().end())
+        return 2;
+    found->second();
+}

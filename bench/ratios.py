@@ -1,0 +1,122 @@
+#!/usr/bin/env python3
+"""Runs the benchmarks, interleaved, and prints one table of ratios. Usage: ratios.py PROGRAM [CASE...]
+
+A ratio is that of two cases of one repetition; shown is the median over the repetitions. The spread is the distance
+between the quartiles beside it. What spreads by more than a tenth is measured again, up to three times.
+"""
+
+import json
+import re
+import statistics
+import subprocess
+import sys
+
+REPETITIONS = 7
+LARGEST_SPREAD = 0.10
+
+CURVE, FLOOR_B, QT = "Bench::ParameterCurve", "Bench::LockedCurve", "QtCurve"
+
+# Row, what, case, beside, wanted, dream. "<" wants at most that part of the other's time, ">" that many times as fast.
+ROWS = [
+    ("1", "static value / dynamic property", "staticParameter", "staticProperty", "<0.3", "<0.1"),
+    *[("2", f"linear, in order, {n} keyframes / floor b", f"linearInOrder<{CURVE}>/{n}",
+       f"linearInOrder<{FLOOR_B}>/{n}", "<0.7", "<0.4") for n in (2, 1000, 100000)],
+    ("2", "the same, 100000 keyframes / 2", f"linearInOrder<{CURVE}>/100000", f"linearInOrder<{CURVE}>/2", "<1.3",
+     "<1.05"),
+    *[("3", f"linear, random, {n} keyframes / floor b", f"linearAtRandom<{CURVE}>/{n}",
+       f"linearAtRandom<{FLOOR_B}>/{n}", "<0.8", "<0.25") for n in (2, 1000, 100000)],
+    ("3", "linear, random, 1000 keyframes, times as fast as QVariantAnimation", f"linearAtRandom<{CURVE}>/1000",
+     f"linearAtRandom<{QT}>/1000", ">4", ">8"),
+    ("4", "Bezier, 2 keyframes / floor a with Newton", "easedParameter/2", "easedFloor/2", "<2.0", "<1.3"),
+    *[("4", f"Bezier, {n} keyframes / floor a with Newton", f"easedParameter/{n}", f"easedFloor/{n}", "<1.2", "<0.7")
+      for n in (1000, 100000)],
+    ("5", "two threads on one curve, times the work of one", "evaluate<WholeParameter>/1000/0/0/threads:2",
+     "evaluate<WholeParameter>/1000/0/0/threads:1", ">1.6", ">1.95"),
+    ("5", "two threads on a curve each", "evaluate<WholeParameter>/1000/0/1/threads:2",
+     "evaluate<WholeParameter>/1000/0/1/threads:1", ">1.9", ">1.95"),
+    *[("6", f"appending {n} keyframes / to a QVector", f"appendToParameter/{n}", f"appendToVector/{n}", "<3.5", "<2.5")
+      for n in (1000, 10000, 100000)],
+    *[("7", f"emitChange, {n} receivers / bare signal", f"emitChange/{n}", f"emitBare/{n}", *wanted)
+      for n, wanted in ((0, ("<1.8", "<1.4")), (1, ("<1.2", "<1.05")), (10, ("<1.1", "<1.02")))],
+    ("8", "a project of a million lines written, times as fast as the plain way", "libraryWrite", "plainWrite", ">10",
+     ">20"),
+    ("9", "the same, read", "libraryRead", "plainRead", ">4", ">6"),
+    *[("10", f"snapshot of {n} keyframes, times as fast as a deep copy", f"snapshot/{n}", f"deepCopy/{n}", *wanted)
+      for n, wanted in ((1000, ("", "")), (10000, ("", "")), (100000, (">1000", ">2500")))],
+    ("11", "bytes of an unwritten parameter / QObject", "unwritten", "bareObject", "<3.0", "<1.6"),
+    ("11", "the same with a name of its own", "unwrittenOwnName", "bareObject", "", ""),
+    ("11", "bytes of a written parameter / QObject", "written", "bareObject", "<3.5", "<1.9"),
+    ("11", "the same with a name of its own", "writtenOwnName", "bareObject", "", ""),
+    *[("12", f"{n} parameters at one frame / plain structs", f"comp<{CURVE}>/{n}", f"comp<Bench::PlainCurve>/{n}",
+       "<6", "<3") for n in (1000, 10000, 100000)],
+    *[("13", f"sampleValues, 1000 frames, {n} keyframes, times as fast as value", f"thousandSamples/{n}",
+       f"thousandValues/{n}", ">3", ">10") for n in (10, 100, 1000)],
+]
+
+
+def plain_name(name):
+    """Without what the library of the benchmarks appends."""
+    return re.sub(r"/(real_time|manual_time|iterations:\d+|repeats:\d+|keyframes:|random:|apart:|present:)",
+                  lambda part: "/" if part[1].endswith(":") else "", name)
+
+
+def measure(program, cases):
+    """The figures of each case, one for each repetition: bytes, work per second of several threads, or time."""
+    pattern = "^(" + "|".join(sorted({re.escape(case.split("/")[0]) for case in cases})) + ")(/|$)"
+    result = subprocess.run(
+        [program, f"--benchmark_filter={pattern}", f"--benchmark_repetitions={REPETITIONS}",
+         "--benchmark_enable_random_interleaving=true", "--benchmark_min_time=0.02", "--benchmark_format=json"],
+        check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+    figures = {}
+    for run in json.loads(result.stdout)["benchmarks"]:
+        if run["run_type"] != "iteration":
+            continue
+        name = plain_name(run["name"])
+        if run.get("error_occurred"):
+            sys.exit(f"ratios.py: {name}: {run['error_message']}")
+        if "threads:" in name:
+            figure = 1 / run["items_per_second"]
+        else:
+            figure = run.get("bytes") or (run["real_time"] if "manual_time" in run["name"] else run["cpu_time"])
+        figures.setdefault(name, {})[run["repetition_index"]] = figure
+    return figures
+
+
+def ratios_of(row, figures):
+    case, beside = figures[row[2]], figures[row[3]]
+    as_fast = row[4].startswith(">") or "times" in row[1]
+    return [beside[i] / case[i] if as_fast else case[i] / beside[i] for i in case.keys() & beside.keys()]
+
+
+def spread(ratios):
+    lower, _, upper = statistics.quantiles(ratios, n=4)
+    return (upper - lower) / statistics.median(ratios)
+
+
+def is_met(wish, ratio):
+    return not wish or (ratio >= float(wish[1:]) if wish[0] == ">" else ratio <= float(wish[1:]))
+
+
+def main(program, words):
+    rows = [row for row in ROWS if not words or any(word in (row[0], row[2].split("/")[0]) for word in words)]
+    results, left = {}, rows
+    for _ in range(3):
+        figures = measure(program, [case for row in left for case in row[2:4]])
+        for row in left:
+            ratios = ratios_of(row, figures)
+            if row not in results or spread(ratios) < spread(results[row]):
+                results[row] = ratios
+        left = [row for row in left if spread(results[row]) > LARGEST_SPREAD]
+        if not left:
+            break
+    print(f"{'row':>3}  {'case':72} {'ratio':>8} {'wanted':>7} {'dream':>7} {'spread':>6}")
+    for row in rows:
+        ratio = statistics.median(results[row])
+        note = "" if is_met(row[4], ratio) else "  not reached"
+        print(f"{row[0]:>3}  {row[1]:72} {ratio:8.2f} {row[4]:>7} {row[5]:>7} {spread(results[row]):6.0%}{note}")
+
+
+if __name__ == "__main__":
+    if len(sys.argv) < 2:
+        sys.exit(__doc__)
+    main(sys.argv[1], sys.argv[2:])
