@@ -54,8 +54,8 @@ private:
 /// The per-view storage of one parameter.
 ///
 /// Its shape (which views have data) is changed by the owning thread only. Readers reach a block without touching the
-/// lists as long as every view reads the same one, and otherwise announce the lists themselves for as long as they look
-/// into them.
+/// lists as long as every view reads the same one, and otherwise announce the template, whose mark guards the lists,
+/// for as long as they look into them.
 template <class T> class FastViewMap : public ParameterWithoutTypeBase::FastViewMapBase {
 public:
     using Block = PVData<T>;
