@@ -174,8 +174,7 @@ std::vector<BuiltParameter> builtParameters(Project& project, std::vector<int>& 
         }
         if (built.size() == mostCurves)
             throw Problem(QStringLiteral("more than %1 curves").arg(mostCurves));
-        built.push_back(project.built(node));
-        built.back().followMasters(project.text());
+        built.push_back(project.shown(node));
         drawn.push_back(node);
     }
     nodes.swap(drawn);
