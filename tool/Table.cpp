@@ -80,7 +80,7 @@ QByteArray Table::written(TableForm form) const {
 QByteArray Table::plain() const {
     std::vector<int> widths;
     for (const QString& heading : m_headings)
-        widths.push_back(heading.size());
+        widths.push_back(std::min(heading.size(), widestColumn));
     for (const QVector<QVariant>& row : m_rows) {
         for (int i = 0; i < row.size(); ++i)
             widths[i] = std::max(widths[i], std::min(shownText(row[i]).size(), widestColumn));
