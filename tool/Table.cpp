@@ -65,6 +65,14 @@ QString plainText(const QVariant& value) {
     }
 }
 
+void Table::add(const QVector<QVariant>& row) {
+    for (const QVariant& value : row) {
+        if (value.userType() == QMetaType::QString)
+            m_limit.add(value.toString().size());
+    }
+    m_rows.push_back(row);
+}
+
 QByteArray Table::written(TableForm form) const {
     switch (form) {
     case TableForm::Csv:

@@ -251,6 +251,15 @@ TEST(Program, ImportsIntoWholeFilesOrNone) {
     }
 }
 
+TEST(Program, DoesNotRepeatALongNameForEveryView) {
+    QByteArray text = QByteArray(10000, 'a') + ".x.views=[0";
+    for (int view = 1; view < 15000; ++view)
+        text += ',' + QByteArray::number(view);
+    const Outcome outcome = run("keys -", text + "]\n");
+    EXPECT_TRUE(outcome.error.startsWith("prm: more than 134217728 characters of text")) << outcome.error.constData();
+    EXPECT_EQ(outcome.exitCode, 2);
+}
+
 TEST(Program, FindsNothingWrongWithAGoodFile) {
     const Outcome outcome = run("check -", "FileVersion.value=2019\r\na.x.value=1");
     EXPECT_EQ(outcome.out.toStdString(), "");
