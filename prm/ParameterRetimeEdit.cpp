@@ -40,7 +40,10 @@ public:
 
     bool movesAny() const { return !m_moved.isEmpty(); }
     bool isPossible() const {
-        return std::all_of(m_after.begin(), m_after.end(), [](Time time) { return time.isValid(); });
+        // Keyframes are shifted in single precision.
+        constexpr auto farthest = static_cast<double>(std::numeric_limits<float>::max());
+        return std::all_of(m_after.begin(), m_after.end(),
+                           [](Time time) { return time.isValid() && time.toDouble() >= -farthest; });
     }
     /// Whether no keyframe is passed or replaced.
     bool keepsOrder() const {

@@ -49,6 +49,21 @@ std::unique_ptr<Prm::ParameterWithoutType> build(const ProjectText& text, int no
     return parameter;
 }
 
+/// Where the chain of masters ends, the node itself without one.
+int lastMaster(const ProjectText& text, int node) {
+    std::vector<int> chain{node};
+    for (int master = masterOf(text, node); master >= 0; master = masterOf(text, master)) {
+        if (std::find(chain.begin(), chain.end(), master) != chain.end())
+            break;
+        if (chain.size() > BuiltParameter::longestChain)
+            throw Problem(QStringLiteral("%1: follows more than %2 others")
+                              .arg(text.path(node))
+                              .arg(BuiltParameter::longestChain));
+        chain.push_back(master);
+    }
+    return chain.back();
+}
+
 } // namespace
 
 std::vector<int> readInto(Prm::ParameterWithoutType& parameter, const ProjectText& text, int node,
@@ -78,21 +93,17 @@ std::unique_ptr<Prm::Parameter<QString>> buildRaw(const ProjectText& text, int n
     return parameter;
 }
 
-BuiltParameter::BuiltParameter(const ProjectText& text, int node, ValueKind kind) : m_node(node), m_kind(kind) {
-    m_chain.push_back(build(text, node, m_kind));
-}
+BuiltParameter::BuiltParameter(const ProjectText& text, int node, ValueKind kind)
+    : m_node(node), m_kind(kind), m_parameter(build(text, node, kind)) {}
 
-void BuiltParameter::followMasters(const ProjectText& text) {
-    std::vector<int> nodes{m_node};
-    for (int master = masterOf(text, m_node); master >= 0; master = masterOf(text, master)) {
-        if (std::find(nodes.begin(), nodes.end(), master) != nodes.end())
-            return;
-        if (nodes.size() > longestChain)
-            throw Problem(QStringLiteral("%1: follows more than %2 others").arg(text.path(m_node)).arg(longestChain));
-        nodes.push_back(master);
-        m_chain.push_back(build(text, master, m_kind));
-        m_chain.back()->bAddConstrainedParameter(m_chain[m_chain.size() - 2].get());
-    }
+void BuiltParameter::followMasters(const ProjectText& text, Masters& masters) {
+    const int last = lastMaster(text, m_node);
+    if (last == m_node)
+        return;
+    m_master = masters[{last, m_kind}];
+    if (!m_master)
+        m_master = masters[{last, m_kind}] = build(text, last, m_kind);
+    m_master->bAddConstrainedParameter(m_parameter.get());
 }
 
 template <class Ask> auto BuiltParameter::ask(const Ask& ask) const {
@@ -125,15 +136,8 @@ QVariant BuiltParameter::staticValue(Prm::View view) const {
     return ask([&](const auto& parameter) { return QVariant::fromValue(parameter.staticValue(view)); });
 }
 
-int masterLine(const ProjectText& text, int node) {
-    const std::vector<int>& lines = text.node(node).lines;
-    const auto found =
-        std::find_if(lines.rbegin(), lines.rend(), [&](int line) { return text.key(line) == Key::Master; });
-    return found == lines.rend() ? -1 : *found;
-}
-
 int masterOf(const ProjectText& text, int node) {
-    const int line = masterLine(text, node);
+    const int line = text.node(node).masterLine;
     if (line < 0)
         return -1;
     const std::string_view path = textBehindEquals(text.line(line));

@@ -154,8 +154,8 @@ void checkMasters(const ProjectText& text, Findings& findings) {
             walkOf[static_cast<std::size_t>(node)] = start + 1;
         if (node >= 0 && walkOf[static_cast<std::size_t>(node)] == start + 1 && masterOf(text, node) >= 0)
             findings.push_back(
-                {masterLine(text, node), QStringLiteral("'%1' follows itself in a circle").arg(text.path(node))});
-        const int line = masterLine(text, start);
+                {text.node(node).masterLine, QStringLiteral("'%1' follows itself in a circle").arg(text.path(node))});
+        const int line = text.node(start).masterLine;
         if (line >= 0 && masterOf(text, start) < 0)
             findings.push_back(
                 {line, QStringLiteral("no parameter '%1' to follow").arg(toText(textBehindEquals(text.line(line))))});

@@ -7,6 +7,8 @@
 #include <QFileInfo>
 
 #include <pthread.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace Tool {
 
@@ -22,7 +24,10 @@ HeldSignals::~HeldSignals() {
     pthread_sigmask(SIG_SETMASK, &m_former, nullptr);
 }
 
-OutputFile::OutputFile(const QString& name) : m_name(name), m_file(name) {}
+OutputFile::OutputFile(const QString& name) : m_name(name), m_file(name) {
+    if (name.isEmpty())
+        throw Problem(QStringLiteral("the name of a file is empty"));
+}
 
 void OutputFile::write(const QByteArray& bytes) {
     m_bytes = bytes;
@@ -30,8 +35,24 @@ void OutputFile::write(const QByteArray& bytes) {
         return;
     // The file that is to take the other's place would stay behind.
     m_held.emplace();
-    if (!m_file.open(QIODevice::WriteOnly) || m_file.write(bytes) != bytes.size() || !m_file.flush())
+    if (!m_file.open(QIODevice::WriteOnly))
         fail(m_file);
+    keepOwnerAndMode();
+    if (m_file.write(bytes) != bytes.size() || !m_file.flush())
+        fail(m_file);
+}
+
+/// Of a file that is replaced, as far as this user may.
+void OutputFile::keepOwnerAndMode() {
+    struct stat former {};
+    if (stat(QFile::encodeName(m_name).constData(), &former) != 0)
+        return;
+    const bool hasGroup = fchown(m_file.handle(), static_cast<uid_t>(-1), former.st_gid) == 0;
+    const bool hasOwner = fchown(m_file.handle(), former.st_uid, static_cast<gid_t>(-1)) == 0;
+    mode_t mode = former.st_mode & (hasOwner && hasGroup ? 07777 : 0777);
+    if (!hasGroup)
+        mode = (mode & ~static_cast<mode_t>(S_IRWXG)) | ((mode & S_IRWXO) << 3); // Another group is like all others.
+    fchmod(m_file.handle(), mode);
 }
 
 void OutputFile::commit() {

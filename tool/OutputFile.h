@@ -34,6 +34,7 @@ public:
 
 private:
     bool isReplaced() const;
+    void keepOwnerAndMode();
     void writeDirectly();
     [[noreturn]] void fail(const QIODevice& device) const;
 

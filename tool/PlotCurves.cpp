@@ -12,6 +12,8 @@ namespace Tool {
 namespace {
 
 constexpr std::size_t mostCurves = 1000;
+/// A thousand curves with the longest of names would still be a picture.
+constexpr int longestName = 200;
 constexpr PlotRange framesOfStaticValues{0, 100};
 
 /// A parameter in a view.
@@ -20,6 +22,11 @@ struct Source {
     QString path;
     Prm::View view;
 };
+
+/// The end of a name says more than its beginning.
+QString shortened(const QString& name) {
+    return name.size() <= longestName ? name : QChar(0x2026) + name.right(longestName);
+}
 
 bool hasNumbers(ValueKind kind) {
     return kind != ValueKind::Opaque && kind != ValueKind::Text;
@@ -174,8 +181,7 @@ std::vector<BuiltParameter> builtParameters(Project& project, std::vector<int>& 
         }
         if (built.size() == mostCurves)
             throw Problem(QStringLiteral("more than %1 curves").arg(mostCurves));
-        built.push_back(project.built(node));
-        built.back().followMasters(project.text());
+        built.push_back(project.shown(node));
         drawn.push_back(node);
     }
     nodes.swap(drawn);
@@ -208,7 +214,7 @@ Plot plotOf(Project& project, const PlotRequest& request) {
     plot.frames = request.frames.value_or(framesOf(sources));
     for (const Source& source : sources) {
         const QString view = namesViews ? QStringLiteral(" view %1").arg(source.view.id()) : QString();
-        Sampling(source, plot.frames, request.samples).addTo(plot.curves, printable(source.path + view));
+        Sampling(source, plot.frames, request.samples).addTo(plot.curves, printable(shortened(source.path) + view));
     }
     plot.values = valuesOf(plot.curves);
     return plot;

@@ -35,6 +35,12 @@ void Project::declare(Arguments& arguments) {
 Project::Project(const Arguments& arguments)
     : m_name(arguments.file()), m_text(readInput(m_name)), m_kinds(m_text, KindRules(rulesOf(arguments))) {}
 
+BuiltParameter Project::shown(int node) {
+    BuiltParameter parameter = built(node);
+    parameter.followMasters(m_text, m_masters);
+    return parameter;
+}
+
 std::vector<int> Project::parameters(const QStringList& patterns) const {
     std::vector<PathPattern> wanted;
     for (const QString& pattern : patterns)

@@ -17,6 +17,8 @@ public:
     const ProjectText& text() const { return m_text; }
     ValueKind kindOf(int node) { return m_kinds.of(node); }
     BuiltParameter built(int node) { return {m_text, node, kindOf(node)}; }
+    /// Shows what its masters show.
+    BuiltParameter shown(int node);
     /// The parameters that the patterns name, in the order of the file; all of them without a pattern. Throws `Problem`
     /// for a pattern that names nothing.
     std::vector<int> parameters(const QStringList& patterns) const;
@@ -25,6 +27,7 @@ private:
     QString m_name;
     ProjectText m_text;
     Kinds m_kinds;
+    Masters m_masters;
 };
 
 } // namespace Tool

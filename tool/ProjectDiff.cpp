@@ -4,6 +4,7 @@
 #include "tool/ParameterState.h"
 #include "tool/Progress.h"
 #include "tool/Table.h"
+#include "tool/TextLimit.h"
 #include "tool/ValueKind.h"
 
 #include <algorithm>
@@ -114,6 +115,7 @@ private:
 
     void addView(const QString& change, const ViewData& data) {
         const QString message = QStringLiteral("view %1 %2").arg(m_view.toString(), change) + contentOf(data);
+        m_limit.add(m_path.size());
         m_differences.push_back(
             {m_path, m_view, QStringLiteral("view"), change, {}, {}, {}, m_path + QStringLiteral(": ") + message});
     }
@@ -187,6 +189,7 @@ private:
     QVariant m_view;
     bool m_namesViews = false;
     std::vector<Difference>& m_differences;
+    TextLimit m_limit;
 };
 
 /// For each node of a text, the node of that path in another one, -1 without one.

@@ -173,6 +173,8 @@ void ProjectText::readLines(int first) {
             node.nameLine = i;
         else
             node.lines.push_back(i);
+        if (reading.key == Key::Master)
+            node.masterLine = i;
     }
 }
 

@@ -26,6 +26,8 @@ public:
         std::string_view name;
         /// The line of the group's display name, -1 without one.
         int nameLine = -1;
+        /// The last line that names a master, -1 without one.
+        int masterLine = -1;
         /// The lines of the parameter, in the order of the file.
         std::vector<int> lines;
         std::vector<int> children;

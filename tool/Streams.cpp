@@ -33,6 +33,8 @@ QByteArray readAll(QFile& file, const QString& name, qint64 most) {
 
 QByteArray readInput(const QString& name, qint64 most) {
     const bool isStandard = name == QLatin1String("-");
+    if (name.isEmpty())
+        throw Problem(QStringLiteral("the name of a file is empty"));
     if (!isStandard && QFileInfo(name).isDir())
         throw Problem(QStringLiteral("%1: is a directory").arg(name));
     QFile file(isStandard ? QString() : name);

@@ -65,6 +65,14 @@ QString plainText(const QVariant& value) {
     }
 }
 
+void Table::add(const QVector<QVariant>& row) {
+    for (const QVariant& value : row) {
+        if (value.userType() == QMetaType::QString)
+            m_limit.add(value.toString().size());
+    }
+    m_rows.push_back(row);
+}
+
 QByteArray Table::written(TableForm form) const {
     switch (form) {
     case TableForm::Csv:
@@ -80,7 +88,7 @@ QByteArray Table::written(TableForm form) const {
 QByteArray Table::plain() const {
     std::vector<int> widths;
     for (const QString& heading : m_headings)
-        widths.push_back(heading.size());
+        widths.push_back(std::min(heading.size(), widestColumn));
     for (const QVector<QVariant>& row : m_rows) {
         for (int i = 0; i < row.size(); ++i)
             widths[i] = std::max(widths[i], std::min(shownText(row[i]).size(), widestColumn));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tool/TextLimit.h"
+
 #include <QByteArray>
 #include <QStringList>
 #include <QVariant>
@@ -21,7 +23,8 @@ class Table {
 public:
     explicit Table(const QStringList& headings) : m_headings(headings) {}
 
-    void add(const QVector<QVariant>& row) { m_rows.push_back(row); }
+    /// Throws `Problem` when there is too much text.
+    void add(const QVector<QVariant>& row);
     bool isEmpty() const { return m_rows.empty(); }
     /// Plain: columns side by side, at most so wide; a text with line breaks is escaped. JSON: a list of objects.
     QByteArray written(TableForm form) const;
@@ -33,6 +36,7 @@ private:
 
     QStringList m_headings;
     std::vector<QVector<QVariant>> m_rows;
+    TextLimit m_limit;
 };
 
 } // namespace Tool

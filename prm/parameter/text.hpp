@@ -146,7 +146,9 @@ bool Parameter<T>::streamInValue(const QString& line, const ProjectFileVersion& 
 template <class T> void Parameter<T>::readViewList(const QString& line) {
     const detail::LifeGuard guard(*this);
     const View defaultView;
-    const std::vector<View> views = detail::parseViewList(line);
+    std::vector<View> views = detail::parseViewList(line);
+    // In ascending order none has to be put before others.
+    std::sort(views.begin(), views.end());
     clearViewData();
     for (const View view : views) {
         if (!guard.alive())

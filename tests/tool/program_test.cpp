@@ -162,6 +162,8 @@ const Case refusals[] = {
      "prm: logo.title: only numbers have an offset\n"},
     {"turned around", "retime logo.prm logo --scale -1 -o -", 2,
      "prm: retime: the scale must be above 0 (prm retime --help)\n"},
+    {"too far away", "retime logo.prm logo.opacity --shift=-1e300 -o -", 2,
+     "prm: logo.opacity: no frame is so far away as 0 would go\n"},
     {"newer file", "upgrade faults.prm -o -", 2,
      "prm: faults.prm: written in version 4000 of the format, newer than 3002\n"},
     {"too wide", "plot logo.prm logo --width 1001", 2,
@@ -193,11 +195,16 @@ TEST(Program, EditsAFileInItsPlace) {
     const QTemporaryDir folder;
     QFile file(folder.filePath(QStringLiteral("a.prm")));
     ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.write(KEY(1, 5)) > 0 && file.flush());
+    const mode_t mode = 02604;
+    ASSERT_EQ(fchmod(file.handle(), mode), 0);
     EXPECT_EQ(run(("move " + file.fileName() + " a --from 1 --to 2 --in-place").toLatin1().constData()).exitCode, 0);
     QFile edited(file.fileName());
     ASSERT_TRUE(edited.open(QIODevice::ReadOnly));
     EXPECT_EQ(edited.readAll().toStdString(), KEY(2, 5));
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 1);
+    struct stat status {};
+    EXPECT_EQ(fstat(edited.handle(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, mode);
 }
 
 TEST(Program, ImportsIntoWholeFilesOrNone) {
@@ -242,6 +249,15 @@ TEST(Program, ImportsIntoWholeFilesOrNone) {
         for (const QString& file : files)
             QFile::remove(dir.filePath(file));
     }
+}
+
+TEST(Program, DoesNotRepeatALongNameForEveryView) {
+    QByteArray text = QByteArray(10000, 'a') + ".x.views=[0";
+    for (int view = 1; view < 15000; ++view)
+        text += ',' + QByteArray::number(view);
+    const Outcome outcome = run("keys -", text + "]\n");
+    EXPECT_TRUE(outcome.error.startsWith("prm: more than 134217728 characters of text")) << outcome.error.constData();
+    EXPECT_EQ(outcome.exitCode, 2);
 }
 
 TEST(Program, FindsNothingWrongWithAGoodFile) {

@@ -76,12 +76,13 @@ QByteArray joined(const std::vector<std::string>& parts) {
 
 void readEverything(const ProjectText& text) {
     Kinds kinds(text, KindRules({}));
+    Masters masters;
     for (int node = 1; node < static_cast<int>(text.nodes().size()); ++node) {
         RC_ASSERT(text.findNode(text.path(node).toStdString()) == node || text.path(node).contains(QChar(0xFFFD)));
         if (!text.node(node).isParameter())
             continue;
         BuiltParameter built(text, node, kinds.of(node));
-        built.followMasters(text);
+        built.followMasters(text, masters);
         built.sample({Prm::Time::fromInt(-1), Prm::Time::fromInt(3)}, Prm::View(1));
     }
     for (const Finding& finding : findingsIn(text))

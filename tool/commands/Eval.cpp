@@ -28,8 +28,7 @@ Prm::View viewOf(const Arguments& arguments) {
 
 /// One column, with what the user should know of it.
 QVector<QVariant> column(Project& project, int node, const QVector<Prm::Time>& times, Prm::View view) {
-    BuiltParameter built = project.built(node);
-    built.followMasters(project.text());
+    const BuiltParameter built = project.shown(node);
     const QString path = project.text().path(node);
     if (built.kind() == ValueKind::Opaque)
         tell(QStringLiteral("%1: not evaluated, its values are of no known type").arg(path));

@@ -8,11 +8,12 @@ namespace Tool {
 
 namespace {
 
-/// A parameter that loses its last keyframe keeps that value, but here it only goes away for a moment.
+/// A parameter that loses its last keyframe keeps that value, but here it only goes away for a moment. The way back, a
+/// copy of all views for each of them, is not needed.
 void move(const EditedParameter& edited, const Prm::Context& from, const Prm::Context& to) {
     const WrittenValue value = edited.parameter().staticValue(from.view);
-    Prm::MoveKeyframeEdit(edited.parameter(), from, to).doIt();
-    edited.setValue(value, {Prm::Time(Prm::Time::INVALID), from.view});
+    if (Prm::MoveKeyframeEdit(edited.parameter(), from, to).doMoveKeyframe(Prm::Context::Explicit(from), to))
+        edited.setValue(value, {Prm::Time(Prm::Time::INVALID), from.view});
 }
 
 } // namespace

@@ -32,6 +32,19 @@ Prm::Retiming retimingOf(const Arguments& arguments) {
     return retiming;
 }
 
+/// Otherwise nothing of the parameter would move.
+void checkPossible(const EditedParameter& edited, const Prm::Retiming& retiming) {
+    const auto& parameter = edited.parameter();
+    for (const Prm::View view : parameter.viewList()) {
+        for (unsigned int i = 0; i < parameter.keyframeCount(view); ++i) {
+            const Prm::Time time = parameter.keyframeTime(i, view).time;
+            if (retiming.concerns(time) && !isFrame(retiming(time)))
+                throw Problem(QStringLiteral("%1: no frame is so far away as %2 would go")
+                                  .arg(edited.path, plainText(time.toDouble())));
+        }
+    }
+}
+
 } // namespace
 
 int retime(Arguments& arguments) {
@@ -51,6 +64,7 @@ int retime(Arguments& arguments) {
         return Fine;
     const Prm::Retiming retiming = retimingOf(arguments);
     return editProject(arguments, arguments.patterns(), [&](const EditedParameter& edited) {
+        checkPossible(edited, retiming);
         Prm::ParameterRetimeEdit(edited.parameter(), retiming).doIt();
     });
 }

@@ -1,6 +1,5 @@
 #include "tool/edit/Editing.h"
 
-#include "prm/ParameterEdits.h"
 #include "tool/Problem.h"
 #include "tool/Progress.h"
 #include "tool/Streams.h"
@@ -106,7 +105,7 @@ WrittenValue EditedParameter::sum(const WrittenValue& value, double offset) cons
 }
 
 void EditedParameter::setValue(const WrittenValue& value, const Prm::Context& context) const {
-    Prm::ParameterSetValueEdit(parameter(), QVariant::fromValue(value), context).doIt();
+    parameter().vSetValue(value, context);
 }
 
 void declareOutput(Arguments& arguments) {
@@ -133,9 +132,13 @@ double numberOption(const Arguments& arguments, const QString& option) {
     return number;
 }
 
+bool isFrame(Prm::Time time) {
+    return time.isValid() && time.toDouble() >= -Prm::Time::LARGEST_VALID_VALUE;
+}
+
 Prm::Time timeOption(const Arguments& arguments, const QString& option) {
     const Prm::Time time = Prm::Time::fromDouble(numberOption(arguments, option));
-    if (!time.isValid())
+    if (!isFrame(time))
         throw WrongUse(QStringLiteral("'%1' is no frame").arg(arguments.value(option)));
     return time;
 }

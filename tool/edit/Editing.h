@@ -18,6 +18,7 @@ struct EditedParameter {
     WrittenValue value(const QString& text) const;
     /// A number added to it. Values of other kinds throw `Problem`.
     WrittenValue sum(const WrittenValue& value, double offset) const;
+    /// Without a way back, which would be a copy of all keyframes for each of them.
     void setValue(const WrittenValue& value, const Prm::Context& context) const;
 };
 
@@ -33,6 +34,8 @@ void declareOutput(Arguments& arguments);
 /// Where to write. Throws `WrongUse` unless one place is named.
 QString outputOf(const Arguments& arguments);
 double numberOption(const Arguments& arguments, const QString& option);
+/// Whether a keyframe can go there.
+bool isFrame(Prm::Time time);
 Prm::Time timeOption(const Arguments& arguments, const QString& option);
 
 // --- do --------------------------------------------------------------------------------------------------------------

@@ -56,6 +56,8 @@ public:
     Keys(const QJsonArray& json, LottieProperty& property) : m_property(property) {
         read(json);
         if (!failed())
+            checkSizes();
+        if (!failed())
             sort();
         if (!failed())
             complete();
@@ -125,6 +127,20 @@ private:
             change(QStringLiteral("keyframes without a value take the former one's: %1").arg(unknown));
         if (jumps > 0)
             change(QStringLiteral("segments end at the next keyframe's value instead of their own: %1").arg(jumps));
+    }
+
+    /// One long keyframe among many short ones would make all of them long.
+    void checkSizes() {
+        constexpr qint64 most = 8;
+        constexpr qint64 alwaysAllowed = 10000;
+        qint64 written = 0;
+        int longest = 0;
+        for (const Key& key : m_keys) {
+            written += key.value.size() + key.end.size();
+            longest = std::max({longest, key.value.size(), key.end.size()});
+        }
+        if (static_cast<qint64>(m_keys.size()) * longest > alwaysAllowed + most * written)
+            fail(QStringLiteral("most of its keyframes lack most components"));
     }
 
     void mergeSimultaneous() {
