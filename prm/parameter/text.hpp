@@ -147,8 +147,10 @@ template <class T> void Parameter<T>::readViewList(const QString& line) {
     const detail::LifeGuard guard(*this);
     const View defaultView;
     std::vector<View> views = detail::parseViewList(line);
-    // In ascending order none has to be put before others.
-    std::sort(views.begin(), views.end());
+    // Observers hear of them as they are listed, but a long list in descending order would take quadratic time.
+    constexpr std::size_t longList = 1000;
+    if (views.size() > longList)
+        std::sort(views.begin(), views.end());
     clearViewData();
     for (const View view : views) {
         if (!guard.alive())
