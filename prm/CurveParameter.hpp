@@ -67,12 +67,15 @@ T CurveParameter<T>::extrapolateIn(const typename Parameter<T>::KeyframeVector& 
         return detail::continuedValue(edge.value, from, to, slope, time - edge.time);
     }
     Time inside;
+    // A host's function may edit the list.
+    const typename Parameter<T>::KeyframeVector kept = keyframes;
+    const T held = edge.value;
     if (!detail::mapIntoRange(kind, time, first.time, last.time, inside))
-        return edge.value;
-    const detail::Bracket at = detail::bracket(keyframes.constData(), count, inside);
+        return held;
+    const detail::Bracket at = detail::bracket(kept.constData(), count, inside);
     if (at.before < 0 || at.after < 0)
-        return edge.value;
-    return detail::segmentValue(keyframes.at(at.before), keyframes.at(at.after), inside);
+        return held;
+    return detail::segmentValue(kept.at(at.before), kept.at(at.after), inside);
 }
 
 template <class T> bool CurveParameter<T>::supportsExtrapolationFromNoKeys() const {

@@ -50,6 +50,19 @@ inline bool isCustom(const IType& shape) {
     return shape.interpolation >= Interpolation::Custom0;
 }
 
+template <class T> PRM_ALWAYS_INLINE T blended(const T& from, const T& to, double part) {
+    std::array<double, ValueType<T>::componentCount> mixed{};
+    for (int i = 0; i < ValueType<T>::componentCount; ++i)
+        mixed[static_cast<std::size_t>(i)] =
+            mix(ValueType<T>::component(from, i), ValueType<T>::component(to, i), part);
+    return ValueType<T>::fromComponents(mixed.data());
+}
+
+/// The same by a host's function, on copies: it may edit the list that the keyframes are in.
+template <class T> T blendedByHost(KeyframeData<T> from, KeyframeData<T> to, double x) {
+    return blended(from.value, to.value, segmentProgress(from.interpolationData, x));
+}
+
 /// The value of the segment between two keyframes. Outside the segment, or where its duration is not positive, the
 /// nearer keyframe's.
 template <class T> PRM_ALWAYS_INLINE T segmentValue(const KeyframeData<T>& from, const KeyframeData<T>& to, Time time) {
@@ -64,12 +77,7 @@ template <class T> PRM_ALWAYS_INLINE T segmentValue(const KeyframeData<T>& from,
         return from.value;
     if (x >= 1.0)
         return to.value;
-    const double part = segmentProgress(shape, x);
-    std::array<double, ValueType<T>::componentCount> mixed{};
-    for (int i = 0; i < ValueType<T>::componentCount; ++i)
-        mixed[static_cast<std::size_t>(i)] =
-            mix(ValueType<T>::component(from.value, i), ValueType<T>::component(to.value, i), part);
-    return ValueType<T>::fromComponents(mixed.data());
+    return isCustom(shape) ? blendedByHost(from, to, x) : blended(from.value, to.value, segmentProgress(shape, x));
 }
 
 /// `segmentValue` of a straight line of ordinary numbers at the times, from the first on, that lie inside it; answers

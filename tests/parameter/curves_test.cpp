@@ -119,6 +119,28 @@ TEST(Curves, NumbersAreRoundedAndHeldToTheirRange) {
     EXPECT_EQ(parameter.value(at(-1e300)), 4);
 }
 
+TEST(Curves, AHostsFunctionMayEditTheListThatItIsAskedAbout) {
+    const CustomKinds kinds;
+    NumericParameter<double> parameter;
+    const auto refill = [&] {
+        key(parameter, {{10, 2.}, {20, 10.}});
+        parameter.vSetInterpolation(custom(0), at(10));
+        parameter.vSetExtrapolationAfter(customOutside(1));
+    };
+    registerInterpolation(custom(0), [&](const IType& shape, double x) {
+        parameter.vDeleteAllKeyframes(View());
+        return shape.interpolation == custom(0) ? x : NAN;
+    });
+    registerExtrapolation(customOutside(1), [&](Time, Time first, Time) {
+        parameter.clearViewData();
+        return first + 2.5;
+    });
+    refill();
+    EXPECT_EQ(parameter.value(at(15)), 6);
+    refill();
+    EXPECT_EQ(parameter.value(at(30)), 4);
+}
+
 TEST(Curves, PointsMoveInBothCoordinates) {
     PointParameter parameter;
     key<QPointF>(parameter, {{0, {0, 10}}, {10, {4, 0}}});
