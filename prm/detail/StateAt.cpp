@@ -15,9 +15,11 @@ const ParameterWithoutType* animated(const BasicParameter& parameter) {
 }
 
 /// The static value of a parameter with keyframes, and the own value of one that shows its master's, cannot be asked
-/// for.
+/// for. A view that is none writes the source data, and does not tell of their keyframes.
 bool hidesItsStaticValue(const ParameterWithoutType& parameter, const Context& context) {
-    return parameter.masterParameter() || (parameter.keyframeCount(context.view) > 0 && !Frame(context).isValid());
+    const bool hasKeyframes =
+        parameter.keyframeCount(context.view) > 0 || (!context.view.isValid() && parameter.isKeyframed());
+    return parameter.masterParameter() || (hasKeyframes && !Frame(context).isValid());
 }
 
 } // namespace
