@@ -58,10 +58,7 @@ struct Arguments {
 };
 
 ParameterWithoutType* parameterFrom(World& world) {
-    const int number = world.choose.below(Fuzz::parameterCount);
-    if (!world.slots[static_cast<std::size_t>(number)].parameter)
-        world.make(number);
-    return world.parameter(number);
+    return world.parameter(world.choose.below(Fuzz::parameterCount));
 }
 
 // --- calls -----------------------------------------------------------------------------------------------------------
@@ -450,6 +447,12 @@ private:
             if (const ParameterSet* const set = m_world.set(i))
                 Fuzz::intact(detail::verify(*set));
         compareLists();
+        for (int i = 0; i < Fuzz::parameterCount; ++i) {
+            if (m_world.slots[static_cast<std::size_t>(i)].parameter)
+                continue;
+            m_world.make(i);
+            m_interfered = true;
+        }
         if (m_interfered)
             forget();
     }
