@@ -10,3 +10,7 @@ if(PRM_SANITIZE)
         add_compile_options(-fno-sanitize-recover=undefined)
     endif()
 endif()
+# What libFuzzer steers by: which edges an input has reached, in the libraries as well.
+if(PRM_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()

@@ -64,10 +64,7 @@ void CompoundParameter::subparametersNotification(bool on) {
 
 bool CompoundParameter::mayTake(const ParameterWithoutType& parameter) const {
     const auto* const compound = dynamic_cast<const CompoundParameter*>(&parameter);
-    if (!compound)
-        return true;
-    return compound != this && std::all_of(compound->parameters().begin(), compound->parameters().end(),
-                                           [this](const auto& below) { return mayTake(*below); });
+    return !compound || !compound->isOrContains(*this);
 }
 
 void CompoundParameter::listenTo(ParameterWithoutType& parameter) {

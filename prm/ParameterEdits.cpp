@@ -195,9 +195,9 @@ bool ParameterSplitViewEdit::applies() const {
 }
 
 bool ParameterSplitViewEdit::apply() {
-    const std::vector<View> views = parameter()->viewList();
+    const std::vector<View> views = detail::viewsWithData(*parameter());
     parameter()->uniquifyView(m_view);
-    return parameter() && parameter()->viewList() != views;
+    return parameter() && detail::viewsWithData(*parameter()) != views;
 }
 
 ParameterDeleteViewEdit::ParameterDeleteViewEdit(ParameterWithoutType& parameter, const View& view)

@@ -39,11 +39,13 @@ ParameterSet::ParameterSet(const ParameterSet& other)
 ParameterSet& ParameterSet::operator=(const ParameterSet& other) {
     if (this == &other)
         return *this;
+    // The other may be among the members.
+    const ParameterSet source(other);
     letGoOfMembers();
-    setScriptName(other.m_scriptName);
-    m_name = other.m_name;
-    m_displayName = other.m_displayName;
-    copyMembersFrom(other);
+    setScriptName(source.m_scriptName);
+    m_name = source.m_name;
+    m_displayName = source.m_displayName;
+    copyMembersFrom(source);
     return *this;
 }
 
@@ -67,6 +69,8 @@ void ParameterSet::copyMembersFrom(const ParameterSet& other) {
     for (BasicParameter* parameter : other.m_basicParameters)
         addBasicParameter(*parameter);
     for (const Subset& subset : other.m_subsets) {
+        if (subset.set->isOrContains(*this))
+            continue;
         m_subsets.push_back(subset);
         subset.set->m_parents.push_back(this);
     }
@@ -159,6 +163,12 @@ void ParameterSet::addParameter(ParameterWithoutType& parameter) {
 void ParameterSet::listParameter(const boost::shared_ptr<ParameterWithoutType>& parameter) {
     if (parameter->isListedIn(this))
         return;
+    const auto* const compound = dynamic_cast<const ParameterSet*>(parameter.get());
+    if (compound && compound->isOrContains(*this)) {
+        qWarning() << "ParameterSet:" << parameter->scriptName() << "contains" << m_scriptName
+                   << "and cannot be added to it.";
+        return;
+    }
     m_parameters.push_back(parameter);
     enlist(*parameter);
 }

@@ -23,6 +23,10 @@ class BasicParameter;
 class ParameterWithoutType;
 class ProjectFileVersion;
 
+namespace detail {
+class Invariants;
+} // namespace detail
+
 /// A named node of the tree of parameters: it lists the animatable parameters of one node of the host, further
 /// parameters that do not animate, and subsets. What project text writes and reads, and snapshots capture.
 ///
@@ -52,7 +56,8 @@ public:
     /// Hands one line to the member that it belongs to; answers whether it was taken. An empty line is. Lines of one
     /// member are found at once when they come together. Passes on what a parameter throws for a malformed keyframe.
     virtual bool bStreamIn(const QString& line, const ProjectFileVersion& version);
-    /// Null and repeated members are ignored; a parameter without a parent set gets this one.
+    /// Null and repeated members are ignored, with a warning also a compound that contains this set. A parameter
+    /// without a parent set gets this one.
     virtual void addParameter(const boost::shared_ptr<ParameterWithoutType>& parameter);
     virtual void addParameter(ParameterWithoutType& parameter);
     /// The names, and the states of all members and of all below them.
@@ -132,11 +137,14 @@ public:
 
 protected:
     bool lists(const BasicParameter& parameter) const;
+    /// By way of subsets, and of compounds among the parameters.
+    bool isOrContains(const ParameterSet& set) const;
     /// The first half of `bStreamIn`: without the set's own name.
     bool readByMembers(const QString& line, const ProjectFileVersion& version);
 
 private:
     friend class BasicParameter;
+    friend class detail::Invariants;
     class MementoImpl;
     struct Subset {
         ParameterSet* set;
@@ -156,7 +164,6 @@ private:
     void forgetDeadMember(const BasicParameter* parameter);
     void forgetSubset(const ParameterSet* subset);
     void leaveTree();
-    bool isOrContains(const ParameterSet& set) const;
     bool listsSubset(const ParameterSet& subset) const;
     void giveUniqueName(ParameterSet& subset);
     const QHash<QString, int>& subsetNames() const;

@@ -6,6 +6,7 @@
 #include <QDebug>
 
 #include <algorithm>
+#include <typeinfo>
 
 namespace Prm {
 
@@ -46,7 +47,8 @@ bool ParameterSet::listsSubset(const ParameterSet& subset) const {
     return std::find(subset.m_parents.begin(), subset.m_parents.end(), this) != subset.m_parents.end();
 }
 
-/// Asked upwards, from the set that would contain: there are few sets above one, but there may be many below.
+/// Asked upwards, from the set that would contain: there are few sets above one, but there may be many below. A set
+/// that is a parameter as well is below those that list it as that.
 bool ParameterSet::isOrContains(const ParameterSet& set) const {
     std::vector<const ParameterSet*> above{&set};
     while (!above.empty()) {
@@ -55,6 +57,10 @@ bool ParameterSet::isOrContains(const ParameterSet& set) const {
         if (next == this)
             return true;
         above.insert(above.end(), next->m_parents.begin(), next->m_parents.end());
+        if (typeid(*next) == typeid(ParameterSet))
+            continue;
+        if (const auto* const parameter = dynamic_cast<const BasicParameter*>(next))
+            above.insert(above.end(), parameter->m_listedIn.begin(), parameter->m_listedIn.end());
     }
     return false;
 }

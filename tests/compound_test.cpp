@@ -358,6 +358,17 @@ TEST(Compound, ContainsNoCircleAndDiesInPeace) {
         EXPECT_EQ(Warnings::text().count("cannot be a part of it"), 2);
     }
     EXPECT_TRUE(inner->subparameters().isEmpty());
+    {
+        const Warnings quiet;
+        ParameterSet above("above");
+        ParameterSet below("below");
+        above.addParameter(*outer);
+        EXPECT_FALSE(inner->addParameterSet(above));
+        EXPECT_TRUE(inner->addParameterSet(below));
+        below.addParameter(*outer);
+        below = above;
+        EXPECT_TRUE(below.parameters().empty());
+    }
     auto x = boost::make_shared<Number>("x");
     inner->addParameter(x);
     x->vSetValue(1, at(3));

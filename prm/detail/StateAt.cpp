@@ -1,5 +1,6 @@
 #include "prm/detail/StateAt.h"
 
+#include "prm/ParameterSet.h"
 #include "prm/SerialisedKeyframe.h"
 
 #include <QPointF>
@@ -15,12 +16,27 @@ const ParameterWithoutType* animated(const BasicParameter& parameter) {
 }
 
 /// The static value of a parameter with keyframes, and the own value of one that shows its master's, cannot be asked
-/// for.
+/// for. A view that is none writes the source data, and does not tell of their keyframes.
 bool hidesItsStaticValue(const ParameterWithoutType& parameter, const Context& context) {
-    return parameter.masterParameter() || (parameter.keyframeCount(context.view) > 0 && !Frame(context).isValid());
+    const bool hasKeyframes =
+        parameter.keyframeCount(context.view) > 0 || (!context.view.isValid() && parameter.isKeyframed());
+    return parameter.masterParameter() || (hasKeyframes && !Frame(context).isValid());
 }
 
 } // namespace
+
+std::vector<View> viewsWithData(const ParameterWithoutType& parameter) {
+    const auto* const compound = dynamic_cast<const ParameterSet*>(&parameter);
+    if (!compound)
+        return parameter.viewList();
+    std::vector<View> all;
+    for (const auto& part : compound->parameters()) {
+        const std::vector<View> views = viewsWithData(*part);
+        all.insert(all.end(), views.begin(), views.end());
+        all.push_back(View::INVALID());
+    }
+    return all;
+}
 
 bool sameVariants(const QVariant& a, const QVariant& b) {
     if (a.userType() != b.userType())
@@ -49,7 +65,7 @@ StateAt::StateAt(const BasicParameter& parameter, const Context& context)
     const ParameterWithoutType* const own = animated(parameter);
     if (!own)
         return;
-    m_views = own->viewList();
+    m_views = viewsWithData(*own);
     if (context.time.isValid())
         m_keyframe = own->getSerialisedKeyframe(context);
 }

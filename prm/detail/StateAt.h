@@ -29,6 +29,9 @@ private:
     QVariant m_value;
 };
 
+/// The views in which a parameter has data; of a compound those of each part, one list behind the other.
+std::vector<View> viewsWithData(const ParameterWithoutType& parameter);
+
 /// Exactly the same, also where the comparison of variants is fuzzy.
 bool sameVariants(const QVariant& a, const QVariant& b);
 

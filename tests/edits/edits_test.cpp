@@ -74,6 +74,8 @@ const Row rows[] = {
     {"sets one without keyframes", edit<ParameterSetValueEdit>(&World::plain, QVariant(8), at(11, 1)), plain, "NS",
      "P"},
     {"sets a static value", edit<ParameterSetStaticValueEdit>(&World::number, QVariant(8), View(0)), number, "S", "P"},
+    {"sets that of the source data", edit<ParameterSetStaticValueEdit>(&World::number, QVariant(8), View::INVALID()),
+     number, "S", "P"},
     {"sets a text", [](World& w) { return new ParameterSetStaticValueEdit(*w.text, QString("new")); }, number, "", ""},
     {"resets at a keyframe", edit<ParameterResetEdit>(&World::number, at(10)), number, "R", "P"},
     {"resets a static value", edit<ParameterResetEdit>(&World::plain, still()), plain, "E", "P"},

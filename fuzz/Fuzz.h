@@ -1,0 +1,68 @@
+#pragma once
+
+// What all fuzz targets share: the entry that libFuzzer and the replay driver call, and how a broken promise ends them.
+
+#include <QByteArray>
+#include <QString>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+namespace Fuzz {
+
+/// Warnings are part of what bad input leads to.
+inline const QtMessageHandler speaking =
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& message) {
+        if (type != QtFatalMsg)
+            return;
+        std::fprintf(stderr, "%s\n", qPrintable(message));
+        std::abort();
+    });
+
+[[noreturn]] inline void fail(const char* promise, const QString& more = {}) {
+    std::fprintf(stderr, "Broken: %s\n%s\n", promise, qPrintable(QString(more).replace(QChar(0), "\\0")));
+    std::abort();
+}
+
+#define HOLD(promise) ((promise) ? void() : Fuzz::fail(#promise))
+
+/// With what stands behind a NUL. The size is never -1, which the compiler cannot know.
+inline QString textOf(const QByteArray& bytes) {
+    return QString::fromUtf8(bytes.constData(), std::max(0, bytes.size()));
+}
+
+inline void same(const char* what, const QByteArray& a, const QByteArray& b) {
+    if (a != b)
+        fail(what, textOf("--- one\n" + a + "\n--- other\n" + b));
+}
+
+inline void intact(const QString& broken) {
+    if (!broken.isEmpty())
+        fail("an invariant", broken);
+}
+
+/// The input, of which nothing is shared: overruns are seen.
+inline QByteArray bytesOf(const std::uint8_t* data, std::size_t size) {
+    return {reinterpret_cast<const char*>(data), static_cast<int>(size)};
+}
+
+/// An input taken as choices, 0 behind its end.
+class Choices {
+public:
+    Choices(const std::uint8_t* data, std::size_t size) : m_next(data), m_end(data + size) {}
+
+    bool atEnd() const { return m_next == m_end; }
+    int below(int count) { return m_next == m_end ? 0 : *m_next++ % count; }
+    bool yes() { return below(2) != 0; }
+
+private:
+    const std::uint8_t* m_next;
+    const std::uint8_t* m_end;
+};
+
+} // namespace Fuzz

@@ -1,0 +1,168 @@
+#pragma once
+
+// The world of the fuzzed calls: parameters, compounds and sets that come and go, an observer of all of them, and plain
+// lists of who is where.
+
+#include "fuzz/Fuzz.h"
+#include "prm/CompoundParameter.h"
+#include "prm/NumericParameter.h"
+#include "tests/support/ChangeRecorder.h"
+
+#include <QPointer>
+#include <QTextStream>
+#include <boost/make_shared.hpp>
+#include <boost/weak_ptr.hpp>
+
+#include <algorithm>
+#include <array>
+#include <map>
+
+namespace Fuzz {
+
+using namespace Prm;
+
+constexpr int parameterCount = 9;
+constexpr int setCount = 4;
+
+/// A parameter, until it says that it dies.
+struct Slot {
+    boost::shared_ptr<ParameterWithoutType> owner;
+    QPointer<ParameterWithoutType> parameter;
+    bool dying = false;
+
+    ParameterWithoutType* get() const { return dying ? nullptr : parameter.data(); }
+};
+
+/// Who is where, by the numbers of parameters and sets; compounds are sets too, behind the others.
+struct Lists {
+    std::map<int, std::vector<int>> members;
+    std::map<int, std::vector<int>> subsets;
+    std::map<int, std::vector<int>> constrained;
+
+    QByteArray text() const {
+        QByteArray all;
+        for (const auto* lists : {&members, &subsets, &constrained}) {
+            for (const auto& [above, list] : *lists) {
+                all += '\n' + QByteArray::number(above) + ':';
+                for (const int number : list)
+                    all += ' ' + QByteArray::number(number);
+            }
+            all += '\n';
+        }
+        return all;
+    }
+    static bool has(const std::vector<int>& list, int number) {
+        return std::find(list.begin(), list.end(), number) != list.end();
+    }
+    /// Whether a way leads down from one to the other, or they are the same.
+    static bool leads(std::map<int, std::vector<int>> lists, int from, int to) {
+        const std::vector<int> below = lists[from];
+        return from == to || std::any_of(below.begin(), below.end(), [&](int next) { return leads(lists, next, to); });
+    }
+    void untie(int number) {
+        for (auto& [master, list] : constrained)
+            list.erase(std::remove(list.begin(), list.end(), number), list.end());
+    }
+};
+
+class World {
+public:
+    explicit World(const Choices& choices) : choose(choices) {
+        for (int i = 0; i < parameterCount; ++i)
+            make(i);
+        for (auto& set : owners)
+            set = boost::make_shared<ParameterSet>(QStringLiteral("set"));
+        for (int i = 0; i < setCount; ++i)
+            sets[static_cast<std::size_t>(i)] = owners[static_cast<std::size_t>(i)];
+    }
+    ~World() { observer.then = nullptr; }
+
+    static bool isCompound(int number) { return number >= parameterCount - 3; }
+
+    void make(int number) {
+        static const ParameterOptions animated = Keyframed | Splittable;
+        const QString name = QStringLiteral("p%1").arg(number);
+        Slot& slot = slots[static_cast<std::size_t>(number)];
+        slot = {};
+        if (isCompound(number))
+            slot.owner = boost::make_shared<CompoundParameter>(name, number % 2 == 0);
+        else if (number == 0)
+            slot.owner = boost::make_shared<Parameter<QString>>(name);
+        else if (number == 1)
+            slot.owner = boost::make_shared<NumericParameter<int>>(name, 7, Splittable);
+        else
+            slot.owner = boost::make_shared<NumericParameter<double>>(name, 1, number == 2 ? Keyframed : animated);
+        slot.parameter = slot.owner.get();
+        // Not by the compounds' own way, which would attach to their parts once more.
+        QObject::connect(slot.parameter, SIGNAL(changed(Prm::ParameterChange&)), &observer,
+                         SLOT(onChanged(Prm::ParameterChange&)));
+    }
+
+    int numberOf(const void* parameter) const {
+        const auto is = [=](const Slot& slot) { return slot.parameter == parameter; };
+        return static_cast<int>(std::find_if(slots.begin(), slots.end(), is) - slots.begin());
+    }
+    /// Null while there is none.
+    ParameterWithoutType* parameter(int number) const { return slots[static_cast<std::size_t>(number)].get(); }
+    /// Plain sets and compounds; null while there is none.
+    ParameterSet* set(int number) const {
+        if (number < setCount)
+            return sets[static_cast<std::size_t>(number)].lock().get();
+        return dynamic_cast<ParameterSet*>(parameter(parameterCount - 3 + number - setCount));
+    }
+
+    Lists lists() const {
+        Lists seen;
+        for (int i = 0; i < parameterCount; ++i) {
+            if (const ParameterWithoutType* const master = parameter(i))
+                for (const ParameterWithoutType* tied : master->constrainedParameters())
+                    seen.constrained[i].push_back(numberOf(tied));
+        }
+        for (int i = 0; i < setCount + 3; ++i) {
+            const ParameterSet* const listing = set(i);
+            if (!listing)
+                continue;
+            for (const auto& member : listing->parameters())
+                seen.members[i].push_back(numberOf(member.get()));
+            for (const ParameterSet* subset : listing->subsets())
+                for (int j = 0; j < setCount; ++j)
+                    if (set(j) == subset)
+                        seen.subsets[i].push_back(j);
+        }
+        return seen;
+    }
+
+    /// All that undo gives back, of one parameter, or of all.
+    static QByteArray stateOf(const ParameterWithoutType& parameter) {
+        QString text;
+        QTextStream stream(&text);
+        if (!dynamic_cast<const CompoundParameter*>(&parameter)) {
+            parameter.bStreamOut(stream, {}, false);
+            stream << parameter.isLocked() << parameter.splittable() << parameter.isSplit();
+        }
+        return text.toUtf8();
+    }
+    QByteArray state() const {
+        QByteArray text;
+        for (int i = 0; i < parameterCount; ++i) {
+            if (const ParameterWithoutType* const one = parameter(i)) {
+                text += "p" + QByteArray::number(i) + "\n" + stateOf(*one);
+                for (const ParameterWithoutType* tied : one->constrainedParameters())
+                    text += QByteArray::number(numberOf(tied));
+            }
+        }
+        return text;
+    }
+
+    Choices choose;
+    ChangeRecorder observer;
+    std::array<Slot, parameterCount> slots;
+    std::array<boost::shared_ptr<ParameterSet>, setCount> owners;
+    std::array<boost::weak_ptr<ParameterSet>, setCount> sets;
+    /// As they should be.
+    Lists plain;
+    /// Counts what snapshots do not hold.
+    int changesOfLists = 0;
+};
+
+} // namespace Fuzz

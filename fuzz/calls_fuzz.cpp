@@ -1,0 +1,502 @@
+// Sequences of calls over parameters, compounds, sets and commands, heard by an observer that reads, throws, deletes,
+// or makes further calls. After each call all invariants hold; where the observer kept out of it, membership and
+// masters are as in plain lists, what was undone is as it was, and what threw has not happened.
+
+#include "fuzz/World.h"
+#include "host/bsc/CompositeCommand.h"
+#include "prm/AnimationState.h"
+#include "prm/MoveKeyframeEdit.h"
+#include "prm/ParameterEdits.h"
+#include "prm/ProjectFileVersion.h"
+#include "prm/SerialisedKeyframe.h"
+#include "prm/detail/Invariants.h"
+
+#include <stdexcept>
+
+using namespace Prm;
+using Fuzz::Choices;
+using Fuzz::World;
+
+namespace {
+
+struct ObserverThrows {};
+
+// --- arguments -------------------------------------------------------------------------------------------------------
+
+View viewFrom(Choices& choose) {
+    static const quint32 views[] = {0, 0, 0, 1, 1, 2, 5, 2147483646, ~0u};
+    return {views[choose.below(9)]};
+}
+
+Time timeFrom(Choices& choose) {
+    const int number = choose.below(40);
+    return number > 36 ? Time(Time::INVALID) : Time::fromDouble((number - 8) / 4.);
+}
+
+/// Drawn at once and in this order: compilers differ in that of a call's arguments.
+struct Arguments {
+    explicit Arguments(Choices& choose)
+        : view(viewFrom(choose)), at(timeFrom(choose), view), to(timeFrom(choose), viewFrom(choose)),
+          value(choose.below(12) / 2.), number(choose.below(9)), yes(choose.yes()), kind(1 + choose.below(4)) {}
+
+    IType shape() const { return yes ? IType(interpolation()) : IType(interpolation(), 0.25, number, 0.5, 1); }
+    Interpolation interpolation() const { return static_cast<Interpolation>(kind); }
+    Extrapolation extrapolation() const { return static_cast<Extrapolation>(std::min(kind, 3)); }
+    unsigned int index() const { return static_cast<unsigned int>(number % 4); }
+    Retiming retiming() const {
+        const Retiming whole = yes ? Retiming::shifted(number - 4) : Retiming::scaled(number / 4.);
+        return kind > 2 ? whole : whole.between(at.time, to.time);
+    }
+
+    View view;
+    Context at;
+    Context to;
+    double value;
+    int number;
+    bool yes;
+    int kind;
+};
+
+ParameterWithoutType* parameterFrom(World& world) {
+    return world.parameter(world.choose.below(Fuzz::parameterCount));
+}
+
+// --- calls -----------------------------------------------------------------------------------------------------------
+
+void readLine(ParameterWithoutType& parameter, int number) {
+    static const char* const lines[] = {"views=[0, 1]",
+                                        "views=[5]",
+                                        "value=3",
+                                        "view[2].value=4",
+                                        "hidden=1",
+                                        "before=Linear",
+                                        "keyframes.append( Key( 1, 2, Linear ) )",
+                                        "view[1].keyframes.append( BezierKey( 2, 3, 0, 0, 1, 1 ) )",
+                                        "keyframes.append( Key("};
+    ProjectFileVersion version;
+    version.streamVersion = StreamVersion::latest;
+    parameter.streamInValue(QString::fromLatin1(lines[number]), version, {});
+}
+
+void importFrom(ParameterWithoutType& own, const ParameterWithoutType& other, const Context& at) {
+    if (const auto keyframe = other.getSerialisedKeyframe(at))
+        own.importKeyframe(*keyframe);
+}
+
+using P = ParameterWithoutType;
+using A = Arguments;
+using Edit = void (*)(P& own, P& other, const A& a);
+const Edit edits[] = {
+    [](P& own, P&, const A& a) { own.setVariantValue(a.value, a.at); },
+    [](P& own, P&, const A& a) { own.setVariantValue(a.value, a.at, std::nothrow); },
+    [](P& own, P&, const A& a) {
+        own.setVariantValue(QVariantList{a.value, a.value}, a.at);
+    },
+    [](P& own, P&, const A& a) { own.iAddKeyframe(a.at); },
+    [](P& own, P&, const A& a) { own.iAddKeyframe(Frame::fromInt(a.number), AnimationState(AnimationFlags(4))); },
+    [](P& own, P&, const A& a) { own.vDeleteKeyframe(Context::Explicit(a.at)); },
+    [](P& own, P&, const A& a) { own.vDeleteAllKeyframes(a.view); },
+    [](P& own, P&, const A& a) { own.vReset(a.at); },
+    [](P& own, P&, const A&) { own.resetAll(); },
+    [](P& own, P&, const A& a) { own.vSetInterpolation(a.interpolation(), a.at); },
+    [](P& own, P&, const A& a) { own.vSetInterpolationData(a.shape(), a.index(), a.view); },
+    [](P& own, P&, const A& a) { own.vSetExtrapolationBefore(a.extrapolation()); },
+    [](P& own, P&, const A& a) { own.vSetExtrapolationAfter(a.extrapolation()); },
+    [](P& own, P&, const A& a) { own.setSplittable(a.yes); },
+    [](P& own, P& other, const A& a) { own.copyViewData(a.view, a.to.view, a.yes ? nullptr : &other); },
+    [](P& own, P&, const A& a) { own.uniquifyView(a.view); },
+    [](P& own, P&, const A& a) { own.deleteView(a.view); },
+    [](P& own, P& other, const A&) { own.vCopyKeyframeDataFrom(&other); },
+    [](P& own, P& other, const A&) { own.assignFrom(other); },
+    [](P& own, P&, const A& a) { own.hide(a.yes); },
+    [](P& own, P&, const A& a) { own.adjustKeyframesTime([&](Time time) { return time + (a.number - 4); }); },
+    [](P& own, P& other, const A& a) { importFrom(own, other, a.at); },
+    [](P& own, P&, const A& a) { readLine(own, a.number); },
+};
+
+template <class Kind, class... More> Bsc::Command* made(P& own, const More&... more) {
+    return new Kind(own, more...);
+}
+
+Bsc::Command* madePaste(P& own, const P& other, const A& a) {
+    const QString text = ParameterPasteKeyframesEdit::textOf(other, a.view, Time::fromInt(-9), Time::fromInt(9));
+    return new ParameterPasteKeyframesEdit(own, a.yes ? text : text + "x", a.to.time, a.to.view);
+}
+
+using MakeCommand = Bsc::Command* (*)(P& own, P& other, const A& a);
+const MakeCommand commands[] = {
+    [](P& own, P&, const A& a) { return made<ParameterAddKeyEdit>(own, a.at); },
+    [](P& own, P&, const A& a) { return made<ParameterDeleteKeyEdit>(own, Context::Explicit(a.at)); },
+    [](P& own, P&, const A& a) { return made<ParameterDeleteAllKeysEdit>(own, a.view); },
+    [](P& own, P&, const A& a) { return made<ParameterInterpolationEdit>(own, a.interpolation(), a.at); },
+    [](P& own, P&, const A& a) { return made<ParameterInterpolationDataEdit>(own, a.shape(), a.index(), a.view); },
+    [](P& own, P&, const A& a) { return made<ParameterSetValueEdit>(own, a.value, a.at); },
+    [](P& own, P&, const A& a) { return made<ParameterSetStaticValueEdit>(own, a.value, a.view); },
+    [](P& own, P&, const A& a) { return made<ParameterResetEdit>(own, a.at); },
+    [](P& own, P&, const A& a) { return made<ParameterSplitViewEdit>(own, a.view); },
+    [](P& own, P&, const A& a) { return made<ParameterDeleteViewEdit>(own, a.view); },
+    [](P& own, P&, const A& a) { return made<ParameterRetimeEdit>(own, a.retiming()); },
+    [](P& own, P& other, const A& a) { return madePaste(own, other, a); },
+    [](P& own, P&, const A& a) { return made<ParameterExtrapolationBeforeEdit>(own, a.extrapolation()); },
+    [](P& own, P&, const A& a) { return made<ParameterWithoutTypeHideEdit>(own, a.yes); },
+    [](P& own, P&, const A& a) { return made<ParameterWithoutTypeLockEdit>(own, a.yes); },
+    [](P& own, P& other, const A&) -> Bsc::Command* { return new ParameterAddConstrainedParameterEdit(other, own); },
+    [](P& own, P&, const A&) { return made<ParameterWithoutTypeUnconstrainEdit>(own); },
+    [](P& own, P&, const A& a) { return made<MoveKeyframeEdit>(own, a.at, Context(a.to.time, a.view)); },
+};
+
+// --- the play --------------------------------------------------------------------------------------------------------
+
+class Play {
+public:
+    explicit Play(const Choices& choices) : m_world(choices) {
+        m_world.observer.then = [this](const ParameterChange& change) { hear(change); };
+    }
+    ~Play() { m_world.observer.then = nullptr; }
+
+    void run() {
+        for (int left = 200; left > 0 && !m_world.choose.atEnd(); --left) {
+            m_mischief = m_world.choose.below(8);
+            m_when = m_mischief > 3 ? -1 : m_world.choose.below(4);
+            m_interfered = m_threw = false;
+            act();
+            settle();
+        }
+        readAll();
+    }
+
+private:
+    enum Mischief { Throw, Delete, CallAgain, Read };
+
+    void hear(const ParameterChange& change) {
+        const bool isDeath = change.type == ParameterChange::PARAMETER_DELETED;
+        if (m_when-- == 0 && !(isDeath && m_mischief == Throw))
+            interfere(change);
+        const int number = m_world.numberOf(change.parameter);
+        if (isDeath && number < Fuzz::parameterCount)
+            m_world.slots[static_cast<std::size_t>(number)].dying = true;
+    }
+
+    void interfere(const ParameterChange& change) {
+        if (m_mischief == Read)
+            return readAll();
+        m_threw = m_mischief == Throw;
+        if (m_threw)
+            throw ObserverThrows();
+        m_interfered = true;
+        if (m_mischief == CallAgain)
+            return act();
+        const int told = m_world.numberOf(change.parameter);
+        const bool spared = change.type == ParameterChange::PARAMETER_DELETED;
+        letGo(m_world.choose.yes() && !spared && told < Fuzz::parameterCount
+                  ? told
+                  : m_world.choose.below(Fuzz::parameterCount));
+    }
+
+    /// One call of any kind; within another, none that would touch the commands being done.
+    void act() {
+        ++m_depth;
+        try {
+            const int kind = m_world.choose.below(10);
+            if (kind < 4)
+                edit();
+            else if (kind < 6)
+                changeLists();
+            else if (kind == 6)
+                takeOrGiveBack();
+            else if (m_depth == 1)
+                kind == 7 ? travel() : command();
+        } catch (const ObserverThrows&) {
+        } catch (const std::exception&) {
+            // What setting a value or importing a keyframe throws.
+        }
+        --m_depth;
+    }
+
+    void edit() {
+        P* const own = parameterFrom(m_world);
+        P* const other = parameterFrom(m_world);
+        forget();
+        if (own && other)
+            edits[m_world.choose.below(static_cast<int>(std::size(edits)))](*own, *other, A(m_world.choose));
+    }
+
+    // Members, masters, life and death.
+
+    void changeLists() {
+        ++m_world.changesOfLists;
+        forget();
+        Choices& choose = m_world.choose;
+        const int kind = choose.below(6);
+        const int listing = choose.below(Fuzz::setCount + 3);
+        const int number = choose.below(Fuzz::setCount);
+        switch (kind) {
+        case 0:
+            return addParameter(listing);
+        case 1:
+            return addSubset(listing, number);
+        case 2:
+            return removeMembers(listing, number);
+        case 3:
+            return tie();
+        case 4:
+            return letGo(choose.below(Fuzz::parameterCount));
+        default:
+            return replaceSet(static_cast<std::size_t>(number));
+        }
+    }
+
+    void addParameter(int listing) {
+        ParameterSet* const set = m_world.set(listing);
+        P* const added = parameterFrom(m_world);
+        if (!set || !added)
+            return;
+        const int number = m_world.numberOf(added);
+        const int asSet = Fuzz::setCount + number - (Fuzz::parameterCount - 3);
+        if (!(World::isCompound(number) && leads(asSet, listing)) &&
+            !Fuzz::Lists::has(m_world.plain.members[listing], number))
+            m_world.plain.members[listing].push_back(number);
+        const auto& owner = m_world.slots[static_cast<std::size_t>(number)].owner;
+        if (owner && m_world.choose.yes())
+            set->addParameter(owner);
+        else
+            set->addParameter(*added);
+    }
+    /// By way of subsets and of compounds among the members.
+    bool leads(int from, int to) const {
+        auto below = m_world.plain.subsets;
+        for (const auto& [set, members] : m_world.plain.members) {
+            for (const int member : members)
+                if (World::isCompound(member))
+                    below[set].push_back(Fuzz::setCount + member - (Fuzz::parameterCount - 3));
+        }
+        return Fuzz::Lists::leads(below, from, to);
+    }
+
+    void addSubset(int listing, int number) {
+        ParameterSet* const set = m_world.set(listing);
+        const auto subset = m_world.sets[static_cast<std::size_t>(number)].lock();
+        if (!set || !subset)
+            return;
+        auto& list = m_world.plain.subsets[listing];
+        const int position = m_world.choose.below(4) - 1;
+        const int place = std::min(std::max(position, 0), static_cast<int>(list.size()));
+        if (!Fuzz::Lists::has(list, number) && !leads(number, listing))
+            list.insert(position < 0 ? list.end() : list.begin() + place, number);
+        if (position >= 0)
+            set->insertParameterSet(subset, position);
+        else if (m_world.choose.yes())
+            set->addParameterSet(subset);
+        else
+            set->addParameterSet(*subset);
+    }
+
+    void removeMembers(int listing, int number) {
+        ParameterSet* const set = m_world.set(listing);
+        if (!set)
+            return;
+        auto& list = m_world.plain.subsets[listing];
+        if (m_world.choose.yes()) {
+            list.erase(std::remove(list.begin(), list.end(), number), list.end());
+            set->removeParameterSet(m_world.sets[static_cast<std::size_t>(number)].lock());
+        } else {
+            list.clear();
+            m_world.plain.members[listing].clear();
+            set->clearAllLists();
+        }
+    }
+
+    void tie() {
+        P* const master = parameterFrom(m_world);
+        P* const tied = parameterFrom(m_world);
+        if (!master || !tied)
+            return;
+        Fuzz::Lists& plain = m_world.plain;
+        const int from = m_world.numberOf(master);
+        const int to = m_world.numberOf(tied);
+        if (m_world.choose.yes()) {
+            if (!Fuzz::Lists::leads(plain.constrained, to, from) && !Fuzz::Lists::has(plain.constrained[from], to)) {
+                plain.untie(to);
+                plain.constrained[from].push_back(to);
+            }
+            master->bAddConstrainedParameter(tied);
+        } else {
+            plain.untie(to);
+            tied->bUnconstrain();
+        }
+    }
+
+    /// Sets that own it may keep it alive.
+    void letGo(int number) { std::exchange(m_world.slots[static_cast<std::size_t>(number)].owner, nullptr).reset(); }
+
+    void replaceSet(std::size_t number) {
+        std::exchange(m_world.owners[number], nullptr).reset();
+        if (!m_world.sets[number].expired())
+            return;
+        // Its number is another one's now.
+        m_interfered = true;
+        m_world.owners[number] = boost::make_shared<ParameterSet>(QStringLiteral("set"));
+        m_world.sets[number] = m_world.owners[number];
+    }
+
+    // Snapshots and commands.
+
+    void takeOrGiveBack() {
+        P* const own = parameterFrom(m_world);
+        if (!own)
+            return;
+        if (m_world.choose.yes()) {
+            m_snapshot = own->exportState();
+            m_snapshotOf = own;
+            m_stateInSnapshot = World::stateOf(*own);
+            m_listsInSnapshot = m_world.changesOfLists;
+        } else if (m_snapshotOf && !m_world.slots[static_cast<std::size_t>(m_world.numberOf(m_snapshotOf))].dying) {
+            forget();
+            const QPointer<P> restored(m_snapshotOf);
+            Bsc::importState(*restored, m_snapshot);
+            if (restored && !m_interfered && m_listsInSnapshot == m_world.changesOfLists)
+                Fuzz::same("a snapshot gives back", m_stateInSnapshot, World::stateOf(*restored));
+        }
+    }
+
+    void forget() {
+        if (m_depth > 1)
+            m_interfered = true;
+        else
+            m_commands.clear(), m_states.clear(), m_done = 0;
+    }
+
+    void command() {
+        P* const own = parameterFrom(m_world);
+        P* const other = parameterFrom(m_world);
+        if (!own || !other)
+            return;
+        ++m_world.changesOfLists;
+        auto command = std::make_unique<Bsc::CompositeCommand>();
+        for (int count = 1 + m_world.choose.below(3); count > 0; --count) {
+            const MakeCommand make = commands[m_world.choose.below(static_cast<int>(std::size(commands)))];
+            command->push_back(make(*own, *other, A(m_world.choose)));
+        }
+        m_commands.resize(m_done);
+        m_states.resize(m_done);
+        m_states.push_back(m_world.state());
+        m_commands.push_back(std::move(command));
+        go([this] { m_commands[m_done]->doIt(); }, m_done + 1);
+    }
+    void travel() {
+        ++m_world.changesOfLists;
+        const bool back = m_world.choose.yes();
+        if (back && m_done > 0)
+            go([this] { m_commands[m_done - 1]->undoIt(); }, m_done - 1);
+        else if (!back && m_done < m_commands.size())
+            go([this] { m_commands[m_done]->doIt(); }, m_done + 1);
+    }
+    /// Does or undoes, and expects the state that was there then; the present one after an exception.
+    template <class Go> void go(const Go& go, std::size_t arrival) {
+        bool arrived = true;
+        try {
+            go();
+        } catch (const ObserverThrows&) {
+            arrived = false;
+        } catch (const std::exception&) {
+            arrived = false;
+            // Then it was the way back that the observer disturbed.
+            m_interfered = m_interfered || m_threw;
+        }
+        m_world.plain.constrained = m_world.lists().constrained;
+        m_interfered = m_interfered || isKeyedTogether();
+        if (m_interfered)
+            return;
+        m_done = arrived ? arrival : m_done;
+        if (m_states.size() == m_done)
+            m_states.push_back(m_world.state());
+        Fuzz::same(arrived ? "done and undone" : "what threw has not happened", m_states[m_done], m_world.state());
+    }
+    /// Parts that follow others are not the command's.
+    bool isKeyedTogether() const {
+        return std::any_of(m_world.slots.begin(), m_world.slots.end(), [](const Fuzz::Slot& slot) {
+            const auto* const compound = dynamic_cast<const CompoundParameter*>(slot.get());
+            return compound && compound->keyframeTogether() && !compound->parameters().empty();
+        });
+    }
+
+    // What must hold.
+
+    void readAll() const {
+        for (int i = 0; i < Fuzz::parameterCount; ++i) {
+            const P* const parameter = m_world.parameter(i);
+            if (!parameter)
+                continue;
+            for (const Context& at : {Context(), Context(Time::fromDouble(1.25), View(2)), Context(Time::INVALID)}) {
+                Context found;
+                static_cast<void>(parameter->variantValue(at, std::nothrow));
+                static_cast<void>(parameter->bNextKeyframe(at, found) || parameter->bPreviousKeyframe(at, found));
+                static_cast<void>(parameter->interpolation(at));
+            }
+            static_cast<void>(World::stateOf(*parameter));
+            static_cast<void>(parameter->allKeyframes());
+        }
+    }
+
+    void settle() {
+        m_when = -1;
+        for (int i = 0; i < Fuzz::parameterCount; ++i)
+            if (const P* const parameter = m_world.parameter(i))
+                Fuzz::intact(detail::verify(*parameter));
+        for (int i = 0; i < Fuzz::setCount; ++i)
+            if (const ParameterSet* const set = m_world.set(i))
+                Fuzz::intact(detail::verify(*set));
+        compareLists();
+        for (int i = 0; i < Fuzz::parameterCount; ++i) {
+            if (m_world.slots[static_cast<std::size_t>(i)].parameter)
+                continue;
+            m_world.make(i);
+            m_interfered = true;
+        }
+        if (m_interfered)
+            forget();
+    }
+
+    void compareLists() {
+        Fuzz::Lists seen = m_world.lists();
+        Fuzz::Lists& plain = m_world.plain;
+        const auto tidy = [&](auto& lists, const auto& isAlive, const auto& isAliveAbove) {
+            for (auto entry = lists.begin(); entry != lists.end();) {
+                auto& list = entry->second;
+                list.erase(std::remove_if(list.begin(), list.end(), [&](int i) { return !isAlive(i); }), list.end());
+                entry = list.empty() || !isAliveAbove(entry->first) ? lists.erase(entry) : std::next(entry);
+            }
+        };
+        const auto parameter = [&](int i) { return m_world.parameter(i) != nullptr; };
+        const auto set = [&](int i) { return m_world.set(i) != nullptr; };
+        tidy(plain.members, parameter, set);
+        tidy(plain.subsets, set, set);
+        tidy(plain.constrained, parameter, parameter);
+        if (!m_interfered && !m_threw)
+            Fuzz::same("members, subsets and masters", plain.text(), seen.text());
+        plain = std::move(seen);
+    }
+
+    World m_world;
+    int m_mischief = Read;
+    /// How many changes are let pass before; none is disturbed below 0.
+    int m_when = -1;
+    int m_depth = 0;
+    bool m_interfered = false;
+    bool m_threw = false;
+    std::vector<std::unique_ptr<Bsc::Command>> m_commands;
+    /// Before each command, and after the last.
+    std::vector<QByteArray> m_states;
+    std::size_t m_done = 0;
+    boost::shared_ptr<Bsc::MementoBase> m_snapshot;
+    QPointer<P> m_snapshotOf;
+    QByteArray m_stateInSnapshot;
+    int m_listsInSnapshot = 0;
+};
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Play(Choices(data, size)).run();
+    return 0;
+}

@@ -1,0 +1,43 @@
+// Animations in JSON: what is made of any bytes is sound, in proportion to them, and saves and loads as project text.
+
+#include "fuzz/Fuzz.h"
+#include "prm/ParameterSet.h"
+#include "prm/ProjectFile.h"
+#include "prm/detail/Invariants.h"
+#include "tool/import/AnimationImport.h"
+
+#include <QDateTime>
+#include <QTextStream>
+
+using namespace Prm;
+
+/// Qt's own reader of JSON loses a list or object whose key comes twice.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions() {
+    return "leak:libQt5Core.so\n";
+}
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const Tool::ImportResult result = Tool::importAnimation(Fuzz::bytesOf(data, size));
+    HOLD(result.root ? result.error.isEmpty() : !result.error.isEmpty() && !result.error.contains('\n'));
+    if (!result.root)
+        return 0;
+    QString summary;
+    QTextStream stream(&summary);
+    result.report.summarise(stream);
+    HOLD(result.report.table().count('\n') == result.report.entries().size() + 1);
+    Fuzz::intact(detail::verify(*result.root));
+    ProjectFile file(*result.root, QStringLiteral("fuzz"));
+    file.setTimeOfWriting(QDateTime(QDate(2021, 3, 1), QTime(), Qt::UTC));
+    const QByteArray text = file.text();
+    HOLD(static_cast<std::size_t>(text.size()) < (std::size_t(64) << 20) + 1000 * size);
+    file.loadText(text);
+    for (const ProjectFileFinding& finding : file.report()) {
+        if (finding.reason != ProjectFileFinding::IncompleteHeader)
+            Fuzz::fail("an import is all read back", finding.text);
+    }
+    const QByteArray again = file.text();
+    file.loadText(again);
+    Fuzz::same("an import saves alike", again, file.text());
+    return 0;
+}
