@@ -23,6 +23,10 @@ namespace Prm {
 class ParameterSet;
 class ProjectFileVersion;
 
+namespace detail {
+class Invariants;
+} // namespace detail
+
 /// What every kind of parameter is, animated or not: a named value that can be read and written as a `QVariant`, sent
 /// through project text, and captured for undo.
 ///
@@ -74,6 +78,7 @@ protected:
 
 private:
     friend class ParameterSet;
+    friend class detail::Invariants;
 
     ParameterSet* m_parentSet;
     bool isListedIn(const ParameterSet* set) const;

@@ -159,6 +159,7 @@ public Q_SLOTS:
     void onUpstreamParameterChanged(Prm::ParameterChange& change) override;
 
 private:
+    friend class detail::Invariants;
     class MementoImpl;
     class CompoundKeyframe;
     class SwitchedOff;

@@ -293,6 +293,7 @@ private:
     void readViewList(const QString& line);
     bool readExtrapolation(const QString& line);
 
+    friend class detail::Invariants;
     friend void detail::default_Parameter_setVariantValue_impl<T>(Parameter& parameter, const QVariant& variant,
                                                                   const Context& context);
 

@@ -23,6 +23,10 @@ class BasicParameter;
 class ParameterWithoutType;
 class ProjectFileVersion;
 
+namespace detail {
+class Invariants;
+} // namespace detail
+
 /// A named node of the tree of parameters: it lists the animatable parameters of one node of the host, further
 /// parameters that do not animate, and subsets. What project text writes and reads, and snapshots capture.
 ///
@@ -137,6 +141,7 @@ protected:
 
 private:
     friend class BasicParameter;
+    friend class detail::Invariants;
     class MementoImpl;
     struct Subset {
         ParameterSet* set;

@@ -277,6 +277,7 @@ protected:
     class ReadingScope;
 
 private:
+    friend class detail::Invariants;
     friend class detail::MasterLink;
 
     /// The place among the parameters constrained to a master.

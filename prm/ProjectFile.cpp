@@ -2,6 +2,7 @@
 
 #include "prm/ParameterSet.h"
 #include "prm/ParameterWithoutType.h"
+#include "prm/detail/Invariants.h"
 #include "prm/detail/LineParts.h"
 
 #include <QFile>
@@ -161,6 +162,7 @@ bool ProjectFile::loadText(const QByteArray& text) {
     m_keptLines.clear();
     for (const KeptLine& line : qAsConst(m_kept))
         m_keptLines.append(line.bytes);
+    Q_ASSERT_X(detail::verify(m_root).isEmpty(), "ProjectFile::loadText", qPrintable(detail::verify(m_root)));
     return true;
 }
 

@@ -64,6 +64,7 @@ levels() {
 7 prm/CompoundParameter.h
 7 prm/detail/CompoundWalk.hpp
 7 prm/ProjectFile.h
+7 prm/detail/Invariants.h
 8 tool/*
 TABLE
 }

@@ -140,6 +140,18 @@ public:
         m_slots = other.m_slots;
     }
 
+    /// For the owning thread: the first of its invariants that does not hold, or null.
+    const char* brokenInvariant() const {
+        if (m_data.size() != m_realViews.size())
+            return "not every real view has data";
+        for (std::size_t i = 0; i < m_data.size(); ++i) {
+            if (!m_data[i] || m_data[i]->view != m_realViews[i] || findRealViewData(m_realViews[i]) != m_data[i].get())
+                return "a real view does not find its own data";
+        }
+        const Block* const only = m_data.size() > 1 ? nullptr : &resolve(View::INVALID());
+        return m_only.load() == only ? nullptr : "views borrow other data than those of the source view";
+    }
+
     Block& templateData() { return m_template; }
     const Block& templateData() const { return m_template; }
 

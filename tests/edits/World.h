@@ -7,9 +7,11 @@
 #include "prm/ParameterEdits.h"
 #include "prm/ParameterSet.h"
 #include "prm/StaticParameter.h"
+#include "prm/detail/Invariants.h"
 #include "tests/parameter/Keying.h"
 
 #include <QTextStream>
+#include <gtest/gtest.h>
 
 #include <memory>
 #include <string>
@@ -45,6 +47,7 @@ struct World {
 
     /// All that an undo has to bring back: the project text, and exactly what that rounds or leaves out.
     std::string state() const {
+        EXPECT_EQ(Prm::detail::verify(*set).toStdString(), "");
         QString written;
         QTextStream stream(&written);
         set->bStreamOut(stream, QString(), true);
