@@ -12,6 +12,7 @@ namespace {
 
 void readEverything(const ProjectText& text) {
     Kinds kinds(text, KindRules({}));
+    Masters masters;
     for (int node = 1; node < static_cast<int>(text.nodes().size()); ++node) {
         const QString path = text.path(node);
         HOLD(text.findNode(path.toStdString()) == node || path.contains(QChar(0xFFFD)));
@@ -20,7 +21,7 @@ void readEverything(const ProjectText& text) {
             continue;
         BuiltParameter built(text, node, kinds.of(node));
         try {
-            built.followMasters(text);
+            built.followMasters(text, masters);
         } catch (const Problem&) {
             continue;
         }

@@ -81,8 +81,14 @@ void CompoundParameter::addParameter(const boost::shared_ptr<ParameterWithoutTyp
                    << "and cannot be a part of it.";
         return;
     }
-    ParameterSet::addParameter(parameter);
+    const UpstreamParameters former = upstreamParameters();
     listenTo(*parameter);
+    try {
+        ParameterSet::addParameter(parameter);
+    } catch (...) {
+        setUpstreamParameters(former);
+        throw;
+    }
 }
 
 void CompoundParameter::addParameter(ParameterWithoutType& parameter) {

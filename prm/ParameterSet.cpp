@@ -21,6 +21,12 @@ template <class Vector, class Test> void eraseLast(Vector& vector, const Test& t
         vector.erase(found.base() - 1);
 }
 
+/// Then one more element cannot fail.
+template <class Vector> void makeRoom(Vector& vector) {
+    if (vector.size() == vector.capacity())
+        vector.reserve(2 * vector.size() + 1);
+}
+
 void keep(ParameterWithoutType*) {}
 
 } // namespace
@@ -64,20 +70,28 @@ quint64 ParameterSet::nextNumber() {
 }
 
 void ParameterSet::copyMembersFrom(const ParameterSet& other) {
-    for (const auto& parameter : other.m_parameters)
-        listParameter(parameter);
-    for (BasicParameter* parameter : other.m_basicParameters)
-        addBasicParameter(*parameter);
-    for (const Subset& subset : other.m_subsets) {
-        if (subset.set->isOrContains(*this))
-            continue;
-        m_subsets.push_back(subset);
-        subset.set->m_parents.push_back(this);
+    try {
+        for (const auto& parameter : other.m_parameters)
+            listParameter(parameter);
+        for (BasicParameter* parameter : other.m_basicParameters)
+            addBasicParameter(*parameter);
+        m_subsetNamesKnown = false;
+        for (const Subset& subset : other.m_subsets) {
+            if (subset.set->isOrContains(*this))
+                continue;
+            makeRoom(m_subsets);
+            subset.set->m_parents.push_back(this);
+            m_subsets.push_back(subset);
+        }
+    } catch (...) {
+        // A constructor that throws has no destructor: the members must not remember a set that is gone.
+        letGoOfMembers();
+        throw;
     }
-    m_subsetNamesKnown = false;
 }
 
-/// Owned subsets below are let go one after the other, so that a deep tree does not need a deep stack.
+/// Owned subsets below are let go one after the other, so that a deep tree does not need a deep stack; and without
+/// asking for memory, for this is what a destructor does.
 void ParameterSet::letGoOfMembers() {
     while (!m_parameters.empty()) {
         const auto parameter = std::move(m_parameters.back());
@@ -91,24 +105,32 @@ void ParameterSet::letGoOfMembers() {
     }
     while (!m_ownedBasicParameters.empty())
         m_ownedBasicParameters.pop_back();
-    std::vector<Subset> leaving = std::move(m_subsets);
-    m_subsets.clear();
-    ++m_membership;
-    for (const Subset& subset : leaving)
-        subset.set->forgetParent(this);
-    while (!leaving.empty()) {
-        const Subset subset = std::move(leaving.back());
-        leaving.pop_back();
-        if (!subset.owner || subset.owner.use_count() > 1)
-            continue;
-        for (const Subset& below : subset.set->m_subsets)
-            below.set->forgetParent(subset.set);
-        std::move(subset.set->m_subsets.begin(), subset.set->m_subsets.end(), std::back_inserter(leaving));
-        subset.set->m_subsets.clear();
+    boost::shared_ptr<ParameterSet> dying;
+    letGoOfSubsets(dying);
+    while (dying) {
+        const boost::shared_ptr<ParameterSet> subset = std::move(dying);
+        dying = std::move(subset->m_nextDying);
+        if (subset.use_count() == 1)
+            subset->letGoOfSubsets(dying);
     }
     m_subsetNames.clear();
     m_takenNumbers.clear();
     m_subsetNamesKnown = true;
+}
+
+/// Puts those that nobody else owns in front of the list.
+void ParameterSet::letGoOfSubsets(boost::shared_ptr<ParameterSet>& dying) {
+    std::vector<Subset> leaving;
+    leaving.swap(m_subsets);
+    ++m_membership;
+    m_subsetNamesKnown = false;
+    for (Subset& subset : leaving) {
+        subset.set->forgetParent(this);
+        if (subset.owner.use_count() != 1)
+            continue;
+        subset.owner->m_nextDying = std::move(dying);
+        dying = std::move(subset.owner);
+    }
 }
 
 void ParameterSet::delist(BasicParameter& parameter) {
@@ -169,8 +191,9 @@ void ParameterSet::listParameter(const boost::shared_ptr<ParameterWithoutType>& 
                    << "and cannot be added to it.";
         return;
     }
-    m_parameters.push_back(parameter);
+    makeRoom(m_parameters);
     enlist(*parameter);
+    m_parameters.push_back(parameter);
 }
 
 bool ParameterSet::lists(const BasicParameter& parameter) const {
@@ -192,13 +215,15 @@ void ParameterSet::addSplittableParameter(ParameterWithoutType& parameter, const
 void ParameterSet::addBasicParameter(BasicParameter& parameter) {
     if (parameter.isListedIn(this))
         return;
-    m_basicParameters.push_back(&parameter);
+    makeRoom(m_basicParameters);
     enlist(parameter);
+    m_basicParameters.push_back(&parameter);
 }
 
 void ParameterSet::adoptBasicParameter(std::unique_ptr<BasicParameter> parameter) {
     if (!parameter)
         return;
+    makeRoom(m_ownedBasicParameters);
     addBasicParameter(*parameter);
     m_ownedBasicParameters.push_back(std::move(parameter));
 }

@@ -63,7 +63,8 @@ public:
     /// The names, and the states of all members and of all below them.
     boost::shared_ptr<Bsc::MementoBase> exportState() const override;
     /// Throws `std::bad_cast` for a snapshot of another kind, and for null; `std::logic_error` at the first member that
-    /// was added since, which leaves those before it restored. Members that were removed since are left alone.
+    /// was added since, which leaves those before it restored. Members that were removed since are left alone. Where
+    /// memory runs out each member is restored or as it was, and doing it once more restores the others.
     void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override;
     /// Sets the name, and its translation in the context "Parameter" as display name.
     virtual void assignName(const QString& name);
@@ -158,12 +159,14 @@ private:
     bool listSubset(ParameterSet& subset, const boost::shared_ptr<ParameterSet>& owner, std::size_t position);
     void copyMembersFrom(const ParameterSet& other);
     void letGoOfMembers();
+    void letGoOfSubsets(boost::shared_ptr<ParameterSet>& dying);
     void enlist(BasicParameter& parameter);
     void delist(BasicParameter& parameter);
     void forgetParent(const ParameterSet* parent);
     void forgetDeadMember(const BasicParameter* parameter);
     void forgetSubset(const ParameterSet* subset);
     void leaveTree();
+    void exchangeTree(ParameterTree* from, ParameterTree* to);
     bool listsSubset(const ParameterSet& subset) const;
     void giveUniqueName(ParameterSet& subset);
     const QHash<QString, int>& subsetNames() const;
@@ -214,6 +217,9 @@ private:
     QString m_name;
     QString m_displayName;
     ParameterTree* m_tree;
+    // Destructors go through trees without asking for memory, so the lists of what is still to be done are these.
+    ParameterSet* m_nextToMove = nullptr;
+    boost::shared_ptr<ParameterSet> m_nextDying;
 };
 
 } // namespace Prm

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <typeinfo>
+#include <utility>
 
 namespace Prm {
 
@@ -121,12 +122,17 @@ bool ParameterSet::listSubset(ParameterSet& subset, const boost::shared_ptr<Para
     if (subset.scriptName().isEmpty())
         qWarning() << "ParameterSet: a subset without a script name was added to" << m_scriptName;
     giveUniqueName(subset);
+    // All that may fail comes before the first change.
+    const bool namesKnown = std::exchange(m_subsetNamesKnown, false);
+    if (namesKnown)
+        ++m_subsetNames[subset.scriptName()];
+    if (m_subsets.size() == m_subsets.capacity())
+        m_subsets.reserve(2 * m_subsets.size() + 1);
+    subset.m_parents.push_back(this);
     const auto place = m_subsets.begin() + static_cast<std::ptrdiff_t>(std::min(position, m_subsets.size()));
     m_subsets.insert(place, Subset{&subset, owner});
     ++m_membership;
-    subset.m_parents.push_back(this);
-    if (m_subsetNamesKnown)
-        ++m_subsetNames[subset.scriptName()];
+    m_subsetNamesKnown = namesKnown;
     if (m_tree && subset.m_tree != m_tree)
         subset.changeParameterTree(subset.m_tree, m_tree);
     else
@@ -160,16 +166,24 @@ bool ParameterSet::removeParameterSet(const boost::shared_ptr<ParameterSet>& sub
 }
 
 void ParameterSet::leaveTree() {
-    ParameterTree* const tree = m_tree;
-    std::vector<ParameterSet*> below{this};
-    while (tree && !below.empty()) {
-        ParameterSet* const set = below.back();
-        below.pop_back();
-        if (set->m_tree != tree)
-            continue;
-        set->m_tree = nullptr;
-        for (const Subset& subset : set->m_subsets)
-            below.push_back(subset.set);
+    if (m_tree)
+        exchangeTree(m_tree, nullptr);
+}
+
+void ParameterSet::exchangeTree(ParameterTree* from, ParameterTree* to) {
+    ParameterSet* waiting = nullptr;
+    const auto exchange = [&](ParameterSet& set) {
+        if (set.m_tree != from)
+            return;
+        set.m_tree = to;
+        set.m_nextToMove = std::exchange(waiting, &set);
+    };
+    exchange(*this);
+    while (waiting) {
+        const ParameterSet& set = *waiting;
+        waiting = std::exchange(waiting->m_nextToMove, nullptr);
+        for (const Subset& subset : set.m_subsets)
+            exchange(*subset.set);
     }
 }
 
@@ -181,16 +195,7 @@ void ParameterSet::changeParameterTree(ParameterTree* from, ParameterTree* to) {
         from->subtreeRemoved(this);
     if (!guard.alive())
         return;
-    std::vector<ParameterSet*> below{this};
-    while (!below.empty()) {
-        ParameterSet* const set = below.back();
-        below.pop_back();
-        if (set->m_tree != from)
-            continue;
-        set->m_tree = to;
-        for (const Subset& subset : set->m_subsets)
-            below.push_back(subset.set);
-    }
+    exchangeTree(from, to);
     if (to)
         to->subtreeAdded(this);
 }

@@ -194,21 +194,28 @@ TEST(ProjectFile, SavingFailsWholeOrNotAtAll) {
     EXPECT_FALSE(project.file.save(folder.path()));
     EXPECT_FALSE(project.file.save(folder.filePath("missing/a.prm")));
 
-    // A full disk, as far as the program can tell: in one large write, and when a small one is flushed.
+    // As far as the program can tell, the disk is full behind so many bytes; or it is killed there. In one large write,
+    // and when a small one is flushed.
     for (const int size : {100000, 3000}) {
         project.title.vSetValue(QString(size, 'y'), Context(Context::INVALID_TIME));
-        const pid_t child = fork();
-        if (child == 0) {
-            std::signal(SIGXFSZ, SIG_IGN);
-            const auto half = static_cast<rlim_t>(size / 2);
-            const rlimit small{half, half};
-            setrlimit(RLIMIT_FSIZE, &small);
-            _exit(project.file.save(name) ? 1 : project.file.errorString().isEmpty() ? 2 : 0);
+        const int all = project.file.text().size();
+        for (const int end : {0, 1, all / 4, all / 2, all - 1}) {
+            for (const bool isKilled : {false, true}) {
+                const pid_t child = fork();
+                if (child == 0) {
+                    std::signal(SIGXFSZ, isKilled ? SIG_DFL : SIG_IGN);
+                    const rlimit small{static_cast<rlim_t>(end), static_cast<rlim_t>(end)};
+                    const rlimit none{0, 0};
+                    setrlimit(RLIMIT_CORE, &none);
+                    setrlimit(RLIMIT_FSIZE, &small);
+                    _exit(project.file.save(name) ? 1 : project.file.errorString().isEmpty() ? 2 : 0);
+                }
+                int status = 0;
+                waitpid(child, &status, 0);
+                EXPECT_TRUE(isKilled ? WIFSIGNALED(status) : status == 0) << size << ' ' << end;
+                EXPECT_EQ(contents(name), before);
+            }
         }
-        int status = 0;
-        waitpid(child, &status, 0);
-        EXPECT_EQ(WEXITSTATUS(status), 0) << size;
-        EXPECT_EQ(contents(name), before);
     }
     EXPECT_TRUE(project.file.save(name));
     EXPECT_NE(contents(name), before);

@@ -17,15 +17,14 @@ template <class T> const char* Invariants::brokenInStorage(const ParameterWithou
 }
 
 const char* Invariants::brokenInKeyframes(const ParameterWithoutType& parameter) {
-    const std::vector<View>& views = parameter.viewList();
+    const std::vector<View> views = parameter.viewList();
     const auto isReal = [](View view) { return view.isValid(); };
     if (!std::all_of(views.begin(), views.end(), isReal))
         return "an invalid view has data";
     if (std::adjacent_find(views.begin(), views.end(), [](View a, View b) { return !(a < b); }) != views.end())
         return "the views are not in ascending order";
     bool ascending = true;
-    // Of a copy: a compound makes its list anew when it is asked.
-    for (const View view : std::vector<View>(views)) {
+    for (const View view : views) {
         std::optional<Time> former;
         parameter.forEachKeyframeTime(
             [&](const Context& at) {
@@ -39,7 +38,7 @@ const char* Invariants::brokenInKeyframes(const ParameterWithoutType& parameter)
 
 const char* Invariants::brokenInLinks(const ParameterWithoutType& parameter) {
     QSet<const ParameterWithoutType*> constrained;
-    for (const auto& entry : parameter.m_constrainedParameters) {
+    for (const auto& entry : parameter.rarities().constrainedParameters) {
         if (entry && entry->masterParameter() != &parameter)
             return "a parameter is listed as constrained, and has another master";
         if (entry && constrained.contains(entry.data()))
@@ -61,7 +60,7 @@ const char* Invariants::brokenInLinks(const ParameterWithoutType& parameter) {
 }
 
 const char* Invariants::brokenInUnion(const CompoundParameter& compound) {
-    const CompoundParameter::UpstreamParameters& heard = compound.m_upstreamParameters;
+    const CompoundParameter::UpstreamParameters& heard = compound.rarities().upstreamParameters;
     for (const auto& part : compound.parameters()) {
         if (!heard.contains(part.get()))
             return "the compound does not listen to one of its parts";

@@ -1,10 +1,16 @@
+#include "prm/AnimationState.h"
 #include "prm/NumericParameter.h"
+#include "prm/ParameterEdits.h"
+#include "prm/ProjectFileVersion.h"
+#include "prm/Views.h"
 #include "tests/parameter/Keying.h"
 
 #include <QSet>
+#include <QTextStream>
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cmath>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -218,6 +224,65 @@ TEST(Races, ReadersSeeOnlyPointsThatWere) {
 
 TEST(Races, ReadersSeeOnlyTextsThatWere) {
     seeOnlyWhatWas<Parameter<QString>, QString>();
+}
+
+void load(NumericParameter<double>& kind, const NumericParameter<double>& source) {
+    QString text;
+    QTextStream stream(&text);
+    source.streamOut(stream, QString(), true);
+    for (const QString& line : text.split('\n'))
+        kind.setFromScriptString(kind.scriptName() + line.mid(source.scriptName().size()), ProjectFileVersion());
+}
+
+template <class Edit> void doAndUndo(Edit&& edit) {
+    edit.doIt();
+    edit.undoIt();
+}
+
+TEST(Races, LoadingAndUndoingBesideEvaluation) {
+    using Number = NumericParameter<double>;
+    Number source("source");
+    for (const quint32 view : {0u, 1u})
+        key(source, {{0, 1.}, {40, 3.}, {100, 2.}}, view);
+    Number parameter("number");
+    const Crowd crowd(readers, [&] {
+        for (const quint32 view : {0u, 1u, 4u}) {
+            EXPECT_LE(std::abs(parameter.value(at(50, view)) - 1.5), 1.5);
+            EXPECT_LE(parameter.sampleValues(Frame(), Frame::fromUInt(9), View(view)).last(), 3);
+        }
+    });
+    for (int round = 0; round < rounds(60); ++round) {
+        load(parameter, source);
+        doAndUndo(ParameterDeleteAllKeysEdit(parameter, View(1)));
+        doAndUndo(ParameterRetimeEdit(parameter, Retiming::shifted(2)));
+        doAndUndo(ParameterDeleteViewEdit(parameter, View(0)));
+    }
+}
+
+TEST(Races, TheRegistryIsAskedBesideEvaluation) {
+    NumericParameter<double> parameter;
+    for (const quint32 view : {0u, 1u})
+        key(parameter, {{0, 1.}, {100, 1.}}, view);
+    Views views;
+    Views other;
+    const Crowd crowd(readers, [&] {
+        for (const View view : views.allViews()) {
+            EXPECT_EQ(parameter.value(Context(Time::fromInt(50), view)), 1);
+            const QString name = views.viewName(view);
+            EXPECT_TRUE(name.isEmpty() || name == "Mono" || name == "Left" || name == "Right") << name.toStdString();
+            EXPECT_LE(views.lookupView(name).id(), 1u);
+        }
+        other = views;
+        EXPECT_LE(views.heroView().id(), 1u);
+    });
+    for (int round = 0; round < rounds(300); ++round) {
+        views.setViewNames({{"Left", "L"}, {"Right", "R"}});
+        views.setHeroView(View(1));
+        parameter.iAddKeyframe(Frame::fromInt(round % 90), AnimationState(AnimationFlags(4), &views));
+        views = other;
+        views.setViewNames({{"Mono", "M"}});
+        parameter.uniquifyView(View(1));
+    }
 }
 
 // --- hooks that read, write and wait ---------------------------------------------------------------------------------

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <functional>
+#include <string>
+
 /// What this thread allocates, Qt's containers included. Not counted under sanitizers, which bring a `malloc` of their
 /// own.
 namespace Allocations {
@@ -7,9 +10,24 @@ namespace Allocations {
 bool areCounted();
 /// Since the thread began.
 int made();
-/// The n-th allocation from now on fails, once; none with 0.
+/// Those that are not freed.
+int alive();
+/// The n-th allocation from now on fails, once; none with 0. One beneath a function that Qt does not bring through
+/// (`tests/support/QtCallers.h`) comes through, and the next one outside fails instead.
 void failAt(int n);
+/// The same, but beneath one of Qt's functions it fails as well.
+void failAnywhereAt(int n);
 /// Whether that has happened.
 bool hasFailed();
+
+/// One attempt of an operation, on a world of its own.
+struct Attempt {
+    std::function<void()> act;
+    /// Tells one state of the world from another.
+    std::function<std::string()> state;
+};
+/// Makes an attempt for every n at which an allocation fails, until none does. Each ends with `std::bad_alloc` or
+/// comes through, leaves a state for which the last argument holds, and frees what it took.
+void failEach(const std::function<Attempt()>& make, const std::function<bool(const std::string&)>& isAllowed);
 
 } // namespace Allocations

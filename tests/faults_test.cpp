@@ -1,0 +1,197 @@
+// Memory runs out at every allocation in turn: the operation has happened or has not, nothing leaks, all invariants
+// hold.
+
+#include "prm/ProjectFile.h"
+#include "prm/detail/Invariants.h"
+#include "tests/edits/World.h"
+#include "tests/support/Allocations.h"
+#include "tests/support/QtCallers.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <boost/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <new>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace Prm;
+using Allocations::Attempt;
+
+namespace {
+
+class Faults : public testing::Test {
+protected:
+    void SetUp() override {
+        if (!Allocations::areCounted())
+            GTEST_SKIP() << "allocations are not counted in this build";
+    }
+};
+
+/// A world without keyframes, as a host makes it before it loads a project.
+struct Project {
+    Project() {
+        for (const auto& parameter : {world.number, world.plain, world.master, world.tied, world.second})
+            parameter->clearViewData();
+        world.position->vDeleteAllKeyframes(View(0));
+        world.master->bRemoveConstrainedParameter(world.tied.get());
+        world.master->bRemoveConstrainedParameter(world.second.get());
+        root.addParameterSet(*world.set);
+    }
+    std::string state() const {
+        EXPECT_EQ(detail::verify(root), QString());
+        return world.state();
+    }
+
+    World world;
+    ParameterSet root;
+    ProjectFile file{root};
+};
+
+/// What is to be loaded: every kind of line, also such as are unknown, malformed or name a master.
+QByteArray projectText() {
+    World world;
+    ParameterSet root;
+    root.addParameterSet(*world.set);
+    return ProjectFile(root).text() +
+           "set.number.keyframes.append( Key( 1, x, Linear ) )\nset.number.none=1\nno.such=1\n";
+}
+
+TEST_F(Faults, LoadingAgainCompletesWhatWasCutShort) {
+    const QByteArray text = projectText();
+    Project whole;
+    whole.file.loadText(text);
+    const std::string expected = whole.state();
+    const int findings = whole.file.report().size();
+    const auto make = [&] {
+        const auto project = std::make_shared<Project>();
+        return Attempt{[=] { project->file.loadText(text); },
+                       [project, text, findings] {
+                           project->state();
+                           project->file.loadText(text);
+                           EXPECT_EQ(project->file.report().size(), findings);
+                           return project->state();
+                       }};
+    };
+    Allocations::failEach(make, [&](const std::string& state) { return state == expected; });
+}
+
+TEST_F(Faults, SavingLeavesTheFormerFileOrTheNewOne) {
+    const QTemporaryDir folder;
+    const QString name = folder.filePath("a.prm");
+    const auto contents = [=] {
+        QFile file(name);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return file.readAll().toStdString();
+    };
+    Project project;
+    project.file.loadText(projectText());
+    project.file.setTimeOfWriting(QDateTime(QDate(2021, 3, 1), QTime(), Qt::UTC));
+    const std::string newer = project.file.text().toStdString();
+    const std::string before = project.state();
+    const auto make = [&] {
+        QFile file(name);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write("former") == 6);
+        return Attempt{[&] { project.file.save(name); }, contents};
+    };
+    Allocations::failEach(make, [&](const std::string& now) { return now == "former" || now == newer; });
+    EXPECT_EQ(project.state(), before);
+}
+
+TEST_F(Faults, SnapshotsOfSetsAreTakenOrNot) {
+    World world;
+    const std::string before = world.state();
+    const auto make = [&] { return Attempt{[&] { world.set->exportState(); }, [&] { return world.state(); }}; };
+    Allocations::failEach(make, [&](const std::string& state) { return state == before; });
+}
+
+TEST_F(Faults, SnapshotsOfSetsArePutBackMemberByMember) {
+    const auto change = [](World& world) {
+        for (const auto& parameter : {world.number, world.master, world.x})
+            parameter->vSetValue(77, at(33));
+    };
+    const auto make = [&] {
+        const auto world = std::make_shared<World>();
+        const auto snapshot = world->set->exportState();
+        change(*world);
+        return Attempt{[=] { world->set->doImportState(snapshot); },
+                       [=] {
+                           std::string has;
+                           for (const auto& parameter : {world->number, world->master, world->x})
+                               has += parameter->bKeyframeAt(Context::Explicit(at(33))) ? '1' : '0';
+                           EXPECT_EQ(detail::verify(*world->set), QString());
+                           world->set->doImportState(snapshot);
+                           EXPECT_EQ(world->state(), World().state()) << "once more";
+                           return has;
+                       }};
+    };
+    Allocations::failEach(
+        make, [&](const std::string& has) { return has == "111" || has == "011" || has == "001" || has == "000"; });
+}
+
+TEST_F(Faults, MembersAreAddedOrNot) {
+    struct Row {
+        const char* name;
+        void (*act)(World& world, ParameterSet& other);
+    };
+    const Row rows[] = {
+        {"parameter", [](World& w, ParameterSet& other) { other.addParameter(w.number); }},
+        {"basic", [](World& w, ParameterSet& other) { other.addBasicParameter(*w.text); }},
+        {"adopted",
+         [](World&, ParameterSet& other) {
+             other.adoptBasicParameter(std::make_unique<OwnedStaticParameter<QString>>("own"));
+         }},
+        {"subset", [](World& w, ParameterSet& other) { other.addParameterSet(*w.set); }},
+        {"copy", [](World& w, ParameterSet&) { const ParameterSet copy(*w.set); }},
+        {"assigned", [](World& w, ParameterSet& other) { other = *w.set; }},
+        {"part", [](World& w, ParameterSet&) { w.position->addParameter(w.plain); }},
+        {"child", [](World& w, ParameterSet&) { w.number->bAddConstrainedParameter(w.plain.get()); }},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const auto make = [act = row.act] {
+            const auto world = std::make_shared<World>();
+            const auto other = std::make_shared<ParameterSet>("other");
+            other->addParameterSet(boost::make_shared<ParameterSet>("set"));
+            return Attempt{[=] { act(*world, *other); },
+                           [=] {
+                               const QString broken = detail::verify(*world->set) + detail::verify(*other);
+                               return broken.toStdString();
+                           }};
+        };
+        Allocations::failEach(make, [](const std::string& broken) { return broken.empty(); });
+    }
+}
+
+/// Whether a failure at some allocation ends the process, or makes it hang.
+bool breaks(void (*call)()) {
+    for (int n = 1; n < 60; ++n) {
+        const pid_t child = fork();
+        if (child == 0) {
+            alarm(10);
+            std::fclose(stderr);
+            Allocations::failAnywhereAt(n);
+            try {
+                call();
+            } catch (const std::bad_alloc&) {
+            }
+            _exit(Allocations::hasFailed() ? 0 : 1);
+        }
+        int status = 0;
+        waitpid(child, &status, 0);
+        if (!WIFEXITED(status))
+            return true;
+        if (WEXITSTATUS(status) == 1)
+            return false;
+    }
+    return false;
+}
+
+TEST_F(Faults, QtBreaksWhereItIsSpared) {
+    for (const QtCaller& caller : qtCallers)
+        EXPECT_TRUE(breaks(caller.call)) << caller.name;
+}
+
+} // namespace
