@@ -75,17 +75,19 @@ int CompoundParameter::positionOf(const Context& keyframe) const {
     return position >= 0 && keyframes.at(position) == keyframe ? position : -1;
 }
 
+/// One step for a single step of a single part, which `follow` relies on; two for whatever else.
 quint64 CompoundParameter::keyframeRevision() const {
     bool counts = true;
-    bool isSame = m_revisions.size() == parameters().size();
+    quint64 steps = m_revisions.size() == parameters().size() ? 0 : 2;
     m_revisions.resize(parameters().size());
     for (std::size_t i = 0; i < m_revisions.size(); ++i) {
         const quint64 revision = parameters()[i]->keyframeRevision();
         counts = counts && revision != 0;
-        isSame = isSame && revision == m_revisions[i];
+        if (revision != m_revisions[i])
+            steps += revision == m_revisions[i] + 1 ? 1 : 2;
         m_revisions[i] = revision;
     }
-    m_revision += isSame ? 0 : 1;
+    m_revision += std::min<quint64>(steps, 2);
     return counts ? m_revision : 0;
 }
 

@@ -23,6 +23,13 @@ bool hidesItsStaticValue(const ParameterWithoutType& parameter, const Context& c
     return parameter.masterParameter() || (hasKeyframes && !Frame(context).isValid());
 }
 
+/// Where an edit in the context writes: a parameter that is not splittable has one place for all views.
+Context writtenAt(const BasicParameter& parameter, const Context& context) {
+    const ParameterWithoutType* const own = animated(parameter);
+    const bool isApart = !own || own->splittable() || dynamic_cast<const ParameterSet*>(own);
+    return isApart ? context : Context(context.time, View(View::defaultViewId()), context.flags);
+}
+
 } // namespace
 
 std::vector<View> viewsWithData(const ParameterWithoutType& parameter) {
@@ -61,13 +68,13 @@ bool sameKeyframes(const SerialisedKeyframe* a, const SerialisedKeyframe* b) {
 }
 
 StateAt::StateAt(const BasicParameter& parameter, const Context& context)
-    : m_context(context), m_value(parameter.variantValue(context, std::nothrow)) {
+    : m_context(writtenAt(parameter, context)), m_value(parameter.variantValue(m_context, std::nothrow)) {
     const ParameterWithoutType* const own = animated(parameter);
     if (!own)
         return;
     m_views = viewsWithData(*own);
     if (context.time.isValid())
-        m_keyframe = own->getSerialisedKeyframe(context);
+        m_keyframe = own->getSerialisedKeyframe(m_context);
 }
 
 bool StateAt::hasChanged(const BasicParameter& parameter) const {
