@@ -4,7 +4,8 @@ namespace Tool {
 
 namespace {
 
-// A short static property is 13 bytes of JSON and more than a kilobyte as a parameter; small files need room to start with.
+// A short static property is 13 bytes of JSON and more than a kilobyte as a parameter; small files need room to start
+// with.
 const qint64 bytesPerByte = 200;
 const qint64 bytesAtLeast = 256LL << 20;
 const qint64 bytesAtMost = 1LL << 30;
