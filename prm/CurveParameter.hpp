@@ -67,9 +67,9 @@ T CurveParameter<T>::extrapolateIn(const typename Parameter<T>::KeyframeVector& 
         return detail::continuedValue(edge.value, from, to, slope, time - edge.time);
     }
     Time inside;
-    // A host's function may edit the list.
+    // A host's function may edit the list. NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const typename Parameter<T>::KeyframeVector kept = keyframes;
-    const T held = edge.value;
+    T held = edge.value;
     if (!detail::mapIntoRange(kind, time, first.time, last.time, inside))
         return held;
     const detail::Bracket at = detail::bracket(kept.constData(), count, inside);

@@ -17,14 +17,15 @@ template <class T> const char* Invariants::brokenInStorage(const ParameterWithou
 }
 
 const char* Invariants::brokenInKeyframes(const ParameterWithoutType& parameter) {
-    const std::vector<View> views = parameter.viewList();
+    const std::vector<View>& views = parameter.viewList();
     const auto isReal = [](View view) { return view.isValid(); };
     if (!std::all_of(views.begin(), views.end(), isReal))
         return "an invalid view has data";
     if (std::adjacent_find(views.begin(), views.end(), [](View a, View b) { return !(a < b); }) != views.end())
         return "the views are not in ascending order";
     bool ascending = true;
-    for (const View view : views) {
+    // Of a copy: a compound makes its list anew when it is asked.
+    for (const View view : std::vector<View>(views)) {
         std::optional<Time> former;
         parameter.forEachKeyframeTime(
             [&](const Context& at) {
