@@ -32,6 +32,12 @@ void Project::declare(Arguments& arguments) {
                 QStringLiteral("FILE"));
 }
 
+void Project::declareWithPatterns(Arguments& arguments, const QString& syntax) {
+    declare(arguments);
+    arguments.positional(QStringLiteral("PATTERN"), QStringLiteral("Paths of parameters or groups, or shell patterns."),
+                         syntax);
+}
+
 Project::Project(const Arguments& arguments)
     : m_name(arguments.file()), m_text(readInput(m_name)), m_kinds(m_text, KindRules(rulesOf(arguments))) {}
 

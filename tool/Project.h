@@ -11,6 +11,8 @@ namespace Tool {
 class Project {
 public:
     static void declare(Arguments& arguments);
+    /// The same, for commands about the parameters that patterns name.
+    static void declareWithPatterns(Arguments& arguments, const QString& syntax = QStringLiteral("PATTERN..."));
     /// Reads what the arguments name. Throws `Problem`.
     explicit Project(const Arguments& arguments);
 

@@ -40,10 +40,8 @@ QVector<QVariant> column(Project& project, int node, const QVector<Prm::Time>& t
 } // namespace
 
 int evaluate(Arguments& arguments) {
-    Project::declare(arguments);
+    Project::declareWithPatterns(arguments);
     arguments
-        .positional(QStringLiteral("PATTERN"), QStringLiteral("Paths of parameters or groups, or shell patterns."),
-                    QStringLiteral("PATTERN..."))
         .option({QStringLiteral("frames")}, QStringLiteral("A..B, A..BxSTEP or single frames, separated by commas."),
                 QStringLiteral("FRAMES"))
         .option({QStringLiteral("times-from")}, QStringLiteral("Reads the frames from a file."), QStringLiteral("FILE"))

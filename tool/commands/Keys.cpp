@@ -38,12 +38,8 @@ void addParameter(Table& table, const BuiltParameter& built, const QString& path
 } // namespace
 
 int listKeyframes(Arguments& arguments) {
-    Project::declare(arguments);
-    arguments
-        .positional(QStringLiteral("PATTERN"), QStringLiteral("Paths of parameters or groups, or shell patterns."),
-                    QStringLiteral("[PATTERN...]"))
-        .tableOptions()
-        .example(QStringLiteral("prm keys project.prm blur.size"));
+    Project::declareWithPatterns(arguments, QStringLiteral("[PATTERN...]"));
+    arguments.tableOptions().example(QStringLiteral("prm keys project.prm blur.size"));
     if (!arguments.read(1, -1))
         return Fine;
     Project project(arguments);

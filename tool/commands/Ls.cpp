@@ -131,12 +131,8 @@ private:
 } // namespace
 
 int listParameters(Arguments& arguments) {
-    Project::declare(arguments);
-    arguments
-        .positional(QStringLiteral("PATTERN"), QStringLiteral("Paths of parameters or groups, or shell patterns."),
-                    QStringLiteral("[PATTERN...]"))
-        .tableOptions()
-        .example(QStringLiteral("prm ls project.prm blur"));
+    Project::declareWithPatterns(arguments, QStringLiteral("[PATTERN...]"));
+    arguments.tableOptions().example(QStringLiteral("prm ls project.prm blur"));
     if (!arguments.read(1, -1))
         return Fine;
     Project project(arguments);

@@ -22,11 +22,8 @@ int moveKeyframes(Arguments& arguments) {
     const QString from = QStringLiteral("from");
     const QString to = QStringLiteral("to");
     const QString view = QStringLiteral("view");
-    Project::declare(arguments);
-    arguments
-        .positional(QStringLiteral("PATTERN"), QStringLiteral("Paths of parameters or groups, or shell patterns."),
-                    QStringLiteral("PATTERN..."))
-        .option({from}, QStringLiteral("The frame of the keyframe."), QStringLiteral("FRAME"))
+    Project::declareWithPatterns(arguments);
+    arguments.option({from}, QStringLiteral("The frame of the keyframe."), QStringLiteral("FRAME"))
         .option({to}, QStringLiteral("Where it goes; a keyframe that is there already makes way."),
                 QStringLiteral("FRAME"))
         .option({view}, QStringLiteral("Only in this view; in all unless given."), QStringLiteral("N"));

@@ -72,10 +72,8 @@ QString pictureName(const Arguments& arguments) {
 }
 
 void declare(Arguments& arguments) {
-    Project::declare(arguments);
+    Project::declareWithPatterns(arguments);
     arguments
-        .positional(QStringLiteral("PATTERN"), QStringLiteral("Paths of parameters or groups, or shell patterns."),
-                    QStringLiteral("PATTERN..."))
         .option({QStringLiteral("frames")}, QStringLiteral("The frames to show, otherwise those with keyframes."),
                 QStringLiteral("A..B"))
         .option({QStringLiteral("view")}, QStringLiteral("A view to show, 0 unless given; may be repeated."),

@@ -48,10 +48,8 @@ void checkPossible(const EditedParameter& edited, const Prm::Retiming& retiming)
 } // namespace
 
 int retime(Arguments& arguments) {
-    Project::declare(arguments);
+    Project::declareWithPatterns(arguments);
     arguments
-        .positional(QStringLiteral("PATTERN"), QStringLiteral("Paths of parameters or groups, or shell patterns."),
-                    QStringLiteral("PATTERN..."))
         .option({shift}, QStringLiteral("Later by so many frames, or earlier with a minus sign: --shift=-12."),
                 QStringLiteral("FRAMES"))
         .option({scale}, QStringLiteral("Farther from the pivot by a factor."), QStringLiteral("S"))

@@ -23,11 +23,8 @@ void addOffset(const EditedParameter& edited, Prm::View view, double offset) {
 int split(Arguments& arguments) {
     const QString viewName = QStringLiteral("view");
     const QString offsetName = QStringLiteral("offset");
-    Project::declare(arguments);
-    arguments
-        .positional(QStringLiteral("PATTERN"), QStringLiteral("Paths of parameters or groups, or shell patterns."),
-                    QStringLiteral("PATTERN..."))
-        .option({viewName}, QStringLiteral("The view that gets a copy of what it shows."), QStringLiteral("N"))
+    Project::declareWithPatterns(arguments);
+    arguments.option({viewName}, QStringLiteral("The view that gets a copy of what it shows."), QStringLiteral("N"))
         .option({offsetName}, QStringLiteral("Added to the numbers of the copy."), QStringLiteral("D"));
     declareOutput(arguments);
     arguments.example(QStringLiteral("prm split project.prm blur.size --view 1 --offset 2.5 --in-place"));
