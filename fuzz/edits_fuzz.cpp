@@ -1,7 +1,7 @@
 // Sequences of edits of two parameters beside the plain model of the tests.
 
 #include "fuzz/Fuzz.h"
-#include "tests/parameter/Model.h"
+#include "tests/parameter/ModelSteps.h"
 
 using namespace Modelled;
 

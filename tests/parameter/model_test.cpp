@@ -1,7 +1,7 @@
 // A parameter beside a plain, slow model of it: both are put through the same random edits, and after each must give
 // the same answers and have sent the same changes. Whatever observers do meanwhile, the parameter stays sound.
 
-#include "tests/parameter/Model.h"
+#include "tests/parameter/ModelSteps.h"
 
 #include <QPointer>
 #include <gtest/gtest.h>
