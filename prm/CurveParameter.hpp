@@ -85,13 +85,7 @@ template <class T> bool CurveParameter<T>::supportsExtrapolationFromNoKeys() con
 template <class T>
 IType CurveParameter<T>::initialiseInterpolation(const KeyframeData<T>& from, const KeyframeData<T>&,
                                                  Interpolation kind) const {
-    const IType& present = from.interpolationData;
-    const bool shaped = present.interpolation == kind && present != IType(kind);
-    if (shaped && kind >= Interpolation::Bezier)
-        return present;
-    if (kind == Interpolation::Bezier)
-        return {kind, 1.0 / 3.0, 0.0, 2.0 / 3.0, 1.0};
-    return {kind};
+    return detail::initialShape(from.interpolationData, kind);
 }
 
 } // namespace Prm

@@ -253,12 +253,7 @@ protected:
     /// The data that a read of the view answers from, kept as they are for as long as the block lives.
     ReadBlock read(const View& view) const { return ReadBlock(m_views, view); }
 
-    /// For the constructors of classes that the library knows in full: objects of exactly this class are evaluated
-    /// without asking what their virtual operations say, up to the hooks of `CurveParameter`.
-    void setKnownClass(const std::type_info& type) { m_knownClass = &type; }
-
 private:
-    bool isOfKnownClass() const { return m_knownClass == &typeid(*this); }
     bool answersKeyframed() const { return isOfKnownClass() ? Parameter::isKeyframed() : isKeyframed(); }
     bool tellsViewsApart() const { return isOfKnownClass() ? Parameter::splittable() : splittable(); }
     const Parameter* typedMaster() const;
@@ -296,6 +291,8 @@ private:
     PVData* ownData(const View& view, const PVData* contents);
     static bool storeStaticValue(PVData& data, const T& value);
     int insertKeyframe(PVData& data, Time time, const T& value);
+    PRM_ALWAYS_INLINE int appendBriefly(Time time, const T& value, View view);
+    PRM_NEVER_INLINE int setAtLength(Time time, const T& value, const View& view);
     bool giveViewData(const View& view, const PVData& contents);
     void takeKeyframeData(const Parameter& source, bool withSettings);
     void checkVariantAccess(const Context& context) const;
@@ -311,7 +308,6 @@ private:
     friend void detail::default_Parameter_setVariantValue_impl<T>(Parameter& parameter, const QVariant& variant,
                                                                   const Context& context);
 
-    const std::type_info* m_knownClass = nullptr;
     /// The owning thread's alone.
     quint64 m_revision = detail::firstKeyframeRevision();
     std::atomic<bool> m_keyframed;

@@ -11,6 +11,8 @@ namespace Prm {
 namespace {
 
 void send(ParameterWithoutType& parameter, ParameterChange::ChangeType type, int index = 0, const Context& at = {}) {
+    if (!parameter.isHeard())
+        return;
     ParameterChange change(type, parameter, static_cast<unsigned int>(index));
     change.context = at;
     parameter.emitChange(change);

@@ -200,8 +200,12 @@ void ParameterWithoutType::detachAllObservers() const {
     disconnect(this, SIGNAL(changed(Prm::ParameterChange&)), nullptr, nullptr);
 }
 
+void ParameterWithoutType::connectNotify(const QMetaMethod&) {
+    m_wasConnected.store(true, std::memory_order_relaxed);
+}
+
 void ParameterWithoutType::emitChange(ParameterChange& change) {
-    if (!notificationsEnabled(change.type))
+    if (!isHeard() || !notificationsEnabled(change.type))
         return;
     if (!signalsBlocked()) {
         Q_EMIT changed(change);

@@ -17,6 +17,7 @@
 #include <boost/shared_ptr.hpp>
 
 #include <atomic>
+#include <typeinfo>
 #include <vector>
 
 namespace Prm {
@@ -232,6 +233,8 @@ public:
     /// Sends `changed` if the type is enabled and the parameter's Qt signals are not blocked, or an override lets the
     /// type through; blocking is as before afterwards, also when an observer throws.
     void emitChange(ParameterChange& change);
+    /// False where certainly nobody hears `changed`, so that telling can be left out.
+    bool isHeard() const { return m_wasConnected.load(std::memory_order_relaxed) || !isOfKnownClass(); }
     /// Switches every type.
     void enableNotifications(bool enabled);
     void enableNotifications(ParameterChange::ChangeType) = delete;
@@ -256,6 +259,14 @@ Q_SIGNALS:
     void commandRegistrationChanged(Prm::ParameterChange& changeData);
 
 protected:
+    /// Remembers that somebody listens. A class that overrides this need not call it: its changes are always sent.
+    void connectNotify(const QMetaMethod& signal) override;
+
+    /// For the constructors of classes that the library knows in full: objects of exactly this class are evaluated
+    /// without asking what their virtual operations say, up to the hooks of `CurveParameter`.
+    void setKnownClass(const std::type_info& type) { m_knownClass = &type; }
+    bool isOfKnownClass() const { return m_knownClass == &typeid(*this); }
+
     /// Copies names, additional names, the four attributes of `copyOwnAttributes` and whether it is streamable; not
     /// parent, master, lists, switches or view selector.
     ParameterWithoutType(const ParameterWithoutType& other);
@@ -314,6 +325,7 @@ private:
     bool m_hidden;
     bool m_readingIn = false;
     bool m_deletionAnnounced = false;
+    std::atomic<bool> m_wasConnected{false};
     quint32 m_notificationEnabled;
     quint32 m_blockedSignalOverride = 0;
     QString m_displayName;
@@ -321,6 +333,7 @@ private:
     QString m_namePrefix;
     /// Made with the first of them; evaluation on other threads looks for the master.
     std::atomic<Rarities*> m_rarities{nullptr};
+    const std::type_info* m_knownClass = nullptr;
 };
 
 } // namespace Prm

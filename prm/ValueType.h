@@ -85,6 +85,9 @@ template <class T> struct Blends<T, std::void_t<decltype(ValueType<T>::component
 /// Whether values of the type can be blended.
 template <class T> inline constexpr bool blends = detail::Blends<T>::value;
 
+/// Whether copying and comparing values calls no function of a host's.
+template <class T> inline constexpr bool isPlain = std::is_arithmetic_v<T> || std::is_same_v<T, QPointF>;
+
 namespace detail {
 
 /// Adds up values of a type that blends.

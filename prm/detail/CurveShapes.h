@@ -40,6 +40,17 @@ inline double mix(double from, double to, double part) {
 /// frames. Holds where the line is not finite.
 PRM_EXPORT double continued(double edge, double a, double b, double duration, double slope, double distance);
 
+/// The shape of a segment that becomes of a kind: the present one where it is of this kind and has one, else the kind's
+/// own, slow at both ends for Bezier.
+PRM_ALWAYS_INLINE IType initialShape(const IType& present, Interpolation kind) {
+    const bool shaped = present.interpolation == kind && present != IType(kind);
+    if (shaped && kind >= Interpolation::Bezier)
+        return present;
+    if (kind == Interpolation::Bezier)
+        return {kind, 1.0 / 3.0, 0.0, 2.0 / 3.0, 1.0};
+    return {kind};
+}
+
 /// Whether a segment keeps the value that it starts with. The unnamed kind 0 does, as the name that is written for it.
 inline bool holds(const IType& shape) {
     return shape.interpolation <= Interpolation::Constant;
@@ -81,17 +92,19 @@ template <class T> PRM_ALWAYS_INLINE T segmentValue(const KeyframeData<T>& from,
 }
 
 /// `segmentValue` of a straight line of ordinary numbers at the times, from the first on, that lie inside it; answers
-/// how many these are.
+/// how many these are. They are counted first, so that several are computed at once.
 inline int lineValues(KeyframeData<double> from, KeyframeData<double> to, const Time* times, int count, double* out) {
+    int inside = 1;
+    while (inside < count && from.time < times[inside] && times[inside] < to.time)
+        ++inside;
     const double duration = to.time - from.time;
     const double change = to.value - from.value;
-    int i = 0;
-    do {
+    for (int i = 0; i < inside; ++i) {
         const double x = (times[i] - from.time) / duration;
         const double value = x < 1.0 ? from.value + change * x : to.value;
         out[i] = x > 0.0 ? value : from.value;
-    } while (++i < count && from.time < times[i] && times[i] < to.time);
-    return i;
+    }
+    return inside;
 }
 
 /// The same for every kind of segment. The first time may lie at the first keyframe. The keyframes are copies: a host's

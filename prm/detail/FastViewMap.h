@@ -17,7 +17,7 @@
 namespace Prm::detail {
 
 /// The data of one view. Read by any thread inside a `ReadBlock`, edited by the owning thread inside a
-/// `LockedKeyframes`.
+/// `LockedKeyframes`. There is one for every parameter that was ever written: no byte more than for its contents.
 template <class T> class PVData : public Lockable {
 public:
     using KeyframeVector = QVector<KeyframeData<T>>;
@@ -63,15 +63,13 @@ public:
     explicit FastViewMap(const T& defaultValue = T()) : m_template(defaultValue) {}
     /// A deep copy, template included.
     FastViewMap(const FastViewMap& other)
-        : FastViewMapBase(other.m_realViews), m_slots(other.m_slots), m_data(copyOf(other.m_data)),
-          m_template(other.m_template, View::INVALID()) {
-        publish();
+        : FastViewMapBase(other.m_realViews), m_slots(other.m_slots), m_template(other.m_template, View::INVALID()) {
+        publish(copyOf(other));
     }
     /// A copy of the views, over a template of its own.
     FastViewMap(const FastViewMap& other, const T& defaultValue)
-        : FastViewMapBase(other.m_realViews), m_slots(other.m_slots), m_data(copyOf(other.m_data)),
-          m_template(defaultValue) {
-        publish();
+        : FastViewMapBase(other.m_realViews), m_slots(other.m_slots), m_template(defaultValue) {
+        publish(copyOf(other));
     }
     FastViewMap& operator=(const FastViewMap& other) {
         if (this != &other) {
@@ -83,16 +81,17 @@ public:
         return *this;
     }
     ~FastViewMap() override {
-        for (auto& block : m_data)
-            retire(block.release());
+        for (std::size_t i = 0; i < m_realViews.size(); ++i)
+            retire(at(i));
+        letGo(takeAll());
     }
 
     /// Takes over the other's views, but not its template. Readers see all of the change or none of it, together with
     /// what `andAlso` changes, which must not throw; an exception changes nothing.
     template <class Function> void assignViews(const FastViewMap& other, const Function& andAlso) {
-        Blocks data = copyOf(other.m_data);
+        Blocks blocks = copyOf(other);
         std::vector<View> views = other.m_realViews;
-        replace(std::move(views), std::move(data), other.m_slots, andAlso);
+        replace(std::move(views), std::move(blocks), other.m_slots, andAlso);
     }
 
     /// Removes the data of every view.
@@ -103,7 +102,13 @@ public:
     /// The view's own data, or null.
     Block* findRealViewData(View view) const {
         const int position = view.isValid() && view.id() < m_slots ? positionOf(view) : -1;
-        return position < 0 ? nullptr : m_data[static_cast<std::size_t>(position)].get();
+        return position < 0 ? nullptr : at(static_cast<std::size_t>(position));
+    }
+
+    /// The same, null also where several views have data.
+    PRM_ALWAYS_INLINE Block* findSingleViewData(View view) const {
+        Block* const only = m_only.load(std::memory_order_relaxed);
+        return only && only->view == view && view.isValid() ? only : nullptr;
     }
 
     /// What a write to the view changes: its own data, made when there is none. View 0 gets data before any other view
@@ -112,7 +117,7 @@ public:
     /// The same; data that have to be made begin with these contents, so that no reader sees them empty.
     Block& obtain(View view, const Block& contents) {
         if (!view.isValid())
-            return m_data.empty() ? (*this)[View(View::defaultViewId())] : *m_data.front();
+            return m_realViews.empty() ? (*this)[View(View::defaultViewId())] : *at(0);
         if (Block* own = findRealViewData(view))
             return *own;
         if (view != View(View::defaultViewId()) && m_slots == 0)
@@ -124,37 +129,45 @@ public:
     const Block& resolve(View view) const {
         if (const Block* own = findRealViewData(view))
             return *own;
-        return m_data.empty() ? m_template : *m_data.front();
+        return m_realViews.empty() ? m_template : *at(0);
     }
 
     /// Removes the data of one view, which must have some.
     void remove(View view) {
         const int position = positionOf(view);
-        Block* const block = m_data[static_cast<std::size_t>(position)].get();
-        const WriteScope scope({&m_template}, {block});
-        static_cast<void>(m_data[static_cast<std::size_t>(position)].release());
-        m_data.erase(m_data.begin() + position);
+        const WriteScope scope({&m_template}, {at(static_cast<std::size_t>(position))});
+        Blocks blocks = takeAll();
         m_realViews.erase(m_realViews.begin() + position);
-        publish();
+        if (blocks.several) {
+            const auto place = blocks.several->begin() + position;
+            static_cast<void>(place->release());
+            blocks.several->erase(place);
+        } else {
+            static_cast<void>(blocks.one.release());
+        }
+        if (m_realViews.size() == 1)
+            blocks = Blocks{std::move(blocks.several->front()), nullptr};
+        publish(std::move(blocks));
     }
 
     /// Gives this map as many slots for views as the other one has, over its own data. Throws `boost::bad_index` where
     /// one slot has no data to show.
     void initSourceData(const FastViewMap& other) {
-        if (other.m_slots == 1 && m_data.empty())
+        if (other.m_slots == 1 && m_realViews.empty())
             throw boost::bad_index("'at()' out of bounds");
         m_slots = other.m_slots;
     }
 
     /// For the owning thread: the first of its invariants that does not hold, or null.
     const char* brokenInvariant() const {
-        if (m_data.size() != m_realViews.size())
+        const std::size_t count = m_realViews.size();
+        if (count > 1 ? !m_several || m_several->size() != count : m_several != nullptr)
             return "not every real view has data";
-        for (std::size_t i = 0; i < m_data.size(); ++i) {
-            if (!m_data[i] || m_data[i]->view != m_realViews[i] || findRealViewData(m_realViews[i]) != m_data[i].get())
+        for (std::size_t i = 0; i < count; ++i) {
+            if (!at(i) || at(i)->view != m_realViews[i] || findRealViewData(m_realViews[i]) != at(i))
                 return "a real view does not find its own data";
         }
-        const Block* const only = m_data.size() > 1 ? nullptr : &resolve(View::INVALID());
+        const Block* const only = count > 1 ? nullptr : &resolve(View::INVALID());
         return m_only.load() == only ? nullptr : "views borrow other data than those of the source view";
     }
 
@@ -216,14 +229,57 @@ public:
     }
 
 private:
-    using Blocks = std::vector<std::unique_ptr<Block>>;
+    using BlockList = std::vector<std::unique_ptr<Block>>;
+    /// The blocks of all views: that of one alone without a list, for few parameters ever have more.
+    struct Blocks {
+        std::unique_ptr<Block> one;
+        std::unique_ptr<BlockList> several;
+    };
 
-    static Blocks copyOf(const Blocks& data) {
+    static Blocks copyOf(const FastViewMap& other) {
+        const auto copyAt = [&](std::size_t i) { return std::make_unique<Block>(*other.at(i), other.at(i)->view); };
         Blocks copy;
-        copy.reserve(data.size());
-        for (const auto& block : data)
-            copy.push_back(std::make_unique<Block>(*block, block->view));
+        const std::size_t count = other.m_realViews.size();
+        if (count == 1)
+            copy.one = copyAt(0);
+        if (count < 2)
+            return copy;
+        copy.several = std::make_unique<BlockList>();
+        copy.several->reserve(count);
+        for (std::size_t i = 0; i < count; ++i)
+            copy.several->push_back(copyAt(i));
         return copy;
+    }
+
+    /// The data of the view at that place of the list.
+    Block* at(std::size_t position) const {
+        return m_several ? (*m_several)[position].get() : m_only.load(std::memory_order_relaxed);
+    }
+
+    /// Takes the blocks out, which leaves the map without any until others are published.
+    Blocks takeAll() {
+        Blocks taken;
+        if (m_realViews.size() == 1)
+            taken.one.reset(m_only.load());
+        taken.several = std::move(m_several);
+        return taken;
+    }
+
+    /// Leaves the blocks to whoever retires them.
+    static void letGo(Blocks blocks) {
+        static_cast<void>(blocks.one.release());
+        if (blocks.several) {
+            for (auto& block : *blocks.several)
+                static_cast<void>(block.release());
+        }
+    }
+
+    void publish(Blocks blocks) {
+        m_several = std::move(blocks.several);
+        if (m_several)
+            m_only.store(nullptr);
+        else
+            m_only.store(blocks.one ? blocks.one.release() : &m_template);
     }
 
     /// Small ids usually are their own position; the others are searched for, so that no id costs memory.
@@ -238,13 +294,25 @@ private:
         auto made = std::make_unique<Block>(contents, view);
         Block& block = *made;
         const auto place = std::lower_bound(m_realViews.begin(), m_realViews.end(), view) - m_realViews.begin();
+        auto list = std::make_unique<BlockList>();
+        if (m_realViews.size() == 1)
+            list->reserve(2);
         const WriteScope scope(m_template);
         makeRoom(m_realViews);
-        makeRoom(m_data);
-        m_data.insert(m_data.begin() + place, std::move(made));
+        if (m_several)
+            makeRoom(*m_several);
+        Blocks blocks = takeAll();
+        if (blocks.one) {
+            blocks.several = std::move(list);
+            blocks.several->push_back(std::move(blocks.one));
+        }
+        if (blocks.several)
+            blocks.several->insert(blocks.several->begin() + place, std::move(made));
+        else
+            blocks.one = std::move(made);
         m_realViews.insert(m_realViews.begin() + place, view);
         m_slots = std::max(m_slots, view.id() + 1);
-        publish();
+        publish(std::move(blocks));
         return block;
     }
 
@@ -255,28 +323,17 @@ private:
     }
 
     template <class Function>
-    void replace(std::vector<View> views, Blocks data, quint32 slotCount, const Function& andAlso) {
+    void replace(std::vector<View> views, Blocks blocks, quint32 slotCount, const Function& andAlso) {
         std::vector<Lockable*> former;
-        former.reserve(m_data.size());
-        for (const auto& block : m_data)
-            former.push_back(block.get());
+        former.reserve(m_realViews.size());
+        for (std::size_t i = 0; i < m_realViews.size(); ++i)
+            former.push_back(at(i));
         const WriteScope scope({&m_template}, std::move(former));
-        for (auto& block : m_data)
-            static_cast<void>(block.release());
-        m_data = std::move(data);
+        letGo(takeAll());
         m_realViews.swap(views);
         m_slots = slotCount;
         andAlso();
-        publish();
-    }
-
-    void publish() {
-        const Block* only = nullptr;
-        if (m_data.empty())
-            only = &m_template;
-        else if (m_data.size() == 1)
-            only = m_data.front().get();
-        m_only.store(only);
+        publish(std::move(blocks));
     }
 
     PRM_NEVER_INLINE const Block& pinOrWait(View view, ReadScope& scope) const {
@@ -300,17 +357,18 @@ private:
         if (!scope.mayRead(m_template) || m_only.load())
             return nullptr;
         const int position = view.isValid() ? positionOf(view) : -1;
-        const Block* const block = m_data[static_cast<std::size_t>(std::max(position, 0))].get();
+        const Block* const block = at(static_cast<std::size_t>(std::max(position, 0)));
         scope.announce(block);
         scope.withdraw(&m_template);
         return scope.mayRead(*block) ? block : nullptr;
     }
 
     /// The block that every view reads; null when several views have data, and the lists must be asked.
-    std::atomic<const Block*> m_only{&m_template};
+    std::atomic<Block*> m_only{&m_template};
+    /// All of them where several views have data.
+    std::unique_ptr<BlockList> m_several;
     /// How many ids, from 0 on, are told apart; all others read the source data.
     quint32 m_slots = 0;
-    Blocks m_data;
     /// What new views and reads without data begin with. Its mark also keeps readers out of the lists.
     Block m_template;
 };

@@ -1,10 +1,26 @@
 #pragma once
 
+#include "prm/detail/CurveShapes.h"
 #include "prm/detail/KeyframeSearch.h"
 
 #include <QVector>
 
 namespace Prm::detail {
+
+/// Puts a keyframe behind the last one, which must be before it, as `insertKeyframe` does for curves that shape their
+/// segments by `initialShape`. Nothing is built elsewhere and copied.
+template <class T>
+PRM_ALWAYS_INLINE int appendKeyframe(QVector<KeyframeData<T>>& keyframes, Time time, const T& value) {
+    const int position = keyframes.size();
+    keyframes.append(keyframes.constLast());
+    KeyframeData<T>* const added = keyframes.data() + position;
+    added->time = time;
+    added->value = value;
+    IType& former = added[-1].interpolationData;
+    added->interpolationData = IType(former.interpolation);
+    former = initialShape(former, former.interpolation);
+    return position;
+}
 
 /// Puts a keyframe in its place and answers the position. It takes over the interpolation of the keyframe before it
 /// (`first` when there is none), shaped by `initialise(from, to, kind)` when one follows. Appending shapes the former

@@ -25,11 +25,12 @@ template <class Keyframe> int lowerBound(const Keyframe* keyframes, int count, T
 }
 
 /// The same, at once for the last keyframe and behind it, where most edits are.
-template <class Keyframe> int lowerBound(const QVector<Keyframe>& keyframes, Time time) {
+template <class Keyframe> PRM_ALWAYS_INLINE int lowerBound(const QVector<Keyframe>& keyframes, Time time) {
+    const Keyframe* const first = keyframes.constData();
     const int last = keyframes.size() - 1;
-    if (last > 0 && keyframes.at(last - 1).time < time)
-        return keyframes.at(last).time < time ? last + 1 : last;
-    return lowerBound(keyframes.constData(), keyframes.size(), time);
+    if (last > 0 && first[last - 1].time < time)
+        return first[last].time < time ? last + 1 : last;
+    return lowerBound(first, keyframes.size(), time);
 }
 
 /// The position of the keyframe at the time, or -1.

@@ -10,22 +10,21 @@ namespace Prm::detail {
 
 namespace {
 
-constexpr std::uintptr_t waiting = 1;
-constexpr std::uintptr_t writing = 2;
-constexpr std::uintptr_t marks = waiting | writing;
+constexpr std::uint32_t waiting = ReaderRecord::waiting;
+constexpr std::uint32_t writing = ReaderRecord::writing;
 
 std::atomic<ReaderRecord*> firstRecord{nullptr};
 
-std::uintptr_t threadOf(std::uintptr_t mark) {
-    return mark & ~marks;
+std::uint32_t threadOf(std::uint32_t mark) {
+    return mark & ~ReaderRecord::marks;
 }
 
 /// The bottom record stands for its thread.
-std::uintptr_t thisThread() {
+std::uint32_t thisThread() {
     return ReaderRecord::mine().thread();
 }
 
-bool isWrittenHere(const std::atomic<std::uintptr_t>& mark) {
+bool isWrittenHere(const std::atomic<std::uint32_t>& mark) {
     return threadOf(mark.load(std::memory_order_relaxed)) == thisThread();
 }
 
@@ -83,11 +82,13 @@ ReaderRecord& ReaderRecord::takeOne(ReaderRecord* below) {
             break;
     }
     const bool made = !record;
-    if (made)
+    if (made) {
+        static std::atomic<std::uint32_t> lastNumber{0};
         record = new ReaderRecord;
+        record->m_number = lastNumber.fetch_add(marks + 1) + marks + 1;
+    }
     record->m_below = below;
-    const auto self = reinterpret_cast<std::uintptr_t>(record);
-    record->m_thread.store(below ? below->m_thread.load() : self);
+    record->m_thread.store(below ? below->m_thread.load() : record->m_number);
     if (made) {
         record->m_next = firstRecord.load();
         while (!firstRecord.compare_exchange_weak(record->m_next, record)) {
@@ -102,7 +103,7 @@ void ReaderRecord::giveBack(ReaderRecord& record) {
     record.m_taken.store(false, std::memory_order_release);
 }
 
-bool ReaderRecord::isReadElsewhere(const Lockable* block, std::uintptr_t thread) {
+bool ReaderRecord::isReadElsewhere(const Lockable* block, std::uint32_t thread) {
     for (const ReaderRecord* record = firstRecord.load(); record; record = record->m_next) {
         // Ordered as well: the record may just have gone from this thread to another.
         if (record->m_thread.load() == thread)
@@ -131,7 +132,7 @@ void ReaderRecord::deleteRetired(ReaderRecord& record) {
     }
 }
 
-bool ReadScope::mayPass(std::uintptr_t mark) const {
+bool ReadScope::mayPass(std::uint32_t mark) const {
     return threadOf(mark) == m_record.thread() || ((mark & waiting) != 0 && isWaitedFor());
 }
 
@@ -144,7 +145,7 @@ bool ReadScope::isWaitedFor() const {
     for (const ReaderRecord* record = &m_record; record; record = record->m_below) {
         for (int i = 0; i < count; ++i) {
             const Lockable* const block = record->m_announced[static_cast<std::size_t>(i)].load();
-            const std::uintptr_t mark = block ? block->m_mark.load() : 0;
+            const std::uint32_t mark = block ? block->m_mark.load() : 0;
             if (mark != 0 && threadOf(mark) != m_record.thread())
                 return true;
         }
@@ -238,7 +239,7 @@ void WriteScope::acquire(Lockable* const* blocks, std::size_t count) {
         return;
     ReaderRecord& record = ReaderRecord::bottom();
     std::for_each(blocks, blocks + count, [&](Lockable* block) {
-        std::uintptr_t free = 0;
+        std::uint32_t free = 0;
         for (int attempt = 0; !block->m_mark.compare_exchange_strong(free, record.thread() | writing); ++attempt) {
             free = 0;
             ReadScope::standBack(attempt);
@@ -253,13 +254,13 @@ void WriteScope::acquire(Lockable* const* blocks, std::size_t count) {
 }
 
 /// Whether other threads read what this scope has marked.
-bool WriteScope::isReadElsewhere(std::uintptr_t thread) const {
+bool WriteScope::isReadElsewhere(std::uint32_t thread) const {
     return std::any_of(m_marked, m_marked + m_count,
                        [=](const Lockable* block) { return ReaderRecord::isReadElsewhere(block, thread); });
 }
 
 bool WriteScope::isRead(const WriteScope* innermost) {
-    const std::uintptr_t thread = thisThread();
+    const std::uint32_t thread = thisThread();
     for (const WriteScope* scope = innermost; scope; scope = scope->m_outer) {
         if (scope->isReadElsewhere(thread))
             return true;
@@ -267,8 +268,8 @@ bool WriteScope::isRead(const WriteScope* innermost) {
     return false;
 }
 
-void WriteScope::markAll(const WriteScope* innermost, std::uintptr_t mark) {
-    const std::uintptr_t thread = thisThread();
+void WriteScope::markAll(const WriteScope* innermost, std::uint32_t mark) {
+    const std::uint32_t thread = thisThread();
     for (const WriteScope* scope = innermost; scope; scope = scope->m_outer) {
         std::for_each(scope->m_marked, scope->m_marked + scope->m_count,
                       [=](Lockable* block) { block->m_mark.store(thread | mark); });

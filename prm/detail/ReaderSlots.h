@@ -39,28 +39,36 @@ public:
 
 private:
     friend class BriefReadScope;
+    friend class BriefWriteScope;
     friend class ReaderRecord;
     friend class ReadScope;
     friend class WriteScope;
     friend PRM_EXPORT void retire(Lockable* block);
 
-    /// The writing thread's record and one of the marks below, or 0.
-    std::atomic<std::uintptr_t> m_mark{0};
     Lockable* m_nextRetired = nullptr;
+    /// The number of the writing thread and one of a record's marks, or 0. Last, so that what a derived class begins
+    /// with shares its word.
+    std::atomic<std::uint32_t> m_mark{0};
 };
 
 /// One thread's announcements. Records are never freed; a new thread takes over that of one that has ended.
 class PRM_EXPORT ReaderRecord {
 public:
     static constexpr int capacity = 7;
+    // What a mark says beside the number of the thread.
+    static constexpr std::uint32_t waiting = 1;
+    static constexpr std::uint32_t writing = 2;
+    static constexpr std::uint32_t marks = waiting | writing;
 
     /// This thread's record.
     static ReaderRecord& mine();
+    PRM_ALWAYS_INLINE static ReaderRecord& mineAtOnce();
     /// Stands for the thread that holds the record.
-    std::uintptr_t thread() const { return m_thread.load(std::memory_order_relaxed); }
+    std::uint32_t thread() const { return m_thread.load(std::memory_order_relaxed); }
 
 private:
     friend class BriefReadScope;
+    friend class BriefWriteScope;
     friend class ReadScope;
     friend class WriteScope;
     friend PRM_EXPORT void retire(Lockable* block);
@@ -69,7 +77,7 @@ private:
     static ReaderRecord& bottom();
     static ReaderRecord& takeOne(ReaderRecord* below);
     static void giveBack(ReaderRecord& record);
-    static bool isReadElsewhere(const Lockable* block, std::uintptr_t thread);
+    static bool isReadElsewhere(const Lockable* block, std::uint32_t thread);
     static bool isReadHere(const Lockable* block);
     static void deleteRetired(ReaderRecord& record);
 
@@ -78,8 +86,10 @@ private:
     int m_count = 0;
     int m_lastPosition = 0;
 
-    /// The same for all records that one thread holds.
-    std::atomic<std::uintptr_t> m_thread{0};
+    /// The number of the one that stands for the thread: the same for all records that the thread holds.
+    std::atomic<std::uint32_t> m_thread{0};
+    /// A number of its own, with room for the marks.
+    std::uint32_t m_number = 0;
     /// The record whose announcements came before, when one record was too small.
     ReaderRecord* m_below = nullptr;
     ReaderRecord* m_next = nullptr;
@@ -95,11 +105,14 @@ extern PRM_EXPORT __thread ReaderRecord* t_readerRecord __attribute__((tls_model
 extern PRM_EXPORT thread_local ReaderRecord* t_readerRecord;
 #endif
 
+ReaderRecord& ReaderRecord::mineAtOnce() {
+    return t_readerRecord ? *t_readerRecord : mine();
+}
+
 /// Announcements of this thread that end with the scope. Scopes nest like a stack.
 class PRM_EXPORT ReadScope {
 public:
-    PRM_ALWAYS_INLINE ReadScope()
-        : m_record(t_readerRecord ? *t_readerRecord : ReaderRecord::mine()), m_base(m_record.m_count) {}
+    PRM_ALWAYS_INLINE ReadScope() : m_record(ReaderRecord::mineAtOnce()), m_base(m_record.m_count) {}
     PRM_ALWAYS_INLINE ~ReadScope() {
         if (m_base > 0 || m_record.m_count != 1 || m_record.m_retired)
             retract();
@@ -120,7 +133,7 @@ public:
 
     /// Whether no writer keeps the announced block from being read.
     PRM_ALWAYS_INLINE bool mayRead(const Lockable& block) const {
-        const std::uintptr_t mark = block.m_mark.load(std::memory_order_seq_cst);
+        const std::uint32_t mark = block.m_mark.load(std::memory_order_seq_cst);
         return mark == 0 || mayPass(mark);
     }
 
@@ -137,7 +150,7 @@ public:
     static void standBack(int attempt);
 
 private:
-    bool mayPass(std::uintptr_t mark) const;
+    bool mayPass(std::uint32_t mark) const;
     bool isWaitedFor() const;
     bool announceAgain(const Lockable* block);
     bool announceInNewRecord(const Lockable* block);
@@ -195,9 +208,9 @@ private:
     friend class ReadScope;
 
     void acquire(Lockable* const* blocks, std::size_t count);
-    bool isReadElsewhere(std::uintptr_t thread) const;
+    bool isReadElsewhere(std::uint32_t thread) const;
     static bool isRead(const WriteScope* innermost);
-    static void markAll(const WriteScope* innermost, std::uintptr_t mark);
+    static void markAll(const WriteScope* innermost, std::uint32_t mark);
     static void keepReadersOut(const WriteScope* innermost);
 
     ReadScope m_reading;
@@ -210,6 +223,36 @@ private:
     std::size_t m_count = 0;
     std::size_t m_keptCount = 1;
     WriteScope* m_outer = nullptr;
+};
+
+/// The writing of one block by a thread that calls no function of a host's meanwhile: so nothing nests in it, and it
+/// waits for nobody.
+class BriefWriteScope {
+public:
+    PRM_ALWAYS_INLINE explicit BriefWriteScope(Lockable& block) : m_block(isMarked(block) ? &block : nullptr) {}
+    PRM_ALWAYS_INLINE ~BriefWriteScope() {
+        if (m_block)
+            m_block->m_mark.store(0, std::memory_order_release);
+    }
+    BriefWriteScope(const BriefWriteScope&) = delete;
+    BriefWriteScope& operator=(const BriefWriteScope&) = delete;
+
+    /// False where only a `WriteScope` can help: someone reads the block, or this thread writes it already.
+    bool mayWrite() const { return m_block != nullptr; }
+
+private:
+    PRM_ALWAYS_INLINE static bool isMarked(Lockable& block) {
+        const std::uint32_t thread = ReaderRecord::mineAtOnce().thread();
+        std::uint32_t free = 0;
+        if (!block.m_mark.compare_exchange_strong(free, thread | ReaderRecord::writing))
+            return false;
+        if (!ReaderRecord::isReadElsewhere(&block, thread))
+            return true;
+        block.m_mark.store(0, std::memory_order_release);
+        return false;
+    }
+
+    Lockable* const m_block;
 };
 
 /// Deletes a block that nobody can reach any more, as soon as no thread reads it: waits for other threads, and leaves

@@ -26,13 +26,37 @@ template <class T> int Parameter<T>::insertKeyframe(PVData& data, Time time, con
                                   });
 }
 
+/// Appends in the plain case, which calls no function of a host's and of which nobody has to be told: the position, or
+/// -1 where it takes more.
+template <class T> int Parameter<T>::appendBriefly(Time time, const T& value, View view) {
+    if constexpr (blends<T> && isPlain<T>) {
+        if (isHeard() || isReadingIn() || !Parameter::isKeyframed() || !time.isValid())
+            return -1;
+        PVData* const data = m_views.findSingleViewData(Parameter::splittable() ? view : View(View::defaultViewId()));
+        if (!data || data->keyframes.isEmpty() || !(data->keyframes.constLast().time < time))
+            return -1;
+        const detail::BriefWriteScope scope(*data);
+        if (!scope.mayWrite())
+            return -1;
+        ++m_revision;
+        return detail::appendKeyframe(data->keyframes, time, value);
+    } else {
+        return -1;
+    }
+}
+
 template <class T> int Parameter<T>::vSetValue(const T& value, const Context& context) {
     const View view = context.view;
     const Time time = context.time;
+    const int appended = appendBriefly(time, value, view);
+    return appended < 0 ? setAtLength(time, value, view) : appended;
+}
+
+template <class T> int Parameter<T>::setAtLength(Time time, const T& value, const View& view) {
     PVData* const data = targetData(view);
     if (!data)
         return -1;
-    if (!isKeyframed() || !time.isValid()) {
+    if (!answersKeyframed() || !time.isValid()) {
         if (storeStaticValue(*data, value))
             ParameterChange::keyframeChangedValue(*this, -1, view);
         return -1;

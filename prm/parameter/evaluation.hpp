@@ -7,7 +7,6 @@
 #include "prm/detail/KeyframeSearch.h"
 
 #include <algorithm>
-#include <type_traits>
 
 namespace Prm {
 
@@ -31,7 +30,7 @@ template <class T> T Parameter<T>::value(const Context& context, Cache* cache) c
 /// curve of the library's own.
 template <class T> bool Parameter<T>::valueBriefly(Time time, T& value) const {
     // A value type of a host's has functions of its own, and these may evaluate something else.
-    if constexpr (blends<T> && (std::is_arithmetic_v<T> || std::is_same_v<T, QPointF>)) {
+    if constexpr (blends<T> && isPlain<T>) {
         if (!isOfKnownClass() || masterParameter())
             return false;
         detail::BriefReadScope scope;

@@ -96,7 +96,7 @@ template <class T> T Parameter<T>::staticValue(const View& view) const {
 /// those of the template. Null when an observer of VIEW_ADDED has deleted the parameter.
 template <class T> auto Parameter<T>::targetData(const View& view, const PVData* contents) -> PVData* {
     const View addressed = view;
-    const View target = splittable() ? addressed : View(View::defaultViewId());
+    const View target = tellsViewsApart() ? addressed : View(View::defaultViewId());
     if (PVData* const own = m_views.findRealViewData(target))
         return own;
     const std::size_t before = m_views.viewList().size();
