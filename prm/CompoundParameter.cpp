@@ -41,7 +41,7 @@ CompoundParameter::CompoundParameter(const QString& name, bool keyframeTogether,
 CompoundParameter::CompoundParameter(const CompoundParameter& other)
     : Bsc::MementoUndoable(other), ParameterWithoutTypeBase(other), ParameterSet(other),
       m_keyframeTogether(other.m_keyframeTogether), m_revision(detail::firstKeyframeRevision()) {
-    forEachSubparameter([this](ParameterWithoutType& parameter, std::size_t) { listenTo(parameter); });
+    forEachSubparameter([this](ParameterWithoutType& parameter, std::size_t) { addUpstreamParameter(parameter); });
 }
 
 CompoundParameter::~CompoundParameter() {
@@ -67,12 +67,6 @@ bool CompoundParameter::mayTake(const ParameterWithoutType& parameter) const {
     return !compound || !compound->isOrContains(*this);
 }
 
-void CompoundParameter::listenTo(ParameterWithoutType& parameter) {
-    UpstreamParameters upstream = upstreamParameters();
-    if (upstream.insert(&parameter))
-        setUpstreamParameters(upstream);
-}
-
 void CompoundParameter::addParameter(const boost::shared_ptr<ParameterWithoutType>& parameter) {
     if (!parameter)
         return;
@@ -81,14 +75,15 @@ void CompoundParameter::addParameter(const boost::shared_ptr<ParameterWithoutTyp
                    << "and cannot be a part of it.";
         return;
     }
-    const UpstreamParameters former = upstreamParameters();
-    listenTo(*parameter);
+    const bool isNew = addUpstreamParameter(*parameter);
     try {
         ParameterSet::addParameter(parameter);
     } catch (...) {
-        setUpstreamParameters(former);
+        if (isNew)
+            removeUpstreamParameter(*parameter);
         throw;
     }
+    membersHaveChanged();
 }
 
 void CompoundParameter::addParameter(ParameterWithoutType& parameter) {

@@ -7,6 +7,7 @@
 #include "prm/ValueType.h"
 #include "prm/ViewInterpolation.h"
 #include "prm/detail/FastViewMap.h"
+#include "prm/detail/KeyframeRevision.h"
 #include "prm/detail/KeyframeSearch.h"
 #include "prm/detail/SourceViews.h"
 
@@ -24,9 +25,6 @@ class Cache;
 template <class T> class PRM_EXPORT Parameter;
 
 namespace detail {
-
-/// Where a new parameter begins to count; each has some thousands of millions of numbers of its own.
-PRM_EXPORT quint64 firstKeyframeRevision();
 
 /// The steps of the silent `Parameter<T>::setVariantValue`.
 template <class T>
@@ -313,7 +311,7 @@ private:
 
     const std::type_info* m_knownClass = nullptr;
     /// The owning thread's alone.
-    quint64 m_revision = detail::firstKeyframeRevision();
+    detail::KeyframeRevision m_revision;
     std::atomic<bool> m_keyframed;
     std::atomic<bool> m_splittable;
     std::atomic<bool> m_isSplit{false};

@@ -274,6 +274,10 @@ protected:
     bool readHidden(const QString& line);
     bool readMaster(const QString& line);
 
+    /// One more, or one fewer, of the upstream parameters; false for one that is there already.
+    bool addUpstreamParameter(ParameterWithoutType& upstream);
+    void removeUpstreamParameter(ParameterWithoutType& upstream);
+
     /// Whether a line of project text is being read.
     bool isReadingIn() const { return m_readingIn; }
 
@@ -293,6 +297,7 @@ private:
     bool listsConstrained(const ParameterWithoutType& parameter) const;
     void forgetConstrained(const ParameterWithoutType& parameter);
     void connectUpstream(bool connected);
+    void connectTo(ParameterWithoutType& upstream, bool connected);
 
     /// What few parameters have.
     struct Rarities {

@@ -11,6 +11,7 @@ levels() {
 1 prm/Export.h
 1 prm/Prm.h
 1 prm/detail/Inline.h
+1 prm/detail/KeyframeRevision.h
 1 prm/detail/Mortal.h
 1 prm/detail/ReaderSlots.h
 1 prm/detail/RecursiveMutex.h
