@@ -3,10 +3,14 @@
 #include "prm/Parameter.h"
 #include "prm/detail/CompoundWalk.hpp"
 #include "prm/detail/LineParts.h"
+#include "prm/detail/PartialSnapshot.h"
 
 #include <QDebug>
 #include <QMetaType>
 #include <boost/make_shared.hpp>
+
+#include <algorithm>
+#include <typeinfo>
 
 namespace Prm {
 
@@ -26,8 +30,16 @@ const MetaTypes metaTypes;
 } // namespace
 
 /// One snapshot for each subparameter, by position.
-class CompoundParameter::MementoImpl : public Bsc::MementoBase {
+class CompoundParameter::MementoImpl : public detail::PartialSnapshot {
 public:
+    boost::shared_ptr<Bsc::MementoBase> present(const BasicParameter& parameter) const override {
+        const auto now = boost::make_shared<MementoImpl>();
+        const auto& parts = dynamic_cast<const CompoundParameter&>(parameter).parameters();
+        for (std::size_t i = 0; i < std::min(states.size(), parts.size()); ++i)
+            now->states.push_back(detail::presentLike(*states[i], *parts[i]));
+        return now;
+    }
+
     std::vector<boost::shared_ptr<Bsc::MementoBase>> states;
 };
 
@@ -195,6 +207,16 @@ boost::shared_ptr<Bsc::MementoBase> CompoundParameter::exportState() const {
     const auto memento = boost::make_shared<MementoImpl>();
     for (const auto& parameter : parameters())
         memento->states.push_back(parameter->exportState());
+    return memento;
+}
+
+boost::shared_ptr<Bsc::MementoBase> CompoundParameter::exportStateAround(const std::vector<Context>& places) const {
+    // What a class of a host's own adds to the snapshot is in the whole one.
+    if (typeid(*this) != typeid(CompoundParameter))
+        return exportState();
+    const auto memento = boost::make_shared<MementoImpl>();
+    for (const auto& parameter : parameters())
+        memento->states.push_back(parameter->exportStateAround(places));
     return memento;
 }
 

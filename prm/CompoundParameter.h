@@ -153,6 +153,7 @@ public:
 
     /// The subparameters' snapshots, put back by position. A snapshot of another kind, or none, changes nothing.
     boost::shared_ptr<Bsc::MementoBase> exportState() const override;
+    boost::shared_ptr<Bsc::MementoBase> exportStateAround(const std::vector<Context>& places) const override;
     void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override;
 
 public Q_SLOTS:

@@ -70,6 +70,7 @@ public:
     /// A keyframe for copy and paste (`prm/parameter/TypedSerialisedKeyframe.hpp`).
     class TypedSerialisedKeyframe;
     class ParameterMemento;
+    class StretchesMemento;
 
     Parameter();
     /// The default value fills the template; no view gets data.
@@ -223,6 +224,9 @@ public:
     void writeStaticValue(QTextStream& stream, const QString& prefix, const View& view) const;
 
     quint64 keyframeRevision() const override { return m_revision; }
+    /// Of a list of more than 64 keyframes the static value of the view, and the keyframes from the one before each
+    /// place to the one behind it; of a shorter one, and for classes of a host's own, the whole state.
+    boost::shared_ptr<Bsc::MementoBase> exportStateAround(const std::vector<Context>& places) const override;
 
     /// The static value that the view reads.
     T staticValue(const View& view) const;

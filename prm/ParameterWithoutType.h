@@ -160,6 +160,9 @@ public:
     /// Another number whenever the times of keyframes, or the views that have some, may have changed; no two parameters
     /// ever have the same one. 0 for kinds that do not count, as here.
     virtual quint64 keyframeRevision() const;
+    /// A snapshot of at least what edits of the keyframes at these places, all in one view, can change; so that its
+    /// cost need not grow with their number. The whole state here.
+    virtual boost::shared_ptr<Bsc::MementoBase> exportStateAround(const std::vector<Context>& places) const;
 
     const QString& displayName() const { return m_displayName; }
     /// A third text, kept for the host and copied with the names.

@@ -40,6 +40,7 @@ levels() {
 3 prm/ParameterChange.h
 3 prm/detail/KeyframeSearch.h
 3 prm/detail/KeyframeInsertion.h
+3 prm/detail/KeyframeStretch.h
 3 prm/detail/SourceViews.h
 4 prm/BasicParameter.h
 4 prm/ParameterWithoutType.h
@@ -47,6 +48,7 @@ levels() {
 4 prm/NumericParameterWithoutType.h
 4 prm/SerialisedKeyframe.h
 4 prm/detail/KeyframeMoves.h
+4 prm/detail/PartialSnapshot.h
 4 prm/detail/ReadingScope.h
 4 prm/detail/Restoring.h
 4 prm/detail/StateAt.h

@@ -19,7 +19,8 @@
 /// A small project to edit: a keyed number with a split view, one without keyframes, a master with two parameters
 /// constrained to it, a compound, a static text.
 struct World {
-    World() {
+    /// With so many more keyframes behind the others.
+    explicit World(int more = 0) {
         key(*number, {{0, 1.}, {10, 2.}, {20, 4.}});
         number->vSetInterpolationData({Prm::Interpolation::Bezier, 0.2, 0.3, 0.7, 1.5}, 0, Prm::View(0));
         // A shape that is a straight line, and must stay one.
@@ -35,6 +36,11 @@ struct World {
             position->addParameter(part);
         key(*x, {{0, 1.}, {6, 2.}});
         key(*y, {{6, 3.}, {9, 4.}});
+        for (int i = 0; i < more; ++i) {
+            for (const auto& parameter : {number, tied, x, y})
+                key(*parameter, {{1000 + i, i * 1.}});
+            key(*number, {{1000 + i, i * 2.}}, 1);
+        }
         for (const auto& parameter : {number, plain, master, tied, second})
             set->addParameter(parameter);
         set->addParameter(position);

@@ -137,10 +137,13 @@ const Row rows[] = {
      number, "AAIIBFRRHLC", "PLHPPFBPPPP"},
 };
 
-TEST(Edits, ComeBackExactlyAndAreTold) {
+/// Of short lists the whole is kept, of long ones what an edit concerns.
+const int lengths[] = {0, 70};
+
+void comeBackExactlyAndAreTold(int more) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        World world;
+        World world(more);
         const std::string before = world.state();
         ChangeRecorder heard(row.heard(world));
         const Command command(row.make(world));
@@ -158,6 +161,11 @@ TEST(Edits, ComeBackExactlyAndAreTold) {
         command->undoIt();
         EXPECT_EQ(world.state(), before);
     }
+}
+
+TEST(Edits, ComeBackExactlyAndAreTold) {
+    for (const int more : lengths)
+        comeBackExactlyAndAreTold(more);
 }
 
 /// Does it again and again, each time with another failure, until it comes through; each failure changes nothing.
@@ -187,8 +195,9 @@ void expectAllOrNothing(const Row& row, World& world, const std::function<void(i
 }
 
 TEST(Edits, AnObserverThatThrowsLeavesThingsAsTheyWere) {
-    for (const Row& row : rows) {
-        World world;
+    for (std::size_t i = 0; i < 2 * std::size(rows); ++i) {
+        const Row& row = rows[i / 2];
+        World world(lengths[i % 2]);
         int left = 0;
         ChangeRecorder heard(row.heard(world));
         heard.then = [&](const ParameterChange&) {
@@ -202,8 +211,9 @@ TEST(Edits, AnObserverThatThrowsLeavesThingsAsTheyWere) {
 TEST(Edits, AFailedAllocationLeavesThingsAsTheyWere) {
     if (!Allocations::areCounted())
         GTEST_SKIP() << "allocations are not counted in this build";
-    for (const Row& row : rows) {
-        World world;
+    for (std::size_t i = 0; i < 2 * std::size(rows); ++i) {
+        const Row& row = rows[i / 2];
+        World world(lengths[i % 2]);
         expectAllOrNothing(row, world, Allocations::failAt);
     }
 }
@@ -290,7 +300,7 @@ struct History {
 
 TEST(Edits, RandomStepsOfDoingUndoingAndRedoing) {
     const auto property = [] {
-        World world;
+        World world(lengths[*rc::gen::inRange(0, 2)]);
         History history;
         history.states.push_back(world.state());
         const auto choice = rc::gen::inRange<std::size_t>(0, 3 * std::size(rows));
