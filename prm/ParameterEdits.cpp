@@ -150,18 +150,22 @@ ParameterInterpolationDataEdit::ParameterInterpolationDataEdit(ParameterWithoutT
                                                                unsigned int index, const View& view)
     : ParameterSnapshotEdit(&parameter), m_data(data), m_index(index), m_view(view) {}
 
+View ParameterInterpolationDataEdit::writtenView() const {
+    return detail::writtenAt(*parameter(), Context(Time(), m_view)).view;
+}
+
 bool ParameterInterpolationDataEdit::applies() const {
-    return m_index < parameter()->keyframeCount(m_view);
+    return m_index < parameter()->keyframeCount(writtenView());
 }
 
 bool ParameterInterpolationDataEdit::apply() {
-    const detail::StateAt watch(*parameter(), parameter()->keyframeTime(m_index, m_view));
+    const detail::StateAt watch(*parameter(), parameter()->keyframeTime(m_index, writtenView()));
     parameter()->vSetInterpolationData(m_data, m_index, m_view);
     return parameter() && watch.hasChanged(*parameter());
 }
 
 std::vector<Context> ParameterInterpolationDataEdit::places() const {
-    return {parameter()->keyframeTime(m_index, m_view)};
+    return {parameter()->keyframeTime(m_index, writtenView())};
 }
 
 ParameterSetValueEdit::ParameterSetValueEdit(ParameterWithoutType& parameter, const QVariant& value,

@@ -174,6 +174,8 @@ protected:
     std::vector<Context> places() const override;
 
 private:
+    View writtenView() const;
+
     IType m_data;
     unsigned int m_index;
     View m_view;

@@ -36,8 +36,11 @@ struct World {
             position->addParameter(part);
         key(*x, {{0, 1.}, {6, 2.}});
         key(*y, {{6, 3.}, {9, 4.}});
+        key(*joined, {{0, 1.}, {10, 2.}});
+        key(*joined, {{50, 7.}}, 1);
+        joined->setSplittable(false);
         for (int i = 0; i < more; ++i) {
-            for (const auto& parameter : {number, tied, x, y})
+            for (const auto& parameter : {number, tied, joined, x, y})
                 key(*parameter, {{1000 + i, i * 1.}});
             key(*number, {{1000 + i, i * 2.}}, 1);
         }
@@ -57,7 +60,7 @@ struct World {
         QString written;
         QTextStream stream(&written);
         set->bStreamOut(stream, QString(), true);
-        for (const auto& parameter : {number, plain, master, tied, second, x, y})
+        for (const auto& parameter : {number, plain, joined, master, tied, second, x, y})
             write(stream, *parameter);
         return written.toStdString();
     }
@@ -82,6 +85,8 @@ struct World {
 
     Shared<Number> number{new Number("number")};
     Shared<Number> plain{new Number("plain", 0, Prm::Splittable)};
+    /// Of several views with data that are not told apart.
+    Shared<Number> joined{new Number("joined")};
     Shared<Number> master{new Number("master")};
     Shared<Number> tied{new Number("tied")};
     Shared<Number> second{new Number("second")};

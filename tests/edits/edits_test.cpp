@@ -29,6 +29,9 @@ ParameterWithoutType* number(World& w) {
 ParameterWithoutType* plain(World& w) {
     return w.plain.get();
 }
+ParameterWithoutType* joined(World& w) {
+    return w.joined.get();
+}
 ParameterWithoutType* tied(World& w) {
     return w.tied.get();
 }
@@ -63,6 +66,11 @@ const Row rows[] = {
     {"sets a kind", edit<ParameterInterpolationEdit>(&World::number, Interpolation::Constant, at(0)), number, "I", "P"},
     {"sets a shape", edit<ParameterInterpolationDataEdit>(&World::number, IType(Interpolation::Linear), 0u, View(0)),
      number, "I", "P"},
+    {"sets a shape by way of another view",
+     edit<ParameterInterpolationDataEdit>(&World::joined, IType(Interpolation::Bezier, 0.2, 0.3, 0.7, 1.5), 0u,
+                                          View(1)),
+     joined, "I", "P"},
+    {"moves one of another view", edit<MoveKeyframeEdit>(&World::joined, at(50, 1), at(6, 1)), joined, nullptr, "P"},
     {"sets before", edit<ParameterExtrapolationBeforeEdit>(&World::number, Extrapolation::Linear), number, "B", "B"},
     {"sets after", edit<ParameterExtrapolationAfterEdit>(&World::number, Extrapolation::Linear), number, "F", "F"},
     {"sets after of a tied one", edit<ParameterExtrapolationAfterEdit>(&World::tied, Extrapolation::Linear), tied, "F",
