@@ -5,7 +5,26 @@
 #include "prm/ParameterEdits.h"
 #include "prm/detail/CompoundWalk.hpp"
 
+#include <algorithm>
+#include <utility>
+
 namespace Prm {
+
+namespace {
+
+bool mayTakeKeyframes(ParameterChange::ChangeType type) {
+    switch (type) {
+    case ParameterChange::KEYFRAME_ADDED:
+    case ParameterChange::KEYFRAME_CHANGED_VALUE:
+    case ParameterChange::KEYFRAME_CHANGED_INTERPOLATION:
+    case ParameterChange::VIEW_ADDED:
+        return false;
+    default:
+        return true;
+    }
+}
+
+} // namespace
 
 /// Keeps the subparameters from telling of their changes. Afterwards all their notifications are on.
 class CompoundParameter::SwitchedOff {
@@ -24,11 +43,72 @@ private:
     detail::LifeGuard m_guard;
 };
 
+/// Where all subparameters are being keyed. A keyframe that one gains leads back to the compound, which keys all; so
+/// that each is asked only once, the inner one goes on where the outer one stands, unless keyframes may have gone
+/// since.
+struct CompoundParameter::Keying {
+    Keying(CompoundParameter& keyed, const Context& context)
+        : at(context), parts(keyed.listedParts()), outer(std::exchange(keyed.m_keying, this)), compound(keyed),
+          walk(keyed) {}
+    ~Keying() {
+        if (walk.isCompoundAlive())
+            compound.m_keying = outer;
+    }
+    Q_DISABLE_COPY(Keying)
+
+    const Context at;
+    const Parts parts;
+    std::size_t next = 0;
+    bool isDisturbed = false;
+    Keying* const outer;
+    CompoundParameter& compound;
+    const InWalk walk;
+};
+
+CompoundParameter::Parts CompoundParameter::listedParts() const {
+    Parts listed;
+    listed.reserve(parameters().size());
+    for (const auto& parameter : parameters())
+        listed.emplace_back(parameter.get());
+    return listed;
+}
+
+void CompoundParameter::membersHaveChanged() {
+    m_seenSteps = InWalk::unknown;
+    if (m_keying)
+        m_keying->isDisturbed = true;
+}
+
 bool CompoundParameter::keyAll(const Context& context) {
-    const Context at = context;
+    if (m_keying && !m_keying->isDisturbed && m_keying->at == context)
+        return keyOn(*m_keying);
+    const InWalk walk(*this);
+    const quint64 revision = keyframeRevision();
+    if (revision != 0 && revision == m_keyedRevision && m_keyedAt == context)
+        return false;
+    Keying keying(*this, context);
+    const bool anyAdded = keyOn(keying);
+    if (keying.walk.isCompoundAlive() && !keying.isDisturbed) {
+        m_keyedAt = keying.at;
+        m_keyedRevision = keyframeRevision();
+    }
+    return anyAdded;
+}
+
+/// What goes on from within begins with the part that is being asked: a compound may not have asked all of its own.
+bool CompoundParameter::keyOn(Keying& keying) {
     bool anyAdded = false;
-    forEachSubparameter(
-        [&](ParameterWithoutType& parameter, std::size_t) { anyAdded = parameter.iAddKeyframe(at) >= 0 || anyAdded; });
+    std::size_t own = keying.next;
+    while (own < keying.parts.size() && keying.walk.isCompoundAlive()) {
+        keying.next = own;
+        const auto& part = keying.parts[own];
+        if (part && lists(*part))
+            anyAdded = part->iAddKeyframe(keying.at) >= 0 || anyAdded;
+        // What nobody told of may have taken keyframes away.
+        keying.isDisturbed = keying.isDisturbed || (keying.walk.isCompoundAlive() && !isUnchangedSoFar());
+        own = keying.isDisturbed ? own + 1 : std::max(own + 1, keying.next);
+    }
+    keying.next = own;
     return anyAdded;
 }
 
@@ -195,6 +275,9 @@ Bsc::CompositeCommand& CompoundParameter::vDeleteAllKeyframesCommand(const View&
 void CompoundParameter::onUpstreamParameterChanged(Prm::ParameterChange& change) {
     if (!change.parameter || !lists(*change.parameter))
         return;
+    const InWalk answering(*this);
+    if (m_keying && mayTakeKeyframes(change.type))
+        m_keying->isDisturbed = true;
     switch (change.type) {
     case ParameterChange::KEYFRAME_ADDED:
     case ParameterChange::KEYFRAME_CHANGED_VALUE:
@@ -222,8 +305,11 @@ void CompoundParameter::forwardKeyframe(const ParameterChange& change) {
     if (change.affectedIndex != KeyframeIndex::INVALID_INDEX) {
         const detail::LifeGuard guard(life());
         const Context keyframe = change.parameter->keyframeTime(change.affectedIndex, view);
-        if (added)
+        if (added) {
+            if (m_keying && !hasOnlyItChanged(placeOf(*change.parameter)))
+                m_keying->isDisturbed = true;
             follow(change, keyframe);
+        }
         position = positionOf(keyframe);
         if (m_keyframeTogether)
             keyAll(keyframe);

@@ -3,6 +3,7 @@
 #include "prm/AnimationState.h"
 #include "prm/SerialisedKeyframe.h"
 #include "prm/detail/CompoundWalk.hpp"
+#include "prm/detail/KeyframeRevision.h"
 #include "prm/detail/KeyframeSearch.h"
 #include "prm/detail/LineParts.h"
 #include "prm/detail/StateAt.h"
@@ -33,12 +34,61 @@ QVector<Context> CompoundParameter::gathered(const View& view) const {
     return keyframes;
 }
 
+std::vector<unsigned int> CompoundParameter::countsIn(const View& view) const {
+    std::vector<unsigned int> counts;
+    counts.reserve(parameters().size());
+    for (const auto& parameter : parameters())
+        counts.push_back(parameter->keyframeCount(view));
+    return counts;
+}
+
 /// Made anew only when a subparameter has counted on, or does not count.
 const QVector<Context>& CompoundParameter::keyframesOf(const View& view) const {
     const quint64 revision = keyframeRevision();
     if (revision == 0 || m_union.revision != revision || m_union.view != view)
-        m_union = {view, revision, gathered(view)};
+        m_union = {view, revision, gathered(view), countsIn(view)};
     return m_union.keyframes;
+}
+
+/// Mostly the one behind that which was looked for before.
+std::size_t CompoundParameter::placeOf(const ParameterWithoutType& parameter) const {
+    const auto isIt = [&](const auto& listed) { return listed.get() == &parameter; };
+    const auto begin = parameters().begin();
+    const auto last = begin + static_cast<std::ptrdiff_t>(std::min(m_lastPlace, parameters().size()));
+    auto found = std::find_if(last, parameters().end(), isIt);
+    if (found == parameters().end()) {
+        found = std::find_if(begin, last, isIt);
+        found = found == last ? parameters().end() : found;
+    }
+    const auto place = static_cast<std::size_t>(found - begin);
+    m_lastPlace = place;
+    return place;
+}
+
+/// Whether all steps of the thread since the revisions were looked at are those of one subparameter.
+bool CompoundParameter::hasOnlyItChanged(std::size_t place) const {
+    return m_walks > 0 && m_seenSteps != InWalk::unknown && place < m_revisions.size() &&
+           m_revisions.size() == parameters().size() &&
+           detail::t_keyframeSteps - m_seenSteps == parameters()[place]->keyframeRevision() - m_revisions[place];
+}
+
+/// Whether none but one subparameter has counted on since this one's revision was counted up last.
+bool CompoundParameter::onlyOneHasChanged(std::size_t place) const {
+    if (hasOnlyItChanged(place))
+        return true;
+    for (std::size_t i = 0; i < m_revisions.size(); ++i) {
+        if (i != place && parameters()[i]->keyframeRevision() != m_revisions[i])
+            return false;
+    }
+    return true;
+}
+
+/// Whether a subparameter, which has just told of it, has gained or lost one keyframe of the union's view, and nothing
+/// else: in one step, or in as many as it takes to come from none to one or back.
+bool CompoundParameter::hasChangedByOne(std::size_t place) const {
+    const unsigned int former = m_union.counts[place];
+    const unsigned int now = parameters()[place]->keyframeCount(m_union.view);
+    return parameters()[place]->keyframeRevision() == m_revisions[place] + 1 || former + now == 1;
 }
 
 /// Takes one keyframe that a subparameter has gained or lost into the union, which so need not be made anew for each of
@@ -47,26 +97,21 @@ void CompoundParameter::follow(const ParameterChange& change, const Context& key
     if (m_union.revision == 0 || m_union.revision != m_revision || m_union.view != keyframe.view ||
         m_revisions.size() != parameters().size())
         return;
-    std::size_t changed = m_revisions.size();
-    for (std::size_t i = 0; i < m_revisions.size(); ++i) {
-        const ParameterWithoutType* const parameter = parameters()[i].get();
-        const bool isIt = parameter == change.parameter;
-        if (parameter->keyframeRevision() != m_revisions[i] + (isIt ? 1 : 0))
-            return;
-        changed = isIt ? i : changed;
-    }
-    if (changed == m_revisions.size())
+    const std::size_t place = placeOf(*change.parameter);
+    if (place == parameters().size() || !hasChangedByOne(place) || !onlyOneHasChanged(place))
         return;
     QVector<Context>& keyframes = m_union.keyframes;
     const int position = detail::lowerBound(keyframes, keyframe.time);
     const bool isIn = position < keyframes.size() && keyframes.at(position).time == keyframe.time;
-    const bool belongs = bKeyframeAt(Context::Explicit(keyframe));
+    const bool belongs = hasKeyframe(Context::Explicit(keyframe), place);
     if (belongs && !isIn)
         keyframes.insert(position, Context(keyframe.time, keyframe.view));
     else if (isIn && !belongs)
         keyframes.remove(position);
-    ++m_revisions[changed];
+    m_union.counts[place] = change.parameter->keyframeCount(keyframe.view);
+    m_revisions[place] = change.parameter->keyframeRevision();
     m_union.revision = ++m_revision;
+    m_seenSteps = detail::t_keyframeSteps;
 }
 
 int CompoundParameter::positionOf(const Context& keyframe) const {
@@ -75,20 +120,30 @@ int CompoundParameter::positionOf(const Context& keyframe) const {
     return position >= 0 && keyframes.at(position) == keyframe ? position : -1;
 }
 
-/// One step for a single step of a single part, which `follow` relies on; two for whatever else.
+bool CompoundParameter::isUnchangedSoFar() const {
+    return m_walks > 0 && m_seenSteps == detail::t_keyframeSteps && m_revisions.size() == parameters().size();
+}
+
 quint64 CompoundParameter::keyframeRevision() const {
-    bool counts = true;
+    if (!isUnchangedSoFar())
+        lookAtRevisions();
+    return m_allCount ? m_revision : 0;
+}
+
+/// One step for a single step of a single part, which `follow` relies on; two for whatever else.
+void CompoundParameter::lookAtRevisions() const {
     quint64 steps = m_revisions.size() == parameters().size() ? 0 : 2;
     m_revisions.resize(parameters().size());
+    m_allCount = true;
     for (std::size_t i = 0; i < m_revisions.size(); ++i) {
         const quint64 revision = parameters()[i]->keyframeRevision();
-        counts = counts && revision != 0;
+        m_allCount = m_allCount && revision != 0;
         if (revision != m_revisions[i])
             steps += revision == m_revisions[i] + 1 ? 1 : 2;
         m_revisions[i] = revision;
     }
     m_revision += std::min<quint64>(steps, 2);
-    return counts ? m_revision : 0;
+    m_seenSteps = detail::t_keyframeSteps;
 }
 
 QList<Context> CompoundParameter::allKeyframesTime(const View& view) const {
@@ -115,6 +170,16 @@ Context CompoundParameter::keyframeTime(unsigned int index, const View& view) co
     const QVector<Context>& keyframes = keyframesOf(view);
     return index < static_cast<unsigned int>(keyframes.size()) ? keyframes.at(static_cast<int>(index))
                                                                : Context(Time(), view);
+}
+
+/// Whether any subparameter has it, asked from one of them on, once around.
+bool CompoundParameter::hasKeyframe(const Context::Explicit& keyframe, std::size_t from) const {
+    const std::size_t count = parameters().size();
+    for (std::size_t i = 0; i < count; ++i) {
+        if (parameters()[(from + i) % count]->bKeyframeAt(keyframe))
+            return true;
+    }
+    return false;
 }
 
 bool CompoundParameter::bKeyframeAt(const Context::Explicit& context) const {

@@ -3,10 +3,14 @@
 #include "prm/Parameter.h"
 #include "prm/detail/CompoundWalk.hpp"
 #include "prm/detail/LineParts.h"
+#include "prm/detail/PartialSnapshot.h"
 
 #include <QDebug>
 #include <QMetaType>
 #include <boost/make_shared.hpp>
+
+#include <algorithm>
+#include <typeinfo>
 
 namespace Prm {
 
@@ -26,8 +30,16 @@ const MetaTypes metaTypes;
 } // namespace
 
 /// One snapshot for each subparameter, by position.
-class CompoundParameter::MementoImpl : public Bsc::MementoBase {
+class CompoundParameter::MementoImpl : public detail::PartialSnapshot {
 public:
+    boost::shared_ptr<Bsc::MementoBase> present(const BasicParameter& parameter) const override {
+        const auto now = boost::make_shared<MementoImpl>();
+        const auto& parts = dynamic_cast<const CompoundParameter&>(parameter).parameters();
+        for (std::size_t i = 0; i < std::min(states.size(), parts.size()); ++i)
+            now->states.push_back(detail::presentLike(*states[i], *parts[i]));
+        return now;
+    }
+
     std::vector<boost::shared_ptr<Bsc::MementoBase>> states;
 };
 
@@ -41,7 +53,7 @@ CompoundParameter::CompoundParameter(const QString& name, bool keyframeTogether,
 CompoundParameter::CompoundParameter(const CompoundParameter& other)
     : Bsc::MementoUndoable(other), ParameterWithoutTypeBase(other), ParameterSet(other),
       m_keyframeTogether(other.m_keyframeTogether), m_revision(detail::firstKeyframeRevision()) {
-    forEachSubparameter([this](ParameterWithoutType& parameter, std::size_t) { listenTo(parameter); });
+    forEachSubparameter([this](ParameterWithoutType& parameter, std::size_t) { addUpstreamParameter(parameter); });
 }
 
 CompoundParameter::~CompoundParameter() {
@@ -67,12 +79,6 @@ bool CompoundParameter::mayTake(const ParameterWithoutType& parameter) const {
     return !compound || !compound->isOrContains(*this);
 }
 
-void CompoundParameter::listenTo(ParameterWithoutType& parameter) {
-    UpstreamParameters upstream = upstreamParameters();
-    if (upstream.insert(&parameter))
-        setUpstreamParameters(upstream);
-}
-
 void CompoundParameter::addParameter(const boost::shared_ptr<ParameterWithoutType>& parameter) {
     if (!parameter)
         return;
@@ -81,14 +87,15 @@ void CompoundParameter::addParameter(const boost::shared_ptr<ParameterWithoutTyp
                    << "and cannot be a part of it.";
         return;
     }
-    const UpstreamParameters former = upstreamParameters();
-    listenTo(*parameter);
+    const bool isNew = addUpstreamParameter(*parameter);
     try {
         ParameterSet::addParameter(parameter);
     } catch (...) {
-        setUpstreamParameters(former);
+        if (isNew)
+            removeUpstreamParameter(*parameter);
         throw;
     }
+    membersHaveChanged();
 }
 
 void CompoundParameter::addParameter(ParameterWithoutType& parameter) {
@@ -200,6 +207,16 @@ boost::shared_ptr<Bsc::MementoBase> CompoundParameter::exportState() const {
     const auto memento = boost::make_shared<MementoImpl>();
     for (const auto& parameter : parameters())
         memento->states.push_back(parameter->exportState());
+    return memento;
+}
+
+boost::shared_ptr<Bsc::MementoBase> CompoundParameter::exportStateAround(const std::vector<Context>& places) const {
+    // What a class of a host's own adds to the snapshot is in the whole one.
+    if (typeid(*this) != typeid(CompoundParameter))
+        return exportState();
+    const auto memento = boost::make_shared<MementoImpl>();
+    for (const auto& parameter : parameters())
+        memento->states.push_back(parameter->exportStateAround(places));
     return memento;
 }
 

@@ -5,6 +5,7 @@
 #include "prm/ParameterWithoutTypeBase.h"
 
 #include <QList>
+#include <QPointer>
 #include <QVariant>
 #include <QVector>
 
@@ -152,6 +153,7 @@ public:
 
     /// The subparameters' snapshots, put back by position. A snapshot of another kind, or none, changes nothing.
     boost::shared_ptr<Bsc::MementoBase> exportState() const override;
+    boost::shared_ptr<Bsc::MementoBase> exportStateAround(const std::vector<Context>& places) const override;
     void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override;
 
 public Q_SLOTS:
@@ -162,28 +164,42 @@ private:
     friend class detail::Invariants;
     class MementoImpl;
     class CompoundKeyframe;
+    class InWalk;
     class SwitchedOff;
+    struct Keying;
+    using Parts = std::vector<QPointer<ParameterWithoutType>>;
 
-    /// The union of one view's keyframes, and the state of the subparameters that it was made of.
+    /// The union of one view's keyframes, the state of the subparameters that it was made of, and how many each had.
     struct Union {
         View view = View::INVALID();
         quint64 revision = 0;
         QVector<Context> keyframes;
+        std::vector<unsigned int> counts;
     };
 
     const BasicParameter& life() const { return *this; }
     bool mayTake(const ParameterWithoutType& parameter) const;
-    void listenTo(ParameterWithoutType& parameter);
+    Parts listedParts() const;
     template <class Act> void forEachSubparameter(const Act& act) const;
     template <class Test> bool anySubparameter(const Test& test) const;
     const ParameterWithoutType* firstWith(const Context::Explicit& keyframe) const;
     const ParameterWithoutType* firstKeyframed() const;
     const QVector<Context>& keyframesOf(const View& view) const;
     QVector<Context> gathered(const View& view) const;
+    std::vector<unsigned int> countsIn(const View& view) const;
     int positionOf(const Context& keyframe) const;
+    void lookAtRevisions() const;
+    bool isUnchangedSoFar() const;
+    std::size_t placeOf(const ParameterWithoutType& parameter) const;
+    bool hasOnlyItChanged(std::size_t place) const;
+    bool onlyOneHasChanged(std::size_t place) const;
+    bool hasChangedByOne(std::size_t place) const;
+    bool hasKeyframe(const Context::Explicit& keyframe, std::size_t from) const;
     void follow(const ParameterChange& change, const Context& keyframe) const;
     bool found(int position, const Context& from, Context& out) const;
+    void membersHaveChanged();
     bool keyAll(const Context& context);
+    bool keyOn(Keying& keying);
     void forwardKeyframe(const ParameterChange& change);
     void forwardRemoval(const ParameterChange& change);
     void forwardMove(const ParameterChange& change);
@@ -191,9 +207,19 @@ private:
     bool m_keyframeTogether;
     mutable std::vector<View> m_presentViews;
     mutable Union m_union;
-    /// The subparameters' revisions when this one's was counted up last.
+    /// The subparameters' revisions when this one's was counted up last, and whether all of them count.
     mutable std::vector<quint64> m_revisions;
     mutable quint64 m_revision;
+    mutable bool m_allCount = false;
+    /// Within walks over the subparameters, the thread's steps when their revisions were looked at last.
+    mutable quint64 m_seenSteps = 0;
+    mutable int m_walks = 0;
+    /// Where the subparameter stood that was looked for last.
+    mutable std::size_t m_lastPlace = 0;
+    Keying* m_keying = nullptr;
+    /// Where all subparameters were keyed last, and the revision that this left.
+    Context m_keyedAt;
+    quint64 m_keyedRevision = 0;
 };
 
 } // namespace Prm

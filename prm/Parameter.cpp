@@ -4,11 +4,6 @@ namespace Prm {
 
 namespace detail {
 
-quint64 firstKeyframeRevision() {
-    static std::atomic<quint64> parameters{0};
-    return ++parameters << 32;
-}
-
 void throwTranslated(const char* text) {
     throw std::runtime_error(QCoreApplication::translate("Parameter", text).toUtf8().toStdString());
 }

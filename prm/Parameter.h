@@ -7,6 +7,7 @@
 #include "prm/ValueType.h"
 #include "prm/ViewInterpolation.h"
 #include "prm/detail/FastViewMap.h"
+#include "prm/detail/KeyframeRevision.h"
 #include "prm/detail/KeyframeSearch.h"
 #include "prm/detail/SourceViews.h"
 
@@ -24,9 +25,6 @@ class Cache;
 template <class T> class PRM_EXPORT Parameter;
 
 namespace detail {
-
-/// Where a new parameter begins to count; each has some thousands of millions of numbers of its own.
-PRM_EXPORT quint64 firstKeyframeRevision();
 
 /// The steps of the silent `Parameter<T>::setVariantValue`.
 template <class T>
@@ -72,6 +70,7 @@ public:
     /// A keyframe for copy and paste (`prm/parameter/TypedSerialisedKeyframe.hpp`).
     class TypedSerialisedKeyframe;
     class ParameterMemento;
+    class StretchesMemento;
 
     Parameter();
     /// The default value fills the template; no view gets data.
@@ -225,6 +224,9 @@ public:
     void writeStaticValue(QTextStream& stream, const QString& prefix, const View& view) const;
 
     quint64 keyframeRevision() const override { return m_revision; }
+    /// Of a list of more than 64 keyframes the static value of the view, and the keyframes from the one before each
+    /// place to the one behind it; of a shorter one, and for classes of a host's own, the whole state.
+    boost::shared_ptr<Bsc::MementoBase> exportStateAround(const std::vector<Context>& places) const override;
 
     /// The static value that the view reads.
     T staticValue(const View& view) const;
@@ -309,7 +311,7 @@ private:
                                                                   const Context& context);
 
     /// The owning thread's alone.
-    quint64 m_revision = detail::firstKeyframeRevision();
+    detail::KeyframeRevision m_revision;
     std::atomic<bool> m_keyframed;
     std::atomic<bool> m_splittable;
     std::atomic<bool> m_isSplit{false};

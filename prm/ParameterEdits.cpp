@@ -3,6 +3,7 @@
 #include "host/bsc/CompositeCommand.h"
 #include "prm/AnimationState.h"
 #include "prm/SerialisedKeyframe.h"
+#include "prm/detail/PartialSnapshot.h"
 #include "prm/detail/Restoring.h"
 #include "prm/detail/StateAt.h"
 
@@ -29,7 +30,7 @@ void ParameterSnapshotEdit::doIt() {
     m_snapshot.reset();
     if (!edited() || !applies())
         return;
-    const detail::Snapshot former = edited()->exportState();
+    const detail::Snapshot former = takeSnapshot();
     detail::changeOrPutBack(*edited(), former, [&] {
         if (apply())
             m_snapshot = former;
@@ -39,8 +40,17 @@ void ParameterSnapshotEdit::doIt() {
 void ParameterSnapshotEdit::undoIt() {
     if (!edited() || !m_snapshot)
         return;
-    const detail::Snapshot done = edited()->exportState();
+    const detail::Snapshot done = detail::presentLike(*m_snapshot, *edited());
     detail::changeOrPutBack(*edited(), done, [&] { Bsc::importState(*edited(), m_snapshot, true); });
+}
+
+std::vector<Context> ParameterSnapshotEdit::places() const {
+    return {};
+}
+
+detail::Snapshot ParameterSnapshotEdit::takeSnapshot() const {
+    const std::vector<Context> where = parameter() ? places() : std::vector<Context>();
+    return where.empty() ? edited()->exportState() : parameter()->exportStateAround(where);
 }
 
 ParameterAddKeyEdit::ParameterAddKeyEdit(ParameterWithoutType& parameter, const Context& context)
@@ -54,6 +64,10 @@ bool ParameterAddKeyEdit::apply() {
     const detail::StateAt watch(*parameter(), m_context);
     parameter()->iAddKeyframe(m_context);
     return parameter() && watch.hasChanged(*parameter());
+}
+
+std::vector<Context> ParameterAddKeyEdit::places() const {
+    return {m_context};
 }
 
 Bsc::CompositeCommand& ParameterAddKeyEdit::appendToCommand(ParameterWithoutType& parameter,
@@ -81,6 +95,10 @@ bool ParameterDeleteKeyEdit::applies() const {
 bool ParameterDeleteKeyEdit::apply() {
     parameter()->vDeleteKeyframe(m_context);
     return true;
+}
+
+std::vector<Context> ParameterDeleteKeyEdit::places() const {
+    return {Context(m_context)};
 }
 
 Bsc::CompositeCommand& ParameterDeleteKeyEdit::appendToCommand(ParameterWithoutType& parameter,
@@ -124,18 +142,30 @@ bool ParameterInterpolationEdit::apply() {
     return parameter() && watch.hasChanged(*parameter());
 }
 
+std::vector<Context> ParameterInterpolationEdit::places() const {
+    return {m_context};
+}
+
 ParameterInterpolationDataEdit::ParameterInterpolationDataEdit(ParameterWithoutType& parameter, const IType& data,
                                                                unsigned int index, const View& view)
     : ParameterSnapshotEdit(&parameter), m_data(data), m_index(index), m_view(view) {}
 
+View ParameterInterpolationDataEdit::writtenView() const {
+    return detail::writtenAt(*parameter(), Context(Time(), m_view)).view;
+}
+
 bool ParameterInterpolationDataEdit::applies() const {
-    return m_index < parameter()->keyframeCount(m_view);
+    return m_index < parameter()->keyframeCount(writtenView());
 }
 
 bool ParameterInterpolationDataEdit::apply() {
-    const detail::StateAt watch(*parameter(), parameter()->keyframeTime(m_index, m_view));
+    const detail::StateAt watch(*parameter(), parameter()->keyframeTime(m_index, writtenView()));
     parameter()->vSetInterpolationData(m_data, m_index, m_view);
     return parameter() && watch.hasChanged(*parameter());
+}
+
+std::vector<Context> ParameterInterpolationDataEdit::places() const {
+    return {parameter()->keyframeTime(m_index, writtenView())};
 }
 
 ParameterSetValueEdit::ParameterSetValueEdit(ParameterWithoutType& parameter, const QVariant& value,
@@ -157,6 +187,10 @@ bool ParameterSetValueEdit::apply() {
     return parameter() && watch.hasChanged(*parameter());
 }
 
+std::vector<Context> ParameterSetValueEdit::places() const {
+    return {m_context};
+}
+
 ParameterSetStaticValueEdit::ParameterSetStaticValueEdit(BasicParameter& parameter, const QVariant& value,
                                                          const View& view)
     : ParameterSnapshotEdit(&parameter), m_value(value), m_view(view) {}
@@ -174,6 +208,10 @@ bool ParameterSetStaticValueEdit::apply() {
     return edited() && watch.hasChanged(*edited());
 }
 
+std::vector<Context> ParameterSetStaticValueEdit::places() const {
+    return {Context(Time(Time::INVALID), m_view)};
+}
+
 ParameterResetEdit::ParameterResetEdit(ParameterWithoutType& parameter, const Context& context)
     : ParameterSnapshotEdit(&parameter), m_context(context) {}
 
@@ -185,6 +223,10 @@ bool ParameterResetEdit::apply() {
     const detail::StateAt watch(*parameter(), m_context);
     parameter()->vReset(m_context);
     return parameter() && watch.hasChanged(*parameter());
+}
+
+std::vector<Context> ParameterResetEdit::places() const {
+    return {m_context};
 }
 
 ParameterSplitViewEdit::ParameterSplitViewEdit(ParameterWithoutType& parameter, const View& view)

@@ -13,6 +13,7 @@
 #include <boost/shared_ptr.hpp>
 
 #include <optional>
+#include <vector>
 
 namespace Bsc {
 class CompositeCommand;
@@ -52,9 +53,13 @@ private:
     QString m_scriptName;
 };
 
-/// An edit that takes a snapshot of the whole parameter each time it is done and gives it back when it is undone, which
-/// sends PARAMETER_ASSIGNED; `isImporting()` is true meanwhile. When doing it has changed nothing, no snapshot is left
-/// and undoing does nothing.
+/// An edit that takes a snapshot of the parameter each time it is done and gives it back when it is undone, which sends
+/// PARAMETER_ASSIGNED; `isImporting()` is true meanwhile. When doing it has changed nothing, no snapshot is left and
+/// undoing does nothing.
+///
+/// The snapshot is of the whole parameter, except where the edit concerns keyframes at known times of a list of more
+/// than 64: then it is of these and their neighbours. What else has been changed meanwhile, by other means than edits
+/// that are undone before, undoing takes back in the first case and leaves alone in the second.
 ///
 /// \snippet every_edit.cpp keyframes
 class PRM_EXPORT ParameterSnapshotEdit : public ParameterEdit {
@@ -70,8 +75,13 @@ protected:
     virtual bool applies() const = 0;
     /// Does it, and answers whether anything has changed. Observers may destroy the parameter.
     virtual bool apply() = 0;
+    /// Where alone in an animated parameter `apply` changes keyframes, all in one view; beside them only the static
+    /// value of that view. Empty, as here, where that is not known.
+    virtual std::vector<Context> places() const;
 
 private:
+    boost::shared_ptr<Bsc::MementoBase> takeSnapshot() const;
+
     boost::shared_ptr<Bsc::MementoBase> m_snapshot;
 };
 
@@ -91,6 +101,7 @@ public:
 protected:
     bool applies() const override;
     bool apply() override;
+    std::vector<Context> places() const override;
 
 private:
     Context m_context;
@@ -111,6 +122,7 @@ public:
 protected:
     bool applies() const override;
     bool apply() override;
+    std::vector<Context> places() const override;
 
 private:
     Context::Explicit m_context;
@@ -141,6 +153,7 @@ public:
 protected:
     bool applies() const override;
     bool apply() override;
+    std::vector<Context> places() const override;
 
 private:
     Interpolation m_kind;
@@ -158,8 +171,11 @@ public:
 protected:
     bool applies() const override;
     bool apply() override;
+    std::vector<Context> places() const override;
 
 private:
+    View writtenView() const;
+
     IType m_data;
     unsigned int m_index;
     View m_view;
@@ -176,6 +192,7 @@ public:
 protected:
     bool applies() const override;
     bool apply() override;
+    std::vector<Context> places() const override;
 
 private:
     QVariant m_value;
@@ -192,6 +209,7 @@ public:
 protected:
     bool applies() const override;
     bool apply() override;
+    std::vector<Context> places() const override;
 
 private:
     QVariant m_value;
@@ -208,6 +226,7 @@ public:
 protected:
     bool applies() const override;
     bool apply() override;
+    std::vector<Context> places() const override;
 
 private:
     Context m_context;

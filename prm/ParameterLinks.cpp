@@ -114,15 +114,30 @@ ParameterWithoutType::UpstreamParameters ParameterWithoutType::upstreamParameter
 
 void ParameterWithoutType::connectUpstream(bool connected) {
     for (const auto& entry : rarities().upstreamParameters) {
-        if (!entry.data())
-            continue;
-        if (connected)
-            connect(entry.data(), SIGNAL(changed(Prm::ParameterChange&)), this,
-                    SLOT(onUpstreamParameterChanged(Prm::ParameterChange&)));
-        else
-            disconnect(entry.data(), SIGNAL(changed(Prm::ParameterChange&)), this,
-                       SLOT(onUpstreamParameterChanged(Prm::ParameterChange&)));
+        if (entry.data())
+            connectTo(*entry.data(), connected);
     }
+}
+
+void ParameterWithoutType::connectTo(ParameterWithoutType& upstream, bool connected) {
+    if (connected)
+        connect(&upstream, SIGNAL(changed(Prm::ParameterChange&)), this,
+                SLOT(onUpstreamParameterChanged(Prm::ParameterChange&)));
+    else
+        disconnect(&upstream, SIGNAL(changed(Prm::ParameterChange&)), this,
+                   SLOT(onUpstreamParameterChanged(Prm::ParameterChange&)));
+}
+
+bool ParameterWithoutType::addUpstreamParameter(ParameterWithoutType& upstream) {
+    if (!ownRarities().upstreamParameters.insert(&upstream))
+        return false;
+    connectTo(upstream, true);
+    return true;
+}
+
+void ParameterWithoutType::removeUpstreamParameter(ParameterWithoutType& upstream) {
+    connectTo(upstream, false);
+    ownRarities().upstreamParameters.erase(&upstream);
 }
 
 void ParameterWithoutType::setUpstreamParameters(const UpstreamParameters& parameters) {

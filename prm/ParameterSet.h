@@ -7,6 +7,8 @@
 #include "prm/detail/Mortal.h"
 
 #include <QHash>
+#include <QPair>
+#include <QSet>
 #include <QString>
 #include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
@@ -177,7 +179,9 @@ private:
     ParameterWithoutType* findAnimatedParameter(const QString& name) const;
     ParameterSet* findSubset(const QString& name) const;
     bool stillLists(const ParameterSet* subset, quint32 membership) const;
-    template <class Result, class Own> Result* find(const QString& name, const Own& own) const;
+    /// Sets, with the length of the name that was not found in them.
+    using Searched = QSet<QPair<const ParameterSet*, int>>;
+    template <class Result, class Own> Result* find(const QString& name, const Own& own, Searched& searched) const;
 
     class Rest;
     /// A set and the rest of the line that is for it.
@@ -211,6 +215,8 @@ private:
     quint32 m_membership = 0;
     /// Given to no other set.
     const quint64 m_number = nextNumber();
+    /// The last one that came by here, of those that look for circles.
+    mutable quint64 m_lastWalk = 0;
     int m_lastHitList = 0;
     int m_lastHitIndex = 0;
     QString m_scriptName;

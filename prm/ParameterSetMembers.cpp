@@ -40,38 +40,52 @@ ParameterSet* ParameterSet::ownSubset(const QString& name) const {
     return found == m_subsets.end() ? nullptr : found->set;
 }
 
-/// Own members first, then the rest of a dotted path below the subsets and compounds whose names begin it.
-template <class Result, class Own> Result* ParameterSet::find(const QString& name, const Own& own) const {
+/// Own members first, then the rest of a dotted path below the subsets and compounds whose names begin it. What several
+/// sets list is not looked through twice for the same rest.
+template <class Result, class Own>
+Result* ParameterSet::find(const QString& name, const Own& own, Searched& searched) const {
     if (Result* result = own(*this, name))
         return result;
-    const auto findBelow = [&](const ParameterSet* set, const QString& setName) -> Result* {
+    const auto findBelow = [&](const ParameterSet* set, const QString& setName, bool isShared) -> Result* {
         const bool leads = set && !setName.isEmpty() && name.size() > setName.size() &&
                            name.at(setName.size()) == QLatin1Char('.') && name.startsWith(setName);
-        return leads ? set->find<Result>(name.mid(setName.size() + 1), own) : nullptr;
+        if (!leads)
+            return nullptr;
+        const Searched::value_type place(set, name.size() - setName.size());
+        if (isShared && searched.contains(place))
+            return nullptr;
+        if (isShared)
+            searched.insert(place);
+        return set->find<Result>(name.mid(setName.size() + 1), own, searched);
     };
     for (const Subset& subset : m_subsets) {
-        if (Result* result = findBelow(subset.set, subset.set->scriptName()))
+        if (Result* result = findBelow(subset.set, subset.set->scriptName(), subset.set->m_parents.size() > 1))
             return result;
     }
     for (const auto& parameter : m_parameters) {
-        if (Result* result = findBelow(dynamic_cast<const ParameterSet*>(parameter.get()), parameter->scriptName()))
+        if (Result* result = findBelow(dynamic_cast<const ParameterSet*>(parameter.get()), parameter->scriptName(),
+                                       parameter->m_listedIn.size() > 1))
             return result;
     }
     return nullptr;
 }
 
 BasicParameter* ParameterSet::findParameter(const QString& name) const {
-    return find<BasicParameter>(name,
-                                [](const ParameterSet& set, const QString& own) { return set.ownParameter(own); });
+    Searched searched;
+    return find<BasicParameter>(
+        name, [](const ParameterSet& set, const QString& own) { return set.ownParameter(own); }, searched);
 }
 
 ParameterWithoutType* ParameterSet::findAnimatedParameter(const QString& name) const {
+    Searched searched;
     return find<ParameterWithoutType>(
-        name, [](const ParameterSet& set, const QString& own) { return set.ownAnimatedParameter(own); });
+        name, [](const ParameterSet& set, const QString& own) { return set.ownAnimatedParameter(own); }, searched);
 }
 
 ParameterSet* ParameterSet::findSubset(const QString& name) const {
-    return find<ParameterSet>(name, [](const ParameterSet& set, const QString& own) { return set.ownSubset(own); });
+    Searched searched;
+    return find<ParameterSet>(
+        name, [](const ParameterSet& set, const QString& own) { return set.ownSubset(own); }, searched);
 }
 
 /// Whether a subset that was listed before a call out still is; its address alone may be asked about.

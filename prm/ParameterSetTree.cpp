@@ -49,14 +49,20 @@ bool ParameterSet::listsSubset(const ParameterSet& subset) const {
 }
 
 /// Asked upwards, from the set that would contain: there are few sets above one, but there may be many below. A set
-/// that is a parameter as well is below those that list it as that.
+/// that is a parameter as well is below those that list it as that. Each is asked about once, by however many ways it
+/// is reached.
 bool ParameterSet::isOrContains(const ParameterSet& set) const {
+    if (m_subsets.empty() && m_parameters.empty())
+        return &set == this;
+    const quint64 walk = nextNumber();
     std::vector<const ParameterSet*> above{&set};
     while (!above.empty()) {
         const ParameterSet* const next = above.back();
         above.pop_back();
         if (next == this)
             return true;
+        if (std::exchange(next->m_lastWalk, walk) == walk)
+            continue;
         above.insert(above.end(), next->m_parents.begin(), next->m_parents.end());
         if (typeid(*next) == typeid(ParameterSet))
             continue;

@@ -186,6 +186,10 @@ quint64 ParameterWithoutType::keyframeRevision() const {
     return 0;
 }
 
+boost::shared_ptr<Bsc::MementoBase> ParameterWithoutType::exportStateAround(const std::vector<Context>&) const {
+    return exportState();
+}
+
 void ParameterWithoutType::attachObserver(const QObject* observer, const char* slot) const {
     if (observer)
         connect(this, SIGNAL(changed(Prm::ParameterChange&)), observer, slot, Qt::DirectConnection);

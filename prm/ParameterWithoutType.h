@@ -161,6 +161,9 @@ public:
     /// Another number whenever the times of keyframes, or the views that have some, may have changed; no two parameters
     /// ever have the same one. 0 for kinds that do not count, as here.
     virtual quint64 keyframeRevision() const;
+    /// A snapshot of at least what edits of the keyframes at these places, all in one view, can change; so that its
+    /// cost need not grow with their number. The whole state here.
+    virtual boost::shared_ptr<Bsc::MementoBase> exportStateAround(const std::vector<Context>& places) const;
 
     const QString& displayName() const { return m_displayName; }
     /// A third text, kept for the host and copied with the names.
@@ -285,6 +288,10 @@ protected:
     bool readHidden(const QString& line);
     bool readMaster(const QString& line);
 
+    /// One more, or one fewer, of the upstream parameters; false for one that is there already.
+    bool addUpstreamParameter(ParameterWithoutType& upstream);
+    void removeUpstreamParameter(ParameterWithoutType& upstream);
+
     /// Whether a line of project text is being read.
     bool isReadingIn() const { return m_readingIn; }
 
@@ -304,6 +311,7 @@ private:
     bool listsConstrained(const ParameterWithoutType& parameter) const;
     void forgetConstrained(const ParameterWithoutType& parameter);
     void connectUpstream(bool connected);
+    void connectTo(ParameterWithoutType& upstream, bool connected);
 
     /// What few parameters have.
     struct Rarities {

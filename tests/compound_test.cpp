@@ -12,7 +12,9 @@
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <stdexcept>
+#include <vector>
 
 using namespace Prm;
 using Number = NumericParameter<double>;
@@ -384,6 +386,28 @@ TEST(Compound, ContainsNoCircleAndDiesInPeace) {
     recorder.then = nullptr;
     inner.reset();
     x->vSetValue(1, at(5));
+}
+
+/// Two sets on each level, both listed by both above: there are 2^60 ways from the top to the bottom.
+TEST(Compound, AndSetsAreAskedOnceByHoweverManyWaysTheyAreReached) {
+    using Pair = std::array<boost::shared_ptr<ParameterSet>, 2>;
+    using Parts = std::array<boost::shared_ptr<CompoundParameter>, 2>;
+    std::vector<Pair> sets;
+    std::vector<Parts> parts;
+    for (int level = 0; level < 60; ++level) {
+        sets.push_back({boost::make_shared<ParameterSet>("a"), boost::make_shared<ParameterSet>("b")});
+        parts.push_back({boost::make_shared<CompoundParameter>("a"), boost::make_shared<CompoundParameter>("a")});
+        for (int i = 0; level > 0 && i < 4; ++i) {
+            EXPECT_TRUE(sets[level][i / 2]->addParameterSet(sets[level - 1][i % 2]));
+            parts[level][i / 2]->addParameter(parts[level - 1][i % 2]);
+        }
+    }
+    const Warnings quiet;
+    EXPECT_FALSE(sets.front()[0]->addParameterSet(sets.back()[0]));
+    EXPECT_TRUE(sets.front()[0]->addParameterSet(boost::make_shared<ParameterSet>("c")));
+    parts.front()[0]->addParameter(*parts.back()[0]);
+    EXPECT_TRUE(parts.front()[0]->subparameters().isEmpty());
+    EXPECT_EQ(parts.back()[0]->parameterWithName(QString("a.").repeated(59) + "x"), nullptr);
 }
 
 } // namespace

@@ -11,6 +11,7 @@ levels() {
 1 prm/Export.h
 1 prm/Prm.h
 1 prm/detail/Inline.h
+1 prm/detail/KeyframeRevision.h
 1 prm/detail/Mortal.h
 1 prm/detail/ReaderSlots.h
 1 prm/detail/RecursiveMutex.h
@@ -39,6 +40,7 @@ levels() {
 3 prm/ParameterChange.h
 3 prm/detail/KeyframeSearch.h
 3 prm/detail/KeyframeInsertion.h
+3 prm/detail/KeyframeStretch.h
 3 prm/detail/SourceViews.h
 4 prm/BasicParameter.h
 4 prm/ParameterWithoutType.h
@@ -46,6 +48,7 @@ levels() {
 4 prm/NumericParameterWithoutType.h
 4 prm/SerialisedKeyframe.h
 4 prm/detail/KeyframeMoves.h
+4 prm/detail/PartialSnapshot.h
 4 prm/detail/ReadingScope.h
 4 prm/detail/Restoring.h
 4 prm/detail/StateAt.h

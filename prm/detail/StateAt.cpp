@@ -23,14 +23,13 @@ bool hidesItsStaticValue(const ParameterWithoutType& parameter, const Context& c
     return parameter.masterParameter() || (hasKeyframes && !Frame(context).isValid());
 }
 
-/// Where an edit in the context writes: a parameter that is not splittable has one place for all views.
+} // namespace
+
 Context writtenAt(const BasicParameter& parameter, const Context& context) {
     const ParameterWithoutType* const own = animated(parameter);
     const bool isApart = !own || own->splittable() || dynamic_cast<const ParameterSet*>(own);
     return isApart ? context : Context(context.time, View(View::defaultViewId()), context.flags);
 }
-
-} // namespace
 
 std::vector<View> viewsWithData(const ParameterWithoutType& parameter) {
     const auto* const compound = dynamic_cast<const ParameterSet*>(&parameter);

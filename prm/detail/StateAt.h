@@ -29,6 +29,9 @@ private:
     QVariant m_value;
 };
 
+/// Where an edit in the context writes: a parameter that is not splittable has one place for all views.
+Context writtenAt(const BasicParameter& parameter, const Context& context);
+
 /// The views in which a parameter has data; of a compound those of each part, one list behind the other.
 std::vector<View> viewsWithData(const ParameterWithoutType& parameter);
 

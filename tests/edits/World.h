@@ -19,7 +19,8 @@
 /// A small project to edit: a keyed number with a split view, one without keyframes, a master with two parameters
 /// constrained to it, a compound, a static text.
 struct World {
-    World() {
+    /// With so many more keyframes behind the others.
+    explicit World(int more = 0) {
         key(*number, {{0, 1.}, {10, 2.}, {20, 4.}});
         number->vSetInterpolationData({Prm::Interpolation::Bezier, 0.2, 0.3, 0.7, 1.5}, 0, Prm::View(0));
         // A shape that is a straight line, and must stay one.
@@ -35,6 +36,14 @@ struct World {
             position->addParameter(part);
         key(*x, {{0, 1.}, {6, 2.}});
         key(*y, {{6, 3.}, {9, 4.}});
+        key(*joined, {{0, 1.}, {10, 2.}});
+        key(*joined, {{50, 7.}}, 1);
+        joined->setSplittable(false);
+        for (int i = 0; i < more; ++i) {
+            for (const auto& parameter : {number, tied, joined, x, y})
+                key(*parameter, {{1000 + i, i * 1.}});
+            key(*number, {{1000 + i, i * 2.}}, 1);
+        }
         for (const auto& parameter : {number, plain, master, tied, second})
             set->addParameter(parameter);
         set->addParameter(position);
@@ -51,7 +60,7 @@ struct World {
         QString written;
         QTextStream stream(&written);
         set->bStreamOut(stream, QString(), true);
-        for (const auto& parameter : {number, plain, master, tied, second, x, y})
+        for (const auto& parameter : {number, plain, joined, master, tied, second, x, y})
             write(stream, *parameter);
         return written.toStdString();
     }
@@ -76,6 +85,8 @@ struct World {
 
     Shared<Number> number{new Number("number")};
     Shared<Number> plain{new Number("plain", 0, Prm::Splittable)};
+    /// Of several views with data that are not told apart.
+    Shared<Number> joined{new Number("joined")};
     Shared<Number> master{new Number("master")};
     Shared<Number> tied{new Number("tied")};
     Shared<Number> second{new Number("second")};

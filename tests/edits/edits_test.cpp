@@ -29,6 +29,9 @@ ParameterWithoutType* number(World& w) {
 ParameterWithoutType* plain(World& w) {
     return w.plain.get();
 }
+ParameterWithoutType* joined(World& w) {
+    return w.joined.get();
+}
 ParameterWithoutType* tied(World& w) {
     return w.tied.get();
 }
@@ -63,6 +66,11 @@ const Row rows[] = {
     {"sets a kind", edit<ParameterInterpolationEdit>(&World::number, Interpolation::Constant, at(0)), number, "I", "P"},
     {"sets a shape", edit<ParameterInterpolationDataEdit>(&World::number, IType(Interpolation::Linear), 0u, View(0)),
      number, "I", "P"},
+    {"sets a shape by way of another view",
+     edit<ParameterInterpolationDataEdit>(&World::joined, IType(Interpolation::Bezier, 0.2, 0.3, 0.7, 1.5), 0u,
+                                          View(1)),
+     joined, "I", "P"},
+    {"moves one of another view", edit<MoveKeyframeEdit>(&World::joined, at(50, 1), at(6, 1)), joined, nullptr, "P"},
     {"sets before", edit<ParameterExtrapolationBeforeEdit>(&World::number, Extrapolation::Linear), number, "B", "B"},
     {"sets after", edit<ParameterExtrapolationAfterEdit>(&World::number, Extrapolation::Linear), number, "F", "F"},
     {"sets after of a tied one", edit<ParameterExtrapolationAfterEdit>(&World::tied, Extrapolation::Linear), tied, "F",
@@ -137,10 +145,13 @@ const Row rows[] = {
      number, "AAIIBFRRHLC", "PLHPPFBPPPP"},
 };
 
-TEST(Edits, ComeBackExactlyAndAreTold) {
+/// Of short lists the whole is kept, of long ones what an edit concerns.
+const int lengths[] = {0, 70};
+
+void comeBackExactlyAndAreTold(int more) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        World world;
+        World world(more);
         const std::string before = world.state();
         ChangeRecorder heard(row.heard(world));
         const Command command(row.make(world));
@@ -158,6 +169,11 @@ TEST(Edits, ComeBackExactlyAndAreTold) {
         command->undoIt();
         EXPECT_EQ(world.state(), before);
     }
+}
+
+TEST(Edits, ComeBackExactlyAndAreTold) {
+    for (const int more : lengths)
+        comeBackExactlyAndAreTold(more);
 }
 
 /// Does it again and again, each time with another failure, until it comes through; each failure changes nothing.
@@ -187,8 +203,9 @@ void expectAllOrNothing(const Row& row, World& world, const std::function<void(i
 }
 
 TEST(Edits, AnObserverThatThrowsLeavesThingsAsTheyWere) {
-    for (const Row& row : rows) {
-        World world;
+    for (std::size_t i = 0; i < 2 * std::size(rows); ++i) {
+        const Row& row = rows[i / 2];
+        World world(lengths[i % 2]);
         int left = 0;
         ChangeRecorder heard(row.heard(world));
         heard.then = [&](const ParameterChange&) {
@@ -202,8 +219,9 @@ TEST(Edits, AnObserverThatThrowsLeavesThingsAsTheyWere) {
 TEST(Edits, AFailedAllocationLeavesThingsAsTheyWere) {
     if (!Allocations::areCounted())
         GTEST_SKIP() << "allocations are not counted in this build";
-    for (const Row& row : rows) {
-        World world;
+    for (std::size_t i = 0; i < 2 * std::size(rows); ++i) {
+        const Row& row = rows[i / 2];
+        World world(lengths[i % 2]);
         expectAllOrNothing(row, world, Allocations::failAt);
     }
 }
@@ -290,7 +308,7 @@ struct History {
 
 TEST(Edits, RandomStepsOfDoingUndoingAndRedoing) {
     const auto property = [] {
-        World world;
+        World world(lengths[*rc::gen::inRange(0, 2)]);
         History history;
         history.states.push_back(world.state());
         const auto choice = rc::gen::inRange<std::size_t>(0, 3 * std::size(rows));

@@ -13,6 +13,7 @@ namespace {
 
 thread_local int count = 0;
 thread_local int living = 0;
+thread_local std::size_t requested = 0;
 thread_local int failing = 0;
 thread_local bool sparesQt = true;
 thread_local bool failed = false;
@@ -26,8 +27,9 @@ namespace {
 thread_local bool isLooking = false;
 
 /// Counts an allocation, and says whether it is to fail.
-bool fails() {
+bool fails(std::size_t size) {
     ++count;
+    requested += size;
     if (count != failing || isLooking)
         return false;
     isLooking = true;
@@ -55,18 +57,18 @@ void* __libc_memalign(std::size_t alignment, std::size_t size);
 void __libc_free(void* former);
 
 void* malloc(std::size_t size) {
-    return fails() ? nullptr : counted(__libc_malloc(size));
+    return fails(size) ? nullptr : counted(__libc_malloc(size));
 }
 void* calloc(std::size_t number, std::size_t size) {
-    return fails() ? nullptr : counted(__libc_calloc(number, size));
+    return fails(number * size) ? nullptr : counted(__libc_calloc(number, size));
 }
 void* realloc(void* former, std::size_t size) {
-    if (fails())
+    if (fails(size))
         return nullptr;
     return former ? __libc_realloc(former, size) : counted(__libc_realloc(former, size));
 }
 void* aligned_alloc(std::size_t alignment, std::size_t size) {
-    return fails() ? nullptr : counted(__libc_memalign(alignment, size));
+    return fails(size) ? nullptr : counted(__libc_memalign(alignment, size));
 }
 void free(void* former) {
     living -= former ? 1 : 0;
@@ -85,6 +87,10 @@ bool areCounted() {
 
 int made() {
     return count;
+}
+
+std::size_t bytes() {
+    return requested;
 }
 
 int alive() {

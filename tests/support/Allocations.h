@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
 
@@ -10,6 +11,8 @@ namespace Allocations {
 bool areCounted();
 /// Since the thread began.
 int made();
+/// How many bytes these asked for.
+std::size_t bytes();
 /// Those that are not freed.
 int alive();
 /// The n-th allocation from now on fails, once; none with 0. One beneath a function that Qt does not bring through
