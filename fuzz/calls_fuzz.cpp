@@ -1,6 +1,7 @@
-// Sequences of calls over parameters, compounds, sets and commands, heard by an observer that reads, throws, deletes,
-// or makes further calls. After each call all invariants hold; where the observer kept out of it, membership and
-// masters are as in plain lists, what was undone is as it was, and what threw has not happened.
+// Sequences of calls over parameters, compounds, sets, their text and commands, heard by an observer that reads,
+// throws, deletes, or makes further calls, and by a host that does so when its tree changes or a text is read. After
+// each call all invariants hold, and the host knows the sets of its tree; where nobody interfered, membership and
+// masters are as in plain lists, what was undone or restored is as it was, and what threw has not happened.
 
 #include "fuzz/CallArguments.h"
 #include "fuzz/World.h"
@@ -29,19 +30,30 @@ ParameterWithoutType* parameterFrom(World& world) {
 
 // --- calls -----------------------------------------------------------------------------------------------------------
 
-void readLine(ParameterWithoutType& parameter, int number) {
-    static const char* const lines[] = {"views=[0, 1]",
-                                        "views=[5]",
-                                        "value=3",
-                                        "view[2].value=4",
-                                        "hidden=1",
-                                        "before=Linear",
-                                        "keyframes.append( Key( 1, 2, Linear ) )",
-                                        "view[1].keyframes.append( BezierKey( 2, 3, 0, 0, 1, 1 ) )",
-                                        "keyframes.append( Key("};
+const char* const lines[] = {"views=[0, 1]",
+                             "views=[5]",
+                             "value=3",
+                             "view[2].value=4",
+                             "hidden=1",
+                             "before=Linear",
+                             "keyframes.append( Key( 1, 2, Linear ) )",
+                             "view[1].keyframes.append( BezierKey( 2, 3, 0, 0, 1, 1 ) )",
+                             "keyframes.append( Key(",
+                             "name=\"set\"",
+                             "former.value=1",
+                             "count.value=1",
+                             "count.value=2"};
+
+const char* const names[] = {"", "set.", "set_2.", "set_3.", "p0.", "p1.", "p2.", "p3.", "p6.", "p7.", "p8."};
+
+ProjectFileVersion latest() {
     ProjectFileVersion version;
     version.streamVersion = StreamVersion::latest;
-    parameter.streamInValue(QString::fromLatin1(lines[number]), version, {});
+    return version;
+}
+
+void readLine(ParameterWithoutType& parameter, int number) {
+    parameter.streamInValue(QString::fromLatin1(lines[number]), latest(), {});
 }
 
 void importFrom(ParameterWithoutType& own, const ParameterWithoutType& other, const Context& at) {
@@ -78,38 +90,88 @@ const Edit edits[] = {
     [](P& own, P&, const A& a) { own.adjustKeyframesTime([&](Time time) { return time + (a.number - 4); }); },
     [](P& own, P& other, const A& a) { importFrom(own, other, a.at); },
     [](P& own, P&, const A& a) { readLine(own, a.number); },
+    [](P& own, P&, const A& a) { own.initialiseHeroView(a.view, a.to.view); },
+    [](P& own, P&, const A& a) { own.vSetDefaultInterpolation(a.interpolation()); },
 };
 
-template <class Kind, class... More> Bsc::Command* made(P& own, const More&... more) {
-    return new Kind(own, more...);
+using Command = Bsc::CompositeCommand;
+template <class Kind, class... More> void add(Command& command, P& own, const More&... more) {
+    command.push_back(new Kind(own, more...));
 }
 
-Bsc::Command* madePaste(P& own, const P& other, const A& a) {
+void addPaste(Command& command, P& own, P& other, const A& a) {
     const QString text = ParameterPasteKeyframesEdit::textOf(other, a.view, Time::fromInt(-9), Time::fromInt(9));
-    return new ParameterPasteKeyframesEdit(own, a.yes ? text : text + "x", a.to.time, a.to.view);
+    add<ParameterPasteKeyframesEdit>(command, own, a.yes ? text : text + "x", a.to.time, a.to.view);
 }
 
-using MakeCommand = Bsc::Command* (*)(P& own, P& other, const A& a);
-const MakeCommand commands[] = {
-    [](P& own, P&, const A& a) { return made<ParameterAddKeyEdit>(own, a.at); },
-    [](P& own, P&, const A& a) { return made<ParameterDeleteKeyEdit>(own, Context::Explicit(a.at)); },
-    [](P& own, P&, const A& a) { return made<ParameterDeleteAllKeysEdit>(own, a.view); },
-    [](P& own, P&, const A& a) { return made<ParameterInterpolationEdit>(own, a.interpolation(), a.at); },
-    [](P& own, P&, const A& a) { return made<ParameterInterpolationDataEdit>(own, a.shape(), a.index(), a.view); },
-    [](P& own, P&, const A& a) { return made<ParameterSetValueEdit>(own, a.value, a.at); },
-    [](P& own, P&, const A& a) { return made<ParameterSetStaticValueEdit>(own, a.value, a.view); },
-    [](P& own, P&, const A& a) { return made<ParameterResetEdit>(own, a.at); },
-    [](P& own, P&, const A& a) { return made<ParameterSplitViewEdit>(own, a.view); },
-    [](P& own, P&, const A& a) { return made<ParameterDeleteViewEdit>(own, a.view); },
-    [](P& own, P&, const A& a) { return made<ParameterRetimeEdit>(own, a.retiming()); },
-    [](P& own, P& other, const A& a) { return madePaste(own, other, a); },
-    [](P& own, P&, const A& a) { return made<ParameterExtrapolationBeforeEdit>(own, a.extrapolation()); },
-    [](P& own, P&, const A& a) { return made<ParameterWithoutTypeHideEdit>(own, a.yes); },
-    [](P& own, P&, const A& a) { return made<ParameterWithoutTypeLockEdit>(own, a.yes); },
-    [](P& own, P& other, const A&) -> Bsc::Command* { return new ParameterAddConstrainedParameterEdit(other, own); },
-    [](P& own, P&, const A&) { return made<ParameterWithoutTypeUnconstrainEdit>(own); },
-    [](P& own, P&, const A& a) { return made<MoveKeyframeEdit>(own, a.at, Context(a.to.time, a.view)); },
+Frame frameOf(const A& a) {
+    return Frame::fromInt(a.number);
+}
+
+using AddCommand = void (*)(Command& command, P& own, P& other, const A& a);
+const AddCommand commands[] = {
+    [](Command& c, P& own, P&, const A& a) { own.vAddKeyframeCommand(Context::Explicit(a.at), c); },
+    [](Command& c, P& own, P&, const A& a) { own.createKeyframeDeletion(Context::Explicit(a.at), c); },
+    [](Command& c, P& own, P&, const A& a) { own.vDeleteAllKeyframesCommand(a.view, c); },
+    [](Command& c, P& own, P&, const A& a) { own.vSetInterpolationCommand(a.interpolation(), a.at, c); },
+    [](Command& c, P& own, P&, const A& a) {
+        own.vSetInterpolationDataCommand(c, a.shape(), {&own, a.view, a.index()});
+    },
+    [](Command& c, P& own, P&, const A& a) { add<ParameterSetValueEdit>(c, own, a.value, a.at); },
+    [](Command& c, P& own, P&, const A& a) { add<ParameterSetStaticValueEdit>(c, own, a.value, a.view); },
+    [](Command& c, P& own, P&, const A& a) { add<ParameterResetEdit>(c, own, a.at); },
+    [](Command& c, P& own, P&, const A& a) { add<ParameterSplitViewEdit>(c, own, a.view); },
+    [](Command& c, P& own, P&, const A& a) { add<ParameterDeleteViewEdit>(c, own, a.view); },
+    [](Command& c, P& own, P&, const A& a) { add<ParameterRetimeEdit>(c, own, a.retiming()); },
+    addPaste,
+    [](Command& c, P& own, P&, const A& a) { own.vSetExtrapolationBeforeCommand(a.extrapolation(), c); },
+    [](Command& c, P& own, P&, const A& a) { add<ParameterWithoutTypeHideEdit>(c, own, a.yes); },
+    [](Command& c, P& own, P&, const A& a) { add<ParameterWithoutTypeLockEdit>(c, own, a.yes); },
+    [](Command& c, P& own, P& other, const A&) { other.bAddConstrainedParameterCommand(&own, c); },
+    [](Command& c, P& own, P&, const A&) { own.bUnconstrainCommand(c); },
+    [](Command& c, P& own, P&, const A& a) { add<MoveKeyframeEdit>(c, own, a.at, Context(a.to.time, a.view)); },
+    [](Command& c, P& own, P&, const A& a) { own.vSetExtrapolationAfterCommand(a.extrapolation(), c); },
+    [](Command& c, P& own, P&, const A& a) {
+        own.vAddKeyframeCommand(frameOf(a), AnimationState(AnimationFlags(4)), c);
+    },
+    [](Command& c, P& own, P&, const A& a) {
+        own.createKeyframeDeletion(frameOf(a), AnimationState(AnimationFlags(4)), c);
+    },
+    [](Command& c, P& own, P& other, const A&) { other.bRemoveConstrainedParameterCommand(&own, c); },
 };
+
+void read(const P& parameter) {
+    for (const Context& at : {Context(), Context(Time::fromDouble(1.25), View(2)), Context(Time::INVALID)}) {
+        Context found;
+        static_cast<void>(parameter.variantValue(at, std::nothrow));
+        static_cast<void>(parameter.bNextKeyframe(at, found) || parameter.bPreviousKeyframe(at, found));
+        unsigned int index = 0;
+        static_cast<void>(parameter.bNearestKeyframeTime(at, found.time) || parameter.bNearestKeyframeIndex(at, index));
+        static_cast<void>(parameter.interpolation(at));
+        static_cast<void>(parameter.interpolation(KeyframeIndex(&parameter, at.view, 0)));
+        static_cast<void>(parameter.interpolationData(KeyframeIndex(&parameter, at.view, 0)));
+    }
+    static_cast<void>(World::stateOf(parameter));
+    static_cast<void>(parameter.allKeyframes());
+    static_cast<void>(parameter.extrapolationBefore() == parameter.extrapolationAfter() && parameter.numViews() > 1);
+}
+
+/// A host's own kind, which animates nothing, takes every call as well.
+bool callBare() {
+    ParameterWithoutTypeBase bare(false, false, nullptr);
+    Choices none(nullptr, 0);
+    const A a(none);
+    Command all;
+    for (const Edit edit : edits)
+        edit(bare, bare, a);
+    for (const AddCommand command : commands)
+        command(all, bare, bare, a);
+    all.doIt();
+    all.undoIt();
+    read(bare);
+    Fuzz::intact(detail::verify(bare));
+    return true;
+}
 
 // --- the play --------------------------------------------------------------------------------------------------------
 
@@ -117,13 +179,18 @@ class Play {
 public:
     explicit Play(const Choices& choices) : m_world(choices) {
         m_world.observer.then = [this](const ParameterChange& change) { hear(change); };
+        m_world.host.then = [this] { hearAsHost(); };
     }
-    ~Play() { m_world.observer.then = nullptr; }
+    ~Play() {
+        m_world.observer.then = nullptr;
+        m_world.host.then = [] {};
+    }
 
     void run() {
         for (int left = 200; left > 0 && !m_world.choose.atEnd(); --left) {
-            m_mischief = m_world.choose.below(8);
-            m_when = m_mischief > 3 ? -1 : m_world.choose.below(4);
+            m_mischief = m_world.choose.below(12);
+            const bool isQuiet = m_mischief > Read && m_mischief < HostDeletes;
+            m_when = isQuiet ? -1 : m_world.choose.below(4);
             m_interfered = m_threw = false;
             act();
             settle();
@@ -132,11 +199,25 @@ public:
     }
 
 private:
-    enum Mischief { Throw, Delete, CallAgain, Read };
+    enum Mischief { Throw, Delete, CallAgain, Read, HostDeletes = 8, HostDeletesSet, HostCallsAgain, HostReads };
+
+    void hearAsHost() {
+        if (m_mischief < HostDeletes || m_when-- != 0)
+            return;
+        if (m_mischief == HostReads)
+            return readAll();
+        m_interfered = true;
+        if (m_mischief == HostCallsAgain)
+            act();
+        else if (m_mischief == HostDeletes)
+            letGo(m_world.choose.below(Fuzz::parameterCount));
+        else
+            replaceSet(static_cast<std::size_t>(m_world.choose.below(Fuzz::setCount)));
+    }
 
     void hear(const ParameterChange& change) {
         const bool isDeath = change.type == ParameterChange::PARAMETER_DELETED;
-        if (m_when-- == 0 && !(isDeath && m_mischief == Throw))
+        if (m_mischief < HostDeletes && m_when-- == 0 && !(isDeath && m_mischief == Throw))
             interfere(change);
         const int number = m_world.numberOf(change.parameter);
         if (isDeath && number < Fuzz::parameterCount)
@@ -163,18 +244,22 @@ private:
     void act() {
         ++m_depth;
         try {
-            const int kind = m_world.choose.below(10);
+            const int kind = m_world.choose.below(12);
             if (kind < 4)
                 edit();
             else if (kind < 6)
                 changeLists();
             else if (kind == 6)
-                takeOrGiveBack();
+                takeOrGiveBack(parameterFrom(m_world), m_ofParameter);
+            else if (kind == 10)
+                readText();
+            else if (kind == 11)
+                takeOrGiveBack(m_world.set(m_world.choose.below(Fuzz::setCount + 3)), m_ofSet);
             else if (m_depth == 1)
                 kind == 7 ? travel() : command();
         } catch (const ObserverThrows&) {
         } catch (const std::exception&) {
-            // What setting a value or importing a keyframe throws.
+            // What setting a value, reading a keyframe or restoring a set that has gained a member throws.
         }
         --m_depth;
     }
@@ -185,6 +270,18 @@ private:
         forget();
         if (own && other)
             edits[m_world.choose.below(static_cast<int>(std::size(edits)))](*own, *other, A(m_world.choose));
+    }
+
+    void readText() {
+        Choices& choose = m_world.choose;
+        ParameterSet* const set = m_world.set(choose.below(Fuzz::setCount + 3));
+        QString line;
+        for (int i = 0; i < 3; ++i)
+            line += QLatin1String(names[choose.below(static_cast<int>(std::size(names)))]);
+        line += QLatin1String(lines[choose.below(static_cast<int>(std::size(lines)))]);
+        forget();
+        if (set)
+            set->bStreamIn(line, latest());
     }
 
     // Members, masters, life and death.
@@ -223,7 +320,10 @@ private:
             !Fuzz::Lists::has(m_world.plain.members[listing], number))
             m_world.plain.members[listing].push_back(number);
         const auto& owner = m_world.slots[static_cast<std::size_t>(number)].owner;
-        if (owner && m_world.choose.yes())
+        const int way = owner ? m_world.choose.below(3) : 0;
+        if (way == 2)
+            set->addSplittableParameter(*added, View(2));
+        else if (way == 1)
             set->addParameter(owner);
         else
             set->addParameter(*added);
@@ -301,29 +401,28 @@ private:
             return;
         // Its number is another one's now.
         m_interfered = true;
-        m_world.owners[number] = boost::make_shared<ParameterSet>(QStringLiteral("set"));
-        m_world.sets[number] = m_world.owners[number];
+        m_world.makeSet(number);
     }
 
     // Snapshots and commands.
 
-    void takeOrGiveBack() {
-        P* const own = parameterFrom(m_world);
+    struct Taken {
+        boost::shared_ptr<Bsc::MementoBase> snapshot;
+        const void* of = nullptr;
+        QByteArray state;
+        int changesOfLists = 0;
+    };
+    /// What was taken of one may be refused by another.
+    template <class Kind> void takeOrGiveBack(Kind* own, Taken& taken) {
         if (!own)
             return;
         if (m_world.choose.yes()) {
-            m_snapshot = own->exportState();
-            m_snapshotOf = own;
-            m_stateInSnapshot = World::stateOf(*own);
-            m_listsInSnapshot = m_world.changesOfLists;
-        } else if (m_snapshotOf && !m_world.slots[static_cast<std::size_t>(m_world.numberOf(m_snapshotOf))].dying) {
+            taken = {own->exportState(), own, World::stateOf(*own), m_world.changesOfLists};
+        } else if (taken.snapshot) {
             forget();
-            const QPointer<P> restored(m_snapshotOf);
-            Bsc::importState(*restored, m_snapshot);
-            // The name of a master is not the parameter's.
-            if (restored && !restored->masterParameter() && !m_interfered &&
-                m_listsInSnapshot == m_world.changesOfLists)
-                Fuzz::same("a snapshot gives back", m_stateInSnapshot, World::stateOf(*restored));
+            Bsc::importState(*own, taken.snapshot);
+            if (!m_interfered && own == taken.of && taken.changesOfLists == m_world.changesOfLists)
+                Fuzz::same("a snapshot gives back", taken.state, World::stateOf(*own));
         }
     }
 
@@ -340,10 +439,10 @@ private:
         if (!own || !other)
             return;
         ++m_world.changesOfLists;
-        auto command = std::make_unique<Bsc::CompositeCommand>();
+        auto command = std::make_unique<Command>();
         for (int count = 1 + m_world.choose.below(3); count > 0; --count) {
-            const MakeCommand make = commands[m_world.choose.below(static_cast<int>(std::size(commands)))];
-            command->push_back(make(*own, *other, A(m_world.choose)));
+            const AddCommand add = commands[m_world.choose.below(static_cast<int>(std::size(commands)))];
+            add(*command, *own, *other, A(m_world.choose));
         }
         m_commands.resize(m_done);
         m_states.resize(m_done);
@@ -392,17 +491,12 @@ private:
 
     void readAll() const {
         for (int i = 0; i < Fuzz::parameterCount; ++i) {
-            const P* const parameter = m_world.parameter(i);
-            if (!parameter)
-                continue;
-            for (const Context& at : {Context(), Context(Time::fromDouble(1.25), View(2)), Context(Time::INVALID)}) {
-                Context found;
-                static_cast<void>(parameter->variantValue(at, std::nothrow));
-                static_cast<void>(parameter->bNextKeyframe(at, found) || parameter->bPreviousKeyframe(at, found));
-                static_cast<void>(parameter->interpolation(at));
-            }
-            static_cast<void>(World::stateOf(*parameter));
-            static_cast<void>(parameter->allKeyframes());
+            if (const P* const parameter = m_world.parameter(i))
+                read(*parameter);
+        }
+        for (int i = 0; i < Fuzz::setCount; ++i) {
+            if (const ParameterSet* const set = m_world.set(i))
+                Fuzz::intact(detail::verify(ParameterSet(*set)));
         }
     }
 
@@ -415,11 +509,13 @@ private:
             if (const ParameterSet* const set = m_world.set(i))
                 Fuzz::intact(detail::verify(*set));
         compareLists();
+        knowsItsSets();
         for (int i = 0; i < Fuzz::parameterCount; ++i) {
             if (m_world.slots[static_cast<std::size_t>(i)].parameter)
                 continue;
             m_world.make(i);
             m_interfered = true;
+            ++m_world.changesOfLists;
         }
         if (m_interfered)
             forget();
@@ -445,6 +541,16 @@ private:
         plain = std::move(seen);
     }
 
+    void knowsItsSets() const {
+        std::set<const ParameterSet*> listed;
+        for (int i = 0; i < Fuzz::setCount; ++i) {
+            const ParameterSet* const set = m_world.set(i);
+            if (set && set->parameterTree())
+                listed.insert(set);
+        }
+        HOLD(m_world.host.known == listed);
+    }
+
     World m_world;
     int m_mischief = Read;
     /// How many changes are let pass before; none is disturbed below 0.
@@ -456,15 +562,15 @@ private:
     /// Before each command, and after the last.
     std::vector<QByteArray> m_states;
     std::size_t m_done = 0;
-    boost::shared_ptr<Bsc::MementoBase> m_snapshot;
-    QPointer<P> m_snapshotOf;
-    QByteArray m_stateInSnapshot;
-    int m_listsInSnapshot = 0;
+    Taken m_ofParameter;
+    Taken m_ofSet;
 };
 
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const bool bareIsCalled = callBare();
+    HOLD(bareIsCalled);
     Play(Choices(data, size)).run();
     return 0;
 }
