@@ -117,8 +117,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         Fuzz::same("saving loses nothing", second, third);
     Project three;
     three.file.loadText(third);
-    if (isLossless)
-        Fuzz::same("values hash alike", hashOf(two.root), hashOf(three.root));
+    HOLD(hashOf(two.root) == hashOf(three.root) || !isLossless);
     Fuzz::same("saving again loses nothing", third, three.file.text());
     // Over what is there already.
     one.file.loadText(third);
