@@ -3,177 +3,20 @@
 // each call all invariants hold, and the host knows the sets of its tree; where nobody interfered, membership and
 // masters are as in plain lists, what was undone or restored is as it was, and what threw has not happened.
 
-#include "fuzz/CallArguments.h"
-#include "fuzz/World.h"
-#include "host/bsc/CompositeCommand.h"
-#include "prm/AnimationState.h"
-#include "prm/MoveKeyframeEdit.h"
-#include "prm/ParameterEdits.h"
-#include "prm/ProjectFileVersion.h"
-#include "prm/SerialisedKeyframe.h"
-#include "prm/detail/Invariants.h"
+#include "fuzz/Calls.h"
 
 #include <stdexcept>
 
 using namespace Prm;
-using Fuzz::Arguments;
-using Fuzz::Choices;
-using Fuzz::World;
+using namespace Fuzz;
 
 namespace {
 
 struct ObserverThrows {};
 
 ParameterWithoutType* parameterFrom(World& world) {
-    return world.parameter(world.choose.below(Fuzz::parameterCount));
+    return world.parameter(world.choose.below(parameterCount));
 }
-
-// --- calls -----------------------------------------------------------------------------------------------------------
-
-const char* const lines[] = {"views=[0, 1]",
-                             "views=[5]",
-                             "value=3",
-                             "view[2].value=4",
-                             "hidden=1",
-                             "before=Linear",
-                             "keyframes.append( Key( 1, 2, Linear ) )",
-                             "view[1].keyframes.append( BezierKey( 2, 3, 0, 0, 1, 1 ) )",
-                             "keyframes.append( Key(",
-                             "name=\"set\"",
-                             "former.value=1",
-                             "count.value=1",
-                             "count.value=2"};
-
-const char* const names[] = {"", "set.", "set_2.", "set_3.", "p0.", "p1.", "p2.", "p3.", "p6.", "p7.", "p8."};
-
-ProjectFileVersion latest() {
-    ProjectFileVersion version;
-    version.streamVersion = StreamVersion::latest;
-    return version;
-}
-
-void readLine(ParameterWithoutType& parameter, int number) {
-    parameter.streamInValue(QString::fromLatin1(lines[number]), latest(), {});
-}
-
-void importFrom(ParameterWithoutType& own, const ParameterWithoutType& other, const Context& at) {
-    if (const auto keyframe = other.getSerialisedKeyframe(at))
-        own.importKeyframe(*keyframe);
-}
-
-using P = ParameterWithoutType;
-using A = Arguments;
-using Edit = void (*)(P& own, P& other, const A& a);
-const Edit edits[] = {
-    [](P& own, P&, const A& a) { own.setVariantValue(a.value, a.at); },
-    [](P& own, P&, const A& a) { own.setVariantValue(a.value, a.at, std::nothrow); },
-    [](P& own, P&, const A& a) {
-        own.setVariantValue(QVariantList{a.value, a.value}, a.at);
-    },
-    [](P& own, P&, const A& a) { own.iAddKeyframe(a.at); },
-    [](P& own, P&, const A& a) { own.iAddKeyframe(Frame::fromInt(a.number), AnimationState(AnimationFlags(4))); },
-    [](P& own, P&, const A& a) { own.vDeleteKeyframe(Context::Explicit(a.at)); },
-    [](P& own, P&, const A& a) { own.vDeleteAllKeyframes(a.view); },
-    [](P& own, P&, const A& a) { own.vReset(a.at); },
-    [](P& own, P&, const A&) { own.resetAll(); },
-    [](P& own, P&, const A& a) { own.vSetInterpolation(a.interpolation(), a.at); },
-    [](P& own, P&, const A& a) { own.vSetInterpolationData(a.shape(), a.index(), a.view); },
-    [](P& own, P&, const A& a) { own.vSetExtrapolationBefore(a.extrapolation()); },
-    [](P& own, P&, const A& a) { own.vSetExtrapolationAfter(a.extrapolation()); },
-    [](P& own, P&, const A& a) { own.setSplittable(a.yes); },
-    [](P& own, P& other, const A& a) { own.copyViewData(a.view, a.to.view, a.yes ? nullptr : &other); },
-    [](P& own, P&, const A& a) { own.uniquifyView(a.view); },
-    [](P& own, P&, const A& a) { own.deleteView(a.view); },
-    [](P& own, P& other, const A&) { own.vCopyKeyframeDataFrom(&other); },
-    [](P& own, P& other, const A&) { own.assignFrom(other); },
-    [](P& own, P&, const A& a) { own.hide(a.yes); },
-    [](P& own, P&, const A& a) { own.adjustKeyframesTime([&](Time time) { return time + (a.number - 4); }); },
-    [](P& own, P& other, const A& a) { importFrom(own, other, a.at); },
-    [](P& own, P&, const A& a) { readLine(own, a.number); },
-    [](P& own, P&, const A& a) { own.initialiseHeroView(a.view, a.to.view); },
-    [](P& own, P&, const A& a) { own.vSetDefaultInterpolation(a.interpolation()); },
-};
-
-using Command = Bsc::CompositeCommand;
-template <class Kind, class... More> void add(Command& command, P& own, const More&... more) {
-    command.push_back(new Kind(own, more...));
-}
-
-void addPaste(Command& command, P& own, P& other, const A& a) {
-    const QString text = ParameterPasteKeyframesEdit::textOf(other, a.view, Time::fromInt(-9), Time::fromInt(9));
-    add<ParameterPasteKeyframesEdit>(command, own, a.yes ? text : text + "x", a.to.time, a.to.view);
-}
-
-Frame frameOf(const A& a) {
-    return Frame::fromInt(a.number);
-}
-
-using AddCommand = void (*)(Command& command, P& own, P& other, const A& a);
-const AddCommand commands[] = {
-    [](Command& c, P& own, P&, const A& a) { own.vAddKeyframeCommand(Context::Explicit(a.at), c); },
-    [](Command& c, P& own, P&, const A& a) { own.createKeyframeDeletion(Context::Explicit(a.at), c); },
-    [](Command& c, P& own, P&, const A& a) { own.vDeleteAllKeyframesCommand(a.view, c); },
-    [](Command& c, P& own, P&, const A& a) { own.vSetInterpolationCommand(a.interpolation(), a.at, c); },
-    [](Command& c, P& own, P&, const A& a) {
-        own.vSetInterpolationDataCommand(c, a.shape(), {&own, a.view, a.index()});
-    },
-    [](Command& c, P& own, P&, const A& a) { add<ParameterSetValueEdit>(c, own, a.value, a.at); },
-    [](Command& c, P& own, P&, const A& a) { add<ParameterSetStaticValueEdit>(c, own, a.value, a.view); },
-    [](Command& c, P& own, P&, const A& a) { add<ParameterResetEdit>(c, own, a.at); },
-    [](Command& c, P& own, P&, const A& a) { add<ParameterSplitViewEdit>(c, own, a.view); },
-    [](Command& c, P& own, P&, const A& a) { add<ParameterDeleteViewEdit>(c, own, a.view); },
-    [](Command& c, P& own, P&, const A& a) { add<ParameterRetimeEdit>(c, own, a.retiming()); },
-    addPaste,
-    [](Command& c, P& own, P&, const A& a) { own.vSetExtrapolationBeforeCommand(a.extrapolation(), c); },
-    [](Command& c, P& own, P&, const A& a) { add<ParameterWithoutTypeHideEdit>(c, own, a.yes); },
-    [](Command& c, P& own, P&, const A& a) { add<ParameterWithoutTypeLockEdit>(c, own, a.yes); },
-    [](Command& c, P& own, P& other, const A&) { other.bAddConstrainedParameterCommand(&own, c); },
-    [](Command& c, P& own, P&, const A&) { own.bUnconstrainCommand(c); },
-    [](Command& c, P& own, P&, const A& a) { add<MoveKeyframeEdit>(c, own, a.at, Context(a.to.time, a.view)); },
-    [](Command& c, P& own, P&, const A& a) { own.vSetExtrapolationAfterCommand(a.extrapolation(), c); },
-    [](Command& c, P& own, P&, const A& a) {
-        own.vAddKeyframeCommand(frameOf(a), AnimationState(AnimationFlags(4)), c);
-    },
-    [](Command& c, P& own, P&, const A& a) {
-        own.createKeyframeDeletion(frameOf(a), AnimationState(AnimationFlags(4)), c);
-    },
-    [](Command& c, P& own, P& other, const A&) { other.bRemoveConstrainedParameterCommand(&own, c); },
-};
-
-void read(const P& parameter) {
-    for (const Context& at : {Context(), Context(Time::fromDouble(1.25), View(2)), Context(Time::INVALID)}) {
-        Context found;
-        static_cast<void>(parameter.variantValue(at, std::nothrow));
-        static_cast<void>(parameter.bNextKeyframe(at, found) || parameter.bPreviousKeyframe(at, found));
-        unsigned int index = 0;
-        static_cast<void>(parameter.bNearestKeyframeTime(at, found.time) || parameter.bNearestKeyframeIndex(at, index));
-        static_cast<void>(parameter.interpolation(at));
-        static_cast<void>(parameter.interpolation(KeyframeIndex(&parameter, at.view, 0)));
-        static_cast<void>(parameter.interpolationData(KeyframeIndex(&parameter, at.view, 0)));
-    }
-    static_cast<void>(World::stateOf(parameter));
-    static_cast<void>(parameter.allKeyframes());
-    static_cast<void>(parameter.extrapolationBefore() == parameter.extrapolationAfter() && parameter.numViews() > 1);
-}
-
-/// A host's own kind, which animates nothing, takes every call as well.
-bool callBare() {
-    ParameterWithoutTypeBase bare(false, false, nullptr);
-    Choices none(nullptr, 0);
-    const A a(none);
-    Command all;
-    for (const Edit edit : edits)
-        edit(bare, bare, a);
-    for (const AddCommand command : commands)
-        command(all, bare, bare, a);
-    all.doIt();
-    all.undoIt();
-    read(bare);
-    Fuzz::intact(detail::verify(bare));
-    return true;
-}
-
-// --- the play --------------------------------------------------------------------------------------------------------
 
 class Play {
 public:
@@ -210,9 +53,9 @@ private:
         if (m_mischief == HostCallsAgain)
             act();
         else if (m_mischief == HostDeletes)
-            letGo(m_world.choose.below(Fuzz::parameterCount));
+            letGo(m_world.choose.below(parameterCount));
         else
-            replaceSet(static_cast<std::size_t>(m_world.choose.below(Fuzz::setCount)));
+            replaceSet(static_cast<std::size_t>(m_world.choose.below(setCount)));
     }
 
     void hear(const ParameterChange& change) {
@@ -220,7 +63,7 @@ private:
         if (m_mischief < HostDeletes && m_when-- == 0 && !(isDeath && m_mischief == Throw))
             interfere(change);
         const int number = m_world.numberOf(change.parameter);
-        if (isDeath && number < Fuzz::parameterCount)
+        if (isDeath && number < parameterCount)
             m_world.slots[static_cast<std::size_t>(number)].dying = true;
     }
 
@@ -235,9 +78,7 @@ private:
             return act();
         const int told = m_world.numberOf(change.parameter);
         const bool spared = change.type == ParameterChange::PARAMETER_DELETED;
-        letGo(m_world.choose.yes() && !spared && told < Fuzz::parameterCount
-                  ? told
-                  : m_world.choose.below(Fuzz::parameterCount));
+        letGo(m_world.choose.yes() && !spared && told < parameterCount ? told : m_world.choose.below(parameterCount));
     }
 
     /// One call of any kind; within another, none that would touch the commands being done.
@@ -254,7 +95,7 @@ private:
             else if (kind == 10)
                 readText();
             else if (kind == 11)
-                takeOrGiveBack(m_world.set(m_world.choose.below(Fuzz::setCount + 3)), m_ofSet);
+                takeOrGiveBack(m_world.set(m_world.choose.below(setCount + 3)), m_ofSet);
             else if (m_depth == 1)
                 kind == 7 ? travel() : command();
         } catch (const ObserverThrows&) {
@@ -274,7 +115,7 @@ private:
 
     void readText() {
         Choices& choose = m_world.choose;
-        ParameterSet* const set = m_world.set(choose.below(Fuzz::setCount + 3));
+        ParameterSet* const set = m_world.set(choose.below(setCount + 3));
         QString line;
         for (int i = 0; i < 3; ++i)
             line += QLatin1String(names[choose.below(static_cast<int>(std::size(names)))]);
@@ -291,8 +132,8 @@ private:
         forget();
         Choices& choose = m_world.choose;
         const int kind = choose.below(6);
-        const int listing = choose.below(Fuzz::setCount + 3);
-        const int number = choose.below(Fuzz::setCount);
+        const int listing = choose.below(setCount + 3);
+        const int number = choose.below(setCount);
         switch (kind) {
         case 0:
             return addParameter(listing);
@@ -303,7 +144,7 @@ private:
         case 3:
             return tie();
         case 4:
-            return letGo(choose.below(Fuzz::parameterCount));
+            return letGo(choose.below(parameterCount));
         default:
             return replaceSet(static_cast<std::size_t>(number));
         }
@@ -315,9 +156,9 @@ private:
         if (!set || !added)
             return;
         const int number = m_world.numberOf(added);
-        const int asSet = Fuzz::setCount + number - (Fuzz::parameterCount - 3);
+        const int asSet = setCount + number - (parameterCount - 3);
         if (!(World::isCompound(number) && leads(asSet, listing)) &&
-            !Fuzz::Lists::has(m_world.plain.members[listing], number))
+            !Lists::has(m_world.plain.members[listing], number))
             m_world.plain.members[listing].push_back(number);
         const auto& owner = m_world.slots[static_cast<std::size_t>(number)].owner;
         const int way = owner ? m_world.choose.below(3) : 0;
@@ -334,9 +175,9 @@ private:
         for (const auto& [set, members] : m_world.plain.members) {
             for (const int member : members)
                 if (World::isCompound(member))
-                    below[set].push_back(Fuzz::setCount + member - (Fuzz::parameterCount - 3));
+                    below[set].push_back(setCount + member - (parameterCount - 3));
         }
-        return Fuzz::Lists::leads(below, from, to);
+        return Lists::leads(below, from, to);
     }
 
     void addSubset(int listing, int number) {
@@ -347,7 +188,7 @@ private:
         auto& list = m_world.plain.subsets[listing];
         const int position = m_world.choose.below(4) - 1;
         const int place = std::min(std::max(position, 0), static_cast<int>(list.size()));
-        if (!Fuzz::Lists::has(list, number) && !leads(number, listing))
+        if (!Lists::has(list, number) && !leads(number, listing))
             list.insert(position < 0 ? list.end() : list.begin() + place, number);
         if (position >= 0)
             set->insertParameterSet(subset, position);
@@ -377,11 +218,11 @@ private:
         P* const tied = parameterFrom(m_world);
         if (!master || !tied)
             return;
-        Fuzz::Lists& plain = m_world.plain;
+        Lists& plain = m_world.plain;
         const int from = m_world.numberOf(master);
         const int to = m_world.numberOf(tied);
         if (m_world.choose.yes()) {
-            if (!Fuzz::Lists::leads(plain.constrained, to, from) && !Fuzz::Lists::has(plain.constrained[from], to)) {
+            if (!Lists::leads(plain.constrained, to, from) && !Lists::has(plain.constrained[from], to)) {
                 plain.untie(to);
                 plain.constrained[from].push_back(to);
             }
@@ -481,7 +322,7 @@ private:
     }
     /// Parts that follow others are not the command's.
     bool isKeyedTogether() const {
-        return std::any_of(m_world.slots.begin(), m_world.slots.end(), [](const Fuzz::Slot& slot) {
+        return std::any_of(m_world.slots.begin(), m_world.slots.end(), [](const Slot& slot) {
             const auto* const compound = dynamic_cast<const CompoundParameter*>(slot.get());
             return compound && compound->keyframeTogether() && !compound->parameters().empty();
         });
@@ -490,11 +331,11 @@ private:
     // What must hold.
 
     void readAll() const {
-        for (int i = 0; i < Fuzz::parameterCount; ++i) {
+        for (int i = 0; i < parameterCount; ++i) {
             if (const P* const parameter = m_world.parameter(i))
                 read(*parameter);
         }
-        for (int i = 0; i < Fuzz::setCount; ++i) {
+        for (int i = 0; i < setCount; ++i) {
             if (const ParameterSet* const set = m_world.set(i))
                 Fuzz::intact(detail::verify(ParameterSet(*set)));
         }
@@ -502,15 +343,15 @@ private:
 
     void settle() {
         m_when = -1;
-        for (int i = 0; i < Fuzz::parameterCount; ++i)
+        for (int i = 0; i < parameterCount; ++i)
             if (const P* const parameter = m_world.parameter(i))
                 Fuzz::intact(detail::verify(*parameter));
-        for (int i = 0; i < Fuzz::setCount; ++i)
+        for (int i = 0; i < setCount; ++i)
             if (const ParameterSet* const set = m_world.set(i))
                 Fuzz::intact(detail::verify(*set));
         compareLists();
         knowsItsSets();
-        for (int i = 0; i < Fuzz::parameterCount; ++i) {
+        for (int i = 0; i < parameterCount; ++i) {
             if (m_world.slots[static_cast<std::size_t>(i)].parameter)
                 continue;
             m_world.make(i);
@@ -522,8 +363,8 @@ private:
     }
 
     void compareLists() {
-        Fuzz::Lists seen = m_world.lists();
-        Fuzz::Lists& plain = m_world.plain;
+        Lists seen = m_world.lists();
+        Lists& plain = m_world.plain;
         const auto tidy = [&](auto& lists, const auto& isAlive, const auto& isAliveAbove) {
             for (auto entry = lists.begin(); entry != lists.end();) {
                 auto& list = entry->second;
@@ -543,7 +384,7 @@ private:
 
     void knowsItsSets() const {
         std::set<const ParameterSet*> listed;
-        for (int i = 0; i < Fuzz::setCount; ++i) {
+        for (int i = 0; i < setCount; ++i) {
             const ParameterSet* const set = m_world.set(i);
             if (set && set->parameterTree())
                 listed.insert(set);
