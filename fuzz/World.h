@@ -5,7 +5,9 @@
 
 #include "fuzz/Fuzz.h"
 #include "prm/CompoundParameter.h"
+#include "prm/MovedParameter.h"
 #include "prm/NumericParameter.h"
+#include "prm/StaticParameter.h"
 #include "tests/support/ChangeRecorder.h"
 
 #include <QPointer>
@@ -15,7 +17,9 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <map>
+#include <set>
 
 namespace Fuzz {
 
@@ -65,17 +69,55 @@ struct Lists {
     }
 };
 
+/// Knows the sets that it was told of, as hosts do.
+struct Host : ParameterTree {
+    void subtreeAdded(ParameterSet* subtree) override {
+        learn(*subtree, [this](ParameterSet* set) { known.insert(set); });
+    }
+    void subtreeRemoved(ParameterSet* subtree) override {
+        learn(*subtree, [this](ParameterSet* set) { known.erase(set); });
+    }
+    template <class Learn> void learn(ParameterSet& subtree, const Learn& one) {
+        const auto oneOfMine = [&](ParameterSet* set) {
+            if (set->parameterTree() == this)
+                one(set);
+        };
+        oneOfMine(&subtree);
+        subtree.forEachSubset(oneOfMine, true);
+        then();
+    }
+
+    std::set<const ParameterSet*> known;
+    /// Called whenever the host is told of something.
+    std::function<void()> then = [] {};
+};
+
 class World {
 public:
     explicit World(const Choices& choices) : choose(choices) {
         for (int i = 0; i < parameterCount; ++i)
             make(i);
-        for (auto& set : owners)
-            set = boost::make_shared<ParameterSet>(QStringLiteral("set"));
-        for (int i = 0; i < setCount; ++i)
-            sets[static_cast<std::size_t>(i)] = owners[static_cast<std::size_t>(i)];
+        for (std::size_t i = 0; i < setCount; ++i)
+            makeSet(i);
     }
-    ~World() { observer.then = nullptr; }
+    ~World() {
+        observer.then = nullptr;
+        host.then = [] {};
+    }
+
+    /// The first one is the top of the host's tree. Each has a member that tells the host when it is read.
+    void makeSet(std::size_t number) {
+        owners[number] = boost::make_shared<ParameterSet>(QStringLiteral("set"), number == 0 ? &host : nullptr);
+        sets[number] = owners[number];
+        auto count = std::make_unique<OwnedStaticParameter<unsigned int>>(QStringLiteral("count"));
+        QObject::connect(count.get(), &BasicParameter::valueChanged, [this] { host.then(); });
+        auto former = std::make_unique<MovedParameter>(QStringLiteral("former"));
+        former->setTargetParam(*count);
+        owners[number]->adoptBasicParameter(std::move(former));
+        owners[number]->adoptBasicParameter(std::move(count));
+        if (number == 0)
+            host.known.insert(owners[number].get());
+    }
 
     static bool isCompound(int number) { return number >= parameterCount - 3; }
 
@@ -154,6 +196,17 @@ public:
         return text;
     }
 
+    static QByteArray stateOf(const ParameterSet& set) {
+        QString text;
+        QTextStream stream(&text);
+        set.bStreamOut(stream, {}, true);
+        QByteArray all = text.toUtf8();
+        set.forEachParameterAndPart([&](const ParameterWithoutType* parameter) { all += stateOf(*parameter); });
+        return all;
+    }
+
+    /// Destroyed behind the sets, which tell it.
+    Host host;
     Choices choose;
     ChangeRecorder observer;
     std::array<Slot, parameterCount> slots;

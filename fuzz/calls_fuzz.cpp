@@ -1,129 +1,39 @@
-// Sequences of calls over parameters, compounds, sets and commands, heard by an observer that reads, throws, deletes,
-// or makes further calls. After each call all invariants hold; where the observer kept out of it, membership and
-// masters are as in plain lists, what was undone is as it was, and what threw has not happened.
+// Sequences of calls over parameters, compounds, sets, their text and commands, heard by an observer that reads,
+// throws, deletes, or makes further calls, and by a host that does so when its tree changes or a text is read. After
+// each call all invariants hold, and the host knows the sets of its tree; where nobody interfered, membership and
+// masters are as in plain lists, what was undone or restored is as it was, and what threw has not happened.
 
-#include "fuzz/CallArguments.h"
-#include "fuzz/World.h"
-#include "host/bsc/CompositeCommand.h"
-#include "prm/AnimationState.h"
-#include "prm/MoveKeyframeEdit.h"
-#include "prm/ParameterEdits.h"
-#include "prm/ProjectFileVersion.h"
-#include "prm/SerialisedKeyframe.h"
-#include "prm/detail/Invariants.h"
+#include "fuzz/Calls.h"
 
 #include <stdexcept>
 
 using namespace Prm;
-using Fuzz::Arguments;
-using Fuzz::Choices;
-using Fuzz::World;
+using namespace Fuzz;
 
 namespace {
 
 struct ObserverThrows {};
 
 ParameterWithoutType* parameterFrom(World& world) {
-    return world.parameter(world.choose.below(Fuzz::parameterCount));
+    return world.parameter(world.choose.below(parameterCount));
 }
-
-// --- calls -----------------------------------------------------------------------------------------------------------
-
-void readLine(ParameterWithoutType& parameter, int number) {
-    static const char* const lines[] = {"views=[0, 1]",
-                                        "views=[5]",
-                                        "value=3",
-                                        "view[2].value=4",
-                                        "hidden=1",
-                                        "before=Linear",
-                                        "keyframes.append( Key( 1, 2, Linear ) )",
-                                        "view[1].keyframes.append( BezierKey( 2, 3, 0, 0, 1, 1 ) )",
-                                        "keyframes.append( Key("};
-    ProjectFileVersion version;
-    version.streamVersion = StreamVersion::latest;
-    parameter.streamInValue(QString::fromLatin1(lines[number]), version, {});
-}
-
-void importFrom(ParameterWithoutType& own, const ParameterWithoutType& other, const Context& at) {
-    if (const auto keyframe = other.getSerialisedKeyframe(at))
-        own.importKeyframe(*keyframe);
-}
-
-using P = ParameterWithoutType;
-using A = Arguments;
-using Edit = void (*)(P& own, P& other, const A& a);
-const Edit edits[] = {
-    [](P& own, P&, const A& a) { own.setVariantValue(a.value, a.at); },
-    [](P& own, P&, const A& a) { own.setVariantValue(a.value, a.at, std::nothrow); },
-    [](P& own, P&, const A& a) {
-        own.setVariantValue(QVariantList{a.value, a.value}, a.at);
-    },
-    [](P& own, P&, const A& a) { own.iAddKeyframe(a.at); },
-    [](P& own, P&, const A& a) { own.iAddKeyframe(Frame::fromInt(a.number), AnimationState(AnimationFlags(4))); },
-    [](P& own, P&, const A& a) { own.vDeleteKeyframe(Context::Explicit(a.at)); },
-    [](P& own, P&, const A& a) { own.vDeleteAllKeyframes(a.view); },
-    [](P& own, P&, const A& a) { own.vReset(a.at); },
-    [](P& own, P&, const A&) { own.resetAll(); },
-    [](P& own, P&, const A& a) { own.vSetInterpolation(a.interpolation(), a.at); },
-    [](P& own, P&, const A& a) { own.vSetInterpolationData(a.shape(), a.index(), a.view); },
-    [](P& own, P&, const A& a) { own.vSetExtrapolationBefore(a.extrapolation()); },
-    [](P& own, P&, const A& a) { own.vSetExtrapolationAfter(a.extrapolation()); },
-    [](P& own, P&, const A& a) { own.setSplittable(a.yes); },
-    [](P& own, P& other, const A& a) { own.copyViewData(a.view, a.to.view, a.yes ? nullptr : &other); },
-    [](P& own, P&, const A& a) { own.uniquifyView(a.view); },
-    [](P& own, P&, const A& a) { own.deleteView(a.view); },
-    [](P& own, P& other, const A&) { own.vCopyKeyframeDataFrom(&other); },
-    [](P& own, P& other, const A&) { own.assignFrom(other); },
-    [](P& own, P&, const A& a) { own.hide(a.yes); },
-    [](P& own, P&, const A& a) { own.adjustKeyframesTime([&](Time time) { return time + (a.number - 4); }); },
-    [](P& own, P& other, const A& a) { importFrom(own, other, a.at); },
-    [](P& own, P&, const A& a) { readLine(own, a.number); },
-};
-
-template <class Kind, class... More> Bsc::Command* made(P& own, const More&... more) {
-    return new Kind(own, more...);
-}
-
-Bsc::Command* madePaste(P& own, const P& other, const A& a) {
-    const QString text = ParameterPasteKeyframesEdit::textOf(other, a.view, Time::fromInt(-9), Time::fromInt(9));
-    return new ParameterPasteKeyframesEdit(own, a.yes ? text : text + "x", a.to.time, a.to.view);
-}
-
-using MakeCommand = Bsc::Command* (*)(P& own, P& other, const A& a);
-const MakeCommand commands[] = {
-    [](P& own, P&, const A& a) { return made<ParameterAddKeyEdit>(own, a.at); },
-    [](P& own, P&, const A& a) { return made<ParameterDeleteKeyEdit>(own, Context::Explicit(a.at)); },
-    [](P& own, P&, const A& a) { return made<ParameterDeleteAllKeysEdit>(own, a.view); },
-    [](P& own, P&, const A& a) { return made<ParameterInterpolationEdit>(own, a.interpolation(), a.at); },
-    [](P& own, P&, const A& a) { return made<ParameterInterpolationDataEdit>(own, a.shape(), a.index(), a.view); },
-    [](P& own, P&, const A& a) { return made<ParameterSetValueEdit>(own, a.value, a.at); },
-    [](P& own, P&, const A& a) { return made<ParameterSetStaticValueEdit>(own, a.value, a.view); },
-    [](P& own, P&, const A& a) { return made<ParameterResetEdit>(own, a.at); },
-    [](P& own, P&, const A& a) { return made<ParameterSplitViewEdit>(own, a.view); },
-    [](P& own, P&, const A& a) { return made<ParameterDeleteViewEdit>(own, a.view); },
-    [](P& own, P&, const A& a) { return made<ParameterRetimeEdit>(own, a.retiming()); },
-    [](P& own, P& other, const A& a) { return madePaste(own, other, a); },
-    [](P& own, P&, const A& a) { return made<ParameterExtrapolationBeforeEdit>(own, a.extrapolation()); },
-    [](P& own, P&, const A& a) { return made<ParameterWithoutTypeHideEdit>(own, a.yes); },
-    [](P& own, P&, const A& a) { return made<ParameterWithoutTypeLockEdit>(own, a.yes); },
-    [](P& own, P& other, const A&) -> Bsc::Command* { return new ParameterAddConstrainedParameterEdit(other, own); },
-    [](P& own, P&, const A&) { return made<ParameterWithoutTypeUnconstrainEdit>(own); },
-    [](P& own, P&, const A& a) { return made<MoveKeyframeEdit>(own, a.at, Context(a.to.time, a.view)); },
-};
-
-// --- the play --------------------------------------------------------------------------------------------------------
 
 class Play {
 public:
     explicit Play(const Choices& choices) : m_world(choices) {
         m_world.observer.then = [this](const ParameterChange& change) { hear(change); };
+        m_world.host.then = [this] { hearAsHost(); };
     }
-    ~Play() { m_world.observer.then = nullptr; }
+    ~Play() {
+        m_world.observer.then = nullptr;
+        m_world.host.then = [] {};
+    }
 
     void run() {
         for (int left = 200; left > 0 && !m_world.choose.atEnd(); --left) {
-            m_mischief = m_world.choose.below(8);
-            m_when = m_mischief > 3 ? -1 : m_world.choose.below(4);
+            m_mischief = m_world.choose.below(12);
+            const bool isQuiet = m_mischief > Read && m_mischief < HostDeletes;
+            m_when = isQuiet ? -1 : m_world.choose.below(4);
             m_interfered = m_threw = false;
             act();
             settle();
@@ -132,14 +42,28 @@ public:
     }
 
 private:
-    enum Mischief { Throw, Delete, CallAgain, Read };
+    enum Mischief { Throw, Delete, CallAgain, Read, HostDeletes = 8, HostDeletesSet, HostCallsAgain, HostReads };
+
+    void hearAsHost() {
+        if (m_mischief < HostDeletes || m_when-- != 0)
+            return;
+        if (m_mischief == HostReads)
+            return readAll();
+        m_interfered = true;
+        if (m_mischief == HostCallsAgain)
+            act();
+        else if (m_mischief == HostDeletes)
+            letGo(m_world.choose.below(parameterCount));
+        else
+            replaceSet(static_cast<std::size_t>(m_world.choose.below(setCount)));
+    }
 
     void hear(const ParameterChange& change) {
         const bool isDeath = change.type == ParameterChange::PARAMETER_DELETED;
-        if (m_when-- == 0 && !(isDeath && m_mischief == Throw))
+        if (m_mischief < HostDeletes && m_when-- == 0 && !(isDeath && m_mischief == Throw))
             interfere(change);
         const int number = m_world.numberOf(change.parameter);
-        if (isDeath && number < Fuzz::parameterCount)
+        if (isDeath && number < parameterCount)
             m_world.slots[static_cast<std::size_t>(number)].dying = true;
     }
 
@@ -154,27 +78,29 @@ private:
             return act();
         const int told = m_world.numberOf(change.parameter);
         const bool spared = change.type == ParameterChange::PARAMETER_DELETED;
-        letGo(m_world.choose.yes() && !spared && told < Fuzz::parameterCount
-                  ? told
-                  : m_world.choose.below(Fuzz::parameterCount));
+        letGo(m_world.choose.yes() && !spared && told < parameterCount ? told : m_world.choose.below(parameterCount));
     }
 
     /// One call of any kind; within another, none that would touch the commands being done.
     void act() {
         ++m_depth;
         try {
-            const int kind = m_world.choose.below(10);
+            const int kind = m_world.choose.below(12);
             if (kind < 4)
                 edit();
             else if (kind < 6)
                 changeLists();
             else if (kind == 6)
-                takeOrGiveBack();
+                takeOrGiveBack(parameterFrom(m_world), m_ofParameter);
+            else if (kind == 10)
+                readText();
+            else if (kind == 11)
+                takeOrGiveBack(m_world.set(m_world.choose.below(setCount + 3)), m_ofSet);
             else if (m_depth == 1)
                 kind == 7 ? travel() : command();
         } catch (const ObserverThrows&) {
         } catch (const std::exception&) {
-            // What setting a value or importing a keyframe throws.
+            // What setting a value, reading a keyframe or restoring a set that has gained a member throws.
         }
         --m_depth;
     }
@@ -187,6 +113,18 @@ private:
             edits[m_world.choose.below(static_cast<int>(std::size(edits)))](*own, *other, A(m_world.choose));
     }
 
+    void readText() {
+        Choices& choose = m_world.choose;
+        ParameterSet* const set = m_world.set(choose.below(setCount + 3));
+        QString line;
+        for (int i = 0; i < 3; ++i)
+            line += QLatin1String(names[choose.below(static_cast<int>(std::size(names)))]);
+        line += QLatin1String(lines[choose.below(static_cast<int>(std::size(lines)))]);
+        forget();
+        if (set)
+            set->bStreamIn(line, latest());
+    }
+
     // Members, masters, life and death.
 
     void changeLists() {
@@ -194,8 +132,8 @@ private:
         forget();
         Choices& choose = m_world.choose;
         const int kind = choose.below(6);
-        const int listing = choose.below(Fuzz::setCount + 3);
-        const int number = choose.below(Fuzz::setCount);
+        const int listing = choose.below(setCount + 3);
+        const int number = choose.below(setCount);
         switch (kind) {
         case 0:
             return addParameter(listing);
@@ -206,7 +144,7 @@ private:
         case 3:
             return tie();
         case 4:
-            return letGo(choose.below(Fuzz::parameterCount));
+            return letGo(choose.below(parameterCount));
         default:
             return replaceSet(static_cast<std::size_t>(number));
         }
@@ -218,12 +156,15 @@ private:
         if (!set || !added)
             return;
         const int number = m_world.numberOf(added);
-        const int asSet = Fuzz::setCount + number - (Fuzz::parameterCount - 3);
+        const int asSet = setCount + number - (parameterCount - 3);
         if (!(World::isCompound(number) && leads(asSet, listing)) &&
-            !Fuzz::Lists::has(m_world.plain.members[listing], number))
+            !Lists::has(m_world.plain.members[listing], number))
             m_world.plain.members[listing].push_back(number);
         const auto& owner = m_world.slots[static_cast<std::size_t>(number)].owner;
-        if (owner && m_world.choose.yes())
+        const int way = owner ? m_world.choose.below(3) : 0;
+        if (way == 2)
+            set->addSplittableParameter(*added, View(2));
+        else if (way == 1)
             set->addParameter(owner);
         else
             set->addParameter(*added);
@@ -234,9 +175,9 @@ private:
         for (const auto& [set, members] : m_world.plain.members) {
             for (const int member : members)
                 if (World::isCompound(member))
-                    below[set].push_back(Fuzz::setCount + member - (Fuzz::parameterCount - 3));
+                    below[set].push_back(setCount + member - (parameterCount - 3));
         }
-        return Fuzz::Lists::leads(below, from, to);
+        return Lists::leads(below, from, to);
     }
 
     void addSubset(int listing, int number) {
@@ -247,7 +188,7 @@ private:
         auto& list = m_world.plain.subsets[listing];
         const int position = m_world.choose.below(4) - 1;
         const int place = std::min(std::max(position, 0), static_cast<int>(list.size()));
-        if (!Fuzz::Lists::has(list, number) && !leads(number, listing))
+        if (!Lists::has(list, number) && !leads(number, listing))
             list.insert(position < 0 ? list.end() : list.begin() + place, number);
         if (position >= 0)
             set->insertParameterSet(subset, position);
@@ -277,11 +218,11 @@ private:
         P* const tied = parameterFrom(m_world);
         if (!master || !tied)
             return;
-        Fuzz::Lists& plain = m_world.plain;
+        Lists& plain = m_world.plain;
         const int from = m_world.numberOf(master);
         const int to = m_world.numberOf(tied);
         if (m_world.choose.yes()) {
-            if (!Fuzz::Lists::leads(plain.constrained, to, from) && !Fuzz::Lists::has(plain.constrained[from], to)) {
+            if (!Lists::leads(plain.constrained, to, from) && !Lists::has(plain.constrained[from], to)) {
                 plain.untie(to);
                 plain.constrained[from].push_back(to);
             }
@@ -301,29 +242,28 @@ private:
             return;
         // Its number is another one's now.
         m_interfered = true;
-        m_world.owners[number] = boost::make_shared<ParameterSet>(QStringLiteral("set"));
-        m_world.sets[number] = m_world.owners[number];
+        m_world.makeSet(number);
     }
 
     // Snapshots and commands.
 
-    void takeOrGiveBack() {
-        P* const own = parameterFrom(m_world);
+    struct Taken {
+        boost::shared_ptr<Bsc::MementoBase> snapshot;
+        const void* of = nullptr;
+        QByteArray state;
+        int changesOfLists = 0;
+    };
+    /// What was taken of one may be refused by another.
+    template <class Kind> void takeOrGiveBack(Kind* own, Taken& taken) {
         if (!own)
             return;
         if (m_world.choose.yes()) {
-            m_snapshot = own->exportState();
-            m_snapshotOf = own;
-            m_stateInSnapshot = World::stateOf(*own);
-            m_listsInSnapshot = m_world.changesOfLists;
-        } else if (m_snapshotOf && !m_world.slots[static_cast<std::size_t>(m_world.numberOf(m_snapshotOf))].dying) {
+            taken = {own->exportState(), own, World::stateOf(*own), m_world.changesOfLists};
+        } else if (taken.snapshot) {
             forget();
-            const QPointer<P> restored(m_snapshotOf);
-            Bsc::importState(*restored, m_snapshot);
-            // The name of a master is not the parameter's.
-            if (restored && !restored->masterParameter() && !m_interfered &&
-                m_listsInSnapshot == m_world.changesOfLists)
-                Fuzz::same("a snapshot gives back", m_stateInSnapshot, World::stateOf(*restored));
+            Bsc::importState(*own, taken.snapshot);
+            if (!m_interfered && own == taken.of && taken.changesOfLists == m_world.changesOfLists)
+                Fuzz::same("a snapshot gives back", taken.state, World::stateOf(*own));
         }
     }
 
@@ -340,10 +280,10 @@ private:
         if (!own || !other)
             return;
         ++m_world.changesOfLists;
-        auto command = std::make_unique<Bsc::CompositeCommand>();
+        auto command = std::make_unique<Command>();
         for (int count = 1 + m_world.choose.below(3); count > 0; --count) {
-            const MakeCommand make = commands[m_world.choose.below(static_cast<int>(std::size(commands)))];
-            command->push_back(make(*own, *other, A(m_world.choose)));
+            const AddCommand add = commands[m_world.choose.below(static_cast<int>(std::size(commands)))];
+            add(*command, *own, *other, A(m_world.choose));
         }
         m_commands.resize(m_done);
         m_states.resize(m_done);
@@ -382,7 +322,7 @@ private:
     }
     /// Parts that follow others are not the command's.
     bool isKeyedTogether() const {
-        return std::any_of(m_world.slots.begin(), m_world.slots.end(), [](const Fuzz::Slot& slot) {
+        return std::any_of(m_world.slots.begin(), m_world.slots.end(), [](const Slot& slot) {
             const auto* const compound = dynamic_cast<const CompoundParameter*>(slot.get());
             return compound && compound->keyframeTogether() && !compound->parameters().empty();
         });
@@ -391,43 +331,40 @@ private:
     // What must hold.
 
     void readAll() const {
-        for (int i = 0; i < Fuzz::parameterCount; ++i) {
-            const P* const parameter = m_world.parameter(i);
-            if (!parameter)
-                continue;
-            for (const Context& at : {Context(), Context(Time::fromDouble(1.25), View(2)), Context(Time::INVALID)}) {
-                Context found;
-                static_cast<void>(parameter->variantValue(at, std::nothrow));
-                static_cast<void>(parameter->bNextKeyframe(at, found) || parameter->bPreviousKeyframe(at, found));
-                static_cast<void>(parameter->interpolation(at));
-            }
-            static_cast<void>(World::stateOf(*parameter));
-            static_cast<void>(parameter->allKeyframes());
+        for (int i = 0; i < parameterCount; ++i) {
+            if (const P* const parameter = m_world.parameter(i))
+                read(*parameter);
+        }
+        for (int i = 0; i < setCount; ++i) {
+            if (const ParameterSet* const set = m_world.set(i))
+                Fuzz::intact(detail::verify(ParameterSet(*set)));
         }
     }
 
     void settle() {
         m_when = -1;
-        for (int i = 0; i < Fuzz::parameterCount; ++i)
+        for (int i = 0; i < parameterCount; ++i)
             if (const P* const parameter = m_world.parameter(i))
                 Fuzz::intact(detail::verify(*parameter));
-        for (int i = 0; i < Fuzz::setCount; ++i)
+        for (int i = 0; i < setCount; ++i)
             if (const ParameterSet* const set = m_world.set(i))
                 Fuzz::intact(detail::verify(*set));
         compareLists();
-        for (int i = 0; i < Fuzz::parameterCount; ++i) {
+        knowsItsSets();
+        for (int i = 0; i < parameterCount; ++i) {
             if (m_world.slots[static_cast<std::size_t>(i)].parameter)
                 continue;
             m_world.make(i);
             m_interfered = true;
+            ++m_world.changesOfLists;
         }
         if (m_interfered)
             forget();
     }
 
     void compareLists() {
-        Fuzz::Lists seen = m_world.lists();
-        Fuzz::Lists& plain = m_world.plain;
+        Lists seen = m_world.lists();
+        Lists& plain = m_world.plain;
         const auto tidy = [&](auto& lists, const auto& isAlive, const auto& isAliveAbove) {
             for (auto entry = lists.begin(); entry != lists.end();) {
                 auto& list = entry->second;
@@ -445,6 +382,16 @@ private:
         plain = std::move(seen);
     }
 
+    void knowsItsSets() const {
+        std::set<const ParameterSet*> listed;
+        for (int i = 0; i < setCount; ++i) {
+            const ParameterSet* const set = m_world.set(i);
+            if (set && set->parameterTree())
+                listed.insert(set);
+        }
+        HOLD(m_world.host.known == listed);
+    }
+
     World m_world;
     int m_mischief = Read;
     /// How many changes are let pass before; none is disturbed below 0.
@@ -456,15 +403,15 @@ private:
     /// Before each command, and after the last.
     std::vector<QByteArray> m_states;
     std::size_t m_done = 0;
-    boost::shared_ptr<Bsc::MementoBase> m_snapshot;
-    QPointer<P> m_snapshotOf;
-    QByteArray m_stateInSnapshot;
-    int m_listsInSnapshot = 0;
+    Taken m_ofParameter;
+    Taken m_ofSet;
 };
 
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const bool bareIsCalled = callBare();
+    HOLD(bareIsCalled);
     Play(Choices(data, size)).run();
     return 0;
 }

@@ -2,6 +2,7 @@
 // and what was loaded and saved once is loaded and saved alike ever after.
 
 #include "fuzz/Fuzz.h"
+#include "host/bsc/Hash.h"
 #include "host/product/ProductInfo.h"
 #include "prm/CompoundParameter.h"
 #include "prm/MovedParameter.h"
@@ -74,6 +75,7 @@ void account(const ProjectFile& file, const QByteArray& loaded, const QByteArray
     for (const ProjectFileFinding& finding : file.report()) {
         HOLD(finding.lineNumber >= last && finding.lineNumber <= std::max(1, loaded.count('\n') + 1));
         last = finding.lineNumber;
+        HOLD(finding.lineNumber == 0 || !finding.reasonToString().isEmpty());
         if (isKept(finding))
             kept += finding.text.toUtf8() + '\n';
     }
@@ -83,6 +85,14 @@ void account(const ProjectFile& file, const QByteArray& loaded, const QByteArray
         written += Fuzz::textOf(line).toUtf8() + '\n';
     }
     Fuzz::same("what is reported is kept", kept, written);
+}
+
+QByteArray hashOf(const ParameterSet& root) {
+    Bsc::Hash hash;
+    root.forEachParameterAndPart([&](const ParameterWithoutType* parameter) {
+        parameter->calculateHash(hash, Context(Time::fromDouble(1.5), View(1)));
+    });
+    return hash.result().bytes();
 }
 
 } // namespace
@@ -107,6 +117,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         Fuzz::same("saving loses nothing", second, third);
     Project three;
     three.file.loadText(third);
+    HOLD(hashOf(two.root) == hashOf(three.root) || !isLossless);
     Fuzz::same("saving again loses nothing", third, three.file.text());
     // Over what is there already.
     one.file.loadText(third);

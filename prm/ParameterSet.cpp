@@ -57,7 +57,7 @@ ParameterSet& ParameterSet::operator=(const ParameterSet& other) {
 
 ParameterSet::~ParameterSet() {
     notifySubtreeRemoved(this);
-    leaveTree();
+    exchangeTree(m_tree, nullptr);
     const std::vector<ParameterSet*> parents = std::move(m_parents);
     for (ParameterSet* parent : parents)
         parent->forgetSubset(this);
@@ -230,16 +230,27 @@ void ParameterSet::adoptBasicParameter(std::unique_ptr<BasicParameter> parameter
 
 void ParameterSet::clearAllLists() {
     const detail::LifeGuard guard(*this);
-    const std::vector<ParameterSet*> leaving = subsets();
-    for (ParameterSet* subset : leaving) {
-        if (guard.alive() && listsSubset(*subset))
+    // Those as well that come while the tree is told of others.
+    for (auto leaving = subsetsInTree(); !leaving.empty(); leaving = subsetsInTree()) {
+        const quint32 membership = m_membership;
+        for (ParameterSet* subset : leaving) {
+            if (!stillLists(subset, membership))
+                continue;
             notifySubtreeRemoved(subset);
+            if (!guard.alive())
+                return;
+            if (stillLists(subset, membership))
+                subset->exchangeTree(m_tree, nullptr);
+        }
     }
-    if (!guard.alive())
-        return;
-    for (const Subset& subset : m_subsets)
-        subset.set->leaveTree();
     letGoOfMembers();
+}
+
+std::vector<ParameterSet*> ParameterSet::subsetsInTree() const {
+    std::vector<ParameterSet*> sets = m_tree ? subsets() : std::vector<ParameterSet*>();
+    const auto isElsewhere = [this](const ParameterSet* subset) { return subset->m_tree != m_tree; };
+    sets.erase(std::remove_if(sets.begin(), sets.end(), isElsewhere), sets.end());
+    return sets;
 }
 
 } // namespace Prm

@@ -91,7 +91,7 @@ public:
     bool addParameterSet(ParameterSet& subset);
     /// Inserts before the position, held to the list.
     bool insertParameterSet(const boost::shared_ptr<ParameterSet>& subset, int position);
-    /// False for one that is not listed.
+    /// False for one that is not listed. It leaves the tree that this set belongs to.
     bool removeParameterSet(const boost::shared_ptr<ParameterSet>& subset);
     /// Lets go of all members.
     void clearAllLists();
@@ -167,7 +167,7 @@ private:
     void forgetParent(const ParameterSet* parent);
     void forgetDeadMember(const BasicParameter* parameter);
     void forgetSubset(const ParameterSet* subset);
-    void leaveTree();
+    std::vector<ParameterSet*> subsetsInTree() const;
     void exchangeTree(ParameterTree* from, ParameterTree* to);
     bool listsSubset(const ParameterSet& subset) const;
     void giveUniqueName(ParameterSet& subset);

@@ -167,16 +167,13 @@ bool ParameterSet::removeParameterSet(const boost::shared_ptr<ParameterSet>& sub
         return true;
     forgetSubset(subset.get());
     subset->forgetParent(this);
-    subset->leaveTree();
+    subset->exchangeTree(m_tree, nullptr);
     return true;
 }
 
-void ParameterSet::leaveTree() {
-    if (m_tree)
-        exchangeTree(m_tree, nullptr);
-}
-
 void ParameterSet::exchangeTree(ParameterTree* from, ParameterTree* to) {
+    if (from == to)
+        return;
     ParameterSet* waiting = nullptr;
     const auto exchange = [&](ParameterSet& set) {
         if (set.m_tree != from)
@@ -199,7 +196,7 @@ void ParameterSet::changeParameterTree(ParameterTree* from, ParameterTree* to) {
     const detail::LifeGuard guard(*this);
     if (from)
         from->subtreeRemoved(this);
-    if (!guard.alive())
+    if (!guard.alive() || m_tree != from)
         return;
     exchangeTree(from, to);
     if (to)

@@ -13,6 +13,9 @@
 #include <algorithm>
 #include <cstring>
 #include <new>
+#ifdef Q_OS_UNIX
+#include <unistd.h>
+#endif
 
 namespace Prm {
 
@@ -21,6 +24,15 @@ namespace {
 QString textOf(const QByteArray& bytes) {
     // With its size, for the other form stops at the first NUL; never -1, which the compiler cannot know.
     return QString::fromUtf8(bytes.constData(), std::max(0, bytes.size()));
+}
+
+/// Some disks refuse only now what they seemed to take. Qt asks as well, and does not look at the answer.
+bool isOnDisk(const QSaveFile& file) {
+#ifdef Q_OS_UNIX
+    return ::fsync(file.handle()) == 0;
+#else
+    return file.isOpen();
+#endif
 }
 
 } // namespace
@@ -286,8 +298,9 @@ bool ProjectFile::save(const QString& fileName) {
     if (!file.open(QIODevice::WriteOnly))
         return fail(fileName + QLatin1String(": ") + file.errorString());
     // A commit after a short write would replace the former file all the same.
-    if (file.write(bytes) != bytes.size() || !file.flush() || file.error() != QFileDevice::NoError) {
-        const QString reason = file.errorString();
+    const bool written = file.write(bytes) == bytes.size() && file.flush() && file.error() == QFileDevice::NoError;
+    if (!written || !isOnDisk(file)) {
+        const QString reason = written ? qt_error_string() : file.errorString();
         file.cancelWriting();
         return fail(fileName + QLatin1String(": ") + reason);
     }

@@ -10,12 +10,22 @@
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <csignal>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 using namespace Prm;
+
+static bool diskRefuses = false;
+
+/// In place of the C library's.
+extern "C" __attribute__((visibility("default"))) int fsync(int file) {
+    errno = EIO;
+    return diskRefuses ? -1 : static_cast<int>(syscall(SYS_fsync, file));
+}
 
 namespace {
 
@@ -217,6 +227,10 @@ TEST(ProjectFile, SavingFailsWholeOrNotAtAll) {
             }
         }
     }
+    diskRefuses = true;
+    EXPECT_FALSE(project.file.save(name));
+    diskRefuses = false;
+    EXPECT_EQ(contents(name), before);
     EXPECT_TRUE(project.file.save(name));
     EXPECT_NE(contents(name), before);
 }

@@ -20,7 +20,16 @@ thread_local bool failed = false;
 
 } // namespace
 
-#if defined(__GLIBC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+// Sanitizers have functions of their own for memory.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define PRM_SANITIZED
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define PRM_SANITIZED
+#endif
+#endif
+
+#if defined(__GLIBC__) && !defined(PRM_SANITIZED)
 
 namespace {
 
@@ -49,6 +58,7 @@ void* counted(void* made) {
 } // namespace
 
 // NOLINTBEGIN(bugprone-reserved-identifier)
+#pragma GCC visibility push(default) // so that libraries call these
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t number, std::size_t size);
@@ -75,6 +85,7 @@ void free(void* former) {
     __libc_free(former);
 }
 }
+#pragma GCC visibility pop
 // NOLINTEND(bugprone-reserved-identifier)
 #endif
 
