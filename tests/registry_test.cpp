@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <thread>
 
 class Prm::IAnimationStateProvider {};
 
@@ -71,20 +70,6 @@ TEST(Views, FlagsChooseAllOrCurrent) {
     EXPECT_EQ(AnimationState(AnimationFlags(), &views).views(), std::vector<View>{View(1)});
     EXPECT_EQ(AnimationState(AnimationFlags(4), &views).views(), (std::vector<View>{View(0), View(1)}));
     EXPECT_EQ(AnimationState().views(), std::vector<View>{View(0)});
-}
-
-TEST(Views, RegistriesMayBeAssignedToEachOther) {
-    Views a;
-    Views b = stereoViews();
-    const auto assign = [](Views& to, const Views& from) {
-        for (int i = 0; i < 2000; ++i) {
-            to = from;
-            EXPECT_EQ(to.viewCount(), to.allViews().size());
-        }
-    };
-    std::thread other([&] { assign(a, b); });
-    assign(b, a);
-    other.join();
 }
 
 TEST(Views, TheLimitIsReadOnce) {

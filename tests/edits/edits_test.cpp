@@ -1,13 +1,10 @@
 #include "tests/edits/World.h"
 #include "tests/support/Allocations.h"
+#include "tests/support/Always.h"
 #include "tests/support/ChangeRecorder.h"
-
-#include <gtest/gtest.h>
-#include <rapidcheck.h>
 
 #include <functional>
 #include <new>
-#include <sstream>
 
 using namespace Prm;
 using Command = std::unique_ptr<Bsc::Command>;
@@ -289,7 +286,7 @@ struct History {
 };
 
 TEST(Edits, RandomStepsOfDoingUndoingAndRedoing) {
-    const auto property = [] {
+    expectAlways(100, [] {
         World world;
         History history;
         history.states.push_back(world.state());
@@ -298,13 +295,7 @@ TEST(Edits, RandomStepsOfDoingUndoingAndRedoing) {
             history.step(world, one);
             RC_ASSERT(world.state() == history.states[history.done]);
         }
-    };
-    rc::detail::TestParams params;
-    params.seed = 5;
-    const auto result = rc::detail::checkTestable(property, rc::detail::TestMetadata(), params);
-    std::ostringstream text;
-    rc::detail::printResultMessage(result, text);
-    EXPECT_TRUE(result.template is<rc::detail::SuccessResult>()) << text.str();
+    });
 }
 
 TEST(Edits, RetimingAndPastingDoWhatTheySay) {

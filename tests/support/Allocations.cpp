@@ -14,7 +14,6 @@ namespace {
 thread_local int count = 0;
 thread_local int living = 0;
 thread_local int failing = 0;
-thread_local bool sparesQt = true;
 thread_local bool failed = false;
 
 } // namespace
@@ -31,7 +30,7 @@ bool fails() {
     if (count != failing || isLooking)
         return false;
     isLooking = true;
-    const bool isSpared = sparesQt && isBeneathQtCaller();
+    const bool isSpared = isBeneathQtCaller();
     isLooking = false;
     if (isSpared)
         ++failing;
@@ -91,19 +90,9 @@ int alive() {
     return living;
 }
 
-void failAnywhereAt(int n) {
-    failed = false;
-    sparesQt = false;
-    failing = n > 0 ? count + n : 0;
-}
-
 void failAt(int n) {
-    failAnywhereAt(n);
-    sparesQt = true;
-}
-
-bool hasFailed() {
-    return failed;
+    failed = false;
+    failing = n > 0 ? count + n : 0;
 }
 
 void failEach(const std::function<Attempt()>& make, const std::function<bool(const std::string&)>& isAllowed) {
@@ -122,7 +111,7 @@ void failEach(const std::function<Attempt()>& make, const std::function<bool(con
             } catch (const std::bad_alloc&) {
                 threw = true;
             }
-            didFail = hasFailed();
+            didFail = failed;
             failAt(0);
             const std::string state = attempt.state();
             EXPECT_TRUE(isAllowed(state)) << "failure " << n << (threw ? "" : ", not thrown") << "\n" << state;

@@ -7,14 +7,8 @@
 #include "tests/support/Warnings.h"
 #include "tests/text/Lines.h"
 
-#include <QFile>
-#include <QTemporaryDir>
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
-
-#include <csignal>
-#include <sys/wait.h>
-#include <unistd.h>
 
 using namespace Prm;
 
@@ -136,36 +130,6 @@ TEST(ParameterSet, MayBeDeep) {
 
 TEST(ParameterSet, MayBeWide) {
     EXPECT_TRUE(textOf(1000000, false).contains("\ns_1000000.name=\"n\""));
-}
-
-TEST(ProjectFile, AKillWhileSavingLeavesAWholeFile) {
-    const QTemporaryDir folder;
-    const QString name = folder.filePath("a.prm");
-    const auto save = [&](QChar letter) {
-        ParameterSet root;
-        OwnedStaticParameter<QString> text("text", QString(3000000, letter));
-        root.addBasicParameter(text);
-        return ProjectFile(root).save(name);
-    };
-    const auto letters = [&] {
-        QFile file(name);
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-        const QByteArray bytes = file.readAll();
-        return std::make_pair(bytes.count('X'), bytes.count('Y'));
-    };
-    ASSERT_TRUE(save('X'));
-    for (const unsigned int microseconds : {0u, 500u, 1000u, 2000u, 4000u, 8000u, 16000u, 32000u}) {
-        const pid_t child = fork();
-        if (child == 0) {
-            for (QChar letter = 'X';; letter = letter == 'X' ? 'Y' : 'X')
-                save(letter);
-        }
-        usleep(microseconds);
-        kill(child, SIGKILL);
-        waitpid(child, nullptr, 0);
-        const auto [former, newer] = letters();
-        EXPECT_TRUE((former == 3000000 && newer == 0) || (former == 0 && newer == 3000000)) << microseconds;
-    }
 }
 
 } // namespace

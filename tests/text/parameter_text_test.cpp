@@ -21,51 +21,38 @@ void makeExample(Parameter<bool>& flag) {
     flag.hide(true);
 }
 
-struct ReadCase {
-    const char* name;
-    quint32 version;
-    /// Lines read by the example, without its name.
-    const char* lines;
-    /// What is then written, without the name.
-    const char* written;
-    const char* heard;
-};
-
-class ParameterLines : public testing::TestWithParam<ReadCase> {};
-
-TEST_P(ParameterLines, AreRead) {
-    Parameter<bool> flag("flag", true);
-    makeExample(flag);
-    flag.vDeleteAllKeyframes(View(0));
-    ChangeRecorder recorder(&flag);
-    for (const QString& line : QString(GetParam().lines).split('\n'))
-        EXPECT_TRUE(flag.setFromScriptString("flag." + line, version(GetParam().version)));
-    EXPECT_EQ(lines(flag, {}, false), GetParam().written);
-    EXPECT_EQ(recorder.take(), GetParam().heard);
-}
-
 #define BOTH "before=Constant\nafter=Constant\n"
 #define SPLIT "views=[0, 1]\nview[0].value=1\nview[1].value=0\nhidden=1\n" BOTH
-INSTANTIATE_TEST_SUITE_P(
-    Lines, ParameterLines,
-    testing::Values(
-        ReadCase{"ValueResets", 3001, "value=0", "value=0\nhidden=1\n" BOTH, ""},
-        ReadCase{"OldValueDoesNot", 3000, "VALUE=0", "views=[0, 1]\nview[0].value=0\nview[1].value=0\nhidden=1\n" BOTH,
-                 ""},
-        ReadCase{"ViewIsMade", 3002, "view[2].value=1",
-                 "views=[0, 1, 2]\nview[0].value=1\nview[1].value=0\nview[2].value=1\nhidden=1\n" BOTH,
-                 "VIEW_ADDED 0 2\n"},
-        ReadCase{"ViewsReset", 3001, "views=[1]", "views=[1]\nview[1].value=1\nhidden=1\n" BOTH, "VIEW_ADDED 0 1\n"},
-        ReadCase{"OldViewsDoNot", 2019, "views=[1]\nkeyframed=1", SPLIT, ""},
-        ReadCase{"NoView", 3002, "views=[]\nhidden=0", "views=[]\n" BOTH, ""},
-        ReadCase{"Key", 3002, "view[1].KEYFRAMES.append( Key( 0.1, 1, Custom0 ) )",
-                 "views=[0, 1]\nview[0].value=1\nview[1].keyframes.append( Key( 0.1, 1, Custom0 ) )\n"
-                 "view[1].value=0\nhidden=1\n" BOTH,
-                 ""},
-        ReadCase{"HiddenTwice", 3002, "hidden=0\nhidden=1=2", SPLIT, ""},
-        ReadCase{"Outside", 3002, "AFTER=Linear\nbefore=unheard of\nview[1].before=Custom0",
-                 "views=[0, 1]\nview[0].value=1\nview[1].value=0\nhidden=1\nbefore=Custom0\nafter=Linear\n", ""}),
-    [](const auto& row) { return row.param.name; });
+TEST(ParameterText, LinesAreRead) {
+    // The lines that the example reads, what is then written, without its name, and what is heard.
+    const std::tuple<const char*, quint32, QString, const char*, const char*> rows[] = {
+        {"a value resets", 3001, "value=0", "value=0\nhidden=1\n" BOTH, ""},
+        {"an old one does not", 3000, "VALUE=0", "views=[0, 1]\nview[0].value=0\nview[1].value=0\nhidden=1\n" BOTH, ""},
+        {"a view is made", 3002, "view[2].value=1",
+         "views=[0, 1, 2]\nview[0].value=1\nview[1].value=0\nview[2].value=1\nhidden=1\n" BOTH, "VIEW_ADDED 0 2\n"},
+        {"views reset", 3001, "views=[1]", "views=[1]\nview[1].value=1\nhidden=1\n" BOTH, "VIEW_ADDED 0 1\n"},
+        {"old ones do not", 2019, "views=[1]\nkeyframed=1", SPLIT, ""},
+        {"no view", 3002, "views=[]\nhidden=0", "views=[]\n" BOTH, ""},
+        {"a keyframe", 3002, "view[1].KEYFRAMES.append( Key( 0.1, 1, Custom0 ) )",
+         "views=[0, 1]\nview[0].value=1\nview[1].keyframes.append( Key( 0.1, 1, Custom0 ) )\n"
+         "view[1].value=0\nhidden=1\n" BOTH,
+         ""},
+        {"hidden twice", 3002, "hidden=0\nhidden=1=2", SPLIT, ""},
+        {"outside", 3002, "AFTER=Linear\nbefore=unheard of\nview[1].before=Custom0",
+         "views=[0, 1]\nview[0].value=1\nview[1].value=0\nhidden=1\nbefore=Custom0\nafter=Linear\n", ""},
+    };
+    for (const auto& [name, number, read, written, heard] : rows) {
+        SCOPED_TRACE(name);
+        Parameter<bool> flag("flag", true);
+        makeExample(flag);
+        flag.vDeleteAllKeyframes(View(0));
+        ChangeRecorder recorder(&flag);
+        for (const QString& line : read.split('\n'))
+            EXPECT_TRUE(flag.setFromScriptString("flag." + line, version(number)));
+        EXPECT_EQ(lines(flag, {}, false), written);
+        EXPECT_EQ(recorder.take(), heard);
+    }
+}
 
 TEST(ParameterText, RefusedLinesChangeNothing) {
     Parameter<bool> flag("flag");

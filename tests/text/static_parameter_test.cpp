@@ -11,41 +11,37 @@ using namespace Prm;
 
 namespace {
 
-struct StaticCase {
-    const char* name;
-    const char* line;
-    /// Both parameters afterwards; empty when both refuse.
-    const char* number;
-    const char* text;
-};
-
-class StaticLine : public testing::TestWithParam<StaticCase> {};
-
-TEST_P(StaticLine, IsReadByBothKinds) {
-    unsigned int number = 5;
-    VirtualParameter<unsigned int> count("count", number);
-    OwnedStaticParameter<QString> label("count", "old");
-    int heard = 0;
-    QObject::connect(&count, &BasicParameter::valueChanged, [&] { heard += 1; });
-    const bool taken = *GetParam().number != 0;
-    EXPECT_EQ(count.setFromScriptString(GetParam().line, version()), taken);
-    EXPECT_EQ(label.setFromScriptString(GetParam().line, version()), taken);
-    EXPECT_EQ(heard, taken);
-    EXPECT_EQ(lines(count, "node."), "node.count.value=" + std::string(taken ? GetParam().number : "5") + "\n");
-    EXPECT_EQ(lines(label, "node.", false), "node.value=\"" + std::string(taken ? GetParam().text : "old") + "\"\n");
+TEST(StaticParameter, ReadsItsLine) {
+    // What both kinds of parameter write afterwards; empty when both refuse.
+    const std::tuple<const char*, std::string, std::string> rows[] = {
+        {"count.value=7", "7", "7"},
+        {"count.VALUE=7", "7", "7"},
+        {"Count.value=7", "", ""},
+        {"counts.value=7", "", ""},
+        {"count.size=7", "", ""},
+        {"count", "", ""},
+        {"count.value=\"a\"b\"", "0", "a\"b"},
+        {"count.value=\"a", "0", "\"a"},
+        {"count.value=\"", "0", ""},
+        {"count.value=1=2", "1", "1=2"},
+        {"count.value", "0", ""},
+        {"count.value=\"\\n\"", "0", "\\n"},
+    };
+    for (const auto& [line, asNumber, asText] : rows) {
+        SCOPED_TRACE(line);
+        unsigned int number = 5;
+        VirtualParameter<unsigned int> count("count", number);
+        OwnedStaticParameter<QString> label("count", "old");
+        int heard = 0;
+        QObject::connect(&count, &BasicParameter::valueChanged, [&] { heard += 1; });
+        const bool taken = !asNumber.empty();
+        EXPECT_EQ(count.setFromScriptString(line, version()), taken);
+        EXPECT_EQ(label.setFromScriptString(line, version()), taken);
+        EXPECT_EQ(heard, taken);
+        EXPECT_EQ(lines(count, "node."), "node.count.value=" + (taken ? asNumber : "5") + "\n");
+        EXPECT_EQ(lines(label, "node.", false), "node.value=\"" + (taken ? asText : "old") + "\"\n");
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Lines, StaticLine,
-    testing::Values(StaticCase{"Number", "count.value=7", "7", "7"}, StaticCase{"Case", "count.VALUE=7", "7", "7"},
-                    StaticCase{"OtherCase", "Count.value=7", "", ""}, StaticCase{"Other", "counts.value=7", "", ""},
-                    StaticCase{"OtherKey", "count.size=7", "", ""}, StaticCase{"NoDot", "count", "", ""},
-                    StaticCase{"Quotes", "count.value=\"a\"b\"", "0", "a\"b"},
-                    StaticCase{"OneQuote", "count.value=\"a", "0", "\"a"},
-                    StaticCase{"OnlyQuote", "count.value=\"", "0", ""},
-                    StaticCase{"Equals", "count.value=1=2", "1", "1=2"}, StaticCase{"Nothing", "count.value", "0", ""},
-                    StaticCase{"Escape", "count.value=\"\\n\"", "0", "\\n"}),
-    [](const auto& row) { return row.param.name; });
 
 TEST(StaticParameter, IsSetAndRestored) {
     OwnedStaticParameter<unsigned int> mode("mode", 3);

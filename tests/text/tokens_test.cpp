@@ -3,42 +3,39 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <utility>
 
 using namespace Prm;
 using namespace Prm::detail;
 
 namespace {
 
-struct TokensCase {
-    const char* name;
-    QString text;
-    /// Each token in brackets.
-    const char* tokens;
-};
-
-class Tokens : public testing::TestWithParam<TokensCase> {};
-
-TEST_P(Tokens, AreCutOff) {
-    QString tokens;
-    int pos = 0;
-    for (QString token = getToken(GetParam().text, pos); !token.isNull(); token = getToken(GetParam().text, pos))
-        tokens += "[" + token + "]";
-    EXPECT_EQ(tokens.toStdString(), GetParam().tokens);
-    EXPECT_EQ(pos, GetParam().text.size());
+TEST(Tokens, AreCutOff) {
+    // Each token in brackets.
+    const std::pair<QString, const char*> rows[] = {
+        {"1, \"a, b\", c", "[1][a, b][c]"},
+        {"   ", ""},
+        {"\"\"", "[]"},
+        {"\"a\",b", "[a\",b]"},
+        {"a\\\"b", "[a\"\\b]"},
+        {"ab\"c", "[ab\"c]"},
+        {"\"a\" ", "[a\" ]"},
+        {"a b , c", "[a b ][c]"},
+        {"\"a \"b\" c\", d", "[a \"b\" c][d]"},
+        {"a\\", "[a\\]"},
+        {QString(QChar(0x2003)) + QChar(0x85) + "a", "[a]"},
+        {QString(QChar(0x1F)) + "a", "[\x1F"
+                                     "a]"},
+    };
+    for (const auto& [text, expected] : rows) {
+        QString tokens;
+        int pos = 0;
+        for (QString token = getToken(text, pos); !token.isNull(); token = getToken(text, pos))
+            tokens += "[" + token + "]";
+        EXPECT_EQ(tokens.toStdString(), expected);
+        EXPECT_EQ(pos, text.size());
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Texts, Tokens,
-    testing::Values(TokensCase{"Quoted", "1, \"a, b\", c", "[1][a, b][c]"}, TokensCase{"Blanks", "   ", ""},
-                    TokensCase{"EmptyQuotes", "\"\"", "[]"}, TokensCase{"NoBlankBehind", "\"a\",b", "[a\",b]"},
-                    TokensCase{"EscapedQuote", "a\\\"b", "[a\"\\b]"}, TokensCase{"QuoteInside", "ab\"c", "[ab\"c]"},
-                    TokensCase{"LastButOne", "\"a\" ", "[a\" ]"}, TokensCase{"BlanksInside", "a b , c", "[a b ][c]"},
-                    TokensCase{"Nested", "\"a \"b\" c\", d", "[a \"b\" c][d]"}, TokensCase{"Backslash", "a\\", "[a\\]"},
-                    TokensCase{"OtherSpace", QString(QChar(0x2003)) + QChar(0x85) + "a", "[a]"},
-                    TokensCase{"OtherControl", QString(QChar(0x1F)) + "a",
-                               "[\x1F"
-                               "a]"}),
-    [](const auto& row) { return row.param.name; });
 
 /// A NUL, a bell, half a surrogate pair.
 const QString odd = QString("a\a") + QChar(0) + QChar(0xD800) + QChar(0x20AC);
@@ -64,46 +61,37 @@ TEST(Escape, AnythingComesBack) {
     }
 }
 
-struct KeyCase {
-    const char* name;
-    const char* declaration;
-    /// Time, value, kind and numbers; empty when refused.
-    const char* parts;
-};
-
-class KeyDeclaration : public testing::TestWithParam<KeyCase> {};
-
-TEST_P(KeyDeclaration, IsSplit) {
-    const QString declaration = GetParam().declaration;
-    QStringView time, value;
-    QString parts;
-    IType type(Interpolation::Linear);
-    if (parseKeyframeDeclaration(declaration, time, value, type))
-        parts = time.toString() + "|" + value.toString() + "|" + qstrInterpolationTypeString(type.interpolation);
-    if (type.interpolation == Interpolation::Bezier && !parts.isEmpty())
-        parts += QString(" %1 %2 %3 %4").arg(type.x1).arg(type.y1).arg(type.x2).arg(type.y2);
-    EXPECT_EQ(parts.toStdString(), GetParam().parts);
+TEST(KeyDeclaration, IsSplit) {
+    // Time, value, kind and numbers; empty when refused.
+    const std::pair<QString, const char*> rows[] = {
+        {"keyframes.append( Key( 10, 1, Linear ) ) \t ", "10|1|Linear"},
+        {"keyframes.append( Key( 10, 1, linear ) )", ""},
+        {"keyframes.append( Key( 10, 1, Linear )", ""},
+        {"keyframes.append( 10, 1, Linear ) )", ""},
+        {"keyframes.append( BezierKey( 5, 0, 1, 2, 3, 4 ) )", "5|0|Bezier 1 2 3 4"},
+        {"BezierKey( 5, 0, 1, 2, 3 ) )", ""},
+        {"BezierKey( 5, 0, a, 2, \"x\", 4 ) )", "5|0|Bezier 0 2 0 4"},
+        {"BezierKey( 5, 0, 1, 2, , 4 ) )", ""},
+        {"BezierKey(, 1, 2, 3, 4 ) )", ""},
+        {"Key( , 1, Linear ) )", "|1|Linear"},
+        {"Key( 10, Linear ) )", "10||Linear"},
+        {"Key( 10 ) )", ""},
+        {"Key() )", ""},
+        {"Key( 1 , \"a, Key( \"b\" ) )\", Custom0 ) )", "1 |\"a, Key( \"b\" ) )\"|Custom0"},
+        {"Key( 1, BezierKey( 2, Linear ) )", "1|BezierKey( 2|Linear"},
+        {"BezierKey BezierKey( 1, 2, 3, 4, 5, 6 ) )", ""},
+    };
+    for (const auto& [declaration, expected] : rows) {
+        QStringView time, value;
+        QString parts;
+        IType type(Interpolation::Linear);
+        if (parseKeyframeDeclaration(declaration, time, value, type))
+            parts = time.toString() + "|" + value.toString() + "|" + qstrInterpolationTypeString(type.interpolation);
+        if (type.interpolation == Interpolation::Bezier && !parts.isEmpty())
+            parts += QString(" %1 %2 %3 %4").arg(type.x1).arg(type.y1).arg(type.x2).arg(type.y2);
+        EXPECT_EQ(parts.toStdString(), expected) << declaration.toStdString();
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Lines, KeyDeclaration,
-    testing::Values(KeyCase{"Plain", "keyframes.append( Key( 10, 1, Linear ) ) \t ", "10|1|Linear"},
-                    KeyCase{"LowerCase", "keyframes.append( Key( 10, 1, linear ) )", ""},
-                    KeyCase{"OneBracket", "keyframes.append( Key( 10, 1, Linear )", ""},
-                    KeyCase{"NoKey", "keyframes.append( 10, 1, Linear ) )", ""},
-                    KeyCase{"Bezier", "keyframes.append( BezierKey( 5, 0, 1, 2, 3, 4 ) )", "5|0|Bezier 1 2 3 4"},
-                    KeyCase{"ThreeNumbers", "BezierKey( 5, 0, 1, 2, 3 ) )", ""},
-                    KeyCase{"NoNumbers", "BezierKey( 5, 0, a, 2, \"x\", 4 ) )", "5|0|Bezier 0 2 0 4"},
-                    KeyCase{"MissingNumber", "BezierKey( 5, 0, 1, 2, , 4 ) )", ""},
-                    KeyCase{"CommaFirst", "BezierKey(, 1, 2, 3, 4 ) )", ""},
-                    KeyCase{"NoTime", "Key( , 1, Linear ) )", "|1|Linear"},
-                    KeyCase{"OneComma", "Key( 10, Linear ) )", "10||Linear"}, KeyCase{"NoComma", "Key( 10 ) )", ""},
-                    KeyCase{"Nothing", "Key() )", ""},
-                    KeyCase{"ValueTakesAll", "Key( 1 , \"a, Key( \"b\" ) )\", Custom0 ) )",
-                            "1 |\"a, Key( \"b\" ) )\"|Custom0"},
-                    KeyCase{"BezierInValue", "Key( 1, BezierKey( 2, Linear ) )", "1|BezierKey( 2|Linear"},
-                    KeyCase{"SecondBezier", "BezierKey BezierKey( 1, 2, 3, 4, 5, 6 ) )", ""}),
-    [](const auto& row) { return row.param.name; });
 
 TEST(ViewList, HoldsWhatIsANumber) {
     const auto ids = [](const char* text) {
