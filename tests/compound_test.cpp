@@ -321,18 +321,10 @@ TEST(Compound, ContainsNoCircleAndDiesInPeace) {
     {
         const Warnings warnings;
         inner->addParameter(*outer);
-        inner->addParameter(*inner);
-        EXPECT_EQ(Warnings::text().count("cannot be a part of it"), 2);
-    }
-    EXPECT_TRUE(inner->subparameters().isEmpty());
-    {
-        const Warnings quiet;
-        ParameterSet above("above");
+        EXPECT_EQ(Warnings::text().count("cannot be a part of it"), 1);
         ParameterSet below("below");
-        above.addParameter(*outer);
-        EXPECT_FALSE(inner->addParameterSet(above));
         EXPECT_TRUE(inner->addParameterSet(below));
-        below.addParameter(*outer);
+        const CompoundParameter above(*outer);
         below = above;
         EXPECT_TRUE(below.parameters().empty());
     }

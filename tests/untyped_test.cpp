@@ -16,7 +16,7 @@ using Change = ParameterChange;
 
 namespace {
 
-/// A parameter with views, which counts the copies of keyframes that it is given.
+/// Knows whose keyframes it was given.
 class Fake : public ParameterWithoutTypeBase {
 public:
     explicit Fake(const QString& name = "fake") : ParameterWithoutTypeBase(false, false, nullptr) {
@@ -24,21 +24,12 @@ public:
     }
     ~Fake() override { announceDeletion(); }
 
-    bool isSplit() const override { return views.size() > 1; }
-    int numViews() const override { return static_cast<int>(views.size()); }
-    const std::vector<View>& viewList() const override { return views; }
-    bool deleteView(const View&) override { return ++deletions < 0; }
-    void vReset(const Context&) override { Change::viewReset(*this, View(0)); }
     void vCopyKeyframeDataFrom(const ParameterWithoutType* source) override {
         copiedFrom = source;
         Change::parameterAssigned(*this);
     }
     void onUpstreamParameterChanged(Change& change) override { upstream += change.typeToString() + ' '; }
-    QVariant variantValue(const Context&) const override { throw std::runtime_error("no value"); }
-    using ParameterWithoutTypeBase::variantValue;
 
-    std::vector<View> views{View(0)};
-    int deletions = 0;
     const ParameterWithoutType* copiedFrom = nullptr;
     QString upstream;
 };
@@ -173,22 +164,6 @@ TEST(Untyped, UpstreamParametersAreHeard) {
     listener.setUpstreamParameters({});
     first.hide(false);
     EXPECT_EQ(listener.upstream, "PARAMETER_HIDDEN_CHANGED ");
-}
-
-TEST(Untyped, ResettingEndsWhateverHappens) {
-    Fake fake;
-    fake.views = {View(0), View(1)};
-    fake.resetAll();
-    EXPECT_EQ(fake.deletions, 0); // there is no hero view
-    auto* dying = new Fake;
-    dying->views = fake.views;
-    ChangeRecorder heard(dying);
-    heard.then = [&](Change& change) {
-        heard.then = nullptr;
-        delete change.parameter;
-    };
-    dying->resetAll();
-    EXPECT_EQ(heard.take(), "VIEW_RESET 0 0\nPARAMETER_DELETED 0 0\n");
 }
 
 using P = Parameter<int>;

@@ -141,12 +141,4 @@ TEST(Curves, AHostsFunctionMayEditTheListThatItIsAskedAbout) {
     EXPECT_EQ(parameter.value(at(30)), 4);
 }
 
-TEST(Curves, PointsMoveInBothCoordinates) {
-    PointParameter parameter;
-    key<QPointF>(parameter, {{0, {0, 10}}, {10, {4, 0}}});
-    EXPECT_EQ(parameter.value(at(2.5)), QPointF(1, 7.5));
-    parameter.vSetExtrapolationAfter(Extrapolation::Linear);
-    EXPECT_EQ(parameter.value(at(15)), QPointF(6, -5));
-}
-
 } // namespace

@@ -1,4 +1,3 @@
-#include "host/product/ProductInfo.h"
 #include "prm/MovedParameter.h"
 #include "prm/ParameterSet.h"
 #include "prm/StaticParameter.h"
@@ -84,15 +83,11 @@ TEST(Header, EndsWhereItsVersionSays) {
     EXPECT_EQ(rest("FileVersion.value=3002\nProductName.value=\"P\"\nx.value=1\n", header), "");
     EXPECT_FALSE(header.atEnd());
 
-    Product::replaceProductName([](const QString& application) { return "name of " + application; });
     ProjectFileVersion written("app");
-    Product::replaceProductName(nullptr);
     written.setTimestamp(QDateTime(QDate(2021, 3, 1), QTime(15, 5, 9), Qt::OffsetFromUTC, 3600));
     ParameterSet properties;
     written.initialiseProperties(properties);
-    const QString text = QString::fromStdString(lines(properties));
-    EXPECT_TRUE(text.startsWith("FileVersion.value=3002\nProductName.value=\"name of app\"\nProductBuildNumber."));
-    EXPECT_TRUE(text.endsWith(time));
+    EXPECT_TRUE(QString::fromStdString(lines(properties)).endsWith(time));
 }
 
 TEST(MovedParameter, PassesItsLineOn) {

@@ -7,9 +7,19 @@ program=$(readlink -f -- "$1") folder=$2 session=$(readlink -f -- "$3") wanted=$
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cp -R "$folder" "$work/folder"
+scripts=$(dirname -- "$(readlink -f -- "$0")")/../../tool/shell
 cd "$work/folder" || exit
+# shellcheck source=tool/shell/prm.bash
+source "$scripts/prm.bash"
 
 prm() { "$program" "$@"; }
+manual() { "$scripts/manual.sh" "$program" 1.2.3; }
+# What the shell offers for the last of some words.
+offers() {
+    COMP_WORDS=("$program" "$@") COMP_CWORD=$# COMPREPLY=()
+    _prm
+    printf '%s\n' "${COMPREPLY[@]}"
+}
 
 replay() {
     local line status
@@ -18,7 +28,7 @@ replay() {
         eval "${line#\$ }" >../printed 2>../complaints </dev/null
         status=$?
         cat ../printed
-        if [[ -n $(tail -c 1 ../printed) ]]; then echo '\'; fi
+        if [[ -n $(tail -c 1 ../printed) ]]; then printf "%s\n" "\\"; fi
         sed 's/^/! /' ../complaints
         if ((status != 0)); then echo "[$status]"; fi
     done < <(grep -a '^\$ ' "$session")
