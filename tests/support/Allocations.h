@@ -13,7 +13,7 @@ int made();
 /// Those that are not freed.
 int alive();
 /// The n-th allocation from now on fails, once; none with 0. One beneath a function that Qt does not bring through
-/// (`tests/support/QtCallers.h`) comes through, and the next one outside fails instead.
+/// comes through, and the next one outside fails instead.
 void failAt(int n);
 
 /// One attempt of an operation, on a world of its own.

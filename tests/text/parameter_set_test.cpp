@@ -21,25 +21,14 @@ TEST(ParameterSet, SubsetsGetUniqueNames) {
         EXPECT_TRUE(root.addParameterSet(subset));
         return subset->scriptName().toStdString();
     };
-    const char* const names[][2] = {{"Blur", "Blur"},
-                                    {"Blur", "Blur_2"},
-                                    {"Blur", "Blur_3"},
-                                    {"Blur_2", "Blur_4"},
-                                    {"Blur7", "Blur7"},
-                                    {"Blur7", "Blur_8"},
-                                    {"a_b_3", "a_b_3"},
-                                    {"a_b_3", "a_b_4"},
-                                    {"12", "12"},
-                                    {"12", "13"},
-                                    {"_5", "_5"},
-                                    {"_5", "6"},
-                                    {"Blur_007", "Blur_007"},
-                                    {"Blur_007", "Blur_9"},
-                                    {"it's a.b", "it_s_a_b"},
-                                    {"B99999999999", "B99999999999"},
-                                    {"B99999999999", "B_100000000000"}};
-    for (const auto& [name, unique] : names)
-        EXPECT_EQ(added(name), unique);
+    const char* const names[] = {"Blur",     "Blur",     "Blur",     "Blur_2",       "Blur7",       "Blur7",
+                                 "a_b_3",    "a_b_3",    "12",       "12",           "_5",          "_5",
+                                 "Blur_007", "Blur_007", "it's a.b", "B99999999999", "B99999999999"};
+    std::string unique;
+    for (const char* const name : names)
+        unique += added(name) + ' ';
+    EXPECT_EQ(unique, "Blur Blur_2 Blur_3 Blur_4 Blur7 Blur_8 a_b_3 a_b_4 12 13 _5 6 Blur_007 Blur_9 it_s_a_b "
+                      "B99999999999 B_100000000000 ");
     // Numbers that were given once are free again.
     root.subsetWithName("Blur_2")->setScriptName("other");
     EXPECT_EQ(added("Blur"), "Blur_2");

@@ -37,7 +37,7 @@ TEST(ParameterText, LinesAreRead) {
          "views=[0, 1]\nview[0].value=1\nview[1].keyframes.append( Key( 0.1, 1, Custom0 ) )\n"
          "view[1].value=0\nhidden=1\n" BOTH,
          ""},
-        {"hidden twice", 3002, "hidden=0\nhidden=1=2", SPLIT, ""},
+        {"hidden twice", 3002, "hidden=0\nhidden=1=2\nhidden=-2", SPLIT, ""},
         {"outside", 3002, "AFTER=Linear\nbefore=unheard of\nview[1].before=Custom0",
          "views=[0, 1]\nview[0].value=1\nview[1].value=0\nhidden=1\nbefore=Custom0\nafter=Linear\n", ""},
     };
@@ -46,9 +46,12 @@ TEST(ParameterText, LinesAreRead) {
         Parameter<bool> flag("flag", true);
         makeExample(flag);
         flag.vDeleteAllKeyframes(View(0));
+        flag.blockSignals(number == 3001);
         ChangeRecorder recorder(&flag);
         for (const QString& line : read.split('\n'))
             EXPECT_TRUE(flag.setFromScriptString("flag." + line, version(number)));
+        EXPECT_EQ(flag.signalsBlocked(), number == 3001);
+        EXPECT_FALSE(flag.overridesBlockedSignals(ParameterChange::VIEW_ADDED));
         EXPECT_EQ(lines(flag, {}, false), written);
         EXPECT_EQ(recorder.take(), heard);
     }

@@ -13,6 +13,12 @@ cd "$work/folder" || exit
 source "$scripts/prm.bash"
 
 prm() { "$program" "$@"; }
+# An animation of one layer, whose opacity is given, and its values at some frames.
+opacity() {
+    printf '{"fr": 25, "layers": [{"nm": "a", "ks": {"o": %s}}]}' "$1" >given.json
+    prm import given.json -o new.prm
+    if [[ -n ${2-} ]]; then prm eval new.prm 'a.*' --frames "$2" --csv; fi
+}
 manual() { "$scripts/manual.sh" "$program" 1.2.3; }
 # What the shell offers for the last of some words.
 offers() {
