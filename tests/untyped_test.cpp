@@ -108,7 +108,7 @@ TEST(Deletion, IsToldOnceByTheWholeParameter) {
     }
 }
 
-/// Knows whose keyframes it was given.
+/// Knows what it hears from upstream.
 class Fake : public ParameterWithoutTypeBase {
 public:
     explicit Fake(const QString& name = "fake") : ParameterWithoutTypeBase(false, false, nullptr) {
@@ -116,13 +116,8 @@ public:
     }
     ~Fake() override { announceDeletion(); }
 
-    void vCopyKeyframeDataFrom(const ParameterWithoutType* source) override {
-        copiedFrom = source;
-        Change::parameterAssigned(*this);
-    }
     void onUpstreamParameterChanged(Change& change) override { upstream += change.typeToString() + ' '; }
 
-    const ParameterWithoutType* copiedFrom = nullptr;
     QString upstream;
 };
 
@@ -296,24 +291,11 @@ TEST(Links, WhateverObserversDoToAReleaseItEndsInOrder) {
     }
 }
 
-TEST(Links, TheNewestMasterCountsAndIsCopiedOnRelease) {
-    Fake a("a");
-    Fake b("b");
-    Fake c("c");
-    EXPECT_FALSE(a.bAddConstrainedParameter(nullptr));
-    EXPECT_TRUE(b.bAddConstrainedParameter(&c));
-    EXPECT_FALSE(b.bAddConstrainedParameter(&c));
-    EXPECT_TRUE(a.bAddConstrainedParameter(&c));
-    EXPECT_EQ(c.copiedFrom, nullptr);
-    EXPECT_TRUE(b.constrainedParameters().isEmpty());
-    EXPECT_TRUE(c.bUnconstrain());
-    EXPECT_EQ(c.copiedFrom, &a);
-}
-
 TEST(Links, ADeadMasterIsNoneAndClosesNoCircle) {
     Family f;
     P grandchild("grandchild");
     EXPECT_TRUE(f.child->bAddConstrainedParameter(&grandchild));
+    EXPECT_FALSE(f.child->bAddConstrainedParameter(&grandchild) || f.child->bAddConstrainedParameter(nullptr));
     {
         const Warnings warnings;
         EXPECT_FALSE(grandchild.bAddConstrainedParameter(f.master.get()));

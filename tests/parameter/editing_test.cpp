@@ -3,6 +3,7 @@
 #include "prm/NumericParameter.h"
 #include "tests/parameter/Keying.h"
 #include "tests/support/ChangeRecorder.h"
+#include "tests/support/Errors.h"
 
 #include <QCoreApplication>
 #include <QTranslator>
@@ -111,16 +112,6 @@ TEST(Editing, TheHeroViewIsTheOnlyOneThatIsNotMarked) {
     EXPECT_EQ(assigned.viewSelectorCompanion(), 5u);
     selector.reset();
     EXPECT_EQ(parameter.heroView(), View::INVALID());
-}
-
-/// The message of the error that it throws.
-template <class Act> std::string errorOf(const Act& act) {
-    try {
-        act();
-    } catch (const std::exception& error) {
-        return error.what();
-    }
-    return "";
 }
 
 TEST(Variants, TheThrowingFormsCheckFirst) {

@@ -109,33 +109,6 @@ TEST(ProjectText, AnyBytesComeBackAndAreReadAsFarAsTheyGo) {
     });
 }
 
-TEST(ProjectText, TakesThePathUpToTheKey) {
-    struct Row {
-        const char* line;
-        Key key;
-        const char* path;
-        const char* entry;
-    };
-    for (const Row& row :
-         {Row{"a.b.value=x.y=z", Key::Value, "a.b", "value=x.y=z"}, Row{"a.b.VALUE=1", Key::Value, "a.b", "VALUE=1"},
-          Row{"a.Views=[0]", Key::None, "a", "Views=[0]"}, Row{"a.view[2].value=1", Key::Value, "a", "view[2].value=1"},
-          Row{"a.view[2].views=[1]", Key::None, "a", "view[2].views=[1]"},
-          Row{"a.view[x].value=1", Key::Value, "a.view[x]", "value=1"},
-          Row{"a.view[2].b.value=1", Key::Value, "a.view[2].b", "value=1"},
-          Row{"a.keyframes.append( Key( 1.5, \"b.c=\", Linear ) )", Key::Keyframe, "a",
-              "keyframes.append( Key( 1.5, \"b.c=\", Linear ) )"},
-          Row{"a.view[1].KeyFrames.append( BezierKey( 1.5, 2, 0, 0, 1, 1 ) )", Key::Keyframe, "a",
-              "view[1].KeyFrames.append( BezierKey( 1.5, 2, 0, 0, 1, 1 ) )"},
-          Row{"a.keyframed=1", Key::Keyframed, "a", "keyframed=1"},
-          Row{"a.name=\"b.c\"", Key::Name, "a", "name=\"b.c\""}, Row{"a.name=\"\"", Key::None, "a", "name=\"\""},
-          Row{"value=1", Key::None, "", ""}, Row{"a..b.value=1", Key::None, "a..b", "value=1"}}) {
-        const LineReading reading = readLine(row.line);
-        EXPECT_EQ(reading.key, row.key) << row.line;
-        EXPECT_EQ(reading.path, row.path) << row.line;
-        EXPECT_EQ(reading.entry, row.entry) << row.line;
-    }
-}
-
 TEST(ProjectText, LeavesWhatIsTooDeepToNobody) {
     const auto nested = [](int levels) { return QByteArray("a.").repeated(levels) + "value=1\n"; };
     const ProjectText text(nested(ProjectText::deepest) + nested(ProjectText::deepest + 1));
