@@ -29,6 +29,8 @@ TEST(ParameterChange, HasNamesInTheirOrder) {
               "PARAMETER_CHANGED_EXTRAPOLATION_AFTER PARAMETER_ASSIGNED VIEW_RESET VIEW_CLEARED "
               "PARAMETER_CHANGED_NAME VALUE_CHANGED KEYFRAME_MOVED COMMAND_REGISTERED PARAMETER_DELETED VIEW_ADDED "
               "VIEW_REMOVED PARAMETER_HIDDEN_CHANGED PARAMETER_LOCKED_CHANGED NUM_CHANGE_TYPES ");
+    EXPECT_EQ(QMetaType::type("Prm::ParameterChange"), Change::qMetaType());
+    EXPECT_EQ(QMetaType::type("Prm::ParameterChange&"), Change::qMetaType());
     Change none;
     none.type = static_cast<Change::ChangeType>(99);
     EXPECT_EQ(none.typeToString(), "Unknown parameterchange type, forgot to add?");
@@ -61,12 +63,6 @@ TEST(ParameterChange, RareOnesFillTheirRecords) {
               "ParameterChange(KEYFRAME_MOVED,p,index0,Context(Time(0),View(3),flags3))\n"
               "ParameterChange(COMMAND_REGISTERED,p,index0,Context(Time(-7.5),View(invalid),flags5))\n");
     p.detachAllObservers();
-}
-
-TEST(ParameterChange, IsKnownToQtByValueAndByReference) {
-    const int id = Change::qMetaType();
-    EXPECT_EQ(QMetaType::type("Prm::ParameterChange"), id);
-    EXPECT_EQ(QMetaType::type("Prm::ParameterChange&"), id);
 }
 
 TEST(ScopedSignalPermit, PutsBackAnOverrideThatWasSet) {

@@ -230,11 +230,8 @@ template <class Kind, class T> void seeOnlyWhatWas() {
     }
 }
 
-TEST(Races, ReadersSeeOnlyPointsThatWere) {
+TEST(Races, ReadersSeeOnlyWhatWas) {
     seeOnlyWhatWas<PointParameter, QPointF>();
-}
-
-TEST(Races, ReadersSeeOnlyTextsThatWere) {
     seeOnlyWhatWas<Parameter<QString>, QString>();
 }
 

@@ -109,12 +109,4 @@ TEST(ProjectText, AnyBytesComeBackAndAreReadAsFarAsTheyGo) {
     });
 }
 
-TEST(ProjectText, LeavesWhatIsTooDeepToNobody) {
-    const auto nested = [](int levels) { return QByteArray("a.").repeated(levels) + "value=1\n"; };
-    const ProjectText text(nested(ProjectText::deepest) + nested(ProjectText::deepest + 1));
-    EXPECT_EQ(text.key(0), Key::Value);
-    EXPECT_EQ(text.key(1), Key::None);
-    EXPECT_EQ(text.nodes().size(), std::size_t(1 + ProjectText::deepest));
-}
-
 } // namespace
