@@ -145,7 +145,7 @@ TEST(Compound, TheUnionIsThatOfANewCompound) {
     };
     std::minstd_rand random(5);
     for (int i = 0; i < 4000; ++i) {
-        const Context place(Time::fromInt(static_cast<int>(random() % 23)), View(i % 3 == 2 ? 2 : 0));
+        const Context place(Time::fromInt(static_cast<int>(random() % 23)), View(i % 64 < 48 ? 0 : 2));
         Number& part = *parts[random() % std::size(parts)];
         const auto choice = random() % 30;
         if (choice > 18)
@@ -154,7 +154,9 @@ TEST(Compound, TheUnionIsThatOfANewCompound) {
             part.vDeleteKeyframe(Context::Explicit(place));
         else if (random() % 4 == 0)
             rareActs[choice](part);
-        EXPECT_EQ(p.whole.allKeyframesTime(place.view), CompoundParameter(p.whole).allKeyframesTime(place.view)) << i;
+        // Now and then only, so that some changes are missed.
+        EXPECT_TRUE(random() % 2 == 0 ||
+                    p.whole.allKeyframesTime(place.view) == CompoundParameter(p.whole).allKeyframesTime(place.view));
     }
 }
 
@@ -243,6 +245,7 @@ TEST(Compound, ProjectsFindItsPartsAndNameItsLosses) {
     ParameterSet root;
     root.addParameter(master);
     root.addParameter(p.whole);
+    EXPECT_EQ(root.parameterWTWithName("position.x"), p.x.get());
     ProjectFile file(root);
     const QByteArray lines =
         "position.x.MasterParameterId=.master\nposition.y.MasterParameterId=gone\nposition.y.value=x\n";

@@ -107,6 +107,8 @@ const Sent changes[] = {
      }},
     {Change::VIEW_ADDED, [](Scene& s) { s.number->vSetValue(4, at(5, 2)); }, Begun},
     {Change::VIEW_ADDED, [](Scene& s) { s.root.bStreamIn("number.view[2].value=4", ProjectFileVersion()); }, Begun},
+    {Change::VIEW_ADDED, [](Scene& s) { s.number->vReset(still(2)); }, Partly},
+    {Change::VIEW_ADDED, [](Scene& s) { s.number->uniquifyView(View(2)); }, Partly},
     {Change::VIEW_REMOVED, [](Scene& s) { s.number->clearViewData(); }},
     {Change::PARAMETER_HIDDEN_CHANGED, [](Scene& s) { s.number->hide(true); }},
     {Change::PARAMETER_LOCKED_CHANGED, [](Scene& s) { s.number->setLocked(true); }},
