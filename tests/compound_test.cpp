@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <random>
 #include <stdexcept>
 #include <vector>
 
@@ -84,54 +85,6 @@ struct Uncounted : Number {
     quint64 keyframeRevision() const override { return 0; }
 };
 
-TEST(Compound, TheUnionFollowsWhatIsNeverTold) {
-    const std::pair<const char*, std::function<void(Position&)>> rows[] = {
-        {"3 5 7 9 ", [](Position& p) { p.x->adjustKeyframesTime([](Time t) { return t + 2.; }); }},
-        {"1 5 9 12 ",
-         [](Position& p) {
-             p.whole.subparametersNotification(false);
-             key(*p.x, {{12, 0.}});
-         }},
-        {"5 9 ",
-         [](Position& p) {
-             p.x->blockSignals(true);
-             p.x->vDeleteAllKeyframes(View(0));
-         }},
-        {"1 5 ",
-         [](Position& p) {
-             p.y.reset(new Number);
-             p.whole.clearAllLists();
-             p.whole.addParameter(p.x);
-         }},
-        {"2 ",
-         [](Position& p) {
-             p.x->assignFrom(Number());
-             p.y->clearViewData();
-             p.x->vSetValue(1, at(2));
-         }},
-        {"1 5 9 30 ",
-         [](Position& p) {
-             static Uncounted uncounted;
-             p.whole.addParameter(uncounted);
-             EXPECT_EQ(p.times(), "1 5 9 ");
-             key(uncounted, {{30, 1.}});
-         }},
-        {"1 4 5 9 ",
-         [](Position& p) {
-             static Position inner;
-             p.whole.addParameter(inner.whole);
-             EXPECT_EQ(p.times(), "1 5 9 ");
-             key(*inner.x, {{4, 0.}});
-         }},
-    };
-    for (const auto& [expected, act] : rows) {
-        Position p;
-        EXPECT_EQ(p.times(), "1 5 9 ");
-        act(p);
-        EXPECT_EQ(p.times(), expected);
-    }
-}
-
 TEST(Compound, SendsWhatItsSubparametersSend) {
     const auto heard = [](bool together, const std::function<void(Position&)>& act) {
         Position p(together);
@@ -144,8 +97,6 @@ TEST(Compound, SendsWhatItsSubparametersSend) {
     EXPECT_EQ(heard(false, addsAt4), "KEYFRAME_ADDED 1 0\n");
     EXPECT_EQ(heard(true, addsAt4), "KEYFRAME_ADDED 1 0\nKEYFRAME_ADDED 1 0\n") << "the inner one first";
     EXPECT_EQ(heard(false, [](Position& p) { p.x->vSetValue(8, at(5)); }), "KEYFRAME_CHANGED_VALUE 1 0\n");
-    EXPECT_EQ(heard(false, [](Position& p) { p.x->vDeleteKeyframe(Context::Explicit(at(5))); }),
-              "KEYFRAME_REMOVED 1 0\n");
     EXPECT_EQ(heard(true, [](Position& p) { p.x->vDeleteKeyframe(Context::Explicit(at(5))); }),
               "KEYFRAME_REMOVED 1 0\n");
     EXPECT_EQ(heard(false, [](Position& p) { p.y->vDeleteKeyframe(Context::Explicit(at(9))); }),
@@ -177,18 +128,37 @@ TEST(Compound, SendsWhatItsSubparametersSend) {
 }
 
 TEST(Compound, TheUnionIsThatOfANewCompound) {
+    Uncounted uncounted;
+    Position inner;
     Position p;
     ChangeRecorder recorder(&p.whole);
-    const View views[] = {0, 0, 2};
-    for (int i = 0; i < 400; ++i) {
-        const View view = views[i % 3];
-        const Context place(Time::fromInt(i * i * 7919 % 23), view);
-        Number& part = i % 5 < 3 ? *p.x : *p.y;
-        if (i * 31 % 7 < 4)
+    Number* const parts[] = {p.x.get(), p.y.get(), inner.x.get(), &uncounted};
+    const std::function<void(Number&)> rareActs[] = {
+        [](Number& part) { part.adjustKeyframesTime([](Time time) { return time + 2.; }); },
+        [](Number& part) { part.blockSignals(!part.signalsBlocked()); },
+        [](Number& part) { part.vDeleteAllKeyframes(View(0)); },
+        [](Number& part) { part.clearViewData(); },
+        [](Number& part) { part.assignFrom(Number()); },
+        [&](Number&) { p.whole.subparametersNotification(false); },
+        [&](Number&) { p.whole.subparametersNotification(true); },
+        [&](Number& part) { p.whole.clearAllLists(), p.whole.addParameter(part); },
+        [&](Number& part) { p.whole.addParameter(part); },
+        [&](Number&) { p.whole.addParameter(inner.whole); },
+    };
+    std::minstd_rand random(5);
+    for (int i = 0; i < 4000; ++i) {
+        const Context place(Time::fromInt(static_cast<int>(random() % 23)), View(i % 64 < 48 ? 0 : 2));
+        Number& part = *parts[random() % std::size(parts)];
+        const auto choice = random() % 30;
+        if (choice > 18)
             part.vSetValue(i, place);
-        else
+        else if (choice >= std::size(rareActs))
             part.vDeleteKeyframe(Context::Explicit(place));
-        EXPECT_EQ(p.whole.allKeyframesTime(view), CompoundParameter(p.whole).allKeyframesTime(view)) << i;
+        else if (random() % 4 == 0)
+            rareActs[choice](part);
+        // Now and then only, so that some changes are missed.
+        EXPECT_TRUE(random() % 2 == 0 ||
+                    p.whole.allKeyframesTime(place.view) == CompoundParameter(p.whole).allKeyframesTime(place.view));
     }
 }
 
@@ -229,18 +199,17 @@ TEST(Compound, ItsValueIsTheListOfValues) {
     EXPECT_EQ(numbers(), (Values{7., 8.}));
     p.whole.setVariantValue(QVariantList{1, 2}, at(5));
     EXPECT_EQ(numbers(), (Values{1., 2.}));
-    const std::pair<QVariant, const char*> rows[] = {
-        {4.5, "virtual void Prm::CompoundParameter::setVariantValue(const QVariant&, const Prm::Context&) : wrong "
-              "value type.\n"},
-        {QVariant(), "virtual void Prm::CompoundParameter::setVariantValue(const QVariant&, const Prm::Context&) : "
-                     "wrong value type.\n"},
-        {QVariantList{1, 2, 3},
-         "CompoundParameter::setVariantValue() number of parameters is not the same as values.\n"},
+    const std::string wrongType = "virtual void Prm::CompoundParameter::setVariantValue(const QVariant&, const "
+                                  "Prm::Context&) : wrong value type.";
+    const std::pair<QVariant, std::string> rows[] = {
+        {4.5, wrongType},
+        {QVariant(), wrongType},
+        {QVariantList{1, 2, 3}, "CompoundParameter::setVariantValue() number of parameters is not the same as values."},
     };
     for (const auto& [value, warning] : rows) {
         const Warnings warnings;
         p.whole.setVariantValue(value, at(5));
-        EXPECT_EQ(Warnings::text().toStdString(), warning);
+        EXPECT_EQ(Warnings::text().toStdString(), warning + "\n");
         EXPECT_EQ(numbers(), (Values{1., 2.}));
     }
     EXPECT_EQ(p.whole.qMetaType(), QMetaType::type("Prm::CompoundParameter"));
@@ -278,6 +247,7 @@ TEST(Compound, ProjectsFindItsPartsAndNameItsLosses) {
     ParameterSet root;
     root.addParameter(master);
     root.addParameter(p.whole);
+    EXPECT_EQ(root.parameterWTWithName("position.x"), p.x.get());
     ProjectFile file(root);
     const QByteArray lines =
         "position.x.MasterParameterId=.master\nposition.y.MasterParameterId=gone\nposition.y.value=x\n";
@@ -356,18 +326,10 @@ TEST(Compound, ContainsNoCircleAndDiesInPeace) {
     {
         const Warnings warnings;
         inner->addParameter(*outer);
-        inner->addParameter(*inner);
-        EXPECT_EQ(Warnings::text().count("cannot be a part of it"), 2);
-    }
-    EXPECT_TRUE(inner->subparameters().isEmpty());
-    {
-        const Warnings quiet;
-        ParameterSet above("above");
+        EXPECT_EQ(Warnings::text().count("cannot be a part of it"), 1);
         ParameterSet below("below");
-        above.addParameter(*outer);
-        EXPECT_FALSE(inner->addParameterSet(above));
         EXPECT_TRUE(inner->addParameterSet(below));
-        below.addParameter(*outer);
+        const CompoundParameter above(*outer);
         below = above;
         EXPECT_TRUE(below.parameters().empty());
     }

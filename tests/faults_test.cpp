@@ -5,17 +5,13 @@
 #include "prm/detail/Invariants.h"
 #include "tests/edits/World.h"
 #include "tests/support/Allocations.h"
-#include "tests/support/QtCallers.h"
 
 #include <QFile>
 #include <QTemporaryDir>
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <new>
-#include <sys/wait.h>
-#include <unistd.h>
 
 using namespace Prm;
 using Allocations::Attempt;
@@ -163,35 +159,6 @@ TEST_F(Faults, MembersAreAddedOrNot) {
         };
         Allocations::failEach(make, [](const std::string& broken) { return broken.empty(); });
     }
-}
-
-/// Whether a failure at some allocation ends the process, or makes it hang.
-bool breaks(void (*call)()) {
-    for (int n = 1; n < 60; ++n) {
-        const pid_t child = fork();
-        if (child == 0) {
-            alarm(10);
-            std::fclose(stderr);
-            Allocations::failAnywhereAt(n);
-            try {
-                call();
-            } catch (const std::bad_alloc&) {
-            }
-            _exit(Allocations::hasFailed() ? 0 : 1);
-        }
-        int status = 0;
-        waitpid(child, &status, 0);
-        if (!WIFEXITED(status))
-            return true;
-        if (WEXITSTATUS(status) == 1)
-            return false;
-    }
-    return false;
-}
-
-TEST_F(Faults, QtBreaksWhereItIsSpared) {
-    for (const QtCaller& caller : qtCallers)
-        EXPECT_TRUE(breaks(caller.call)) << caller.name;
 }
 
 } // namespace

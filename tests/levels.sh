@@ -3,80 +3,38 @@
 set -euo pipefail
 cd -- "$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")"
 
-# Every header stands here, or matches a pattern here, once.
+# Every header stands here, or matches a pattern here, once: behind its level, below the folder.
 levels() {
     cat <<'TABLE'
-1 host/*
-1 prm/math/*
-1 prm/Export.h
-1 prm/Prm.h
-1 prm/detail/Inline.h
-1 prm/detail/KeyframeRevision.h
-1 prm/detail/Mortal.h
-1 prm/detail/ReaderSlots.h
-1 prm/detail/RecursiveMutex.h
-2 prm/Time.h
-2 prm/Context.h
-2 prm/AnimationState.h
-2 prm/ProxyScale.h
-2 prm/View.h
-2 prm/Interpolation.h
-2 prm/KeyframeData.h
-2 prm/CurveKinds.h
-2 prm/ValueType.h
-2 prm/ViewInterpolation.h
-2 prm/ParameterStrings.h
-2 prm/ProjectFileVersion.h
-2 prm/TextStreamOperators.h
-2 prm/detail/BezierEasing.h
-2 prm/detail/CurveShapes.h
-2 prm/detail/KeyframeText.h
-2 prm/detail/LineParts.h
-2 prm/detail/NumberText.h
-2 prm/detail/PlainNumbers.h
-2 prm/detail/TextTokens.h
-2 prm/detail/UniqueName.h
-3 prm/Views.h
-3 prm/ParameterChange.h
-3 prm/detail/KeyframeSearch.h
-3 prm/detail/KeyframeInsertion.h
-3 prm/detail/KeyframeStretch.h
-3 prm/detail/SourceViews.h
-4 prm/BasicParameter.h
-4 prm/ParameterWithoutType.h
-4 prm/ParameterWithoutTypeBase.h
-4 prm/NumericParameterWithoutType.h
-4 prm/SerialisedKeyframe.h
-4 prm/detail/KeyframeMoves.h
-4 prm/detail/PartialSnapshot.h
-4 prm/detail/ReadingScope.h
-4 prm/detail/Restoring.h
-4 prm/detail/StateAt.h
-5 prm/ParameterEdits.h
-5 prm/MoveKeyframeEdit.h
-6 prm/detail/FastViewMap.h
-6 prm/Parameter.h
-6 prm/Parameter.hpp
-6 prm/parameter/*
-6 prm/CurveParameter.h
-6 prm/CurveParameter.hpp
-6 prm/NumericParameter.h
-7 prm/StaticParameter.h
-7 prm/MovedParameter.h
-7 prm/ParameterTree.h
-7 prm/ParameterSet.h
-7 prm/CompoundParameter.h
-7 prm/detail/CompoundWalk.hpp
-7 prm/ProjectFile.h
-7 prm/detail/Invariants.h
-8 tool/*
+1 host *
+1 prm/math *
+1 prm Export Prm
+1 prm/detail Inline KeyframeRevision Mortal ReaderSlots RecursiveMutex
+2 prm Time Context AnimationState ProxyScale View Interpolation KeyframeData CurveKinds ValueType ViewInterpolation
+2 prm ParameterStrings ProjectFileVersion TextStreamOperators
+2 prm/detail BezierEasing CurveShapes KeyframeText LineParts NumberText PlainNumbers TextTokens UniqueName
+3 prm Views ParameterChange
+3 prm/detail KeyframeSearch KeyframeInsertion KeyframeStretch SourceViews
+4 prm BasicParameter ParameterWithoutType ParameterWithoutTypeBase NumericParameterWithoutType SerialisedKeyframe
+4 prm/detail KeyframeMoves PartialSnapshot ReadingScope Restoring StateAt
+5 prm ParameterEdits MoveKeyframeEdit
+6 prm Parameter CurveParameter NumericParameter
+6 prm/parameter *
+6 prm/detail FastViewMap
+7 prm StaticParameter MovedParameter ParameterTree ParameterSet CompoundParameter ProjectFile
+7 prm/detail CompoundWalk Invariants
+8 tool *
 TABLE
 }
 
 declare -a patterns=() pattern_levels=()
-while read -r level pattern; do
-    pattern_levels+=("$level")
-    patterns+=("$pattern")
+while read -r level folder names; do
+    set -f
+    for name in $names; do
+        pattern_levels+=("$level")
+        patterns+=("$folder/$name.h*")
+    done
+    set +f
 done < <(levels)
 
 # Sets `level`; 0 for a file that the table does not name.

@@ -4,6 +4,7 @@
 #include "host/bsc/CompositeCommand.h"
 #include "prm/CompoundParameter.h"
 #include "prm/ParameterEdits.h"
+#include "prm/Views.h"
 #include "prm/detail/Invariants.h"
 #include "tests/edits/World.h"
 #include "tests/support/Warnings.h"
@@ -30,6 +31,7 @@ struct Scene {
             root.addParameterSet(below);
         }
         below.addParameter(*number);
+        stereo.setViewNames({{"left"}, {"right"}});
     }
     ~Scene() {
         destroy(number);
@@ -56,6 +58,7 @@ struct Scene {
         EXPECT_EQ(below.parameters().size(), number ? 1U : 0U);
     }
 
+    Views stereo;
     ParameterSet root{"root"};
     ParameterSet below{"below"};
     CompoundParameter group{"group"};
@@ -64,7 +67,7 @@ struct Scene {
 };
 
 /// What becomes of an edit that its observer throws out of.
-enum Thrown { Made, Begun, Undone, Caught };
+enum Thrown { Made, Begun, Undone, Caught, Partly };
 
 struct Sent {
     Change::ChangeType type;
@@ -74,6 +77,10 @@ struct Sent {
 
 const Sent changes[] = {
     {Change::KEYFRAME_ADDED, [](Scene& s) { s.number->iAddKeyframe(at(5)); }},
+    {Change::KEYFRAME_ADDED, [](Scene& s) { s.number->vSetValue(9, at(5)); }},
+    {Change::KEYFRAME_ADDED,
+     [](Scene& s) { s.number->iAddKeyframe(Frame::fromInt(5), AnimationState(AnimationFlags(4), &s.stereo)); }, Partly},
+    {Change::VIEW_RESET, [](Scene& s) { s.number->resetAll(); }, Partly},
     {Change::KEYFRAME_REMOVED, [](Scene& s) { s.number->vDeleteKeyframe(Context::Explicit(at(10))); }},
     {Change::KEYFRAME_CHANGED_VALUE, [](Scene& s) { s.number->vSetValue(9, at(10)); }},
     {Change::KEYFRAME_CHANGED_TIME_VALUE, [](Scene& s) { Change::keyframeChangedTimeValue(*s.number, 1, View(0)); }},
@@ -100,6 +107,8 @@ const Sent changes[] = {
      }},
     {Change::VIEW_ADDED, [](Scene& s) { s.number->vSetValue(4, at(5, 2)); }, Begun},
     {Change::VIEW_ADDED, [](Scene& s) { s.root.bStreamIn("number.view[2].value=4", ProjectFileVersion()); }, Begun},
+    {Change::VIEW_ADDED, [](Scene& s) { s.number->vReset(still(2)); }, Partly},
+    {Change::VIEW_ADDED, [](Scene& s) { s.number->uniquifyView(View(2)); }, Partly},
     {Change::VIEW_REMOVED, [](Scene& s) { s.number->clearViewData(); }},
     {Change::PARAMETER_HIDDEN_CHANGED, [](Scene& s) { s.number->hide(true); }},
     {Change::PARAMETER_LOCKED_CHANGED, [](Scene& s) { s.number->setLocked(true); }},
@@ -158,7 +167,8 @@ TEST(Observers, FromWithinEachChange) {
         if (sent.thrown == Begun)
             EXPECT_TRUE(throwing.scene.number->hasViewData(View(2)) && throwing.state != undisturbed);
         else
-            EXPECT_EQ(throwing.state, sent.thrown == Undone ? throwing.former : undisturbed);
+            EXPECT_TRUE(sent.thrown == Partly ||
+                        throwing.state == (sent.thrown == Undone ? throwing.former : undisturbed));
 
         const Disturbed members(sent, [](Scene& s) {
             const auto made = boost::make_shared<World::Number>("new");

@@ -84,8 +84,7 @@ inline void near(const char* what, double real, double model) {
 struct Act {
     template <class Do>
     Act(const char* called, const Do& act)
-        : name(called), edit([act](P& own, P& other, const Step& s) { act(own, other, s); }),
-          run([called, act](Pair& own, Pair& other, const Step& s) {
+        : name(called), run([called, act](Pair& own, Pair& other, const Step& s) {
               static_cast<void>(called);
               if constexpr (std::is_void_v<decltype(act(own.real, other.real, s))>)
                   act(own.real, other.real, s), act(own.model, other.model, s);
@@ -93,7 +92,6 @@ struct Act {
                   same(called, act(own.real, other.real, s), act(own.model, other.model, s));
           }) {}
     const char* name;
-    std::function<void(P& own, P& other, const Step& step)> edit;
     std::function<void(Pair& own, Pair& other, const Step& step)> run;
 };
 

@@ -3,7 +3,10 @@
 #include "prm/NumericParameter.h"
 #include "tests/parameter/Keying.h"
 #include "tests/support/ChangeRecorder.h"
+#include "tests/support/Errors.h"
 
+#include <QCoreApplication>
+#include <QTranslator>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -109,6 +112,92 @@ TEST(Editing, TheHeroViewIsTheOnlyOneThatIsNotMarked) {
     EXPECT_EQ(assigned.viewSelectorCompanion(), 5u);
     selector.reset();
     EXPECT_EQ(parameter.heroView(), View::INVALID());
+}
+
+TEST(Variants, TheThrowingFormsCheckFirst) {
+    const std::string split = "Parameter not splittable";
+    const std::string keys = "Parameter not animated";
+    const std::tuple<const char*, ParameterOptions, Context, std::string> rows[] = {
+        {"keyframed, at a frame", Keyframed | Splittable, at(1, 3), ""},
+        {"keyframed, no frame", Keyframed | Splittable, still(3), ""},
+        {"static, at a frame", Splittable, at(1), keys},
+        {"static, no frame", Splittable, at(-1, 3), ""},
+        {"unsplittable, another view", Keyframed, at(1, 3), split},
+        {"both, the view first", {}, at(1, 3), split},
+    };
+    for (const auto& [name, options, context, error] : rows) {
+        SCOPED_TRACE(name);
+        Parameter<int> parameter(QStringLiteral("checked"), 6, options);
+        const auto read = [&, &at = context] { EXPECT_EQ(parameter.variantValue(at), QVariant(6)); };
+        EXPECT_EQ(errorOf(read), error);
+        EXPECT_EQ(errorOf([&, &at = context] { parameter.setVariantValue(7, at); }), error);
+        EXPECT_EQ(parameter.numViews() > 0, error.empty());
+        EXPECT_EQ(parameter.variantValue(context, std::nothrow), QVariant(error.empty() ? 7 : 6));
+    }
+}
+
+class Translator : public QTranslator {
+public:
+    QString translate(const char* context, const char* text, const char*, int) const override {
+        return qstrcmp(context, "Parameter") == 0 ? QStringLiteral("\u00fc %1").arg(QLatin1String(text)) : QString();
+    }
+    bool isEmpty() const override { return false; }
+};
+
+TEST(Variants, ErrorsAreTranslated) {
+    int count = 0;
+    const QCoreApplication application(count, nullptr);
+    Translator translator;
+    QCoreApplication::installTranslator(&translator);
+    const Parameter<int> fixed("static", 0, {});
+    EXPECT_EQ(errorOf([&] { fixed.variantValue(at(1)); }), u8"\u00fc Parameter not animated");
+}
+
+class Failing : public Parameter<double> {
+public:
+    Failing() : ParameterWithoutType(false, false, nullptr) {}
+    double extrapolateValue(const BoundingKeyframes&, const Context&, Cache*) const override {
+        throw std::logic_error("hook");
+    }
+};
+
+TEST(Variants, OnlyTheThrowingFormsThrow) {
+    Failing parameter;
+    key(parameter, {{2, 1.}});
+    EXPECT_EQ(parameter.variantValue(at(1), std::nothrow), QVariant());
+    EXPECT_EQ(errorOf([&] { parameter.variantValue(at(1)); }), "hook");
+    const auto observer = [](ParameterChange&) { throw std::logic_error("observer"); };
+    QObject::connect(&parameter, &ParameterWithoutType::changed, observer);
+    EXPECT_NO_THROW(parameter.setVariantValue(5, at(2), std::nothrow));
+    EXPECT_EQ(errorOf([&] { parameter.setVariantValue(6, at(2)); }), "observer");
+    EXPECT_EQ(parameter.keyframeValue(0, View()), 6);
+    parameter.detachAllObservers();
+}
+
+/// The value of a parameter of this type after it is given the variant.
+template <class T> QVariant taken(const QVariant& variant) {
+    Parameter<T> parameter;
+    parameter.setVariantValue(variant, at(1));
+    return parameter.variantValue(at(1));
+}
+
+TEST(Variants, AreConverted) {
+    const double infinity = std::numeric_limits<double>::infinity();
+    const std::tuple<const char*, QVariant, QVariant> rows[] = {
+        {"bool from text", taken<bool>("false"), false},
+        {"number from text", taken<double>("-1.5"), -1.5},
+        {"number from no number", taken<double>("1,5"), 0.0},
+        {"whole number, rounded", taken<int>(2.5), 3},
+        {"whole number from infinity", taken<int>(infinity), std::numeric_limits<int>::max()},
+        {"unsigned from a negative number", taken<unsigned int>(-1e30), 0u},
+        {"from an invalid variant", taken<QString>(QVariant()), QString("")},
+        {"point from a whole point", taken<QPointF>(QPoint(1, 2)), QPointF(1, 2)},
+        {"whole point from text", taken<QPoint>("1 2"), QPoint()},
+    };
+    for (const auto& [name, value, expected] : rows) {
+        EXPECT_EQ(value, expected) << name;
+        EXPECT_EQ(value.userType(), expected.userType()) << name;
+    }
 }
 
 } // namespace

@@ -6,7 +6,6 @@
 #include "tests/parameter/Keying.h"
 
 #include <QSet>
-#include <QTextStream>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -132,6 +131,15 @@ template <class T> std::vector<QString (*)(const Parameter<T>&, quint32)> questi
     };
 }
 
+template <class Kind> void readLine(Kind& kind, const QString& line) {
+    kind.setFromScriptString(kind.scriptName() + '.' + line, ProjectFileVersion());
+}
+
+template <class Edit> void doAndUndo(Edit&& edit) {
+    edit.doIt();
+    edit.undoIt();
+}
+
 template <class Kind, class T> std::vector<std::function<void(Kind&)>> edits() {
     const auto fixed = std::make_shared<Kind>(QStringLiteral("fixed"), whole<T>(1), ParameterOptions());
     fixed->vSetValue(whole<T>(2), still());
@@ -172,6 +180,10 @@ template <class Kind, class T> std::vector<std::function<void(Kind&)>> edits() {
         [=](Kind& kind) { kind.vSetDefault(whole<T>(16)); },
         [=](Kind& kind) { kind.clearViewData(); },
         [=](Kind& kind) { kind.vSetDefault(whole<T>(17)); },
+        [=](Kind& kind) { readLine(kind, "keyframes.append( Key( 24, " + text(whole<T>(19)) + ", Linear ) )"); },
+        [=](Kind& kind) { readLine(kind, "view[1].value=" + text(whole<T>(20))); },
+        [=](Kind& kind) { doAndUndo(ParameterRetimeEdit(kind, Retiming::shifted(2))); },
+        [=](Kind& kind) { doAndUndo(ParameterDeleteViewEdit(kind, View(0))); },
     };
 }
 
@@ -218,45 +230,9 @@ template <class Kind, class T> void seeOnlyWhatWas() {
     }
 }
 
-TEST(Races, ReadersSeeOnlyPointsThatWere) {
+TEST(Races, ReadersSeeOnlyWhatWas) {
     seeOnlyWhatWas<PointParameter, QPointF>();
-}
-
-TEST(Races, ReadersSeeOnlyTextsThatWere) {
     seeOnlyWhatWas<Parameter<QString>, QString>();
-}
-
-void load(NumericParameter<double>& kind, const NumericParameter<double>& source) {
-    QString text;
-    QTextStream stream(&text);
-    source.streamOut(stream, QString(), true);
-    for (const QString& line : text.split('\n'))
-        kind.setFromScriptString(kind.scriptName() + line.mid(source.scriptName().size()), ProjectFileVersion());
-}
-
-template <class Edit> void doAndUndo(Edit&& edit) {
-    edit.doIt();
-    edit.undoIt();
-}
-
-TEST(Races, LoadingAndUndoingBesideEvaluation) {
-    using Number = NumericParameter<double>;
-    Number source("source");
-    for (const quint32 view : {0u, 1u})
-        key(source, {{0, 1.}, {40, 3.}, {100, 2.}}, view);
-    Number parameter("number");
-    const Crowd crowd(readers, [&] {
-        for (const quint32 view : {0u, 1u, 4u}) {
-            EXPECT_LE(std::abs(parameter.value(at(50, view)) - 1.5), 1.5);
-            EXPECT_LE(parameter.sampleValues(Frame(), Frame::fromUInt(9), View(view)).last(), 3);
-        }
-    });
-    for (int round = 0; round < rounds(60); ++round) {
-        load(parameter, source);
-        doAndUndo(ParameterDeleteAllKeysEdit(parameter, View(1)));
-        doAndUndo(ParameterRetimeEdit(parameter, Retiming::shifted(2)));
-        doAndUndo(ParameterDeleteViewEdit(parameter, View(0)));
-    }
 }
 
 TEST(Races, TheRegistryIsAskedBesideEvaluation) {
@@ -406,15 +382,6 @@ TEST(Races, NestedReadsGoDeepOnThreadsThatComeAndGo) {
         one.vDeleteKeyframe(Context::Explicit(at(40)));
         one.deleteView(View(1));
     }
-}
-
-TEST(Races, ReadersInsideAHookLetAWriterIn) {
-    Hooked inner;
-    Hooked outer;
-    outer.inside = [&](const Context&) { return inner.sampleValues(Frame(), Frame::fromUInt(60), View()).last(); };
-    const Crowd crowd(2 * readers, [&] { EXPECT_EQ(outer.value(at(50)), 2); });
-    for (int round = 0; round < rounds(60); ++round)
-        inner.vSetValue(1, at(round));
 }
 
 } // namespace

@@ -16,12 +16,8 @@ std::size_t bytes();
 /// Those that are not freed.
 int alive();
 /// The n-th allocation from now on fails, once; none with 0. One beneath a function that Qt does not bring through
-/// (`tests/support/QtCallers.h`) comes through, and the next one outside fails instead.
+/// comes through, and the next one outside fails instead.
 void failAt(int n);
-/// The same, but beneath one of Qt's functions it fails as well.
-void failAnywhereAt(int n);
-/// Whether that has happened.
-bool hasFailed();
 
 /// One attempt of an operation, on a world of its own.
 struct Attempt {

@@ -1,0 +1,285 @@
+#include "host/bsc/CompositeCommand.h"
+#include "host/bsc/Hash.h"
+#include "host/bsc/MementoUndoable.h"
+#include "host/bsc/QPointerEx.h"
+#include "host/bsc/ScopedSignalBlocker.h"
+#include "host/bsc/UniqBag.h"
+#include "host/product/ProductInfo.h"
+#include "host/product/Settings.h"
+
+#include <QCoreApplication>
+#include <QSettings>
+#include <QString>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+namespace {
+
+// The values come from the hashing library's own one-shot function; a change would orphan every shared cache.
+TEST(Hash, SameBytesGiveTheSameHashEverywhere) {
+    QByteArray many(1000, '\0');
+    for (int i = 0; i < many.size(); ++i)
+        many[i] = static_cast<char>(i % 251);
+    const QByteArray rows[][2] = {
+        {"", "99aa06d3014798d86001c324468d497f"},
+        {"a", "a96faf705af16834e6c632b61e964e1f"},
+        {"animatable values", "98b91d0932347641cfb9d93ca0f3c44c"},
+        {many.left(200), "cb0395310643ba0edd97e9af3609d9f5"},
+        {many, "18bf41bc8229e27733ef703fb2b20ed1"},
+    };
+    for (const auto& [bytes, expected] : rows) {
+        Bsc::Hash hash;
+        for (const char byte : bytes) {
+            const Bsc::Hash before(hash);
+            hash.addData(&byte, 1);
+            hash.addData(nullptr, 0);
+            EXPECT_NE(before.result(), hash.result()) << bytes.size();
+        }
+        EXPECT_EQ(hash.result().toString(), QString::fromLatin1(expected)) << bytes.size();
+        EXPECT_EQ(hash.result().bytes(), QByteArray::fromHex(expected)) << bytes.size();
+    }
+}
+
+TEST(Hash, AssignmentForgetsWhatWasAdded) {
+    Bsc::Hash hash;
+    hash.addData("forgotten", 9);
+    hash = Bsc::Hash();
+    EXPECT_EQ(hash.result(), Bsc::Hash().result());
+    EXPECT_THROW(hash.addData(nullptr, 1), std::invalid_argument);
+}
+
+using Guarded = Bsc::detail::QPointerEx<QObject, QPointer>;
+
+class Undeclared;
+[[maybe_unused]] const Bsc::UniqBag<Bsc::detail::QPointerEx<Undeclared, QPointer>> bagOfAnIncompleteType;
+
+template <class T> std::vector<T> inOrder(const Bsc::UniqBag<T>& bag) {
+    return std::vector<T>(bag.begin(), bag.end());
+}
+
+TEST(UniqBag, KeepsOneOfEachInTheOrderOfInsertion) {
+    Bsc::UniqBag<int> bag{30, 10, 20};
+    const Bsc::UniqBag<int> copy(bag);
+    EXPECT_FALSE(bag.insert(10));
+    EXPECT_TRUE(bag.erase(*bag.begin())) << "the reference is the element's own";
+    EXPECT_FALSE(bag.erase(30) || bag.contains(30) || bag == copy);
+    EXPECT_TRUE(bag.insert(30));
+    EXPECT_EQ(bag, copy) << "order does not count";
+    EXPECT_EQ(inOrder(bag), (std::vector<int>{10, 20, 30}));
+    EXPECT_EQ(inOrder(copy), (std::vector<int>{30, 10, 20}));
+    bag = Bsc::UniqBag<int>(std::move(bag));
+    EXPECT_TRUE(bag.erase(20) && bag.insert(20));
+    bag.clear();
+    EXPECT_TRUE(bag.empty() && bag.insert(10));
+}
+
+TEST(QPointerEx, IdentityOutlivesTheObject) {
+    alignas(QObject) unsigned char room[sizeof(QObject)];
+    Bsc::UniqBag<Guarded> bag;
+    for (std::size_t generation = 1; generation <= 3; ++generation) {
+        auto* object = new (room) QObject;
+        const Guarded guarded(object);
+        const uint hash = qHash(guarded);
+        EXPECT_TRUE(!bag.contains(object) && bag.insert(object) && !bag.insert(object)) << generation;
+        EXPECT_EQ((--bag.end())->get(), object) << generation;
+        object->~QObject();
+        EXPECT_TRUE(guarded.isNull() && !guarded && !guarded.data());
+        EXPECT_EQ(qHash(guarded), hash);
+        EXPECT_NE(guarded, Guarded()) << "the dead are not the same as none";
+        EXPECT_TRUE(bag.erase(guarded) && bag.insert(guarded));
+    }
+    EXPECT_EQ(bag, Bsc::UniqBag<Guarded>(bag));
+    EXPECT_EQ(bag.size(), 3u) << "the dead are not taken for each other either";
+}
+
+TEST(ScopedSignalBlocker, UnblocksOnlyWhatItBlocked) {
+    auto object = std::make_unique<QObject>();
+    {
+        const Bsc::ScopedSignalBlocker outer(*object);
+        { const Bsc::ScopedSignalBlocker inner(object.get()); }
+        EXPECT_TRUE(object->signalsBlocked());
+    }
+    EXPECT_FALSE(object->signalsBlocked());
+    const Bsc::ScopedSignalBlocker none(nullptr);
+    const Bsc::ScopedSignalBlocker survivor(*object);
+    object.reset();
+}
+
+/// Writes down what happens (a done, -a undone, ~ deleted), and throws at the acts listed (a! done, -a! undone).
+class Step : public Bsc::Command {
+public:
+    Step(const char* name, std::string& log, const char* throwing) : m_name(name), m_log(log), m_throwing(throwing) {}
+    ~Step() override { m_log += '~'; }
+    void doIt() override { act(' ' + m_name); }
+    void undoIt() override { act('-' + m_name); }
+    QString usageLogInfo() const override { return m_name == "b" ? QString() : QString::fromStdString(m_name); }
+
+private:
+    void act(const std::string& act) {
+        m_log += act;
+        if (m_throwing.find(act + '!') != std::string::npos)
+            throw act;
+    }
+
+    std::string m_name;
+    std::string& m_log;
+    std::string m_throwing;
+};
+
+/// Does, undoes and deletes the steps a, b, c, which are one step of a larger command.
+void run(const char* throwing, std::string& log) {
+    Bsc::CompositeCommand outer;
+    auto* inner = new Bsc::CompositeCommand;
+    outer.push_back(inner);
+    outer.push_back(nullptr);
+    for (const char* name : {"a", "b", "c"})
+        inner->push_back(new Step(name, log, throwing));
+    EXPECT_EQ(outer.size(), 1u);
+    EXPECT_EQ(outer.usageLogInfo(), QStringLiteral("a, c"));
+    for (const auto operation : {&Bsc::Command::doIt, &Bsc::Command::undoIt}) {
+        try {
+            (outer.*operation)();
+        } catch (const std::string& act) {
+            log += " threw" + act;
+        }
+        log += ';';
+    }
+}
+
+TEST(CompositeCommand, AllOrNothingBothWays) {
+    const char* const rows[][3] = {
+        {"nothing fails", "", " a b c;-c-b-a;"},
+        {"the last fails to be done", " c!", " a b c-b-a threw c;-c-b-a;"},
+        {"one fails to be undone", "-b!", " a b c;-c-b c threw-b;"},
+        {"the roll-backs fail as well", " c!-b!", " a b c-b-a threw c;-c-b c threw-b;"},
+    };
+    for (const auto& [name, throwing, expected] : rows) {
+        std::string log;
+        run(throwing, log);
+        EXPECT_EQ(log, std::string(expected) + "~~~") << name;
+    }
+}
+
+struct Undoable;
+using Act = void (*)(Undoable&);
+
+/// Does as it is told while it is imported, and writes down each operation with the flag that it saw.
+struct Undoable : virtual Bsc::MementoUndoable {
+    Undoable(Act whileImported, Act afterwards, QString& told) : during(whileImported), after(afterwards), log(&told) {}
+    boost::shared_ptr<Bsc::MementoBase> exportState() const override { return nullptr; }
+    void doImportState(boost::shared_ptr<Bsc::MementoBase> /*snapshot*/) override {
+        note("do");
+        during(*this);
+    }
+    void postImportState() override {
+        note("post");
+        after(*this);
+    }
+    void note(const char* what) const { *log += QLatin1String(what) + QLatin1String(isImporting() ? "+ " : "- "); }
+
+    Act during;
+    Act after;
+    QString* log;
+    bool isNested = false;
+};
+
+const auto rest = [](Undoable&) {};
+const auto fail = [](Undoable&) { throw 1; };
+const auto die = [](Undoable& object) {
+    *object.log += QLatin1String("gone");
+    delete &object;
+};
+const auto nest = [](Undoable& object) {
+    if (!std::exchange(object.isNested, true))
+        Bsc::importState(object, nullptr);
+};
+const auto dieNested = [](Undoable& object) { object.isNested ? die(object) : nest(object); };
+const auto copyAndAssign = [](Undoable& object) {
+    const Undoable other(object);
+    other.note("copy");
+    object = other;
+};
+
+TEST(ImportState, FlagIsPutBackOnEveryWayOut) {
+    const std::tuple<const char*, Act, Act, QString> rows[] = {
+        {"throws in do", fail, rest, QStringLiteral("do+ threw left- ")},
+        {"throws in post", rest, fail, QStringLiteral("do+ post- threw left- ")},
+        {"dies in do", die, rest, QStringLiteral("do+ gone")},
+        {"dies in post", rest, die, QStringLiteral("do+ post- gone")},
+        {"nested in do", nest, rest, QStringLiteral("do+ do+ post+ post- left- ")},
+        {"nested in post", rest, nest, QStringLiteral("do+ post- do+ post- left- ")},
+        {"dies in nested do", dieNested, rest, QStringLiteral("do+ do+ gone")},
+        {"copied and assigned", copyAndAssign, rest, QStringLiteral("do+ copy- post- left- ")},
+    };
+    for (const auto& [name, during, after, expected] : rows) {
+        for (const bool flagDuringPost : {false, true}) {
+            QString log;
+            auto* const object = new Undoable(during, after, log);
+            try {
+                Bsc::importState(*object, nullptr, flagDuringPost);
+            } catch (int) {
+                log += QLatin1String("threw ");
+            }
+            if (!log.endsWith(QLatin1String("gone"))) {
+                object->note("left");
+                delete object;
+            }
+            const QLatin1String post(flagDuringPost ? "post+" : "post-");
+            EXPECT_EQ(log, QString(expected).replace(QLatin1String("post-"), post)) << name << flagDuringPost;
+        }
+    }
+}
+
+using Product::Settings;
+
+int setting(const char* key, bool systemWide = true) {
+    return Settings::value(QString::fromLatin1(key), 7, systemWide).toInt();
+}
+
+TEST(Settings, ComeFromTheStoresOfTheOrganisation) {
+    const QTemporaryDir folder;
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.filePath(QStringLiteral("user")));
+    QSettings::setPath(QSettings::NativeFormat, QSettings::SystemScope, folder.filePath(QStringLiteral("system")));
+    QCoreApplication::setOrganizationName(QStringLiteral("House"));
+    QSettings().setValue(QStringLiteral("mine"), 1);
+    QSettings(QSettings::SystemScope, QStringLiteral("House")).setValue(QStringLiteral("ours"), 2);
+    EXPECT_EQ(setting("mine", false), 1);
+    EXPECT_EQ(setting("ours", true), 2);
+    EXPECT_EQ(setting("ours", false), 7);
+    EXPECT_EQ(setting(""), 7);
+    QCoreApplication::setOrganizationName(QString());
+}
+
+TEST(Settings, SourceIsReplaced) {
+    for (const QVariant& answer : {QVariant(1), QVariant()}) {
+        Settings::replaceSource([=](const QString&, const QVariant&, bool) { return answer; });
+        EXPECT_EQ(setting("absent"), answer.isValid() ? 1 : 7) << "an invalid answer is none";
+    }
+    Settings::replaceSource(nullptr);
+}
+
+TEST(ProductInfo, IsNeverEmptyAndNamedAsAskedUnlessReplaced) {
+    const char* const rows[][3] = {
+        {"", "0.0.0", "0"}, {"4.1.2 build 812", "4.1.2 build 812", "812"}, {"7-beta", "7-beta", "7"}};
+    for (const auto& [stored, version, buildNumber] : rows) {
+        QCoreApplication::setApplicationVersion(QString::fromLatin1(stored));
+        EXPECT_EQ(Product::qstrGetProductVersion(QString()), QString::fromLatin1(version));
+        EXPECT_EQ(Product::qstrGetProductBuildNumber(QString()), QString::fromLatin1(buildNumber));
+    }
+    QCoreApplication::setApplicationVersion(QString());
+    EXPECT_FALSE(Product::qstrGetProductName(QString()).isEmpty());
+    const QString name = QStringLiteral("Viewer");
+    Product::replaceProductName([](const QString& application) { return application + QLatin1Char('!'); });
+    EXPECT_EQ(Product::qstrGetProductName(name), QStringLiteral("Viewer!"));
+    Product::replaceProductName(nullptr);
+    EXPECT_EQ(Product::qstrGetProductName(name), name);
+}
+
+} // namespace

@@ -1,0 +1,47 @@
+#!/usr/bin/env bash
+# Types what a person would in a copy of a folder, and compares what comes of it: session.sh PROGRAM FOLDER SESSION
+# Below each "$ command" stands what it prints ("\" where its last line has no end), behind "! " what it complains of,
+# in brackets its exit code unless that is 0. With --write as fourth word the session is written anew, to be looked at.
+set -u
+program=$(readlink -f -- "$1") folder=$2 session=$(readlink -f -- "$3") wanted=${4-}
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+cp -R "$folder" "$work/folder"
+scripts=$(dirname -- "$(readlink -f -- "$0")")/../../tool/shell
+cd "$work/folder" || exit
+# shellcheck source=tool/shell/prm.bash
+source "$scripts/prm.bash"
+
+prm() { "$program" "$@"; }
+# An animation of one layer, whose opacity is given, and its values at some frames.
+opacity() {
+    printf '{"fr": 25, "layers": [{"nm": "a", "ks": {"o": %s}}]}' "$1" >given.json
+    prm import given.json -o new.prm
+    if [[ -n ${2-} ]]; then prm eval new.prm 'a.*' --frames "$2" --csv; fi
+}
+manual() { "$scripts/manual.sh" "$program" 1.2.3; }
+# What the shell offers for the last of some words.
+offers() {
+    COMP_WORDS=("$program" "$@") COMP_CWORD=$# COMPREPLY=()
+    _prm
+    printf '%s\n' "${COMPREPLY[@]}"
+}
+
+replay() {
+    local line status
+    while IFS= read -r line; do
+        printf '%s\n' "$line"
+        eval "${line#\$ }" >../printed 2>../complaints </dev/null
+        status=$?
+        cat ../printed
+        if [[ -n $(tail -c 1 ../printed) ]]; then printf "%s\n" "\\"; fi
+        sed 's/^/! /' ../complaints
+        if ((status != 0)); then echo "[$status]"; fi
+    done < <(grep -a '^\$ ' "$session")
+}
+
+if [[ $wanted == --write ]]; then
+    replay >../replayed && cp ../replayed "$session"
+else
+    diff -au "$session" <(replay)
+fi
