@@ -16,6 +16,8 @@ LARGEST_SPREAD = 0.10
 
 CURVE, FLOOR_B, QT = "Bench::ParameterCurve", "Bench::LockedCurve", "QtCurve"
 
+LINES = (10000, 100000, 1000000)
+
 # Row, what, case, beside, wanted, dream. "<" wants at most that part of the other's time, ">" that many times as fast.
 ROWS = [
     ("1", "static value / dynamic property", "staticParameter", "staticProperty", "<0.3", "<0.1"),
@@ -38,9 +40,18 @@ ROWS = [
       for n in (1000, 10000, 100000)],
     *[("7", f"emitChange, {n} receivers / bare signal", f"emitChange/{n}", f"emitBare/{n}", *wanted)
       for n, wanted in ((0, ("<1.8", "<1.4")), (1, ("<1.2", "<1.05")), (10, ("<1.1", "<1.02")))],
-    ("8", "a project of a million lines written, times as fast as the plain way", "libraryWrite", "plainWrite", ">10",
-     ">20"),
-    ("9", "the same, read", "libraryRead", "plainRead", ">4", ">6"),
+    *[("8", f"{n} lines written to a file, times as fast as the plain way", f"libraryWrite/{n}", f"plainWrite/{n}",
+       ">10", ">20") for n in LINES],
+    *[("8", f"{n} lines written / bytes", f"libraryText/{n}", f"bytesText/{n}", "<2.0", "<1.3") for n in LINES],
+    *[("9", f"{n} lines read, times as fast as the plain way", f"libraryRead/{n}", f"plainRead/{n}", ">4", ">6")
+      for n in LINES],
+    *[("9", f"{n} lines read / bytes", f"libraryRead/{n}", f"bytesRead/{n}", "<4", "<2") for n in LINES],
+    *[("9", f"{n} lines read, times as fast as QJsonDocument", f"libraryRead/{n}", f"jsonRead/{n}", ">2.5", ">5")
+      for n in LINES],
+    *[("9", f"{n} lines read, times as fast as {what}", f"libraryRead/{n}", f"{peer}/{n}", "", "")
+      for what, peer, sizes in (("it from arrays without names", "shortJsonRead", LINES),
+                                ("QXmlStreamReader", "xmlRead", LINES), ("QSettings", "settingsRead", LINES[:2]))
+      for n in sizes],
     *[("10", f"snapshot of {n} keyframes, times as fast as a deep copy", f"snapshot/{n}", f"deepCopy/{n}", *wanted)
       for n, wanted in ((1000, ("", "")), (10000, ("", "")), (100000, (">1000", ">2500")))],
     ("11", "bytes of an unwritten parameter / QObject", "unwritten", "bareObject", "<3.0", "<1.6"),
