@@ -32,6 +32,8 @@ struct ProjectFile::Line {
     int size;
 
     QString text() const { return QString::fromUtf8(start, size); }
+    /// Takes the memory of a former text, if nobody else holds it.
+    void readInto(QString& text) const;
     KeptLine kept() const { return {number, QByteArray(start, size)}; }
 };
 
@@ -70,6 +72,19 @@ private:
     int m_position = 0;
     int m_number = 0;
 };
+
+void ProjectFile::Line::readInto(QString& text) const {
+    text.resize(size);
+    QChar* next = text.data();
+    uint allBits = 0;
+    for (const char* character = start; character != start + size; ++character) {
+        allBits |= uchar(*character);
+        *next++ = QLatin1Char(*character);
+    }
+    const bool isAscii = allBits < 128;
+    if (!isAscii)
+        text = this->text();
+}
 
 namespace {
 
@@ -154,8 +169,9 @@ bool ProjectFile::loadText(const QByteArray& text) {
     m_root.assignNamePrefixes();
     Lines lines(text);
     readHeader(lines);
+    QString scratch;
     while (!lines.atEnd())
-        readLine(lines.next());
+        readLine(lines.next(), scratch);
     resolveMasters();
     std::stable_sort(m_report.begin(), m_report.end(),
                      [](const auto& a, const auto& b) { return a.lineNumber < b.lineNumber; });
@@ -196,8 +212,8 @@ void ProjectFile::readHeader(Lines& lines) {
     });
 }
 
-void ProjectFile::readLine(const Line& line) {
-    const QString text = line.text();
+void ProjectFile::readLine(const Line& line, QString& text) {
+    line.readInto(text);
     try {
         if (m_root.bStreamIn(text, m_version)) {
             if (namesMaster(text))
