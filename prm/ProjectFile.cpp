@@ -5,6 +5,7 @@
 #include "prm/detail/Invariants.h"
 #include "prm/detail/LineParts.h"
 
+#include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -281,15 +282,18 @@ QByteArray ProjectFile::text() const {
         header.setTimestamp(m_timeOfWriting);
     ParameterSet properties;
     header.initialiseProperties(properties);
-    QString text;
-    QTextStream stream(&text);
+    // Through a device, for which each parameter's lines become bytes at once: the text of all of them would be twice
+    // as large as its bytes.
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    QTextStream stream(&buffer);
+    stream.setCodec("UTF-8");
     properties.bStreamOut(stream, {}, true);
     m_root.writeMembers(stream, {}, true);
     stream.flush();
-    QByteArray bytes = text.toUtf8();
     for (const QByteArray& line : m_keptLines)
-        bytes += line + '\n';
-    return bytes;
+        buffer.write(line + '\n');
+    return buffer.data();
 }
 
 bool ProjectFile::save(const QString& fileName) {
