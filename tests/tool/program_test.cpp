@@ -156,6 +156,8 @@ const Case refusals[] = {
      "prm: logo.visible: view 1 has no data of its own; prm split gives it some\n"},
     {"no value of the kind", "set logo.prm logo.position 1 --at 1 -o -", 2,
      "prm: logo.position: '1' is no point, two numbers\n"},
+    {"no finite value", "set logo.prm logo.opacity nan --at 1 -o -", 2,
+     "prm: logo.opacity: 'nan' is no finite number\n"},
     {"unknown kind", "set logo.prm logo.shadow.tint 1 -o -", 2,
      "prm: logo.shadow.tint: its values are of no known type; --type settles that\n"},
     {"offset of text", "split logo.prm logo.title --view 1 --offset 1 -o -", 2,
