@@ -35,8 +35,8 @@ bool addThousandths(char*& next, double number, bool onlySixDigits) {
     if (!(size < limit) || (number == 0 && std::signbit(number)))
         return false;
     const auto whole = static_cast<qint64>(size);
-    const auto thousandths = static_cast<qint64>(size * 1000 + 0.5);
     const bool isWhole = static_cast<double>(whole) == size;
+    const qint64 thousandths = isWhole ? whole * 1000 : std::llround(size * 1000);
     if (!isWhole && (static_cast<double>(thousandths) / 1000 != size || (onlySixDigits && thousandths >= 1000000)))
         return false;
     if (number < 0)
