@@ -1,81 +1,25 @@
-// A project of a million keyframe lines, written and read as the library does it, and the plain way: a chain of
-// QString::arg for each line, a stream that is flushed after each, and regular expressions to take lines apart. Both
-// have the same bytes; lines are counted as items.
+// Projects written and read as the library does it, and the plain way: a chain of QString::arg for each line, a stream
+// that is flushed after each, and regular expressions to take lines apart. Both have the same bytes.
 
-#include "prm/NumericParameter.h"
-#include "prm/ParameterSet.h"
-#include "prm/ProjectFile.h"
+#include "bench/ProjectText.h"
 
 #include <QBuffer>
 #include <QRegularExpression>
 #include <QTemporaryFile>
 #include <QTextStream>
-#include <benchmark/benchmark.h>
-#include <boost/make_shared.hpp>
-
-#include <chrono>
-#include <vector>
 
 namespace {
 
+using Bench::Curve;
+using Bench::projectText;
 using Prm::Interpolation;
 using Prm::IType;
 using Prm::Time;
 using Prm::View;
-using Curve = Prm::NumericParameter<double>;
-
-constexpr int setCount = 20;
-constexpr int curvesPerSet = 50;
-constexpr int keyframesPerCurve = 1000;
-constexpr qint64 keyframeCount = qint64(setCount) * curvesPerSet * keyframesPerCurve;
-
-/// Sets of curves that look like a tracked shot: a keyframe on every frame, a third of them with shapes.
-struct Project {
-    Project() {
-        for (int i = 0; i < setCount; ++i) {
-            const auto set = boost::make_shared<Prm::ParameterSet>(QStringLiteral("node%1").arg(i));
-            root.addParameterSet(set);
-            for (int k = 0; k < curvesPerSet; ++k) {
-                curves.push_back(boost::make_shared<Curve>(QStringLiteral("point%1").arg(k)));
-                set->addParameter(curves.back());
-            }
-        }
-        file.setTimeOfWriting(QDateTime(QDate(2021, 3, 1), QTime(), Qt::UTC));
-    }
-    void animate() {
-        int number = 0;
-        for (const auto& curve : curves) {
-            for (int i = 0; i < keyframesPerCurve; ++i, ++number) {
-                const auto index = static_cast<unsigned int>(curve->vSetValue(number * 0.37 + i, Time::fromInt(i)));
-                curve->vSetInterpolationData(number % 3 == 0 ? IType(Interpolation::Bezier, 0.25, 0, 0.75, 1)
-                                                             : IType(Interpolation::Linear),
-                                             index, View());
-            }
-        }
-    }
-
-    Prm::ParameterSet root;
-    std::vector<boost::shared_ptr<Curve>> curves;
-    Prm::ProjectFile file{root};
-};
-
-const Project& animatedProject() {
-    static const Project& project = *[] {
-        auto* const made = new Project;
-        made->animate();
-        return made;
-    }();
-    return project;
-}
-
-const QByteArray& projectText() {
-    static const QByteArray text = animatedProject().file.text();
-    return text;
-}
 
 // --- the plain way ---------------------------------------------------------------------------------------------------
 
-QString plainKeyframe(const Prm::KeyframeData<double>& keyframe) {
+QString plainKeyframe(const Bench::Keyframe& keyframe) {
     const IType& shape = keyframe.interpolationData;
     const bool isBezier = shape.interpolation == Interpolation::Bezier;
     QString value;
@@ -88,11 +32,11 @@ QString plainKeyframe(const Prm::KeyframeData<double>& keyframe) {
         .arg(value);
 }
 
-void writePlainly(QIODevice& device) {
+void writePlainly(QIODevice& device, qint64 lines) {
     QTextStream stream(&device);
     stream.setCodec("UTF-8");
-    const Project& project = animatedProject();
-    stream << QString::fromUtf8(projectText().left(projectText().indexOf("node0"))) << Qt::flush;
+    const Bench::Project& project = Bench::animatedProject(lines);
+    stream << QString::fromUtf8(projectText(lines).left(projectText(lines).indexOf("node0"))) << Qt::flush;
     for (const Prm::ParameterSet* set : project.root.subsets()) {
         stream << set->scriptName() << ".name=\"" << set->name() << '"' << Qt::endl;
         for (const auto& parameter : set->parameters()) {
@@ -150,79 +94,62 @@ void readPlainly(QByteArray text, Prm::ParameterSet& root) {
 
 // --- cases -----------------------------------------------------------------------------------------------------------
 
-/// What the plain way took, so that the library's cases can say by how much they are faster.
-double plainWriting = 0;
-double plainReading = 0;
-
-template <class Do> double seconds(benchmark::State& state, const Do& act) {
-    const auto start = std::chrono::steady_clock::now();
-    act();
-    const double taken = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    state.SetIterationTime(taken);
-    return taken;
-}
-
-void setResults(benchmark::State& state, double plain, double taken) {
-    state.SetItemsProcessed(state.iterations() * keyframeCount);
-    if (plain > 0)
-        state.counters["times as fast as the plain way"] = plain / taken;
+template <class Write> void writeFile(benchmark::State& state, const Write& write) {
+    const QByteArray& text = projectText(state.range(0));
+    for (auto _ : state) {
+        QTemporaryFile file;
+        file.open();
+        Bench::measure(state, [&] { write(file); });
+        file.seek(0);
+        if (file.readAll() != text)
+            state.SkipWithError("the bytes differ");
+    }
 }
 
 void plainWrite(benchmark::State& state) {
-    projectText();
-    for (auto _ : state) {
-        QTemporaryFile file;
-        file.open();
-        plainWriting = seconds(state, [&] { writePlainly(file); });
-        file.seek(0);
-        if (file.readAll() != projectText())
-            state.SkipWithError("the bytes differ from the library's");
-    }
-    setResults(state, 0, 0);
+    writeFile(state, [&](QIODevice& file) { writePlainly(file, state.range(0)); });
 }
 
 void libraryWrite(benchmark::State& state) {
-    double taken = 0;
+    writeFile(state, [&](QFile& file) {
+        file.write(Bench::animatedProject(state.range(0)).file.text());
+        file.flush();
+    });
+}
+
+/// Without a file, beside the bytes that no file is written of either.
+void libraryText(benchmark::State& state) {
+    const QByteArray& expected = projectText(state.range(0));
     for (auto _ : state) {
-        QTemporaryFile file;
-        file.open();
-        taken = seconds(state, [&] {
-            file.write(animatedProject().file.text());
-            file.flush();
-        });
-        file.seek(0);
-        if (file.readAll() != projectText())
+        QByteArray text;
+        Bench::measure(state, [&] { text = Bench::animatedProject(state.range(0)).file.text(); });
+        if (text != expected)
             state.SkipWithError("the bytes differ");
     }
-    setResults(state, plainWriting, taken);
 }
 
-void plainRead(benchmark::State& state) {
-    const QByteArray text = projectText();
+template <class Read> void readText(benchmark::State& state, const Read& read) {
+    const QByteArray& text = projectText(state.range(0));
     for (auto _ : state) {
-        Project project;
-        plainReading = seconds(state, [&] { readPlainly(text, project.root); });
-        if (project.file.text() != text)
-            state.SkipWithError("not all was read");
-    }
-    setResults(state, 0, 0);
-}
-
-void libraryRead(benchmark::State& state) {
-    const QByteArray text = projectText();
-    double taken = 0;
-    for (auto _ : state) {
-        Project project;
-        taken = seconds(state, [&] { project.file.loadText(text); });
+        Bench::Project project(state.range(0));
+        Bench::measure(state, [&] { read(project, text); });
         if (!project.file.report().isEmpty() || project.file.text() != text)
             state.SkipWithError("not all was read");
     }
-    setResults(state, plainReading, taken);
 }
 
-BENCHMARK(plainWrite)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
-BENCHMARK(libraryWrite)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
-BENCHMARK(plainRead)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
-BENCHMARK(libraryRead)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(3);
+void plainRead(benchmark::State& state) {
+    readText(state, [](Bench::Project& project, const QByteArray& text) { readPlainly(text, project.root); });
+}
+
+void libraryRead(benchmark::State& state) {
+    readText(state, [](Bench::Project& project, const QByteArray& text) { project.file.loadText(text); });
+}
+
+BENCHMARK(plainWrite)->Apply(Bench::overLines);
+BENCHMARK(libraryWrite)->Apply(Bench::overLines);
+BENCHMARK(libraryText)->Apply(Bench::overLines);
+BENCHMARK(plainRead)->Apply(Bench::overLines);
+BENCHMARK(libraryRead)->Apply(Bench::overLines);
 
 } // namespace

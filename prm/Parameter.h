@@ -295,6 +295,8 @@ private:
     int insertKeyframe(PVData& data, Time time, const T& value);
     PRM_ALWAYS_INLINE int appendBriefly(Time time, const T& value, View view);
     PRM_NEVER_INLINE int setAtLength(Time time, const T& value, const View& view);
+    bool importsUnheard() const;
+    void storeKeyframe(const T& value, const Context& context, const IType& itype);
     bool giveViewData(const View& view, const PVData& contents);
     void takeKeyframeData(const Parameter& source, bool withSettings);
     void checkVariantAccess(const Context& context) const;
@@ -303,6 +305,8 @@ private:
     static void addViewList(QString& text, const QString& start, const std::vector<View>& views);
     void addViewValues(QString& text, const QString& start, const View& view, bool forceViewPrefix) const;
     void addStaticValue(QString& text, const QString& start, const View& view) const;
+    std::optional<bool> readBriefly(QStringView line, const ProjectFileVersion& version) override;
+    bool readLine(QStringView line, const ProjectFileVersion& version, const TextConversion& convert);
     void readViewList(const QString& line);
     bool readExtrapolation(const QString& line);
 

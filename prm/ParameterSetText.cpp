@@ -177,7 +177,9 @@ ParameterSet::Reading ParameterSet::offerTo(int list, int index, Rest& rest, con
     // Kept alive as well.
     const auto owner = list == Parameters ? m_parameters[position] : nullptr;
     BasicParameter* const parameter = owner ? owner.get() : m_basicParameters[position];
-    return parameter->setFromScriptString(rest.text(), version) ? Reading::Taken : Reading::NotMine;
+    const std::optional<bool> known = parameter->readBriefly(rest.view(), version);
+    const bool taken = known ? *known : parameter->setFromScriptString(rest.text(), version);
+    return taken ? Reading::Taken : Reading::NotMine;
 }
 
 bool ParameterSet::readName(const QString& line) {

@@ -5,6 +5,7 @@
 #include "prm/detail/Invariants.h"
 #include "prm/detail/LineParts.h"
 
+#include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -44,6 +45,8 @@ struct ProjectFile::Line {
     int size;
 
     QString text() const { return QString::fromUtf8(start, size); }
+    /// Takes the memory of a former text, if nobody else holds it.
+    void readInto(QString& text) const;
     KeptLine kept() const { return {number, QByteArray(start, size)}; }
 };
 
@@ -82,6 +85,19 @@ private:
     int m_position = 0;
     int m_number = 0;
 };
+
+void ProjectFile::Line::readInto(QString& text) const {
+    text.resize(size);
+    QChar* next = text.data();
+    uint allBits = 0;
+    for (const char* character = start; character != start + size; ++character) {
+        allBits |= uchar(*character);
+        *next++ = QLatin1Char(*character);
+    }
+    const bool isAscii = allBits < 128;
+    if (!isAscii)
+        text = this->text();
+}
 
 namespace {
 
@@ -166,8 +182,9 @@ bool ProjectFile::loadText(const QByteArray& text) {
     m_root.assignNamePrefixes();
     Lines lines(text);
     readHeader(lines);
+    QString scratch;
     while (!lines.atEnd())
-        readLine(lines.next());
+        readLine(lines.next(), scratch);
     resolveMasters();
     std::stable_sort(m_report.begin(), m_report.end(),
                      [](const auto& a, const auto& b) { return a.lineNumber < b.lineNumber; });
@@ -208,8 +225,8 @@ void ProjectFile::readHeader(Lines& lines) {
     });
 }
 
-void ProjectFile::readLine(const Line& line) {
-    const QString text = line.text();
+void ProjectFile::readLine(const Line& line, QString& text) {
+    line.readInto(text);
     try {
         if (m_root.bStreamIn(text, m_version)) {
             if (namesMaster(text))
@@ -277,15 +294,18 @@ QByteArray ProjectFile::text() const {
         header.setTimestamp(m_timeOfWriting);
     ParameterSet properties;
     header.initialiseProperties(properties);
-    QString text;
-    QTextStream stream(&text);
+    // Through a device, for which each parameter's lines become bytes at once: the text of all of them would be twice
+    // as large as its bytes.
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    QTextStream stream(&buffer);
+    stream.setCodec("UTF-8");
     properties.bStreamOut(stream, {}, true);
     m_root.writeMembers(stream, {}, true);
     stream.flush();
-    QByteArray bytes = text.toUtf8();
     for (const QByteArray& line : m_keptLines)
-        bytes += line + '\n';
-    return bytes;
+        buffer.write(line + '\n');
+    return buffer.data();
 }
 
 bool ProjectFile::save(const QString& fileName) {

@@ -97,7 +97,7 @@ private:
     class Lines;
 
     void readHeader(Lines& lines);
-    void readLine(const Line& line);
+    void readLine(const Line& line, QString& text);
     ProjectFileFinding::Reason reasonNotTaken(const QString& line);
     void resolveMasters();
     void keepUnresolvedMasters();

@@ -69,12 +69,12 @@ int lastMaster(const ProjectText& text, int node) {
 std::vector<int> readInto(Prm::ParameterWithoutType& parameter, const ProjectText& text, int node,
                           const Prm::ParameterWithoutType::TextConversion& convert) {
     const std::vector<int>& lines = text.node(node).lines;
-    std::vector<std::optional<float>> times;
-    times.reserve(lines.size());
+    std::vector<std::optional<float>> places;
+    places.reserve(lines.size());
     for (const int line : lines)
-        times.push_back(text.key(line) == Key::Keyframe ? std::optional(keyframeTime(text.line(line))) : std::nullopt);
+        places.push_back(readingPlace(text.reading(line), text.version()));
     std::vector<int> refused;
-    for (const std::size_t position : readingOrder(times)) {
+    for (const std::size_t position : readingOrder(places)) {
         const int line = lines[position];
         try {
             parameter.streamInValue(toText(text.reading(line).entry), text.version(), convert);

@@ -2,6 +2,7 @@
 // bench/instructions/count.sh. Without an argument, the names of the paths; "--stamp" tells what the counts depend on.
 
 #include "bench/Curves.h"
+#include "bench/ProjectText.h"
 
 #include <functional>
 #include <gnu/libc-version.h>
@@ -24,6 +25,14 @@ constexpr int runs = 1000;
 extern "C" [[gnu::noinline]] void counted(const std::function<void(int)>& once) {
     for (int i = 0; i < runs; ++i)
         once(i);
+}
+
+/// What does a thousand at once.
+void countAtOnce(const std::function<void()>& all) {
+    counted([&](int i) {
+        if (i == 0)
+            all();
+    });
 }
 
 /// Everything that happens once for a thread or a list happens here.
@@ -61,11 +70,7 @@ void samples() {
     for (int i = 0; i < runs; ++i)
         times.push_back(Time::fromInt(i));
     number->sampleValues(times.data(), runs, View(), sampled.data());
-    // Once: the thousand times are in the one call.
-    counted([&](int i) {
-        if (i == 0)
-            number->sampleValues(times.data(), runs, View(), sampled.data());
-    });
+    countAtOnce([&] { number->sampleValues(times.data(), runs, View(), sampled.data()); });
 }
 
 void appends() {
@@ -94,6 +99,18 @@ void parameters() {
     countWarm([&](int) { const Number made(name); });
 }
 
+void linesWritten() {
+    Bench::projectText(runs);
+    countAtOnce([] { Bench::animatedProject(runs).file.text(); });
+}
+
+void linesRead() {
+    Bench::Project project(runs);
+    project.file.loadText(Bench::projectText(runs));
+    Bench::Project fresh(runs);
+    countAtOnce([&] { fresh.file.loadText(Bench::projectText(runs)); });
+}
+
 const std::map<std::string, std::function<void()>>& paths() {
     static const IType linear(Interpolation::Linear);
     static const std::map<std::string, std::function<void()>> all{
@@ -107,6 +124,8 @@ const std::map<std::string, std::function<void()>>& paths() {
         {"vSetValue, changing", changedValues},
         {"emitChange, no receiver", emissions},
         {"exportState", snapshots},
+        {"project text, a keyframe's line written", linesWritten},
+        {"project text, a keyframe's line read", linesRead},
         {"a parameter, made and destroyed", parameters},
     };
     return all;

@@ -5,6 +5,8 @@
 #include "prm/detail/NumberText.h"
 #include "prm/detail/TextTokens.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <stdexcept>
 
@@ -15,6 +17,23 @@ namespace {
 [[noreturn]] void refuse(const char* message, QStringView line) {
     throw std::runtime_error(QString::fromLatin1(message).arg(line.toString()).toStdString());
 }
+
+/// A few characters in place, for appending one by one to a text costs more than to make them. Those behind the end
+/// are never looked at. NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
+class Characters {
+public:
+    void add(QLatin1String text) { m_end = std::copy(text.begin(), text.end(), m_end); }
+    void addSixDigits(double number) { m_end = detail::addSixDigits(m_end, number); }
+    void addTo(QString& text) {
+        text += QLatin1String(m_characters.data(), static_cast<int>(m_end - m_characters.data()));
+        m_end = m_characters.data();
+    }
+
+private:
+    /// Four numbers and what is between them, at the most.
+    std::array<char, 4 * (longestNumber + 2) + 8> m_characters;
+    char* m_end = m_characters.data();
+};
 
 /// Single precision is part of the format. What is no number is 0, what is too large for one the invalid time.
 Time readTime(QStringView text) {
@@ -29,22 +48,25 @@ void writeKeyframe(QString& text, View view, Time time, const QString& value, co
     const bool isBezier = itype.interpolation == Interpolation::Bezier;
     if (view != View(View::defaultViewId()))
         text += view.toString();
-    text += ParameterStrings::keyframes;
-    text += QLatin1String(".append( ");
-    text += isBezier ? ParameterStrings::bezierKey : ParameterStrings::key;
-    text += QLatin1String("( ");
-    addSixDigits(text, time.toDouble());
-    text += separator;
+    Characters characters;
+    characters.add(isBezier ? QLatin1String("keyframes.append( BezierKey( ")
+                            : QLatin1String("keyframes.append( Key( "));
+    characters.addSixDigits(time.toDouble());
+    characters.add(separator);
+    characters.addTo(text);
     text += value;
-    text += separator;
     if (isBezier) {
-        addSixDigits(text, itype.x1);
-        for (const double number : {itype.y1, itype.x2, itype.y2})
-            addSixDigits(text += separator, number);
+        for (const double number : {itype.x1, itype.y1, itype.x2, itype.y2}) {
+            characters.add(separator);
+            characters.addSixDigits(number);
+        }
     } else {
+        characters.add(separator);
+        characters.addTo(text);
         text += qstrInterpolationTypeString(itype.interpolation);
     }
-    text += QLatin1String(" ) )");
+    characters.add(QLatin1String(" ) )"));
+    characters.addTo(text);
 }
 
 KeyframeText readKeyframe(QStringView line, IType& itype) {

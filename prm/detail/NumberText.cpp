@@ -3,6 +3,7 @@
 #include <QLatin1String>
 #include <QLocale>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -12,35 +13,40 @@ namespace Prm::detail {
 
 namespace {
 
-using Buffer = std::array<char, 40>;
+using Buffer = std::array<char, longestNumber>;
 
-void add(QString& text, const char* start, const char* end) {
-    text += QLatin1String(start, static_cast<int>(end - start));
+char* add(char* next, const char* start, const char* end) {
+    return std::copy(start, end, next);
+}
+
+char* add(char* next, const QString& text) {
+    return std::transform(text.begin(), text.end(), next, [](QChar character) { return character.toLatin1(); });
+}
+
+char* addWhole(char* next, qint64 number) {
+    return std::to_chars(next, next + longestNumber, number).ptr;
 }
 
 /// Numbers with up to three decimals, which most are. No other text of at most 15 digits means the same double, so this
 /// is the shortest one, and it is what rounding to six digits gives if it has no more.
-bool addThousandths(QString& text, double number, bool onlySixDigits) {
+bool addThousandths(char*& next, double number, bool onlySixDigits) {
     constexpr double limit = 999999;
-    if (!(std::abs(number) < limit) || (number == 0 && std::signbit(number)))
+    const double size = std::abs(number);
+    if (!(size < limit) || (number == 0 && std::signbit(number)))
         return false;
-    const qint64 thousandths = std::llround(number * 1000);
-    if (static_cast<double>(thousandths) / 1000 != number)
+    const auto whole = static_cast<qint64>(size);
+    const bool isWhole = static_cast<double>(whole) == size;
+    const qint64 thousandths = isWhole ? whole * 1000 : std::llround(size * 1000);
+    if (!isWhole && (static_cast<double>(thousandths) / 1000 != size || (onlySixDigits && thousandths >= 1000000)))
         return false;
-    const auto fraction = static_cast<int>(std::abs(thousandths) % 1000);
-    if (onlySixDigits && fraction != 0 && std::abs(thousandths) >= 1000000)
-        return false;
-    Buffer buffer;
-    char* end = buffer.data();
-    if (thousandths < 0)
-        *end++ = '-';
-    end = std::to_chars(end, buffer.data() + buffer.size(), std::abs(thousandths) / 1000).ptr;
-    if (fraction != 0) {
-        *end++ = '.';
-        for (int rest = fraction, unit = 100; rest != 0; rest %= unit, unit /= 10)
-            *end++ = static_cast<char>('0' + rest / unit);
+    if (number < 0)
+        *next++ = '-';
+    next = addWhole(next, whole);
+    if (!isWhole) {
+        *next++ = '.';
+        for (int rest = static_cast<int>(thousandths - whole * 1000), unit = 100; rest != 0; rest %= unit, unit /= 10)
+            *next++ = static_cast<char>('0' + rest / unit);
     }
-    add(text, buffer.data(), end);
     return true;
 }
 
@@ -70,7 +76,7 @@ struct Shortest {
 };
 
 /// Numbers that Qt writes without an exponent, whatever their digits are.
-bool addDecimal(QString& text, double number) {
+bool addDecimal(char*& next, double number) {
     const double size = std::abs(number);
     if (!(size >= 0.001 && size < 99999))
         return false;
@@ -78,20 +84,21 @@ bool addDecimal(QString& text, double number) {
     const char* const digits = shortest.digits.data();
     const int whole = shortest.exponent + 1;
     if (number < 0)
-        text += QLatin1Char('-');
+        *next++ = '-';
     if (whole <= 0) {
-        text += QLatin1String("0.000", 2 - whole);
-        add(text, digits, digits + shortest.count);
+        constexpr const char* zeros = "0.000";
+        next = add(next, zeros, zeros + 2 - whole);
+        next = add(next, digits, digits + shortest.count);
         return true;
     }
     if (whole >= shortest.count) {
-        add(text, digits, digits + shortest.count);
-        text += QLatin1String("00000", whole - shortest.count);
+        next = add(next, digits, digits + shortest.count);
+        next = std::fill_n(next, whole - shortest.count, '0');
         return true;
     }
-    add(text, digits, digits + whole);
-    text += QLatin1Char('.');
-    add(text, digits + whole, digits + shortest.count);
+    next = add(next, digits, digits + whole);
+    *next++ = '.';
+    next = add(next, digits + whole, digits + shortest.count);
     return true;
 }
 
@@ -148,22 +155,26 @@ bool readPlainNumber(QStringView text, double& number) {
 
 } // namespace
 
-void addSixDigits(QString& text, double number) {
-    if (addThousandths(text, number, true))
-        return;
+char* addSixDigits(char* next, double number) {
+    if (addThousandths(next, number, true))
+        return next;
     // Qt rounds halves up, and has a zero without a sign.
-    if (!std::isfinite(number) || number == 0 || Shortest(number).endsHalfwayBehind(6)) {
-        text += QString::number(number, 'g', 6);
-        return;
-    }
+    if (!std::isfinite(number) || number == 0 || Shortest(number).endsHalfwayBehind(6))
+        return add(next, QString::number(number, 'g', 6));
+    return std::to_chars(next, next + longestNumber, number, std::chars_format::general, 6).ptr;
+}
+
+void addSixDigits(QString& text, double number) {
     Buffer buffer;
-    const auto result =
-        std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, std::chars_format::general, 6);
-    add(text, buffer.data(), result.ptr);
+    text += QLatin1String(buffer.data(), static_cast<int>(addSixDigits(buffer.data(), number) - buffer.data()));
 }
 
 void addShortest(QString& text, double number) {
-    if (!addThousandths(text, number, false) && !addDecimal(text, number))
+    Buffer buffer;
+    char* end = buffer.data();
+    if (addThousandths(end, number, false) || addDecimal(end, number))
+        text += QLatin1String(buffer.data(), static_cast<int>(end - buffer.data()));
+    else
         text += QString::number(number, 'g', QLocale::FloatingPointShortest);
 }
 

@@ -12,6 +12,12 @@ namespace Prm::detail {
 /// Appends `QString::number(number, 'g', 6)`.
 PRM_EXPORT void addSixDigits(QString& text, double number);
 
+/// Room enough for any number.
+constexpr int longestNumber = 40;
+
+/// The same at the place, which has that room; the end of it.
+PRM_EXPORT char* addSixDigits(char* next, double number);
+
 /// Appends `QString::number(number, 'g', QLocale::FloatingPointShortest)`.
 PRM_EXPORT void addShortest(QString& text, double number);
 

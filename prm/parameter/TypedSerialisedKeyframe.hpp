@@ -5,8 +5,26 @@
 #include "prm/Parameter.h"
 #include "prm/SerialisedKeyframe.h"
 #include "prm/detail/KeyframeText.h"
+#include "prm/detail/NumberText.h"
+
+#include <type_traits>
 
 namespace Prm {
+
+namespace detail {
+
+/// What `ValueType<T>::read` makes of the text. Most texts are real numbers, which need no copy.
+template <class T> T readValue(QStringView text) {
+    if constexpr (std::is_same_v<T, double>) {
+        bool isNumber = false;
+        const double number = toDouble(text, &isNumber);
+        if (isNumber)
+            return number;
+    }
+    return ValueType<T>::read(text.toString());
+}
+
+} // namespace detail
 
 template <class T> class Parameter<T>::TypedSerialisedKeyframe : public SerialisedKeyframe {
 public:
@@ -35,10 +53,7 @@ public:
         else if (!view.isValid())
             view = View(View::defaultViewId());
         flags = {};
-        QString valueText = read.value.toString();
-        if (valueMapper)
-            valueText = valueMapper(valueText);
-        value = ValueType<T>::read(valueText);
+        value = valueMapper ? ValueType<T>::read(valueMapper(read.value.toString())) : detail::readValue<T>(read.value);
     }
 
     bool equals(const SerialisedKeyframe& other) const override {

@@ -109,4 +109,39 @@ TEST(ProjectText, AnyBytesComeBackAndAreReadAsFarAsTheyGo) {
     });
 }
 
+QString written(const Prm::ParameterWithoutType& parameter) {
+    QString text;
+    QTextStream stream(&text);
+    parameter.bStreamOut(stream, QString(), false);
+    return text;
+}
+
+TEST(ProjectText, IsReadInTheFastestOrderAsInItsOwn) {
+    const std::vector<QByteArray> lines{"keyframes.append( Key( 3, 1, Linear ) )",
+                                        "keyframes.append( Key( 2, 2, Linear ) )",
+                                        "keyframes.append( Key( 2, 3, Linear ) )",
+                                        "view[1].keyframes.append( Key( 1, 4, Linear ) )",
+                                        "keyframes.append( Key( inf, 5, Linear ) )",
+                                        "keyframes.append( Key( -inf, 6, Linear ) )",
+                                        "views=[0, 1]",
+                                        "value=7",
+                                        "view[0].value=8",
+                                        "view[1].value=9",
+                                        "hidden=1",
+                                        "hidden=0",
+                                        "after=Linear"};
+    EXPECT_TRUE(rc::check([&] {
+        QByteArray file = *rc::gen::element<QByteArray>("FileVersion.value=3000\n", "FileVersion.value=3002\n");
+        Prm::Parameter<QString> expected;
+        const ProjectText version(file);
+        const auto any = rc::gen::container<std::vector<QByteArray>>(rc::gen::elementOf(lines));
+        for (const QByteArray& line : *rc::gen::nonEmpty(any)) {
+            file += "a." + line + '\n';
+            expected.streamInValue(line, version.version(), {});
+        }
+        const ProjectText text(file);
+        RC_ASSERT(written(*buildRaw(text, text.findNode("a"), {})) == written(expected));
+    }));
+}
+
 } // namespace

@@ -29,11 +29,19 @@ double numberFrom(const QString& text, const QString& path) {
     return number;
 }
 
+/// A value that somebody asks for. The format holds others, but no curve goes through them.
+double finiteFrom(const QString& text, const QString& path) {
+    const double number = numberFrom(text, path);
+    if (!std::isfinite(number))
+        throw Problem(QStringLiteral("%1: '%2' is no finite number").arg(path, text));
+    return number;
+}
+
 QPointF pointFrom(const QString& text, const QString& path) {
     const QStringList parts = text.simplified().split(QLatin1Char(' '));
     if (parts.size() != 2)
         throw Problem(QStringLiteral("%1: '%2' is no point, two numbers").arg(path, text));
-    return {numberFrom(parts[0], path), numberFrom(parts[1], path)};
+    return {finiteFrom(parts[0], path), finiteFrom(parts[1], path)};
 }
 
 bool switchFrom(const QString& text, const QString& path) {
@@ -46,7 +54,7 @@ QString valueText(const QString& text, const QString& path, ValueKind kind) {
     switch (kind) {
     case ValueKind::Number:
     case ValueKind::NumberOrSwitch:
-        return writtenAs(numberFrom(text, path));
+        return writtenAs(finiteFrom(text, path));
     case ValueKind::Point:
         return writtenAs(pointFrom(text, path));
     case ValueKind::Switch:

@@ -12,13 +12,11 @@ namespace Tool {
 WrittenParameter::WrittenParameter(const std::vector<ParameterLine>& lines, const Prm::ProjectFileVersion& version) {
     m_isUtf8 = std::all_of(lines.begin(), lines.end(),
                            [](const ParameterLine& line) { return toText(toView(line.bytes)).toUtf8() == line.bytes; });
-    std::vector<std::optional<float>> times;
-    times.reserve(lines.size());
-    for (const ParameterLine& line : lines) {
-        const bool isKeyframe = readLine(toView(line.bytes)).key == Key::Keyframe;
-        times.push_back(isKeyframe ? std::optional(keyframeTime(toView(line.bytes))) : std::nullopt);
-    }
-    for (const std::size_t position : readingOrder(times))
+    std::vector<std::optional<float>> places;
+    places.reserve(lines.size());
+    for (const ParameterLine& line : lines)
+        places.push_back(readingPlace(readLine(toView(line.bytes)), version));
+    for (const std::size_t position : readingOrder(places))
         read(lines[position], version);
     std::sort(m_refused.begin(), m_refused.end());
 }
