@@ -13,15 +13,6 @@ Context atFrame(const Frame& frame, const View& view) {
     return {Time::fromUInt(frame.toUInt()), view};
 }
 
-/// The keyframe as it will be; null where there is none.
-boost::shared_ptr<SerialisedKeyframe> movedKeyframe(const ParameterWithoutType& parameter, const Context& from,
-                                                    const Context& to) {
-    auto keyframe = parameter.getSerialisedKeyframe(from);
-    if (keyframe)
-        keyframe->adjustTime(static_cast<float>(to.time.toDouble() - from.time.toDouble()));
-    return keyframe;
-}
-
 } // namespace
 
 MoveKeyframeEdit::MoveKeyframeEdit(ParameterWithoutType& parameter, const Context& from, const Context& to)
@@ -35,19 +26,13 @@ bool MoveKeyframeEdit::apply() {
     return doMoveKeyframe(m_from, m_to);
 }
 
-std::vector<Context> MoveKeyframeEdit::places() const {
-    const auto moved = movedKeyframe(*parameter(), m_from, m_to);
-    if (!moved)
-        return {};
-    return {m_from, Context(moved->context().time, m_from.view)};
-}
-
 bool MoveKeyframeEdit::doMoveKeyframe(const Context& from, const Context& to) {
     if (!parameter() || !to.time.isValid())
         return false;
-    const boost::shared_ptr<SerialisedKeyframe> keyframe = movedKeyframe(*parameter(), from, to);
+    const boost::shared_ptr<SerialisedKeyframe> keyframe = parameter()->getSerialisedKeyframe(from);
     if (!keyframe)
         return false;
+    keyframe->adjustTime(static_cast<float>(to.time.toDouble() - from.time.toDouble()));
     // Rounded to single precision, a target near the last time may lie behind it.
     if (!keyframe->context().time.isValid())
         return false;

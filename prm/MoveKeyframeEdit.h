@@ -37,7 +37,6 @@ public:
 protected:
     bool applies() const override;
     bool apply() override;
-    std::vector<Context> places() const override;
 
 private:
     Context m_from;

@@ -178,7 +178,7 @@ bool ParameterSetValueEdit::applies() const {
 
 bool ParameterSetValueEdit::apply() {
     Context context = m_context;
-    if (!parameter()->isKeyframed())
+    if (!parameter()->isKeyframed() || !Frame(context).isValid())
         context.time = Time(Time::INVALID);
     if (!parameter()->splittable())
         context.view = View(View::defaultViewId());

@@ -5,10 +5,17 @@
 #include <QDebug>
 
 #include <algorithm>
+#include <atomic>
 #include <new>
 #include <utility>
 
 namespace Prm {
+
+namespace {
+
+std::atomic<quint64> lastConnection{0};
+
+} // namespace
 
 QList<ParameterWithoutType*> ParameterWithoutType::constrainedParameters() const {
     QList<ParameterWithoutType*> living;
@@ -112,11 +119,23 @@ ParameterWithoutType::UpstreamParameters ParameterWithoutType::upstreamParameter
     return parameters;
 }
 
+void ParameterWithoutType::connectNotify(const QMetaMethod&) {
+    m_lastConnected.store(++lastConnection, std::memory_order_relaxed);
+}
+
 void ParameterWithoutType::connectUpstream(bool connected) {
     for (const auto& entry : rarities().upstreamParameters) {
         if (entry.data())
             connectTo(*entry.data(), connected);
     }
+}
+
+/// Whether anyone was connected to the upstream parameters later.
+bool ParameterWithoutType::areHeardSince(quint64 connection) const {
+    const auto& list = rarities().upstreamParameters;
+    return std::any_of(list.begin(), list.end(), [=](const auto& entry) {
+        return entry.data() && entry.data()->m_lastConnected.load() > connection;
+    });
 }
 
 void ParameterWithoutType::connectTo(ParameterWithoutType& upstream, bool connected) {
@@ -129,9 +148,18 @@ void ParameterWithoutType::connectTo(ParameterWithoutType& upstream, bool connec
 }
 
 bool ParameterWithoutType::addUpstreamParameter(ParameterWithoutType& upstream) {
-    if (!ownRarities().upstreamParameters.insert(&upstream))
+    Rarities& own = ownRarities();
+    const bool areHeard = areHeardSince(own.upstreamConnected);
+    if (!own.upstreamParameters.insert(&upstream))
         return false;
-    connectTo(upstream, true);
+    // Observers hear in the order of connection; where nobody came between, connecting anew would not change it.
+    if (areHeard) {
+        connectUpstream(false);
+        connectUpstream(true);
+    } else {
+        connectTo(upstream, true);
+    }
+    own.upstreamConnected = lastConnection;
     return true;
 }
 
@@ -145,6 +173,7 @@ void ParameterWithoutType::setUpstreamParameters(const UpstreamParameters& param
     connectUpstream(false);
     ownRarities().upstreamParameters = std::move(replacement);
     connectUpstream(true);
+    ownRarities().upstreamConnected = lastConnection;
 }
 
 } // namespace Prm

@@ -204,10 +204,6 @@ void ParameterWithoutType::detachAllObservers() const {
     disconnect(this, SIGNAL(changed(Prm::ParameterChange&)), nullptr, nullptr);
 }
 
-void ParameterWithoutType::connectNotify(const QMetaMethod&) {
-    m_wasConnected.store(true, std::memory_order_relaxed);
-}
-
 void ParameterWithoutType::emitChange(ParameterChange& change) {
     if (!isHeard() || !notificationsEnabled(change.type))
         return;

@@ -237,7 +237,7 @@ public:
     /// type through; blocking is as before afterwards, also when an observer throws.
     void emitChange(ParameterChange& change);
     /// False where certainly nobody hears `changed`, so that telling can be left out.
-    bool isHeard() const { return m_wasConnected.load(std::memory_order_relaxed) || !isOfKnownClass(); }
+    bool isHeard() const { return m_lastConnected.load(std::memory_order_relaxed) != 0 || !isOfKnownClass(); }
     /// Switches every type.
     void enableNotifications(bool enabled);
     void enableNotifications(ParameterChange::ChangeType) = delete;
@@ -311,6 +311,7 @@ private:
     bool listsConstrained(const ParameterWithoutType& parameter) const;
     void forgetConstrained(const ParameterWithoutType& parameter);
     void connectUpstream(bool connected);
+    bool areHeardSince(quint64 connection) const;
     void connectTo(ParameterWithoutType& upstream, bool connected);
 
     /// What few parameters have.
@@ -321,6 +322,7 @@ private:
         QPointer<ParameterWithoutType> master;
         QVector<QPointer<ParameterWithoutType>> constrainedParameters;
         UpstreamParameters upstreamParameters;
+        quint64 upstreamConnected = 0;
         QPointer<ParameterWithoutType> viewSelector;
         quintptr viewSelectorCompanion = 0;
     };
@@ -333,7 +335,6 @@ private:
     bool m_hidden;
     bool m_readingIn = false;
     bool m_deletionAnnounced = false;
-    std::atomic<bool> m_wasConnected{false};
     quint32 m_notificationEnabled;
     quint32 m_blockedSignalOverride = 0;
     QString m_displayName;
@@ -341,6 +342,8 @@ private:
     QString m_namePrefix;
     /// Made with the first of them; evaluation on other threads looks for the master.
     std::atomic<Rarities*> m_rarities{nullptr};
+    /// A number of the last connection made to a signal of this parameter, in the order of all; 0 before the first.
+    std::atomic<quint64> m_lastConnected{0};
     const std::type_info* m_knownClass = nullptr;
 };
 

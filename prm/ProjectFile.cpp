@@ -22,6 +22,8 @@ namespace Prm {
 
 namespace {
 
+constexpr char byteOrderMark[] = "\xEF\xBB\xBF";
+
 QString textOf(const QByteArray& bytes) {
     // With its size, for the other form stops at the first NUL; never -1, which the compiler cannot know.
     return QString::fromUtf8(bytes.constData(), std::max(0, bytes.size()));
@@ -44,7 +46,7 @@ struct ProjectFile::Line {
     const char* start;
     int size;
 
-    QString text() const { return QString::fromUtf8(start, size); }
+    QString text() const;
     /// Takes the memory of a former text, if nobody else holds it.
     void readInto(QString& text) const;
     KeptLine kept() const { return {number, QByteArray(start, size)}; }
@@ -57,7 +59,7 @@ public:
     explicit Lines(const QByteArray& text) : m_text(text) { rewind(); }
 
     void rewind() {
-        m_position = m_text.startsWith("\xEF\xBB\xBF") ? 3 : 0;
+        m_position = m_text.startsWith(byteOrderMark) ? 3 : 0;
         m_number = 0;
     }
     bool atEnd() const { return m_position >= m_text.size(); }
@@ -85,6 +87,13 @@ private:
     int m_position = 0;
     int m_number = 0;
 };
+
+QString ProjectFile::Line::text() const {
+    const QString text = QString::fromUtf8(start, size);
+    // Qt takes it off, but only at the beginning of a file it is not part of the text.
+    const bool isMarked = QByteArray::fromRawData(start, size).startsWith(byteOrderMark);
+    return isMarked ? QChar(QChar::ByteOrderMark) + text : text;
+}
 
 void ProjectFile::Line::readInto(QString& text) const {
     text.resize(size);
