@@ -127,6 +127,25 @@ TEST(Compound, SendsWhatItsSubparametersSend) {
     EXPECT_EQ(forwarded, (QList<unsigned int>{2, 2}));
 }
 
+// Every addition makes the connections anew, so an observer of a part that came between two of them is told first.
+TEST(Compound, HearsItsPartsBehindThoseWhoCameBeforeTheLastOne) {
+    for (const bool between : {true, false}) {
+        Number parts[3];
+        CompoundParameter whole(QStringLiteral("whole"));
+        std::string heard;
+        whole.addParameter(parts[0]);
+        whole.addParameter(parts[1]);
+        if (!between)
+            whole.addParameter(parts[2]);
+        QObject::connect(&parts[0], &Number::changed, [&](ParameterChange&) { heard += 'p'; });
+        if (between)
+            whole.addParameter(parts[2]);
+        QObject::connect(&whole, &CompoundParameter::changed, [&](ParameterChange&) { heard += 'w'; });
+        ParameterChange::valueChanged(parts[0], View(0));
+        EXPECT_EQ(heard, between ? "pw" : "wp");
+    }
+}
+
 TEST(Compound, TheUnionIsThatOfANewCompound) {
     Uncounted uncounted;
     Position inner;

@@ -10,9 +10,11 @@
 #include <QTextStream>
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <typeinfo>
+#include <utility>
 
 using namespace Prm;
 using Change = ParameterChange;
@@ -185,6 +187,50 @@ TEST(Notification, ObserversComeAndGo) {
     fake.detachAllObservers();
     fake.hide(false);
     EXPECT_EQ(b.take(), "");
+}
+
+/// Whoever overrides this may forget to pass it on.
+class Forgetful : public NumericParameter<double> {
+public:
+    Forgetful() : ParameterWithoutType(false, false, nullptr) {}
+    ~Forgetful() override { announceDeletion(); }
+    void connectNotify(const QMetaMethod&) override {}
+};
+
+// What nobody hears is not sent, so whoever comes late must still be noticed.
+TEST(Notification, IsHeardHoweverOneIsConnected) {
+    using Connect = std::function<void(ParameterWithoutType&, ChangeRecorder&)>;
+    const auto hear = [](ChangeRecorder& recorder) { return [&](Change& change) { recorder.onChanged(change); }; };
+    const std::pair<const char*, Connect> ways[] = {
+        {"attached", [](auto& p, auto& r) { p.attachObserver(&r, SLOT(onChanged(Prm::ParameterChange&))); }},
+        {"by name",
+         [](auto& p, auto& r) {
+             QObject::connect(&p, SIGNAL(changed(Prm::ParameterChange&)), &r, SLOT(onChanged(Prm::ParameterChange&)));
+         }},
+        {"by member",
+         [](auto& p, auto& r) {
+             QObject::connect(&p, &ParameterWithoutType::changed, &r, &ChangeRecorder::onChanged);
+         }},
+        {"a function", [&](auto& p, auto& r) { QObject::connect(&p, &ParameterWithoutType::changed, hear(r)); }},
+        {"through another's signal",
+         [&](auto& p, auto& r) {
+             auto* const other = new ParameterWithoutTypeBase(false, false, nullptr);
+             other->setParent(&r);
+             QObject::connect(&p, &ParameterWithoutType::changed, other, &ParameterWithoutType::changed);
+             QObject::connect(other, &ParameterWithoutType::changed, &r, hear(r));
+         }},
+    };
+    for (const auto& [name, connect] : ways) {
+        NumericParameter<double> plain;
+        Forgetful forgetful;
+        for (NumericParameter<double>* parameter : {&plain, static_cast<NumericParameter<double>*>(&forgetful)}) {
+            parameter->vSetValue(1.0, Time::fromInt(1));
+            ChangeRecorder recorder;
+            connect(*parameter, recorder);
+            parameter->vSetValue(2.0, Time::fromInt(2));
+            EXPECT_EQ(recorder.takeInitials(), "AV") << name;
+        }
+    }
 }
 
 TEST(Notification, CommandsGoToTheirObserverOrAreDone) {
