@@ -261,8 +261,10 @@ private:
     const Parameter* typedMaster() const;
     /// The data with which evaluation in a view begins.
     ReadBlock readShown(const View& view) const;
-    PRM_ALWAYS_INLINE bool valueBriefly(Time time, T& value) const;
-    PRM_NEVER_INLINE bool searchBriefly(const KeyframeVector& keyframes, Time time, int& last, T& value) const;
+    PRM_ALWAYS_INLINE bool isFoundAtOnce(const PVData& data, Time time, int last, T& value) const;
+    PRM_NEVER_INLINE T valueSearched(detail::ReaderRecord& announcing, const PVData& data, const Context& context,
+                                     Cache* cache) const;
+    PRM_ALWAYS_INLINE bool searchBriefly(const KeyframeVector& keyframes, Time time, int& last, T& value) const;
     PRM_NEVER_INLINE T valueAtLength(const Context& context, Cache* cache) const;
     T blendedValue(const Context& context, Cache* cache) const;
     T valueInView(const View& view, const Context& context, Cache* cache) const;
@@ -276,7 +278,7 @@ private:
     int sampleEdge(const KeyframeVector& keyframes, detail::Bracket at, const Time* times, int count, T* out) const;
     void sampleBlended(const detail::SourceViews& sources, const Time* times, int count, const View& view, T* out,
                        Cache* cache) const;
-    static int exactKey(const KeyframeVector& keyframes, int found);
+    PRM_ALWAYS_INLINE static int exactKey(const KeyframeVector& keyframes, int found);
     template <int count> T computedValue(const Context& context, const detail::SourceViews& views, Cache* cache) const;
     T computedValue(const Context& context, const detail::SourceViews& views, Cache* cache) const;
     ReadBlock readSources(const View& view, detail::SourceViews& sources) const;

@@ -91,9 +91,25 @@ template <class T> PRM_ALWAYS_INLINE T segmentValue(const KeyframeData<T>& from,
     return isCustom(shape) ? blendedByHost(from, to, x) : blended(from.value, to.value, segmentProgress(shape, x));
 }
 
+/// `segmentValue` at a time strictly inside a straight line of numbers; false where it takes more.
+template <class T>
+PRM_ALWAYS_INLINE bool isOnLine(const KeyframeData<T>& from, const KeyframeData<T>& to, Time time, T& value) {
+    if constexpr (std::is_same_v<T, double>) {
+        if (from.interpolationData.interpolation != Interpolation::Linear)
+            return false;
+        const double change = to.value - from.value;
+        const double x = (time - from.time) / (to.time - from.time);
+        value = from.value + change * x;
+        return x > 0.0 && x < 1.0 && std::isfinite(change);
+    } else {
+        return false;
+    }
+}
+
 /// `segmentValue` of a straight line of ordinary numbers at the times, from the first on, that lie inside it; answers
 /// how many these are. They are counted first, so that several are computed at once.
-inline int lineValues(KeyframeData<double> from, KeyframeData<double> to, const Time* times, int count, double* out) {
+inline int lineValues(const KeyframeData<double>& from, const KeyframeData<double>& to, const Time* times, int count,
+                      double* out) {
     int inside = 1;
     while (inside < count && from.time < times[inside] && times[inside] < to.time)
         ++inside;

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace Prm::detail {
@@ -169,6 +170,8 @@ class BriefReadScope {
 public:
     PRM_ALWAYS_INLINE BriefReadScope()
         : m_record(t_readerRecord && t_readerRecord->m_count == 0 ? t_readerRecord : nullptr) {}
+    /// Takes over what another one has announced.
+    explicit BriefReadScope(ReaderRecord& announcing) : m_record(&announcing) {}
     PRM_ALWAYS_INLINE ~BriefReadScope() {
         if (m_record)
             m_record->m_announced[0].store(nullptr, std::memory_order_release);
@@ -186,9 +189,11 @@ public:
         return block.m_mark.load(std::memory_order_seq_cst) == 0;
     }
     int& lastPosition() const { return m_record->m_lastPosition; }
+    /// Leaves the announcement to another one.
+    PRM_ALWAYS_INLINE ReaderRecord& handOver() { return *std::exchange(m_record, nullptr); }
 
 private:
-    ReaderRecord* const m_record;
+    ReaderRecord* m_record;
 };
 
 /// Keeps every other thread out of blocks that are going to be edited in place; blocks that this thread already writes

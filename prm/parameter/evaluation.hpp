@@ -21,44 +21,50 @@ template <class T> auto Parameter<T>::readShown(const View& view) const -> ReadB
     return {m_views, view, [this] { return tellsViewsApart(); }};
 }
 
+/// In the plain case, a static value or a straight line of the library's own, without a master or views that differ, no
+/// function is called: what one would save on the stack has to be written before a block can be announced.
 template <class T> T Parameter<T>::value(const Context& context, Cache* cache) const {
-    T brief{};
-    return valueBriefly(context.time, brief) ? brief : valueAtLength(context, cache);
-}
-
-/// The value in the plain case, which calls no function of a host's: no master, one block that all views read, and a
-/// curve of the library's own.
-template <class T> bool Parameter<T>::valueBriefly(Time time, T& value) const {
     // A value type of a host's has functions of its own, and these may evaluate something else.
     if constexpr (blends<T> && isPlain<T>) {
-        if (!isOfKnownClass() || masterParameter())
-            return false;
-        detail::BriefReadScope scope;
-        const PVData* const data = m_views.pinShared(scope);
-        if (!data)
-            return false;
-        const KeyframeVector& keyframes = data->keyframes;
-        if (!Parameter::isKeyframed() || keyframes.isEmpty()) {
-            value = data->staticValue;
-            return true;
+        if (isOfKnownClass() && !masterParameter()) {
+            detail::BriefReadScope scope;
+            if (const PVData* const data = m_views.pinShared(scope)) {
+                T value{};
+                if (isFoundAtOnce(*data, context.time, scope.lastPosition(), value))
+                    return value;
+                return valueSearched(scope.handOver(), *data, context, cache);
+            }
         }
-        int& last = scope.lastPosition();
-        const KeyframeData<T>* const first = keyframes.constData();
-        if (detail::isBetween(first, keyframes.size(), time, last) &&
-            !detail::isCustom(first[last].interpolationData)) {
-            value = detail::segmentValue(first[last], first[last + 1], time);
-            return true;
-        }
-        T found{};
-        const bool isFound = searchBriefly(keyframes, time, last, found);
-        value = found;
-        return isFound;
-    } else {
-        return false;
     }
+    return valueAtLength(context, cache);
 }
 
-/// The same, away from the segment of the last time.
+/// The static value, or one in the segment of the last time.
+template <class T> bool Parameter<T>::isFoundAtOnce(const PVData& data, Time time, int last, T& value) const {
+    const KeyframeVector& keyframes = data.keyframes;
+    if (!Parameter::isKeyframed() || keyframes.isEmpty()) {
+        value = data.staticValue;
+        return true;
+    }
+    const KeyframeData<T>* const first = keyframes.constData();
+    return detail::isBetween(first, keyframes.size(), time, last) &&
+           detail::isOnLine(first[last], first[last + 1], time, value);
+}
+
+/// The same wherever the time lies, and ends the announcement.
+template <class T>
+T Parameter<T>::valueSearched(detail::ReaderRecord& announcing, const PVData& data, const Context& context,
+                              Cache* cache) const {
+    if constexpr (blends<T>) {
+        const detail::BriefReadScope scope(announcing);
+        T value{};
+        if (searchBriefly(data.keyframes, context.time, scope.lastPosition(), value))
+            return value;
+    }
+    return valueAtLength(context, cache);
+}
+
+/// Without asking a hook: false where that is needed.
 template <class T>
 bool Parameter<T>::searchBriefly(const KeyframeVector& keyframes, Time time, int& last, T& value) const {
     const detail::Bracket at = detail::bracketNear(keyframes.constData(), keyframes.size(), time, last);
@@ -70,14 +76,12 @@ bool Parameter<T>::searchBriefly(const KeyframeVector& keyframes, Time time, int
         value = keyframes.at(std::max(at.before, at.after)).value;
         return (at.before < 0 ? m_extrapolationBefore : m_extrapolationAfter).load() == Extrapolation::Constant;
     }
-    if constexpr (blends<T>) {
-        const KeyframeData<T>& from = keyframes.at(at.before);
-        if (!detail::isCustom(from.interpolationData)) {
-            value = detail::segmentValue(from, keyframes.at(at.after), time);
-            return true;
-        }
-    }
-    return false;
+    const KeyframeData<T>& from = keyframes.at(at.before);
+    if (detail::isCustom(from.interpolationData))
+        return false;
+    if constexpr (blends<T>)
+        value = detail::segmentValue(from, keyframes.at(at.after), time);
+    return blends<T>;
 }
 
 template <class T> T Parameter<T>::valueAtLength(const Context& context, Cache* cache) const {

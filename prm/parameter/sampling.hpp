@@ -63,8 +63,10 @@ int Parameter<T>::sampleKnown(const KeyframeVector& keyframes, const Time* times
     const int from = at.before;
     const bool beginsSegment = from + 1 < keyframes.size() && (at.after > from || exactKey(keyframes, from) == from);
     if constexpr (blends<T>) {
-        if (beginsSegment)
+        if (beginsSegment) {
+            last = from + 1;
             return detail::segmentValues(keyframes.at(from), keyframes.at(from + 1), times, count, out);
+        }
     }
     out[0] = keyframes.at(exactKey(keyframes, from)).value;
     return 1;
