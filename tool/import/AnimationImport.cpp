@@ -152,8 +152,11 @@ private:
     void importReferences(QJsonObject& layer, const QString& path, ImportedSet& set, const Composition& composition) {
         const QString parentKey = QStringLiteral("parent");
         const QString sourceKey = QStringLiteral("refId");
-        const QJsonValue parent = layer.take(parentKey);
-        const QJsonValue source = layer.take(sourceKey);
+        // Not by take(), which leaks when memory runs out.
+        const QJsonValue parent = layer.value(parentKey);
+        const QJsonValue source = layer.value(sourceKey);
+        layer.remove(parentKey);
+        layer.remove(sourceKey);
         if (!parent.isUndefined())
             importReference(parentKey, composition.pathOfLayer.value(parent.toInt(-1)), jsonPathOf(path, parentKey),
                             set, QStringLiteral("it names no layer of its composition"));
