@@ -7,9 +7,6 @@
 #include "prm/detail/PlainNumbers.h"
 
 #include <QDebug>
-#include <QMutex>
-#include <QMutexLocker>
-#include <QRegExp>
 #include <QTextStream>
 
 #include <array>
@@ -22,20 +19,12 @@ namespace {
 
 enum List { Parameters = 0, BasicParameters = 1, Subsets = 2 };
 
-/// The expression is shared by all sets, and holds what it matched last.
-struct NameLine {
-    QMutex mutex;
-    QRegExp expression{QStringLiteral("^name=\"(.+)\"$"), Qt::CaseSensitive, QRegExp::RegExp2};
-};
-
 bool matchName(const QString& line, QString& name) {
-    static NameLine nameLine;
-    if (!line.startsWith(QLatin1String("name"), Qt::CaseInsensitive))
+    const QLatin1String start("name=\"");
+    const int length = line.size() - start.size() - 1;
+    if (length < 1 || !line.startsWith(start) || !line.endsWith(QLatin1Char('"')))
         return false;
-    const QMutexLocker lock(&nameLine.mutex);
-    if (nameLine.expression.indexIn(line) < 0)
-        return false;
-    name = nameLine.expression.cap(1);
+    name = line.mid(start.size(), length);
     return true;
 }
 
