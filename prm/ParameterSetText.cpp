@@ -36,6 +36,12 @@ bool ParameterSet::bStreamOut(QTextStream& stream, const QString& prefix, bool w
 }
 
 void ParameterSet::writeMembers(QTextStream& stream, const QString& path, bool withPrefixForSubsets) const {
+    QString growing = path;
+    writeBelow(stream, growing, withPrefixForSubsets);
+}
+
+/// Leaves the path as it was.
+void ParameterSet::writeBelow(QTextStream& stream, QString& path, bool withPrefixForSubsets) const {
     if (!m_name.isEmpty()) {
         if (m_name.contains(QLatin1Char('\n')) || m_name.contains(QLatin1Char('\r')))
             qWarning() << "ParameterSet: a name with a line break will not be read back:" << m_name;
@@ -46,8 +52,21 @@ void ParameterSet::writeMembers(QTextStream& stream, const QString& path, bool w
         parameter->streamOut(stream, path, true);
     for (const BasicParameter* parameter : m_basicParameters)
         parameter->streamOut(stream, path, true);
+    QString none;
     for (const Subset& subset : m_subsets)
-        subset.set->bStreamOut(stream, withPrefixForSubsets ? path : QString(), withPrefixForSubsets);
+        subset.set->writeBehind(stream, withPrefixForSubsets ? path : none, withPrefixForSubsets);
+}
+
+/// What `bStreamOut` does, but a plain set extends the path itself: a deep tree does not copy it at every level.
+void ParameterSet::writeBehind(QTextStream& stream, QString& path, bool withPrefixForSubsets) const {
+    if (typeid(*this) != typeid(ParameterSet)) {
+        bStreamOut(stream, path, withPrefixForSubsets);
+        return;
+    }
+    const int length = path.size();
+    path += detail::lineStart({}, m_scriptName, true);
+    writeBelow(stream, path, withPrefixForSubsets);
+    path.resize(length);
 }
 
 /// What is left of a line behind the names of sets. It becomes a text of its own only for a parameter, so that a deep
