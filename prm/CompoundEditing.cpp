@@ -4,6 +4,7 @@
 #include "prm/AnimationState.h"
 #include "prm/ParameterEdits.h"
 #include "prm/detail/CompoundWalk.hpp"
+#include "prm/detail/StateAt.h"
 
 #include <algorithm>
 #include <utility>
@@ -180,7 +181,8 @@ void CompoundParameter::vSetInterpolationData(IType data, unsigned int index, co
     const Context at = keyframeTime(index, view);
     forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t) {
         unsigned int position = 0;
-        if (parameter.bKeyframeAt(Context::Explicit(at)) && parameter.bNearestKeyframeIndex(at, position))
+        const Context written = detail::writtenAt(parameter, at);
+        if (parameter.bKeyframeAt(Context::Explicit(written)) && parameter.bNearestKeyframeIndex(written, position))
             parameter.vSetInterpolationData(data, position, at.view);
     });
 }

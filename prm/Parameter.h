@@ -310,6 +310,8 @@ private:
     std::optional<bool> readBriefly(QStringView line, const ProjectFileVersion& version) override;
     bool readLine(QStringView line, const ProjectFileVersion& version, const TextConversion& convert);
     void readViewList(const QString& line);
+    template <class Change> void readIntoView(const View& view, const Change& change);
+    template <class Change> void readNewViews(const Change& change);
     bool readExtrapolation(const QString& line);
 
     friend class detail::Invariants;

@@ -169,8 +169,8 @@ void ParameterSet::setDisplayName(const QString& name, const QString& displayNam
 void ParameterSet::assignName(const QString& name) {
     if (name == m_name)
         return;
-    m_name = name;
     m_displayName = QCoreApplication::translate("Parameter", name.toUtf8().constData());
+    m_name = name;
 }
 
 void ParameterSet::addParameter(const boost::shared_ptr<ParameterWithoutType>& parameter) {

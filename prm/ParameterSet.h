@@ -156,6 +156,10 @@ private:
 
     static quint64 nextNumber();
 
+    void writeBelow(QTextStream& stream, QString& path, bool withPrefixForSubsets) const;
+    void writeBehind(QTextStream& stream, QString& path, bool withPrefixForSubsets) const;
+    void assignGrowingPrefix(QString& path);
+
     void takeNames(const QString& scriptName, const QString& name, const QString& displayName);
     void listParameter(const boost::shared_ptr<ParameterWithoutType>& parameter);
     bool listSubset(ParameterSet& subset, const boost::shared_ptr<ParameterSet>& owner, std::size_t position);

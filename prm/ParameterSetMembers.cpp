@@ -169,15 +169,23 @@ void ParameterSet::DetachCommandRegistrationObserver(QObject* observer, bool rec
 
 void ParameterSet::assignNamePrefixes(const QString& prefix) {
     QString path = prefix;
-    if (!m_scriptName.isEmpty())
-        path += path.isEmpty() ? m_scriptName : QLatin1Char('.') + m_scriptName;
+    assignGrowingPrefix(path);
+}
+
+/// Leaves the path as it was: a deep tree does not copy it at every level.
+void ParameterSet::assignGrowingPrefix(QString& path) {
+    const int length = path.size();
+    if (length > 0 && !m_scriptName.isEmpty())
+        path += QLatin1Char('.');
+    path += m_scriptName;
     for (const auto& parameter : m_parameters) {
         parameter->setNamePrefix(path);
         if (auto* const compound = dynamic_cast<ParameterSet*>(parameter.get()))
-            compound->assignNamePrefixes(path);
+            compound->assignGrowingPrefix(path);
     }
     for (const Subset& subset : m_subsets)
-        subset.set->assignNamePrefixes(path);
+        subset.set->assignGrowingPrefix(path);
+    path.resize(length);
 }
 
 int ParameterSet::resolveMasterParameters(const boost::function<ParameterWithoutType*(const QString&)>& find) {

@@ -7,9 +7,6 @@
 #include "prm/detail/PlainNumbers.h"
 
 #include <QDebug>
-#include <QMutex>
-#include <QMutexLocker>
-#include <QRegExp>
 #include <QTextStream>
 
 #include <array>
@@ -22,20 +19,12 @@ namespace {
 
 enum List { Parameters = 0, BasicParameters = 1, Subsets = 2 };
 
-/// The expression is shared by all sets, and holds what it matched last.
-struct NameLine {
-    QMutex mutex;
-    QRegExp expression{QStringLiteral("^name=\"(.+)\"$"), Qt::CaseSensitive, QRegExp::RegExp2};
-};
-
 bool matchName(const QString& line, QString& name) {
-    static NameLine nameLine;
-    if (!line.startsWith(QLatin1String("name"), Qt::CaseInsensitive))
+    const QLatin1String start("name=\"");
+    const int length = line.size() - start.size() - 1;
+    if (length < 1 || !line.startsWith(start) || !line.endsWith(QLatin1Char('"')))
         return false;
-    const QMutexLocker lock(&nameLine.mutex);
-    if (nameLine.expression.indexIn(line) < 0)
-        return false;
-    name = nameLine.expression.cap(1);
+    name = line.mid(start.size(), length);
     return true;
 }
 
@@ -47,6 +36,12 @@ bool ParameterSet::bStreamOut(QTextStream& stream, const QString& prefix, bool w
 }
 
 void ParameterSet::writeMembers(QTextStream& stream, const QString& path, bool withPrefixForSubsets) const {
+    QString growing = path;
+    writeBelow(stream, growing, withPrefixForSubsets);
+}
+
+/// Leaves the path as it was.
+void ParameterSet::writeBelow(QTextStream& stream, QString& path, bool withPrefixForSubsets) const {
     if (!m_name.isEmpty()) {
         if (m_name.contains(QLatin1Char('\n')) || m_name.contains(QLatin1Char('\r')))
             qWarning() << "ParameterSet: a name with a line break will not be read back:" << m_name;
@@ -57,8 +52,21 @@ void ParameterSet::writeMembers(QTextStream& stream, const QString& path, bool w
         parameter->streamOut(stream, path, true);
     for (const BasicParameter* parameter : m_basicParameters)
         parameter->streamOut(stream, path, true);
+    QString none;
     for (const Subset& subset : m_subsets)
-        subset.set->bStreamOut(stream, withPrefixForSubsets ? path : QString(), withPrefixForSubsets);
+        subset.set->writeBehind(stream, withPrefixForSubsets ? path : none, withPrefixForSubsets);
+}
+
+/// What `bStreamOut` does, but a plain set extends the path itself: a deep tree does not copy it at every level.
+void ParameterSet::writeBehind(QTextStream& stream, QString& path, bool withPrefixForSubsets) const {
+    if (typeid(*this) != typeid(ParameterSet)) {
+        bStreamOut(stream, path, withPrefixForSubsets);
+        return;
+    }
+    const int length = path.size();
+    path += detail::lineStart({}, m_scriptName, true);
+    writeBelow(stream, path, withPrefixForSubsets);
+    path.resize(length);
 }
 
 /// What is left of a line behind the names of sets. It becomes a text of its own only for a parameter, so that a deep

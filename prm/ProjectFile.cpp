@@ -122,17 +122,24 @@ bool namesMaster(const QString& line) {
     return key > 0 && line.midRef(key).startsWith(ParameterStrings::masterParameterId, Qt::CaseInsensitive);
 }
 
-void collectPaths(const ParameterSet& set, const QString& start, QSet<QString>& paths) {
+/// Leaves the start as it was: a deep tree does not copy it at every level.
+void collectPaths(const ParameterSet& set, QString& start, QSet<QString>& paths) {
+    const auto collectBelow = [&](const ParameterSet& below, const QString& nameAndDot) {
+        const int length = start.size();
+        start += nameAndDot;
+        collectPaths(below, start, paths);
+        start.resize(length);
+    };
     for (const auto& parameter : set.parameters()) {
         const QString& name = parameter->scriptName();
         paths.insert(start + name);
         if (const auto* const compound = dynamic_cast<const ParameterSet*>(parameter.get()))
-            collectPaths(*compound, detail::lineStart(start, name, true), paths);
+            collectBelow(*compound, detail::lineStart({}, name, true));
     }
     for (const BasicParameter* parameter : set.basicParameters())
         paths.insert(start + parameter->scriptName());
     for (const ParameterSet* subset : set.subsets())
-        collectPaths(*subset, start + subset->scriptName() + QLatin1Char('.'), paths);
+        collectBelow(*subset, subset->scriptName() + QLatin1Char('.'));
 }
 
 } // namespace
@@ -253,8 +260,10 @@ void ProjectFile::readLine(const Line& line, QString& text) {
 }
 
 const QSet<QString>& ProjectFile::parameterPaths() {
-    if (m_parameterPaths.isEmpty())
-        collectPaths(m_root, {}, m_parameterPaths);
+    if (m_parameterPaths.isEmpty()) {
+        QString start;
+        collectPaths(m_root, start, m_parameterPaths);
+    }
     return m_parameterPaths;
 }
 

@@ -63,8 +63,8 @@ public:
     void setFindMaster(const FindMaster& find);
 
     /// Reads a file into the sets. False, with `errorString()`, when it cannot be read; what is wrong in it is in the
-    /// report. Where memory runs out `std::bad_alloc` is thrown: the sets are sound but hold a part of the text, and
-    /// are not to be saved over it; loading once more completes them.
+    /// report. Where memory runs out `std::bad_alloc` is thrown: the sets are sound but hold a part of the text, each
+    /// line whole or not at all, and are not to be saved over it; loading once more completes them.
     bool load(const QString& fileName);
     /// The same for a text, given as UTF-8.
     bool loadText(const QByteArray& text);

@@ -26,15 +26,19 @@ protected:
     }
 };
 
-/// A world without keyframes, as a host makes it before it loads a project.
+/// A world, without keyframes as a host makes it before it loads a project.
 struct Project {
-    Project() {
+    explicit Project(bool isBlank = true) {
+        if (isBlank)
+            empty();
+        root.addParameterSet(*world.set);
+    }
+    void empty() {
         for (const auto& parameter : {world.number, world.plain, world.master, world.tied, world.second})
             parameter->clearViewData();
         world.position->vDeleteAllKeyframes(View(0));
         world.master->bRemoveConstrainedParameter(world.tied.get());
         world.master->bRemoveConstrainedParameter(world.second.get());
-        root.addParameterSet(*world.set);
     }
     std::string state() const {
         EXPECT_EQ(detail::verify(root), QString());
@@ -72,6 +76,36 @@ TEST_F(Faults, LoadingAgainCompletesWhatWasCutShort) {
                        }};
     };
     Allocations::failEach(make, [&](const std::string& state) { return state == expected; });
+}
+
+/// Of parameters that have data, and of such as have none yet.
+TEST_F(Faults, EachLineIsTakenWholeOrNot) {
+    ProjectFileVersion version;
+    version.streamVersion = StreamVersion::latest;
+    const auto expectWholeOrNot = [&](const QString& line, bool isBlank) {
+        SCOPED_TRACE((line + (isBlank ? ", blank" : "")).toStdString());
+        const auto make = [&] {
+            const auto project = std::make_shared<Project>(isBlank);
+            project->world.set->addParameter(project->world.joined);
+            return Attempt{[=] { project->world.set->bStreamIn(line, version); }, [=] { return project->state(); }};
+        };
+        const Attempt undisturbed = make();
+        const std::string before = undisturbed.state();
+        undisturbed.act();
+        const std::string after = undisturbed.state();
+        EXPECT_TRUE(after != before);
+        Allocations::failEach(make, [&](const std::string& state) { return state == before || state == after; });
+    };
+    for (const char* line : {"number.value=3", "number.view[1].value=3", "number.view[6].value=3", "number.views=[2]",
+                             "number.views=[3, 9]", "number.keyframes.append( Key( 10, 5, Constant ) )",
+                             "number.keyframes.append( BezierKey( 15, 5, 0.1, 0.2, 0.3, 0.4 ) )",
+                             "number.view[6].keyframes.append( Key( 1, 5, Constant ) )", "number.hidden=1",
+                             "number.before=Linear", "plain.value=8", "plain.view[2].value=8", "joined.value=8",
+                             "joined.view[1].keyframes.append( Key( 3, 5, Linear ) )", "position.x.value=1",
+                             "text.value=\"new\"", "name=\"new\""}) {
+        for (const bool isBlank : {false, true})
+            expectWholeOrNot(line, isBlank);
+    }
 }
 
 TEST_F(Faults, SavingLeavesTheFormerFileOrTheNewOne) {

@@ -106,7 +106,13 @@ const Sent changes[] = {
          s.number->registerCompositeCommand(command, at(0));
      }},
     {Change::VIEW_ADDED, [](Scene& s) { s.number->vSetValue(4, at(5, 2)); }, Begun},
-    {Change::VIEW_ADDED, [](Scene& s) { s.root.bStreamIn("number.view[2].value=4", ProjectFileVersion()); }, Begun},
+    {Change::VIEW_ADDED, [](Scene& s) { s.root.bStreamIn("number.view[2].value=4", ProjectFileVersion()); }, Undone},
+    {Change::KEYFRAME_CHANGED_INTERPOLATION,
+     [](Scene& s) {
+         const ScopedSignalPermit permit(*s.number, Change::KEYFRAME_CHANGED_INTERPOLATION);
+         s.root.bStreamIn("number.keyframes.append( Key( 5, 9, Constant ) )", ProjectFileVersion());
+     },
+     Undone},
     {Change::VIEW_ADDED, [](Scene& s) { s.number->vReset(still(2)); }, Partly},
     {Change::VIEW_ADDED, [](Scene& s) { s.number->uniquifyView(View(2)); }, Partly},
     {Change::VIEW_REMOVED, [](Scene& s) { s.number->clearViewData(); }},

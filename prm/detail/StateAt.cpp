@@ -66,8 +66,13 @@ bool sameKeyframes(const SerialisedKeyframe* a, const SerialisedKeyframe* b) {
     return a && b ? a->equals(*b) : !a && !b;
 }
 
-StateAt::StateAt(const BasicParameter& parameter, const Context& context)
-    : m_context(writtenAt(parameter, context)), m_value(parameter.variantValue(m_context, std::nothrow)) {
+StateAt::StateAt(const BasicParameter& parameter, const Context& context) : m_context(writtenAt(parameter, context)) {
+    if (const auto* const compound = dynamic_cast<const ParameterSet*>(&parameter)) {
+        for (const auto& part : compound->parameters())
+            m_parts.emplace_back(*part, context);
+        return;
+    }
+    m_value = parameter.variantValue(m_context, std::nothrow);
     const ParameterWithoutType* const own = animated(parameter);
     if (!own)
         return;
@@ -77,6 +82,11 @@ StateAt::StateAt(const BasicParameter& parameter, const Context& context)
 }
 
 bool StateAt::hasChanged(const BasicParameter& parameter) const {
+    if (const auto* const compound = dynamic_cast<const ParameterSet*>(&parameter)) {
+        const auto& parts = compound->parameters();
+        return !std::equal(m_parts.begin(), m_parts.end(), parts.begin(), parts.end(),
+                           [](const StateAt& former, const auto& part) { return !former.hasChanged(*part); });
+    }
     const StateAt now(parameter, m_context);
     if (now.m_views != m_views || !sameKeyframes(now.m_keyframe.get(), m_keyframe.get()))
         return true;

@@ -24,6 +24,8 @@ public:
 
 private:
     Context m_context;
+    /// Of a compound instead of all that follows: each part writes where its own views say.
+    std::vector<StateAt> m_parts;
     std::vector<View> m_views;
     boost::shared_ptr<SerialisedKeyframe> m_keyframe;
     QVariant m_value;

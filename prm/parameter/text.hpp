@@ -9,6 +9,7 @@
 #include "prm/detail/LineParts.h"
 #include "prm/detail/PlainNumbers.h"
 #include "prm/detail/ReadingScope.h"
+#include "prm/detail/Restoring.h"
 #include "prm/detail/TextTokens.h"
 #include "prm/parameter/TypedSerialisedKeyframe.hpp"
 
@@ -139,39 +140,75 @@ bool Parameter<T>::readLine(QStringView line, const ProjectFileVersion& version,
         keyframe.view = view;
         keyframe.valueMapper = convert;
         keyframe.setFromText(behindView);
-        importKeyframe(keyframe);
+        readIntoView(view, [&] { importKeyframe(keyframe); });
         return true;
     }
     const QString rest = behindView.toString();
     if (detail::hasKey(rest, ParameterStrings::value)) {
         const QString text = detail::textBehind(rest);
         const T value = ValueType<T>::read(convert ? convert(text) : text);
-        if (!prefixed && resetsViews)
-            clearViewData();
-        if (PVData* const data = targetData(view))
-            storeStaticValue(*data, value);
+        const auto store = [&] {
+            if (PVData* const data = targetData(view))
+                storeStaticValue(*data, value);
+        };
+        if (prefixed || !resetsViews)
+            readIntoView(view, store);
+        else
+            readNewViews(store);
         return true;
     }
     return readHidden(rest) || detail::hasKey(rest, ParameterStrings::isKeyframed) || readExtrapolation(rest) ||
            readMaster(rest);
 }
 
-template <class T> void Parameter<T>::readViewList(const QString& line) {
+/// Begins with no views; where that throws all are as they were.
+template <class T> template <class Change> void Parameter<T>::readNewViews(const Change& change) {
+    const FastViewMap former(m_views, T());
     const detail::LifeGuard guard(*this);
+    const auto renew = [&] {
+        clearViewData();
+        if (guard.alive())
+            change();
+    };
+    detail::changeOrGoBack(*this, renew, [&] {
+        m_views.assignViews(former, [&] { m_isSplit.store(former.viewList().size() > 1); });
+        ++m_revision;
+    });
+}
+
+/// Where that throws it leaves no view behind that it has begun.
+template <class T> template <class Change> void Parameter<T>::readIntoView(const View& view, const Change& change) {
+    const View target = tellsViewsApart() ? view : View(View::defaultViewId());
+    if (m_views.findRealViewData(target)) {
+        change();
+        return;
+    }
+    const bool hadNone = viewList().empty();
+    detail::changeOrGoBack(*this, change, [&] {
+        if (hadNone)
+            Parameter::clearViewData();
+        else
+            Parameter::deleteView(target);
+    });
+}
+
+template <class T> void Parameter<T>::readViewList(const QString& line) {
     const View defaultView;
     std::vector<View> views = detail::parseViewList(line);
     // Observers hear of them as they are listed, but a long list in descending order would take quadratic time.
     constexpr std::size_t longList = 1000;
     if (views.size() > longList)
         std::sort(views.begin(), views.end());
-    clearViewData();
-    for (const View view : views) {
-        if (!guard.alive())
-            return;
-        targetData(view);
-    }
-    if (guard.alive() && splittable() && std::find(views.begin(), views.end(), defaultView) == views.end())
-        deleteView(defaultView);
+    readNewViews([&] {
+        const detail::LifeGuard guard(*this);
+        for (const View view : views) {
+            if (!guard.alive())
+                return;
+            targetData(view);
+        }
+        if (guard.alive() && splittable() && std::find(views.begin(), views.end(), defaultView) == views.end())
+            deleteView(defaultView);
+    });
 }
 
 template <class T> bool Parameter<T>::readExtrapolation(const QString& line) {
@@ -237,11 +274,22 @@ template <class T> void Parameter<T>::importKeyframe(const SerialisedKeyframe& k
         return;
     }
     const detail::LifeGuard guard(*this);
-    const int index = vSetValue(value, context);
-    if (guard.alive())
-        vSetInterpolation(itype.interpolation, context);
-    if (guard.alive())
-        vSetInterpolationData(itype, static_cast<unsigned int>(index), context.view);
+    const auto steps = [&] {
+        const int index = vSetValue(value, context);
+        if (guard.alive())
+            vSetInterpolation(itype.interpolation, context);
+        if (guard.alive())
+            vSetInterpolationData(itype, static_cast<unsigned int>(index), context.view);
+    };
+    const PVData* const data = m_views.findRealViewData(tellsViewsApart() ? context.view : View(View::defaultViewId()));
+    if (!data) {
+        steps();
+        return;
+    }
+    StretchesMemento former(*data);
+    if (context.time.isValid())
+        former.add(StretchesMemento::Stretch::around(data->keyframes, context.time));
+    detail::changeOrGoBack(*this, steps, [&] { former.putBack(*this); });
 }
 
 } // namespace Prm

@@ -37,8 +37,9 @@ struct World {
         key(*x, {{0, 1.}, {6, 2.}});
         key(*y, {{6, 3.}, {9, 4.}});
         key(*joined, {{0, 1.}, {10, 2.}});
-        key(*joined, {{50, 7.}}, 1);
+        key(*joined, {{10, 3.}, {50, 7.}}, 1);
         joined->setSplittable(false);
+        pair->addParameter(joined);
         for (int i = 0; i < more; ++i) {
             for (const auto& parameter : {number, tied, joined, x, y})
                 key(*parameter, {{1000 + i, i * 1.}});
@@ -75,6 +76,7 @@ struct World {
             for (unsigned i = 0; i < parameter.keyframeCount(view); ++i) {
                 const auto keyframe = parameter.keyframe(i, view);
                 const Prm::IType& curve = keyframe.interpolationData;
+                stream << static_cast<quint32>(curve.interpolation) << ' ';
                 for (const double exact :
                      {keyframe.time.toDouble(), keyframe.value, curve.x1, curve.y1, curve.x2, curve.y2})
                     stream << QString::number(exact, 'g', 17) << ' ';
@@ -93,6 +95,7 @@ struct World {
     Shared<Number> x{new Number("x")};
     Shared<Number> y{new Number("y")};
     Shared<Prm::CompoundParameter> position{new Prm::CompoundParameter("position", true)};
+    Shared<Prm::CompoundParameter> pair{new Prm::CompoundParameter("pair")};
     Prm::OwnedStaticParameter<QString>* text = new Prm::OwnedStaticParameter<QString>("text", "old");
     std::unique_ptr<Prm::ParameterSet> set = std::make_unique<Prm::ParameterSet>("set");
 };

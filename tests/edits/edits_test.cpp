@@ -113,6 +113,14 @@ const Row rows[] = {
     {"sets before of a compound",
      [](World& w) { return new ParameterExtrapolationBeforeEdit(*w.position, Extrapolation::Linear); }, x, "B", "P"},
     {"keys a compound", [](World& w) { return new ParameterAddKeyEdit(*w.position, at(3)); }, x, "A", "P"},
+    {"sets a shape of a compound by way of another view",
+     [](World& w) {
+         return new ParameterInterpolationDataEdit(*w.pair, {Interpolation::Bezier, 0.2, 0.3, 0.7, 1.5}, 0u, View(1));
+     },
+     joined, "I", "P"},
+    {"sets a kind of a compound by way of another view",
+     [](World& w) { return new ParameterInterpolationEdit(*w.pair, Interpolation::Constant, at(10, 1)); }, joined, "I",
+     "P"},
     {"moves those of a set", built([](World& w, Bsc::CompositeCommand& c) {
          MoveKeyframeEdit::appendToCommand(*w.set, Frame::fromInt(0), Frame::fromInt(3), c);
      }),
