@@ -118,7 +118,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Project three;
     three.file.loadText(third);
     HOLD(hashOf(two.root) == hashOf(three.root) || !isLossless);
-    Fuzz::same("saving again loses nothing", third, three.file.text());
+    if (two.file.saveLosses().isEmpty())
+        Fuzz::same("saving again loses nothing", third, three.file.text());
     // Over what is there already.
     one.file.loadText(third);
     Fuzz::intact(detail::verify(one.root));

@@ -81,7 +81,14 @@ private:
         add(QStringLiteral("keyframes will merge with the one before them"), view, merged);
         add(QStringLiteral("custom interpolations other than the first become Constant"), view, customKinds);
         add(QStringLiteral("shape numbers of kinds other than Bezier are not written"), view, shapes);
+        add(QStringLiteral("lines that name the view are not read"), view, isReadIn(view) ? 0 : 1);
         collectTexts(view, count);
+    }
+    /// The last valid id of a view is too large for its own prefix.
+    static bool isReadIn(const View& view) {
+        QString prefix = view.toString();
+        View read;
+        return View::extractStringPrefix(prefix, read);
     }
     void collectTexts(const View& view, unsigned int count) {
         const auto* const parameter = dynamic_cast<const Parameter<QString>*>(&m_parameter);
