@@ -31,9 +31,10 @@ inline const QtMessageHandler speaking =
 
 #define HOLD(promise) ((promise) ? void() : Fuzz::fail(#promise))
 
-/// With what stands behind a NUL. The size is never -1, which the compiler cannot know.
+/// With what stands behind a NUL, and with a byte-order mark, which Qt would take off at the beginning.
 inline QString textOf(const QByteArray& bytes) {
-    return QString::fromUtf8(bytes.constData(), std::max(0, bytes.size()));
+    const QByteArray marked = ':' + bytes;
+    return QString::fromUtf8(marked.constData(), marked.size()).mid(1);
 }
 
 inline void same(const char* what, const QByteArray& a, const QByteArray& b) {

@@ -43,8 +43,10 @@ PRM_EXPORT double continued(double edge, double a, double b, double duration, do
 /// The shape of a segment that becomes of a kind: the present one where it is of this kind and has one, else the kind's
 /// own, slow at both ends for Bezier.
 PRM_ALWAYS_INLINE IType initialShape(const IType& present, Interpolation kind) {
+    if (kind < Interpolation::Bezier)
+        return {kind};
     const bool shaped = present.interpolation == kind && present != IType(kind);
-    if (shaped && kind >= Interpolation::Bezier)
+    if (shaped)
         return present;
     if (kind == Interpolation::Bezier)
         return {kind, 1.0 / 3.0, 0.0, 2.0 / 3.0, 1.0};
