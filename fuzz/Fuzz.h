@@ -31,10 +31,11 @@ inline const QtMessageHandler speaking =
 
 #define HOLD(promise) ((promise) ? void() : Fuzz::fail(#promise))
 
-/// With what stands behind a NUL, and with a byte-order mark, which Qt would take off at the beginning.
+/// With what stands behind a NUL, and with a byte-order mark, which Qt would take off at the beginning. The size is
+/// never -1, which the compiler cannot know.
 inline QString textOf(const QByteArray& bytes) {
     const QByteArray marked = ':' + bytes;
-    return QString::fromUtf8(marked.constData(), marked.size()).mid(1);
+    return QString::fromUtf8(marked.constData(), std::max(0, marked.size())).mid(1);
 }
 
 inline void same(const char* what, const QByteArray& a, const QByteArray& b) {
