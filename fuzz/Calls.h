@@ -9,7 +9,7 @@
 #include "prm/MoveKeyframeEdit.h"
 #include "prm/ProjectFileVersion.h"
 #include "prm/SerialisedKeyframe.h"
-#include "prm/detail/Invariants.h"
+#include "prm/project/Invariants.h"
 
 namespace Fuzz {
 

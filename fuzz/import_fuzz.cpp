@@ -3,7 +3,7 @@
 #include "fuzz/Fuzz.h"
 #include "prm/ParameterSet.h"
 #include "prm/ProjectFile.h"
-#include "prm/detail/Invariants.h"
+#include "prm/project/Invariants.h"
 #include "tool/import/AnimationImport.h"
 
 #include <QDateTime>

@@ -3,7 +3,7 @@
 #include "fuzz/Fuzz.h"
 #include "prm/Parameter.h"
 #include "prm/SerialisedKeyframe.h"
-#include "prm/detail/TextTokens.h"
+#include "prm/text/TextTokens.h"
 
 #include <cstring>
 

@@ -9,7 +9,7 @@
 #include "prm/NumericParameter.h"
 #include "prm/ProjectFile.h"
 #include "prm/StaticParameter.h"
-#include "prm/detail/Invariants.h"
+#include "prm/project/Invariants.h"
 
 using namespace Prm;
 

@@ -3,7 +3,7 @@
 #include "host/bsc/MementoUndoable.h"
 #include "prm/Context.h"
 #include "prm/Export.h"
-#include "prm/detail/Mortal.h"
+#include "prm/change/Mortal.h"
 
 #include <QObject>
 #include <QString>

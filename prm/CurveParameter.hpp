@@ -4,7 +4,7 @@
 
 #include "prm/CurveParameter.h"
 #include "prm/Parameter.hpp"
-#include "prm/detail/CurveShapes.h"
+#include "prm/track/CurveShapes.h"
 
 namespace Prm {
 

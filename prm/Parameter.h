@@ -6,10 +6,10 @@
 #include "prm/ParameterWithoutType.h"
 #include "prm/ValueType.h"
 #include "prm/ViewInterpolation.h"
-#include "prm/detail/FastViewMap.h"
-#include "prm/detail/KeyframeRevision.h"
-#include "prm/detail/KeyframeSearch.h"
-#include "prm/detail/SourceViews.h"
+#include "prm/parameter/FastViewMap.h"
+#include "prm/track/KeyframeRevision.h"
+#include "prm/track/KeyframeSearch.h"
+#include "prm/track/SourceViews.h"
 
 #include <QFlags>
 

@@ -2,7 +2,7 @@
 
 #include "prm/Context.h"
 #include "prm/Export.h"
-#include "prm/detail/Mortal.h"
+#include "prm/change/Mortal.h"
 
 #include <QList>
 #include <QMetaType>

@@ -4,7 +4,7 @@
 #include "prm/Export.h"
 #include "prm/ParameterTree.h"
 #include "prm/View.h"
-#include "prm/detail/Mortal.h"
+#include "prm/change/Mortal.h"
 
 #include <QHash>
 #include <QPair>

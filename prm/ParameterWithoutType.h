@@ -6,7 +6,6 @@
 #include "prm/Export.h"
 #include "prm/Interpolation.h"
 #include "prm/ParameterChange.h"
-#include "prm/detail/Inline.h"
 
 #include <QList>
 #include <QMap>

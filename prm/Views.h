@@ -2,12 +2,12 @@
 
 #include "prm/Export.h"
 #include "prm/View.h"
-#include "prm/detail/RecursiveMutex.h"
 
 #include <QStringList>
 #include <QVector>
 
 #include <cstddef>
+#include <mutex>
 #include <vector>
 
 namespace Prm {
@@ -101,7 +101,7 @@ private:
     QVector<QStringList> m_viewNames;
     std::vector<View> m_currentViews;
     const IAnimationStateProvider* m_stateProvider;
-    mutable detail::RecursiveMutex m_mutex;
+    mutable std::recursive_mutex m_mutex;
 };
 
 } // namespace Prm

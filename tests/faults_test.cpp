@@ -2,7 +2,7 @@
 // hold.
 
 #include "prm/ProjectFile.h"
-#include "prm/detail/Invariants.h"
+#include "prm/project/Invariants.h"
 #include "tests/edits/World.h"
 #include "tests/support/Allocations.h"
 

@@ -1,5 +1,5 @@
-#include "prm/detail/BezierEasing.h"
 #include "prm/math/cuberoots.h"
+#include "prm/track/BezierEasing.h"
 
 #include <gtest/gtest.h>
 

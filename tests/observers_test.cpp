@@ -5,7 +5,7 @@
 #include "prm/CompoundParameter.h"
 #include "prm/ParameterEdits.h"
 #include "prm/Views.h"
-#include "prm/detail/Invariants.h"
+#include "prm/project/Invariants.h"
 #include "tests/edits/World.h"
 #include "tests/support/Warnings.h"
 

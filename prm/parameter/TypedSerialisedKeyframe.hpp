@@ -4,8 +4,8 @@
 
 #include "prm/Parameter.h"
 #include "prm/SerialisedKeyframe.h"
-#include "prm/detail/KeyframeText.h"
-#include "prm/detail/NumberText.h"
+#include "prm/text/KeyframeText.h"
+#include "prm/text/NumberText.h"
 
 #include <type_traits>
 

@@ -3,7 +3,7 @@
 // The direct edits of keyframes, static values and kinds of curve. Each guards, changes, and tells.
 
 #include "prm/Parameter.h"
-#include "prm/detail/KeyframeInsertion.h"
+#include "prm/track/KeyframeInsertion.h"
 
 #include <vector>
 

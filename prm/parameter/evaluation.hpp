@@ -3,8 +3,8 @@
 // The value at a time in a view, and the kinds of curve that lead to it.
 
 #include "prm/Parameter.h"
-#include "prm/detail/CurveShapes.h"
-#include "prm/detail/KeyframeSearch.h"
+#include "prm/track/CurveShapes.h"
+#include "prm/track/KeyframeSearch.h"
 
 #include <algorithm>
 

@@ -3,7 +3,7 @@
 // Questions about the keyframes of one view.
 
 #include "prm/Parameter.h"
-#include "prm/detail/KeyframeSearch.h"
+#include "prm/track/KeyframeSearch.h"
 
 #include <algorithm>
 

@@ -3,7 +3,7 @@
 // Values at many times.
 
 #include "prm/Parameter.h"
-#include "prm/detail/CurveShapes.h"
+#include "prm/track/CurveShapes.h"
 
 #include <algorithm>
 #include <vector>

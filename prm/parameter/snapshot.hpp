@@ -3,8 +3,8 @@
 // The parameter's state, taken and put back.
 
 #include "prm/Parameter.h"
-#include "prm/detail/KeyframeStretch.h"
-#include "prm/detail/PartialSnapshot.h"
+#include "prm/track/KeyframeStretch.h"
+#include "prm/untyped/PartialSnapshot.h"
 
 #include <boost/make_shared.hpp>
 

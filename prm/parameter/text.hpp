@@ -4,14 +4,14 @@
 
 #include "prm/Parameter.h"
 #include "prm/ProjectFileVersion.h"
-#include "prm/detail/KeyframeSearch.h"
-#include "prm/detail/KeyframeText.h"
-#include "prm/detail/LineParts.h"
-#include "prm/detail/PlainNumbers.h"
-#include "prm/detail/ReadingScope.h"
-#include "prm/detail/Restoring.h"
-#include "prm/detail/TextTokens.h"
 #include "prm/parameter/TypedSerialisedKeyframe.hpp"
+#include "prm/text/KeyframeText.h"
+#include "prm/text/LineParts.h"
+#include "prm/text/PlainNumbers.h"
+#include "prm/text/TextTokens.h"
+#include "prm/track/KeyframeSearch.h"
+#include "prm/untyped/ReadingScope.h"
+#include "prm/untyped/Restoring.h"
 
 #include <boost/make_shared.hpp>
 

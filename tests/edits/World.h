@@ -7,7 +7,7 @@
 #include "prm/ParameterEdits.h"
 #include "prm/ParameterSet.h"
 #include "prm/StaticParameter.h"
-#include "prm/detail/Invariants.h"
+#include "prm/project/Invariants.h"
 #include "tests/parameter/Keying.h"
 
 #include <QTextStream>

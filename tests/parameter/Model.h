@@ -5,7 +5,7 @@
 #include "prm/AnimationState.h"
 #include "prm/NumericParameter.h"
 #include "prm/Views.h"
-#include "prm/detail/BezierEasing.h"
+#include "prm/track/BezierEasing.h"
 #include "tests/parameter/Keying.h"
 
 #include <algorithm>

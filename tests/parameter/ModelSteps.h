@@ -2,7 +2,7 @@
 
 // The edits that a parameter and its model are both put through, and what must be the same afterwards.
 
-#include "prm/detail/Invariants.h"
+#include "prm/project/Invariants.h"
 #include "tests/parameter/Keying.h"
 #include "tests/parameter/Model.h"
 #include "tests/support/ChangeRecorder.h"

@@ -2,8 +2,8 @@
 
 #include "prm/TextStreamOperators.h"
 #include "prm/ValueType.h"
-#include "prm/detail/NumberText.h"
-#include "prm/detail/TextTokens.h"
+#include "prm/text/NumberText.h"
+#include "prm/text/TextTokens.h"
 
 #include <QLocale>
 #include <QTextStream>

@@ -2,7 +2,7 @@
 
 #include "prm/ParameterSet.h"
 #include "prm/ProjectFile.h"
-#include "prm/detail/Invariants.h"
+#include "prm/project/Invariants.h"
 #include "tests/support/Allocations.h"
 #include "tool/import/AnimationImport.h"
 

@@ -1,0 +1,233 @@
+#include "prm/CompoundParameter.h"
+
+#include "prm/Parameter.h"
+#include "prm/compound/CompoundWalk.hpp"
+#include "prm/text/LineParts.h"
+#include "prm/untyped/PartialSnapshot.h"
+
+#include <QDebug>
+#include <QMetaType>
+#include <boost/make_shared.hpp>
+
+#include <algorithm>
+#include <typeinfo>
+
+namespace Prm {
+
+namespace {
+
+using Values = QVector<QVariant>;
+
+struct MetaTypes {
+    int values = qRegisterMetaType<Values>("QVector< QVariant >");
+    int compound = qRegisterMetaType<CompoundParameter>("Prm::CompoundParameter");
+    bool fromList =
+        QMetaType::registerConverter<QVariantList, Values>([](const QVariantList& list) { return list.toVector(); });
+};
+
+const MetaTypes metaTypes;
+
+} // namespace
+
+/// One snapshot for each subparameter, by position.
+class CompoundParameter::MementoImpl : public detail::PartialSnapshot {
+public:
+    boost::shared_ptr<Bsc::MementoBase> present(const BasicParameter& parameter) const override {
+        const auto now = boost::make_shared<MementoImpl>();
+        const auto& parts = dynamic_cast<const CompoundParameter&>(parameter).parameters();
+        for (std::size_t i = 0; i < std::min(states.size(), parts.size()); ++i)
+            now->states.push_back(detail::presentLike(*states[i], *parts[i]));
+        return now;
+    }
+
+    std::vector<boost::shared_ptr<Bsc::MementoBase>> states;
+};
+
+CompoundParameter::CompoundParameter(const QString& name, bool keyframeTogether, ParameterSet* parent,
+                                     ParameterTree* tree)
+    : ParameterWithoutTypeBase(false, false, parent), ParameterSet(QString(), tree),
+      m_keyframeTogether(keyframeTogether), m_revision(detail::firstKeyframeRevision()) {
+    CompoundParameter::setScriptName(name);
+}
+
+CompoundParameter::CompoundParameter(const CompoundParameter& other)
+    : Bsc::MementoUndoable(other), ParameterWithoutTypeBase(other), ParameterSet(other),
+      m_keyframeTogether(other.m_keyframeTogether), m_revision(detail::firstKeyframeRevision()) {
+    forEachSubparameter([this](ParameterWithoutType& parameter, std::size_t) { addUpstreamParameter(parameter); });
+}
+
+CompoundParameter::~CompoundParameter() {
+    announceDeletion();
+    // The set part frees subparameters, and those tell of it: by then nobody may listen any more.
+    setUpstreamParameters({});
+}
+
+QList<ParameterWithoutType*> CompoundParameter::subparameters() const {
+    QList<ParameterWithoutType*> list;
+    for (const auto& parameter : parameters())
+        list.append(parameter.get());
+    return list;
+}
+
+void CompoundParameter::subparametersNotification(bool on) {
+    for (const auto& parameter : parameters())
+        parameter->enableNotifications(on);
+}
+
+bool CompoundParameter::mayTake(const ParameterWithoutType& parameter) const {
+    const auto* const compound = dynamic_cast<const CompoundParameter*>(&parameter);
+    return !compound || !compound->isOrContains(*this);
+}
+
+void CompoundParameter::addParameter(const boost::shared_ptr<ParameterWithoutType>& parameter) {
+    if (!parameter)
+        return;
+    if (!mayTake(*parameter)) {
+        qWarning() << "CompoundParameter:" << parameter->scriptName() << "contains" << scriptName()
+                   << "and cannot be a part of it.";
+        return;
+    }
+    const bool isNew = addUpstreamParameter(*parameter);
+    try {
+        ParameterSet::addParameter(parameter);
+    } catch (...) {
+        if (isNew)
+            removeUpstreamParameter(*parameter);
+        throw;
+    }
+    membersHaveChanged();
+}
+
+void CompoundParameter::addParameter(ParameterWithoutType& parameter) {
+    addParameter(boost::shared_ptr<ParameterWithoutType>(&parameter, [](ParameterWithoutType*) {}));
+}
+
+void CompoundParameter::setScriptName(const QString& name) {
+    ParameterWithoutTypeBase::setScriptName(name);
+    ParameterSet::setScriptName(name);
+}
+
+void CompoundParameter::setDisplayName(const QString& name) {
+    setDisplayName(name, name);
+}
+
+void CompoundParameter::setDisplayName(const QString& name, const QString& displayName) {
+    ParameterWithoutTypeBase::setDisplayName(displayName);
+    ParameterSet::setDisplayName(name, displayName);
+}
+
+void CompoundParameter::assignName(const QString& name) {
+    ParameterSet::assignName(name);
+    ParameterWithoutTypeBase::setDisplayName(ParameterSet::displayName());
+}
+
+QVariant CompoundParameter::variantValue(const Context& context) const {
+    Values values;
+    for (const auto& parameter : parameters())
+        values.append(parameter->variantValue(context));
+    return QVariant::fromValue(values);
+}
+
+void CompoundParameter::setVariantValue(const QVariant& value, const Context& context) {
+    if (!value.canConvert<Values>()) {
+        qWarning() << "virtual void Prm::CompoundParameter::setVariantValue(const QVariant&, const Prm::Context&)"
+                   << ": wrong value type.";
+        return;
+    }
+    const auto values = value.value<Values>();
+    if (static_cast<std::size_t>(values.size()) != parameters().size()) {
+        qWarning() << "CompoundParameter::setVariantValue() number of parameters is not the same as values.";
+        return;
+    }
+    const Context at = context;
+    forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t i) {
+        parameter.setVariantValue(values.at(static_cast<int>(i)), at);
+    });
+}
+
+int CompoundParameter::qMetaType() const {
+    return metaTypes.compound;
+}
+
+void CompoundParameter::calculateHash(Bsc::Hash&, const Context&) const {}
+
+void CompoundParameter::assignFrom(const ParameterWithoutType& other) {
+    ParameterWithoutTypeBase::assignFrom(other);
+    ParameterSet::setScriptName(scriptName());
+    ParameterSet::setDisplayName(displayName());
+    if (const auto* const compound = dynamic_cast<const CompoundParameter*>(&other))
+        m_keyframeTogether = compound->m_keyframeTogether;
+}
+
+void CompoundParameter::attachObserver(const QObject* observer, const char* slot) const {
+    ParameterWithoutTypeBase::attachObserver(observer, slot);
+    ParameterSet::attachObserver(observer, slot, true);
+}
+
+void CompoundParameter::detachObserver(const QObject* observer) const {
+    ParameterWithoutTypeBase::detachObserver(observer);
+    ParameterSet::detachObserver(observer, true);
+}
+
+void CompoundParameter::detachAllObservers() const {
+    ParameterWithoutTypeBase::detachAllObservers();
+    ParameterSet::detachAllObservers(true);
+}
+
+bool CompoundParameter::bStreamOut(QTextStream& stream, const QString& prefix, bool withName) const {
+    const QString start = detail::lineStart(prefix, scriptName(), true);
+    for (const auto& parameter : parameters())
+        parameter->streamOut(stream, start, withName);
+    return true;
+}
+
+bool CompoundParameter::setFromScriptString(const QString& line, const ProjectFileVersion& version) {
+    const detail::LifeGuard guard(life());
+    if (scriptName().isEmpty() && readByMembers(line, version))
+        return true;
+    return guard.alive() && ParameterWithoutTypeBase::setFromScriptString(line, version);
+}
+
+bool CompoundParameter::streamInValue(const QString& line, const ProjectFileVersion& version, TextConversion convert) {
+    const detail::LifeGuard guard(life());
+    bool taken = false;
+    if (!convert) {
+        taken = readByMembers(line, version);
+    } else {
+        forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t) {
+            QString rest;
+            if (!taken && detail::behindName(line, parameter.scriptName(), rest))
+                taken = parameter.streamInValue(rest, version, convert);
+        });
+    }
+    return taken || (guard.alive() && ParameterWithoutTypeBase::streamInValue(line, version, convert));
+}
+
+boost::shared_ptr<Bsc::MementoBase> CompoundParameter::exportState() const {
+    const auto memento = boost::make_shared<MementoImpl>();
+    for (const auto& parameter : parameters())
+        memento->states.push_back(parameter->exportState());
+    return memento;
+}
+
+boost::shared_ptr<Bsc::MementoBase> CompoundParameter::exportStateAround(const std::vector<Context>& places) const {
+    // What a class of a host's own adds to the snapshot is in the whole one.
+    if (typeid(*this) != typeid(CompoundParameter))
+        return exportState();
+    const auto memento = boost::make_shared<MementoImpl>();
+    for (const auto& parameter : parameters())
+        memento->states.push_back(parameter->exportStateAround(places));
+    return memento;
+}
+
+void CompoundParameter::doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) {
+    const auto* const memento = dynamic_cast<const MementoImpl*>(snapshot.get());
+    if (!memento)
+        return;
+    forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t i) {
+        if (i < memento->states.size())
+            Bsc::importState(parameter, memento->states[i]);
+    });
+}
+
+} // namespace Prm

@@ -1,0 +1,53 @@
+#include "prm/edits/KeyframeMoves.h"
+
+#include "prm/SerialisedKeyframe.h"
+#include "prm/untyped/StateAt.h"
+
+namespace Prm::detail {
+
+std::vector<Time> keyframeTimes(const ParameterWithoutType& parameter, const View& view) {
+    std::vector<Time> times;
+    times.reserve(parameter.keyframeCount(view));
+    parameter.forEachKeyframeTime([&](const Context& at) { times.push_back(at.time); }, view);
+    return times;
+}
+
+SerialisedKeyframes serialised(const ParameterWithoutType& parameter, const View& view,
+                               const std::vector<Time>& times) {
+    SerialisedKeyframes keyframes;
+    keyframes.reserve(times.size());
+    for (const Time time : times) {
+        if (auto keyframe = parameter.getSerialisedKeyframe({time, view}))
+            keyframes.push_back(std::move(keyframe));
+    }
+    return keyframes;
+}
+
+/// One shift is rounded to single precision; each further one takes away most of what is left.
+void shiftTo(SerialisedKeyframe& keyframe, Time time) {
+    constexpr int mostShifts = 8;
+    for (int i = 0; i < mostShifts && keyframe.context().time != time; ++i)
+        keyframe.adjustTime(static_cast<float>(time.toDouble() - keyframe.context().time.toDouble()));
+}
+
+void importAll(ParameterWithoutType& parameter, const SerialisedKeyframes& keyframes) {
+    const LifeGuard guard(parameter);
+    for (const auto& keyframe : keyframes) {
+        if (guard.alive())
+            parameter.importKeyframe(*keyframe);
+    }
+    if (guard.alive())
+        mendAll(parameter, keyframes);
+}
+
+void mendAll(ParameterWithoutType& parameter, const SerialisedKeyframes& keyframes) {
+    const LifeGuard guard(parameter);
+    for (const auto& keyframe : keyframes) {
+        if (!guard.alive())
+            return;
+        if (!sameKeyframes(parameter.getSerialisedKeyframe(keyframe->context()).get(), keyframe.get()))
+            parameter.importKeyframe(*keyframe);
+    }
+}
+
+} // namespace Prm::detail

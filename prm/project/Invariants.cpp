@@ -1,0 +1,217 @@
+#include "prm/project/Invariants.h"
+
+#include "prm/CompoundParameter.h"
+#include "prm/Parameter.h"
+
+#include <QSet>
+
+#include <algorithm>
+#include <optional>
+#include <vector>
+
+namespace Prm::detail {
+
+template <class T> const char* Invariants::brokenInStorage(const ParameterWithoutType& parameter) {
+    const auto* const typed = dynamic_cast<const Parameter<T>*>(&parameter);
+    return typed ? typed->m_views.brokenInvariant() : nullptr;
+}
+
+const char* Invariants::brokenInKeyframes(const ParameterWithoutType& parameter) {
+    const std::vector<View>& views = parameter.viewList();
+    const auto isReal = [](View view) { return view.isValid(); };
+    if (!std::all_of(views.begin(), views.end(), isReal))
+        return "an invalid view has data";
+    if (std::adjacent_find(views.begin(), views.end(), [](View a, View b) { return !(a < b); }) != views.end())
+        return "the views are not in ascending order";
+    bool ascending = true;
+    // Of a copy: a compound makes its list anew when it is asked.
+    for (const View view : std::vector<View>(views)) {
+        std::optional<Time> former;
+        parameter.forEachKeyframeTime(
+            [&](const Context& at) {
+                ascending = ascending && at.time.isValid() && (!former || *former < at.time);
+                former = at.time;
+            },
+            view);
+    }
+    return ascending ? nullptr : "keyframes are not in ascending order of valid times";
+}
+
+const char* Invariants::brokenInLinks(const ParameterWithoutType& parameter) {
+    QSet<const ParameterWithoutType*> constrained;
+    for (const auto& entry : parameter.rarities().constrainedParameters) {
+        if (entry && entry->masterParameter() != &parameter)
+            return "a parameter is listed as constrained, and has another master";
+        if (entry && constrained.contains(entry.data()))
+            return "a parameter is listed as constrained twice";
+        constrained.insert(entry.data());
+    }
+    const ParameterWithoutType* const master = parameter.masterParameter();
+    if (master && !master->listsConstrained(parameter))
+        return "the master does not list the parameter";
+    const ParameterWithoutType* slow = &parameter;
+    const ParameterWithoutType* fast = &parameter;
+    while (fast && fast->masterParameter()) {
+        slow = slow->masterParameter();
+        fast = fast->masterParameter()->masterParameter();
+        if (fast == slow)
+            return "the masters form a circle";
+    }
+    return nullptr;
+}
+
+const char* Invariants::brokenInUnion(const CompoundParameter& compound) {
+    const CompoundParameter::UpstreamParameters& heard = compound.rarities().upstreamParameters;
+    for (const auto& part : compound.parameters()) {
+        if (!heard.contains(part.get()))
+            return "the compound does not listen to one of its parts";
+    }
+    const std::vector<View> views = compound.viewList();
+    const auto isGathered = [&](View view) { return compound.keyframesOf(view) == compound.gathered(view); };
+    return std::all_of(views.begin(), views.end(), isGathered) ? nullptr : "the union of the keyframes is out of date";
+}
+
+const char* Invariants::brokenIn(const ParameterWithoutType& parameter) {
+    for (const auto storage :
+         {brokenInStorage<bool>, brokenInStorage<int>, brokenInStorage<unsigned int>, brokenInStorage<double>,
+          brokenInStorage<QString>, brokenInStorage<QPointF>, brokenInStorage<QPoint>}) {
+        if (const char* broken = storage(parameter))
+            return broken;
+    }
+    const auto* const compound = dynamic_cast<const CompoundParameter*>(&parameter);
+    if (!compound && parameter.isSplit() != (parameter.viewList().size() > 1))
+        return "isSplit is wrong";
+    if (const char* broken = brokenInKeyframes(parameter))
+        return broken;
+    if (const char* broken = compound ? brokenInUnion(*compound) : nullptr)
+        return broken;
+    return brokenInLinks(parameter);
+}
+
+const char* Invariants::brokenInNames(const ParameterSet& set) {
+    if (!set.m_subsetNamesKnown)
+        return nullptr;
+    QHash<QString, int> counts;
+    for (const ParameterSet::Subset& subset : set.m_subsets)
+        ++counts[subset.set->scriptName()];
+    return counts == set.m_subsetNames ? nullptr : "the names of the subsets are out of date";
+}
+
+const char* Invariants::brokenIn(const ParameterSet& set) {
+    const auto knowsOnce = [&](const auto& lists) { return std::count(lists.begin(), lists.end(), &set) == 1; };
+    QSet<const void*> members;
+    const auto isNew = [&](const void* member) {
+        const int before = members.size();
+        members.insert(member);
+        return member && members.size() > before;
+    };
+    for (const auto& parameter : set.m_parameters) {
+        if (!isNew(static_cast<const BasicParameter*>(parameter.get())) || !knowsOnce(parameter->m_listedIn))
+            return "a parameter is listed twice, or does not know of it";
+    }
+    for (const BasicParameter* parameter : set.m_basicParameters) {
+        if (!isNew(parameter) || !knowsOnce(parameter->m_listedIn))
+            return "a parameter that does not animate is listed twice, or does not know of it";
+    }
+    for (const auto& parameter : set.m_ownedBasicParameters) {
+        if (!members.contains(parameter.get()))
+            return "an owned parameter is not listed";
+    }
+    for (const ParameterSet::Subset& subset : set.m_subsets) {
+        if (!isNew(subset.set) || !knowsOnce(subset.set->m_parents))
+            return "a subset is listed twice, or does not know of it";
+        if (subset.owner && subset.owner.get() != subset.set)
+            return "a subset is owned by way of another one";
+    }
+    return brokenInNames(set);
+}
+
+const char* Invariants::brokenAround(const BasicParameter& parameter) {
+    const auto isAmong = [&](const auto& list) {
+        return std::any_of(list.begin(), list.end(), [&](const auto& entry) { return &*entry == &parameter; });
+    };
+    for (const ParameterSet* set : parameter.m_listedIn) {
+        if (!isAmong(set->m_parameters) && !isAmong(set->m_basicParameters))
+            return "a set that seems to list the parameter does not";
+    }
+    return nullptr;
+}
+
+const char* Invariants::brokenAround(const ParameterSet& set) {
+    const auto lists = [&](const ParameterSet* parent) {
+        return std::any_of(parent->m_subsets.begin(), parent->m_subsets.end(),
+                           [&](const auto& subset) { return subset.set == &set; });
+    };
+    return std::all_of(set.m_parents.begin(), set.m_parents.end(), lists) ? nullptr
+                                                                          : "a set that seems to list it does not";
+}
+
+namespace {
+
+QString named(const QString& name, const char* broken) {
+    return broken ? name + QLatin1String(": ") + QLatin1String(broken) : QString();
+}
+
+/// Of everything below a set, each once, in a list of its own: trees are deeper than stacks.
+class Walk {
+public:
+    explicit Walk(const ParameterSet& top) : m_top(top), m_sets{&top} {}
+
+    QString broken() {
+        QString found;
+        while (found.isEmpty() && !m_sets.empty()) {
+            const ParameterSet* const set = m_sets.back();
+            m_sets.pop_back();
+            found = brokenIn(*set);
+        }
+        return found;
+    }
+
+private:
+    QString brokenIn(const ParameterSet& set) {
+        if (const char* broken = Invariants::brokenIn(set))
+            return named(set.scriptName(), broken);
+        for (const auto& parameter : set.parameters()) {
+            if (const char* broken = Invariants::brokenIn(*parameter))
+                return named(parameter->scriptName(), broken);
+            goTo(dynamic_cast<const ParameterSet*>(parameter.get()));
+        }
+        for (const ParameterSet* subset : set.subsets())
+            goTo(subset);
+        return named(set.scriptName(), m_circle ? "the set contains itself" : nullptr);
+    }
+    void goTo(const ParameterSet* set) {
+        m_circle = m_circle || set == &m_top;
+        if (!set || m_seen.contains(set))
+            return;
+        m_seen.insert(set);
+        m_sets.push_back(set);
+    }
+
+    const ParameterSet& m_top;
+    std::vector<const ParameterSet*> m_sets;
+    QSet<const ParameterSet*> m_seen;
+    bool m_circle = false;
+};
+
+} // namespace
+
+QString verify(const ParameterSet& set) {
+    const QString around = named(set.scriptName(), Invariants::brokenAround(set));
+    return around.isEmpty() ? Walk(set).broken() : around;
+}
+
+QString verify(const BasicParameter& parameter) {
+    const char* broken = Invariants::brokenAround(parameter);
+    const auto* const animated = dynamic_cast<const ParameterWithoutType*>(&parameter);
+    if (!broken && animated)
+        broken = Invariants::brokenIn(*animated);
+    const auto* const set = dynamic_cast<const ParameterSet*>(&parameter);
+    return broken || !set ? named(parameter.scriptName(), broken) : verify(*set);
+}
+
+QString verify(const CompoundParameter& compound) {
+    return verify(static_cast<const BasicParameter&>(compound));
+}
+
+} // namespace Prm::detail

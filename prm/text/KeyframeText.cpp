@@ -1,0 +1,85 @@
+#include "prm/text/KeyframeText.h"
+
+#include "prm/ParameterStrings.h"
+#include "prm/text/LineParts.h"
+#include "prm/text/NumberText.h"
+#include "prm/text/TextTokens.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <stdexcept>
+
+namespace Prm::detail {
+
+namespace {
+
+[[noreturn]] void refuse(const char* message, QStringView line) {
+    throw std::runtime_error(QString::fromLatin1(message).arg(line.toString()).toStdString());
+}
+
+/// A few characters in place, for appending one by one to a text costs more than to make them. Those behind the end
+/// are never looked at. NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
+class Characters {
+public:
+    void add(QLatin1String text) { m_end = std::copy(text.begin(), text.end(), m_end); }
+    void addSixDigits(double number) { m_end = detail::addSixDigits(m_end, number); }
+    void addTo(QString& text) {
+        text += QLatin1String(m_characters.data(), static_cast<int>(m_end - m_characters.data()));
+        m_end = m_characters.data();
+    }
+
+private:
+    /// Four numbers and what is between them, at the most.
+    std::array<char, 4 * (longestNumber + 2) + 8> m_characters;
+    char* m_end = m_characters.data();
+};
+
+/// Single precision is part of the format. What is no number is 0, what is too large for one the invalid time.
+Time readTime(QStringView text) {
+    const float time = toFloat(text);
+    return std::isinf(time) ? Time(Time::INVALID) : Time::fromFloat(time);
+}
+
+} // namespace
+
+void writeKeyframe(QString& text, View view, Time time, const QString& value, const IType& itype) {
+    const QLatin1String separator(", ");
+    const bool isBezier = itype.interpolation == Interpolation::Bezier;
+    if (view != View(View::defaultViewId()))
+        text += view.toString();
+    Characters characters;
+    characters.add(isBezier ? QLatin1String("keyframes.append( BezierKey( ")
+                            : QLatin1String("keyframes.append( Key( "));
+    characters.addSixDigits(time.toDouble());
+    characters.add(separator);
+    characters.addTo(text);
+    text += value;
+    if (isBezier) {
+        for (const double number : {itype.x1, itype.y1, itype.x2, itype.y2}) {
+            characters.add(separator);
+            characters.addSixDigits(number);
+        }
+    } else {
+        characters.add(separator);
+        characters.addTo(text);
+        text += qstrInterpolationTypeString(itype.interpolation);
+    }
+    characters.add(QLatin1String(" ) )"));
+    characters.addTo(text);
+}
+
+KeyframeText readKeyframe(QStringView line, IType& itype) {
+    KeyframeText keyframe;
+    QStringView rest = line;
+    View::extractStringPrefix(rest, keyframe.view);
+    if (!hasKey(rest, ParameterStrings::keyframes))
+        refuse("Cannot parse keyframe string '%1'", rest);
+    QStringView time;
+    if (!parseKeyframeDeclaration(rest, time, keyframe.value, itype))
+        refuse("Failed to parse Key() block: '%1'", rest);
+    keyframe.time = readTime(time);
+    return keyframe;
+}
+
+} // namespace Prm::detail

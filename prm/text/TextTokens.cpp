@@ -1,0 +1,251 @@
+#include "prm/text/TextTokens.h"
+
+#include "prm/ParameterStrings.h"
+#include "prm/text/LineParts.h"
+#include "prm/text/NumberText.h"
+
+#include <QLatin1String>
+#include <QVector>
+
+#include <algorithm>
+#include <array>
+
+namespace Prm::detail {
+
+namespace {
+
+const QLatin1String plainCharacters("\f\"\\\r\n\t\v");
+const QLatin1String escapeLetters("f\"\\rntv");
+
+const QLatin1Char quote('"');
+const QLatin1Char comma(',');
+const QLatin1Char backslash('\\');
+
+constexpr QStringView keyOpening(u"Key(");
+constexpr QStringView keyEnding(u") )");
+constexpr QStringView bezierPrefix(u"Bezier");
+
+/// The position of the first such character from a position on, -1 without one. It is near, mostly.
+qsizetype find(QStringView text, QChar character, qsizetype from = 0) {
+    for (qsizetype position = from; position < text.size(); ++position) {
+        if (text[position] == character)
+            return position;
+    }
+    return -1;
+}
+
+/// The position of the first "Key(", -1 without one.
+qsizetype findOpening(QStringView text) {
+    qsizetype position = -1;
+    do
+        position = find(text, keyOpening.front(), position + 1);
+    while (position >= 0 && !beginsWith(text.mid(position), keyOpening));
+    return position;
+}
+
+/// Whether the opening is that of the first "BezierKey" in the text.
+bool opensBezier(QStringView text, qsizetype opening) {
+    const qsizetype start = opening - bezierPrefix.size();
+    if (start < 0 || !beginsWith(text.mid(start), bezierPrefix))
+        return false;
+    const bool isFirstKey = find(text, keyOpening.front()) == opening;
+    return isFirstKey || text.indexOf(ParameterStrings::bezierKey) == start;
+}
+
+/// Whether a quote at the position ends a quoted token.
+bool closesQuotes(const QString& text, int pos) {
+    const bool isLast = pos + 1 == text.size();
+    return isLast || text.midRef(pos + 1, 2) == QLatin1String(", ");
+}
+
+QStringView withoutBlanksAtEnd(QStringView text) {
+    while (!text.isEmpty() && (text.back() == QLatin1Char(' ') || text.back() == QLatin1Char('\t')))
+        text.chop(1);
+    return text;
+}
+
+QStringView withoutSpaceAtStart(QStringView text) {
+    while (!text.isEmpty() && text.front().isSpace())
+        text = text.mid(1);
+    return text;
+}
+
+QStringView withoutSpace(QStringView text) {
+    while (!text.isEmpty() && text.back().isSpace())
+        text.chop(1);
+    return withoutSpaceAtStart(text);
+}
+
+/// The position of a comma counted from the end, -1 where there is none. One at the very beginning does not count.
+qsizetype commaFromEnd(QStringView text, int number) {
+    for (qsizetype position = text.size() - 1; position > 0; --position) {
+        if (text[position] == comma && --number == 0)
+            return position;
+    }
+    return -1;
+}
+
+/// The usual four numbers, without quotes; false for everything else.
+bool readPlainShape(QStringView text, std::array<double, 4>& numbers) {
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        const auto end = i + 1 < numbers.size() ? find(text, comma) : text.size();
+        bool isNumber = false;
+        if (end >= 0)
+            numbers[i] = toDouble(withoutSpace(text.left(end)), &isNumber);
+        if (!isNumber)
+            return false;
+        text = text.mid(std::min(end + 1, text.size()));
+    }
+    return true;
+}
+
+bool readShape(QStringView numbersText, IType& itype) {
+    std::array<double, 4> plain{};
+    if (readPlainShape(numbersText, plain)) {
+        itype = IType(Interpolation::Bezier, plain[0], plain[1], plain[2], plain[3]);
+        return true;
+    }
+    const QString text = numbersText.toString();
+    QVector<QString> numbers;
+    int pos = 0;
+    while (pos < text.size()) {
+        const QString token = getToken(text, pos);
+        if (!token.isNull())
+            numbers.append(token);
+    }
+    if (numbers.size() != 4)
+        return false;
+    itype = IType(Interpolation::Bezier, numbers.at(0).toDouble(), numbers.at(1).toDouble(), numbers.at(2).toDouble(),
+                  numbers.at(3).toDouble());
+    return true;
+}
+
+/// The two most frequent names, and then all.
+bool readKind(QStringView name, Interpolation& kind) {
+    const auto is = [name](QStringView known) { return name.size() == known.size() && beginsWith(name, known); };
+    if (is(ParameterStrings::linear))
+        kind = Interpolation::Linear;
+    else if (is(ParameterStrings::constant))
+        kind = Interpolation::Constant;
+    else
+        return bStringToInterpolationType(name.toString(), kind);
+    return true;
+}
+
+/// The character at the same place of the other alphabet, or null.
+QChar counterpart(QChar character, QLatin1String from, QLatin1String to) {
+    for (int i = 0; i < from.size(); ++i) {
+        if (character == from.at(i))
+            return to.at(i);
+    }
+    return {};
+}
+
+} // namespace
+
+QString getToken(const QString& text, int& pos) {
+    QString token;
+    while (pos < text.size() && text.at(pos).isSpace())
+        ++pos;
+    bool quoted = false;
+    for (; pos < text.size(); ++pos) {
+        const QChar c = text.at(pos);
+        if (c == backslash) {
+            if (pos + 1 < text.size() && text.at(pos + 1) == quote) {
+                token += quote;
+                ++pos;
+            }
+            token += backslash;
+        } else if (c == quote && !quoted && token.isEmpty()) {
+            token = QLatin1String("");
+            quoted = true;
+        } else if (c == quote && quoted && closesQuotes(text, pos)) {
+            quoted = false;
+        } else if (c == comma && !quoted) {
+            ++pos;
+            break;
+        } else {
+            token += c;
+        }
+    }
+    return token;
+}
+
+bool parseKeyframeDeclaration(QStringView declaration, QStringView& timeText, QStringView& valueText, IType& itype) {
+    const qsizetype opening = findOpening(declaration);
+    const qsizetype end = withoutBlanksAtEnd(declaration).size() - keyEnding.size();
+    if (opening < 0 || end < 0 || !beginsWith(declaration.mid(end), keyEnding))
+        return false;
+    const qsizetype start = opening + keyOpening.size();
+    const QStringView inside = declaration.mid(start, std::max<qsizetype>(0, end - start));
+    const QStringView text = withoutSpaceAtStart(withoutBlanksAtEnd(inside));
+    const qsizetype timeEnd = find(text, comma);
+    if (timeEnd < 0)
+        return false;
+    const bool isBezier = opensBezier(declaration, opening);
+    const qsizetype valueEnd = isBezier ? commaFromEnd(text, 4) : text.lastIndexOf(comma);
+    if (isBezier && valueEnd <= timeEnd)
+        return false;
+    const QStringView rest = text.mid(valueEnd + 1);
+    const bool understood = isBezier ? readShape(rest, itype) : readKind(withoutSpace(rest), itype.interpolation);
+    if (!understood)
+        return false;
+    timeText = text.left(timeEnd);
+    valueText = withoutSpace(text.mid(timeEnd + 1, std::max<qsizetype>(0, valueEnd - timeEnd - 1)));
+    return true;
+}
+
+std::vector<View> parseViewList(const QString& text) {
+    const int opening = text.indexOf(QLatin1Char('['));
+    const int closing = text.indexOf(QLatin1Char(']'));
+    std::vector<View> views;
+    if (opening < 0 || closing < 0)
+        return views;
+    // With the brackets the wrong way round the length is negative, and everything behind the opening one counts.
+    const QVector<QStringRef> parts = text.midRef(opening + 1, closing - opening - 1).split(comma, Qt::SkipEmptyParts);
+    for (const QStringRef& part : parts) {
+        bool isNumber = false;
+        const uint id = part.toUInt(&isNumber);
+        if (isNumber)
+            views.emplace_back(id);
+    }
+    return views;
+}
+
+QString& escapeString(QString& s) {
+    QString escaped;
+    escaped.reserve(s.size());
+    for (const QChar character : qAsConst(s)) {
+        const QChar letter = counterpart(character, plainCharacters, escapeLetters);
+        if (letter.isNull()) {
+            escaped += character;
+        } else {
+            escaped += backslash;
+            escaped += letter;
+        }
+    }
+    if (escaped.size() != s.size())
+        s = escaped;
+    return s;
+}
+
+QString& unescapeString(QString& s) {
+    QString plain;
+    plain.reserve(s.size());
+    for (int i = 0; i < s.size(); ++i) {
+        QChar character = s.at(i);
+        if (character == backslash && i + 1 < s.size()) {
+            const QChar meant = counterpart(s.at(i + 1), escapeLetters, plainCharacters);
+            if (!meant.isNull()) {
+                character = meant;
+                ++i;
+            }
+        }
+        plain += character;
+    }
+    if (plain.size() != s.size())
+        s = plain;
+    return s;
+}
+
+} // namespace Prm::detail

@@ -1,0 +1,154 @@
+#pragma once
+
+#include "prm/CurveKinds.h"
+#include "prm/Export.h"
+#include "prm/Interpolation.h"
+#include "prm/KeyframeData.h"
+#include "prm/ValueType.h"
+
+#include <array>
+#include <cmath>
+#include <type_traits>
+
+namespace Prm::detail {
+
+PRM_EXPORT double curvedProgress(const IType& shape, double x);
+
+/// The part of a segment's change that is reached at part x, in [0,1], of its time. A custom kind that nobody
+/// registered is a straight line.
+inline double segmentProgress(const IType& shape, double x) {
+    return shape.interpolation == Interpolation::Linear ? x : curvedProgress(shape, x);
+}
+
+/// dy/dx where a segment begins or ends, for straight lines that continue it: 0 where it holds or is vertical.
+PRM_EXPORT double startSlope(const IType& shape);
+PRM_EXPORT double endSlope(const IType& shape);
+
+/// The time inside the range that a custom kind shows; false when nobody registered the kind.
+PRM_EXPORT bool mapIntoRange(Extrapolation kind, Time time, Time first, Time last, Time& inside);
+
+PRM_EXPORT double mixFar(double from, double to, double part);
+
+/// from + (to - from) * part, without overflow on the way.
+inline double mix(double from, double to, double part) {
+    const double change = to - from;
+    return std::isfinite(change) ? from + change * part : mixFar(from, to, part);
+}
+
+/// `edge` continued by a straight line: the change from a to b in `duration` frames, times `slope`, over `distance`
+/// frames. Holds where the line is not finite.
+PRM_EXPORT double continued(double edge, double a, double b, double duration, double slope, double distance);
+
+/// The shape of a segment that becomes of a kind: the present one where it is of this kind and has one, else the kind's
+/// own, slow at both ends for Bezier.
+PRM_ALWAYS_INLINE IType initialShape(const IType& present, Interpolation kind) {
+    if (kind < Interpolation::Bezier)
+        return {kind};
+    const bool shaped = present.interpolation == kind && present != IType(kind);
+    if (shaped)
+        return present;
+    if (kind == Interpolation::Bezier)
+        return {kind, 1.0 / 3.0, 0.0, 2.0 / 3.0, 1.0};
+    return {kind};
+}
+
+/// Whether a segment keeps the value that it starts with. The unnamed kind 0 does, as the name that is written for it.
+inline bool holds(const IType& shape) {
+    return shape.interpolation <= Interpolation::Constant;
+}
+
+/// Whether a host's function says how a segment runs.
+inline bool isCustom(const IType& shape) {
+    return shape.interpolation >= Interpolation::Custom0;
+}
+
+template <class T> PRM_ALWAYS_INLINE T blended(const T& from, const T& to, double part) {
+    std::array<double, ValueType<T>::componentCount> mixed{};
+    for (int i = 0; i < ValueType<T>::componentCount; ++i)
+        mixed[static_cast<std::size_t>(i)] =
+            mix(ValueType<T>::component(from, i), ValueType<T>::component(to, i), part);
+    return ValueType<T>::fromComponents(mixed.data());
+}
+
+/// The same by a host's function, on copies: it may edit the list that the keyframes are in.
+template <class T> T blendedByHost(KeyframeData<T> from, KeyframeData<T> to, double x) {
+    return blended(from.value, to.value, segmentProgress(from.interpolationData, x));
+}
+
+/// The value of the segment between two keyframes. Outside the segment, or where its duration is not positive, the
+/// nearer keyframe's.
+template <class T> PRM_ALWAYS_INLINE T segmentValue(const KeyframeData<T>& from, const KeyframeData<T>& to, Time time) {
+    const double duration = to.time - from.time;
+    const IType& shape = from.interpolationData;
+    if (holds(shape))
+        return from.value;
+    if (!(duration > 0.0))
+        return time > from.time ? to.value : from.value;
+    const double x = (time - from.time) / duration;
+    if (!(x > 0.0))
+        return from.value;
+    if (x >= 1.0)
+        return to.value;
+    return isCustom(shape) ? blendedByHost(from, to, x) : blended(from.value, to.value, segmentProgress(shape, x));
+}
+
+/// `segmentValue` at a time strictly inside a straight line of numbers; false where it takes more.
+template <class T>
+PRM_ALWAYS_INLINE bool isOnLine(const KeyframeData<T>& from, const KeyframeData<T>& to, Time time, T& value) {
+    if constexpr (std::is_same_v<T, double>) {
+        if (from.interpolationData.interpolation != Interpolation::Linear)
+            return false;
+        const double change = to.value - from.value;
+        const double x = (time - from.time) / (to.time - from.time);
+        value = from.value + change * x;
+        return x > 0.0 && x < 1.0 && std::isfinite(change);
+    } else {
+        return false;
+    }
+}
+
+/// `segmentValue` of a straight line of ordinary numbers at the times, from the first on, that lie inside it; answers
+/// how many these are. They are counted first, so that several are computed at once.
+inline int lineValues(const KeyframeData<double>& from, const KeyframeData<double>& to, const Time* times, int count,
+                      double* out) {
+    int inside = 1;
+    while (inside < count && from.time < times[inside] && times[inside] < to.time)
+        ++inside;
+    const double duration = to.time - from.time;
+    const double change = to.value - from.value;
+    for (int i = 0; i < inside; ++i) {
+        const double x = (times[i] - from.time) / duration;
+        const double value = x < 1.0 ? from.value + change * x : to.value;
+        out[i] = x > 0.0 ? value : from.value;
+    }
+    return inside;
+}
+
+/// The same for every kind of segment. The first time may lie at the first keyframe. The keyframes are copies: a host's
+/// function may edit the list.
+template <class T> int segmentValues(KeyframeData<T> from, KeyframeData<T> to, const Time* times, int count, T* out) {
+    if constexpr (std::is_same_v<T, double>) {
+        if (from.interpolationData.interpolation == Interpolation::Linear && std::isfinite(to.value - from.value) &&
+            std::isfinite(to.time - from.time))
+            return lineValues(from, to, times, count, out);
+    }
+    int i = 0;
+    do
+        out[i] = segmentValue(from, to, times[i]);
+    while (++i < count && from.time < times[i] && times[i] < to.time);
+    return i;
+}
+
+/// The value of one end of a segment continued in a straight line, `distance` frames along the timeline from that end.
+template <class T>
+T continuedValue(const T& edge, const KeyframeData<T>& from, const KeyframeData<T>& to, double slope, double distance) {
+    const double duration = to.time - from.time;
+    std::array<double, ValueType<T>::componentCount> line{};
+    for (int i = 0; i < ValueType<T>::componentCount; ++i)
+        line[static_cast<std::size_t>(i)] =
+            continued(ValueType<T>::component(edge, i), ValueType<T>::component(from.value, i),
+                      ValueType<T>::component(to.value, i), duration, slope, distance);
+    return ValueType<T>::fromComponents(line.data());
+}
+
+} // namespace Prm::detail

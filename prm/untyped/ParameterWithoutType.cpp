@@ -1,0 +1,258 @@
+#include "prm/ParameterWithoutType.h"
+
+#include "host/bsc/CompositeCommand.h"
+#include "prm/text/LineParts.h"
+
+#include <QDebug>
+
+namespace Prm {
+
+namespace {
+
+constexpr quint32 allTypes = (1u << ParameterChange::NUM_CHANGE_TYPES) - 1;
+
+bool hasSwitch(ParameterChange::ChangeType type) {
+    return type >= 0 && type < ParameterChange::NUM_CHANGE_TYPES;
+}
+
+bool isOn(quint32 switches, ParameterChange::ChangeType type) {
+    return hasSwitch(type) && (switches & (1u << type)) != 0;
+}
+
+bool setSwitch(quint32& switches, ParameterChange::ChangeType type, bool on) {
+    if (!hasSwitch(type))
+        return false;
+    const bool previous = isOn(switches, type);
+    const quint32 bit = 1u << type;
+    switches = on ? switches | bit : switches & ~bit;
+    return previous;
+}
+
+/// Opens a parameter's signals for one emission, whatever the observers do to it.
+class OpenSignals {
+public:
+    explicit OpenSignals(ParameterWithoutType& parameter) : m_parameter(parameter), m_guard(parameter) {
+        m_parameter.blockSignals(false);
+    }
+    ~OpenSignals() {
+        if (m_guard.alive())
+            m_parameter.blockSignals(true);
+    }
+    Q_DISABLE_COPY(OpenSignals)
+
+private:
+    ParameterWithoutType& m_parameter;
+    detail::LifeGuard m_guard;
+};
+
+} // namespace
+
+bool ParameterWithoutType::s_processNotifications = true;
+
+ParameterWithoutType::ParameterWithoutType(bool locked, bool hidden, ParameterSet* parent)
+    : BasicParameter(parent), m_locked(locked), m_hidden(hidden), m_notificationEnabled(allTypes) {}
+
+ParameterWithoutType::ParameterWithoutType(const ParameterWithoutType& other)
+    : Bsc::MementoUndoable(other), BasicParameter(other), m_locked(false), m_hidden(false),
+      m_notificationEnabled(allTypes), m_displayName(other.m_displayName), m_scriptName(other.m_scriptName) {
+    if (!other.rarities().additionalScriptNames.isEmpty())
+        ownRarities().additionalScriptNames = other.rarities().additionalScriptNames;
+    copyOwnAttributes(other, NamePrefix::Copy);
+}
+
+ParameterWithoutType::~ParameterWithoutType() {
+    announceDeletion();
+    delete m_rarities.load();
+}
+
+const ParameterWithoutType::Rarities& ParameterWithoutType::rarities() const {
+    // Never destroyed: parameters may outlive it at the end of a program.
+    static const Rarities& none = *new Rarities;
+    const Rarities* const made = m_rarities.load(std::memory_order_acquire);
+    return made ? *made : none;
+}
+
+ParameterWithoutType::Rarities& ParameterWithoutType::ownRarities() {
+    Rarities* made = m_rarities.load(std::memory_order_relaxed);
+    if (!made) {
+        made = new Rarities;
+        m_rarities.store(made, std::memory_order_release);
+    }
+    return *made;
+}
+
+void ParameterWithoutType::setExtraName(const QString& name) {
+    if (!name.isNull() || !rarities().extraName.isNull())
+        ownRarities().extraName = name;
+}
+
+void ParameterWithoutType::setPendingMasterParameterId(const QString& id) {
+    if (!id.isNull() || !rarities().pendingMasterParameterId.isNull())
+        ownRarities().pendingMasterParameterId = id;
+}
+
+void ParameterWithoutType::announceDeletion() noexcept {
+    if (m_deletionAnnounced)
+        return;
+    m_deletionAnnounced = true;
+    try {
+        ParameterChange::parameterDeleted(*this);
+    } catch (...) {
+        qWarning() << "ParameterWithoutType: an observer of the deletion of" << m_scriptName << "threw an exception.";
+    }
+}
+
+void ParameterWithoutType::copyOwnAttributes(const ParameterWithoutType& other, NamePrefix prefix) {
+    m_locked = other.m_locked;
+    m_hidden = other.m_hidden;
+    setExtraName(other.extraName());
+    if (prefix == NamePrefix::Copy)
+        m_namePrefix = other.m_namePrefix;
+}
+
+void ParameterWithoutType::assignFrom(const ParameterWithoutType& other) {
+    if (&other == this)
+        return;
+    copyOwnAttributes(other, NamePrefix::Keep);
+    m_displayName = other.m_displayName;
+    m_scriptName = other.m_scriptName;
+    if (!m_rarities.load() && !other.m_rarities.load())
+        return;
+    ownRarities().viewSelector = other.rarities().viewSelector;
+    ownRarities().viewSelectorCompanion = other.rarities().viewSelectorCompanion;
+}
+
+bool ParameterWithoutType::setFromScriptString(const QString& line, const ProjectFileVersion& version) {
+    QString rest;
+    if (detail::behindName(line, m_scriptName, rest))
+        return streamInValue(rest, version, {});
+    // A copy: reading may tell observers, and those may add names.
+    const QMap<QString, TextConversion> additionalNames = rarities().additionalScriptNames;
+    for (auto name = additionalNames.cbegin(); name != additionalNames.cend(); ++name) {
+        if (detail::behindName(line, name.key(), rest))
+            return streamInValue(rest, version, name.value());
+    }
+    return false;
+}
+
+void ParameterWithoutType::onUpstreamParameterChanged(Prm::ParameterChange&) {}
+
+void ParameterWithoutType::setDisplayName(const QString& name) {
+    m_displayName = name;
+}
+
+void ParameterWithoutType::setScriptName(const QString& name) {
+    const QLatin1Char underscore('_');
+    m_scriptName = name;
+    m_scriptName.replace(QLatin1Char(' '), underscore).replace(QLatin1Char('\''), underscore);
+}
+
+QString ParameterWithoutType::extendedName() const {
+    return m_namePrefix + QLatin1Char('.') + m_scriptName;
+}
+
+void ParameterWithoutType::addAdditionalScriptName(const QString& name, const TextConversion& convert) {
+    ownRarities().additionalScriptNames.insert(name, convert);
+}
+
+void ParameterWithoutType::hide(bool hidden) {
+    if (m_hidden == hidden)
+        return;
+    m_hidden = hidden;
+    ParameterChange::hiddenParameterChanged(*this);
+}
+
+void ParameterWithoutType::setLocked(bool locked) {
+    if (m_locked == locked)
+        return;
+    m_locked = locked;
+    ParameterChange::lockedParameterChanged(*this);
+}
+
+void ParameterWithoutType::forEachKeyframeTime(boost::function<void(const Context&)> function, const View& view) const {
+    const View ofView = view;
+    const unsigned int count = keyframeCount(ofView);
+    for (unsigned int i = 0; i < count; ++i)
+        function(keyframeTime(i, ofView));
+}
+
+void ParameterWithoutType::forEachKeyframeTime(boost::function<void(const Context&)> function) const {
+    const std::vector<View> views = viewList();
+    for (const View view : views)
+        forEachKeyframeTime(function, view);
+}
+
+quint64 ParameterWithoutType::keyframeRevision() const {
+    return 0;
+}
+
+boost::shared_ptr<Bsc::MementoBase> ParameterWithoutType::exportStateAround(const std::vector<Context>&) const {
+    return exportState();
+}
+
+void ParameterWithoutType::attachObserver(const QObject* observer, const char* slot) const {
+    if (observer)
+        connect(this, SIGNAL(changed(Prm::ParameterChange&)), observer, slot, Qt::DirectConnection);
+}
+
+void ParameterWithoutType::detachObserver(const QObject* observer) const {
+    if (observer)
+        disconnect(this, SIGNAL(changed(Prm::ParameterChange&)), observer, nullptr);
+}
+
+void ParameterWithoutType::detachAllObservers() const {
+    disconnect(this, SIGNAL(changed(Prm::ParameterChange&)), nullptr, nullptr);
+}
+
+void ParameterWithoutType::emitChange(ParameterChange& change) {
+    if (!isHeard() || !notificationsEnabled(change.type))
+        return;
+    if (!signalsBlocked()) {
+        Q_EMIT changed(change);
+    } else if (overridesBlockedSignals(change.type)) {
+        const OpenSignals open(*this);
+        Q_EMIT changed(change);
+    }
+}
+
+void ParameterWithoutType::enableNotifications(bool enabled) {
+    m_notificationEnabled = enabled ? allTypes : 0;
+}
+
+bool ParameterWithoutType::enableNotifications(ParameterChange::ChangeType type, bool enabled) {
+    return setSwitch(m_notificationEnabled, type, enabled);
+}
+
+bool ParameterWithoutType::notificationsEnabled(ParameterChange::ChangeType type) const {
+    return isOn(m_notificationEnabled, type);
+}
+
+bool ParameterWithoutType::overrideBlockedSignals(ParameterChange::ChangeType type, bool enabled) {
+    return setSwitch(m_blockedSignalOverride, type, enabled);
+}
+
+bool ParameterWithoutType::overridesBlockedSignals(ParameterChange::ChangeType type) const {
+    return isOn(m_blockedSignalOverride, type);
+}
+
+void ParameterWithoutType::AttachCommandRegistrationObserver(QObject* observer, const char* slot) {
+    connect(this, SIGNAL(commandRegistrationChanged(Prm::ParameterChange&)), observer, slot, Qt::DirectConnection);
+}
+
+void ParameterWithoutType::DetachCommandRegistrationObserver(QObject* observer) {
+    if (observer)
+        disconnect(this, SIGNAL(commandRegistrationChanged(Prm::ParameterChange&)), observer, nullptr);
+}
+
+bool ParameterWithoutType::hasCommandRegistrationObserver() const {
+    return receivers(SIGNAL(commandRegistrationChanged(Prm::ParameterChange&))) > 0;
+}
+
+void ParameterWithoutType::registerCompositeCommand(Bsc::CompositeCommand& command, const Context& context) {
+    if (hasCommandRegistrationObserver())
+        ParameterChange::commandRegistered(*this, command, context);
+    else
+        command.doIt();
+}
+
+} // namespace Prm

@@ -1,0 +1,204 @@
+#include "prm/ValueType.h"
+
+#include "prm/text/NumberText.h"
+#include "prm/text/TextTokens.h"
+
+#include <QtEndian>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+namespace Prm {
+
+namespace {
+
+/// Adds an unsigned number's bytes, lowest first.
+template <class Number> void addBytes(Bsc::Hash& hash, Number number) {
+    const Number bytes = qToLittleEndian(number);
+    hash.addData(&bytes, sizeof bytes);
+}
+
+void addBytes(Bsc::Hash& hash, double number) {
+    quint64 bits = 0;
+    std::memcpy(&bits, &number, sizeof bits);
+    addBytes(hash, bits);
+}
+
+template <class Integer> Integer rounded(double value) {
+    using Limits = std::numeric_limits<Integer>;
+    if (std::isnan(value))
+        return 0;
+    const double nearest = std::round(value);
+    if (nearest <= static_cast<double>(Limits::min()))
+        return Limits::min();
+    if (nearest >= static_cast<double>(Limits::max()))
+        return Limits::max();
+    return static_cast<Integer>(nearest);
+}
+
+bool holdsRealNumber(const QVariant& variant) {
+    return variant.userType() == QMetaType::Double || variant.userType() == QMetaType::Float;
+}
+
+/// Qt's own conversion of a real number that does not fit is undefined.
+template <class Integer> Integer integerFromVariant(const QVariant& variant) {
+    if (holdsRealNumber(variant))
+        return rounded<Integer>(variant.toDouble());
+    return GeneralValueType<Integer>::fromVariant(variant);
+}
+
+/// What a text stream makes of a text that is more, or other, than a number: the number that it begins with, or 0.
+template <class Number> Number readLeadingNumber(const QString& text) {
+    QString copy = text;
+    QTextStream stream(&copy, QIODevice::ReadOnly);
+    stream.setIntegerBase(10);
+    Number number{};
+    stream >> number;
+    return number;
+}
+
+int parse(const QString& text, bool& whole, int) {
+    return text.toInt(&whole);
+}
+
+unsigned int parse(const QString& text, bool& whole, unsigned int) {
+    return text.toUInt(&whole);
+}
+
+template <class Integer> Integer readInteger(const QString& text) {
+    bool whole = false;
+    const Integer number = parse(text, whole, Integer{});
+    return whole ? number : readLeadingNumber<Integer>(text);
+}
+
+double readReal(const QString& text) {
+    bool whole = false;
+    const double number = detail::toDouble(text, &whole);
+    return whole ? number : readLeadingNumber<double>(text);
+}
+
+/// The two parts of a text around its first run of blanks.
+QString part(const QString& text, int i) {
+    return text.trimmed().section(QLatin1Char(' '), i, i, QString::SectionSkipEmpty);
+}
+
+} // namespace
+
+void ValueType<bool>::write(QString& text, const bool& value) {
+    text += QLatin1Char(value ? '1' : '0');
+}
+
+bool ValueType<bool>::read(const QString& text) {
+    return ValueType<int>::read(text) != 0;
+}
+
+void ValueType<bool>::addToHash(Bsc::Hash& hash, const bool& value) {
+    addBytes(hash, static_cast<quint8>(value));
+}
+
+void ValueType<int>::write(QString& text, const int& value) {
+    text += QString::number(value);
+}
+
+int ValueType<int>::read(const QString& text) {
+    return readInteger<int>(text);
+}
+
+int ValueType<int>::fromComponents(const double* components) {
+    return rounded<int>(components[0]);
+}
+
+int ValueType<int>::fromVariant(const QVariant& variant) {
+    return integerFromVariant<int>(variant);
+}
+
+void ValueType<int>::addToHash(Bsc::Hash& hash, const int& value) {
+    addBytes(hash, static_cast<quint32>(value));
+}
+
+void ValueType<unsigned int>::write(QString& text, const unsigned int& value) {
+    text += QString::number(value);
+}
+
+unsigned int ValueType<unsigned int>::read(const QString& text) {
+    return readInteger<unsigned int>(text);
+}
+
+unsigned int ValueType<unsigned int>::fromComponents(const double* components) {
+    return rounded<unsigned int>(components[0]);
+}
+
+unsigned int ValueType<unsigned int>::fromVariant(const QVariant& variant) {
+    return integerFromVariant<unsigned int>(variant);
+}
+
+void ValueType<unsigned int>::addToHash(Bsc::Hash& hash, const unsigned int& value) {
+    addBytes(hash, value);
+}
+
+bool ValueType<double>::equal(const double& a, const double& b) {
+    return a == b || (std::isnan(a) && std::isnan(b));
+}
+
+void ValueType<double>::write(QString& text, const double& value) {
+    detail::addShortest(text, value);
+}
+
+double ValueType<double>::read(const QString& text) {
+    return readReal(text);
+}
+
+void ValueType<double>::addToHash(Bsc::Hash& hash, const double& value) {
+    addBytes(hash, value);
+}
+
+void ValueType<QString>::write(QString& text, const QString& value) {
+    QString escaped = value;
+    text += QLatin1Char('"') + detail::escapeString(escaped) + QLatin1Char('"');
+}
+
+QString ValueType<QString>::read(const QString& text) {
+    QString value = text;
+    if (value.size() >= 2 && value.startsWith(QLatin1Char('"')) && value.endsWith(QLatin1Char('"')))
+        value = value.mid(1, value.size() - 2);
+    return detail::unescapeString(value);
+}
+
+void ValueType<QString>::addToHash(Bsc::Hash& hash, const QString& value) {
+    const QByteArray bytes = value.toUtf8();
+    hash.addData(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+}
+
+bool ValueType<QPointF>::equal(const QPointF& a, const QPointF& b) {
+    return ValueType<double>::equal(a.x(), b.x()) && ValueType<double>::equal(a.y(), b.y());
+}
+
+void ValueType<QPointF>::write(QString& text, const QPointF& value) {
+    detail::addShortest(text, value.x());
+    detail::addShortest(text += QLatin1Char(' '), value.y());
+}
+
+QPointF ValueType<QPointF>::read(const QString& text) {
+    return {readReal(part(text, 0)), readReal(part(text, 1))};
+}
+
+void ValueType<QPointF>::addToHash(Bsc::Hash& hash, const QPointF& value) {
+    addBytes(hash, static_cast<double>(value.x()));
+    addBytes(hash, static_cast<double>(value.y()));
+}
+
+void ValueType<QPoint>::write(QString& text, const QPoint& value) {
+    text += QString::number(value.x()) + QLatin1Char(' ') + QString::number(value.y());
+}
+
+QPoint ValueType<QPoint>::read(const QString& text) {
+    return {readInteger<int>(part(text, 0)), readInteger<int>(part(text, 1))};
+}
+
+void ValueType<QPoint>::addToHash(Bsc::Hash& hash, const QPoint& value) {
+    addBytes(hash, static_cast<quint32>(value.x()));
+    addBytes(hash, static_cast<quint32>(value.y()));
+}
+
+} // namespace Prm
