@@ -7,12 +7,10 @@
 
 #include <QObject>
 #include <QString>
-#include <QStringView>
 #include <QVariant>
 #include <QVector>
 
 #include <new>
-#include <optional>
 
 class QTextStream;
 
@@ -84,10 +82,6 @@ private:
 
     ParameterSet* m_parentSet;
     bool isListedIn(const ParameterSet* set) const;
-    /// What `setFromScriptString` would answer, where the class is known not to need a text of its own for that; none
-    /// where that has to be asked.
-    virtual std::optional<bool> readBriefly(QStringView line, const ProjectFileVersion& version);
-
     /// Every set that lists the parameter, so that it can leave them when it dies.
     QVector<ParameterSet*> m_listedIn;
     bool m_streamable = true;

@@ -38,6 +38,8 @@ public:
     bool setMigrationFunction(Migration migration);
     /// Throws `boost::bad_function_call` for an empty migration function. False without a target.
     bool passValueToTargetParameter() const;
+    /// Whether a line was read for which there has never been a target.
+    bool isWaiting() const { return !m_hadTarget && !m_streamedText.isEmpty(); }
 
     bool bStreamOut(QTextStream& stream, const QString& prefix, bool withName) const override;
     using BasicParameter::setVariantValue;

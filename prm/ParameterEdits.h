@@ -418,7 +418,7 @@ protected:
 
 namespace detail {
 
-/// Whose animation a parameter shows, and its place among those that show the same.
+/// Whose animation a parameter shows, and its place among those that show the same; and the master that it waits for.
 class PRM_EXPORT MasterLink {
 public:
     MasterLink() = default;
@@ -431,6 +431,7 @@ public:
 private:
     QPointer<ParameterWithoutType> m_master;
     int m_position = 0;
+    QString m_pending;
 };
 
 } // namespace detail

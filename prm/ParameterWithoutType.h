@@ -11,11 +11,13 @@
 #include <QMap>
 #include <QPointer>
 #include <QString>
+#include <QStringList>
 #include <QVector>
 #include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
 
 #include <atomic>
+#include <optional>
 #include <typeinfo>
 #include <vector>
 
@@ -164,6 +166,13 @@ public:
     /// cost need not grow with their number. The whole state here.
     virtual boost::shared_ptr<Bsc::MementoBase> exportStateAround(const std::vector<Context>& places) const;
 
+private:
+    friend class ParameterSet;
+    /// What `setFromScriptString` returns, where the class is known not to need a text of its own for that; none where
+    /// that has to be called. The last virtual operation: those above have their places.
+    virtual std::optional<bool> readBriefly(QStringView line, const ProjectFileVersion& version);
+
+public:
     const QString& displayName() const { return m_displayName; }
     /// A third text, kept for the host and copied with the names.
     const QString& extraName() const { return rarities().extraName; }
@@ -176,6 +185,7 @@ public:
     /// Another name under which lines are read; `convert` is applied to the text of the values read under it. Replaces
     /// an earlier entry of that name.
     void addAdditionalScriptName(const QString& name, const TextConversion& convert = {});
+    QStringList additionalScriptNames() const { return rarities().additionalScriptNames.keys(); }
 
     bool isHidden() const { return m_hidden; }
     /// Sends PARAMETER_HIDDEN_CHANGED if the flag changes.
@@ -203,7 +213,8 @@ public:
     bool bRemoveConstrainedParameter(ParameterWithoutType* parameter);
     /// Leaves the master with a copy of its keyframes. False without a master.
     bool bUnconstrain();
-    /// The master's name as it was read from project text, until it is resolved.
+    /// The master's name as it was read from project text, until it is resolved, or until the parameter is tied or
+    /// freed in another way.
     const QString& pendingMasterParameterId() const { return rarities().pendingMasterParameterId; }
     void setPendingMasterParameterId(const QString& id);
 

@@ -6,16 +6,26 @@
 #include <QByteArray>
 #include <QDateTime>
 #include <QList>
-#include <QSet>
+#include <QObject>
+#include <QPointer>
 #include <QString>
 #include <QStringList>
 #include <QVector>
 #include <boost/function.hpp>
 
+#include <memory>
+
 namespace Prm {
 
 class ParameterSet;
 class ParameterWithoutType;
+
+namespace detail {
+class LineNotes;
+class MemberPaths;
+class ProjectLines;
+struct ProjectLine;
+} // namespace detail
 
 /// What became of one line while a project text was loaded, or what saving cannot hold.
 ///
@@ -24,26 +34,36 @@ class ParameterWithoutType;
 struct ProjectFileFinding {
     enum Reason {
         Malformed,        ///< a keyframe that cannot be taken apart; not written back
-        Unknown,          ///< nobody's line; kept, and written back behind the sets
+        Unknown,          ///< no member takes the line; kept, and written back after the sets
         Refused,          ///< a member has the name, but did not take the line; kept like an unknown one
         UnresolvedMaster, ///< the master cannot be found; kept like an unknown one
         IncompleteHeader, ///< the text ends, or something else begins, before the header is complete
-        NewerHeader       ///< written in a newer format than this library knows
+        NewerHeader,      ///< written in a newer format than this library knows
+        Unreadable,       ///< taken, but not whole: the explanation says what saving will not write back
+        NotUtf8,          ///< bytes that are no UTF-8: not read; kept, and always written back
+        ConflictMarker,   ///< a marker that version control writes around a conflict; the text is not loaded
+        NoProjectText     ///< no line is one of project text; the text is not loaded
     };
     /// Counted from 1.
     int lineNumber = 0;
     QString text;
     Reason reason = Unknown;
+    /// What of the line is at fault, such as "value 'hello' is not a number"; often empty.
+    QString explanation;
 
-    /// The reason in a few plain words, not translated, such as "malformed keyframe, dropped".
+    /// The reason, or the explanation where there is one, in a few plain words, not translated, such as "malformed
+    /// keyframe, dropped".
     PRM_EXPORT QString reasonToString() const;
 };
 
 /// The safe way of a whole project in and out of a file: the version header, then the sets below a root set without a
 /// name. Texts are UTF-8.
 ///
-/// Loading never throws for what is in the file; what could not be used is in the report, and goes on with the next
-/// line. What an older program does not know is kept and written back, so that it does not destroy a newer one's work.
+/// Loading never throws for what is in the file. Every line ends in one of three ways: it is taken whole; it is kept
+/// and written back, so that an older program does not destroy a newer one's work; or the report says what could not be
+/// read, and `saveLosses` says it again. A kept line never replaces what was done after loading: one that a member
+/// would take by the time of saving, or that names the master of a parameter that was tied or freed since, is not
+/// written.
 ///
 /// \snippet saving_and_loading.cpp load
 /// \threads The thread of the sets below the root: loading edits them, and saving gives the parameters in them their
@@ -62,9 +82,12 @@ public:
     /// How masters are found after loading; by extended name without a function.
     void setFindMaster(const FindMaster& find);
 
-    /// Reads a file into the sets. False, with `errorString()`, when it cannot be read; what is wrong in it is in the
-    /// report. Where memory runs out `std::bad_alloc` is thrown: the sets are sound but hold a part of the text, each
-    /// line whole or not at all, and are not to be saved over it; loading once more completes them.
+    /// Reads a file into the sets. False, with `errorString()`, when it cannot be read, when version control has left
+    /// conflict markers in it, and when it is no project text: then nothing but `report()` and `errorString()` has
+    /// changed. What else is wrong in it is in the report alone.
+    ///
+    /// Passes on what an observer or a conversion throws, and `std::bad_alloc`: the sets are sound but hold a part of
+    /// the text, each line whole or not at all, and are not to be saved over it; loading once more completes them.
     bool load(const QString& fileName);
     /// The same for a text, given as UTF-8.
     bool loadText(const QByteArray& text);
@@ -72,15 +95,16 @@ public:
     const Report& report() const { return m_report; }
     /// The header of the file that was loaded.
     const ProjectFileVersion& version() const { return m_version; }
-    /// The lines kept for saving, in their order, with the bytes that they had.
+    /// The lines kept by loading, in their order, with the bytes that they had.
     const QList<QByteArray>& keptLines() const { return m_keptLines; }
 
     /// Writes the sets to a file, through a temporary one beside it: the former file is whole until the new one is.
     /// False, with `errorString()`, when the disk did not take it, and for a target that exists and is no regular file.
     bool save(const QString& fileName);
-    /// The whole text as `save` writes it.
+    /// The whole text as `save` writes it. Gives the parameters below the root their name prefixes.
     QByteArray text() const;
-    /// What the format cannot hold, in plain words: to be asked before saving.
+    /// What the format cannot hold, in plain words: to be asked before saving. Until the sets are saved or a text is
+    /// loaded, also what loading could not read, by line. Gives the parameters below the root their name prefixes.
     QStringList saveLosses() const;
 
     /// The time of writing in the header; the present time unless set.
@@ -89,20 +113,30 @@ public:
     const QString& errorString() const { return m_error; }
 
 private:
-    struct Line;
+    struct Header;
     struct KeptLine {
-        int number = 0;
+        int lineNumber = 0;
         QByteArray bytes;
+        /// Written whatever members there are.
+        bool always = false;
+        /// Of a line that names a master: the parameter that waits for it, and the name.
+        QPointer<QObject> constrained;
+        QString masterId;
     };
-    class Lines;
 
-    void readHeader(Lines& lines);
-    void readLine(const Line& line, QString& text);
-    ProjectFileFinding::Reason reasonNotTaken(const QString& line);
+    bool isLoadable(const QByteArray& text);
+    void readLines(const QByteArray& text);
+    int readHeader(detail::ProjectLines& lines);
+    void readLine(const detail::ProjectLine& line, detail::LineNotes& notes);
+    void reportLosses(const detail::ProjectLine& line, const detail::LineNotes& notes);
+    void keep(const detail::ProjectLine& line, ProjectFileFinding::Reason reason, bool always);
+    void keepNotTaken(const detail::ProjectLine& line);
     void resolveMasters();
-    void keepUnresolvedMasters();
-    const QSet<QString>& parameterPaths();
-    void report(int lineNumber, const QString& text, ProjectFileFinding::Reason reason);
+    static bool isWaiting(const KeptLine& line);
+    void finish();
+    QList<QByteArray> linesToWrite() const;
+    void report(int lineNumber, const QString& text, ProjectFileFinding::Reason reason,
+                const QString& explanation = {});
     bool fail(const QString& message);
 
     ParameterSet& m_root;
@@ -113,9 +147,12 @@ private:
     QList<QByteArray> m_keptLines;
     /// Lines that name a master; each is kept, at its place, if that master is not found.
     QVector<KeptLine> m_masterLines;
-    /// What is kept, with the numbers of the lines, until the masters are known.
     QVector<KeptLine> m_kept;
-    QSet<QString> m_parameterPaths;
+    /// While loading: the members by path, made with the first line that is not taken.
+    std::unique_ptr<detail::MemberPaths> m_members;
+    /// The text of the line that is being read.
+    QString m_text;
+    QStringList m_readingLosses;
     QDateTime m_timeOfWriting;
     QString m_error;
 };

@@ -109,7 +109,7 @@ private:
 template <> struct PRM_EXPORT ValueType<bool> : GeneralValueType<bool> {
     /// The integer 1 or 0.
     static void write(QString& text, const bool& value);
-    /// Reads an integer; every one but 0 is true.
+    /// Reads an integer as the stream operator does, so also "0x10" and "0b11"; every one but 0 is true.
     static bool read(const QString& text);
     static void addToHash(Bsc::Hash& hash, const bool& value);
 };

@@ -272,13 +272,14 @@ TEST(Compound, ProjectsFindItsPartsAndNameItsLosses) {
         "position.x.MasterParameterId=.master\nposition.y.MasterParameterId=gone\nposition.y.value=x\n";
     EXPECT_TRUE(file.loadText("FileVersion.value=2019\n" + lines));
     EXPECT_EQ(p.x->masterParameter(), &master);
-    EXPECT_EQ(file.report().size(), 1);
+    EXPECT_EQ(file.report().size(), 2);
     EXPECT_EQ(file.report().first().reason, ProjectFileFinding::UnresolvedMaster);
     p.whole.hide(true);
     p.x->setScriptName("y");
     key(*p.y, {{0.1, 1.}});
     const std::string losses = file.saveLosses().join('\n').toStdString();
-    EXPECT_EQ(losses, ".position: the hidden flag and the master of a compound are not written\n"
+    EXPECT_EQ(losses, "line 4: value 'x' is not a number\n"
+                      ".position: the hidden flag and the master of a compound are not written\n"
                       "the script name \"y\" in the set \"position\" is used 2 times\n"
                       "position.y: view 0: keyframe times will move (1)");
 }

@@ -2,7 +2,10 @@
 // decimal commas.
 
 #include "host/product/ProductInfo.h"
+#include "prm/CompoundParameter.h"
+#include "prm/MovedParameter.h"
 #include "prm/NumericParameter.h"
+#include "prm/ParameterEdits.h"
 #include "prm/ParameterSet.h"
 #include "prm/ProjectFile.h"
 #include "prm/StaticParameter.h"
@@ -86,12 +89,16 @@ QByteArray data(const char* name) {
     return contents(QStringLiteral(PRM_TEST_DATA "/") + QLatin1String(name));
 }
 
-/// "line reason" for every finding.
+/// "line reason" for every finding, or "line explanation".
 std::string findings(const ProjectFile& file) {
-    static const char* const reasons[] = {"malformed", "unknown", "refused", "master", "header", "newer"};
+    static const char* const reasons[] = {"malformed", "unknown", "refused", "master",   "header",
+                                          "newer",     "",        "bytes",   "conflict", "none"};
     std::string all;
-    for (const ProjectFileFinding& finding : file.report())
-        all += std::to_string(finding.lineNumber) + " " + reasons[finding.reason] + "\n";
+    for (const ProjectFileFinding& finding : file.report()) {
+        const bool isExplained = finding.reason == ProjectFileFinding::Unreadable;
+        all += std::to_string(finding.lineNumber) + " " +
+               (isExplained ? finding.reasonToString().toStdString() : reasons[finding.reason]) + "\n";
+    }
     return all;
 }
 
@@ -139,11 +146,15 @@ TEST(ProjectFile, AHeaderIsReportedAndTheRestIsRead) {
     const QByteArray broken("x\0\xFF\xED\xA0\x80=1\n", 9);
     const std::tuple<const char*, QByteArray, const char*> rows[] = {
         {"none", line, "1 header\n"},
-        {"no number", "FileVersion.value=abc\n" + line, "1 header\n"},
+        {"a name in its place", "name=\"Scene\"\n" + line, "1 header\n"},
+        {"a name before it", "name=\"Scene\"\n" + header + line, ""},
+        {"an unknown line in it", QByteArray(header).replace("ProductV", "a.b=c\nProductV") + line, "4 unknown\n"},
+        {"no number", "FileVersion.value=abc\n" + line, "1 header\n1 value 'abc' is not a whole number from 0 on\n"},
+        {"bytes", QByteArray(header).replace("Studio", "\xE9") + line, "2 bytes that are no UTF-8\n"},
         {"cut short", "FileVersion.value=3002\nProductName.value=\"x\"\nblur.size.value=2", "1 header\n"},
         {"newer", QByteArray(header).replace("3002", "4000") + line, "1 newer\n"},
         {"other line ends, and a mark", "\xEF\xBB\xBF" + QByteArray(header + line).replace("\n", "\r\n"), ""},
-        {"no text", header + line + broken, "7 unknown\n"},
+        {"no text", header + line + broken, "7 bytes\n"},
     };
     for (const auto& [name, text, expected] : rows) {
         Project project;
@@ -151,10 +162,203 @@ TEST(ProjectFile, AHeaderIsReportedAndTheRestIsRead) {
         EXPECT_EQ(findings(project.file), expected) << name;
         EXPECT_EQ(project.size.value(Context()), 2) << name;
         EXPECT_EQ(project.file.text().endsWith(broken), text.endsWith(broken)) << "its bytes are kept";
+        EXPECT_EQ(project.root.name(), text.contains("name=\"Scene") ? "Scene" : "") << name;
+    }
+}
+
+TEST(ProjectFile, WhatCannotBeReadIsSaid) {
+    const std::tuple<const char*, QByteArray, const char*> rows[] = {
+        {"a value", "blur.size.value=hello", "value 'hello' is not a number"},
+        {"more than a value", "blur.size.view[1].value=5 apples", "value '5 apples' is not a number"},
+        {"a keyframe's", "blur.size.keyframes.append( Key( 1, hello, Linear ) )", "value 'hello' is not a number"},
+        {"a time", "blur.size.keyframes.append( Key( x, 1, Linear ) )", "time 'x' is not a number"},
+        {"a far time", "blur.size.keyframes.append( Key( 1e99, 1, Linear ) )", "time '1e99' is out of range"},
+        {"a shape", "blur.size.keyframes.append( BezierKey( 1, 1, a, 0, 1, 1 ) )", "shape number 'a' is not a number"},
+        {"a kind of key", "blur.size.keyframes.append( Key( 1, 1, Wobble ) )",
+         "malformed keyframe, dropped: interpolation 'Wobble' is not known"},
+        {"a kind outside", "blur.size.after=Cycle", "extrapolation 'Cycle' is not known"},
+        {"a list of views", "blur.size.views=[0, x]", "view ' x' is not a number"},
+        {"a flag", "blur.size.hidden=yes", "hidden 'yes' is not a whole number"},
+        {"a switch", "blur.enable.value=yes", "value 'yes' is neither 0 nor another whole number"},
+        {"a keyframe of none", "blur.enable.keyframes.append( Key( 1, 1, Linear ) )",
+         "keyframe of a parameter that is not animated"},
+        {"a point", "blur.centre.value=1", "value '' is not a number"},
+        {"a setting", "blur.mask.mode.value=-1", "value '-1' is not a whole number from 0 on"},
+        {"under a former name", "blur.width.value=hello", "value 'hello' is not a number"},
+        {"a long one", "blur.size.value=" + QByteArray(100, 'x'), "xxx\xE2\x80\xA6' is not a number"},
+    };
+    const QTemporaryDir folder;
+    for (const auto& [name, line, expected] : rows) {
+        SCOPED_TRACE(name);
+        Project project;
+        project.size.addAdditionalScriptName("width", [](const QString& text) { return text; });
+        ASSERT_TRUE(project.file.loadText(header + line));
+        ASSERT_EQ(project.file.report().size(), 1);
+        const ProjectFileFinding& finding = project.file.report().front();
+        EXPECT_TRUE(finding.reasonToString().endsWith(QString::fromUtf8(expected)))
+            << finding.reasonToString().toStdString();
+        EXPECT_EQ(finding.lineNumber, 6);
+        EXPECT_EQ(finding.text, QString(line));
+        EXPECT_TRUE(project.file.keptLines().isEmpty());
+        EXPECT_EQ(project.file.saveLosses().value(0), "line 6: " + finding.reasonToString());
+        EXPECT_TRUE(project.file.save(folder.filePath("a.prm")));
+        EXPECT_TRUE(project.file.saveLosses().isEmpty()) << "it was said";
     }
     Project project;
-    project.file.loadText("");
-    EXPECT_EQ(findings(project.file), "1 header\n");
+    const QByteArray fine = "blur.enable.value=0x10\nblur.enable.view[1].value=0b11\nblur.enable.view[2].value=-1\n"
+                            "blur.mask.mode.value=0x10\nblur.title.value=hello\nblur.size.value= 1e3 ";
+    ASSERT_TRUE(project.file.loadText(header + fine));
+    EXPECT_EQ(findings(project.file), "");
+    for (const quint32 view : {0u, 1u, 2u})
+        EXPECT_TRUE(project.enable.staticValue(View(view))) << view;
+    EXPECT_EQ(project.mode.value(), 16u);
+}
+
+TEST(ProjectFile, WhatIsNotOneIsNotLoaded) {
+    const std::pair<const char*, QByteArray> rows[] = {
+        {"none", ""},
+        {"none", "\n\n"},
+        {"none", "\x89PNG\r\n\x1A\n=.x=\xFF"},
+        {"none", "{\"v\": \"5.5\", \"layers\": []}"},
+        {"conflict", header + "<<<<<<< HEAD\nblur.size.value=2\n=======\nblur.size.value=3\n>>>>>>> theirs\n"},
+        {"conflict", header + "blur.size.value=2\n|||||||\r\nblur.size.value=3"},
+        {"conflict", header + "=========\n"},
+    };
+    for (const auto& [reason, text] : rows) {
+        SCOPED_TRACE(text.constData());
+        Project project;
+        ASSERT_TRUE(project.file.loadText(header + "blur.size.value=7\ngone.value=1\n"));
+        const QByteArray before = project.file.text();
+        EXPECT_FALSE(project.file.loadText(text));
+        EXPECT_TRUE(findings(project.file).find(reason) != std::string::npos) << findings(project.file);
+        EXPECT_TRUE(project.file.errorString().contains(reason == std::string("none") ? "no project text" : "line "));
+        EXPECT_EQ(project.file.text(), before);
+    }
+    for (const char* line : {"<<<<<< HEAD", "=======.value=1", "a.<<<<<<< b=1"}) {
+        Project project;
+        EXPECT_TRUE(project.file.loadText(header + line)) << line;
+    }
+}
+
+TEST(ProjectFile, AKeptLineNeverReplacesWhatWasDoneSince) {
+    // The lines after the header, what is done then, and those of them that are still written.
+    using Act = void (*)(Project & project, ParameterSet & plugin, NumericParameter<double> & gain);
+    const Act install = [](Project& project, ParameterSet& plugin, NumericParameter<double>& gain) {
+        gain.vSetValue(7, Context(Context::INVALID_TIME));
+        plugin.addParameter(gain);
+        project.root.addParameterSet(plugin);
+    };
+    const Act tie = [](Project& project, ParameterSet&, NumericParameter<double>& gain) {
+        gain.bAddConstrainedParameter(&project.size);
+    };
+    const Act free = [](Project& project, ParameterSet&, NumericParameter<double>& gain) {
+        gain.bAddConstrainedParameter(&project.size);
+        project.size.bUnconstrain();
+    };
+    const Act retie = [](Project& project, ParameterSet&, NumericParameter<double>& gain) {
+        ParameterAddConstrainedParameterEdit edit(gain, project.size);
+        edit.doIt();
+        EXPECT_FALSE(project.file.text().contains("gone.y"));
+        edit.undoIt();
+    };
+    const QByteArray master = "blur.size.MasterParameterId=gone.y\n";
+    const std::tuple<const char*, QByteArray, Act, QByteArray> rows[] = {
+        {"a set was added", "plugin.name=\"P\"\nplugin.gain.value=5\nplugin.gain.views=[0]\nplugin.gain.shade=3\n",
+         install, "plugin.gain.shade=3\n"},
+        {"keyframes", "plugin.gain.view[1].keyframes.append( Key( 1.5, 2.5, Linear ) )\nplugin.gone.value=1.5\n",
+         install, "plugin.gone.value=1.5\n"},
+        {"a former name", "plugin.loudness.before=Linear\n", install, ""},
+        {"no parameter's", "plugin.glow.value=5\nblur.size.shade=3\nplugins.gain.value=5\n", install,
+         "plugin.glow.value=5\nblur.size.shade=3\nplugins.gain.value=5\n"},
+        {"bytes", "plugin.gain.value=\xE9\n", install, "plugin.gain.value=\xE9\n"},
+        {"a master was chosen", master, tie, ""},
+        {"or none", master, free, ""},
+        {"and undone", master, retie, master},
+        {"nothing", master, [](Project&, ParameterSet&, NumericParameter<double>&) {}, master},
+    };
+    for (const auto& [name, lines, act, expected] : rows) {
+        SCOPED_TRACE(name);
+        const Warnings quiet;
+        Project project;
+        ParameterSet plugin("plugin");
+        NumericParameter<double> gain("gain");
+        gain.addAdditionalScriptName("loudness");
+        ASSERT_TRUE(project.file.loadText(header + lines));
+        EXPECT_TRUE(project.file.text().endsWith('\n' + lines));
+        act(project, plugin, gain);
+        const QByteArray saved = project.file.text();
+        QByteArray sets = saved;
+        sets.chop(expected.size());
+        EXPECT_EQ(saved.toStdString(), (sets + expected).toStdString());
+        for (const QByteArray& line : lines.split('\n'))
+            EXPECT_TRUE(line.isEmpty() || expected.contains(line) || !sets.contains(line)) << line.constData();
+        if (project.root.subsets().size() < 2)
+            continue;
+        ASSERT_TRUE(project.file.loadText(saved));
+        EXPECT_EQ(gain.value(Context()), 7);
+        EXPECT_EQ(project.file.text().toStdString(), saved.toStdString());
+    }
+}
+
+TEST(ProjectFile, MastersAreKeptUnderEveryName) {
+    const Warnings quiet;
+    Project project;
+    MovedParameter old("old");
+    old.setTargetParam(project.size);
+    project.blur.addBasicParameter(old);
+    project.root.setScriptName("project");
+    project.title.addAdditionalScriptName("label");
+    const QByteArray lines = "blur.old.MasterParameterId=gone.x\nblur.enable.MasterParameterId=gone.y\n"
+                             "blur.label.MasterParameterId=gone.z\nblur.centre.MasterParameterId=project.blur.size\n";
+    ASSERT_TRUE(project.file.loadText(header + lines));
+    EXPECT_EQ(findings(project.file), "6 master\n7 master\n8 master\n");
+    EXPECT_TRUE(project.file.text().endsWith(lines.left(lines.indexOf("blur.centre"))));
+    EXPECT_EQ(project.centre.masterParameter(), &project.size);
+}
+
+TEST(ProjectFile, AnExceptionIsTheHosts) {
+    Project project;
+    project.size.addAdditionalScriptName("width", [](const QString& text) -> QString {
+        if (text == "5")
+            throw std::runtime_error("no five");
+        return text;
+    });
+    const auto mode = QObject::connect(&project.mode, &BasicParameter::valueChanged, [] { throw 5; });
+    const QByteArray lines = "gone.value=1\nblur.size.keyframes.append( Key( 1, 2, Linear ) )\n";
+    for (const QByteArray end : {"blur.width.keyframes.append( Key( 1, 5, Linear ) )\n", "blur.mask.mode.value=3\n"}) {
+        EXPECT_ANY_THROW(project.file.loadText(header + lines + end + "blur.enable.value=1\n")) << end.constData();
+        EXPECT_EQ(findings(project.file), "6 unknown\n");
+        EXPECT_EQ(project.size.keyframe(0, View()).value, 2);
+        EXPECT_FALSE(project.enable.staticValue(View()));
+        EXPECT_TRUE(project.file.text().endsWith("gone.value=1\n"));
+    }
+    QObject::disconnect(mode);
+    EXPECT_TRUE(project.file.loadText(header + lines + "blur.width.value=4\r"));
+    EXPECT_EQ(project.size.staticValue(View()), 4);
+}
+
+TEST(ProjectFile, LongListsAreReadInAnyOrder) {
+    // Downwards, with places that repeat: the last one counts, as when they are read one by one.
+    const int count = 3000;
+    QByteArray views;
+    QByteArray keyframes;
+    for (int i = count; i > 0; --i) {
+        const QByteArray place = QByteArray::number(i - i % 7 / 6);
+        const QByteArray value = QByteArray::number(i);
+        views += "blur.size.view[" + place + "].value=" + value + "\n";
+        keyframes += "blur.size.view[2].keyframes.append( Key( " + place + ", " + value + ", Linear ) )\n";
+    }
+    const QByteArray shape = "blur.size.view[2].keyframes.append( BezierKey( 5.5, 3, 0.25, 0, 0.75, 1 ) )\n";
+    Project project;
+    ASSERT_TRUE(project.file.loadText(header + views + keyframes + shape + "blur.size.x=1\n"));
+    Project plain;
+    for (const QByteArray& line : (views + keyframes + shape).split('\n'))
+        plain.root.bStreamIn(QString(line), project.file.version());
+    EXPECT_EQ(project.file.report().back().lineNumber, 5 + 2 * count + 2);
+    const QList<QByteArray> expected = plain.file.text().split('\n');
+    const QList<QByteArray> read = project.file.text().split('\n');
+    for (int i = 0; i + 1 < expected.size(); ++i)
+        ASSERT_EQ(read.value(i).constData(), expected.at(i)) << i;
 }
 
 TEST(ProjectFile, HostileLinesEndAndTheRestIsRead) {
@@ -227,11 +431,28 @@ TEST(ProjectFile, LossesAreNamedBeforeSaving) {
     project.title.setScriptName("mask.text");
     OwnedStaticParameter<unsigned int> nameless("");
     project.blur.addBasicParameter(nameless);
+    CompoundParameter spread;
+    NumericParameter<double> part("enable"), free("part");
+    spread.addParameter(part);
+    spread.addParameter(free);
+    project.blur.addParameter(spread);
+    free.setLocked(true);
+    // Of a constrained parameter its own keyframes are written, not those that it shows.
+    NumericParameter<double> master("master");
+    free.vSetValue(1, Context(Time::fromDouble(3)));
+    free.vSetInterpolationData(IType(static_cast<Interpolation>(7)), 0, View());
+    master.bAddConstrainedParameter(&free);
+    MovedParameter moved("old");
+    moved.setFromScriptString("old.value=3", ProjectFileVersion());
+    project.blur.addBasicParameter(moved);
     const QString losses = project.file.saveLosses().join('\n');
-    for (const char* expected : {"keyframe times will move (3)", "will merge with the one before them (1)",
-                                 "other than the first become Constant (1)", "are not written (1)", "holds \"=\"",
-                                 "is used 2 times", "lines that name the view are not read (1)", "holds a line break",
-                                 "half a surrogate pair (1)", "name of another member and a dot", "\"blur\" is empty"})
+    EXPECT_EQ(losses.count("is empty"), 1);
+    for (const char* expected :
+         {"keyframe times will move (3)", "will merge with the one before them (1)",
+          "other than the first become Constant (1)", "are not written (1)", "holds \"=\"", "is used 2 times",
+          "\"enable\" in the set \"blur\" is used 2 times", "part: the locked flag",
+          "part: view 0: custom interpolations", "old: a line was read", "lines that name the view are not read (1)",
+          "holds a line break", "half a surrogate pair (1)", "name of another member and a dot", "\"blur\" is empty"})
         EXPECT_TRUE(losses.contains(QLatin1String(expected))) << expected << "\n" << losses.toStdString();
     Project clean;
     EXPECT_TRUE(clean.file.saveLosses().isEmpty());

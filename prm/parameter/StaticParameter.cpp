@@ -1,6 +1,7 @@
 #include "prm/StaticParameter.h"
 
 #include "prm/ValueType.h"
+#include "prm/text/LineNotes.h"
 #include "prm/text/LineParts.h"
 #include "prm/text/PlainNumbers.h"
 
@@ -28,6 +29,9 @@ void readInto(unsigned int& value, const QString& text) {
     QString copy = text;
     QTextStream stream(&copy, QIODevice::ReadOnly);
     stream >> value;
+    const bool isNumber = stream.status() == QTextStream::Ok && !text.contains(QLatin1Char('-'));
+    if (!isNumber || !stream.readAll().trimmed().isEmpty())
+        detail::LineNotes::addLoss("value", text, "is not a whole number from 0 on");
 }
 
 void readInto(QString& value, const QString& text) {

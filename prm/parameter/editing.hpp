@@ -3,6 +3,7 @@
 // The direct edits of keyframes, static values and kinds of curve. Each guards, changes, and tells.
 
 #include "prm/Parameter.h"
+#include "prm/text/LineNotes.h"
 #include "prm/track/KeyframeInsertion.h"
 
 #include <vector>
@@ -20,6 +21,8 @@ template <class T> bool Parameter<T>::storeStaticValue(PVData& data, const T& va
 
 template <class T> int Parameter<T>::insertKeyframe(PVData& data, Time time, const T& value) {
     ++m_revision;
+    if (isReadingIn() && data.keyframes.size() > detail::LineNotes::longList && time < data.keyframes.constLast().time)
+        detail::LineNotes::addInsertion(detail::LineNotes::Inserted::Keyframe);
     return detail::insertKeyframe(data.keyframes, KeyframeData<T>(time, value), defaultInterpolation(), isReadingIn(),
                                   [this](const KeyframeData<T>& from, const KeyframeData<T>& to, Interpolation kind) {
                                       return initialiseInterpolation(from, to, kind);

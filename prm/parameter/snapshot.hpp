@@ -14,9 +14,11 @@
 namespace Prm {
 
 /// A complete copy; the keyframes are shared until one side changes.
-template <class T> class Parameter<T>::ParameterMemento : public Bsc::MementoBase {
+template <class T> class Parameter<T>::ParameterMemento : public detail::WholeSnapshot {
 public:
     explicit ParameterMemento(const Parameter& parameter) : state(parameter) {}
+
+    const ParameterWithoutType& parameter() const override { return state; }
 
     const Parameter state;
 };

@@ -3,6 +3,7 @@
 // What a parameter stores: construction, flags and defaults, the block that an edit changes, assignment.
 
 #include "prm/Parameter.h"
+#include "prm/text/LineNotes.h"
 
 #include <QMetaType>
 
@@ -119,6 +120,8 @@ template <class T> auto Parameter<T>::ownData(const View& view, const PVData* co
     if (now != before) {
         m_isSplit.store(now > 1);
         ++m_revision;
+        if (now > detail::LineNotes::longList && view < m_views.viewList().back())
+            detail::LineNotes::addInsertion(detail::LineNotes::Inserted::View);
     }
     return &data;
 }

@@ -6,6 +6,7 @@
 #include "prm/ProjectFileVersion.h"
 #include "prm/parameter/TypedSerialisedKeyframe.hpp"
 #include "prm/text/KeyframeText.h"
+#include "prm/text/LineNotes.h"
 #include "prm/text/LineParts.h"
 #include "prm/text/PlainNumbers.h"
 #include "prm/text/TextTokens.h"
@@ -140,6 +141,8 @@ bool Parameter<T>::readLine(QStringView line, const ProjectFileVersion& version,
         keyframe.view = view;
         keyframe.valueMapper = convert;
         keyframe.setFromText(behindView);
+        if (!answersKeyframed())
+            detail::LineNotes::addLoss("keyframe of a parameter that is not animated");
         readIntoView(view, [&] { importKeyframe(keyframe); });
         return true;
     }
@@ -179,6 +182,8 @@ template <class T> template <class Change> void Parameter<T>::readNewViews(const
 /// Where that throws it leaves no view behind that it has begun.
 template <class T> template <class Change> void Parameter<T>::readIntoView(const View& view, const Change& change) {
     const View target = tellsViewsApart() ? view : View(View::defaultViewId());
+    if (target != view)
+        detail::LineNotes::addLoss("view of a parameter that has one view only");
     if (m_views.findRealViewData(target)) {
         change();
         return;
@@ -195,9 +200,8 @@ template <class T> template <class Change> void Parameter<T>::readIntoView(const
 template <class T> void Parameter<T>::readViewList(const QString& line) {
     const View defaultView;
     std::vector<View> views = detail::parseViewList(line);
-    // Observers hear of them as they are listed, but a long list in descending order would take quadratic time.
-    constexpr std::size_t longList = 1000;
-    if (views.size() > longList)
+    // Observers are notified of them as they are listed, but a long list in descending order would take quadratic time.
+    if (views.size() > detail::LineNotes::longList)
         std::sort(views.begin(), views.end());
     readNewViews([&] {
         const detail::LifeGuard guard(*this);
@@ -216,8 +220,11 @@ template <class T> bool Parameter<T>::readExtrapolation(const QString& line) {
     if (!after && !detail::hasKey(line, ParameterStrings::before))
         return false;
     Extrapolation kind{};
-    if (bStringToExtrapolationType(detail::textBetween(line), kind))
+    const QString name = detail::textBetween(line);
+    if (bStringToExtrapolationType(name, kind))
         (after ? m_extrapolationAfter : m_extrapolationBefore).store(kind);
+    else
+        detail::LineNotes::addLoss("extrapolation", name, "is not known");
     return true;
 }
 

@@ -2,8 +2,12 @@
 
 #include "prm/ParameterSet.h"
 #include "prm/ParameterWithoutType.h"
+#include "prm/StaticParameter.h"
 #include "prm/project/Invariants.h"
-#include "prm/text/LineParts.h"
+#include "prm/project/MemberPaths.h"
+#include "prm/project/ProjectLines.h"
+#include "prm/text/KeyframeText.h"
+#include "prm/text/LineNotes.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -12,8 +16,6 @@
 #include <QTextStream>
 
 #include <algorithm>
-#include <cstring>
-#include <new>
 #ifdef Q_OS_UNIX
 #include <unistd.h>
 #endif
@@ -22,11 +24,8 @@ namespace Prm {
 
 namespace {
 
-constexpr char byteOrderMark[] = "\xEF\xBB\xBF";
-
-QString textOf(const QByteArray& bytes) {
-    // With its size, for the other form stops at the first NUL; never -1, which the compiler cannot know.
-    return QString::fromUtf8(bytes.constData(), std::max(0, bytes.size()));
+QString textOf(const QByteArray& line) {
+    return detail::ProjectLine{0, line.constData(), line.size()}.text();
 }
 
 /// Some disks refuse only now what they seemed to take. Qt asks as well, and does not look at the answer.
@@ -40,114 +39,28 @@ bool isOnDisk(const QSaveFile& file) {
 
 } // namespace
 
-/// One line of a text that is being read. It is copied only if it has to be kept.
-struct ProjectFile::Line {
-    int number;
-    const char* start;
-    int size;
+/// The lines of a version header, for a text that is being read.
+struct ProjectFile::Header {
+    Header() { version.initialiseProperties(properties); }
+    Q_DISABLE_COPY(Header)
 
-    QString text() const;
-    /// Takes the memory of a former text, if nobody else holds it.
-    void readInto(QString& text) const;
-    KeptLine kept() const { return {number, QByteArray(start, size)}; }
+    /// Not by the set, which would take its name from a line.
+    bool takes(const detail::ProjectLine& line) {
+        const QString text = line.text();
+        const auto& members = properties.basicParameters();
+        return std::any_of(members.begin(), members.end(),
+                           [&](BasicParameter* member) { return member->setFromScriptString(text, version); });
+    }
+
+    ProjectFileVersion version;
+    ParameterSet properties;
 };
-
-/// The lines of a text, without their ends: a line feed, or carriage return and line feed. A byte-order mark is
-/// skipped.
-class ProjectFile::Lines {
-public:
-    explicit Lines(const QByteArray& text) : m_text(text) { rewind(); }
-
-    void rewind() {
-        m_position = m_text.startsWith(byteOrderMark) ? 3 : 0;
-        m_number = 0;
-    }
-    bool atEnd() const { return m_position >= m_text.size(); }
-    Line next() {
-        const char* const start = m_text.constData() + m_position;
-        const void* const found = std::memchr(start, '\n', static_cast<std::size_t>(m_text.size() - m_position));
-        const int end = found ? static_cast<int>(static_cast<const char*>(found) - m_text.constData()) : -1;
-        const int stop = end < 0 ? m_text.size() : end;
-        int length = stop - m_position;
-        if (end >= 0 && length > 0 && m_text.at(stop - 1) == '\r')
-            --length;
-        m_position = stop + 1;
-        return {++m_number, start, length};
-    }
-    QString firstLine() const { return Lines(m_text).next().text(); }
-    /// Takes the next line if the function says so.
-    template <class Function> void takeIf(const Function& function) {
-        const Lines before = *this;
-        if (!atEnd() && !function(next()))
-            *this = before;
-    }
-
-private:
-    QByteArray m_text;
-    int m_position = 0;
-    int m_number = 0;
-};
-
-QString ProjectFile::Line::text() const {
-    const QString text = QString::fromUtf8(start, size);
-    // Qt takes it off, but only at the beginning of a file it is not part of the text.
-    const bool isMarked = QByteArray::fromRawData(start, size).startsWith(byteOrderMark);
-    return isMarked ? QChar(QChar::ByteOrderMark) + text : text;
-}
-
-void ProjectFile::Line::readInto(QString& text) const {
-    text.resize(size);
-    QChar* next = text.data();
-    uint allBits = 0;
-    for (const char* character = start; character != start + size; ++character) {
-        allBits |= uchar(*character);
-        *next++ = QLatin1Char(*character);
-    }
-    const bool isAscii = allBits < 128;
-    if (!isAscii)
-        text = this->text();
-}
-
-namespace {
-
-/// What stands before the key of a line: the path of a parameter.
-QString pathOf(const QString& line) {
-    const QString pathAndKey = line.left(line.indexOf(QLatin1Char('=')));
-    return pathAndKey.left(std::max(0, pathAndKey.lastIndexOf(QLatin1Char('.'))));
-}
-
-bool namesMaster(const QString& line) {
-    const int end = line.indexOf(QLatin1Char('='));
-    const int key = end < 0 ? -1 : line.lastIndexOf(QLatin1Char('.'), end) + 1;
-    return key > 0 && line.midRef(key).startsWith(ParameterStrings::masterParameterId, Qt::CaseInsensitive);
-}
-
-/// Leaves the start as it was: a deep tree does not copy it at every level.
-void collectPaths(const ParameterSet& set, QString& start, QSet<QString>& paths) {
-    const auto collectBelow = [&](const ParameterSet& below, const QString& nameAndDot) {
-        const int length = start.size();
-        start += nameAndDot;
-        collectPaths(below, start, paths);
-        start.resize(length);
-    };
-    for (const auto& parameter : set.parameters()) {
-        const QString& name = parameter->scriptName();
-        paths.insert(start + name);
-        if (const auto* const compound = dynamic_cast<const ParameterSet*>(parameter.get()))
-            collectBelow(*compound, detail::lineStart({}, name, true));
-    }
-    for (const BasicParameter* parameter : set.basicParameters())
-        paths.insert(start + parameter->scriptName());
-    for (const ParameterSet* subset : set.subsets())
-        collectBelow(*subset, subset->scriptName() + QLatin1Char('.'));
-}
-
-} // namespace
 
 QString ProjectFileFinding::reasonToString() const {
     switch (reason) {
     case Malformed:
-        return QStringLiteral("malformed keyframe, dropped");
+        return explanation.isEmpty() ? QStringLiteral("malformed keyframe, dropped")
+                                     : QStringLiteral("malformed keyframe, dropped: ") + explanation;
     case Unknown:
         return QStringLiteral("unknown, kept");
     case Refused:
@@ -158,6 +71,14 @@ QString ProjectFileFinding::reasonToString() const {
         return QStringLiteral("incomplete header");
     case NewerHeader:
         return QStringLiteral("written in a newer format");
+    case Unreadable:
+        return explanation;
+    case NotUtf8:
+        return QStringLiteral("not UTF-8, kept");
+    case ConflictMarker:
+        return QStringLiteral("conflict marker of version control");
+    case NoProjectText:
+        return QStringLiteral("no project text");
     }
     return {};
 }
@@ -175,134 +96,196 @@ bool ProjectFile::fail(const QString& message) {
     return false;
 }
 
-void ProjectFile::report(int lineNumber, const QString& text, ProjectFileFinding::Reason reason) {
-    m_report.append({lineNumber, text, reason});
+void ProjectFile::report(int lineNumber, const QString& text, ProjectFileFinding::Reason reason,
+                         const QString& explanation) {
+    m_report.append({lineNumber, text, reason, explanation});
 }
 
 bool ProjectFile::load(const QString& fileName) {
+    const QString start = fileName + QLatin1String(": ");
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly))
-        return fail(fileName + QLatin1String(": ") + file.errorString());
+        return fail(start + file.errorString());
     const QByteArray text = file.readAll();
     if (file.error() != QFileDevice::NoError)
-        return fail(fileName + QLatin1String(": ") + file.errorString());
-    return loadText(text);
+        return fail(start + file.errorString());
+    return loadText(text) || fail(start + m_error);
 }
 
 bool ProjectFile::loadText(const QByteArray& text) {
     m_error.clear();
     m_report.clear();
+    if (!isLoadable(text))
+        return false;
     m_kept.clear();
     m_masterLines.clear();
-    m_parameterPaths.clear();
     m_root.assignNamePrefixes();
-    Lines lines(text);
-    readHeader(lines);
-    QString scratch;
-    while (!lines.atEnd())
-        readLine(lines.next(), scratch);
-    resolveMasters();
-    std::stable_sort(m_report.begin(), m_report.end(),
-                     [](const auto& a, const auto& b) { return a.lineNumber < b.lineNumber; });
-    m_keptLines.clear();
-    for (const KeptLine& line : qAsConst(m_kept))
-        m_keptLines.append(line.bytes);
+    try {
+        readLines(text);
+    } catch (...) {
+        finish();
+        throw;
+    }
+    finish();
     Q_ASSERT_X(detail::verify(m_root).isEmpty(), "ProjectFile::loadText", qPrintable(detail::verify(m_root)));
     return true;
 }
 
-void ProjectFile::readHeader(Lines& lines) {
-    m_version = ProjectFileVersion();
-    ParameterSet properties;
-    m_version.initialiseProperties(properties);
-    const auto isHeaderLine = [&](const Line& line) {
-        return line.size > 0 && properties.bStreamIn(line.text(), m_version);
-    };
-    while (!lines.atEnd() && !m_version.atEnd())
-        isHeaderLine(lines.next());
-    if (!m_version.atEnd()) {
-        report(1, QString(), ProjectFileFinding::IncompleteHeader);
-        if (m_version.streamVersion == StreamVersion::invalid)
-            m_version.streamVersion = StreamVersion::latest;
-        lines.rewind();
-        // What there is of a header stands at the beginning.
-        const ProjectFileVersion seen = m_version;
-        for (bool taken = true; taken;) {
-            taken = false;
-            lines.takeIf([&](const Line& line) { return taken = isHeaderLine(line); });
-        }
-        m_version = seen;
-        return;
+/// Before anything is edited.
+bool ProjectFile::isLoadable(const QByteArray& text) {
+    bool isProjectText = false;
+    for (detail::ProjectLines lines(text); !lines.atEnd();) {
+        const detail::ProjectLine line = lines.next();
+        isProjectText = isProjectText || line.hasKnownKey();
+        if (line.isConflictMarker())
+            report(line.number, line.text(), ProjectFileFinding::ConflictMarker);
     }
-    if (m_version.streamVersion > StreamVersion::latest)
-        report(1, lines.firstLine(), ProjectFileFinding::NewerHeader);
-    lines.takeIf([&](const Line& line) {
-        return line.text().startsWith(QLatin1String("FileTimestamp.")) && isHeaderLine(line);
-    });
+    if (!m_report.isEmpty())
+        return fail(QStringLiteral("line %1: conflict marker of version control: %2")
+                        .arg(QString::number(m_report.front().lineNumber), m_report.front().text));
+    if (isProjectText)
+        return true;
+    report(1, QString(), ProjectFileFinding::NoProjectText);
+    return fail(QStringLiteral("no project text"));
 }
 
-void ProjectFile::readLine(const Line& line, QString& text) {
-    line.readInto(text);
+/// Lines between those of the header are read like those after it.
+void ProjectFile::readLines(const QByteArray& text) {
+    detail::LineNotes notes;
+    detail::ProjectLines lines(text);
+    const int headerEnd = readHeader(lines);
+    Header header;
+    lines.rewind();
+    while (!lines.atEnd()) {
+        const detail::ProjectLine line = lines.next();
+        notes.clear();
+        if (line.number <= headerEnd && header.takes(line)) {
+            if (!line.readInto(m_text))
+                detail::LineNotes::addLoss("bytes that are no UTF-8");
+            reportLosses(line, notes);
+            continue;
+        }
+        readLine(line, notes);
+        if (notes.inserted != detail::LineNotes::Inserted::None) {
+            for (const detail::ProjectLine& next : lines.takeSorted(line, notes.inserted))
+                readLine(next, notes);
+        }
+    }
+    resolveMasters();
+}
+
+/// The number of the last line that the header may stand in.
+int ProjectFile::readHeader(detail::ProjectLines& lines) {
+    Header header;
+    int end = 0;
+    while (!lines.atEnd() && !header.version.atEnd()) {
+        header.takes(lines.next());
+        ++end;
+    }
+    const bool isComplete = header.version.atEnd();
+    if (!isComplete)
+        report(1, QString(), ProjectFileFinding::IncompleteHeader);
+    if (header.version.streamVersion == StreamVersion::invalid)
+        header.version.streamVersion = StreamVersion::latest;
+    if (header.version.streamVersion > StreamVersion::latest)
+        report(1, lines.firstLine().text(), ProjectFileFinding::NewerHeader);
+    const auto isTime = [&](const detail::ProjectLine& line) {
+        return line.text().startsWith(QLatin1String("FileTimestamp.")) && header.takes(line);
+    };
+    if (isComplete && lines.takeIf(isTime))
+        ++end;
+    m_version = header.version;
+    return end;
+}
+
+void ProjectFile::readLine(const detail::ProjectLine& line, detail::LineNotes& notes) {
+    notes.clear();
+    if (line.size == 0)
+        return;
+    if (!line.readInto(m_text)) {
+        keep(line, ProjectFileFinding::NotUtf8, true);
+        return;
+    }
     try {
-        if (m_root.bStreamIn(text, m_version)) {
-            if (namesMaster(text))
-                m_masterLines.append(line.kept());
+        if (!m_root.bStreamIn(m_text, m_version)) {
+            keepNotTaken(line);
             return;
         }
-    } catch (const std::bad_alloc&) {
-        throw;
-    } catch (const std::exception&) {
-        report(line.number, text, ProjectFileFinding::Malformed);
+    } catch (const detail::MalformedKeyframe&) {
+        report(line.number, m_text, ProjectFileFinding::Malformed, notes.losses.join(QLatin1String("; ")));
         return;
     }
-    m_kept.append(line.kept());
-    report(line.number, text, reasonNotTaken(text));
+    reportLosses(line, notes);
+    for (const detail::LineNotes::Master& master : qAsConst(notes.masters))
+        m_masterLines.append({line.number, line.bytes(), false, master.parameter, master.id});
 }
 
-const QSet<QString>& ProjectFile::parameterPaths() {
-    if (m_parameterPaths.isEmpty()) {
-        QString start;
-        collectPaths(m_root, start, m_parameterPaths);
-    }
-    return m_parameterPaths;
+void ProjectFile::reportLosses(const detail::ProjectLine& line, const detail::LineNotes& notes) {
+    if (!notes.losses.isEmpty())
+        report(line.number, line.text(), ProjectFileFinding::Unreadable, notes.losses.join(QLatin1String("; ")));
 }
 
-/// A line is refused when there is a parameter at the path before its key.
-ProjectFileFinding::Reason ProjectFile::reasonNotTaken(const QString& line) {
-    QString path = pathOf(line);
-    const int view = path.lastIndexOf(QLatin1String(".view["));
-    if (view > 0 && path.endsWith(QLatin1Char(']')))
-        path.truncate(view);
-    return parameterPaths().contains(path) ? ProjectFileFinding::Refused : ProjectFileFinding::Unknown;
+void ProjectFile::keep(const detail::ProjectLine& line, ProjectFileFinding::Reason reason, bool always) {
+    m_kept.append({line.number, line.bytes(), always, {}, {}});
+    report(line.number, m_text, reason);
+}
+
+/// A line that its member would read by all appearances, and did not, is kept in any case.
+void ProjectFile::keepNotTaken(const detail::ProjectLine& line) {
+    using Match = detail::MemberPaths::Match;
+    if (!m_members)
+        m_members = std::make_unique<detail::MemberPaths>(m_root);
+    const Match match = m_members->match(m_text);
+    keep(line, match == Match::None ? ProjectFileFinding::Unknown : ProjectFileFinding::Refused, match == Match::Read);
 }
 
 void ProjectFile::resolveMasters() {
-    if (m_root.resolveMasterParameters(m_findMaster) > 0)
-        keepUnresolvedMasters();
-    std::stable_sort(m_kept.begin(), m_kept.end(),
-                     [](const KeptLine& a, const KeptLine& b) { return a.number < b.number; });
-}
-
-void ProjectFile::keepUnresolvedMasters() {
-    QSet<QString> paths;
-    QSet<QString> ids;
-    m_root.forEachParameterAndPart([&](const ParameterWithoutType* parameter) {
-        if (parameter->pendingMasterParameterId().isEmpty())
-            return;
-        const QString name = parameter->extendedName();
-        paths.insert(name.startsWith(QLatin1Char('.')) ? name.mid(1) : name);
-        ids.insert(parameter->pendingMasterParameterId());
-    });
+    if (m_root.resolveMasterParameters(m_findMaster) == 0)
+        return;
     for (const KeptLine& line : qAsConst(m_masterLines)) {
-        const QString text = textOf(line.bytes);
-        const QString path = pathOf(text);
-        // A line under an additional name of its parameter is known by the master that it names.
-        const bool otherName = !parameterPaths().contains(path) && ids.contains(detail::textBetween(text));
-        if (!otherName && !paths.contains(path))
+        if (!isWaiting(line))
             continue;
-        report(line.number, text, ProjectFileFinding::UnresolvedMaster);
+        report(line.lineNumber, textOf(line.bytes), ProjectFileFinding::UnresolvedMaster);
         m_kept.append(line);
     }
+}
+
+bool ProjectFile::isWaiting(const KeptLine& line) {
+    const auto* const parameter = qobject_cast<const ParameterWithoutType*>(line.constrained.data());
+    return parameter && parameter->pendingMasterParameterId() == line.masterId;
+}
+
+void ProjectFile::finish() {
+    const auto byNumber = [](const auto& a, const auto& b) { return a.lineNumber < b.lineNumber; };
+    std::stable_sort(m_report.begin(), m_report.end(), byNumber);
+    std::stable_sort(m_kept.begin(), m_kept.end(), byNumber);
+    m_keptLines.clear();
+    for (const KeptLine& line : qAsConst(m_kept))
+        m_keptLines.append(line.bytes);
+    m_readingLosses.clear();
+    for (const ProjectFileFinding& finding : qAsConst(m_report)) {
+        if (finding.reason == ProjectFileFinding::Malformed || finding.reason == ProjectFileFinding::Unreadable)
+            m_readingLosses.append(
+                QStringLiteral("line %1: %2").arg(QString::number(finding.lineNumber), finding.reasonToString()));
+    }
+    m_members.reset();
+    m_text.clear();
+}
+
+/// Without those that would replace, when the text is loaded, what the members hold now.
+QList<QByteArray> ProjectFile::linesToWrite() const {
+    QList<QByteArray> lines;
+    if (m_kept.isEmpty())
+        return lines;
+    const detail::MemberPaths members(m_root);
+    for (const KeptLine& line : m_kept) {
+        const bool isLost = line.masterId.isEmpty() || !line.constrained;
+        const bool isStale =
+            isLost ? members.match(textOf(line.bytes)) == detail::MemberPaths::Match::Read : !isWaiting(line);
+        if (line.always || !isStale)
+            lines.append(line.bytes);
+    }
+    return lines;
 }
 
 QByteArray ProjectFile::text() const {
@@ -321,7 +304,8 @@ QByteArray ProjectFile::text() const {
     properties.bStreamOut(stream, {}, true);
     m_root.writeMembers(stream, {}, true);
     stream.flush();
-    for (const QByteArray& line : m_keptLines)
+    const QList<QByteArray> kept = linesToWrite();
+    for (const QByteArray& line : kept)
         buffer.write(line + '\n');
     return buffer.data();
 }
@@ -344,6 +328,7 @@ bool ProjectFile::save(const QString& fileName) {
     }
     if (!file.commit())
         return fail(fileName + QLatin1String(": ") + file.errorString());
+    m_readingLosses.clear();
     return true;
 }
 

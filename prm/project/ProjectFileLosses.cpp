@@ -1,10 +1,12 @@
 // What project text cannot hold of the sets that are to be saved.
 
+#include "prm/MovedParameter.h"
 #include "prm/Parameter.h"
 #include "prm/ParameterSet.h"
 #include "prm/ParameterWithoutType.h"
 #include "prm/ProjectFile.h"
 #include "prm/StaticParameter.h"
+#include "prm/untyped/PartialSnapshot.h"
 
 #include <QMap>
 
@@ -41,11 +43,18 @@ public:
     Losses(const ParameterWithoutType& parameter, QStringList& list) : m_parameter(parameter), m_list(list) {}
 
     void collect() {
+        if (m_parameter.isLocked())
+            add(QStringLiteral("the locked flag is not written"));
         if (dynamic_cast<const ParameterSet*>(&m_parameter)) {
             if (m_parameter.isHidden() || m_parameter.masterParameter())
                 add(QStringLiteral("the hidden flag and the master of a compound are not written"));
             return;
         }
+        collectData();
+    }
+
+private:
+    void collectData() {
         const std::vector<View> views = m_parameter.viewList();
         for (const View view : views)
             collectView(view);
@@ -53,8 +62,6 @@ public:
             m_parameter.extrapolationAfter() > Extrapolation::Custom0)
             add(QStringLiteral("a custom extrapolation other than the first becomes Constant"));
     }
-
-private:
     void add(const QString& loss) { m_list.append(QStringLiteral("%1: %2").arg(m_parameter.extendedName(), loss)); }
     void add(const QString& loss, const View& view, int count) {
         if (count > 0)
@@ -81,7 +88,8 @@ private:
         add(QStringLiteral("keyframes will merge with the one before them"), view, merged);
         add(QStringLiteral("custom interpolations other than the first become Constant"), view, customKinds);
         add(QStringLiteral("shape numbers of kinds other than Bezier are not written"), view, shapes);
-        add(QStringLiteral("lines that name the view are not read"), view, isReadIn(view) ? 0 : 1);
+        const bool isRead = isReadIn(view) && (m_parameter.splittable() || view == View(View::defaultViewId()));
+        add(QStringLiteral("lines that name the view are not read"), view, isRead ? 0 : 1);
         collectTexts(view, count);
     }
     /// The last valid id of a view is too large for its own prefix.
@@ -129,10 +137,23 @@ QStringList lossesOfName(const QString& name, const Names& names) {
     return losses;
 }
 
+/// The parts of a compound without a name are written like members of the set around it.
+bool isSpreadOut(const ParameterWithoutType& parameter) {
+    return parameter.scriptName().isEmpty() && dynamic_cast<const ParameterSet*>(&parameter);
+}
+
+void countParameters(const ParameterSet& set, Names& names) {
+    for (const auto& parameter : set.parameters()) {
+        if (isSpreadOut(*parameter))
+            countParameters(dynamic_cast<const ParameterSet&>(*parameter), names);
+        else
+            ++names[parameter->scriptName()];
+    }
+}
+
 void collectNames(const ParameterSet& set, QStringList& losses) {
     Names names;
-    for (const auto& parameter : set.parameters())
-        ++names[parameter->scriptName()];
+    countParameters(set, names);
     for (const BasicParameter* parameter : set.basicParameters())
         ++names[parameter->scriptName()];
     for (const ParameterSet* subset : set.subsets())
@@ -148,6 +169,10 @@ void collectNames(const ParameterSet& set, QStringList& losses) {
 void collectSet(const ParameterSet& set, QStringList& losses) {
     collectNames(set, losses);
     for (const BasicParameter* parameter : set.basicParameters()) {
+        const auto* const moved = dynamic_cast<const MovedParameter*>(parameter);
+        if (moved && moved->isWaiting())
+            losses.append(
+                QStringLiteral("%1: a line was read, but there is no parameter for it").arg(moved->scriptName()));
         const auto* const text = dynamic_cast<const StaticParameter<QString>*>(parameter);
         const QString loss = text ? lossOfRawText(text->value()) : QString();
         if (!loss.isEmpty())
@@ -158,16 +183,25 @@ void collectSet(const ParameterSet& set, QStringList& losses) {
         losses.append(QStringLiteral("the name of the set \"%1\" %2").arg(set.scriptName(), loss));
 }
 
+/// A parameter with a master answers for that one; a snapshot of it has its own data alone.
+void collectOwn(const ParameterWithoutType& parameter, QStringList& losses) {
+    const boost::shared_ptr<Bsc::MementoBase> snapshot =
+        parameter.masterParameter() ? parameter.exportState() : nullptr;
+    const auto* const own = dynamic_cast<const detail::WholeSnapshot*>(snapshot.get());
+    Losses(own ? own->parameter() : parameter, losses).collect();
+}
+
 } // namespace
 
 QStringList ProjectFile::saveLosses() const {
     m_root.assignNamePrefixes();
-    QStringList losses;
+    QStringList losses = m_readingLosses;
     collectSet(m_root, losses);
     m_root.forEachSubset([&](ParameterSet* set) { collectSet(*set, losses); }, true);
     m_root.forEachParameterAndPart([&](const ParameterWithoutType* parameter) {
-        Losses(*parameter, losses).collect();
-        if (const auto* const compound = dynamic_cast<const ParameterSet*>(parameter))
+        collectOwn(*parameter, losses);
+        const auto* const compound = dynamic_cast<const ParameterSet*>(parameter);
+        if (compound && !isSpreadOut(*parameter))
             collectNames(*compound, losses);
     });
     return losses;

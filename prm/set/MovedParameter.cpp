@@ -20,7 +20,7 @@ MovedParameter::MovedParameter(const QString& oldScriptName)
     : BasicParameter(nullptr), m_scriptName(oldScriptName), m_migration(readByTarget) {}
 
 MovedParameter::~MovedParameter() {
-    if (!m_hadTarget && !m_streamedText.isEmpty())
+    if (isWaiting())
         qWarning() << "MovedParameter[" << m_scriptName << "]: streamed in" << m_streamedText
                    << "but never given target parameter";
 }

@@ -1,6 +1,7 @@
 #include "prm/text/KeyframeText.h"
 
 #include "prm/ParameterStrings.h"
+#include "prm/text/LineNotes.h"
 #include "prm/text/LineParts.h"
 #include "prm/text/NumberText.h"
 #include "prm/text/TextTokens.h"
@@ -8,14 +9,13 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <stdexcept>
 
 namespace Prm::detail {
 
 namespace {
 
 [[noreturn]] void refuse(const char* message, QStringView line) {
-    throw std::runtime_error(QString::fromLatin1(message).arg(line.toString()).toStdString());
+    throw MalformedKeyframe(QString::fromLatin1(message).arg(line.toString()).toStdString());
 }
 
 /// A few characters in place, for appending one by one to a text costs more than to make them. Those behind the end
@@ -35,13 +35,18 @@ private:
     char* m_end = m_characters.data();
 };
 
-/// Single precision is part of the format. What is no number is 0, what is too large for one the invalid time.
-Time readTime(QStringView text) {
-    const float time = toFloat(text);
-    return std::isinf(time) ? Time(Time::INVALID) : Time::fromFloat(time);
-}
-
 } // namespace
+
+MalformedKeyframe::~MalformedKeyframe() = default;
+
+Time readTime(QStringView text) {
+    bool isNumber = false;
+    const float number = toFloat(text, &isNumber);
+    const Time time = std::isinf(number) ? Time(Time::INVALID) : Time::fromFloat(number);
+    if (!isNumber || !time.isValid())
+        LineNotes::addLoss("time", text, std::isinf(number) || isNumber ? "is out of range" : "is not a number");
+    return time;
+}
 
 void writeKeyframe(QString& text, View view, Time time, const QString& value, const IType& itype) {
     const QLatin1String separator(", ");

@@ -8,11 +8,25 @@
 #include <QString>
 #include <QStringView>
 
+#include <stdexcept>
+
 namespace Prm::detail {
 
 /// Appends "keyframes.append( Key( <time>, <value>, <interpolation> ) )", or the Bezier form with its four numbers,
 /// with the view's prefix for every view but the default one. Times and shape numbers have six significant digits.
 PRM_EXPORT void writeKeyframe(QString& text, View view, Time time, const QString& value, const IType& itype);
+
+/// A keyframe line that cannot be taken apart, which is the line's fault: what else is thrown while a line is read
+/// comes from a host's observers and conversions.
+class PRM_EXPORT MalformedKeyframe : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+    ~MalformedKeyframe() override;
+};
+
+/// The time of a keyframe line, in single precision, which is part of the format. What is no number is 0, what is too
+/// large for one the invalid time.
+PRM_EXPORT Time readTime(QStringView text);
 
 /// A keyframe line taken apart; the value is still text.
 struct KeyframeText {
@@ -24,7 +38,7 @@ struct KeyframeText {
 };
 
 /// Takes a keyframe line apart; `itype` keeps its shape numbers unless the line is a Bezier one. Throws
-/// `std::runtime_error` ("Cannot parse keyframe string '...'", "Failed to parse Key() block: '...'").
+/// `MalformedKeyframe` ("Cannot parse keyframe string '...'", "Failed to parse Key() block: '...'").
 PRM_EXPORT KeyframeText readKeyframe(QStringView line, IType& itype);
 
 } // namespace Prm::detail

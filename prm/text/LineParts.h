@@ -62,6 +62,22 @@ inline QString textBehind(const QString& line) {
     return start < 0 ? QString() : line.mid(start + 1);
 }
 
+/// Whether the rest of a line, behind the name, has a key that every animatable parameter reads.
+inline bool isUntypedLine(QStringView rest) {
+    return hasKey(rest, ParameterStrings::hidden) || hasKey(rest, ParameterStrings::masterParameterId);
+}
+
+/// The same for parameters with values.
+inline bool isParameterLine(QStringView rest) {
+    if (beginsWith(rest, ParameterStrings::views))
+        return true;
+    View view;
+    View::extractStringPrefix(rest, view);
+    return hasKey(rest, ParameterStrings::keyframes) || hasKey(rest, ParameterStrings::value) || isUntypedLine(rest) ||
+           hasKey(rest, ParameterStrings::isKeyframed) || hasKey(rest, ParameterStrings::after) ||
+           hasKey(rest, ParameterStrings::before);
+}
+
 /// Appends one line.
 inline void addLine(QString& text, const QString& start, const QString& key, const QString& value) {
     text += start;

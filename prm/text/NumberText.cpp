@@ -187,13 +187,17 @@ double toDouble(QStringView text, bool* isNumber) {
     return number;
 }
 
-float toFloat(QStringView text) {
+float toFloat(QStringView text, bool* isNumber) {
     double number = 0;
     const bool isPlain = readPlainNumber(text, number);
     const double size = std::abs(number);
     // Where single precision ends, Qt has its own way.
     const bool fits = number == 0 || (size > 1e-30 && size < 1e30);
-    return isPlain && fits ? static_cast<float>(number) : text.toString().toFloat();
+    if (!isPlain || !fits)
+        return text.toString().toFloat(isNumber);
+    if (isNumber)
+        *isNumber = true;
+    return static_cast<float>(number);
 }
 
 } // namespace Prm::detail

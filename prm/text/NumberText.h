@@ -25,6 +25,6 @@ PRM_EXPORT void addShortest(QString& text, double number);
 PRM_EXPORT double toDouble(QStringView text, bool* isNumber = nullptr);
 
 /// What `QString::toFloat` makes of the text.
-PRM_EXPORT float toFloat(QStringView text);
+PRM_EXPORT float toFloat(QStringView text, bool* isNumber = nullptr);
 
 } // namespace Prm::detail

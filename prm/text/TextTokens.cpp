@@ -1,6 +1,7 @@
 #include "prm/text/TextTokens.h"
 
 #include "prm/ParameterStrings.h"
+#include "prm/text/LineNotes.h"
 #include "prm/text/LineParts.h"
 #include "prm/text/NumberText.h"
 
@@ -115,20 +116,28 @@ bool readShape(QStringView numbersText, IType& itype) {
     }
     if (numbers.size() != 4)
         return false;
-    itype = IType(Interpolation::Bezier, numbers.at(0).toDouble(), numbers.at(1).toDouble(), numbers.at(2).toDouble(),
-                  numbers.at(3).toDouble());
+    const auto number = [&](int i) {
+        bool isNumber = false;
+        const double read = numbers.at(i).toDouble(&isNumber);
+        if (!isNumber)
+            LineNotes::addLoss("shape number", numbers.at(i), "is not a number");
+        return read;
+    };
+    itype = IType(Interpolation::Bezier, number(0), number(1), number(2), number(3));
     return true;
 }
 
 /// The two most frequent names, and then all.
 bool readKind(QStringView name, Interpolation& kind) {
     const auto is = [name](QStringView known) { return name.size() == known.size() && beginsWith(name, known); };
-    if (is(ParameterStrings::linear))
+    if (is(ParameterStrings::linear)) {
         kind = Interpolation::Linear;
-    else if (is(ParameterStrings::constant))
+    } else if (is(ParameterStrings::constant)) {
         kind = Interpolation::Constant;
-    else
-        return bStringToInterpolationType(name.toString(), kind);
+    } else if (!bStringToInterpolationType(name.toString(), kind)) {
+        LineNotes::addLoss("interpolation", name, "is not known");
+        return false;
+    }
     return true;
 }
 
@@ -195,12 +204,24 @@ bool parseKeyframeDeclaration(QStringView declaration, QStringView& timeText, QS
     return true;
 }
 
+bool parseKeyframeDeclaration(QString declaration, QString& timeText, QString& valueText, IType& itype) {
+    QStringView time;
+    QStringView value;
+    if (!parseKeyframeDeclaration(QStringView(declaration), time, value, itype))
+        return false;
+    timeText = time.toString();
+    valueText = value.toString();
+    return true;
+}
+
 std::vector<View> parseViewList(const QString& text) {
     const int opening = text.indexOf(QLatin1Char('['));
     const int closing = text.indexOf(QLatin1Char(']'));
     std::vector<View> views;
-    if (opening < 0 || closing < 0)
+    if (opening < 0 || closing < 0) {
+        LineNotes::addLoss("list of views", text, "has no brackets");
         return views;
+    }
     // With the brackets the wrong way round the length is negative, and everything behind the opening one counts.
     const QVector<QStringRef> parts = text.midRef(opening + 1, closing - opening - 1).split(comma, Qt::SkipEmptyParts);
     for (const QStringRef& part : parts) {
@@ -208,6 +229,8 @@ std::vector<View> parseViewList(const QString& text) {
         const uint id = part.toUInt(&isNumber);
         if (isNumber)
             views.emplace_back(id);
+        else
+            LineNotes::addLoss("view", part, "is not a number");
     }
     return views;
 }

@@ -24,8 +24,10 @@ PRM_EXPORT QString getToken(const QString& text, int& pos);
 /// separate. On false all outputs are without meaning, but `itype` is untouched unless its own text was read.
 PRM_EXPORT bool parseKeyframeDeclaration(QStringView declaration, QStringView& timeText, QStringView& valueText,
                                          IType& itype);
+/// The same into texts of their own.
+PRM_EXPORT bool parseKeyframeDeclaration(QString declaration, QString& timeText, QString& valueText, IType& itype);
 
-/// The views listed between the first "[" and the first "]"; what is no number is left out.
+/// The views listed between the first "[" and the first "]"; what is no number is left out, and noted.
 PRM_EXPORT std::vector<View> parseViewList(const QString& text);
 
 /// Escapes, in place, what could break a line or end a quoted text: a backslash and a letter or sign for form feed,

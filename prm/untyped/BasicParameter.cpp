@@ -47,10 +47,6 @@ QVector<Context> BasicParameter::allKeyframes() const {
 
 void BasicParameter::calculateHash(Bsc::Hash&, const Context&) const {}
 
-std::optional<bool> BasicParameter::readBriefly(QStringView, const ProjectFileVersion&) {
-    return {};
-}
-
 bool BasicParameter::streamOut(QTextStream& stream, const QString& prefix, bool withName) const {
     return !m_streamable || bStreamOut(stream, prefix, withName);
 }

@@ -53,7 +53,7 @@ int ParameterWithoutType::placeAt(const ParameterWithoutType& master) const {
     return static_cast<int>(std::count_if(list.begin(), found, living));
 }
 
-/// All that may fail comes before the first change.
+/// All that may fail comes before the first change. A master that was read from text is no longer waited for.
 void ParameterWithoutType::tieTo(ParameterWithoutType* master, int position) {
     const QPointer<ParameterWithoutType> self(this);
     QPointer<ParameterWithoutType> tied(master);
@@ -61,6 +61,7 @@ void ParameterWithoutType::tieTo(ParameterWithoutType* master, int position) {
     if (list && list->size() == list->capacity())
         list->reserve(2 * list->size() + 1);
     QPointer<ParameterWithoutType>& tie = ownRarities().master;
+    setPendingMasterParameterId({});
     if (ParameterWithoutType* former = masterParameter())
         former->forgetConstrained(*this);
     if (master) {
@@ -91,8 +92,10 @@ bool ParameterWithoutType::bRemoveConstrainedParameter(ParameterWithoutType* par
         // Observers of the copy may have deleted either side or tied the parameter elsewhere.
         if (!self.alive() || !other.alive())
             return;
-        if (parameter->masterParameter() == this)
+        if (parameter->masterParameter() == this) {
             parameter->ownRarities().master.clear();
+            parameter->setPendingMasterParameterId({});
+        }
         forgetConstrained(*parameter);
     };
     try {

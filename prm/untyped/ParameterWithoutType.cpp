@@ -1,6 +1,7 @@
 #include "prm/ParameterWithoutType.h"
 
 #include "host/bsc/CompositeCommand.h"
+#include "prm/text/LineNotes.h"
 #include "prm/text/LineParts.h"
 
 #include <QDebug>
@@ -89,6 +90,8 @@ void ParameterWithoutType::setExtraName(const QString& name) {
 void ParameterWithoutType::setPendingMasterParameterId(const QString& id) {
     if (!id.isNull() || !rarities().pendingMasterParameterId.isNull())
         ownRarities().pendingMasterParameterId = id;
+    if (!id.isEmpty())
+        detail::LineNotes::addMaster(*this, id);
 }
 
 void ParameterWithoutType::announceDeletion() noexcept {
@@ -188,6 +191,10 @@ quint64 ParameterWithoutType::keyframeRevision() const {
 
 boost::shared_ptr<Bsc::MementoBase> ParameterWithoutType::exportStateAround(const std::vector<Context>&) const {
     return exportState();
+}
+
+std::optional<bool> ParameterWithoutType::readBriefly(QStringView, const ProjectFileVersion&) {
+    return {};
 }
 
 void ParameterWithoutType::attachObserver(const QObject* observer, const char* slot) const {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "host/bsc/MementoBase.h"
-#include "prm/BasicParameter.h"
 #include "prm/Export.h"
+#include "prm/ParameterWithoutType.h"
 
 #include <boost/shared_ptr.hpp>
 
@@ -13,6 +13,12 @@ class PRM_EXPORT PartialSnapshot : public Bsc::MementoBase {
 public:
     /// A snapshot of the same part as it is now.
     virtual boost::shared_ptr<Bsc::MementoBase> present(const BasicParameter& parameter) const = 0;
+};
+
+/// A snapshot of a whole parameter, as a parameter without a master.
+class PRM_EXPORT WholeSnapshot : public Bsc::MementoBase {
+public:
+    virtual const ParameterWithoutType& parameter() const = 0;
 };
 
 /// What the snapshot would put back, as it is now.

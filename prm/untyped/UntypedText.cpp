@@ -1,6 +1,7 @@
 // The two lines that a parameter without keyframes has in project text, which every animatable parameter has as well.
 
 #include "prm/ParameterWithoutTypeBase.h"
+#include "prm/text/LineNotes.h"
 #include "prm/text/LineParts.h"
 #include "prm/text/PlainNumbers.h"
 #include "prm/untyped/ReadingScope.h"
@@ -20,7 +21,12 @@ void ParameterWithoutType::writeMaster(QString& text, const QString& start) cons
 bool ParameterWithoutType::readHidden(const QString& line) {
     if (!detail::hasKey(line, ParameterStrings::hidden))
         return false;
-    hide(detail::textBetween(line).toInt() != 0);
+    const QString text = detail::textBetween(line);
+    bool isNumber = false;
+    const int flag = text.toInt(&isNumber);
+    if (!isNumber)
+        detail::LineNotes::addLoss("hidden", text, "is not a whole number");
+    hide(flag != 0);
     return true;
 }
 

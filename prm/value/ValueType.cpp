@@ -1,5 +1,6 @@
 #include "prm/ValueType.h"
 
+#include "prm/text/LineNotes.h"
 #include "prm/text/NumberText.h"
 #include "prm/text/TextTokens.h"
 
@@ -69,18 +70,44 @@ unsigned int parse(const QString& text, bool& whole, unsigned int) {
 template <class Integer> Integer readInteger(const QString& text) {
     bool whole = false;
     const Integer number = parse(text, whole, Integer{});
-    return whole ? number : readLeadingNumber<Integer>(text);
+    if (whole)
+        return number;
+    const auto leading = readLeadingNumber<Integer>(text);
+    const double real = detail::toDouble(text, &whole);
+    if (!whole || real != static_cast<double>(leading))
+        detail::LineNotes::addLoss("value", text, "is not a whole number that fits");
+    return leading;
 }
 
 double readReal(const QString& text) {
     bool whole = false;
     const double number = detail::toDouble(text, &whole);
-    return whole ? number : readLeadingNumber<double>(text);
+    if (whole)
+        return number;
+    detail::LineNotes::addLoss("value", text, "is not a number");
+    return readLeadingNumber<double>(text);
+}
+
+/// What the stream operator makes of a text that is neither 0 nor 1.
+bool readSwitch(const QString& text) {
+    QString copy = text;
+    QTextStream stream(&copy, QIODevice::ReadOnly);
+    bool value = false;
+    stream >> value;
+    const bool isNumber = stream.status() == QTextStream::Ok;
+    if (!isNumber || !stream.readAll().trimmed().isEmpty())
+        detail::LineNotes::addLoss("value", text, "is neither 0 nor another whole number");
+    return value;
 }
 
 /// The two parts of a text around its first run of blanks.
 QString part(const QString& text, int i) {
     return text.trimmed().section(QLatin1Char(' '), i, i, QString::SectionSkipEmpty);
+}
+
+void noteFurtherParts(const QString& text) {
+    if (!part(text, 2).isEmpty())
+        detail::LineNotes::addLoss("value", text, "has more than two numbers");
 }
 
 } // namespace
@@ -90,7 +117,8 @@ void ValueType<bool>::write(QString& text, const bool& value) {
 }
 
 bool ValueType<bool>::read(const QString& text) {
-    return ValueType<int>::read(text) != 0;
+    const ushort only = text.size() == 1 ? text.front().unicode() : 0;
+    return only == '0' || only == '1' ? only == '1' : readSwitch(text);
 }
 
 void ValueType<bool>::addToHash(Bsc::Hash& hash, const bool& value) {
@@ -180,6 +208,7 @@ void ValueType<QPointF>::write(QString& text, const QPointF& value) {
 }
 
 QPointF ValueType<QPointF>::read(const QString& text) {
+    noteFurtherParts(text);
     return {readReal(part(text, 0)), readReal(part(text, 1))};
 }
 
@@ -193,6 +222,7 @@ void ValueType<QPoint>::write(QString& text, const QPoint& value) {
 }
 
 QPoint ValueType<QPoint>::read(const QString& text) {
+    noteFurtherParts(text);
     return {readInteger<int>(part(text, 0)), readInteger<int>(part(text, 1))};
 }
 

@@ -137,11 +137,11 @@ TEST(KeyDeclaration, IsSplit) {
         {"BezierKey BezierKey( 1, 2, 3, 4, 5, 6 ) )", ""},
     };
     for (const auto& [declaration, expected] : rows) {
-        QStringView time, value;
+        QString time, value;
         QString parts;
         IType type(Interpolation::Linear);
         if (parseKeyframeDeclaration(declaration, time, value, type))
-            parts = time.toString() + "|" + value.toString() + "|" + qstrInterpolationTypeString(type.interpolation);
+            parts = time + "|" + value + "|" + qstrInterpolationTypeString(type.interpolation);
         if (type.interpolation == Interpolation::Bezier && !parts.isEmpty())
             parts += QString(" %1 %2 %3 %4").arg(type.x1).arg(type.y1).arg(type.x2).arg(type.y2);
         EXPECT_EQ(parts.toStdString(), expected) << declaration.toStdString();
