@@ -11,7 +11,7 @@ using namespace Tool;
 namespace {
 
 void readEverything(const ProjectText& text) {
-    Kinds kinds(text, KindRules({}));
+    Kinds kinds(text, KindRules());
     Masters masters;
     for (int node = 1; node < static_cast<int>(text.nodes().size()); ++node) {
         const QString path = text.path(node);

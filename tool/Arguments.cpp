@@ -13,6 +13,7 @@ Arguments::Arguments(const QString& command, const QString& purpose, const QStri
 
 Arguments& Arguments::positional(const QString& name, const QString& purpose, const QString& syntax) {
     m_parser.addPositionalArgument(name, purpose, syntax);
+    m_positionals.append(name);
     return *this;
 }
 
@@ -39,11 +40,15 @@ QStringList Arguments::wordsToParse() const {
     QStringList words;
     QStringList numbers;
     for (int i = 0; i < end; ++i) {
+        const QString& word = m_words.at(i);
+        const bool takesValue = m_takingValues.contains(word);
+        if (takesValue && i + 1 == end)
+            throw WrongUse(QStringLiteral("%1 needs a value").arg(word));
         bool isNumber = false;
-        m_words.at(i).toDouble(&isNumber);
-        const bool isAlone = i == 0 || !m_takingValues.contains(m_words.at(i - 1));
-        const bool isTaken = isNumber && isAlone && m_words.at(i).startsWith(QLatin1Char('-'));
-        (isTaken ? numbers : words).append(m_words.at(i));
+        word.toDouble(&isNumber);
+        (isNumber && word.startsWith(QLatin1Char('-')) ? numbers : words).append(word);
+        if (takesValue)
+            words.append(m_words.at(++i));
     }
     return words + QStringList(QStringLiteral("--")) + numbers + m_words.mid(end + 1);
 }
@@ -61,9 +66,9 @@ bool Arguments::read(int least, int most) {
         return false;
     }
     if (rest().size() < least)
-        throw WrongUse(QStringLiteral("arguments are missing"));
+        throw WrongUse(QStringLiteral("%1 is missing").arg(m_positionals.value(rest().size())));
     if (most >= 0 && rest().size() > most)
-        throw WrongUse(QStringLiteral("what is '%1' for?").arg(rest().at(most)));
+        throw WrongUse(QStringLiteral("unexpected argument '%1'").arg(rest().at(most)));
     return true;
 }
 
@@ -71,7 +76,7 @@ TableForm Arguments::tableForm() const {
     const bool isJson = has(QStringLiteral("json"));
     const bool isCsv = has(QStringLiteral("csv"));
     if (isJson && isCsv)
-        throw WrongUse(QStringLiteral("either --json or --csv"));
+        throw WrongUse(QStringLiteral("--json and --csv exclude each other"));
     return isJson ? TableForm::Json : isCsv ? TableForm::Csv : TableForm::Plain;
 }
 

@@ -42,6 +42,7 @@ private:
 
     QCommandLineParser m_parser;
     QSet<QString> m_takingValues;
+    QStringList m_positionals;
     QString m_command;
     QStringList m_words;
     QStringList m_examples;

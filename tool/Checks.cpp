@@ -7,6 +7,7 @@
 #include <QLocale>
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <unordered_map>
 
@@ -82,7 +83,9 @@ void checkRepeated(const ProjectText& text, int node, Findings& findings) {
 struct WrittenTime {
     explicit WrittenTime(const QString& text)
         : asWritten(text.toDouble(&isNumber)), asRead(text.toFloat()),
-          asSaved(QString::number(static_cast<double>(asRead), 'g', 6)) {}
+          asSaved(QString::number(static_cast<double>(asRead), 'g', 6)) {
+        isNumber = isNumber && !std::isnan(asWritten);
+    }
 
     bool isNumber = false;
     double asWritten;
@@ -114,7 +117,7 @@ private:
 
 void checkTime(int line, const QString& written, const WrittenTime& time, Findings& findings) {
     if (!time.isNumber)
-        findings.push_back({line, QStringLiteral("'%1' is no time").arg(written)});
+        findings.push_back({line, QStringLiteral("'%1' is not a time").arg(written)});
     else if (time.asSaved.toDouble() != time.asWritten)
         findings.push_back({line, QStringLiteral("time %1 moves to %2 on saving").arg(written, time.shownAsSaved())});
 }

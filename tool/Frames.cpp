@@ -1,6 +1,7 @@
 #include "tool/Frames.h"
 
 #include "tool/Problem.h"
+#include "tool/Streams.h"
 
 #include <QStringList>
 
@@ -17,7 +18,7 @@ double readNumber(const QString& text) {
     bool isNumber = false;
     const double number = text.trimmed().toDouble(&isNumber);
     if (!isNumber || !std::isfinite(number) || !Prm::Time::fromDouble(number).isValid())
-        throw WrongUse(QStringLiteral("'%1' is no frame").arg(text));
+        throw WrongUse(QStringLiteral("'%1' is not a frame").arg(text));
     return number;
 }
 
@@ -30,7 +31,7 @@ void checkCount(double count) {
 /// range end on its last frame where the division falls just short of it.
 void addRange(QVector<Prm::Time>& times, double first, double last, double step) {
     if (step == 0 || (last - first) / step < 0)
-        throw WrongUse(QStringLiteral("the step %1 never leads from %2 to %3").arg(step).arg(first).arg(last));
+        throw WrongUse(QStringLiteral("step %1 does not lead from %2 to %3").arg(step).arg(first).arg(last));
     const double steps = std::floor((last - first) / step * (1 + 1e-12) + 1e-9);
     checkCount(times.size() + steps + 1);
     for (int i = 0; i <= static_cast<int>(steps); ++i)
@@ -60,12 +61,18 @@ QVector<Prm::Time> readFrames(const QString& text) {
     return times;
 }
 
-QVector<Prm::Time> readTimesFile(const QByteArray& text) {
-    const QStringList parts = QString::fromUtf8(text)
+QVector<Prm::Time> readTimesFile(const QString& file) {
+    const QStringList parts = QString::fromUtf8(readInput(file))
                                   .simplified()
                                   .replace(QLatin1Char(' '), QLatin1Char(','))
                                   .split(QLatin1Char(','), Qt::SkipEmptyParts);
-    return readFrames(parts.join(QLatin1Char(',')));
+    if (parts.isEmpty())
+        throw Problem(QStringLiteral("%1: has no frames").arg(file));
+    try {
+        return readFrames(parts.join(QLatin1Char(',')));
+    } catch (const WrongUse& problem) {
+        throw Problem(QStringLiteral("%1: ").arg(file) + QString::fromUtf8(problem.what()));
+    }
 }
 
 std::pair<Prm::Time, Prm::Time> readRange(const QString& text) {
@@ -73,7 +80,7 @@ std::pair<Prm::Time, Prm::Time> readRange(const QString& text) {
     const QLatin1String dots("..");
     const int range = text.indexOf(dots);
     if (range < 0)
-        throw WrongUse(QStringLiteral("'%1' is no range A..B").arg(text));
+        throw WrongUse(QStringLiteral("'%1' is not a range A..B").arg(text));
     const double first = readNumber(text.left(range));
     const double last = readNumber(text.mid(range + dots.size()));
     const double length = last - first;
@@ -86,7 +93,7 @@ Prm::View readView(const QString& text) {
     bool isNumber = false;
     const Prm::View view(text.toUInt(&isNumber));
     if (!isNumber || !view.isValid())
-        throw WrongUse(QStringLiteral("'%1' is no view").arg(text));
+        throw WrongUse(QStringLiteral("'%1' is not a view").arg(text));
     return view;
 }
 

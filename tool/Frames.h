@@ -14,8 +14,8 @@ namespace Tool {
 /// fractional. Throws `WrongUse`.
 QVector<Prm::Time> readFrames(const QString& text);
 
-/// The same from the text of a file, one or more to a line.
-QVector<Prm::Time> readTimesFile(const QByteArray& text);
+/// The same from a file, one or more to a line. Throws `Problem`.
+QVector<Prm::Time> readTimesFile(const QString& file);
 
 /// "A..B" alone, with A before B. Throws `WrongUse`.
 std::pair<Prm::Time, Prm::Time> readRange(const QString& text);

@@ -26,7 +26,7 @@ HeldSignals::~HeldSignals() {
 
 OutputFile::OutputFile(const QString& name) : m_name(name), m_file(name) {
     if (name.isEmpty())
-        throw Problem(QStringLiteral("the name of a file is empty"));
+        throw Problem(QStringLiteral("the file name is empty"));
 }
 
 void OutputFile::write(const QByteArray& bytes) {

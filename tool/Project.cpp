@@ -9,16 +9,20 @@ namespace Tool {
 
 namespace {
 
-QStringList rulesOf(const Arguments& arguments) {
-    QStringList rules;
+KindRules rulesOf(const Arguments& arguments) {
+    KindRules rules;
     for (const QString& file : arguments.values(QStringLiteral("types"))) {
+        int number = 0;
         for (const QString& line : QString::fromUtf8(readInput(file)).split(QLatin1Char('\n'))) {
+            ++number;
             const QString rule = line.trimmed();
             if (!rule.isEmpty() && !rule.startsWith(QLatin1Char('#')))
-                rules.append(rule);
+                rules.add(rule, QStringLiteral("%1:%2: ").arg(file).arg(number));
         }
     }
-    return rules + arguments.values(QStringLiteral("type"));
+    for (const QString& rule : arguments.values(QStringLiteral("type")))
+        rules.add(rule, QStringLiteral("--type: "));
+    return rules;
 }
 
 } // namespace
@@ -39,7 +43,7 @@ void Project::declareWithPatterns(Arguments& arguments, const QString& syntax) {
 }
 
 Project::Project(const Arguments& arguments)
-    : m_name(arguments.file()), m_text(readInput(m_name)), m_kinds(m_text, KindRules(rulesOf(arguments))) {}
+    : m_name(arguments.file()), m_text(m_name), m_kinds(m_text, rulesOf(arguments)) {}
 
 BuiltParameter Project::shown(int node) {
     BuiltParameter parameter = built(node);
@@ -67,7 +71,7 @@ std::vector<int> Project::parameters(const QStringList& patterns) const {
     }
     const auto unused = std::find(isUsed.begin(), isUsed.end(), false);
     if (unused != isUsed.end())
-        throw Problem(QStringLiteral("%1: no parameter '%2'")
+        throw Problem(QStringLiteral("%1: no parameter or group '%2'")
                           .arg(m_name, patterns.at(static_cast<int>(unused - isUsed.begin()))));
     return found;
 }

@@ -206,7 +206,7 @@ std::vector<int> counterparts(const ProjectText& text, const ProjectText& other)
 class Comparison {
 public:
     Comparison(const ProjectText& from, const ProjectText& to)
-        : m_from(from), m_to(to), m_fromKinds(from, KindRules({})), m_toKinds(to, KindRules({})) {}
+        : m_from(from), m_to(to), m_fromKinds(from, KindRules()), m_toKinds(to, KindRules()) {}
 
     std::vector<Difference> differences() {
         compareHeaders();

@@ -1,7 +1,9 @@
 #include "tool/ProjectText.h"
 
 #include "prm/ParameterSet.h"
+#include "tool/Problem.h"
 #include "tool/Progress.h"
+#include "tool/Streams.h"
 
 #include <QStringList>
 
@@ -14,6 +16,7 @@ namespace Tool {
 namespace {
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+constexpr int longestIndentation = 1000;
 
 /// Calls the function with every name of a path, until it answers false.
 template <class Visit> void forEachName(std::string_view path, const Visit& visit) {
@@ -88,6 +91,17 @@ private:
 ProjectText::ProjectText(const QByteArray& text) : m_text(text), m_nodes(1), m_index(std::make_unique<Index>(m_nodes)) {
     splitLines();
     readLines(readHeader());
+}
+
+ProjectText::ProjectText(const QString& file) : ProjectText(readInput(file)) {
+    const auto isKnown = [](const Line& line) { return line.key != Key::None; };
+    if (std::any_of(m_lines.begin(), m_lines.end(), isKnown))
+        return;
+    const QByteArray start = m_text.left(longestIndentation).trimmed();
+    const QString hint = start.startsWith('{') ? QStringLiteral("; prm import reads animations (JSON)")
+                         : m_text.isEmpty()    ? QStringLiteral(", it is empty")
+                                               : QString();
+    throw Problem(QStringLiteral("%1: not a project text").arg(inputName(file)) + hint);
 }
 
 ProjectText::~ProjectText() = default;

@@ -36,6 +36,9 @@ public:
     };
 
     explicit ProjectText(const QByteArray& text);
+    /// Reads a file, "-" for standard input. Throws `Problem` when it cannot be read, or is not a project text: no line
+    /// of it belongs to a header, a group or a parameter.
+    explicit ProjectText(const QString& file);
     ~ProjectText();
     ProjectText(const ProjectText&) = delete;
     ProjectText& operator=(const ProjectText&) = delete;

@@ -7,6 +7,8 @@
 #include <QFileInfo>
 
 #include <cstdio>
+#include <cstring>
+#include <utility>
 
 namespace Tool {
 
@@ -29,18 +31,44 @@ QByteArray readAll(QFile& file, const QString& name, qint64 most) {
     return text;
 }
 
+/// A version control system leaves both sides of a conflict in the file, between lines that begin with these. To read
+/// on would mix the sides, and keep the markers.
+void refuseConflictMarkers(const QByteArray& text, const QString& name) {
+    int number = 1;
+    for (int start = text.startsWith("\xEF\xBB\xBF") ? 3 : 0; start < text.size(); ++number) {
+        for (const char* const marker : {"<<<<<<<", "|||||||", "=======", ">>>>>>>"}) {
+            if (std::strncmp(text.constData() + start, marker, std::strlen(marker)) == 0)
+                throw Problem(QStringLiteral("%1:%2: unresolved merge conflict, the line begins with '%3'")
+                                  .arg(name)
+                                  .arg(number)
+                                  .arg(QLatin1String(marker)));
+        }
+        const int feed = text.indexOf('\n', start);
+        start = feed < 0 ? text.size() : feed + 1;
+    }
+}
+
 } // namespace
 
+QString inputName(const QString& file) {
+    return file == QLatin1String("-") ? QStringLiteral("standard input") : file;
+}
+
 QByteArray readInput(const QString& name, qint64 most) {
+    static bool isStandardRead = false;
     const bool isStandard = name == QLatin1String("-");
+    if (isStandard && std::exchange(isStandardRead, true))
+        throw Problem(QStringLiteral("standard input can be read only once"));
     if (name.isEmpty())
-        throw Problem(QStringLiteral("the name of a file is empty"));
+        throw Problem(QStringLiteral("the file name is empty"));
     if (!isStandard && QFileInfo(name).isDir())
         throw Problem(QStringLiteral("%1: is a directory").arg(name));
     QFile file(isStandard ? QString() : name);
     if (!open(file))
         throw Problem(QStringLiteral("%1: %2").arg(name, file.errorString()));
-    return readAll(file, isStandard ? QStringLiteral("standard input") : name, most);
+    QByteArray text = readAll(file, inputName(name), most);
+    refuseConflictMarkers(text, inputName(name));
+    return text;
 }
 
 void print(const QByteArray& text) {

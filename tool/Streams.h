@@ -8,8 +8,11 @@ namespace Tool {
 constexpr qint64 largestInput = qint64(1) << 30;
 
 /// The whole file, or standard input for "-". Throws `Problem` with one line that names the file, also for one that has
-/// more than `most` bytes.
+/// more than `most` bytes, or the markers of a merge conflict.
 QByteArray readInput(const QString& name, qint64 most = largestInput);
+
+/// A file as messages name it.
+QString inputName(const QString& file);
 
 /// Writes to standard output. Throws `Problem` when that does not take it all, such as a pipe that nobody reads.
 void print(const QByteArray& text);

@@ -45,12 +45,40 @@ std::optional<ValueKind> kindOfValues(const ProjectText& text, int node) {
     return kind;
 }
 
-ValueKind settledKind(const QString& name) {
+/// "[abc]" or "[!abc]" at a place of a shell pattern; empty where no bracket closes it.
+QString characterSet(const QString& pattern, int start) {
+    const bool isNegated = pattern.mid(start + 1, 1) == QLatin1String("!");
+    const int first = start + (isNegated ? 2 : 1);
+    const int end = pattern.indexOf(QLatin1Char(']'), first + 1);
+    if (end < 0)
+        return {};
+    const QString members = pattern.mid(first, end - first).replace(QLatin1Char('\\'), QLatin1String("\\\\"));
+    return (isNegated ? QStringLiteral("[^") : QStringLiteral("[")) + members + QLatin1Char(']');
+}
+
+QString regularExpressionOf(const QString& shellPattern) {
+    QString text;
+    for (int i = 0; i < shellPattern.size(); ++i) {
+        const QChar c = shellPattern.at(i);
+        const QString set = c == QLatin1Char('[') ? characterSet(shellPattern, i) : QString();
+        if (c == QLatin1Char('*'))
+            text += QLatin1String(".*");
+        else if (c == QLatin1Char('?'))
+            text += QLatin1Char('.');
+        else
+            text += set.isEmpty() ? QRegExp::escape(c) : set;
+        if (!set.isEmpty())
+            i = shellPattern.indexOf(QLatin1Char(']'), i + (shellPattern.at(i + 1) == QLatin1Char('!') ? 3 : 2));
+    }
+    return text;
+}
+
+std::optional<ValueKind> settledKind(const QString& name) {
     for (const auto& [kind, kindName] : names) {
         if (name == QLatin1String(kindName) && kind != ValueKind::Opaque && kind != ValueKind::NumberOrSwitch)
             return kind;
     }
-    throw WrongUse(QStringLiteral("'%1' is no type: switch, number, point or text").arg(name));
+    return {};
 }
 
 } // namespace
@@ -70,22 +98,25 @@ ValueKind commonKind(ValueKind a, ValueKind b) {
     return isNumeric(a) && isNumeric(b) ? ValueKind::Number : ValueKind::Opaque;
 }
 
+/// Matches what the shell pattern does, and all below that.
 PathPattern::PathPattern(const QString& pattern)
-    : m_pattern(pattern), m_glob(pattern, Qt::CaseSensitive, QRegExp::Wildcard) {}
+    : m_pattern(pattern), m_shellPattern(regularExpressionOf(pattern) + QStringLiteral("(?:\\..*)?")) {}
 
 bool PathPattern::matches(const QString& path) const {
     const bool isBelow =
         path.startsWith(m_pattern) && path.size() > m_pattern.size() && path.at(m_pattern.size()) == QLatin1Char('.');
-    return path == m_pattern || isBelow || m_glob.exactMatch(path);
+    return path == m_pattern || isBelow || m_shellPattern.exactMatch(path);
 }
 
-KindRules::KindRules(const QStringList& rules) {
-    for (const QString& rule : rules) {
-        const int equals = rule.lastIndexOf(QLatin1Char('='));
-        if (equals <= 0)
-            throw WrongUse(QStringLiteral("'%1' is not PATTERN=TYPE").arg(rule));
-        m_rules.emplace_back(PathPattern(rule.left(equals)), settledKind(rule.mid(equals + 1)));
-    }
+void KindRules::add(const QString& rule, const QString& place) {
+    const int equals = rule.lastIndexOf(QLatin1Char('='));
+    const std::optional<ValueKind> kind = settledKind(rule.mid(equals + 1));
+    if (equals <= 0)
+        throw Problem(place + QStringLiteral("'%1' is not PATTERN=TYPE").arg(rule));
+    if (!kind)
+        throw Problem(place +
+                      QStringLiteral("'%1' is not a type (switch, number, point or text)").arg(rule.mid(equals + 1)));
+    m_rules.emplace_back(PathPattern(rule.left(equals)), *kind);
 }
 
 ValueKind KindRules::kindOf(const QString& path, ValueKind guess) const {

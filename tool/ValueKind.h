@@ -33,14 +33,14 @@ public:
 
 private:
     QString m_pattern;
-    QRegExp m_glob;
+    QRegExp m_shellPattern;
 };
 
 /// What the user knows of the kinds, as "PATTERN=switch", "number", "point" or "text". The last that matches counts.
 class KindRules {
 public:
-    /// Throws `WrongUse` for a rule that is none.
-    explicit KindRules(const QStringList& rules);
+    /// Throws `Problem` for a rule that is none, with the place of the rule before the message.
+    void add(const QString& rule, const QString& place);
     /// The kind that is told for a path, otherwise `guess`.
     ValueKind kindOf(const QString& path, ValueKind guess) const;
 

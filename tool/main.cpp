@@ -20,8 +20,10 @@ QString help() {
                                   "Looks into project texts of animated parameters.\n\nCommands:\n");
     for (const Command& command : commands())
         text += QStringLiteral("  %1%2\n").arg(QLatin1String(command.name), -8).arg(QLatin1String(command.purpose));
-    return text + QStringLiteral("\nprm COMMAND --help says more, with an example. '-' is standard input.\n"
-                                 "Exit codes: 0 fine, 1 findings, 2 wrong use or a file that cannot be read.\n");
+    return text +
+           QStringLiteral(
+               "\nprm COMMAND --help says more, with an example. '-' is standard input.\n"
+               "Exit codes: 0 fine, 1 findings, differences or losses, 2 wrong use or a file that cannot be read.\n");
 }
 
 int fail(const QString& message, const QString& hint = {}) {
@@ -46,6 +48,8 @@ int run(const Command& command, const QStringList& words) {
 
 int runFirst(const QStringList& words) {
     const QString name = words.value(0);
+    if (name == QLatin1String("help") && words.size() > 1)
+        return runFirst({words[1], QStringLiteral("--help")});
     if (name == QLatin1String("--help") || name == QLatin1String("-h") || name == QLatin1String("help")) {
         print(help().toUtf8());
         return Fine;

@@ -28,7 +28,7 @@ const QList<QByteArray> cut =
 const std::vector<QByteArray> pieces(cut.begin(), cut.end());
 
 void readEverything(const ProjectText& text) {
-    Kinds kinds(text, KindRules({}));
+    Kinds kinds(text, KindRules());
     Masters masters;
     for (int node = 1; node < static_cast<int>(text.nodes().size()); ++node) {
         RC_ASSERT(text.findNode(text.path(node).toStdString()) == node || text.path(node).contains(QChar(0xFFFD)));

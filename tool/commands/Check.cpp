@@ -4,6 +4,8 @@
 #include "tool/Problem.h"
 #include "tool/Streams.h"
 
+#include <algorithm>
+
 namespace Tool {
 
 namespace {
@@ -16,25 +18,59 @@ QByteArray plain(const QString& file, const std::vector<Finding>& findings) {
     return text.toUtf8();
 }
 
-QByteArray table(const QString& file, const std::vector<Finding>& findings, TableForm form) {
-    Table table({QStringLiteral("file"), QStringLiteral("line"), QStringLiteral("finding")});
-    for (const Finding& finding : findings)
-        table.add({file, finding.line + 1, finding.message});
-    return table.written(form);
-}
+/// Checks file after file; one that cannot be used does not keep the others from being checked.
+class Checking {
+public:
+    explicit Checking(TableForm form) : m_form(form) {}
+
+    void add(const QString& file) {
+        std::vector<Finding> findings;
+        try {
+            findings = findingsIn(ProjectText(file));
+        } catch (const Problem& problem) {
+            tell(QString::fromUtf8(problem.what()));
+            m_exitCode = Unusable;
+            return;
+        }
+        if (!findings.empty())
+            m_exitCode = std::max<int>(m_exitCode, Findings);
+        if (m_form == TableForm::Plain)
+            print(plain(file, findings));
+        else
+            addRows(file, findings);
+    }
+
+    int finish() {
+        if (m_form != TableForm::Plain)
+            print(m_table.written(m_form));
+        return m_exitCode;
+    }
+
+private:
+    void addRows(const QString& file, const std::vector<Finding>& findings) {
+        for (const Finding& finding : findings)
+            m_table.add({file, finding.line + 1, finding.message});
+    }
+
+    TableForm m_form;
+    Table m_table{{QStringLiteral("file"), QStringLiteral("line"), QStringLiteral("finding")}};
+    int m_exitCode = Fine;
+};
 
 } // namespace
 
 int check(Arguments& arguments) {
-    arguments.positional(QStringLiteral("FILE"), QStringLiteral("A project text, - for standard input."))
+    arguments
+        .positional(QStringLiteral("FILE"), QStringLiteral("Project texts, - for standard input."),
+                    QStringLiteral("FILE..."))
         .tableOptions()
         .example(QStringLiteral("prm check project.prm"));
-    if (!arguments.read(1, 1))
+    if (!arguments.read(1, -1))
         return Fine;
-    const TableForm form = arguments.tableForm();
-    const std::vector<Finding> findings = findingsIn(ProjectText(readInput(arguments.file())));
-    print(form == TableForm::Plain ? plain(arguments.file(), findings) : table(arguments.file(), findings, form));
-    return findings.empty() ? Fine : Findings;
+    Checking checking(arguments.tableForm());
+    for (const QString& file : arguments.rest())
+        checking.add(file);
+    return checking.finish();
 }
 
 } // namespace Tool

@@ -35,10 +35,8 @@ int compare(Arguments& arguments) {
         return Fine;
     const TableForm form = arguments.tableForm();
     const QStringList names = arguments.rest();
-    if (names[0] == QLatin1String("-") && names[1] == QLatin1String("-"))
-        throw WrongUse(QStringLiteral("only one of both is standard input"));
-    const ProjectText from(readInput(names[0]));
-    const ProjectText to(readInput(names[1]));
+    const ProjectText from(names[0]);
+    const ProjectText to(names[1]);
     const std::vector<Difference> found = differences(from, to);
     print(form == TableForm::Plain ? plain(found) : table(found, form));
     const QString bytes = found.empty() ? differenceInBytes(from, to) : QString();

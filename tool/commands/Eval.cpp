@@ -5,6 +5,8 @@
 #include "tool/Project.h"
 #include "tool/Streams.h"
 
+#include <algorithm>
+
 namespace Tool {
 
 namespace {
@@ -15,9 +17,9 @@ QVector<Prm::Time> timesOf(const Arguments& arguments) {
     const QString frames = QStringLiteral("frames");
     const QString file = QStringLiteral("times-from");
     if (arguments.has(frames) == arguments.has(file))
-        throw WrongUse(QStringLiteral("either --frames or --times-from"));
+        throw WrongUse(QStringLiteral("one of --frames and --times-from is needed"));
     const QVector<Prm::Time> times =
-        arguments.has(frames) ? readFrames(arguments.value(frames)) : readTimesFile(readInput(arguments.value(file)));
+        arguments.has(frames) ? readFrames(arguments.value(frames)) : readTimesFile(arguments.value(file));
     return times;
 }
 
@@ -31,7 +33,7 @@ QVector<QVariant> column(Project& project, int node, const QVector<Prm::Time>& t
     const BuiltParameter built = project.shown(node);
     const QString path = project.text().path(node);
     if (built.kind() == ValueKind::Opaque)
-        tell(QStringLiteral("%1: not evaluated, its values are of no known type").arg(path));
+        tell(QStringLiteral("%1: cannot be evaluated, its values are of no known type").arg(path));
     if (built.kind() == ValueKind::NumberOrSwitch)
         tell(QStringLiteral("%1: number or switch, read as a number; --type %1=switch settles it").arg(path));
     return built.sample(times, view);
@@ -74,7 +76,8 @@ int evaluate(Arguments& arguments) {
         table.add(row);
     }
     print(table.written(form));
-    return Fine;
+    const auto isOpaque = [&](int node) { return project.kindOf(node) == ValueKind::Opaque; };
+    return std::any_of(nodes.begin(), nodes.end(), isOpaque) ? Findings : Fine;
 }
 
 } // namespace Tool

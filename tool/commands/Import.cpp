@@ -80,7 +80,7 @@ int importAnimation(Arguments& arguments) {
     QTextStream stream(&summary);
     result.report.summarise(stream);
     report(summary.trimmed());
-    return Fine;
+    return result.report.hasLosses() ? Findings : Fine;
 }
 
 } // namespace Tool

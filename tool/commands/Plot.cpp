@@ -40,7 +40,7 @@ std::vector<Prm::View> viewsOf(const Arguments& arguments) {
     const QString view = QStringLiteral("view");
     const bool areAll = arguments.has(QStringLiteral("all-views"));
     if (areAll && arguments.has(view))
-        throw WrongUse(QStringLiteral("either --view or --all-views"));
+        throw WrongUse(QStringLiteral("--view and --all-views exclude each other"));
     std::vector<Prm::View> views;
     for (const QString& text : arguments.values(view)) {
         const Prm::View wanted = readView(text);

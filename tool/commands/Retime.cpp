@@ -15,7 +15,7 @@ const QString to = QStringLiteral("to");
 
 Prm::Retiming retimingOf(const Arguments& arguments) {
     if (arguments.has(shift) == arguments.has(scale))
-        throw WrongUse(QStringLiteral("either --shift or --scale"));
+        throw WrongUse(QStringLiteral("one of --shift and --scale is needed"));
     if (arguments.has(shift) && arguments.has(pivot))
         throw WrongUse(QStringLiteral("--pivot belongs to --scale"));
     const Prm::Time fixed = arguments.has(pivot) ? timeOption(arguments, pivot) : Prm::Time::fromInt(0);
@@ -39,7 +39,7 @@ void checkPossible(const EditedParameter& edited, const Prm::Retiming& retiming)
         for (unsigned int i = 0; i < parameter.keyframeCount(view); ++i) {
             const Prm::Time time = parameter.keyframeTime(i, view).time;
             if (retiming.concerns(time) && !isFrame(retiming(time)))
-                throw Problem(QStringLiteral("%1: no frame is so far away as %2 would go")
+                throw Problem(QStringLiteral("%1: frame %2 would move out of range")
                                   .arg(edited.path, plainText(time.toDouble())));
         }
     }

@@ -50,7 +50,7 @@ int setValue(Arguments& arguments) {
     if (!arguments.read(3, 3))
         return Fine;
     if (arguments.has(at) && arguments.has(fixed))
-        throw WrongUse(QStringLiteral("either --at or --static"));
+        throw WrongUse(QStringLiteral("--at and --static exclude each other"));
     const Prm::Time time = arguments.has(at) ? timeOption(arguments, at) : Prm::Time(Prm::Time::INVALID);
     const Prm::View wanted = arguments.has(view) ? readView(arguments.value(view)) : Prm::View();
     return editProject(arguments, {arguments.rest().at(1)}, [&](const EditedParameter& edited) {

@@ -35,7 +35,7 @@ int split(Arguments& arguments) {
     const Prm::View view = readView(arguments.value(viewName));
     const double offset = arguments.has(offsetName) ? numberOption(arguments, offsetName) : 0;
     return editProject(arguments, arguments.patterns(), [&](const EditedParameter& edited) {
-        if (edited.parameter().hasViewData(view))
+        if (edited.parameter().viewList().empty() || edited.parameter().hasViewData(view))
             return;
         Prm::ParameterSplitViewEdit(edited.parameter(), view).doIt();
         if (offset != 0)

@@ -55,7 +55,7 @@ void changeHeader(const ProjectText& text, LineChanges& changes) {
         changes[i] = first < 0 ? header : std::vector<QByteArray>();
         first = first < 0 ? i : first;
     }
-    if (first >= 0 || text.lineCount() == 0)
+    if (first >= 0)
         return;
     std::vector<QByteArray>& lines = changes[0];
     if (lines.empty())

@@ -21,32 +21,27 @@ template <class T> QString writtenAs(const T& value) {
     return text;
 }
 
-double numberFrom(const QString& text, const QString& path) {
+/// The format holds infinite values and such as are no number, but no curve goes through them.
+double finiteFrom(const QString& text, const QString& path) {
     bool isNumber = false;
     const double number = text.toDouble(&isNumber);
-    if (!isNumber)
-        throw Problem(QStringLiteral("%1: '%2' is no number").arg(path, text));
-    return number;
-}
-
-/// A value that somebody asks for. The format holds others, but no curve goes through them.
-double finiteFrom(const QString& text, const QString& path) {
-    const double number = numberFrom(text, path);
-    if (!std::isfinite(number))
-        throw Problem(QStringLiteral("%1: '%2' is no finite number").arg(path, text));
+    if (std::isinf(number))
+        throw Problem(QStringLiteral("%1: '%2' is too large").arg(path, text));
+    if (!isNumber || std::isnan(number))
+        throw Problem(QStringLiteral("%1: '%2' is not a number").arg(path, text));
     return number;
 }
 
 QPointF pointFrom(const QString& text, const QString& path) {
     const QStringList parts = text.simplified().split(QLatin1Char(' '));
     if (parts.size() != 2)
-        throw Problem(QStringLiteral("%1: '%2' is no point, two numbers").arg(path, text));
+        throw Problem(QStringLiteral("%1: '%2' is not a point (two numbers)").arg(path, text));
     return {finiteFrom(parts[0], path), finiteFrom(parts[1], path)};
 }
 
 bool switchFrom(const QString& text, const QString& path) {
     if (text != QLatin1String("0") && text != QLatin1String("1"))
-        throw Problem(QStringLiteral("%1: '%2' is no switch, 0 or 1").arg(path, text));
+        throw Problem(QStringLiteral("%1: '%2' is not a switch (0 or 1)").arg(path, text));
     return text == QLatin1String("1");
 }
 
@@ -64,7 +59,7 @@ QString valueText(const QString& text, const QString& path, ValueKind kind) {
     case ValueKind::Opaque:
         break;
     }
-    throw Problem(QStringLiteral("%1: its values are of no known type; --type settles that").arg(path));
+    throw Problem(QStringLiteral("%1: its values are of no known type, so none can be set").arg(path));
 }
 
 bool hasKeyframe(const WrittenState::ViewData& data, double time) {
@@ -109,7 +104,10 @@ WrittenValue EditedParameter::value(const QString& text) const {
 WrittenValue EditedParameter::sum(const WrittenValue& value, double offset) const {
     if (kind != ValueKind::Number && kind != ValueKind::NumberOrSwitch)
         throw Problem(QStringLiteral("%1: only numbers have an offset").arg(path));
-    return {writtenAs(numberFrom(value.text.trimmed(), path) + offset), value.line};
+    const double number = finiteFrom(value.text.trimmed(), path) + offset;
+    if (!std::isfinite(number))
+        throw Problem(QStringLiteral("%1: %2 with that offset is too large").arg(path, value.text.trimmed()));
+    return {writtenAs(number), value.line};
 }
 
 void EditedParameter::setValue(const WrittenValue& value, const Prm::Context& context) const {
@@ -126,9 +124,9 @@ void declareOutput(Arguments& arguments) {
 QString outputOf(const Arguments& arguments) {
     const bool isInPlace = arguments.has(inPlace);
     if (isInPlace == arguments.has(output))
-        throw WrongUse(QStringLiteral("either -o or --in-place"));
+        throw WrongUse(QStringLiteral("one of -o and --in-place is needed"));
     if (isInPlace && arguments.file() == QLatin1String("-"))
-        throw WrongUse(QStringLiteral("standard input has no place to write to"));
+        throw WrongUse(QStringLiteral("--in-place needs a file, not standard input"));
     return isInPlace ? arguments.file() : arguments.value(output);
 }
 
@@ -147,7 +145,7 @@ bool isFrame(Prm::Time time) {
 Prm::Time timeOption(const Arguments& arguments, const QString& option) {
     const Prm::Time time = Prm::Time::fromDouble(numberOption(arguments, option));
     if (!isFrame(time))
-        throw WrongUse(QStringLiteral("'%1' is no frame").arg(arguments.value(option)));
+        throw WrongUse(QStringLiteral("'%1' is not a frame").arg(arguments.value(option)));
     return time;
 }
 

@@ -391,7 +391,7 @@ LineChanges allLines(const ProjectText& text, int node, const WrittenState& befo
     Patch patch(text, node, version, before, edited);
     LineChanges changes = patch.allAnew();
     if (!patch.isRightWith(changes))
-        throw Problem(QStringLiteral("%1: cannot be written without loss, as by frames that are written alike")
+        throw Problem(QStringLiteral("%1: project text cannot hold the result, times are written with six digits")
                           .arg(text.path(node)));
     return changes;
 }

@@ -31,6 +31,11 @@ int ImportReport::settingsLeftOut() const {
         std::count_if(m_entries.begin(), m_entries.end(), [](const ImportEntry& entry) { return entry.isSetting; }));
 }
 
+bool ImportReport::hasLosses() const {
+    return std::any_of(m_entries.begin(), m_entries.end(),
+                       [](const ImportEntry& entry) { return entry.outcome != ImportEntry::Held && !entry.isSetting; });
+}
+
 void ImportReport::addShiftedTimes(int keyframes, double greatestShift) {
     ++m_shiftedProperties;
     m_shiftedKeyframes += keyframes;

@@ -28,6 +28,8 @@ public:
     const QVector<ImportEntry>& entries() const { return m_entries; }
     int count(ImportEntry::Outcome outcome) const;
     int settingsLeftOut() const;
+    /// Whether anything that animates, or could, is not held as it is.
+    bool hasLosses() const;
 
     /// Times that project text writes differently, with six digits.
     void addShiftedTimes(int keyframes, double greatestShift);
