@@ -25,6 +25,7 @@ class ProjectFileVersion;
 
 namespace detail {
 class Invariants;
+class State;
 } // namespace detail
 
 /// What every kind of parameter is, animated or not: a named value that can be read and written as a `QVariant`, sent
@@ -79,6 +80,7 @@ protected:
 private:
     friend class ParameterSet;
     friend class detail::Invariants;
+    friend class detail::State;
 
     ParameterSet* m_parentSet;
     bool isListedIn(const ParameterSet* set) const;

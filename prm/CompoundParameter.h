@@ -37,7 +37,7 @@ public:
     ~CompoundParameter() override;
 
     /// Whether the subparameters are keyed together.
-    bool keyframeTogether() const { return m_keyframeTogether; }
+    bool keyframeTogether() const override { return m_keyframeTogether; }
     QList<ParameterWithoutType*> subparameters() const;
     /// Switches all notifications of every subparameter.
     void subparametersNotification(bool on);
@@ -85,6 +85,7 @@ public:
     void vDeleteAllKeyframes(const View& view) override;
     void vReset(const Context& context) override;
     void adjustKeyframesTime(const boost::function<Time(Time)>& mapping) override;
+    void retimeKeyframes(const boost::function<Time(Time)>& mapping) override;
     void vSetExtrapolationBefore(Extrapolation kind) override;
     void vSetExtrapolationAfter(Extrapolation kind) override;
     void vSetDefaultInterpolation(Interpolation kind) override;
@@ -153,7 +154,7 @@ public:
 
     /// The subparameters' snapshots, put back by position. A snapshot of another kind, or none, changes nothing.
     boost::shared_ptr<Bsc::MementoBase> exportState() const override;
-    boost::shared_ptr<Bsc::MementoBase> exportStateAround(const std::vector<Context>& places) const override;
+    boost::shared_ptr<Bsc::MementoBase> exportStateAround(const detail::Places& places) const override;
     void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override;
 
 public Q_SLOTS:
@@ -163,6 +164,7 @@ public Q_SLOTS:
 private:
     friend class detail::Invariants;
     class MementoImpl;
+    class StateOfParts;
     class CompoundKeyframe;
     class InWalk;
     class SwitchedOff;

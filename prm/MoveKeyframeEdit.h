@@ -31,12 +31,13 @@ public:
                                 Bsc::CompositeCommand& command);
     static void doAppendToCommand(ParameterWithoutType* parameter, const Frame& from, const Frame& to,
                                   Bsc::CompositeCommand& command);
-    /// The same for every parameter of the set and its subsets.
+    /// The same for every parameter of the set and its subsets. A set that is a compound moves as one parameter.
     static void appendToCommand(ParameterSet& set, const Frame& from, const Frame& to, Bsc::CompositeCommand& command);
 
 protected:
-    bool applies() const override;
-    bool apply() override;
+    bool applies() override;
+    void apply() override;
+    detail::Places places() const override;
 
 private:
     Context m_from;

@@ -70,7 +70,7 @@ public:
     /// A keyframe for copy and paste (`prm/parameter/TypedSerialisedKeyframe.hpp`).
     class TypedSerialisedKeyframe;
     class ParameterMemento;
-    class StretchesMemento;
+    class StateAround;
 
     Parameter();
     /// The default value fills the template; no view gets data.
@@ -224,9 +224,11 @@ public:
     void writeStaticValue(QTextStream& stream, const QString& prefix, const View& view) const;
 
     quint64 keyframeRevision() const override { return m_revision; }
-    /// Of a list of more than 64 keyframes the static value of the view, and the keyframes from the one before each
-    /// place to the one behind it; of a shorter one, and for classes of a host's own, the whole state.
-    boost::shared_ptr<Bsc::MementoBase> exportStateAround(const std::vector<Context>& places) const override;
+    /// Of a parameter with more than 64 keyframes and views: whether the views of these places have data, their static
+    /// values, the keyframes from the one before each place to the one after it, and the settings. Of a smaller one, and
+    /// for a class whose `exportState` takes something else, the whole state.
+    boost::shared_ptr<Bsc::MementoBase> exportStateAround(const detail::Places& places) const override;
+    void retimeKeyframes(const boost::function<Time(Time)>& mapping) override;
 
     /// The static value that the view reads.
     T staticValue(const View& view) const;
@@ -301,6 +303,9 @@ private:
     void storeKeyframe(const T& value, const Context& context, const IType& itype);
     bool giveViewData(const View& view, const PVData& contents);
     void takeKeyframeData(const Parameter& source, bool withSettings);
+    struct Settings;
+    Settings settings() const;
+    void takeSettings(const Settings& settings);
     void checkVariantAccess(const Context& context) const;
 
     KeyframeVector keyframesToWrite(const View& view) const;

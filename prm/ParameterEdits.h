@@ -1,17 +1,19 @@
 #pragma once
 
 #include "host/bsc/Command.h"
-#include "host/bsc/MementoBase.h"
 #include "prm/Context.h"
 #include "prm/Export.h"
 #include "prm/Interpolation.h"
 #include "prm/ParameterWithoutType.h"
+#include "prm/track/Place.h"
 
 #include <QPointer>
 #include <QString>
+#include <QStringList>
 #include <QVariant>
 #include <boost/shared_ptr.hpp>
 
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -23,6 +25,12 @@ namespace Prm {
 
 class CompoundParameter;
 class ParameterSet;
+class SerialisedKeyframe;
+
+namespace detail {
+class RetimingPlan;
+class State;
+} // namespace detail
 
 /// A change of one parameter that can be done, undone, and done again. Edits know only the untyped interface, so they
 /// serve every kind of parameter, compounds as well.
@@ -53,13 +61,17 @@ private:
     QString m_scriptName;
 };
 
-/// An edit that takes a snapshot of the parameter each time it is done and gives it back when it is undone, which sends
-/// PARAMETER_ASSIGNED; `isImporting()` is true meanwhile. When doing it has changed nothing, no snapshot is left and
+/// An edit that takes the state of what it concerns each time it is done and puts it back when it is undone, which sends
+/// PARAMETER_ASSIGNED; `isImporting()` is true meanwhile. When doing it has changed nothing, no state is kept and
 /// undoing does nothing.
 ///
-/// The snapshot is of the whole parameter, except where the edit concerns keyframes at known times of a list of more
-/// than 64: then it is of these and their neighbours. What else has been changed meanwhile, by other means than edits
-/// that are undone before, undoing takes back in the first case and leaves alone in the second.
+/// An edit of a part whose compound is keyed together concerns all parts: doing it may give them keyframes or delete
+/// theirs. Those that have changed are put back, too.
+///
+/// The state is of the whole parameter while that has at most 64 keyframes and views. Of a larger one it is the settings
+/// and the views that the edit concerns: their static values, and the keyframes from the one before each edited time to
+/// the one after it. What has been changed meanwhile by other means than edits that are undone before, undoing takes
+/// back in the first case and leaves alone in the second.
 ///
 /// \snippet every_edit.cpp keyframes
 class PRM_EXPORT ParameterSnapshotEdit : public ParameterEdit {
@@ -71,18 +83,19 @@ public:
 protected:
     explicit ParameterSnapshotEdit(BasicParameter* edited);
 
-    /// Whether there is anything to do. Called with a living parameter, before the snapshot is taken.
-    virtual bool applies() const = 0;
-    /// Does it, and answers whether anything has changed. Observers may destroy the parameter.
-    virtual bool apply() = 0;
-    /// Where alone in an animated parameter `apply` changes keyframes, all in one view; beside them only the static
-    /// value of that view. Empty, as here, where that is not known.
-    virtual std::vector<Context> places() const;
+    /// Whether there is anything to do. Called with a living parameter, before the state is taken.
+    virtual bool applies() = 0;
+    /// Does it. Observers may destroy the parameter.
+    virtual void apply() = 0;
+    /// Where alone in an animated parameter `apply` changes anything. Empty, as here, where that is not known.
+    virtual detail::Places places() const;
+    /// Of a living parameter; here around the places.
+    virtual detail::State takeState() const;
+    /// Whether the state can be put back now. True here.
+    virtual bool mayUndo(const detail::State& former) const;
 
 private:
-    boost::shared_ptr<Bsc::MementoBase> takeSnapshot() const;
-
-    boost::shared_ptr<Bsc::MementoBase> m_snapshot;
+    std::unique_ptr<const detail::State> m_former;
 };
 
 /// Adds a keyframe with the value that the parameter has there. Nothing where there is one already, or for a parameter
@@ -99,9 +112,9 @@ public:
                                                   const AnimationState& state, Bsc::CompositeCommand& command);
 
 protected:
-    bool applies() const override;
-    bool apply() override;
-    std::vector<Context> places() const override;
+    bool applies() override;
+    void apply() override;
+    detail::Places places() const override;
 
 private:
     Context m_context;
@@ -120,9 +133,9 @@ public:
                                                   const AnimationState& state, Bsc::CompositeCommand& command);
 
 protected:
-    bool applies() const override;
-    bool apply() override;
-    std::vector<Context> places() const override;
+    bool applies() override;
+    void apply() override;
+    detail::Places places() const override;
 
 private:
     Context::Explicit m_context;
@@ -136,8 +149,9 @@ public:
     ParameterDeleteAllKeysEdit(ParameterWithoutType& parameter, const View& view);
 
 protected:
-    bool applies() const override;
-    bool apply() override;
+    bool applies() override;
+    void apply() override;
+    detail::Places places() const override;
 
 private:
     View m_view;
@@ -151,9 +165,9 @@ public:
     ParameterInterpolationEdit(ParameterWithoutType& parameter, Interpolation kind, const Context& context);
 
 protected:
-    bool applies() const override;
-    bool apply() override;
-    std::vector<Context> places() const override;
+    bool applies() override;
+    void apply() override;
+    detail::Places places() const override;
 
 private:
     Interpolation m_kind;
@@ -169,12 +183,12 @@ public:
                                    const View& view);
 
 protected:
-    bool applies() const override;
-    bool apply() override;
-    std::vector<Context> places() const override;
+    bool applies() override;
+    void apply() override;
+    detail::Places places() const override;
 
 private:
-    View writtenView() const;
+    Context keyframe() const;
 
     IType m_data;
     unsigned int m_index;
@@ -190,11 +204,13 @@ public:
     ParameterSetValueEdit(ParameterWithoutType& parameter, const QVariant& value, const Context& context);
 
 protected:
-    bool applies() const override;
-    bool apply() override;
-    std::vector<Context> places() const override;
+    bool applies() override;
+    void apply() override;
+    detail::Places places() const override;
 
 private:
+    Context written() const;
+
     QVariant m_value;
     Context m_context;
 };
@@ -207,11 +223,13 @@ public:
     ParameterSetStaticValueEdit(BasicParameter& parameter, const QVariant& value, const View& view = View());
 
 protected:
-    bool applies() const override;
-    bool apply() override;
-    std::vector<Context> places() const override;
+    bool applies() override;
+    void apply() override;
+    detail::Places places() const override;
 
 private:
+    View written() const;
+
     QVariant m_value;
     View m_view;
 };
@@ -224,9 +242,9 @@ public:
     ParameterResetEdit(ParameterWithoutType& parameter, const Context& context);
 
 protected:
-    bool applies() const override;
-    bool apply() override;
-    std::vector<Context> places() const override;
+    bool applies() override;
+    void apply() override;
+    detail::Places places() const override;
 
 private:
     Context m_context;
@@ -240,8 +258,9 @@ public:
     ParameterSplitViewEdit(ParameterWithoutType& parameter, const View& view);
 
 protected:
-    bool applies() const override;
-    bool apply() override;
+    bool applies() override;
+    void apply() override;
+    detail::Places places() const override;
 
 private:
     View m_view;
@@ -255,8 +274,9 @@ public:
     ParameterDeleteViewEdit(ParameterWithoutType& parameter, const View& view);
 
 protected:
-    bool applies() const override;
-    bool apply() override;
+    bool applies() override;
+    void apply() override;
+    detail::Places places() const override;
 
 private:
     View m_view;
@@ -278,8 +298,10 @@ struct PRM_EXPORT Retiming {
     /// Whether the scale is above 0, and all numbers are finite. Another retiming does nothing.
     bool isUsable() const;
     bool concerns(Time time) const { return time >= first && time <= last; }
-    /// Where a keyframe goes that is at this time.
+    /// Where a keyframe of the range goes that is at this time.
     Time operator()(Time time) const;
+    /// The same of any keyframe: one outside the range stays.
+    Time moved(Time time) const;
 
     Time first;
     Time last;
@@ -288,18 +310,23 @@ struct PRM_EXPORT Retiming {
     double shift = 0.0;
 };
 
-/// Moves a range of keyframes, in every view with data of its own. Curves keep their shape.
+/// Moves a range of keyframes, in every view with data of its own; of a compound those of each part. Curves keep their
+/// shape.
 ///
 /// The moved keyframes keep their order. One that comes to the time of a keyframe that stays takes its place; of
 /// several that come to the same time the last one is left. When any of them would come to a time that is none, nothing
-/// is moved. Sends one KEYFRAME_MOVED for each view as long as no keyframe is passed or replaced, else the changes of
-/// the single additions and removals.
+/// is moved. Sends, once all are moved, one KEYFRAME_MOVED for each view as long as no keyframe is passed or replaced,
+/// else KEYFRAME_REMOVED from the last position on, then KEYFRAME_ADDED from the first one on, and for a keyframe that
+/// was replaced KEYFRAME_CHANGED_VALUE and KEYFRAME_CHANGED_INTERPOLATION. A compound sends these with positions in its
+/// list of keyframes; each of its parts that has changed sends PARAMETER_ASSIGNED.
 ///
 /// \snippet every_edit.cpp times
 class PRM_EXPORT ParameterRetimeEdit : public ParameterSnapshotEdit {
 public:
     ParameterRetimeEdit(ParameterWithoutType& parameter, const Retiming& retiming);
-    /// Appends one edit, also for a compound; the last form one for each parameter of the set and its subsets.
+    ~ParameterRetimeEdit() override;
+    /// Appends one edit, also for a compound; the last form one for each parameter of the set and its subsets. A set that
+    /// is a compound is retimed as one parameter.
     static Bsc::CompositeCommand& appendToCommand(ParameterWithoutType& parameter, const Retiming& retiming,
                                                   Bsc::CompositeCommand& command);
     static Bsc::CompositeCommand& appendToCommand(CompoundParameter& parameter, const Retiming& retiming,
@@ -308,15 +335,21 @@ public:
                                                   Bsc::CompositeCommand& command);
 
 protected:
-    bool applies() const override;
-    bool apply() override;
+    bool applies() override;
+    void apply() override;
+    detail::Places places() const override;
 
 private:
     Retiming m_retiming;
+    std::unique_ptr<const detail::RetimingPlan> m_plan;
 };
 
 /// Pastes keyframes from text, one a line as `textOf` gives them. A keyframe that is at one of their times already is
 /// replaced. Doing it throws `std::runtime_error` for a line that is no keyframe, before anything changes.
+///
+/// Times and shapes are taken exactly as the text has them. What is pasted from `textOf` is what was copied, digit for
+/// digit. Lines of project text have six digits; then two keyframes that were close to each other may stand at one time,
+/// of which the last is left: `losses` says so before.
 ///
 /// \snippet every_edit.cpp times
 class PRM_EXPORT ParameterPasteKeyframesEdit : public ParameterSnapshotEdit {
@@ -325,17 +358,24 @@ public:
     /// that view; otherwise each goes into the one that its line names.
     ParameterPasteKeyframesEdit(ParameterWithoutType& parameter, const QString& text, Time at = Time(Time::INVALID),
                                 const View& view = View(View::INVALID()));
-    /// The keyframes of a view from `first` to `last`, both included.
+    /// A sentence on each keyframe of the text that would be lost, because a later line has the same time and view.
+    /// Throws as doing it.
+    QStringList losses() const;
+    /// The keyframes of a view from `first` to `last`, both included, in lines of project text whose numbers have all
+    /// digits that they need.
     static QString textOf(const ParameterWithoutType& parameter, const View& view, Time first, Time last);
 
 protected:
-    bool applies() const override;
-    bool apply() override;
+    bool applies() override;
+    void apply() override;
+    detail::Places places() const override;
 
 private:
     QString m_text;
     Time m_at;
     View m_view;
+    /// Those of the text, between the two steps of doing it.
+    std::vector<boost::shared_ptr<SerialisedKeyframe>> m_wanted;
 };
 
 /// An edit of one setting, given back through the same mutator, so that observers hear both ways. Where the parameter
@@ -361,7 +401,7 @@ private:
 
     quint32 m_wanted;
     std::optional<quint32> m_former;
-    boost::shared_ptr<Bsc::MementoBase> m_snapshot;
+    std::unique_ptr<const detail::State> m_state;
 };
 
 /// Gives a parameter another extrapolation before its first keyframe; nothing on one that is not keyframed.
@@ -416,57 +456,37 @@ protected:
     void set(ParameterWithoutType& parameter, quint32 setting) const override;
 };
 
-namespace detail {
-
-/// Whose animation a parameter shows, and its place among those that show the same; and the master that it waits for.
-class PRM_EXPORT MasterLink {
-public:
-    MasterLink() = default;
-    explicit MasterLink(const ParameterWithoutType& constrained);
-
-    ParameterWithoutType* master() const { return m_master.data(); }
-    /// Ties the parameter as it was tied, or to nobody when that master has died. Tells nobody.
-    void restore(ParameterWithoutType& constrained) const;
-
-private:
-    QPointer<ParameterWithoutType> m_master;
-    int m_position = 0;
-    QString m_pending;
-};
-
-} // namespace detail
-
 /// Makes one parameter the master of another, which is the one that is edited: undoing gives that one its own data and
-/// its former master back.
+/// its former master back. Without a master where the former one has died, or, with a warning, where it has come to show
+/// the animation of the edited parameter.
 ///
 /// \snippet every_edit.cpp links
-class PRM_EXPORT ParameterAddConstrainedParameterEdit : public ParameterEdit {
+class PRM_EXPORT ParameterAddConstrainedParameterEdit : public ParameterSnapshotEdit {
 public:
     ParameterAddConstrainedParameterEdit(ParameterWithoutType& master, ParameterWithoutType& constrained);
-    void doIt() override;
-    void undoIt() override;
+
+protected:
+    bool applies() override;
+    void apply() override;
+    detail::State takeState() const override;
 
 private:
     QPointer<ParameterWithoutType> m_master;
-    detail::MasterLink m_former;
-    boost::shared_ptr<Bsc::MementoBase> m_snapshot;
 };
 
 /// Frees a parameter from its master, with a copy of the master's keyframes. Undoing does nothing when the master has
-/// died meanwhile.
+/// died meanwhile; nor, with a warning, when it has come to show the animation of the freed parameter.
 ///
 /// \snippet every_edit.cpp links
-class PRM_EXPORT ParameterWithoutTypeUnconstrainEdit : public ParameterEdit {
+class PRM_EXPORT ParameterWithoutTypeUnconstrainEdit : public ParameterSnapshotEdit {
 public:
     explicit ParameterWithoutTypeUnconstrainEdit(ParameterWithoutType& constrained);
-    void doIt() override;
-    void undoIt() override;
 
-private:
-    void putBack(ParameterWithoutType& constrained) const;
-
-    detail::MasterLink m_former;
-    boost::shared_ptr<Bsc::MementoBase> m_snapshot;
+protected:
+    bool applies() override;
+    void apply() override;
+    detail::State takeState() const override;
+    bool mayUndo(const detail::State& former) const override;
 };
 
 } // namespace Prm

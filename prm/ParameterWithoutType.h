@@ -6,6 +6,7 @@
 #include "prm/Export.h"
 #include "prm/Interpolation.h"
 #include "prm/ParameterChange.h"
+#include "prm/track/Place.h"
 
 #include <QList>
 #include <QMap>
@@ -162,9 +163,15 @@ public:
     /// Another number whenever the times of keyframes, or the views that have some, may have changed; no two parameters
     /// ever have the same one. 0 for kinds that do not count, as here.
     virtual quint64 keyframeRevision() const;
-    /// A snapshot of at least what edits of the keyframes at these places, all in one view, can change; so that its
-    /// cost need not grow with their number. The whole state here.
-    virtual boost::shared_ptr<Bsc::MementoBase> exportStateAround(const std::vector<Context>& places) const;
+    /// A snapshot of at least what edits at these places can change, so that its cost need not grow with the number of
+    /// keyframes and views; of the whole state for no places. Here always the whole state, as `exportState` takes it.
+    virtual boost::shared_ptr<Bsc::MementoBase> exportStateAround(const detail::Places& places) const;
+    /// Whether a keyframe that one part gains or loses, all parts gain or lose. False for what has no parts.
+    virtual bool keyframeTogether() const;
+    /// As `adjustKeyframesTime`, with a mapping of any kind: keyframes may pass each other. One that is moved to the
+    /// time of one that stays takes its place; of several that are moved to one time the last is left. Sends nothing.
+    /// Here the mapping must be strictly increasing.
+    virtual void retimeKeyframes(const boost::function<Time(Time)>& mapping);
 
 private:
     friend class ParameterSet;
@@ -289,7 +296,22 @@ protected:
     void announceDeletion() noexcept;
 
     enum class NamePrefix { Copy, Keep };
-    /// Locked, hidden, extra name and, if asked for, name prefix: what snapshots carry of the untyped part.
+    /// What snapshots carry of the untyped part.
+    struct OwnAttributes {
+        bool locked;
+        bool hidden;
+        QString extraName;
+        QString namePrefix;
+
+        friend bool operator==(const OwnAttributes& a, const OwnAttributes& b) {
+            return a.locked == b.locked && a.hidden == b.hidden && a.extraName == b.extraName &&
+                   a.namePrefix == b.namePrefix;
+        }
+    };
+    OwnAttributes ownAttributes() const { return {m_locked, m_hidden, extraName(), m_namePrefix}; }
+    /// Sends nothing.
+    void takeOwnAttributes(const OwnAttributes& attributes);
+    /// The same from another parameter, the name prefix only if asked for.
     void copyOwnAttributes(const ParameterWithoutType& other, NamePrefix prefix);
 
     // The lines that every animatable parameter has in project text: appended if they apply, read if it is theirs.

@@ -22,6 +22,8 @@ public:
     virtual void setFromString(const QString& text) = 0;
     /// Whether the other is of the same kind and exactly like this one in place, value and interpolation. False here.
     virtual bool equals(const SerialisedKeyframe& other) const;
+    /// As `toString`, with all digits that its numbers need. The same as `toString` here.
+    virtual QString toExactString() const;
 
 protected:
     SerialisedKeyframe() = default;

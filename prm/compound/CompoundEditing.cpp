@@ -4,7 +4,7 @@
 #include "prm/AnimationState.h"
 #include "prm/ParameterEdits.h"
 #include "prm/compound/CompoundWalk.hpp"
-#include "prm/untyped/StateAt.h"
+#include "prm/edits/KeyframeMoves.h"
 
 #include <algorithm>
 #include <utility>
@@ -151,6 +151,11 @@ void CompoundParameter::vReset(const Context& context) {
 void CompoundParameter::adjustKeyframesTime(const boost::function<Time(Time)>& mapping) {
     const boost::function<Time(Time)> map = mapping;
     forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t) { parameter.adjustKeyframesTime(map); });
+}
+
+void CompoundParameter::retimeKeyframes(const boost::function<Time(Time)>& mapping) {
+    const boost::function<Time(Time)> map = mapping;
+    forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t) { parameter.retimeKeyframes(map); });
 }
 
 void CompoundParameter::vSetExtrapolationBefore(Extrapolation kind) {

@@ -3,10 +3,10 @@
 #include "prm/AnimationState.h"
 #include "prm/SerialisedKeyframe.h"
 #include "prm/compound/CompoundWalk.hpp"
-#include "prm/text/LineParts.h"
+#include "prm/edits/KeyframeMoves.h"
 #include "prm/track/KeyframeRevision.h"
 #include "prm/track/KeyframeSearch.h"
-#include "prm/untyped/StateAt.h"
+#include "prm/text/LineParts.h"
 
 #include <QStringList>
 #include <boost/make_shared.hpp>
@@ -276,14 +276,8 @@ public:
         }
     }
 
-    QString toString() const override {
-        QStringList lines;
-        for (const Part& part : parts) {
-            if (part.keyframe)
-                lines += detail::lineStart(QString(), part.name, true) + part.keyframe->toString();
-        }
-        return lines.join(QLatin1Char('\n'));
-    }
+    QString toString() const override { return written(&SerialisedKeyframe::toString); }
+    QString toExactString() const override { return written(&SerialisedKeyframe::toExactString); }
 
     void setFromString(const QString& text) override {
         std::vector<Part> read = parts;
@@ -316,6 +310,15 @@ public:
     std::vector<Part> parts;
 
 private:
+    QString written(QString (SerialisedKeyframe::*text)() const) const {
+        QStringList lines;
+        for (const Part& part : parts) {
+            if (part.keyframe)
+                lines += detail::lineStart(QString(), part.name, true) + (part.keyframe.get()->*text)();
+        }
+        return lines.join(QLatin1Char('\n'));
+    }
+
     /// A view before the name is that of the whole, as other keyframes have it.
     static void readLine(const QString& line, std::vector<Part>& read) {
         QString whole = line;

@@ -3,14 +3,9 @@
 #include "prm/Parameter.h"
 #include "prm/compound/CompoundWalk.hpp"
 #include "prm/text/LineParts.h"
-#include "prm/untyped/PartialSnapshot.h"
 
 #include <QDebug>
 #include <QMetaType>
-#include <boost/make_shared.hpp>
-
-#include <algorithm>
-#include <typeinfo>
 
 namespace Prm {
 
@@ -28,20 +23,6 @@ struct MetaTypes {
 const MetaTypes metaTypes;
 
 } // namespace
-
-/// One snapshot for each subparameter, by position.
-class CompoundParameter::MementoImpl : public detail::PartialSnapshot {
-public:
-    boost::shared_ptr<Bsc::MementoBase> present(const BasicParameter& parameter) const override {
-        const auto now = boost::make_shared<MementoImpl>();
-        const auto& parts = dynamic_cast<const CompoundParameter&>(parameter).parameters();
-        for (std::size_t i = 0; i < std::min(states.size(), parts.size()); ++i)
-            now->states.push_back(detail::presentLike(*states[i], *parts[i]));
-        return now;
-    }
-
-    std::vector<boost::shared_ptr<Bsc::MementoBase>> states;
-};
 
 CompoundParameter::CompoundParameter(const QString& name, bool keyframeTogether, ParameterSet* parent,
                                      ParameterTree* tree)
@@ -201,33 +182,6 @@ bool CompoundParameter::streamInValue(const QString& line, const ProjectFileVers
         });
     }
     return taken || (guard.alive() && ParameterWithoutTypeBase::streamInValue(line, version, convert));
-}
-
-boost::shared_ptr<Bsc::MementoBase> CompoundParameter::exportState() const {
-    const auto memento = boost::make_shared<MementoImpl>();
-    for (const auto& parameter : parameters())
-        memento->states.push_back(parameter->exportState());
-    return memento;
-}
-
-boost::shared_ptr<Bsc::MementoBase> CompoundParameter::exportStateAround(const std::vector<Context>& places) const {
-    // What a class of a host's own adds to the snapshot is in the whole one.
-    if (typeid(*this) != typeid(CompoundParameter))
-        return exportState();
-    const auto memento = boost::make_shared<MementoImpl>();
-    for (const auto& parameter : parameters())
-        memento->states.push_back(parameter->exportStateAround(places));
-    return memento;
-}
-
-void CompoundParameter::doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) {
-    const auto* const memento = dynamic_cast<const MementoImpl*>(snapshot.get());
-    if (!memento)
-        return;
-    forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t i) {
-        if (i < memento->states.size())
-            Bsc::importState(parameter, memento->states[i]);
-    });
 }
 
 } // namespace Prm

@@ -1,7 +1,7 @@
 #include "prm/edits/KeyframeMoves.h"
 
 #include "prm/SerialisedKeyframe.h"
-#include "prm/untyped/StateAt.h"
+#include "prm/ParameterSet.h"
 
 namespace Prm::detail {
 
@@ -28,6 +28,16 @@ void shiftTo(SerialisedKeyframe& keyframe, Time time) {
     constexpr int mostShifts = 8;
     for (int i = 0; i < mostShifts && keyframe.context().time != time; ++i)
         keyframe.adjustTime(static_cast<float>(time.toDouble() - keyframe.context().time.toDouble()));
+}
+
+bool sameKeyframes(const SerialisedKeyframe* a, const SerialisedKeyframe* b) {
+    return a && b ? a->equals(*b) : !a && !b;
+}
+
+Context writtenAt(const BasicParameter& parameter, const Context& context) {
+    const auto* const own = qobject_cast<const ParameterWithoutType*>(&parameter);
+    const bool isApart = !own || own->splittable() || dynamic_cast<const ParameterSet*>(own);
+    return isApart ? context : Context(context.time, View(View::defaultViewId()), context.flags);
 }
 
 void importAll(ParameterWithoutType& parameter, const SerialisedKeyframes& keyframes) {

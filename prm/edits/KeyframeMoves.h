@@ -30,4 +30,10 @@ void importAll(ParameterWithoutType& parameter, const SerialisedKeyframes& keyfr
 /// Imports again whichever of these is not as it should be.
 void mendAll(ParameterWithoutType& parameter, const SerialisedKeyframes& keyframes);
 
+/// Whether both are none, or one like the other.
+bool sameKeyframes(const SerialisedKeyframe* a, const SerialisedKeyframe* b);
+
+/// Where an edit in the context writes: a parameter that is not splittable has one place for all views.
+Context writtenAt(const BasicParameter& parameter, const Context& context);
+
 } // namespace Prm::detail

@@ -5,9 +5,24 @@
 #include "prm/ParameterSet.h"
 #include "prm/SerialisedKeyframe.h"
 
+#include <cmath>
+#include <limits>
+#include <optional>
+
 namespace Prm {
 
 namespace {
+
+/// None where the target is no valid time, as one near the last time may be once the shift is rounded.
+std::optional<float> shiftBetween(const Context& from, const Context& to) {
+    const double exact = to.time.toDouble() - from.time.toDouble();
+    if (!to.time.isValid() || !(std::abs(exact) <= static_cast<double>(std::numeric_limits<float>::max())))
+        return {};
+    const auto shift = static_cast<float>(exact);
+    if (!(from.time + static_cast<double>(shift)).isValid())
+        return {};
+    return shift;
+}
 
 Context atFrame(const Frame& frame, const View& view) {
     return {Time::fromUInt(frame.toUInt()), view};
@@ -18,25 +33,28 @@ Context atFrame(const Frame& frame, const View& view) {
 MoveKeyframeEdit::MoveKeyframeEdit(ParameterWithoutType& parameter, const Context& from, const Context& to)
     : ParameterSnapshotEdit(&parameter), m_from(from), m_to(to) {}
 
-bool MoveKeyframeEdit::applies() const {
-    return m_to.time.isValid() && parameter()->bKeyframeAt(Context::Explicit(m_from));
+bool MoveKeyframeEdit::applies() {
+    return shiftBetween(m_from, m_to) && parameter()->bKeyframeAt(Context::Explicit(m_from));
 }
 
-bool MoveKeyframeEdit::apply() {
-    return doMoveKeyframe(m_from, m_to);
+void MoveKeyframeEdit::apply() {
+    doMoveKeyframe(m_from, m_to);
+}
+
+detail::Places MoveKeyframeEdit::places() const {
+    const Time target = m_from.time + static_cast<double>(*shiftBetween(m_from, m_to));
+    return {detail::Place::at(m_from), detail::Place::at(Context(target, m_from.view))};
 }
 
 bool MoveKeyframeEdit::doMoveKeyframe(const Context& from, const Context& to) {
-    if (!parameter() || !to.time.isValid())
+    const std::optional<float> shift = shiftBetween(from, to);
+    if (!parameter() || !shift)
         return false;
     const boost::shared_ptr<SerialisedKeyframe> keyframe = parameter()->getSerialisedKeyframe(from);
     if (!keyframe)
         return false;
-    keyframe->adjustTime(static_cast<float>(to.time.toDouble() - from.time.toDouble()));
-    // Rounded to single precision, a target near the last time may lie behind it.
-    if (!keyframe->context().time.isValid())
-        return false;
     parameter()->vDeleteKeyframe(Context::Explicit(from));
+    keyframe->adjustTime(*shift);
     if (parameter())
         parameter()->importKeyframe(*keyframe);
     return true;
@@ -66,6 +84,8 @@ void MoveKeyframeEdit::doAppendToCommand(ParameterWithoutType* parameter, const 
 
 void MoveKeyframeEdit::appendToCommand(ParameterSet& set, const Frame& from, const Frame& to,
                                        Bsc::CompositeCommand& command) {
+    if (auto* const compound = dynamic_cast<CompoundParameter*>(&set))
+        return appendToCommand(*compound, from, to, command);
     set.forEachParameter([&](ParameterWithoutType* parameter) { doAppendToCommand(parameter, from, to, command); },
                          true);
 }

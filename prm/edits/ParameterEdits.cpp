@@ -2,10 +2,8 @@
 
 #include "host/bsc/CompositeCommand.h"
 #include "prm/AnimationState.h"
-#include "prm/SerialisedKeyframe.h"
-#include "prm/untyped/PartialSnapshot.h"
-#include "prm/untyped/Restoring.h"
-#include "prm/untyped/StateAt.h"
+#include "prm/edits/KeyframeMoves.h"
+#include "prm/untyped/State.h"
 
 #include <algorithm>
 
@@ -27,47 +25,47 @@ ParameterSnapshotEdit::ParameterSnapshotEdit(BasicParameter* edited) : Parameter
 ParameterSnapshotEdit::~ParameterSnapshotEdit() = default;
 
 void ParameterSnapshotEdit::doIt() {
-    m_snapshot.reset();
+    m_former.reset();
     if (!edited() || !applies())
         return;
-    const detail::Snapshot former = takeSnapshot();
-    detail::changeOrPutBack(*edited(), former, [&] {
-        if (apply())
-            m_snapshot = former;
-    });
+    auto former = std::make_unique<detail::State>(takeState());
+    former->changeOrPutBack([this] { apply(); });
+    former->forgetUnchanged();
+    if (!former->equals())
+        m_former = std::move(former);
 }
 
 void ParameterSnapshotEdit::undoIt() {
-    if (!edited() || !m_snapshot)
+    if (!edited() || !m_former || !mayUndo(*m_former))
         return;
-    const detail::Snapshot done = detail::presentLike(*m_snapshot, *edited());
-    detail::changeOrPutBack(*edited(), done, [&] { Bsc::importState(*edited(), m_snapshot, true); });
+    m_former->present().changeOrPutBack([this] { m_former->putBack(); });
 }
 
-std::vector<Context> ParameterSnapshotEdit::places() const {
+detail::Places ParameterSnapshotEdit::places() const {
     return {};
 }
 
-detail::Snapshot ParameterSnapshotEdit::takeSnapshot() const {
-    const std::vector<Context> where = parameter() ? places() : std::vector<Context>();
-    return where.empty() ? edited()->exportState() : parameter()->exportStateAround(where);
+detail::State ParameterSnapshotEdit::takeState() const {
+    return {*edited(), places()};
+}
+
+bool ParameterSnapshotEdit::mayUndo(const detail::State&) const {
+    return true;
 }
 
 ParameterAddKeyEdit::ParameterAddKeyEdit(ParameterWithoutType& parameter, const Context& context)
     : ParameterSnapshotEdit(&parameter), m_context(context) {}
 
-bool ParameterAddKeyEdit::applies() const {
+bool ParameterAddKeyEdit::applies() {
     return parameter()->isKeyframed() && m_context.time.isValid();
 }
 
-bool ParameterAddKeyEdit::apply() {
-    const detail::StateAt watch(*parameter(), m_context);
+void ParameterAddKeyEdit::apply() {
     parameter()->iAddKeyframe(m_context);
-    return parameter() && watch.hasChanged(*parameter());
 }
 
-std::vector<Context> ParameterAddKeyEdit::places() const {
-    return {m_context};
+detail::Places ParameterAddKeyEdit::places() const {
+    return {detail::Place::at(m_context)};
 }
 
 Bsc::CompositeCommand& ParameterAddKeyEdit::appendToCommand(ParameterWithoutType& parameter,
@@ -88,17 +86,16 @@ Bsc::CompositeCommand& ParameterAddKeyEdit::appendToCommand(ParameterWithoutType
 ParameterDeleteKeyEdit::ParameterDeleteKeyEdit(ParameterWithoutType& parameter, const Context::Explicit& context)
     : ParameterSnapshotEdit(&parameter), m_context(context) {}
 
-bool ParameterDeleteKeyEdit::applies() const {
+bool ParameterDeleteKeyEdit::applies() {
     return parameter()->bKeyframeAt(m_context);
 }
 
-bool ParameterDeleteKeyEdit::apply() {
+void ParameterDeleteKeyEdit::apply() {
     parameter()->vDeleteKeyframe(m_context);
-    return true;
 }
 
-std::vector<Context> ParameterDeleteKeyEdit::places() const {
-    return {Context(m_context)};
+detail::Places ParameterDeleteKeyEdit::places() const {
+    return {detail::Place::at(m_context)};
 }
 
 Bsc::CompositeCommand& ParameterDeleteKeyEdit::appendToCommand(ParameterWithoutType& parameter,
@@ -119,139 +116,143 @@ Bsc::CompositeCommand& ParameterDeleteKeyEdit::appendToCommand(ParameterWithoutT
 ParameterDeleteAllKeysEdit::ParameterDeleteAllKeysEdit(ParameterWithoutType& parameter, const View& view)
     : ParameterSnapshotEdit(&parameter), m_view(view) {}
 
-bool ParameterDeleteAllKeysEdit::applies() const {
+bool ParameterDeleteAllKeysEdit::applies() {
     return parameter()->keyframeCount(m_view) > 0;
 }
 
-bool ParameterDeleteAllKeysEdit::apply() {
+void ParameterDeleteAllKeysEdit::apply() {
     parameter()->vDeleteAllKeyframes(m_view);
-    return true;
+}
+
+detail::Places ParameterDeleteAllKeysEdit::places() const {
+    return {detail::Place::whole(m_view)};
 }
 
 ParameterInterpolationEdit::ParameterInterpolationEdit(ParameterWithoutType& parameter, Interpolation kind,
                                                        const Context& context)
     : ParameterSnapshotEdit(&parameter), m_kind(kind), m_context(context) {}
 
-bool ParameterInterpolationEdit::applies() const {
+bool ParameterInterpolationEdit::applies() {
     return parameter()->bKeyframeAt(Context::Explicit(m_context));
 }
 
-bool ParameterInterpolationEdit::apply() {
-    const detail::StateAt watch(*parameter(), m_context);
+void ParameterInterpolationEdit::apply() {
     parameter()->vSetInterpolation(m_kind, m_context);
-    return parameter() && watch.hasChanged(*parameter());
 }
 
-std::vector<Context> ParameterInterpolationEdit::places() const {
-    return {m_context};
+detail::Places ParameterInterpolationEdit::places() const {
+    return {detail::Place::at(m_context)};
 }
 
 ParameterInterpolationDataEdit::ParameterInterpolationDataEdit(ParameterWithoutType& parameter, const IType& data,
                                                                unsigned int index, const View& view)
     : ParameterSnapshotEdit(&parameter), m_data(data), m_index(index), m_view(view) {}
 
-View ParameterInterpolationDataEdit::writtenView() const {
-    return detail::writtenAt(*parameter(), Context(Time(), m_view)).view;
+Context ParameterInterpolationDataEdit::keyframe() const {
+    return parameter()->keyframeTime(m_index, detail::writtenAt(*parameter(), Context(Time(), m_view)).view);
 }
 
-bool ParameterInterpolationDataEdit::applies() const {
-    return m_index < parameter()->keyframeCount(writtenView());
+bool ParameterInterpolationDataEdit::applies() {
+    return m_index < parameter()->keyframeCount(keyframe().view);
 }
 
-bool ParameterInterpolationDataEdit::apply() {
-    const detail::StateAt watch(*parameter(), parameter()->keyframeTime(m_index, writtenView()));
+void ParameterInterpolationDataEdit::apply() {
     parameter()->vSetInterpolationData(m_data, m_index, m_view);
-    return parameter() && watch.hasChanged(*parameter());
 }
 
-std::vector<Context> ParameterInterpolationDataEdit::places() const {
-    return {parameter()->keyframeTime(m_index, writtenView())};
+detail::Places ParameterInterpolationDataEdit::places() const {
+    return {detail::Place::at(keyframe())};
 }
 
 ParameterSetValueEdit::ParameterSetValueEdit(ParameterWithoutType& parameter, const QVariant& value,
                                              const Context& context)
     : ParameterSnapshotEdit(&parameter), m_value(value), m_context(context) {}
 
-bool ParameterSetValueEdit::applies() const {
+bool ParameterSetValueEdit::applies() {
     return true;
 }
 
-bool ParameterSetValueEdit::apply() {
+Context ParameterSetValueEdit::written() const {
     Context context = m_context;
     if (!parameter()->isKeyframed() || !Frame(context).isValid())
         context.time = Time(Time::INVALID);
     if (!parameter()->splittable())
         context.view = View(View::defaultViewId());
-    const detail::StateAt watch(*parameter(), context);
-    parameter()->setVariantValue(m_value, context);
-    return parameter() && watch.hasChanged(*parameter());
+    return context;
 }
 
-std::vector<Context> ParameterSetValueEdit::places() const {
-    return {m_context};
+void ParameterSetValueEdit::apply() {
+    parameter()->setVariantValue(m_value, written());
+}
+
+detail::Places ParameterSetValueEdit::places() const {
+    return {detail::Place::at(written())};
 }
 
 ParameterSetStaticValueEdit::ParameterSetStaticValueEdit(BasicParameter& parameter, const QVariant& value,
                                                          const View& view)
     : ParameterSnapshotEdit(&parameter), m_value(value), m_view(view) {}
 
-bool ParameterSetStaticValueEdit::applies() const {
+bool ParameterSetStaticValueEdit::applies() {
     return true;
 }
 
-bool ParameterSetStaticValueEdit::apply() {
-    Context context(Time(Time::INVALID), m_view);
-    if (!parameter() || !parameter()->splittable())
-        context.view = View(View::defaultViewId());
-    const detail::StateAt watch(*edited(), context);
-    edited()->setVariantValue(m_value, context);
-    return edited() && watch.hasChanged(*edited());
+View ParameterSetStaticValueEdit::written() const {
+    return parameter() && parameter()->splittable() ? m_view : View(View::defaultViewId());
 }
 
-std::vector<Context> ParameterSetStaticValueEdit::places() const {
-    return {Context(Time(Time::INVALID), m_view)};
+void ParameterSetStaticValueEdit::apply() {
+    edited()->setVariantValue(m_value, Context(Time(Time::INVALID), written()));
+}
+
+detail::Places ParameterSetStaticValueEdit::places() const {
+    return {detail::Place::staticValue(written())};
 }
 
 ParameterResetEdit::ParameterResetEdit(ParameterWithoutType& parameter, const Context& context)
     : ParameterSnapshotEdit(&parameter), m_context(context) {}
 
-bool ParameterResetEdit::applies() const {
+bool ParameterResetEdit::applies() {
     return true;
 }
 
-bool ParameterResetEdit::apply() {
-    const detail::StateAt watch(*parameter(), m_context);
+void ParameterResetEdit::apply() {
     parameter()->vReset(m_context);
-    return parameter() && watch.hasChanged(*parameter());
 }
 
-std::vector<Context> ParameterResetEdit::places() const {
-    return {m_context};
+detail::Places ParameterResetEdit::places() const {
+    return {detail::Place::at(m_context)};
 }
 
 ParameterSplitViewEdit::ParameterSplitViewEdit(ParameterWithoutType& parameter, const View& view)
     : ParameterSnapshotEdit(&parameter), m_view(view) {}
 
-bool ParameterSplitViewEdit::applies() const {
+bool ParameterSplitViewEdit::applies() {
     return parameter()->splittable();
 }
 
-bool ParameterSplitViewEdit::apply() {
-    const std::vector<View> views = detail::viewsWithData(*parameter());
+void ParameterSplitViewEdit::apply() {
     parameter()->uniquifyView(m_view);
-    return parameter() && detail::viewsWithData(*parameter()) != views;
+}
+
+detail::Places ParameterSplitViewEdit::places() const {
+    return {detail::Place::staticValue(m_view)};
 }
 
 ParameterDeleteViewEdit::ParameterDeleteViewEdit(ParameterWithoutType& parameter, const View& view)
     : ParameterSnapshotEdit(&parameter), m_view(view) {}
 
-bool ParameterDeleteViewEdit::applies() const {
+bool ParameterDeleteViewEdit::applies() {
     const std::vector<View>& views = parameter()->viewList();
     return std::find(views.begin(), views.end(), m_view) != views.end();
 }
 
-bool ParameterDeleteViewEdit::apply() {
-    return parameter()->deleteView(m_view);
+void ParameterDeleteViewEdit::apply() {
+    parameter()->deleteView(m_view);
+}
+
+detail::Places ParameterDeleteViewEdit::places() const {
+    return {detail::Place::whole(m_view)};
 }
 
 } // namespace Prm

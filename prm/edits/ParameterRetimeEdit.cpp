@@ -4,25 +4,17 @@
 #include "prm/CompoundParameter.h"
 #include "prm/ParameterEdits.h"
 #include "prm/ParameterSet.h"
-#include "prm/SerialisedKeyframe.h"
 #include "prm/edits/KeyframeMoves.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numeric>
+#include <map>
+#include <utility>
 
 namespace Prm {
 
 namespace {
-
-constexpr Time earliest = Time::fromDouble(-std::numeric_limits<double>::infinity());
-
-/// Keyframes as they shall be: those that are moved, and all.
-struct Target {
-    detail::SerialisedKeyframes moved;
-    detail::SerialisedKeyframes all;
-};
 
 /// The keyframes of one view, as far as a retiming concerns them.
 class ViewMove {
@@ -31,16 +23,12 @@ public:
         : m_view(view), m_before(detail::keyframeTimes(parameter, view)) {
         m_after.reserve(m_before.size());
         for (const Time time : m_before)
-            m_after.push_back(retiming.concerns(time) ? retiming(time) : time);
-        for (std::size_t i = 0; i < m_before.size(); ++i) {
-            if (m_after[i] != m_before[i])
-                m_moved.append(static_cast<unsigned int>(i));
-        }
+            m_after.push_back(retiming.moved(time));
     }
 
-    bool movesAny() const { return !m_moved.isEmpty(); }
+    bool movesAny() const { return m_before != m_after; }
     bool isPossible() const {
-        // Keyframes are shifted in single precision.
+        // Project text has times in single precision.
         constexpr auto farthest = static_cast<double>(std::numeric_limits<float>::max());
         return std::all_of(m_after.begin(), m_after.end(),
                            [](Time time) { return time.isValid() && time.toDouble() >= -farthest; });
@@ -50,73 +38,90 @@ public:
         const auto notAscending = [](Time a, Time b) { return !(a < b); };
         return std::adjacent_find(m_after.begin(), m_after.end(), notAscending) == m_after.end();
     }
-
-    void tell(ParameterWithoutType& parameter) {
-        QList<unsigned int> moved = m_moved;
-        if (movesAny())
-            ParameterChange::keyframeMoved(parameter, moved, m_view);
+    /// From the first to the last keyframe that is moved, before and after.
+    detail::Place place() const {
+        detail::Place place = detail::Place::staticValue(m_view);
+        for (std::size_t i = 0; i < m_before.size(); ++i) {
+            if (m_before[i] == m_after[i])
+                continue;
+            const auto [first, last] = std::minmax(m_before[i], m_after[i]);
+            place.first = place.hasTimes() ? std::min(place.first, first) : first;
+            place.last = place.last.isValid() ? std::max(place.last, last) : last;
+        }
+        return place;
     }
 
-    /// Adds before it removes, so that the view never loses its last keyframe, whose value it would keep as static one.
-    void moveOneByOne(ParameterWithoutType& parameter) const {
-        const detail::LifeGuard guard(parameter);
-        const Target target = targetIn(parameter);
-        if (target.all.empty())
+    void announce(ParameterWithoutType& parameter) const {
+        if (!movesAny())
             return;
-        detail::importAll(parameter, target.moved);
-        std::vector<Time> taken = m_after;
-        std::sort(taken.begin(), taken.end());
-        for (const unsigned int i : m_moved) {
-            if (guard.alive() && !std::binary_search(taken.begin(), taken.end(), m_before[i]))
-                parameter.vDeleteKeyframe(Context::Explicit(m_before[i], m_view));
-        }
-        if (guard.alive())
-            detail::mendAll(parameter, target.all);
+        if (keepsOrder())
+            announceMove(parameter);
+        else
+            announceEach(parameter);
     }
 
 private:
-    /// Where several come to one time, a moved one wins, the last of them; it stands last among its like.
-    std::vector<std::size_t> inOrder(const std::vector<bool>& moves) const {
-        std::vector<std::size_t> order(moves.size());
-        std::iota(order.begin(), order.end(), 0);
-        std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-            if (m_after[a] != m_after[b])
-                return m_after[a] < m_after[b];
-            return moves[a] != moves[b] ? moves[b] : a < b;
-        });
-        return order;
+    void announceMove(ParameterWithoutType& parameter) const {
+        QList<unsigned int> moved;
+        for (std::size_t i = 0; i < m_before.size(); ++i) {
+            if (m_after[i] != m_before[i])
+                moved.append(static_cast<unsigned int>(i));
+        }
+        ParameterChange::keyframeMoved(parameter, moved, m_view);
     }
 
-    Target targetIn(const ParameterWithoutType& parameter) const {
-        const detail::SerialisedKeyframes keyframes = detail::serialised(parameter, m_view, m_before);
-        if (keyframes.size() != m_before.size())
-            return {};
-        std::vector<bool> moves(keyframes.size(), false);
-        for (const unsigned int i : m_moved) {
-            detail::shiftTo(*keyframes[i], m_after[i]);
-            moves[i] = true;
+    /// What has gone from the end on, then what has come and what was replaced from the start on, so that an observer
+    /// who follows with a list of its own has the positions right.
+    void announceEach(ParameterWithoutType& parameter) const {
+        const detail::LifeGuard guard(parameter);
+        const std::vector<Time> now = detail::keyframeTimes(parameter, m_view);
+        for (std::size_t i = m_before.size(); i-- > 0 && guard.alive();) {
+            if (!std::binary_search(now.begin(), now.end(), m_before[i]))
+                ParameterChange::keyframeRemoved(parameter, static_cast<int>(i), Context(m_before[i], m_view));
         }
-        Target target;
-        const std::vector<std::size_t> order = inOrder(moves);
-        for (std::size_t i = 0; i < order.size(); ++i) {
-            if (i + 1 < order.size() && m_after[order[i]] == m_after[order[i + 1]])
-                continue;
-            target.all.push_back(keyframes[order[i]]);
-            if (moves[order[i]])
-                target.moved.push_back(keyframes[order[i]]);
+        std::vector<Time> targets;
+        for (std::size_t i = 0; i < m_before.size(); ++i) {
+            if (m_after[i] != m_before[i])
+                targets.push_back(m_after[i]);
         }
-        return target;
+        std::sort(targets.begin(), targets.end());
+        targets.erase(std::unique(targets.begin(), targets.end()), targets.end());
+        for (const Time target : targets) {
+            if (guard.alive())
+                announceTarget(parameter, Context(target, m_view));
+        }
+    }
+    void announceTarget(ParameterWithoutType& parameter, const Context& target) const {
+        unsigned int position = 0;
+        if (!parameter.bNearestKeyframeIndex(target, position) || parameter.keyframeTime(position, m_view) != target)
+            return;
+        const auto index = static_cast<int>(position);
+        if (!std::binary_search(m_before.begin(), m_before.end(), target.time))
+            return ParameterChange::keyframeAdded(parameter, index, m_view);
+        const detail::LifeGuard guard(parameter);
+        ParameterChange::keyframeChangedValue(parameter, index, m_view);
+        if (guard.alive())
+            ParameterChange::keyframeChangedInterpolation(parameter, index, m_view);
     }
 
     View m_view;
     std::vector<Time> m_before;
     std::vector<Time> m_after;
-    QList<unsigned int> m_moved;
 };
+
+/// The parameters whose keyframes they are: the parts of a compound, otherwise the parameter itself.
+void addOwners(ParameterWithoutType& parameter, std::vector<QPointer<ParameterWithoutType>>& owners) {
+    if (const auto* const compound = dynamic_cast<ParameterSet*>(&parameter)) {
+        for (const auto& part : compound->parameters())
+            addOwners(*part, owners);
+    } else {
+        owners.emplace_back(&parameter);
+    }
+}
 
 std::vector<ViewMove> movesOf(const ParameterWithoutType& parameter, const Retiming& retiming) {
     std::vector<ViewMove> moves;
-    const std::vector<View>& views = parameter.viewList();
+    const std::vector<View> views = parameter.viewList();
     moves.reserve(views.size());
     for (const View view : views)
         moves.emplace_back(parameter, view, retiming);
@@ -125,12 +130,80 @@ std::vector<ViewMove> movesOf(const ParameterWithoutType& parameter, const Retim
 
 } // namespace
 
+/// What is moved where, of the parameter as it shows its keyframes, and of the parts of a compound each.
+class detail::RetimingPlan {
+public:
+    RetimingPlan(ParameterWithoutType& parameter, const Retiming& retiming) : m_shown(movesOf(parameter, retiming)) {
+        std::vector<QPointer<ParameterWithoutType>> owners;
+        addOwners(parameter, owners);
+        for (const auto& owner : owners)
+            m_owned.push_back({owner, owner == &parameter ? m_shown : movesOf(*owner, retiming)});
+    }
+
+    bool movesAny() const {
+        return std::any_of(m_owned.begin(), m_owned.end(), [](const Owned& owned) { return owned.movesAny(); });
+    }
+    bool isPossible() const {
+        return allMoves([](const ViewMove& move) { return move.isPossible(); });
+    }
+    bool keepsOrder() const {
+        return allMoves([](const ViewMove& move) { return move.keepsOrder(); });
+    }
+    /// One for each view.
+    Places places() const {
+        std::map<View, Place> places;
+        allMoves([&](const ViewMove& move) {
+            const Place place = move.place();
+            Place& all = places.emplace(place.view, place).first->second;
+            if (place.hasTimes() && all.hasTimes())
+                all = {all.view, std::min(all.first, place.first), std::max(all.last, place.last)};
+            else if (place.hasTimes())
+                all = place;
+            return true;
+        });
+        Places list;
+        for (const auto& [view, place] : places)
+            list.push_back(place);
+        return list;
+    }
+    /// The parts of a compound first, whose changes the compound itself announces as its own.
+    void announce(ParameterWithoutType& parameter) const {
+        const LifeGuard guard(parameter);
+        for (const Owned& owned : m_owned) {
+            if (guard.alive() && owned.owner && owned.owner != &parameter && owned.movesAny())
+                ParameterChange::parameterAssigned(*owned.owner);
+        }
+        for (const ViewMove& move : m_shown) {
+            if (guard.alive())
+                move.announce(parameter);
+        }
+    }
+
+private:
+    struct Owned {
+        QPointer<ParameterWithoutType> owner;
+        std::vector<ViewMove> moves;
+
+        bool movesAny() const {
+            return std::any_of(moves.begin(), moves.end(), [](const ViewMove& move) { return move.movesAny(); });
+        }
+    };
+    template <class Test> bool allMoves(const Test& test) const {
+        return std::all_of(m_owned.begin(), m_owned.end(), [&](const Owned& owned) {
+            return std::all_of(owned.moves.begin(), owned.moves.end(), test);
+        });
+    }
+
+    std::vector<ViewMove> m_shown;
+    std::vector<Owned> m_owned;
+};
+
 Retiming Retiming::shifted(double frames) {
-    return {earliest, Time::LAST, Time(), 1.0, frames};
+    return {detail::Place::earliest(), Time::LAST, Time(), 1.0, frames};
 }
 
 Retiming Retiming::scaled(double factor, Time pivot) {
-    return {earliest, Time::LAST, pivot, factor, 0.0};
+    return {detail::Place::earliest(), Time::LAST, pivot, factor, 0.0};
 }
 
 Retiming Retiming::between(Time from, Time to) const {
@@ -147,34 +220,35 @@ Time Retiming::operator()(Time time) const {
     return Time::fromDouble(scaled + shift);
 }
 
+Time Retiming::moved(Time time) const {
+    return concerns(time) ? (*this)(time) : time;
+}
+
 ParameterRetimeEdit::ParameterRetimeEdit(ParameterWithoutType& parameter, const Retiming& retiming)
     : ParameterSnapshotEdit(&parameter), m_retiming(retiming) {}
 
-bool ParameterRetimeEdit::applies() const {
+ParameterRetimeEdit::~ParameterRetimeEdit() = default;
+
+bool ParameterRetimeEdit::applies() {
     if (!m_retiming.isUsable())
         return false;
-    const std::vector<ViewMove> moves = movesOf(*parameter(), m_retiming);
-    return std::any_of(moves.begin(), moves.end(), [](const ViewMove& move) { return move.movesAny(); }) &&
-           std::all_of(moves.begin(), moves.end(), [](const ViewMove& move) { return move.isPossible(); });
+    m_plan = std::make_unique<const detail::RetimingPlan>(*parameter(), m_retiming);
+    return m_plan->movesAny() && m_plan->isPossible();
 }
 
-bool ParameterRetimeEdit::apply() {
-    std::vector<ViewMove> moves = movesOf(*parameter(), m_retiming);
-    const bool inOneGo =
-        std::all_of(moves.begin(), moves.end(), [](const ViewMove& move) { return move.keepsOrder(); });
-    if (inOneGo) {
-        parameter()->adjustKeyframesTime(
-            [this](Time time) { return m_retiming.concerns(time) ? m_retiming(time) : time; });
-    }
-    for (ViewMove& move : moves) {
-        if (!parameter())
-            break;
-        if (inOneGo)
-            move.tell(*parameter());
-        else if (move.movesAny())
-            move.moveOneByOne(*parameter());
-    }
-    return true;
+void ParameterRetimeEdit::apply() {
+    const std::unique_ptr<const detail::RetimingPlan> plan = std::move(m_plan);
+    const auto mapping = [retiming = m_retiming](Time time) { return retiming.moved(time); };
+    if (plan->keepsOrder())
+        parameter()->adjustKeyframesTime(mapping);
+    else
+        parameter()->retimeKeyframes(mapping);
+    if (parameter())
+        plan->announce(*parameter());
+}
+
+detail::Places ParameterRetimeEdit::places() const {
+    return m_plan->places();
 }
 
 Bsc::CompositeCommand& ParameterRetimeEdit::appendToCommand(ParameterWithoutType& parameter, const Retiming& retiming,
@@ -190,6 +264,8 @@ Bsc::CompositeCommand& ParameterRetimeEdit::appendToCommand(CompoundParameter& p
 
 Bsc::CompositeCommand& ParameterRetimeEdit::appendToCommand(ParameterSet& set, const Retiming& retiming,
                                                             Bsc::CompositeCommand& command) {
+    if (auto* const compound = dynamic_cast<CompoundParameter*>(&set))
+        return appendToCommand(*compound, retiming, command);
     set.forEachParameter([&](ParameterWithoutType* parameter) { appendToCommand(*parameter, retiming, command); },
                          true);
     return command;

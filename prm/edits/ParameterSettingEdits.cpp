@@ -3,10 +3,13 @@
 #include "prm/ParameterEdits.h"
 #include "prm/ParameterSet.h"
 #include "prm/untyped/Restoring.h"
+#include "prm/untyped/State.h"
 
 namespace Prm {
 
 namespace {
+
+const detail::Places settingsAlone{detail::Place::staticValue(View::INVALID())};
 
 bool hasExtrapolationOfItsOwn(const ParameterWithoutType& parameter) {
     return !parameter.masterParameter() && !dynamic_cast<const ParameterSet*>(&parameter);
@@ -29,7 +32,7 @@ bool ParameterSettingEdit::answersItself(const ParameterWithoutType&) const {
 
 void ParameterSettingEdit::doIt() {
     m_former.reset();
-    m_snapshot.reset();
+    m_state.reset();
     ParameterWithoutType* const changing = parameter();
     if (!changing || !applies(*changing))
         return;
@@ -38,9 +41,9 @@ void ParameterSettingEdit::doIt() {
         change(*changing, former, m_wanted);
         m_former = former;
     } else {
-        const detail::Snapshot former = changing->exportState();
-        detail::changeOrPutBack(*changing, former, [&] { set(*changing, m_wanted); });
-        m_snapshot = former;
+        auto state = std::make_unique<detail::State>(*changing, settingsAlone);
+        state->changeOrPutBack([&] { set(*changing, m_wanted); });
+        m_state = std::move(state);
     }
 }
 
@@ -48,9 +51,8 @@ void ParameterSettingEdit::undoIt() {
     ParameterWithoutType* const changing = parameter();
     if (changing && m_former)
         change(*changing, m_wanted, *m_former);
-    else if (changing && m_snapshot)
-        detail::changeOrPutBack(*changing, changing->exportState(),
-                                [&] { Bsc::importState(*changing, m_snapshot, true); });
+    else if (changing && m_state)
+        m_state->present().changeOrPutBack([this] { m_state->putBack(); });
 }
 
 void ParameterSettingEdit::change(ParameterWithoutType& parameter, quint32 from, quint32 to) const {
@@ -118,78 +120,39 @@ void ParameterWithoutTypeLockEdit::set(ParameterWithoutType& parameter, quint32 
     parameter.setLocked(setting != 0);
 }
 
-detail::MasterLink::MasterLink(const ParameterWithoutType& constrained)
-    : m_master(constrained.masterParameter()), m_position(m_master ? constrained.placeAt(*m_master) : 0),
-      m_pending(constrained.pendingMasterParameterId()) {}
-
-void detail::MasterLink::restore(ParameterWithoutType& constrained) const {
-    constrained.tieTo(m_master.data(), m_position);
-    constrained.setPendingMasterParameterId(m_pending);
-}
-
 ParameterAddConstrainedParameterEdit::ParameterAddConstrainedParameterEdit(ParameterWithoutType& master,
                                                                            ParameterWithoutType& constrained)
-    : ParameterEdit(&constrained), m_master(&master) {}
+    : ParameterSnapshotEdit(&constrained), m_master(&master) {}
 
-void ParameterAddConstrainedParameterEdit::doIt() {
-    m_snapshot.reset();
-    if (!parameter() || !m_master)
-        return;
-    m_former = detail::MasterLink(*parameter());
-    detail::Snapshot own = parameter()->exportState();
-    if (m_master->bAddConstrainedParameter(parameter()))
-        m_snapshot = std::move(own);
+bool ParameterAddConstrainedParameterEdit::applies() {
+    return parameter() && m_master;
 }
 
-void ParameterAddConstrainedParameterEdit::undoIt() {
-    ParameterWithoutType* const constrained = parameter();
-    if (!constrained || !m_snapshot)
-        return;
-    const detail::MasterLink present(*constrained);
-    const detail::Snapshot done = constrained->exportState();
-    detail::changeOrGoBack(
-        *constrained,
-        [&] {
-            m_former.restore(*constrained);
-            Bsc::importState(*constrained, m_snapshot, true);
-        },
-        [&] {
-            present.restore(*constrained);
-            Bsc::importState(*constrained, done, true);
-        });
+void ParameterAddConstrainedParameterEdit::apply() {
+    m_master->bAddConstrainedParameter(parameter());
+}
+
+detail::State ParameterAddConstrainedParameterEdit::takeState() const {
+    return detail::State::withMaster(*parameter());
 }
 
 ParameterWithoutTypeUnconstrainEdit::ParameterWithoutTypeUnconstrainEdit(ParameterWithoutType& constrained)
-    : ParameterEdit(&constrained) {}
+    : ParameterSnapshotEdit(&constrained) {}
 
-void ParameterWithoutTypeUnconstrainEdit::doIt() {
-    m_snapshot.reset();
-    ParameterWithoutType* const constrained = parameter();
-    if (!constrained || !constrained->masterParameter())
-        return;
-    m_former = detail::MasterLink(*constrained);
-    m_snapshot = constrained->exportState();
-    detail::changeOrGoBack(
-        *constrained, [&] { constrained->bUnconstrain(); }, [&] { putBack(*constrained); });
+bool ParameterWithoutTypeUnconstrainEdit::applies() {
+    return parameter() && parameter()->masterParameter();
 }
 
-void ParameterWithoutTypeUnconstrainEdit::undoIt() {
-    ParameterWithoutType* const constrained = parameter();
-    if (!constrained || !m_snapshot || !m_former.master())
-        return;
-    const detail::MasterLink present(*constrained);
-    const detail::Snapshot done = constrained->exportState();
-    detail::changeOrGoBack(
-        *constrained, [&] { putBack(*constrained); },
-        [&] {
-            present.restore(*constrained);
-            Bsc::importState(*constrained, done, true);
-        });
+void ParameterWithoutTypeUnconstrainEdit::apply() {
+    parameter()->bUnconstrain();
 }
 
-void ParameterWithoutTypeUnconstrainEdit::putBack(ParameterWithoutType& constrained) const {
-    m_former.restore(constrained);
-    Bsc::importState(constrained, m_snapshot, true);
+detail::State ParameterWithoutTypeUnconstrainEdit::takeState() const {
+    return detail::State::withMaster(*parameter());
+}
+
+bool ParameterWithoutTypeUnconstrainEdit::mayUndo(const detail::State& former) const {
+    return former.link()->master() && former.link()->mayRestore(*parameter());
 }
 
 } // namespace Prm

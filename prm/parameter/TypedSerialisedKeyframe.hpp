@@ -35,13 +35,8 @@ public:
         flags = {};
     }
 
-    QString toString() const override {
-        QString written;
-        ValueType<T>::write(written, value);
-        QString text;
-        detail::writeKeyframe(text, view, time, written, itype);
-        return text;
-    }
+    QString toString() const override { return written(detail::Digits::Six); }
+    QString toExactString() const override { return written(detail::Digits::All); }
 
     void setFromString(const QString& text) override { setFromText(text); }
 
@@ -70,6 +65,15 @@ public:
     IType itype;
     /// Applied to the text of a value before it is read; may be empty.
     TextConversion valueMapper;
+
+private:
+    QString written(detail::Digits digits) const {
+        QString valueText;
+        ValueType<T>::write(valueText, value);
+        QString text;
+        detail::writeKeyframe(text, view, time, valueText, itype, digits);
+        return text;
+    }
 };
 
 } // namespace Prm

@@ -5,6 +5,8 @@
 #include "prm/Parameter.h"
 #include "prm/text/LineNotes.h"
 #include "prm/track/KeyframeInsertion.h"
+#include "prm/track/KeyframeInsertion.h"
+#include "prm/track/KeyframeStretch.h"
 
 #include <vector>
 
@@ -225,6 +227,30 @@ template <class T> void Parameter<T>::vSetExtrapolationAfter(Extrapolation kind)
         return;
     m_extrapolationAfter.store(kind);
     ParameterChange::changedExtrapolationAfter(*this);
+}
+
+template <class T> void Parameter<T>::retimeKeyframes(const boost::function<Time(Time)>& mapping) {
+    if (!isKeyframed())
+        return;
+    const boost::function<Time(Time)> map = mapping; // NOLINT(performance-unnecessary-copy-initialization)
+    const detail::LifeGuard guard(*this);
+    const std::vector<View> views = viewList();
+    for (const View view : views) {
+        const PVData* const shown = m_views.findRealViewData(view);
+        if (!shown)
+            continue;
+        const KeyframeVector list = shown->keyframes;
+        KeyframeVector changed = detail::retimed(list, map);
+        PVData* const data = guard.alive() ? m_views.findRealViewData(view) : nullptr;
+        if (!guard.alive())
+            return;
+        // The mapping may have edited this very list.
+        if (!data || data->keyframes.constData() != list.constData())
+            continue;
+        LockedKeyframes lock(data);
+        lock.keyframes().swap(changed);
+        ++m_revision;
+    }
 }
 
 template <class T> void Parameter<T>::adjustKeyframesTime(const boost::function<Time(Time)>& mapping) {

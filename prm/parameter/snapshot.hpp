@@ -4,10 +4,12 @@
 
 #include "prm/Parameter.h"
 #include "prm/track/KeyframeStretch.h"
-#include "prm/untyped/PartialSnapshot.h"
+#include "prm/untyped/PartialState.h"
 
 #include <boost/make_shared.hpp>
 
+#include <algorithm>
+#include <tuple>
 #include <typeinfo>
 #include <vector>
 
@@ -23,46 +25,201 @@ public:
     const Parameter state;
 };
 
-/// Stretches of the keyframes of one view, and its static value. They share nothing: the edit that follows need not
-/// copy the list.
-template <class T> class Parameter<T>::StretchesMemento : public detail::PartialSnapshot {
+/// What a state holds beside the views.
+template <class T> struct Parameter<T>::Settings {
+    bool keyframed;
+    bool splittable;
+    quint8 viewInterpolation;
+    Extrapolation before;
+    Extrapolation after;
+    Interpolation defaultInterpolation;
+    OwnAttributes own;
+
+    auto tied() const {
+        return std::tie(keyframed, splittable, viewInterpolation, before, after, defaultInterpolation, own);
+    }
+    friend bool operator==(const Settings& a, const Settings& b) { return a.tied() == b.tied(); }
+};
+
+template <class T> auto Parameter<T>::settings() const -> Settings {
+    return {m_keyframed,          m_splittable,           m_viewInterpolation, m_extrapolationBefore,
+            m_extrapolationAfter, m_defaultInterpolation, ownAttributes()};
+}
+
+template <class T> void Parameter<T>::takeSettings(const Settings& settings) {
+    m_keyframed.store(settings.keyframed);
+    m_splittable.store(settings.splittable);
+    m_viewInterpolation.store(settings.viewInterpolation);
+    m_extrapolationBefore.store(settings.before);
+    m_extrapolationAfter.store(settings.after);
+    m_defaultInterpolation.store(settings.defaultInterpolation);
+    takeOwnAttributes(settings.own);
+}
+
+/// Of a small parameter the whole. Of another one the settings, and of some views whether they have data, the static
+/// value, and stretches of their keyframes; these share nothing with the list, which the following edit so need not
+/// copy, unless they are all of it.
+template <class T> class Parameter<T>::StateAround : public detail::PartialState {
 public:
     using Stretch = detail::KeyframeStretch<T>;
 
-    explicit StretchesMemento(const PVData& data) : m_view(data.view), m_staticValue(data.staticValue) {}
-
-    void add(Stretch stretch) { m_stretches.push_back(std::move(stretch)); }
-
-    boost::shared_ptr<Bsc::MementoBase> present(const BasicParameter& parameter) const override {
-        const auto& typed = dynamic_cast<const Parameter&>(parameter);
-        const PVData* const data = typed.m_views.findRealViewData(m_view);
-        if (!data)
-            return parameter.exportState();
-        const auto memento = boost::make_shared<StretchesMemento>(*data);
-        for (const Stretch& stretch : m_stretches)
-            memento->add(stretch.present(data->keyframes));
-        return memento;
+    StateAround(const Parameter& parameter, const detail::Places& places) : m_settings(parameter.settings()) {
+        if (places.empty() || isSmall(parameter)) {
+            m_whole = boost::make_shared<ParameterMemento>(parameter);
+            return;
+        }
+        for (const detail::Place& place : writtenPlaces(parameter, places)) {
+            if (m_views.empty() || m_views.back().view != place.view)
+                m_views.emplace_back(parameter, place.view);
+            m_views.back().add(parameter, place);
+        }
+        for (OfView& one : m_views)
+            one.fill(parameter);
+    }
+    /// The present state of the same stretches. What a former state would take away is taken whole.
+    StateAround(const Parameter& parameter, const StateAround& former) : m_settings(parameter.settings()) {
+        if (former.m_whole)
+            m_whole = boost::make_shared<ParameterMemento>(parameter);
+        for (const OfView& one : former.m_views) {
+            m_views.emplace_back(parameter, one.view);
+            m_views.back().stretches = one.stretches;
+            if (!one.hasData || !m_views.back().hasData)
+                m_views.back().stretches = {{detail::Place::earliest(), Time(Time::LAST), {}}};
+            m_views.back().fill(parameter);
+        }
     }
 
+    bool equals(const BasicParameter& parameter) const override {
+        const auto* const typed = dynamic_cast<const Parameter*>(&parameter);
+        return typed && typed->settings() == m_settings && (!m_whole || sameViews(m_whole->state, *typed)) &&
+               std::all_of(m_views.begin(), m_views.end(), [&](const OfView& one) { return one.equals(*typed); });
+    }
+    boost::shared_ptr<Bsc::MementoBase> present(const BasicParameter& parameter) const override {
+        return boost::make_shared<StateAround>(dynamic_cast<const Parameter&>(parameter), *this);
+    }
     void putBack(Parameter& parameter) const {
-        PVData* const data = parameter.m_views.findRealViewData(m_view);
-        if (!data)
-            return;
-        LockedKeyframes lock(data);
-        int added = 0;
-        for (const Stretch& stretch : m_stretches)
-            added += stretch.keyframes.size();
-        detail::makeRoom(lock.keyframes(), added);
-        for (const Stretch& stretch : m_stretches)
-            stretch.putBack(lock.keyframes());
-        data->staticValue = m_staticValue;
+        if (m_whole)
+            parameter.takeKeyframeData(m_whole->state, true);
+        for (const OfView& one : m_views)
+            one.putBack(parameter);
+        parameter.takeSettings(m_settings);
         ++parameter.m_revision;
     }
 
 private:
-    View m_view;
-    T m_staticValue;
-    std::vector<Stretch> m_stretches;
+    struct OfView {
+        OfView(const Parameter& parameter, const View& of) : view(of) {
+            const PVData* const data = parameter.m_views.findRealViewData(view);
+            hasData = data != nullptr;
+            if (data)
+                staticValue = data->staticValue;
+        }
+        /// Places come in ascending order.
+        void add(const Parameter& parameter, const detail::Place& place) {
+            if (!hasData || !place.hasTimes())
+                return;
+            const Stretch added = Stretch::around(parameter.m_views.findRealViewData(view)->keyframes, place);
+            if (stretches.empty() || stretches.back().last < added.first)
+                stretches.push_back(added);
+            else
+                stretches.back().last = std::max(stretches.back().last, added.last);
+        }
+        void fill(const Parameter& parameter) {
+            for (Stretch& stretch : stretches) {
+                if (hasData)
+                    stretch.fill(parameter.m_views.findRealViewData(view)->keyframes);
+            }
+        }
+        bool equals(const Parameter& parameter) const {
+            const PVData* const data = parameter.m_views.findRealViewData(view);
+            if (!data || !hasData)
+                return !data && !hasData;
+            return ValueType<T>::equal(data->staticValue, staticValue) &&
+                   std::all_of(stretches.begin(), stretches.end(),
+                               [&](const Stretch& stretch) { return stretch.equals(data->keyframes); });
+        }
+        void putBack(Parameter& parameter) const {
+            const bool isThere = parameter.m_views.findRealViewData(view) != nullptr;
+            const bool isWhole = stretches.size() == 1 && stretches.front().isWhole();
+            if (hasData && !isThere && isWhole) {
+                PVData contents(staticValue);
+                contents.keyframes = stretches.front().keyframes;
+                parameter.ownData(view, &contents);
+                return;
+            }
+            if (!hasData && isThere) {
+                parameter.m_views.remove(view);
+                parameter.m_isSplit.store(parameter.m_views.viewList().size() > 1);
+            }
+            if (PVData* const data = hasData ? parameter.m_views.findRealViewData(view) : nullptr)
+                putBack(*data);
+        }
+        void putBack(PVData& data) const {
+            LockedKeyframes lock(&data);
+            int added = 0;
+            for (const Stretch& stretch : stretches)
+                added += stretch.isWhole() ? 0 : stretch.keyframes.size();
+            if (added > 0)
+                detail::makeRoom(lock.keyframes(), added);
+            for (const Stretch& stretch : stretches)
+                stretch.putBack(lock.keyframes());
+            data.staticValue = staticValue;
+        }
+
+        View view;
+        bool hasData = false;
+        T staticValue{};
+        std::vector<Stretch> stretches;
+    };
+
+    /// The places as edits address them: a parameter that is not splittable has one for all views, and the invalid view
+    /// stands for the source data. In ascending order.
+    static detail::Places writtenPlaces(const Parameter& parameter, const detail::Places& places) {
+        const std::vector<View>& views = parameter.m_views.viewList();
+        const View source = views.empty() ? View(View::defaultViewId()) : views.front();
+        detail::Places written;
+        written.reserve(places.size());
+        for (detail::Place place : places) {
+            const View addressed = place.view;
+            place.view = parameter.splittable() ? addressed : View(View::defaultViewId());
+            if (!place.view.isValid())
+                place.view = source;
+            written.push_back(place);
+            // Data that an unsplittable parameter has in other views are moved in time as well.
+            if (addressed != place.view && parameter.m_views.findRealViewData(addressed)) {
+                place.view = addressed;
+                written.push_back(place);
+            }
+        }
+        std::sort(written.begin(), written.end(), [](const detail::Place& a, const detail::Place& b) {
+            return a.view != b.view ? a.view < b.view : a.first < b.first;
+        });
+        return written;
+    }
+
+    static bool isSmall(const Parameter& parameter) {
+        constexpr std::size_t most = 64;
+        std::size_t count = parameter.m_views.viewList().size() - 1;
+        for (std::size_t i = 0; count <= most && i < parameter.m_views.viewList().size(); ++i)
+            count += static_cast<std::size_t>(dataOf(parameter, parameter.m_views.viewList()[i]).keyframes.size());
+        return parameter.m_views.viewList().empty() || count <= most;
+    }
+    static const PVData& dataOf(const Parameter& parameter, View view) {
+        return *parameter.m_views.findRealViewData(view);
+    }
+    static bool sameViews(const Parameter& a, const Parameter& b) {
+        const std::vector<View>& views = a.m_views.viewList();
+        return views == b.m_views.viewList() && std::all_of(views.begin(), views.end(), [&](View view) {
+                   const PVData& one = dataOf(a, view);
+                   const PVData& other = dataOf(b, view);
+                   const Stretch all{detail::Place::earliest(), Time(Time::LAST), one.keyframes};
+                   return ValueType<T>::equal(one.staticValue, other.staticValue) && all.equals(other.keyframes);
+               });
+    }
+
+    Settings m_settings;
+    boost::shared_ptr<const ParameterMemento> m_whole;
+    std::vector<OfView> m_views;
 };
 
 template <class T> boost::shared_ptr<Bsc::MementoBase> Parameter<T>::exportState() const {
@@ -70,23 +227,19 @@ template <class T> boost::shared_ptr<Bsc::MementoBase> Parameter<T>::exportState
 }
 
 template <class T>
-boost::shared_ptr<Bsc::MementoBase> Parameter<T>::exportStateAround(const std::vector<Context>& places) const {
-    constexpr int shortList = 64;
-    const View view = places.empty() ? View::INVALID() : places.front().view;
-    const PVData* const data = m_views.findRealViewData(splittable() ? view : View(View::defaultViewId()));
-    if (!data || data->keyframes.size() <= shortList || !isOfKnownClass())
-        return exportState();
-    const auto memento = boost::make_shared<StretchesMemento>(*data);
-    for (const Context& place : places) {
-        if (place.time.isValid())
-            memento->add(detail::KeyframeStretch<T>::around(data->keyframes, place.time));
+boost::shared_ptr<Bsc::MementoBase> Parameter<T>::exportStateAround(const detail::Places& places) const {
+    if (!isOfKnownClass()) {
+        auto memento = exportState();
+        const Bsc::MementoBase* const taken = memento.get();
+        if (!taken || typeid(*taken) != typeid(ParameterMemento))
+            return memento;
     }
-    return memento;
+    return boost::make_shared<StateAround>(*this, places);
 }
 
 template <class T> void Parameter<T>::doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) {
     const auto* const whole = dynamic_cast<const ParameterMemento*>(snapshot.get());
-    const auto* const part = dynamic_cast<const StretchesMemento*>(snapshot.get());
+    const auto* const part = dynamic_cast<const StateAround*>(snapshot.get());
     if (whole) {
         takeKeyframeData(whole->state, true);
         copyOwnAttributes(whole->state, NamePrefix::Copy);

@@ -288,14 +288,11 @@ template <class T> void Parameter<T>::importKeyframe(const SerialisedKeyframe& k
         if (guard.alive())
             vSetInterpolationData(itype, static_cast<unsigned int>(index), context.view);
     };
-    const PVData* const data = m_views.findRealViewData(tellsViewsApart() ? context.view : View(View::defaultViewId()));
-    if (!data) {
+    if (!m_views.findRealViewData(tellsViewsApart() ? context.view : View(View::defaultViewId()))) {
         steps();
         return;
     }
-    StretchesMemento former(*data);
-    if (context.time.isValid())
-        former.add(StretchesMemento::Stretch::around(data->keyframes, context.time));
+    const StateAround former(*this, {detail::Place::at(context)});
     detail::changeOrGoBack(*this, steps, [&] { former.putBack(*this); });
 }
 

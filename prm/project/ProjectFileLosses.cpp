@@ -6,7 +6,7 @@
 #include "prm/ParameterWithoutType.h"
 #include "prm/ProjectFile.h"
 #include "prm/StaticParameter.h"
-#include "prm/untyped/PartialSnapshot.h"
+#include "prm/untyped/PartialState.h"
 
 #include <QMap>
 

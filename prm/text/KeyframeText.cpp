@@ -23,7 +23,14 @@ namespace {
 class Characters {
 public:
     void add(QLatin1String text) { m_end = std::copy(text.begin(), text.end(), m_end); }
-    void addSixDigits(double number) { m_end = detail::addSixDigits(m_end, number); }
+    void addNumber(double number, Digits digits, QString& text) {
+        if (digits == Digits::Six) {
+            m_end = detail::addSixDigits(m_end, number);
+        } else {
+            addTo(text);
+            detail::addShortest(text, number);
+        }
+    }
     void addTo(QString& text) {
         text += QLatin1String(m_characters.data(), static_cast<int>(m_end - m_characters.data()));
         m_end = m_characters.data();
@@ -48,7 +55,7 @@ Time readTime(QStringView text) {
     return time;
 }
 
-void writeKeyframe(QString& text, View view, Time time, const QString& value, const IType& itype) {
+void writeKeyframe(QString& text, View view, Time time, const QString& value, const IType& itype, Digits digits) {
     const QLatin1String separator(", ");
     const bool isBezier = itype.interpolation == Interpolation::Bezier;
     if (view != View(View::defaultViewId()))
@@ -56,14 +63,14 @@ void writeKeyframe(QString& text, View view, Time time, const QString& value, co
     Characters characters;
     characters.add(isBezier ? QLatin1String("keyframes.append( BezierKey( ")
                             : QLatin1String("keyframes.append( Key( "));
-    characters.addSixDigits(time.toDouble());
+    characters.addNumber(time.toDouble(), digits, text);
     characters.add(separator);
     characters.addTo(text);
     text += value;
     if (isBezier) {
         for (const double number : {itype.x1, itype.y1, itype.x2, itype.y2}) {
             characters.add(separator);
-            characters.addSixDigits(number);
+            characters.addNumber(number, digits, text);
         }
     } else {
         characters.add(separator);

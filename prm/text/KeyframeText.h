@@ -13,8 +13,11 @@
 namespace Prm::detail {
 
 /// Appends "keyframes.append( Key( <time>, <value>, <interpolation> ) )", or the Bezier form with its four numbers,
-/// with the view's prefix for every view but the default one. Times and shape numbers have six significant digits.
-PRM_EXPORT void writeKeyframe(QString& text, View view, Time time, const QString& value, const IType& itype);
+/// with the view's prefix for every view but the default one. Times and shape numbers have six significant digits, or
+/// all that they need.
+enum class Digits { Six, All };
+PRM_EXPORT void writeKeyframe(QString& text, View view, Time time, const QString& value, const IType& itype,
+                              Digits digits = Digits::Six);
 
 /// A keyframe line that cannot be taken apart, which is the line's fault: what else is thrown while a line is read
 /// comes from a host's observers and conversions.

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "prm/KeyframeData.h"
+#include "prm/ValueType.h"
 #include "prm/track/KeyframeSearch.h"
+#include "prm/track/Place.h"
 
 #include <QVector>
 
 #include <algorithm>
-#include <limits>
+#include <vector>
 
 namespace Prm::detail {
 
@@ -22,23 +24,41 @@ template <class Keyframe> void makeRoom(QVector<Keyframe>& keyframes, int more) 
 template <class T> struct KeyframeStretch {
     using Keyframes = QVector<KeyframeData<T>>;
 
-    static KeyframeStretch between(const Keyframes& list, Time first, Time last) {
+    /// From the keyframe before a place to the one after it, or to the end of all times; still without keyframes.
+    static KeyframeStretch around(const Keyframes& list, const Place& place) {
+        const int before = lowerBound(list, place.first) - 1;
+        const int after = endOf(list, place.last);
+        return {before < 0 ? Place::earliest() : list.at(before).time,
+                after == list.size() ? Time(Time::LAST) : list.at(after).time,
+                {}};
+    }
+
+    bool isWhole() const { return first == Place::earliest() && last == Time::LAST; }
+    void fill(const Keyframes& list) {
         const int begin = lowerBound(list, first);
-        return {first, last, list.mid(begin, behind(list, last) - begin)};
+        keyframes = list.mid(begin, endOf(list, last) - begin);
     }
-    /// From the keyframe before the time to the one behind it, or to the end of all times.
-    static KeyframeStretch around(const Keyframes& list, Time time) {
-        const int before = lowerBound(list, time) - 1;
-        const int after = behind(list, time);
-        return between(list, before < 0 ? earliest() : list.at(before).time,
-                       after == list.size() ? Time(Time::LAST) : list.at(after).time);
+
+    /// Whether the stretch of the list is the same.
+    bool equals(const Keyframes& list) const {
+        const int begin = lowerBound(list, first);
+        const int end = endOf(list, last);
+        const bool isShared = list.constData() == keyframes.constData() && list.size() == keyframes.size();
+        return isShared || std::equal(list.begin() + begin, list.begin() + end, keyframes.begin(), keyframes.end(),
+                                      [](const KeyframeData<T>& a, const KeyframeData<T>& b) {
+                                          return a.time == b.time && ValueType<T>::equal(a.value, b.value) &&
+                                                 a.interpolationData == b.interpolationData;
+                                      });
     }
-    KeyframeStretch present(const Keyframes& list) const { return between(list, first, last); }
 
     /// Makes the stretch of the list what it was. The list has room.
     void putBack(Keyframes& list) const {
+        if (isWhole()) {
+            list = keyframes;
+            return;
+        }
         const int begin = lowerBound(list, first);
-        const int surplus = behind(list, last) - begin - keyframes.size();
+        const int surplus = endOf(list, last) - begin - keyframes.size();
         if (surplus > 0)
             list.remove(begin, surplus);
         else if (surplus < 0)
@@ -51,11 +71,39 @@ template <class T> struct KeyframeStretch {
     Keyframes keyframes;
 
 private:
-    static constexpr Time earliest() { return Time::fromDouble(-std::numeric_limits<double>::infinity()); }
-    static int behind(const Keyframes& list, Time time) {
+    static int endOf(const Keyframes& list, Time time) {
         const int position = lowerBound(list, time);
         return position < list.size() && list.at(position).time == time ? position + 1 : position;
     }
 };
+
+/// The keyframes of a list with other times: those that are moved keep their order, take the place of those that stay
+/// at their times, and of several at one time the last one is left.
+template <class T, class Mapping>
+QVector<KeyframeData<T>> retimed(const QVector<KeyframeData<T>>& list, const Mapping& mapping) {
+    struct Moved {
+        Time time;
+        bool isMoved;
+        int from;
+    };
+    std::vector<Moved> order;
+    order.reserve(static_cast<std::size_t>(list.size()));
+    for (int i = 0; i < list.size(); ++i) {
+        const Time time = mapping(list.at(i).time);
+        order.push_back({time, time != list.at(i).time, i});
+    }
+    std::stable_sort(order.begin(), order.end(), [](const Moved& a, const Moved& b) {
+        return a.time != b.time ? a.time < b.time : a.isMoved < b.isMoved;
+    });
+    QVector<KeyframeData<T>> result;
+    result.reserve(list.size());
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        if (i + 1 < order.size() && order[i + 1].time == order[i].time)
+            continue;
+        result.append(list.at(order[i].from));
+        result.last().time = order[i].time;
+    }
+    return result;
+}
 
 } // namespace Prm::detail

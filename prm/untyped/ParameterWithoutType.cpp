@@ -105,12 +105,18 @@ void ParameterWithoutType::announceDeletion() noexcept {
     }
 }
 
+void ParameterWithoutType::takeOwnAttributes(const OwnAttributes& attributes) {
+    m_locked = attributes.locked;
+    m_hidden = attributes.hidden;
+    setExtraName(attributes.extraName);
+    m_namePrefix = attributes.namePrefix;
+}
+
 void ParameterWithoutType::copyOwnAttributes(const ParameterWithoutType& other, NamePrefix prefix) {
-    m_locked = other.m_locked;
-    m_hidden = other.m_hidden;
-    setExtraName(other.extraName());
-    if (prefix == NamePrefix::Copy)
-        m_namePrefix = other.m_namePrefix;
+    OwnAttributes attributes = other.ownAttributes();
+    if (prefix == NamePrefix::Keep)
+        attributes.namePrefix = m_namePrefix;
+    takeOwnAttributes(attributes);
 }
 
 void ParameterWithoutType::assignFrom(const ParameterWithoutType& other) {
@@ -189,12 +195,20 @@ quint64 ParameterWithoutType::keyframeRevision() const {
     return 0;
 }
 
-boost::shared_ptr<Bsc::MementoBase> ParameterWithoutType::exportStateAround(const std::vector<Context>&) const {
+boost::shared_ptr<Bsc::MementoBase> ParameterWithoutType::exportStateAround(const detail::Places&) const {
     return exportState();
 }
 
 std::optional<bool> ParameterWithoutType::readBriefly(QStringView, const ProjectFileVersion&) {
     return {};
+}
+
+bool ParameterWithoutType::keyframeTogether() const {
+    return false;
+}
+
+void ParameterWithoutType::retimeKeyframes(const boost::function<Time(Time)>& mapping) {
+    adjustKeyframesTime(mapping);
 }
 
 void ParameterWithoutType::attachObserver(const QObject* observer, const char* slot) const {

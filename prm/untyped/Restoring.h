@@ -1,17 +1,13 @@
 #pragma once
 
-#include "host/bsc/MementoBase.h"
-#include "host/bsc/MementoUndoable.h"
 #include "prm/BasicParameter.h"
 
-#include <boost/shared_ptr.hpp>
+#include <exception>
 
 namespace Prm::detail {
 
-using Snapshot = boost::shared_ptr<Bsc::MementoBase>;
-
-/// Changes a parameter; when that throws, goes back before the exception goes on. What going back throws comes too
-/// late: it is an observer's, who was told of what is done.
+/// Changes a parameter; when that throws, goes back before the exception goes on. What going back throws is dropped: it
+/// is an observer's, and the first exception is under way.
 template <class Change, class Back>
 void changeOrGoBack(const BasicParameter& parameter, const Change& change, const Back& back) {
     const LifeGuard guard(parameter);
@@ -27,9 +23,24 @@ void changeOrGoBack(const BasicParameter& parameter, const Change& change, const
     }
 }
 
-/// The same, back to a snapshot.
-template <class Change> void changeOrPutBack(BasicParameter& parameter, const Snapshot& former, const Change& change) {
-    changeOrGoBack(parameter, change, [&] { Bsc::importState(parameter, former, true); });
-}
+/// Takes several steps, all of them; then the first of their exceptions goes on.
+class FirstException {
+public:
+    template <class Step> void during(const Step& step) {
+        try {
+            step();
+        } catch (...) {
+            if (!m_first)
+                m_first = std::current_exception();
+        }
+    }
+    void goOn() const {
+        if (m_first)
+            std::rethrow_exception(m_first);
+    }
+
+private:
+    std::exception_ptr m_first;
+};
 
 } // namespace Prm::detail

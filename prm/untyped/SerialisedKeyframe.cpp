@@ -8,4 +8,8 @@ bool SerialisedKeyframe::equals(const SerialisedKeyframe&) const {
     return false;
 }
 
+QString SerialisedKeyframe::toExactString() const {
+    return toString();
+}
+
 } // namespace Prm

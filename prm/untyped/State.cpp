@@ -1,0 +1,171 @@
+#include "prm/untyped/State.h"
+
+#include "host/bsc/MementoUndoable.h"
+#include "prm/ParameterSet.h"
+#include "prm/untyped/PartialState.h"
+#include "prm/untyped/Restoring.h"
+
+#include <QDebug>
+#include <QSet>
+
+#include <algorithm>
+#include <utility>
+
+namespace Prm::detail {
+
+namespace {
+
+/// Exactly the same, also where the comparison of variants is fuzzy.
+bool sameVariants(const QVariant& a, const QVariant& b) {
+    if (a.userType() != b.userType())
+        return false;
+    return a.userType() == QMetaType::Double ? a.toDouble() == b.toDouble() : a == b;
+}
+
+} // namespace
+
+bool equalsState(const Bsc::MementoBase& memento, const BasicParameter& parameter) {
+    const auto* const partial = dynamic_cast<const PartialState*>(&memento);
+    return partial && partial->equals(parameter);
+}
+
+boost::shared_ptr<Bsc::MementoBase> presentState(const Bsc::MementoBase& memento, const BasicParameter& parameter) {
+    const auto* const partial = dynamic_cast<const PartialState*>(&memento);
+    return partial ? partial->present(parameter) : parameter.exportState();
+}
+
+MasterLink::MasterLink(const ParameterWithoutType& constrained)
+    : m_master(constrained.masterParameter()), m_position(m_master ? constrained.placeAt(*m_master) : 0),
+      m_pending(constrained.pendingMasterParameterId()) {}
+
+bool MasterLink::equals(const ParameterWithoutType& constrained) const {
+    return constrained.masterParameter() == m_master && constrained.pendingMasterParameterId() == m_pending;
+}
+
+bool MasterLink::mayRestore(const ParameterWithoutType& constrained) const {
+    if (!m_master || !m_master->wouldCloseCircle(constrained))
+        return true;
+    qWarning() << "Undo:" << constrained.scriptName() << "has become a master of" << m_master->scriptName()
+               << "and cannot be constrained to it.";
+    return false;
+}
+
+void MasterLink::restore(ParameterWithoutType& constrained) const {
+    constrained.tieTo(mayRestore(constrained) ? m_master.data() : nullptr, m_position);
+    constrained.setPendingMasterParameterId(m_pending);
+}
+
+/// Finds the parameters that a change of one leads to. It leads up to every compound that lists a changed parameter,
+/// and from one that is keyed together down to all parts.
+class State::Reach {
+public:
+    /// Without the edited one and its own parts.
+    static std::vector<ParameterWithoutType*> from(BasicParameter& edited) {
+        Reach reach;
+        reach.descend(edited);
+        reach.m_found.clear();
+        while (!reach.m_climbers.empty()) {
+            for (BasicParameter* const changed : std::exchange(reach.m_climbers, {}))
+                reach.climb(*changed);
+        }
+        return std::move(reach.m_found);
+    }
+
+private:
+    void climb(BasicParameter& parameter) {
+        for (ParameterSet* const set : qAsConst(parameter.m_listedIn)) {
+            auto* const compound = dynamic_cast<ParameterWithoutType*>(set);
+            if (!compound || m_compounds.contains(compound))
+                continue;
+            m_compounds.insert(compound);
+            m_climbers.push_back(compound);
+            if (!compound->keyframeTogether())
+                continue;
+            for (const auto& part : set->parameters())
+                descend(*part);
+        }
+    }
+    void descend(BasicParameter& parameter) {
+        if (m_descended.contains(&parameter))
+            return;
+        m_descended.insert(&parameter);
+        m_climbers.push_back(&parameter);
+        auto* const set = dynamic_cast<ParameterSet*>(&parameter);
+        auto* const animated = set ? nullptr : qobject_cast<ParameterWithoutType*>(&parameter);
+        if (animated)
+            m_found.push_back(animated);
+        else if (set)
+            for (const auto& part : set->parameters())
+                descend(*part);
+    }
+
+    std::vector<ParameterWithoutType*> m_found;
+    std::vector<BasicParameter*> m_climbers;
+    QSet<const BasicParameter*> m_descended;
+    QSet<const BasicParameter*> m_compounds;
+};
+
+State::Kept State::Kept::of(BasicParameter& parameter, const Places& places) {
+    if (const auto* const animated = qobject_cast<const ParameterWithoutType*>(&parameter))
+        return {&parameter, animated->exportStateAround(places), {}};
+    return {&parameter, parameter.exportState(), parameter.variantValue(Context(Time::INVALID), std::nothrow)};
+}
+
+bool State::Kept::equals() const {
+    if (!parameter)
+        return true;
+    if (qobject_cast<const ParameterWithoutType*>(parameter.data()))
+        return equalsState(*memento, *parameter);
+    return sameVariants(value, parameter->variantValue(Context(Time::INVALID), std::nothrow));
+}
+
+State::State(BasicParameter& edited, const Places& places) : m_kept{Kept::of(edited, places)} {
+    for (ParameterWithoutType* const other : Reach::from(edited))
+        m_kept.push_back(Kept::of(*other, places));
+}
+
+State State::withMaster(ParameterWithoutType& edited) {
+    State state;
+    state.m_link.emplace(edited);
+    state.m_kept.push_back(Kept::of(edited, {}));
+    return state;
+}
+
+State State::present() const {
+    State now;
+    for (const Kept& kept : m_kept) {
+        if (kept.parameter)
+            now.m_kept.push_back({kept.parameter, presentState(*kept.memento, *kept.parameter), {}});
+    }
+    if (m_link && m_kept.front().parameter)
+        now.m_link.emplace(*qobject_cast<ParameterWithoutType*>(m_kept.front().parameter.data()));
+    return now;
+}
+
+bool State::equals() const {
+    const auto* const edited = qobject_cast<const ParameterWithoutType*>(m_kept.front().parameter.data());
+    return (!m_link || !edited || m_link->equals(*edited)) &&
+           std::all_of(m_kept.begin(), m_kept.end(), [](const Kept& kept) { return kept.equals(); });
+}
+
+void State::forgetUnchanged() {
+    m_kept.erase(
+        std::remove_if(m_kept.begin() + 1, m_kept.end(), [](const Kept& kept) { return kept.equals(); }),
+        m_kept.end());
+}
+
+void State::putBack() const {
+    FirstException first;
+    for (const Kept& kept : m_kept) {
+        if (!kept.parameter)
+            continue;
+        first.during([&] {
+            if (m_link && &kept == &m_kept.front())
+                m_link->restore(*qobject_cast<ParameterWithoutType*>(kept.parameter.data()));
+            Bsc::importState(*kept.parameter, kept.memento, true);
+        });
+    }
+    first.goOn();
+}
+
+} // namespace Prm::detail
