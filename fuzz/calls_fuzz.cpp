@@ -312,20 +312,12 @@ private:
             m_interfered = m_interfered || m_threw;
         }
         m_world.plain.constrained = m_world.lists().constrained;
-        m_interfered = m_interfered || isKeyedTogether();
         if (m_interfered)
             return;
         m_done = arrived ? arrival : m_done;
         if (m_states.size() == m_done)
             m_states.push_back(m_world.state());
         Fuzz::same(arrived ? "done and undone" : "what threw has not happened", m_states[m_done], m_world.state());
-    }
-    /// Parts that follow others are not the command's.
-    bool isKeyedTogether() const {
-        return std::any_of(m_world.slots.begin(), m_world.slots.end(), [](const Slot& slot) {
-            const auto* const compound = dynamic_cast<const CompoundParameter*>(slot.get());
-            return compound && compound->keyframeTogether() && !compound->parameters().empty();
-        });
     }
 
     // What must hold.

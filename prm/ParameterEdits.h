@@ -61,17 +61,17 @@ private:
     QString m_scriptName;
 };
 
-/// An edit that takes the state of what it concerns each time it is done and puts it back when it is undone, which sends
-/// PARAMETER_ASSIGNED; `isImporting()` is true meanwhile. When doing it has changed nothing, no state is kept and
+/// An edit that takes the state of what it concerns each time it is done and puts it back when it is undone, which
+/// sends PARAMETER_ASSIGNED; `isImporting()` is true meanwhile. When doing it has changed nothing, no state is kept and
 /// undoing does nothing.
 ///
 /// An edit of a part whose compound is keyed together concerns all parts: doing it may give them keyframes or delete
 /// theirs. Those that have changed are put back, too.
 ///
-/// The state is of the whole parameter while that has at most 64 keyframes and views. Of a larger one it is the settings
-/// and the views that the edit concerns: their static values, and the keyframes from the one before each edited time to
-/// the one after it. What has been changed meanwhile by other means than edits that are undone before, undoing takes
-/// back in the first case and leaves alone in the second.
+/// The state is of the whole parameter while that has at most 64 keyframes and views. Of a larger one it is the
+/// settings and the views that the edit concerns: their static values, and the keyframes from the one before each
+/// edited time to the one after it. What has been changed meanwhile by other means than edits that are undone before,
+/// undoing takes back in the first case and leaves alone in the second.
 ///
 /// \snippet every_edit.cpp keyframes
 class PRM_EXPORT ParameterSnapshotEdit : public ParameterEdit {
@@ -325,8 +325,8 @@ class PRM_EXPORT ParameterRetimeEdit : public ParameterSnapshotEdit {
 public:
     ParameterRetimeEdit(ParameterWithoutType& parameter, const Retiming& retiming);
     ~ParameterRetimeEdit() override;
-    /// Appends one edit, also for a compound; the last form one for each parameter of the set and its subsets. A set that
-    /// is a compound is retimed as one parameter.
+    /// Appends one edit, also for a compound; the last form one for each parameter of the set and its subsets. A set
+    /// that is a compound is retimed as one parameter.
     static Bsc::CompositeCommand& appendToCommand(ParameterWithoutType& parameter, const Retiming& retiming,
                                                   Bsc::CompositeCommand& command);
     static Bsc::CompositeCommand& appendToCommand(CompoundParameter& parameter, const Retiming& retiming,
@@ -348,8 +348,8 @@ private:
 /// replaced. Doing it throws `std::runtime_error` for a line that is no keyframe, before anything changes.
 ///
 /// Times and shapes are taken exactly as the text has them. What is pasted from `textOf` is what was copied, digit for
-/// digit. Lines of project text have six digits; then two keyframes that were close to each other may stand at one time,
-/// of which the last is left: `losses` says so before.
+/// digit. Lines of project text have six digits; then two keyframes that were close to each other may stand at one
+/// time, of which the last is left: `losses` says so before.
 ///
 /// \snippet every_edit.cpp times
 class PRM_EXPORT ParameterPasteKeyframesEdit : public ParameterSnapshotEdit {
@@ -457,8 +457,8 @@ protected:
 };
 
 /// Makes one parameter the master of another, which is the one that is edited: undoing gives that one its own data and
-/// its former master back. Without a master where the former one has died, or, with a warning, where it has come to show
-/// the animation of the edited parameter.
+/// its former master back. Without a master where the former one has died, or, with a warning, where it has come to
+/// show the animation of the edited parameter.
 ///
 /// \snippet every_edit.cpp links
 class PRM_EXPORT ParameterAddConstrainedParameterEdit : public ParameterSnapshotEdit {

@@ -1,6 +1,7 @@
 // What grows with a project must not grow faster than it: counted in allocations and calls, never timed.
 
 #include "prm/CompoundParameter.h"
+#include "prm/MoveKeyframeEdit.h"
 #include "prm/NumericParameter.h"
 #include "prm/ParameterEdits.h"
 #include "prm/ProjectFile.h"
@@ -81,6 +82,11 @@ void edit(Project& project, int size) {
         (*command)->undoIt();
 }
 
+void finish(Project& project, Bsc::Command* edit) {
+    project.done.emplace_back(edit);
+    edit->doIt();
+}
+
 struct Row {
     const char* name;
     void (*build)(Project& project, int size);
@@ -104,6 +110,40 @@ const Row rows[] = {
     {"sets", chain, 250},
     {"parts of a compound", keyTogether, 100},
     {"undo steps", edit, 1000},
+    {"moves on a long list",
+     [](Project& project, int size) {
+         NumericParameter<double>& number = project.add(*project.root);
+         keyMany(number, size);
+         for (int i = 0; i < size; ++i)
+             finish(project, new MoveKeyframeEdit(number, at(i), at(i + 0.5)));
+     },
+     500},
+    {"views edited and deleted",
+     [](Project& project, int size) {
+         NumericParameter<double>& number = project.add(*project.root);
+         for (quint32 view = 0; view < static_cast<quint32>(size); ++view)
+             finish(project, new ParameterSetValueEdit(number, 1., at(1, view)));
+         for (quint32 view = 0; view < static_cast<quint32>(size); ++view)
+             finish(project, new ParameterDeleteViewEdit(number, View(view)));
+     },
+     250},
+    {"edits of a part",
+     [](Project& project, int size) {
+         const auto group = boost::make_shared<CompoundParameter>("group", true);
+         for (int i = 0; i < 3; ++i)
+             group->addParameter(boost::make_shared<Number>(i));
+         for (int i = 0; i < size; ++i)
+             finish(project, new ParameterSetValueEdit(*group->parameters().front(), i, at(i)));
+     },
+     250},
+    {"keyframes that pass others",
+     [](Project& project, int size) {
+         NumericParameter<double>& number = project.add(*project.root);
+         keyMany(number, size);
+         finish(project, new ParameterRetimeEdit(
+                             number, Retiming::shifted(size * 0.75).between(Time(), Time::fromInt(size / 2))));
+     },
+     1000},
 };
 
 /// Of building, saving and loading: allocations, the bytes that they ask for, which tell of copies as well, and the

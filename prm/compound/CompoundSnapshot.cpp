@@ -27,9 +27,8 @@ public:
     };
 
     bool equals(const BasicParameter&) const override {
-        return std::all_of(parts.begin(), parts.end(), [](const OfPart& one) {
-            return !one.part || detail::equalsState(*one.state, *one.part);
-        });
+        return std::all_of(parts.begin(), parts.end(),
+                           [](const OfPart& one) { return !one.part || detail::equalsState(*one.state, *one.part); });
     }
     boost::shared_ptr<Bsc::MementoBase> present(const BasicParameter&) const override {
         const auto now = boost::make_shared<StateOfParts>();

@@ -1,7 +1,7 @@
 #include "prm/edits/KeyframeMoves.h"
 
-#include "prm/SerialisedKeyframe.h"
 #include "prm/ParameterSet.h"
+#include "prm/SerialisedKeyframe.h"
 
 namespace Prm::detail {
 

@@ -59,17 +59,19 @@ void MasterLink::restore(ParameterWithoutType& constrained) const {
 /// and from one that is keyed together down to all parts.
 class State::Reach {
 public:
-    /// Without the edited one and its own parts.
-    static std::vector<ParameterWithoutType*> from(BasicParameter& edited) {
-        Reach reach;
-        reach.descend(edited);
-        reach.m_found.clear();
-        while (!reach.m_climbers.empty()) {
-            for (BasicParameter* const changed : std::exchange(reach.m_climbers, {}))
-                reach.climb(*changed);
+    explicit Reach(BasicParameter& edited) {
+        descend(edited);
+        m_found.clear();
+        while (!m_climbers.empty()) {
+            for (BasicParameter* const changed : std::exchange(m_climbers, {}))
+                climb(*changed);
         }
-        return std::move(reach.m_found);
     }
+
+    /// Without the edited one and its own parts.
+    const std::vector<ParameterWithoutType*>& others() const { return m_found; }
+    /// Where others may change when an edit has these places.
+    Places reached(const Places& places) const { return m_compounds.isEmpty() || !m_losesTimes ? places : Places(); }
 
 private:
     void climb(BasicParameter& parameter) {
@@ -92,6 +94,8 @@ private:
         m_climbers.push_back(&parameter);
         auto* const set = dynamic_cast<ParameterSet*>(&parameter);
         auto* const animated = set ? nullptr : qobject_cast<ParameterWithoutType*>(&parameter);
+        // Written in one view and asked about in another one, it names the times of other keyframes to its compounds.
+        m_losesTimes = m_losesTimes || (animated && !animated->splittable() && animated->numViews() > 1);
         if (animated)
             m_found.push_back(animated);
         else if (set)
@@ -103,6 +107,7 @@ private:
     std::vector<BasicParameter*> m_climbers;
     QSet<const BasicParameter*> m_descended;
     QSet<const BasicParameter*> m_compounds;
+    bool m_losesTimes = false;
 };
 
 State::Kept State::Kept::of(BasicParameter& parameter, const Places& places) {
@@ -119,9 +124,12 @@ bool State::Kept::equals() const {
     return sameVariants(value, parameter->variantValue(Context(Time::INVALID), std::nothrow));
 }
 
-State::State(BasicParameter& edited, const Places& places) : m_kept{Kept::of(edited, places)} {
-    for (ParameterWithoutType* const other : Reach::from(edited))
-        m_kept.push_back(Kept::of(*other, places));
+State::State(BasicParameter& edited, const Places& places) {
+    const Reach reach(edited);
+    const Places reached = reach.reached(places);
+    m_kept.push_back(Kept::of(edited, reached));
+    for (ParameterWithoutType* const other : reach.others())
+        m_kept.push_back(Kept::of(*other, reached));
 }
 
 State State::withMaster(ParameterWithoutType& edited) {
@@ -149,9 +157,8 @@ bool State::equals() const {
 }
 
 void State::forgetUnchanged() {
-    m_kept.erase(
-        std::remove_if(m_kept.begin() + 1, m_kept.end(), [](const Kept& kept) { return kept.equals(); }),
-        m_kept.end());
+    m_kept.erase(std::remove_if(m_kept.begin() + 1, m_kept.end(), [](const Kept& kept) { return kept.equals(); }),
+                 m_kept.end());
 }
 
 void State::putBack() const {

@@ -17,7 +17,7 @@
 #include <string>
 
 /// A small project to edit: a keyed number with a split view, one without keyframes, a master with two parameters
-/// constrained to it, a compound, a static text.
+/// constrained to it, a compound, a compound in one that is keyed together, a static text.
 struct World {
     /// With so many more keyframes behind the others.
     explicit World(int more = 0) {
@@ -40,14 +40,18 @@ struct World {
         key(*joined, {{10, 3.}, {50, 7.}}, 1);
         joined->setSplittable(false);
         pair->addParameter(joined);
+        outer->addParameter(pair);
+        outer->addParameter(far);
+        key(*far, {{15, 1.}}, 2);
         for (int i = 0; i < more; ++i) {
-            for (const auto& parameter : {number, tied, joined, x, y})
+            for (const auto& parameter : {number, tied, joined, x, y, far})
                 key(*parameter, {{1000 + i, i * 1.}});
             key(*number, {{1000 + i, i * 2.}}, 1);
         }
         for (const auto& parameter : {number, plain, master, tied, second})
             set->addParameter(parameter);
         set->addParameter(position);
+        set->addParameter(outer);
         set->adoptBasicParameter(std::unique_ptr<Prm::BasicParameter>(text));
         set->assignNamePrefixes();
     }
@@ -61,7 +65,7 @@ struct World {
         QString written;
         QTextStream stream(&written);
         set->bStreamOut(stream, QString(), true);
-        for (const auto& parameter : {number, plain, joined, master, tied, second, x, y})
+        for (const auto& parameter : {number, plain, joined, far, master, tied, second, x, y})
             write(stream, *parameter);
         return written.toStdString();
     }
@@ -96,6 +100,8 @@ struct World {
     Shared<Number> y{new Number("y")};
     Shared<Prm::CompoundParameter> position{new Prm::CompoundParameter("position", true)};
     Shared<Prm::CompoundParameter> pair{new Prm::CompoundParameter("pair")};
+    Shared<Number> far{new Number("far")};
+    Shared<Prm::CompoundParameter> outer{new Prm::CompoundParameter("outer", true)};
     Prm::OwnedStaticParameter<QString>* text = new Prm::OwnedStaticParameter<QString>("text", "old");
     std::unique_ptr<Prm::ParameterSet> set = std::make_unique<Prm::ParameterSet>("set");
 };

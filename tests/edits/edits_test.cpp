@@ -1,3 +1,5 @@
+#include "prm/SerialisedKeyframe.h"
+#include "prm/parameter/TypedSerialisedKeyframe.hpp"
 #include "tests/edits/World.h"
 #include "tests/support/Allocations.h"
 #include "tests/support/Always.h"
@@ -34,6 +36,12 @@ ParameterWithoutType* tied(World& w) {
 }
 ParameterWithoutType* x(World& w) {
     return w.x.get();
+}
+ParameterWithoutType* y(World& w) {
+    return w.y.get();
+}
+ParameterWithoutType* far(World& w) {
+    return w.far.get();
 }
 
 template <class Edit, class... More> auto edit(World::Shared<World::Number> World::*which, More... more) {
@@ -84,6 +92,8 @@ const Row rows[] = {
     {"sets a text", [](World& w) { return new ParameterSetStaticValueEdit(*w.text, QString("new")); }, number, "", ""},
     {"resets at a keyframe", edit<ParameterResetEdit>(&World::number, at(10)), number, "R", "P"},
     {"resets a static value", edit<ParameterResetEdit>(&World::plain, still()), plain, "E", "P"},
+    {"resets the source data at a frame", edit<ParameterResetEdit>(&World::plain, Context(Time(), View::INVALID())),
+     plain, "E", "P"},
     {"splits a view", edit<ParameterSplitViewEdit>(&World::number, View(4)), number, "NS", "P"},
     {"deletes a view", edit<ParameterDeleteViewEdit>(&World::number, View(0)), number, "D", "P"},
     {"moves a keyframe", edit<MoveKeyframeEdit>(&World::number, at(10), at(12)), number, "RAVII", "P"},
@@ -110,6 +120,18 @@ const Row rows[] = {
      [](World&
             w) { return new ParameterRetimeEdit(*w.position, Retiming::shifted(3).between(Time(), Time::fromInt(6))); },
      x, nullptr, "P"},
+    {"shifts a compound past others",
+     [](World& w) { return new ParameterRetimeEdit(*w.position, Retiming::shifted(4).between(Time(), Time::fromInt(6))); },
+     y, "P", "P"},
+    {"keys a part", edit<ParameterSetValueEdit>(&World::x, QVariant(8), at(3, 1)), y, "NA", "P"},
+    {"deletes a keyframe of a part", edit<ParameterDeleteKeyEdit>(&World::x, Context::Explicit(at(6))), y, "", "P"},
+    {"resets a part", edit<ParameterResetEdit>(&World::y, at(6)), x, "", "P"},
+    {"moves one of a part", edit<MoveKeyframeEdit>(&World::x, at(6), at(7)), y, "A", "P"},
+    {"shifts a part past another",
+     edit<ParameterRetimeEdit>(&World::x, Retiming::shifted(8).between(Time(), Time::fromInt(5))), y, "A", "P"},
+    {"pastes into a part", edit<ParameterPasteKeyframesEdit>(&World::y, pasted), x, nullptr, "P"},
+    {"keys a part of a part", edit<ParameterAddKeyEdit>(&World::joined, at(4)), far, "A", "P"},
+    {"keys a part beside a part", edit<ParameterAddKeyEdit>(&World::far, at(4, 7)), joined, "A", "P"},
     {"sets before of a compound",
      [](World& w) { return new ParameterExtrapolationBeforeEdit(*w.position, Extrapolation::Linear); }, x, "B", "P"},
     {"keys a compound", [](World& w) { return new ParameterAddKeyEdit(*w.position, at(3)); }, x, "A", "P"},
@@ -125,6 +147,13 @@ const Row rows[] = {
          MoveKeyframeEdit::appendToCommand(*w.set, Frame::fromInt(0), Frame::fromInt(3), c);
      }),
      number, "RAVII", "P"},
+    {"moves those of a set that is a compound", built([](World& w, Bsc::CompositeCommand& c) {
+         ParameterSet& position = *w.position;
+         MoveKeyframeEdit::appendToCommand(position, Frame::fromInt(6), Frame::fromInt(7), c);
+         ParameterRetimeEdit::appendToCommand(position, Retiming::shifted(1), c);
+         EXPECT_EQ(c.size(), w.position->viewList().size() + 1);
+     }),
+     x, nullptr, "PP"},
     {"shifts a set", built([](World& w, Bsc::CompositeCommand& c) {
          ParameterRetimeEdit::appendToCommand(*w.set, Retiming::shifted(7), c);
      }),
@@ -268,11 +297,14 @@ TEST(Edits, ThatChangeNothingAreSilentBothWays) {
         {"moves none", edit<MoveKeyframeEdit>(n, at(11), at(12)), number, "", ""},
         {"moves to no time", edit<MoveKeyframeEdit>(n, at(10), still()), number, "", ""},
         {"moves behind the end", edit<MoveKeyframeEdit>(n, at(10), Context(Time::LAST)), number, "", ""},
+        {"moves too far for a shift", edit<MoveKeyframeEdit>(n, at(10), at(-1e300)), number, "", ""},
         {"shifts behind the end", edit<ParameterRetimeEdit>(n, Retiming::shifted(3e9)), number, "", ""},
         {"scales backwards", edit<ParameterRetimeEdit>(n, Retiming::scaled(-1)), number, "", ""},
         {"pastes what is there", edit<ParameterPasteKeyframesEdit>(p, pasted), plain, "", ""},
         {"constrains again", [](World& w) { return new ParameterAddConstrainedParameterEdit(*w.master, *w.tied); },
          tied, "", ""},
+        {"closes a circle", [](World& w) { return new ParameterAddConstrainedParameterEdit(*w.tied, *w.master); }, tied,
+         "", ""},
         {"frees the free", edit<ParameterWithoutTypeUnconstrainEdit>(n), number, "", ""},
     };
     for (const Row& row : silent)
@@ -344,10 +376,47 @@ TEST(Edits, RetimingAndPastingDoWhatTheySay) {
     EXPECT_EQ(after(edit<ParameterPasteKeyframesEdit>(&World::number, pasted), 2), "1=5 0");
     EXPECT_EQ(after(edit<ParameterPasteKeyframesEdit>(&World::number, pasted, six, View(1)), 1), "5=7 6=5 15=8 0");
 
+    const auto partsRetimed = [](bool together) {
+        CompoundParameter both("both", together);
+        World::Number a("a");
+        World::Number b("b");
+        key(a, {{10, 1.}, {20, 2.}, {22, 3.}});
+        key(a, {{10, 1.}, {20, 2.}}, 1);
+        key(b, {{15, 5.}});
+        b.setSplittable(false);
+        both.addParameter(a);
+        both.addParameter(b);
+        ParameterRetimeEdit(both, Retiming::shifted(5).between(Time::fromInt(10), Time::fromInt(20))).doIt();
+        QString text;
+        for (const World::Number* part : {&a, &b}) {
+            for (const Context& at : part->allKeyframes())
+                text += QString("%1=%2 ").arg(at.time.toDouble()).arg(part->value(at));
+        }
+        return text.toStdString();
+    };
+    for (const bool together : {false, true})
+        EXPECT_EQ(partsRetimed(together), "15=1 22=3 25=2 15=1 25=2 20=5 ") << "each part, in each of its views";
+
     World world;
     const QString text = ParameterPasteKeyframesEdit::textOf(*world.number, View(0), Time(), Time::fromInt(10));
     EXPECT_EQ(text, "keyframes.append( BezierKey( 0, 1, 0.2, 0.3, 0.7, 1.5 ) )\n"
                     "keyframes.append( BezierKey( 10, 2, 0, 0, 0, 0 ) )\n");
+    const IType shape(Interpolation::Bezier, 1 / 3., 0.1, 2 / 3., 1);
+    key(*world.number, {{12345.6789, 5.}, {12345.679, 6.}});
+    world.number->vSetInterpolationData(shape, 3, View(0));
+    const auto close = {at(12345.6789), at(12345.679)};
+    World::Number copy("copy");
+    ParameterPasteKeyframesEdit exact(
+        copy, ParameterPasteKeyframesEdit::textOf(*world.number, View(0), Time::fromInt(100), Time::LAST));
+    EXPECT_TRUE(exact.losses().isEmpty());
+    exact.doIt();
+    EXPECT_EQ(copy.allKeyframes(), QVector<Context>(close));
+    EXPECT_TRUE(copy.keyframe(0, View(0)).interpolationData == shape);
+    QString rounded;
+    for (const Context& keyframe : close)
+        rounded += copy.getSerialisedKeyframe(keyframe)->toString() + '\n';
+    EXPECT_EQ(ParameterPasteKeyframesEdit(copy, rounded).losses().size(), 1) << rounded.toStdString();
+
     const std::string before = world.state();
     for (const char* bad :
          {"keyframes.append( Key( 1, 5 ) )", "value=3", "keyframes.append( Key( 1e99, 5, Linear ) )"}) {
@@ -355,6 +424,68 @@ TEST(Edits, RetimingAndPastingDoWhatTheySay) {
         EXPECT_THROW(edit.doIt(), std::runtime_error) << bad;
         EXPECT_EQ(world.state(), before);
     }
+}
+
+/// Writes down the steps of a move.
+struct Moving : World::Number {
+    struct Keyframe : TypedSerialisedKeyframe {
+        Keyframe(const TypedSerialisedKeyframe& other, QStringList& to) : TypedSerialisedKeyframe(other), steps(to) {}
+        void adjustTime(float delta) override {
+            steps += "adjust";
+            TypedSerialisedKeyframe::adjustTime(delta);
+        }
+        QStringList& steps;
+    };
+
+    Moving() : ParameterWithoutType(false, false, nullptr), World::Number("moving") {}
+    boost::shared_ptr<Bsc::MementoBase> exportState() const override {
+        steps += "export";
+        return World::Number::exportState();
+    }
+    boost::shared_ptr<SerialisedKeyframe> getSerialisedKeyframe(Context context) const override {
+        steps += "get";
+        const auto keyframe = World::Number::getSerialisedKeyframe(context);
+        return boost::make_shared<Keyframe>(dynamic_cast<TypedSerialisedKeyframe&>(*keyframe), steps);
+    }
+    void vDeleteKeyframe(const Context::Explicit& context) override {
+        steps += "delete";
+        World::Number::vDeleteKeyframe(context);
+    }
+    void importKeyframe(const SerialisedKeyframe& keyframe) override {
+        steps += "import";
+        World::Number::importKeyframe(keyframe);
+    }
+    mutable QStringList steps;
+};
+
+TEST(Edits, AMoveTakesItsStepsInTheirOrder) {
+    Moving moving;
+    key(moving, {{1, 5.}, {4, 6.}});
+    MoveKeyframeEdit(moving, at(1), at(2)).doIt();
+    EXPECT_EQ(moving.steps.join(' ').toStdString(), "export get delete adjust import");
+    EXPECT_TRUE(moving.bKeyframeAt(Context::Explicit(at(2))));
+}
+
+TEST(Edits, OfMastersCloseNoCircleOutOfTurn) {
+    World::Number a("a");
+    World::Number b("b");
+    World::Number c("c");
+    ParameterAddConstrainedParameterEdit show(a, b);
+    ParameterWithoutTypeUnconstrainEdit leave(b);
+    ParameterAddConstrainedParameterEdit change(c, b);
+    show.doIt();
+    change.doIt();
+    b.bAddConstrainedParameter(&a);
+    change.undoIt();
+    EXPECT_EQ(b.masterParameter(), nullptr) << "a shows b by now";
+    b.bRemoveConstrainedParameter(&a);
+    a.bAddConstrainedParameter(&b);
+    leave.doIt();
+    b.bAddConstrainedParameter(&a);
+    leave.undoIt();
+    EXPECT_EQ(b.masterParameter(), nullptr);
+    show.doIt();
+    EXPECT_EQ(b.masterParameter(), nullptr);
 }
 
 } // namespace
