@@ -119,11 +119,11 @@ void ParameterWithoutTypeLockEdit::set(ParameterWithoutType& parameter, quint32 
 }
 
 detail::MasterLink::MasterLink(const ParameterWithoutType& constrained)
-    : m_master(constrained.masterParameter()), m_position(m_master ? constrained.placeAt(*m_master) : 0),
+    : m_master(constrained.masterParameter()), m_next(constrained.nextConstrained()),
       m_pending(constrained.pendingMasterParameterId()) {}
 
 void detail::MasterLink::restore(ParameterWithoutType& constrained) const {
-    constrained.tieTo(m_master.data(), m_position);
+    constrained.tieTo(m_master.data(), m_next.data());
     constrained.setPendingMasterParameterId(m_pending);
 }
 
