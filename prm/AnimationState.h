@@ -49,8 +49,13 @@ private:
 /// \threads A plain value; `views()` asks the provider on the calling thread.
 class PRM_EXPORT AnimationState : public AnimationFlags {
 public:
+    /// View 0 alone.
+    AnimationState() : AnimationState(AnimationFlags()) {}
+    /// View 0 alone. Explicit: a context and flags must not become a frame and a state, which would drop the context's
+    /// view.
+    explicit AnimationState(AnimationFlags flags) : AnimationState(flags, nullptr) {}
     /// The provider is not owned and may be null.
-    AnimationState(AnimationFlags flags = {}, const IViewsProvider* provider = nullptr);
+    AnimationState(AnimationFlags flags, const IViewsProvider* provider);
 
     /// The provider's views for these flags; view 0 alone without a provider.
     std::vector<View> views() const;

@@ -19,7 +19,7 @@ CurveParameter<T>::CurveParameter(const QString& name, const T& value, Parameter
 
 template <class T>
 CurveParameter<T>::CurveParameter(const CurveParameter& other)
-    : Bsc::MementoUndoable(other), ParameterWithoutType(other), Parameter<T>(other) {
+    : Bsc::MementoUndoable(other), ParameterWithoutType(other), Parameter<T>(static_cast<const Parameter<T>&>(other)) {
     this->setKnownClass(typeid(CurveParameter));
 }
 

@@ -14,6 +14,7 @@
 #include <QFlags>
 
 #include <atomic>
+#include <type_traits>
 #include <typeinfo>
 #include <utility>
 
@@ -23,12 +24,16 @@ namespace Prm {
 class Cache;
 
 template <class T> class PRM_EXPORT Parameter;
+template <class T> class PRM_EXPORT CurveParameter;
 
 namespace detail {
 
-/// The steps of the silent `Parameter<T>::setVariantValue`.
+/// The steps of `Parameter<T>::setVariantValue` without its checks: sets a keyframed parameter at a frame's time as
+/// `vSetValue` does, otherwise the static value. For a host's own `setVariantValue`; throws what observers and hooks
+/// do.
 template <class T>
-void default_Parameter_setVariantValue_impl(Parameter<T>& parameter, const QVariant& variant, const Context& context);
+PRM_EXPORT void default_Parameter_setVariantValue_impl(Parameter<T>& parameter, const QVariant& variant,
+                                                       const Context& context);
 
 } // namespace detail
 
@@ -57,10 +62,11 @@ Q_DECLARE_OPERATORS_FOR_FLAGS(ParameterOptions)
 ///
 /// \snippet a_switch.cpp switch
 /// \threads Values, samples and questions about the keyframes of one view may be asked from any number of threads while
-/// the owning thread edits; the answer is the state before an edit or after it. All edits belong to the owning thread,
-/// and so does what goes through all views: `viewList()`, `numViews()`, `allKeyframes()`, `forEachKeyframeTime()`
-/// without a view, writing text, taking snapshots, and being copied from. While masters are changed or a parameter is
-/// destroyed, no other thread may evaluate. No lock is held while observers are told of a change.
+/// the owning thread edits, ties to masters included; the answer is a state that was announced: that before an edit or
+/// after it and, where a view gains data, that of VIEW_ADDED between them. All edits belong to the owning thread, and
+/// so does what goes through all views: `viewList()`, `numViews()`, `allKeyframes()`, `forEachKeyframeTime()` without a
+/// view, writing text, taking snapshots, and being copied from. While a parameter or a master of its is destroyed, no
+/// other thread may evaluate it. No lock is held while observers are notified of a change.
 template <class T> class PRM_EXPORT Parameter : virtual public ParameterWithoutType {
 public:
     using KeyframeVector = QVector<KeyframeData<T>>;
@@ -79,6 +85,9 @@ public:
     /// A detached copy for snapshots: names, flags, keyframes and views; not the default value, the observers, the
     /// links or the set.
     Parameter(const Parameter& other);
+    /// A copy of a parameter with curves would hold where the original has a curve: copy it as what it is.
+    template <class Curved, class = std::enable_if_t<std::is_base_of_v<CurveParameter<T>, Curved>>>
+    Parameter(const Curved& other) = delete;
 
     // The order of the virtual operations is part of the interface.
 
@@ -98,7 +107,8 @@ public:
     using BasicParameter::setVariantValue;
     using BasicParameter::variantValue;
     /// Throws `std::runtime_error` ("Parameter not splittable", "Parameter not animated", translated) for a view other
-    /// than 0 of an unsplittable parameter, and for a frame's time of one that is not keyframed.
+    /// than 0 of an unsplittable parameter, and for a frame's time of one that is not keyframed. Otherwise calls the
+    /// virtual form with `std::nothrow`, so that nothing else is thrown.
     void setVariantValue(const QVariant& variant, const Context& context) override;
     /// Sets a keyframed parameter at a frame's time as `vSetValue` does, otherwise the static value: [VIEW_ADDED],
     /// VALUE_CHANGED if it is new.
@@ -108,7 +118,7 @@ public:
     /// The keyframe, the last one for an index beyond; without keyframes the invalid time, the static value and the
     /// default interpolation.
     virtual KeyframeData<T> keyframe(unsigned int index, const View& view) const;
-    /// Throws as `setVariantValue` does.
+    /// Throws as `setVariantValue` does. Otherwise calls the virtual form with `std::nothrow`.
     QVariant variantValue(const Context& context) const override;
     QVariant variantValue(const Context& context, const std::nothrow_t&) const override;
     QVector<Context> allKeyframes() const override;
@@ -118,8 +128,9 @@ public:
     void vSetExtrapolationBefore(Extrapolation kind) override;
     /// PARAMETER_CHANGED_EXTRAPOLATION_AFTER, also when nothing changes.
     void vSetExtrapolationAfter(Extrapolation kind) override;
-    /// Sets the kind of the keyframe at the context and shapes its segment anew; answers whether there is one.
-    /// KEYFRAME_CHANGED_INTERPOLATION, also when nothing changes.
+    /// Sets the kind of the keyframe at the context and returns whether there is one. When a keyframe follows,
+    /// `initialiseInterpolation` shapes the segment anew; it is given the keyframe with its former kind and shape. The
+    /// last keyframe keeps its shape. KEYFRAME_CHANGED_INTERPOLATION, also when nothing changes.
     bool vSetInterpolation(Interpolation kind, const Context& context) override;
     void vSetDefaultInterpolation(Interpolation kind) override;
     /// Sets kind and shape exactly as given. KEYFRAME_CHANGED_INTERPOLATION.
@@ -176,7 +187,8 @@ public:
     void setSplittable(bool splittable) override;
     bool splittable() const override;
     int numViews() const override;
-    /// The views with data of their own, in ascending order. The reference lives as long as the parameter.
+    /// The views with data of their own, in ascending order. The reference lives as long as the parameter, and shows
+    /// later changes; with more than 4096 views, ask again.
     const std::vector<View>& viewList() const override;
     /// Gives `to` what `from` shows in `source` (this parameter for null). [VIEW_ADDED], VALUE_CHANGED.
     void copyViewData(const View& from, const View& to, const ParameterWithoutType* source) override;
@@ -209,7 +221,10 @@ public:
     /// Whether `extrapolateValue` can answer for a view without keyframes.
     virtual bool supportsExtrapolationFromNoKeys() const;
     virtual bool hasViewData(const View& view) const;
-    /// The interpolation of `from` when its segment, up to `to`, becomes of a kind.
+    /// The interpolation of `from` when its segment, up to `to`, becomes of a kind: when a keyframe is added, and by
+    /// `vSetInterpolation`, where `from` still has its former kind and shape. The keyframes are copies. An override may
+    /// edit, and delete the parameter; the edit that asks goes on with the keyframes it then finds, and uses the result
+    /// only for a segment that still has both ends.
     virtual IType initialiseInterpolation(const KeyframeData<T>& from, const KeyframeData<T>& to,
                                           Interpolation kind) const;
     /// Takes one line; its changes are not told, except VIEW_ADDED. Throws `std::runtime_error` for a malformed
@@ -261,6 +276,8 @@ private:
     bool answersKeyframed() const { return isOfKnownClass() ? Parameter::isKeyframed() : isKeyframed(); }
     bool tellsViewsApart() const { return isOfKnownClass() ? Parameter::splittable() : splittable(); }
     const Parameter* typedMaster() const;
+    const Parameter& shownParameter() const;
+    template <class Ask> auto askShown(const Ask& ask) const -> decltype(ask(std::declval<const Parameter&>()));
     /// The data with which evaluation in a view begins.
     ReadBlock readShown(const View& view) const;
     PRM_ALWAYS_INLINE bool isFoundAtOnce(const PVData& data, Time time, int last, T& value) const;
@@ -268,12 +285,16 @@ private:
                                      Cache* cache) const;
     PRM_ALWAYS_INLINE bool searchBriefly(const KeyframeVector& keyframes, Time time, int& last, T& value) const;
     PRM_NEVER_INLINE T valueAtLength(const Context& context, Cache* cache) const;
+    T ownValue(const Context& context, Cache* cache) const;
+    Interpolation ownInterpolation(const Context& context) const;
+    IType ownInterpolationData(const KeyframeIndex& keyframe) const;
     T blendedValue(const Context& context, Cache* cache) const;
     T valueInView(const View& view, const Context& context, Cache* cache) const;
     T valueIn(const ReadBlock& block, const Context& context, Cache* cache) const;
     T valueAround(const ReadBlock& block, detail::Bracket at, const Context& context, Cache* cache) const;
     T hookedValue(const BoundingKeyframes& around, const Context& context, Cache* cache) const;
     bool answersAlone(const ReadBlock& block, const View& view) const;
+    void sampleOwn(const Time* times, int count, const View& view, T* out, Cache* cache) const;
     void sampleBlock(const ReadBlock& block, const Time* times, int count, const View& view, T* out,
                      Cache* cache) const;
     int sampleKnown(const KeyframeVector& keyframes, const Time* times, int count, int& last, T* out) const;
@@ -296,7 +317,8 @@ private:
     PVData* targetData(const View& view, const PVData* contents = nullptr);
     PVData* ownData(const View& view, const PVData* contents);
     static bool storeStaticValue(PVData& data, const T& value);
-    int insertKeyframe(PVData& data, Time time, const T& value);
+    int insertKeyframe(const View& view, Time time, const T& value);
+    int setStoredValue(PVData& data, Time time, const T& value, const View& view);
     PRM_ALWAYS_INLINE int appendBriefly(Time time, const T& value, View view);
     PRM_NEVER_INLINE int setAtLength(Time time, const T& value, const View& view);
     bool importsUnheard() const;
@@ -342,5 +364,24 @@ extern template class Parameter<double>;
 extern template class Parameter<QString>;
 extern template class Parameter<QPointF>;
 extern template class Parameter<QPoint>;
+
+namespace detail {
+
+extern template PRM_EXPORT void default_Parameter_setVariantValue_impl(Parameter<bool>&, const QVariant&,
+                                                                       const Context&);
+extern template PRM_EXPORT void default_Parameter_setVariantValue_impl(Parameter<int>&, const QVariant&,
+                                                                       const Context&);
+extern template PRM_EXPORT void default_Parameter_setVariantValue_impl(Parameter<unsigned int>&, const QVariant&,
+                                                                       const Context&);
+extern template PRM_EXPORT void default_Parameter_setVariantValue_impl(Parameter<double>&, const QVariant&,
+                                                                       const Context&);
+extern template PRM_EXPORT void default_Parameter_setVariantValue_impl(Parameter<QString>&, const QVariant&,
+                                                                       const Context&);
+extern template PRM_EXPORT void default_Parameter_setVariantValue_impl(Parameter<QPointF>&, const QVariant&,
+                                                                       const Context&);
+extern template PRM_EXPORT void default_Parameter_setVariantValue_impl(Parameter<QPoint>&, const QVariant&,
+                                                                       const Context&);
+
+} // namespace detail
 
 } // namespace Prm

@@ -73,7 +73,9 @@ public:
 
     /// Connects `changed` directly to the observer's slot, given as `SLOT(...)`. A null observer is ignored.
     virtual void attachObserver(const QObject* observer, const char* slot) const;
-    /// Cuts everything from `changed` to that observer. A null observer is ignored.
+    /// Cuts everything from `changed` to that observer. A null observer is ignored. Goes through all connections of
+    /// this parameter's `changed`: thousands of observers of one parameter leave sooner by `detachAllObservers`, or by
+    /// dying.
     virtual void detachObserver(const QObject* observer) const;
     /// Cuts everything from `changed`.
     virtual void detachAllObservers() const;
@@ -208,13 +210,13 @@ public:
     /// The parameter whose animation this one shows, null without one or when it has died.
     PRM_ALWAYS_INLINE ParameterWithoutType* masterParameter() const {
         const Rarities* const made = m_rarities.load(std::memory_order_acquire);
-        return made ? made->master.data() : nullptr;
+        return made ? made->master.load(std::memory_order_acquire) : nullptr;
     }
     /// The living parameters constrained to this one, in the order of addition.
     QList<ParameterWithoutType*> constrainedParameters() const;
     /// Makes this the master of `parameter`, which silently leaves a former master. False for null and for one that is
     /// already constrained here; false with a warning for this parameter itself and where a circle would close. Sends
-    /// nothing.
+    /// nothing. Threads may evaluate meanwhile, here and in the operations that free a parameter.
     bool bAddConstrainedParameter(ParameterWithoutType* parameter);
     /// Gives `parameter` a copy of this master's keyframes and lets it go. False for one that is not constrained here.
     bool bRemoveConstrainedParameter(ParameterWithoutType* parameter);
@@ -335,13 +337,16 @@ private:
     friend class detail::Invariants;
     friend class detail::MasterLink;
 
-    /// The place among the parameters constrained to a master.
-    int placeAt(const ParameterWithoutType& master) const;
-    /// Ties this parameter to a master, at a place among the parameters constrained to that one, or to none.
-    void tieTo(ParameterWithoutType* master, int position);
+    /// Ties this parameter to a master, before one that is constrained to it or after all of them, or to none.
+    void tieTo(ParameterWithoutType* master, ParameterWithoutType* before);
+    void linkTo(ParameterWithoutType* master, ParameterWithoutType* before);
     bool wouldCloseCircle(const ParameterWithoutType& parameter) const;
-    bool listsConstrained(const ParameterWithoutType& parameter) const;
-    void forgetConstrained(const ParameterWithoutType& parameter);
+    const ParameterWithoutType* nextBelow(const ParameterWithoutType& top) const;
+    /// The one that follows among those constrained to the same master.
+    ParameterWithoutType* nextConstrained() const { return rarities().nextConstrained; }
+    void enlist(ParameterWithoutType& master, ParameterWithoutType* before);
+    void delist();
+    void dropLinks();
     void connectUpstream(bool connected);
     bool areHeardSince(quint64 connection) const;
     void connectTo(ParameterWithoutType& upstream, bool connected);
@@ -351,8 +356,13 @@ private:
         QMap<QString, TextConversion> additionalScriptNames;
         QString extraName;
         QString pendingMasterParameterId;
-        QPointer<ParameterWithoutType> master;
-        QVector<QPointer<ParameterWithoutType>> constrainedParameters;
+        /// Read by evaluation on other threads.
+        std::atomic<ParameterWithoutType*> master{nullptr};
+        // The parameters constrained to this one are a list through them all.
+        ParameterWithoutType* firstConstrained = nullptr;
+        ParameterWithoutType* lastConstrained = nullptr;
+        ParameterWithoutType* previousConstrained = nullptr;
+        ParameterWithoutType* nextConstrained = nullptr;
         UpstreamParameters upstreamParameters;
         quint64 upstreamConnected = 0;
         QPointer<ParameterWithoutType> viewSelector;

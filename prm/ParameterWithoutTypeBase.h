@@ -19,7 +19,12 @@ public:
     class PRM_EXPORT FastViewMapBase {
     public:
         virtual ~FastViewMapBase();
-        const std::vector<View>& viewList() const { return m_realViews; }
+        /// For the owning thread. The list follows each change; one of thousands of views only when it is asked again.
+        const std::vector<View>& viewList() const {
+            if (m_isOutdated)
+                listViews();
+            return m_realViews;
+        }
 
     protected:
         FastViewMapBase() = default;
@@ -27,10 +32,16 @@ public:
         FastViewMapBase(const FastViewMapBase&) = default;
         FastViewMapBase& operator=(const FastViewMapBase&) = default;
 
-        std::vector<View> m_realViews;
+        /// Brings the list up to date.
+        virtual void listViews() const {}
+
+        mutable std::vector<View> m_realViews;
+        mutable bool m_isOutdated = false;
     };
 
     ParameterWithoutTypeBase(bool locked, bool hidden, ParameterSet* parent);
+    /// Copies names, flags and the animatable flag; a copy is in no set, and has no links and no observers.
+    ParameterWithoutTypeBase(const ParameterWithoutTypeBase& other);
     ~ParameterWithoutTypeBase() override;
 
     /// Writes "hidden=1" when hidden, and the master's name when there is one.
@@ -110,9 +121,6 @@ public:
     /// Whether the host offers to animate this parameter: a note for its interface that the library does not read.
     bool isAnimatable() const { return m_animatable; }
     void setAnimatable(bool animatable) { m_animatable = animatable; }
-
-protected:
-    ParameterWithoutTypeBase(const ParameterWithoutTypeBase& other);
 
 private:
     class SingleView : public FastViewMapBase {

@@ -17,6 +17,14 @@ namespace Prm {
 
 template <class T> struct ValueType;
 
+namespace detail {
+
+/// Adds a text's length and its bytes in UTF-8: so two texts never hash as two others whose letters follow each other
+/// in the same order.
+PRM_EXPORT void addTextToHash(Bsc::Hash& hash, const QString& text);
+
+} // namespace detail
+
 /// The general answers of `ValueType<T>`, for specialisations to start from: T's own `==`, its text stream operators,
 /// and its `QVariant` conversions (T must be declared with Q_DECLARE_METATYPE).
 ///
@@ -55,12 +63,12 @@ template <class T> struct GeneralValueType {
         return *static_cast<const T*>(converted.constData());
     }
 
-    /// Adds the bytes that tell values apart, the same on every machine: here those of the written text.
+    /// Adds the bytes that tell values apart, the same on every machine: here the written text and its length. Values
+    /// of different lengths must add their length, too.
     static void addToHash(Bsc::Hash& hash, const T& value) {
         QString text;
         ValueType<T>::write(text, value);
-        const QByteArray bytes = text.toUtf8();
-        hash.addData(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+        detail::addTextToHash(hash, text);
     }
 };
 
@@ -105,7 +113,8 @@ private:
 
 } // namespace detail
 
-/// Switches: they hold, and do not blend.
+/// Switches: they hold, and do not blend. Read as an integer, in the notations of a text stream (`0x10`, `0b11`); every
+/// one but 0 is true.
 template <> struct PRM_EXPORT ValueType<bool> : GeneralValueType<bool> {
     /// The integer 1 or 0.
     static void write(QString& text, const bool& value);

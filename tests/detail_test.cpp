@@ -5,6 +5,7 @@
 #include "prm/thread/ReaderSlots.h"
 #include "prm/track/KeyframeInsertion.h"
 #include "prm/track/KeyframeSearch.h"
+#include "prm/track/SourceViews.h"
 #include "tests/parameter/Keying.h"
 #include "tests/support/Errors.h"
 
@@ -92,8 +93,10 @@ TEST(KeyframeInsertion, ShapesNothingWhileReadingAndSurvivesAHook) {
     const auto fails = [](const auto&, const auto&, Interpolation) -> IType { throw std::runtime_error("hook"); };
     const auto former = keyframesAt({3, 4});
     const auto insert = [&](auto& keyframes, double time, bool readingIn, const auto& hook) {
-        const KeyframeData<int> added(Time::fromDouble(time), 0);
-        return insertKeyframe(keyframes, added, Interpolation::Custom0, readingIn, hook);
+        KeyframeInsertion<int> insertion(keyframes, Time::fromDouble(time), 0, Interpolation::Custom0, readingIn);
+        if (insertion.shapesSegment())
+            insertion.shape(hook);
+        return insertion.insertInto(keyframes);
     };
     auto keyframes = former;
     for (const double time : {2., 3.5, 5.}) {
@@ -130,6 +133,104 @@ TEST(FastViewMap, InitSourceDataTakesTheNumberOfSlots) {
     EXPECT_NO_THROW(empty.initSourceData(Map()));
     // One slot has nothing to show.
     EXPECT_EQ(errorOf([&] { empty.initSourceData(mapOf({0})); }), "'at()' out of bounds");
+}
+
+/// A value of which some copy fails.
+struct Fragile {
+    explicit Fragile(int of = 0) : number(of) { ++alive; }
+    Fragile(const Fragile& other) : number(other.number) {
+        countDown();
+        ++alive;
+    }
+    Fragile& operator=(const Fragile& other) {
+        countDown();
+        number = other.number;
+        return *this;
+    }
+    ~Fragile() { --alive; }
+    static void countDown() {
+        if (copiesLeft > 0 && --copiesLeft == 0)
+            throw std::runtime_error("copy");
+    }
+    int number;
+    static inline int copiesLeft = 0;
+    static inline int alive = 0;
+};
+
+TEST(FastViewMap, AnAssignmentThatFailsLeavesTheViews) {
+    const auto fill = [](FastViewMap<Fragile>& map, const Ids& views) {
+        for (const quint32 id : views)
+            map[View(id)].staticValue.number = static_cast<int>(id);
+    };
+    for (const auto& [former, assigned] : {std::pair(Ids{0}, Ids{0, 4}), {Ids{0, 2}, Ids{0}}, {Ids{}, Ids{0, 1, 9}}}) {
+        int copies = 1;
+        for (bool failed = true; failed; ++copies) {
+            FastViewMap<Fragile> source;
+            FastViewMap<Fragile> map;
+            fill(source, assigned);
+            fill(map, former);
+            Fragile::copiesLeft = copies;
+            failed = errorOf([&] { map = source; }) == "copy";
+            Fragile::copiesLeft = 0;
+            EXPECT_EQ(map.brokenInvariant(), nullptr);
+            EXPECT_EQ(map.viewList().size(), failed ? former.size() : assigned.size()) << copies;
+            for (const View view : map.viewList())
+                EXPECT_EQ(map.findRealViewData(view)->staticValue.number, static_cast<int>(view.id()));
+        }
+        EXPECT_GT(copies, 2);
+        EXPECT_EQ(Fragile::alive, 0);
+    }
+}
+
+/// Ids in the order of a list that is turned into views in a scattered one.
+Ids scattered(int count, int step) {
+    Ids ids;
+    for (int i = 0; i < count; ++i)
+        ids.push_back(static_cast<quint32>(static_cast<qint64>(i) * step % count));
+    return ids;
+}
+
+TEST(FastViewMap, ManyViewsInAnyOrder) {
+    constexpr int count = 50000;
+    for (const int step : {1, count - 1, 7919}) {
+        const Ids ids = scattered(count, step);
+        Map map = mapOf(ids);
+        EXPECT_EQ(map.brokenInvariant(), nullptr) << step;
+        EXPECT_TRUE(map.viewList().size() == count && map.viewList().back() == View(count - 1));
+        for (const quint32 id : ids) {
+            EXPECT_EQ(map.findRealViewData(View(id))->staticValue, static_cast<int>(id));
+            if (id % 16 != 5)
+                map.remove(View(id));
+        }
+        EXPECT_EQ(map.brokenInvariant(), nullptr) << step;
+        EXPECT_EQ(map.viewList().size(), static_cast<std::size_t>(count / 16));
+        EXPECT_EQ(map.findRealViewData(View(4)), nullptr);
+    }
+}
+
+TEST(SourceViews, AreThoseAroundTheView) {
+    using Mode = MVInterpolationParams::Mode;
+    const Ids views{2, 4, 8, 20};
+    const std::tuple<const char*, Mode, quint32, Ids, Ids> rows[] = {
+        {"off", Mode::Off, 4, views, {}},
+        {"no views", Mode::Linear, 4, {}, {}},
+        {"the invalid view", Mode::Nearest, ~0u, views, {}},
+        {"one of them", Mode::Smooth, 4, views, {4}},
+        {"below all", Mode::Smooth, 1, views, {2}},
+        {"above all", Mode::Linear, 21, views, {20}},
+        {"nearest, a tie", Mode::Nearest, 6, views, {4}},
+        {"nearest, above", Mode::Nearest, 7, views, {8}},
+        {"linear", Mode::Linear, 9, views, {8, 20}},
+        {"smooth, one more below", Mode::Smooth, 9, views, {4, 8, 20}},
+        {"smooth, one more above", Mode::Smooth, 3, views, {2, 4, 8}},
+        {"smooth, between two", Mode::Smooth, 3, {2, 4}, {2, 4}},
+    };
+    for (const auto& [name, mode, view, ids, expected] : rows) {
+        Ids found;
+        for (const View source : interpolationSourceViews({mode}, View(view), {ids.begin(), ids.end()}))
+            found.push_back(source.id());
+        EXPECT_EQ(found, expected) << name;
+    }
 }
 
 class Block : public Lockable {

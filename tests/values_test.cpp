@@ -171,7 +171,9 @@ TEST(Views, AreLookedUpByExactNamesAndIds) {
     EXPECT_EQ(views.viewName(View::INVALID()), "Left");
     EXPECT_EQ(views.viewName(View(0x80000000u)), "Left");
     EXPECT_EQ(views.viewIndex(View(9)), std::numeric_limits<std::size_t>::max());
-    EXPECT_EQ(views.lookupView(views.viewCount()), View(0));
+    Views fewer = views;
+    fewer.setViewNames({{"Left"}});
+    EXPECT_EQ(fewer.lookupView(fewer.viewCount()), View(0));
 }
 
 TEST(Views, AnEmptyRegistryIsLegal) {

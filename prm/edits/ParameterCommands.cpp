@@ -12,7 +12,7 @@ Bsc::CompositeCommand& ParameterWithoutType::bUnconstrainCommand(Bsc::CompositeC
 
 Bsc::CompositeCommand& ParameterWithoutType::bRemoveConstrainedParameterCommand(ParameterWithoutType* parameter,
                                                                                 Bsc::CompositeCommand& command) {
-    if (parameter && listsConstrained(*parameter))
+    if (parameter && parameter->masterParameter() == this)
         command.push_back(new ParameterWithoutTypeUnconstrainEdit(*parameter));
     return command;
 }

@@ -3,6 +3,7 @@
 #include "prm/KeyframeData.h"
 #include "prm/ParameterWithoutTypeBase.h"
 #include "prm/View.h"
+#include "prm/parameter/BlockList.h"
 #include "prm/thread/ReaderSlots.h"
 
 #include <QVector>
@@ -63,26 +64,30 @@ public:
     explicit FastViewMap(const T& defaultValue = T()) : m_template(defaultValue) {}
     /// A deep copy, template included.
     FastViewMap(const FastViewMap& other)
-        : FastViewMapBase(other.m_realViews), m_slots(other.m_slots), m_template(other.m_template, View::INVALID()) {
+        : FastViewMapBase(other.viewList()), m_slots(other.m_slots), m_template(other.m_template, View::INVALID()) {
         publish(copyOf(other));
     }
     /// A copy of the views, over a template of its own.
     FastViewMap(const FastViewMap& other, const T& defaultValue)
-        : FastViewMapBase(other.m_realViews), m_slots(other.m_slots), m_template(defaultValue) {
+        : FastViewMapBase(other.viewList()), m_slots(other.m_slots), m_template(defaultValue) {
         publish(copyOf(other));
     }
+    /// A copy of the template, too. Where copying a value throws, the views are as they were.
     FastViewMap& operator=(const FastViewMap& other) {
-        if (this != &other) {
-            assignViews(other, [&] {
-                m_template.staticValue = other.m_template.staticValue;
-                m_template.keyframes = other.m_template.keyframes;
-            });
+        if (this == &other)
+            return *this;
+        Blocks blocks = copyOf(other);
+        std::vector<View> views = other.viewList();
+        {
+            const WriteScope scope(m_template);
+            m_template.staticValue = other.m_template.staticValue;
+            m_template.keyframes = other.m_template.keyframes;
         }
+        replace(std::move(views), std::move(blocks), other.m_slots, [] {});
         return *this;
     }
     ~FastViewMap() override {
-        for (std::size_t i = 0; i < m_realViews.size(); ++i)
-            retire(at(i));
+        forEach([](Block& block) { retire(&block); });
         letGo(takeAll());
     }
 
@@ -90,7 +95,7 @@ public:
     /// what `andAlso` changes, which must not throw; an exception changes nothing.
     template <class Function> void assignViews(const FastViewMap& other, const Function& andAlso) {
         Blocks blocks = copyOf(other);
-        std::vector<View> views = other.m_realViews;
+        std::vector<View> views = other.viewList();
         replace(std::move(views), std::move(blocks), other.m_slots, andAlso);
     }
 
@@ -99,10 +104,16 @@ public:
         replace({}, {}, 0, [] {});
     }
 
+    /// How many views have data.
+    std::size_t count() const {
+        if (m_several)
+            return m_several->size();
+        return m_only.load(std::memory_order_relaxed) == &m_template ? 0 : 1;
+    }
+
     /// The view's own data, or null.
     Block* findRealViewData(View view) const {
-        const int position = view.isValid() && view.id() < m_slots ? positionOf(view) : -1;
-        return position < 0 ? nullptr : at(static_cast<std::size_t>(position));
+        return view.isValid() && view.id() < m_slots ? ownBlock(view) : nullptr;
     }
 
     /// The same, null also where several views have data.
@@ -117,7 +128,7 @@ public:
     /// The same; data that have to be made begin with these contents, so that no reader sees them empty.
     Block& obtain(View view, const Block& contents) {
         if (!view.isValid())
-            return m_realViews.empty() ? (*this)[View(View::defaultViewId())] : *at(0);
+            return count() == 0 ? (*this)[View(View::defaultViewId())] : *sourceBlock();
         if (Block* own = findRealViewData(view))
             return *own;
         if (view != View(View::defaultViewId()) && m_slots == 0)
@@ -129,45 +140,49 @@ public:
     const Block& resolve(View view) const {
         if (const Block* own = findRealViewData(view))
             return *own;
-        return m_realViews.empty() ? m_template : *at(0);
+        return *sourceBlock();
     }
 
     /// Removes the data of one view, which must have some.
     void remove(View view) {
-        const int position = positionOf(view);
-        const WriteScope scope({&m_template}, {at(static_cast<std::size_t>(position))});
+        const WriteScope scope({&m_template}, {ownBlock(view)});
         Blocks blocks = takeAll();
-        m_realViews.erase(m_realViews.begin() + position);
         if (blocks.several) {
-            const auto place = blocks.several->begin() + position;
-            static_cast<void>(place->release());
-            blocks.several->erase(place);
+            static_cast<void>(blocks.several->take(view).release());
+            if (blocks.several->size() == 1)
+                blocks = Blocks{blocks.several->take(blocks.several->first()->view), nullptr};
         } else {
             static_cast<void>(blocks.one.release());
         }
-        if (m_realViews.size() == 1)
-            blocks = Blocks{std::move(blocks.several->front()), nullptr};
+        const auto place = placeInList(view);
+        if (place)
+            m_realViews.erase(*place);
         publish(std::move(blocks));
     }
 
     /// Gives this map as many slots for views as the other one has, over its own data. Throws `boost::bad_index` where
     /// one slot has no data to show.
     void initSourceData(const FastViewMap& other) {
-        if (other.m_slots == 1 && m_realViews.empty())
+        if (other.m_slots == 1 && count() == 0)
             throw boost::bad_index("'at()' out of bounds");
         m_slots = other.m_slots;
     }
 
     /// For the owning thread: the first of its invariants that does not hold, or null.
     const char* brokenInvariant() const {
-        const std::size_t count = m_realViews.size();
-        if (count > 1 ? !m_several || m_several->size() != count : m_several != nullptr)
-            return "not every real view has data";
-        for (std::size_t i = 0; i < count; ++i) {
-            if (!at(i) || at(i)->view != m_realViews[i] || findRealViewData(m_realViews[i]) != at(i))
-                return "a real view does not find its own data";
-        }
-        const Block* const only = count > 1 ? nullptr : &resolve(View::INVALID());
+        if (m_several && m_several->size() < 2)
+            return "a list of views is too short";
+        std::vector<View> found;
+        bool own = true;
+        forEach([&](const Block& block) {
+            found.push_back(block.view);
+            own = own && findRealViewData(block.view) == &block;
+        });
+        if (!own)
+            return "a real view does not find its own data";
+        if (found != viewList() || found.size() != count() || !std::is_sorted(found.begin(), found.end()))
+            return "the list of views is not that of the views with data";
+        const Block* const only = m_several ? nullptr : &resolve(View::INVALID());
         return m_only.load() == only ? nullptr : "views borrow other data than those of the source view";
     }
 
@@ -209,13 +224,13 @@ public:
         }
     }
 
-    /// The same for the view that the function picks when it is shown the list of those with data. List and data are of
-    /// one state, and so is what the function asks of the parameter.
-    template <class Pick> const Block& pinPicked(const Pick& pick, ReadScope& scope) const {
+    /// The same for the view that the function picks when it is shown those with data around a view. They and the data
+    /// are of one state, and so is what the function asks of the parameter.
+    template <class Pick> const Block& pinPicked(View view, const Pick& pick, ReadScope& scope) const {
         for (int attempt = 0;; ++attempt) {
             scope.announce(&m_template);
             if (scope.mayRead(m_template)) {
-                const Block& block = resolve(pick(m_realViews));
+                const Block& block = resolve(pick(viewsAround(view)));
                 scope.announce(&block);
                 if (scope.mayRead(block)) {
                     if (&block != &m_template)
@@ -229,37 +244,73 @@ public:
     }
 
 private:
-    using BlockList = std::vector<std::unique_ptr<Block>>;
+    using List = BlockList<Block>;
     /// The blocks of all views: that of one alone without a list, for few parameters ever have more.
     struct Blocks {
         std::unique_ptr<Block> one;
-        std::unique_ptr<BlockList> several;
+        std::unique_ptr<List> several;
     };
 
     static Blocks copyOf(const FastViewMap& other) {
-        const auto copyAt = [&](std::size_t i) { return std::make_unique<Block>(*other.at(i), other.at(i)->view); };
         Blocks copy;
-        const std::size_t count = other.m_realViews.size();
-        if (count == 1)
-            copy.one = copyAt(0);
-        if (count < 2)
-            return copy;
-        copy.several = std::make_unique<BlockList>();
-        copy.several->reserve(count);
-        for (std::size_t i = 0; i < count; ++i)
-            copy.several->push_back(copyAt(i));
+        if (other.m_several)
+            copy.several = std::make_unique<List>();
+        other.forEach([&](const Block& block) {
+            auto made = std::make_unique<Block>(block, block.view);
+            if (copy.several) {
+                copy.several->makeRoom(block.view);
+                copy.several->add(std::move(made));
+            } else {
+                copy.one = std::move(made);
+            }
+        });
         return copy;
     }
 
-    /// The data of the view at that place of the list.
-    Block* at(std::size_t position) const {
-        return m_several ? (*m_several)[position].get() : m_only.load(std::memory_order_relaxed);
+    template <class Function> void forEach(const Function& function) const {
+        if (m_several)
+            m_several->forEach(function);
+        else if (Block* const only = m_only.load(std::memory_order_relaxed); only != &m_template)
+            function(*only);
+    }
+
+    /// The data of the first view that has some, or the template.
+    Block* sourceBlock() const { return m_several ? m_several->first() : m_only.load(std::memory_order_relaxed); }
+
+    Block* ownBlock(View view) const {
+        if (m_several)
+            return m_several->find(view);
+        Block* const only = m_only.load(std::memory_order_relaxed);
+        return only->view == view ? only : nullptr;
+    }
+
+    ViewsAround viewsAround(View view) const {
+        if (m_several)
+            return m_several->around(view);
+        return count() == 0 ? ViewsAround() : ViewsAround(sourceBlock()->view);
+    }
+
+    void listViews() const override {
+        m_realViews.clear();
+        forEach([this](const Block& block) { m_realViews.push_back(block.view); });
+        m_isOutdated = false;
+    }
+
+    /// Where the view is or belongs in the list; none where so many others would have to be moved that the list is made
+    /// anew when it is asked.
+    std::optional<std::vector<View>::iterator> placeInList(View view) const {
+        constexpr std::ptrdiff_t few = 4096;
+        if (m_isOutdated)
+            return {};
+        const auto place = std::lower_bound(m_realViews.begin(), m_realViews.end(), view);
+        m_isOutdated = m_realViews.end() - place > few;
+        return m_isOutdated ? std::nullopt : std::optional(place);
     }
 
     /// Takes the blocks out, which leaves the map without any until others are published.
     Blocks takeAll() {
         Blocks taken;
-        if (m_realViews.size() == 1)
+        if (count() == 1)
             taken.one.reset(m_only.load());
         taken.several = std::move(m_several);
         return taken;
@@ -268,10 +319,8 @@ private:
     /// Leaves the blocks to whoever retires them.
     static void letGo(Blocks blocks) {
         static_cast<void>(blocks.one.release());
-        if (blocks.several) {
-            for (auto& block : *blocks.several)
-                static_cast<void>(block.release());
-        }
+        if (blocks.several)
+            blocks.several->release();
     }
 
     void publish(Blocks blocks) {
@@ -282,55 +331,44 @@ private:
             m_only.store(blocks.one ? blocks.one.release() : &m_template);
     }
 
-    /// Small ids usually are their own position; the others are searched for, so that no id costs memory.
-    int positionOf(View view) const {
-        if (view.id() < m_realViews.size() && m_realViews[view.id()] == view)
-            return static_cast<int>(view.id());
-        const auto found = std::lower_bound(m_realViews.begin(), m_realViews.end(), view);
-        return found != m_realViews.end() && *found == view ? static_cast<int>(found - m_realViews.begin()) : -1;
-    }
-
     Block& insert(View view, const Block& contents) {
         auto made = std::make_unique<Block>(contents, view);
         Block& block = *made;
-        const auto place = std::lower_bound(m_realViews.begin(), m_realViews.end(), view) - m_realViews.begin();
-        auto list = std::make_unique<BlockList>();
-        if (m_realViews.size() == 1)
-            list->reserve(2);
+        std::unique_ptr<List> list;
+        if (count() == 1) {
+            list = std::make_unique<List>();
+            list->makeRoom(view);
+        }
         const WriteScope scope(m_template);
-        makeRoom(m_realViews);
         if (m_several)
-            makeRoom(*m_several);
+            m_several->makeRoom(view);
+        if (m_realViews.size() == m_realViews.capacity())
+            m_realViews.reserve(std::max<std::size_t>(1, 2 * m_realViews.size()));
         Blocks blocks = takeAll();
         if (blocks.one) {
             blocks.several = std::move(list);
-            blocks.several->push_back(std::move(blocks.one));
+            blocks.several->add(std::move(blocks.one));
         }
         if (blocks.several)
-            blocks.several->insert(blocks.several->begin() + place, std::move(made));
+            blocks.several->add(std::move(made));
         else
             blocks.one = std::move(made);
-        m_realViews.insert(m_realViews.begin() + place, view);
+        if (const auto place = placeInList(view))
+            m_realViews.insert(*place, view);
         m_slots = std::max(m_slots, view.id() + 1);
         publish(std::move(blocks));
         return block;
     }
 
-    /// So that adding one element cannot fail.
-    template <class Vector> static void makeRoom(Vector& vector) {
-        if (vector.size() == vector.capacity())
-            vector.reserve(std::max<std::size_t>(1, 2 * vector.size()));
-    }
-
     template <class Function>
     void replace(std::vector<View> views, Blocks blocks, quint32 slotCount, const Function& andAlso) {
         std::vector<Lockable*> former;
-        former.reserve(m_realViews.size());
-        for (std::size_t i = 0; i < m_realViews.size(); ++i)
-            former.push_back(at(i));
+        former.reserve(count());
+        forEach([&](Block& block) { former.push_back(&block); });
         const WriteScope scope({&m_template}, std::move(former));
         letGo(takeAll());
         m_realViews.swap(views);
+        m_isOutdated = false;
         m_slots = slotCount;
         andAlso();
         publish(std::move(blocks));
@@ -356,8 +394,8 @@ private:
         scope.announce(&m_template);
         if (!scope.mayRead(m_template) || m_only.load())
             return nullptr;
-        const int position = view.isValid() ? positionOf(view) : -1;
-        const Block* const block = at(static_cast<std::size_t>(std::max(position, 0)));
+        const Block* const own = view.isValid() ? m_several->find(view) : nullptr;
+        const Block* const block = own ? own : m_several->first();
         scope.announce(block);
         scope.withdraw(&m_template);
         return scope.mayRead(*block) ? block : nullptr;
@@ -366,7 +404,7 @@ private:
     /// The block that every view reads; null when several views have data, and the lists must be asked.
     std::atomic<Block*> m_only{&m_template};
     /// All of them where several views have data.
-    std::unique_ptr<BlockList> m_several;
+    std::unique_ptr<List> m_several;
     /// How many ids, from 0 on, are told apart; all others read the source data.
     quint32 m_slots = 0;
     /// What new views and reads without data begin with. Its mark also keeps readers out of the lists.
@@ -381,9 +419,9 @@ public:
     template <class AreToldApart>
     PRM_ALWAYS_INLINE ReadBlock(const FastViewMap<T>& map, View view, const AreToldApart& areToldApart)
         : m_block(pinShown(map, view, areToldApart, m_scope)) {}
-    /// The data of the view that the function picks; see `pinPicked`.
+    /// The data of the view that the function picks among those around a view; see `pinPicked`.
     template <class Pick>
-    ReadBlock(const FastViewMap<T>& map, const Pick& pick) : m_block(map.pinPicked(pick, m_scope)) {}
+    ReadBlock(const FastViewMap<T>& map, const Pick& pick, View view) : m_block(map.pinPicked(view, pick, m_scope)) {}
 
     const PVData<T>* operator->() const { return &m_block; }
     const typename PVData<T>::KeyframeVector& keyframes() const { return m_block.keyframes; }

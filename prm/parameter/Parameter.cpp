@@ -18,6 +18,19 @@ template class Parameter<QString>;
 template class Parameter<QPointF>;
 template class Parameter<QPoint>;
 
+namespace detail {
+
+template PRM_EXPORT void default_Parameter_setVariantValue_impl(Parameter<bool>&, const QVariant&, const Context&);
+template PRM_EXPORT void default_Parameter_setVariantValue_impl(Parameter<int>&, const QVariant&, const Context&);
+template PRM_EXPORT void default_Parameter_setVariantValue_impl(Parameter<unsigned int>&, const QVariant&,
+                                                                const Context&);
+template PRM_EXPORT void default_Parameter_setVariantValue_impl(Parameter<double>&, const QVariant&, const Context&);
+template PRM_EXPORT void default_Parameter_setVariantValue_impl(Parameter<QString>&, const QVariant&, const Context&);
+template PRM_EXPORT void default_Parameter_setVariantValue_impl(Parameter<QPointF>&, const QVariant&, const Context&);
+template PRM_EXPORT void default_Parameter_setVariantValue_impl(Parameter<QPoint>&, const QVariant&, const Context&);
+
+} // namespace detail
+
 namespace {
 
 /// Known by name before the first parameter is made.

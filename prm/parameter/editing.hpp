@@ -21,14 +21,28 @@ template <class T> bool Parameter<T>::storeStaticValue(PVData& data, const T& va
     return true;
 }
 
-template <class T> int Parameter<T>::insertKeyframe(PVData& data, Time time, const T& value) {
+/// The position of the new keyframe; -1 where there is one at the time, and where the hook that shapes its segment has
+/// deleted the parameter or made it static.
+template <class T> int Parameter<T>::insertKeyframe(const View& view, Time time, const T& value) {
+    const detail::LifeGuard guard(*this);
+    PVData* data = targetData(view);
+    if (!data || detail::positionAt(data->keyframes, time) >= 0)
+        return -1;
+    detail::KeyframeInsertion<T> insertion(data->keyframes, time, value, defaultInterpolation(), isReadingIn());
+    if (insertion.shapesSegment()) {
+        insertion.shape([this](const KeyframeData<T>& from, const KeyframeData<T>& to, Interpolation kind) {
+            return initialiseInterpolation(from, to, kind);
+        });
+        data = guard.alive() && answersKeyframed() ? targetData(view) : nullptr;
+        if (!data)
+            return -1;
+    }
+    LockedKeyframes lock(data);
     ++m_revision;
-    if (isReadingIn() && data.keyframes.size() > detail::LineNotes::longList && time < data.keyframes.constLast().time)
-        detail::LineNotes::addInsertion(detail::LineNotes::Inserted::Keyframe);
-    return detail::insertKeyframe(data.keyframes, KeyframeData<T>(time, value), defaultInterpolation(), isReadingIn(),
-                                  [this](const KeyframeData<T>& from, const KeyframeData<T>& to, Interpolation kind) {
-                                      return initialiseInterpolation(from, to, kind);
-                                  });
+    if (isReadingIn() && data->keyframes.size() > detail::LineNotes::longList &&
+        time < data->keyframes.constLast().time)
+        detail::LineNotes::addInsertion();
+    return insertion.insertInto(lock.keyframes());
 }
 
 /// Appends in the plain case, which calls no function of a host's and of which nobody has to be told: the position, or
@@ -58,30 +72,37 @@ template <class T> int Parameter<T>::vSetValue(const T& value, const Context& co
 }
 
 template <class T> int Parameter<T>::setAtLength(Time time, const T& value, const View& view) {
-    PVData* const data = targetData(view);
+    PVData* data = targetData(view);
     if (!data)
         return -1;
-    if (!answersKeyframed() || !time.isValid()) {
-        if (storeStaticValue(*data, value))
-            ParameterChange::keyframeChangedValue(*this, -1, view);
-        return -1;
-    }
-    int position = detail::positionAt(data->keyframes, time);
-    const bool isNew = position < 0;
-    if (!isNew && ValueType<T>::equal(data->keyframes.at(position).value, value))
-        return position;
-    {
-        LockedKeyframes lock(data);
-        if (isNew)
-            position = insertKeyframe(*data, time, value);
-        else
-            lock.keyframes()[position].value = value;
-    }
     const detail::LifeGuard guard(*this);
-    if (isNew)
-        ParameterChange::keyframeAdded(*this, position, view);
-    if (guard.alive())
-        ParameterChange::keyframeChangedValue(*this, position, view);
+    if (answersKeyframed() && time.isValid() && detail::positionAt(data->keyframes, time) < 0) {
+        const int position = insertKeyframe(view, time, value);
+        if (position >= 0) {
+            ParameterChange::keyframeAdded(*this, position, view);
+            if (guard.alive())
+                ParameterChange::keyframeChangedValue(*this, position, view);
+            return position;
+        }
+        data = guard.alive() ? targetData(view) : nullptr;
+    }
+    return data ? setStoredValue(*data, time, value, view) : -1;
+}
+
+/// Sets the value of the keyframe at the time, or the static value.
+template <class T> int Parameter<T>::setStoredValue(PVData& data, Time time, const T& value, const View& view) {
+    const bool keyed = answersKeyframed() && time.isValid();
+    const int position = keyed ? detail::positionAt(data.keyframes, time) : -1;
+    if (!keyed) {
+        if (!storeStaticValue(data, value))
+            return -1;
+    } else {
+        if (position < 0 || ValueType<T>::equal(data.keyframes.at(position).value, value))
+            return position;
+        LockedKeyframes lock(&data);
+        lock.keyframes()[position].value = value;
+    }
+    ParameterChange::keyframeChangedValue(*this, position, view);
     return position;
 }
 
@@ -90,16 +111,11 @@ template <class T> int Parameter<T>::iAddKeyframe(const Context& context) {
         return -1;
     const View view = context.view;
     const Time time = context.time;
+    const detail::LifeGuard guard(*this);
     const T present = value(context, nullptr);
-    PVData* const data = targetData(view);
-    if (!data || detail::positionAt(data->keyframes, time) >= 0)
-        return -1;
-    int position = -1;
-    {
-        const LockedKeyframes lock(data);
-        position = insertKeyframe(*data, time, present);
-    }
-    ParameterChange::keyframeAdded(*this, position, view);
+    const int position = guard.alive() ? insertKeyframe(view, time, present) : -1;
+    if (position >= 0)
+        ParameterChange::keyframeAdded(*this, position, view);
     return position;
 }
 
@@ -177,20 +193,31 @@ template <class T> void Parameter<T>::vReset(const Context& context) {
 
 template <class T> bool Parameter<T>::vSetInterpolation(Interpolation kind, const Context& context) {
     const View view = context.view;
-    if (!isKeyframed() || !hasDataToEdit(view))
+    const Time time = context.time;
+    int position = -1;
+    const auto find = [&] {
+        PVData* const data = isKeyframed() && hasDataToEdit(view) ? targetData(view) : nullptr;
+        position = data ? detail::positionAt(data->keyframes, time) : -1;
+        return position >= 0 ? data : nullptr;
+    };
+    PVData* data = find();
+    if (!data)
         return false;
-    PVData* const data = targetData(view);
-    const int position = data ? detail::positionAt(data->keyframes, context.time) : -1;
-    if (position < 0)
-        return false;
+    IType shaped = data->keyframes.at(position).interpolationData;
+    shaped.interpolation = kind;
+    if (position + 1 < data->keyframes.size()) {
+        // Copies, and the keyframe is found again: the hook may edit.
+        const KeyframeData<T> from = data->keyframes.at(position);
+        const KeyframeData<T> to = data->keyframes.at(position + 1);
+        const detail::LifeGuard guard(*this);
+        shaped = initialiseInterpolation(from, to, kind);
+        data = guard.alive() ? find() : nullptr;
+        if (!data)
+            return false;
+    }
     {
         LockedKeyframes lock(data);
-        KeyframeVector& keyframes = lock.keyframes();
-        IType shaped = keyframes.at(position).interpolationData;
-        shaped.interpolation = kind;
-        if (position + 1 < keyframes.size())
-            shaped = initialiseInterpolation(keyframes.at(position), keyframes.at(position + 1), kind);
-        keyframes[position].interpolationData = shaped;
+        lock.keyframes()[position].interpolationData = shaped;
     }
     ParameterChange::keyframeChangedInterpolation(*this, position, view);
     return true;

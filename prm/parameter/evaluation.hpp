@@ -5,8 +5,10 @@
 #include "prm/Parameter.h"
 #include "prm/track/CurveShapes.h"
 #include "prm/track/KeyframeSearch.h"
+#include "prm/untyped/Masters.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Prm {
 
@@ -14,6 +16,39 @@ namespace Prm {
 template <class T> const Parameter<T>* Parameter<T>::typedMaster() const {
     const ParameterWithoutType* const master = masterParameter();
     return master ? dynamic_cast<const Parameter*>(master) : nullptr;
+}
+
+/// The parameter that answers for this one: up the chain of masters to the last, or to the first of a class that may
+/// override the question. A chain is walked here, not by recursion; so of very many masters of a host's own classes,
+/// one asking the other, the rest are not asked what they override.
+template <class T> const Parameter<T>& Parameter<T>::shownParameter() const {
+    const Parameter* shown = this;
+    const bool deep = masterParameter() && detail::MasterScope::isDeep();
+    while (const Parameter* const master = shown->typedMaster()) {
+        shown = master;
+        if (!deep && !master->isOfKnownClass())
+            break;
+    }
+    return *shown;
+}
+
+/// What `ask` says of the parameter that answers for this one. Where masters change meanwhile it is asked again: the
+/// former master may show what this parameter never did. Not without end, for a hook may change them each time.
+template <class T>
+template <class Ask>
+auto Parameter<T>::askShown(const Ask& ask) const -> decltype(ask(std::declval<const Parameter&>())) {
+    constexpr int patience = 8;
+    const auto askMaster = [&](const Parameter& master) {
+        const detail::MasterScope scope;
+        return ask(master);
+    };
+    for (int attempt = 0;; ++attempt) {
+        const quint64 before = detail::masterChanges.load();
+        const Parameter& shown = shownParameter();
+        auto answer = &shown == this ? ask(shown) : askMaster(shown);
+        if (detail::masterChanges.load() == before || attempt == patience)
+            return answer;
+    }
 }
 
 /// The data with which evaluation begins.
@@ -28,7 +63,9 @@ template <class T> T Parameter<T>::value(const Context& context, Cache* cache) c
     if constexpr (blends<T> && isPlain<T>) {
         if (isOfKnownClass() && !masterParameter()) {
             detail::BriefReadScope scope;
-            if (const PVData* const data = m_views.pinShared(scope)) {
+            const PVData* const data = m_views.pinShared(scope);
+            // Asked again: once there is a master, edits of the own data are not shown.
+            if (data && !masterParameter()) {
                 T value{};
                 if (isFoundAtOnce(*data, context.time, scope.lastPosition(), value))
                     return value;
@@ -85,8 +122,12 @@ bool Parameter<T>::searchBriefly(const KeyframeVector& keyframes, Time time, int
 }
 
 template <class T> T Parameter<T>::valueAtLength(const Context& context, Cache* cache) const {
-    if (const Parameter* master = typedMaster())
-        return master->value(context, cache);
+    return askShown([&](const Parameter& shown) {
+        return &shown == this ? ownValue(context, cache) : shown.value(context, cache);
+    });
+}
+
+template <class T> T Parameter<T>::ownValue(const Context& context, Cache* cache) const {
     {
         const ReadBlock block = readShown(context.view);
         if (!answersKeyframed())
@@ -115,16 +156,18 @@ template <class T> bool Parameter<T>::answersAlone(const ReadBlock& block, const
 /// The views from which the value in this one is made, and the data of the first of them. Of several views the value
 /// is put together one by one: each contributes a value that it had meanwhile.
 template <class T> auto Parameter<T>::readSources(const View& view, detail::SourceViews& sources) const -> ReadBlock {
-    return {m_views, [&](const std::vector<View>& list) {
+    return {m_views,
+            [&](const detail::ViewsAround& around) {
                 MVInterpolationParams params = viewInterpolation();
                 if (!blends<T> && params.mode != MVInterpolationParams::Off)
                     params.mode = MVInterpolationParams::Nearest;
                 if (splittable())
-                    sources = detail::interpolationSourceViews(params, view, list);
+                    sources = detail::interpolationSourceViews(params, view, around);
                 if (sources.empty())
                     sources.append(splittable() ? view : View(View::INVALID()));
                 return sources[0];
-            }};
+            },
+            view};
 }
 
 template <class T> T Parameter<T>::valueInView(const View& view, const Context& context, Cache* cache) const {
@@ -212,20 +255,28 @@ IType Parameter<T>::initialiseInterpolation(const KeyframeData<T>&, const Keyfra
 }
 
 template <class T> Extrapolation Parameter<T>::extrapolationBefore() const {
-    if (const Parameter* master = typedMaster())
-        return master->extrapolationBefore();
-    return isKeyframed() ? m_extrapolationBefore.load(std::memory_order_relaxed) : Extrapolation::Constant;
+    return askShown([this](const Parameter& shown) {
+        if (&shown != this)
+            return shown.extrapolationBefore();
+        return isKeyframed() ? m_extrapolationBefore.load(std::memory_order_relaxed) : Extrapolation::Constant;
+    });
 }
 
 template <class T> Extrapolation Parameter<T>::extrapolationAfter() const {
-    if (const Parameter* master = typedMaster())
-        return master->extrapolationAfter();
-    return isKeyframed() ? m_extrapolationAfter.load(std::memory_order_relaxed) : Extrapolation::Constant;
+    return askShown([this](const Parameter& shown) {
+        if (&shown != this)
+            return shown.extrapolationAfter();
+        return isKeyframed() ? m_extrapolationAfter.load(std::memory_order_relaxed) : Extrapolation::Constant;
+    });
 }
 
 template <class T> Interpolation Parameter<T>::interpolation(const Context& context) const {
-    if (const Parameter* master = typedMaster())
-        return master->interpolation(context);
+    return askShown([&](const Parameter& shown) {
+        return &shown == this ? ownInterpolation(context) : shown.interpolation(context);
+    });
+}
+
+template <class T> Interpolation Parameter<T>::ownInterpolation(const Context& context) const {
     if (!isKeyframed())
         return Interpolation::Constant;
     const ReadBlock block = read(context.view);
@@ -242,8 +293,12 @@ template <class T> Interpolation Parameter<T>::interpolation(const KeyframeIndex
 }
 
 template <class T> IType Parameter<T>::interpolationData(const KeyframeIndex& keyframe) const {
-    if (const Parameter* master = typedMaster())
-        return master->interpolationData(keyframe);
+    return askShown([&](const Parameter& shown) {
+        return &shown == this ? ownInterpolationData(keyframe) : shown.interpolationData(keyframe);
+    });
+}
+
+template <class T> IType Parameter<T>::ownInterpolationData(const KeyframeIndex& keyframe) const {
     const ReadBlock block = read(keyframe.view);
     const KeyframeVector& keyframes = block.keyframes();
     if (keyframe.index >= static_cast<quint32>(keyframes.size()))

@@ -12,10 +12,17 @@ namespace Prm {
 
 template <class T>
 void Parameter<T>::sampleValues(const Time* times, int count, const View& view, T* out, Cache* cache) const {
-    if (const Parameter* master = typedMaster()) {
-        master->sampleValues(times, count, view, out, cache);
-        return;
-    }
+    askShown([&](const Parameter& shown) {
+        if (&shown == this)
+            sampleOwn(times, count, view, out, cache);
+        else
+            shown.sampleValues(times, count, view, out, cache);
+        return true;
+    });
+}
+
+template <class T>
+void Parameter<T>::sampleOwn(const Time* times, int count, const View& view, T* out, Cache* cache) const {
     {
         const ReadBlock block = readShown(view);
         if (!answersKeyframed()) {

@@ -3,7 +3,6 @@
 // What a parameter stores: construction, flags and defaults, the block that an edit changes, assignment.
 
 #include "prm/Parameter.h"
-#include "prm/text/LineNotes.h"
 
 #include <QMetaType>
 
@@ -100,7 +99,7 @@ template <class T> auto Parameter<T>::targetData(const View& view, const PVData*
     const View target = tellsViewsApart() ? addressed : View(View::defaultViewId());
     if (PVData* const own = m_views.findRealViewData(target))
         return own;
-    const std::size_t before = m_views.viewList().size();
+    const std::size_t before = m_views.count();
     const bool hadData = m_views.findRealViewData(addressed) != nullptr;
     PVData* const data = ownData(target, contents);
     const bool gained = !hadData && m_views.findRealViewData(addressed) != nullptr;
@@ -114,14 +113,12 @@ template <class T> auto Parameter<T>::targetData(const View& view, const PVData*
 
 /// The view's data, made if need be.
 template <class T> auto Parameter<T>::ownData(const View& view, const PVData* contents) -> PVData* {
-    const std::size_t before = m_views.viewList().size();
+    const std::size_t before = m_views.count();
     PVData& data = m_views.obtain(view, contents ? *contents : m_views.templateData());
-    const std::size_t now = m_views.viewList().size();
+    const std::size_t now = m_views.count();
     if (now != before) {
         m_isSplit.store(now > 1);
         ++m_revision;
-        if (now > detail::LineNotes::longList && view < m_views.viewList().back())
-            detail::LineNotes::addInsertion(detail::LineNotes::Inserted::View);
     }
     return &data;
 }

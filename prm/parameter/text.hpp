@@ -174,7 +174,7 @@ template <class T> template <class Change> void Parameter<T>::readNewViews(const
             change();
     };
     detail::changeOrGoBack(*this, renew, [&] {
-        m_views.assignViews(former, [&] { m_isSplit.store(former.viewList().size() > 1); });
+        m_views.assignViews(former, [&] { m_isSplit.store(former.count() > 1); });
         ++m_revision;
     });
 }
@@ -188,7 +188,7 @@ template <class T> template <class Change> void Parameter<T>::readIntoView(const
         change();
         return;
     }
-    const bool hadNone = viewList().empty();
+    const bool hadNone = m_views.count() == 0;
     detail::changeOrGoBack(*this, change, [&] {
         if (hadNone)
             Parameter::clearViewData();
@@ -199,10 +199,7 @@ template <class T> template <class Change> void Parameter<T>::readIntoView(const
 
 template <class T> void Parameter<T>::readViewList(const QString& line) {
     const View defaultView;
-    std::vector<View> views = detail::parseViewList(line);
-    // Observers are notified of them as they are listed, but a long list in descending order would take quadratic time.
-    if (views.size() > detail::LineNotes::longList)
-        std::sort(views.begin(), views.end());
+    const std::vector<View> views = detail::parseViewList(line);
     readNewViews([&] {
         const detail::LifeGuard guard(*this);
         for (const View view : views) {
@@ -263,7 +260,7 @@ template <class T> void Parameter<T>::storeKeyframe(const T& value, const Contex
     LockedKeyframes lock(data);
     int position = detail::positionAt(data->keyframes, context.time);
     if (position < 0)
-        position = insertKeyframe(*data, context.time, value);
+        position = insertKeyframe(context.view, context.time, value);
     KeyframeData<T>& stored = lock.keyframes()[position];
     if (!ValueType<T>::equal(stored.value, value))
         stored.value = value;
@@ -282,11 +279,12 @@ template <class T> void Parameter<T>::importKeyframe(const SerialisedKeyframe& k
     }
     const detail::LifeGuard guard(*this);
     const auto steps = [&] {
-        const int index = vSetValue(value, context);
+        vSetValue(value, context);
         if (guard.alive())
             vSetInterpolation(itype.interpolation, context);
+        // Hooks and observers may have moved it.
         if (guard.alive())
-            vSetInterpolationData(itype, static_cast<unsigned int>(index), context.view);
+            vSetInterpolationData(itype, keyframeIndexForTime(context), context.view);
     };
     if (!m_views.findRealViewData(tellsViewsApart() ? context.view : View(View::defaultViewId()))) {
         steps();

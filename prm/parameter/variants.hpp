@@ -39,7 +39,7 @@ template <class T> void Parameter<T>::checkVariantAccess(const Context& context)
 
 template <class T> void Parameter<T>::setVariantValue(const QVariant& variant, const Context& context) {
     checkVariantAccess(context);
-    detail::default_Parameter_setVariantValue_impl(*this, variant, context);
+    setVariantValue(variant, context, std::nothrow);
 }
 
 template <class T>
@@ -53,7 +53,7 @@ void Parameter<T>::setVariantValue(const QVariant& variant, const Context& conte
 
 template <class T> QVariant Parameter<T>::variantValue(const Context& context) const {
     checkVariantAccess(context);
-    return ValueType<T>::toVariant(value(context, nullptr));
+    return variantValue(context, std::nothrow);
 }
 
 template <class T> QVariant Parameter<T>::variantValue(const Context& context, const std::nothrow_t&) const {

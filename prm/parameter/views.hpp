@@ -51,12 +51,12 @@ template <class T> bool Parameter<T>::initialiseHeroView(const View& hero, const
 
 template <class T> bool Parameter<T>::deleteView(const View& view) {
     const View removed = view;
-    if (!m_views.findRealViewData(removed) || m_views.viewList().size() < 2)
+    if (!m_views.findRealViewData(removed) || m_views.count() < 2)
         return false;
     {
         m_views.remove(removed);
         ++m_revision;
-        m_isSplit.store(m_views.viewList().size() > 1);
+        m_isSplit.store(m_views.count() > 1);
     }
     ParameterChange::viewRemoved(*this, removed);
     return true;

@@ -38,16 +38,18 @@ const char* Invariants::brokenInKeyframes(const ParameterWithoutType& parameter)
 }
 
 const char* Invariants::brokenInLinks(const ParameterWithoutType& parameter) {
-    QSet<const ParameterWithoutType*> constrained;
-    for (const auto& entry : parameter.rarities().constrainedParameters) {
-        if (entry && entry->masterParameter() != &parameter)
+    const ParameterWithoutType* previous = nullptr;
+    for (const ParameterWithoutType* one = parameter.rarities().firstConstrained; one; one = one->nextConstrained()) {
+        if (one->masterParameter() != &parameter)
             return "a parameter is listed as constrained, and has another master";
-        if (entry && constrained.contains(entry.data()))
-            return "a parameter is listed as constrained twice";
-        constrained.insert(entry.data());
+        if (one->rarities().previousConstrained != previous)
+            return "the list of the constrained parameters is torn";
+        previous = one;
     }
+    if (parameter.rarities().lastConstrained != previous)
+        return "the list of the constrained parameters is torn";
     const ParameterWithoutType* const master = parameter.masterParameter();
-    if (master && !master->listsConstrained(parameter))
+    if (master && !parameter.nextConstrained() && master->rarities().lastConstrained != &parameter)
         return "the master does not list the parameter";
     const ParameterWithoutType* slow = &parameter;
     const ParameterWithoutType* fast = &parameter;

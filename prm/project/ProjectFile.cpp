@@ -166,8 +166,8 @@ void ProjectFile::readLines(const QByteArray& text) {
             continue;
         }
         readLine(line, notes);
-        if (notes.inserted != detail::LineNotes::Inserted::None) {
-            for (const detail::ProjectLine& next : lines.takeSorted(line, notes.inserted))
+        if (notes.hasInserted) {
+            for (const detail::ProjectLine& next : lines.takeSorted(line))
                 readLine(next, notes);
         }
     }

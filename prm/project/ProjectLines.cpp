@@ -14,15 +14,8 @@ namespace {
 
 constexpr char byteOrderMark[] = "\xEF\xBB\xBF";
 
-/// The number by which a line is sorted, behind what it shares with the others of its list; false for another line.
-bool readPlace(const QByteArray& rest, LineNotes::Inserted inserted, double& place) {
-    if (inserted == LineNotes::Inserted::View) {
-        const int end = rest.indexOf("].");
-        const QByteArray key = rest.mid(end + 2, 10);
-        bool isNumber = false;
-        place = rest.left(end).toUInt(&isNumber);
-        return isNumber && end > 0 && (key.startsWith("value=") || key.startsWith("keyframes."));
-    }
+/// The time by which a line is sorted, after what it shares with the others of its list; false for another line.
+bool readPlace(const QByteArray& rest, double& place) {
     const int opening = rest.indexOf("Key(");
     const int end = rest.indexOf(',', std::max(0, opening));
     if (opening < 0 || end < 0)
@@ -94,8 +87,8 @@ ProjectLine ProjectLines::next() {
     return {++m_number, start, length};
 }
 
-QVector<ProjectLine> ProjectLines::takeSorted(const ProjectLine& last, LineNotes::Inserted inserted) {
-    const QByteArray mark = inserted == LineNotes::Inserted::View ? ".view[" : ".keyframes.append(";
+QVector<ProjectLine> ProjectLines::takeSorted(const ProjectLine& last) {
+    const QByteArray mark = ".keyframes.append(";
     const QByteArray line = QByteArray::fromRawData(last.start, last.size);
     const int found = line.indexOf(mark);
     if (found < 0)
@@ -105,7 +98,7 @@ QVector<ProjectLine> ProjectLines::takeSorted(const ProjectLine& last, LineNotes
     const auto isOfList = [&](const ProjectLine& next) {
         const QByteArray bytes = QByteArray::fromRawData(next.start, next.size);
         double place = 0;
-        if (!bytes.startsWith(shared) || !readPlace(bytes.mid(shared.size()), inserted, place))
+        if (!bytes.startsWith(shared) || !readPlace(bytes.mid(shared.size()), place))
             return false;
         run.append({place, next});
         return true;

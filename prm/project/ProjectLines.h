@@ -45,9 +45,9 @@ public:
         m_number = number;
         return false;
     }
-    /// Takes the lines that follow the one that was taken last and belong to the same list as it, in ascending order of
-    /// their views or times; equal ones keep their order. The result of reading them is the same.
-    QVector<ProjectLine> takeSorted(const ProjectLine& last, LineNotes::Inserted inserted);
+    /// Takes the lines that follow the one that was taken last and add keyframes to the same list as it, in ascending
+    /// order of their times; equal ones keep their order. The result of reading them is the same.
+    QVector<ProjectLine> takeSorted(const ProjectLine& last);
 
 private:
     QByteArray m_text;

@@ -37,15 +37,15 @@ void LineNotes::addMaster(QObject& parameter, const QString& id) {
         t_notes->masters.append({&parameter, id});
 }
 
-void LineNotes::addInsertion(Inserted inserted) {
+void LineNotes::addInsertion() {
     if (t_notes)
-        t_notes->inserted = inserted;
+        t_notes->hasInserted = true;
 }
 
 void LineNotes::clear() {
     losses.clear();
     masters.clear();
-    inserted = Inserted::None;
+    hasInserted = false;
 }
 
 } // namespace Prm::detail

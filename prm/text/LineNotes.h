@@ -21,9 +21,6 @@ public:
         QPointer<QObject> parameter;
         QString id;
     };
-    /// What was inserted before the end of a long list.
-    enum class Inserted { None, View, Keyframe };
-
     LineNotes();
     ~LineNotes();
     Q_DISABLE_COPY(LineNotes)
@@ -32,7 +29,8 @@ public:
     static void addLoss(const char* what, QStringView text, const char* problem);
     static void addLoss(const char* loss);
     static void addMaster(QObject& parameter, const QString& id);
-    static void addInsertion(Inserted inserted);
+    /// A keyframe before the end of a long list.
+    static void addInsertion();
 
     /// From this length on, inserting before the end of a list one by one costs noticeably more than sorting first.
     static constexpr int longList = 1000;
@@ -41,7 +39,7 @@ public:
 
     QStringList losses;
     QVector<Master> masters;
-    Inserted inserted = Inserted::None;
+    bool hasInserted = false;
 
 private:
     LineNotes* m_former;

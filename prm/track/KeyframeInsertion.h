@@ -7,8 +7,8 @@
 
 namespace Prm::detail {
 
-/// Puts a keyframe behind the last one, which must be before it, as `insertKeyframe` does for curves that shape their
-/// segments by `initialShape`. Nothing is built elsewhere and copied.
+/// Puts a keyframe behind the last one, which must be before it, as `KeyframeInsertion` does for curves that shape
+/// their segments by `initialShape`. Nothing is built elsewhere and copied.
 template <class T>
 PRM_ALWAYS_INLINE int appendKeyframe(QVector<KeyframeData<T>>& keyframes, Time time, const T& value) {
     const int position = keyframes.size();
@@ -22,27 +22,59 @@ PRM_ALWAYS_INLINE int appendKeyframe(QVector<KeyframeData<T>>& keyframes, Time t
     return position;
 }
 
-/// Puts a keyframe in its place and answers the position. It takes over the interpolation of the keyframe before it
-/// (`first` when there is none), shaped by `initialise(from, to, kind)` when one follows. Appending shapes the former
-/// last keyframe anew, except while text is read, whose keyframes bring their own shapes. No other keyframe is touched;
-/// an exception changes nothing.
-template <class T, class Initialise>
-int insertKeyframe(QVector<KeyframeData<T>>& keyframes, KeyframeData<T> added, Interpolation first, bool readingIn,
-                   const Initialise& initialise) {
-    const int count = keyframes.size();
-    const int position = lowerBound(keyframes, added.time);
-    const Interpolation inherited = position > 0 ? keyframes.at(position - 1).interpolationData.interpolation : first;
-    if (position == count && count > 0 && !readingIn) {
-        added.interpolationData = IType(inherited);
-        const IType shaped = initialise(keyframes.at(count - 1), added, inherited);
-        keyframes.append(added);
-        keyframes[count - 1].interpolationData = shaped;
+/// A keyframe to be inserted, and the segment that gets a shape with it. The keyframe takes over the interpolation of
+/// the one before it (`first` when there is none), shaped when one follows. Appending shapes the former last keyframe
+/// anew, except while text is read, whose keyframes bring their own shapes. No other keyframe is touched.
+///
+/// A hook of the host's makes the shape, from copies, before the list is changed, and may edit the list. So
+/// `insertInto` finds the place again, and uses the shape only where the segment still has the same ends.
+template <class T> class KeyframeInsertion {
+public:
+    KeyframeInsertion(const QVector<KeyframeData<T>>& keyframes, Time time, const T& value, Interpolation first,
+                      bool readingIn)
+        : m_added(time, value) {
+        const int position = lowerBound(keyframes, time);
+        const bool appends = position == keyframes.size();
+        m_added.interpolationData.interpolation =
+            position > 0 ? keyframes.at(position - 1).interpolationData.interpolation : first;
+        m_shapesFormer = appends && position > 0 && !readingIn;
+        m_shapesAdded = !appends;
+        if (shapesSegment())
+            m_neighbour = keyframes.at(appends ? position - 1 : position);
+    }
+
+    bool shapesSegment() const { return m_shapesFormer || m_shapesAdded; }
+    template <class Initialise> void shape(const Initialise& initialise) {
+        const KeyframeData<T> from = m_shapesFormer ? m_neighbour : m_added;
+        const KeyframeData<T> to = m_shapesFormer ? m_added : m_neighbour;
+        m_shape = initialise(from, to, m_added.interpolationData.interpolation);
+    }
+
+    /// The position, or -1 where there is a keyframe at that time. An exception changes nothing.
+    int insertInto(QVector<KeyframeData<T>>& keyframes) {
+        const int position = lowerBound(keyframes, m_added.time);
+        if (position < keyframes.size()) {
+            const Time next = keyframes.at(position).time;
+            if (next == m_added.time)
+                return -1;
+            if (m_shapesAdded && next == m_neighbour.time)
+                m_added.interpolationData = m_shape;
+            keyframes.insert(position, m_added);
+        } else {
+            keyframes.append(m_added);
+            if (m_shapesFormer && position > 0 && keyframes.at(position - 1).time == m_neighbour.time)
+                keyframes[position - 1].interpolationData = m_shape;
+        }
         return position;
     }
-    added.interpolationData =
-        position < count ? initialise(added, keyframes.at(position), inherited) : IType(inherited);
-    keyframes.insert(position, added);
-    return position;
-}
+
+private:
+    KeyframeData<T> m_added;
+    /// The other end of the segment that is shaped.
+    KeyframeData<T> m_neighbour;
+    IType m_shape;
+    bool m_shapesFormer = false;
+    bool m_shapesAdded = false;
+};
 
 } // namespace Prm::detail

@@ -7,7 +7,7 @@ namespace Prm::detail {
 
 namespace {
 
-using Position = std::vector<View>::const_iterator;
+using Position = const View*;
 
 double distance(View a, View b) {
     return std::abs(static_cast<double>(a.id()) - static_cast<double>(b.id()));
@@ -19,11 +19,10 @@ View nearer(Position above, View view) {
     return distance(below, view) <= distance(*above, view) ? below : *above;
 }
 
-SourceViews threeNearest(const std::vector<View>& viewList, Position above, View view) {
+SourceViews threeNearest(Position begin, Position end, Position above, View view) {
     Position first = above - 1;
     Position last = above + 1;
-    const bool lowerOne =
-        first != viewList.begin() && (last == viewList.end() || distance(*(first - 1), view) <= distance(*last, view));
+    const bool lowerOne = first != begin && (last == end || distance(*(first - 1), view) <= distance(*last, view));
     if (lowerOne)
         --first;
     else
@@ -33,24 +32,32 @@ SourceViews threeNearest(const std::vector<View>& viewList, Position above, View
     return sources;
 }
 
+SourceViews sourceViews(MVInterpolationParams::Mode mode, View view, Position begin, Position end) {
+    if (mode == MVInterpolationParams::Off || begin == end || !view.isValid())
+        return {};
+    const Position above = std::lower_bound(begin, end, view);
+    if (above == end)
+        return SourceViews(*(end - 1));
+    if (*above == view || above == begin)
+        return SourceViews(*above);
+    if (mode == MVInterpolationParams::Nearest)
+        return SourceViews(nearer(above, view));
+    if (mode == MVInterpolationParams::Smooth && end - begin >= SourceViews::capacity)
+        return threeNearest(begin, end, above, view);
+    SourceViews sources(*(above - 1));
+    sources.append(*above);
+    return sources;
+}
+
 } // namespace
 
 SourceViews interpolationSourceViews(const MVInterpolationParams& params, const View& view,
                                      const std::vector<View>& viewList) {
-    if (params.mode == MVInterpolationParams::Off || viewList.empty() || !view.isValid())
-        return {};
-    const auto above = std::lower_bound(viewList.begin(), viewList.end(), view);
-    if (above == viewList.end())
-        return SourceViews(viewList.back());
-    if (*above == view || above == viewList.begin())
-        return SourceViews(*above);
-    if (params.mode == MVInterpolationParams::Nearest)
-        return SourceViews(nearer(above, view));
-    if (params.mode == MVInterpolationParams::Smooth && viewList.size() >= SourceViews::capacity)
-        return threeNearest(viewList, above, view);
-    SourceViews sources(*(above - 1));
-    sources.append(*above);
-    return sources;
+    return sourceViews(params.mode, view, viewList.data(), viewList.data() + viewList.size());
+}
+
+SourceViews interpolationSourceViews(const MVInterpolationParams& params, const View& view, const ViewsAround& views) {
+    return sourceViews(params.mode, view, views.begin(), views.end());
 }
 
 std::array<double, SourceViews::capacity> sourceWeights(const SourceViews& sources, const View& view) {

@@ -1,6 +1,7 @@
 // The links of a parameter to others: its master, the parameters constrained to it, and those that it listens to.
 
 #include "prm/ParameterWithoutType.h"
+#include "prm/untyped/Masters.h"
 
 #include <QDebug>
 
@@ -14,89 +15,124 @@ namespace Prm {
 namespace {
 
 std::atomic<quint64> lastConnection{0};
+thread_local int masterScopes = 0;
 
 } // namespace
 
+std::atomic<quint64> detail::masterChanges{0};
+
+detail::MasterScope::MasterScope() {
+    ++masterScopes;
+}
+
+detail::MasterScope::~MasterScope() {
+    --masterScopes;
+}
+
+bool detail::MasterScope::isDeep() {
+    constexpr int deep = 100;
+    return masterScopes > deep;
+}
+
 QList<ParameterWithoutType*> ParameterWithoutType::constrainedParameters() const {
-    QList<ParameterWithoutType*> living;
-    for (const auto& entry : rarities().constrainedParameters) {
-        if (entry)
-            living.append(entry.data());
-    }
-    return living;
+    QList<ParameterWithoutType*> list;
+    for (ParameterWithoutType* one = rarities().firstConstrained; one; one = one->nextConstrained())
+        list.append(one);
+    return list;
 }
 
-bool ParameterWithoutType::listsConstrained(const ParameterWithoutType& parameter) const {
-    const auto& list = rarities().constrainedParameters;
-    return std::any_of(list.cbegin(), list.cend(), [&](const auto& entry) { return entry.data() == &parameter; });
-}
-
-void ParameterWithoutType::forgetConstrained(const ParameterWithoutType& parameter) {
-    if (rarities().constrainedParameters.isEmpty())
-        return;
-    auto& list = ownRarities().constrainedParameters;
-    const auto gone = [&](const auto& entry) { return !entry || entry.data() == &parameter; };
-    list.erase(std::remove_if(list.begin(), list.end(), gone), list.end());
-}
-
+/// Goes up from here and down from the parameter, in step, so that it costs the shorter of the two ways: tying n
+/// parameters in any order takes n log n steps.
 bool ParameterWithoutType::wouldCloseCircle(const ParameterWithoutType& parameter) const {
     const ParameterWithoutType* above = this;
-    while (above && above != &parameter)
+    const ParameterWithoutType* below = &parameter;
+    while (above && below) {
+        if (above == &parameter || below == this)
+            return true;
         above = above->masterParameter();
-    return above != nullptr;
-}
-
-int ParameterWithoutType::placeAt(const ParameterWithoutType& master) const {
-    const auto& list = master.rarities().constrainedParameters;
-    const auto living = [](const auto& entry) { return !entry.isNull(); };
-    const auto found = std::find_if(list.begin(), list.end(), [this](const auto& entry) { return entry == this; });
-    return static_cast<int>(std::count_if(list.begin(), found, living));
-}
-
-/// All that may fail comes before the first change. A master that was read from text is no longer waited for.
-void ParameterWithoutType::tieTo(ParameterWithoutType* master, int position) {
-    const QPointer<ParameterWithoutType> self(this);
-    QPointer<ParameterWithoutType> tied(master);
-    auto* const list = master ? &master->ownRarities().constrainedParameters : nullptr;
-    if (list && list->size() == list->capacity())
-        list->reserve(2 * list->size() + 1);
-    QPointer<ParameterWithoutType>& tie = ownRarities().master;
-    setPendingMasterParameterId({});
-    if (ParameterWithoutType* former = masterParameter())
-        former->forgetConstrained(*this);
-    if (master) {
-        master->forgetConstrained(*this);
-        list->insert(std::min(std::max(position, 0), list->size()), self);
+        below = below->nextBelow(parameter);
     }
-    tie.swap(tied);
+    return false;
+}
+
+/// The next one of all that show this parameter, directly or not; null after the last one that shows `top`.
+const ParameterWithoutType* ParameterWithoutType::nextBelow(const ParameterWithoutType& top) const {
+    if (const ParameterWithoutType* const first = rarities().firstConstrained)
+        return first;
+    const ParameterWithoutType* below = this;
+    while (below != &top && !below->nextConstrained())
+        below = below->masterParameter();
+    return below == &top ? nullptr : below->nextConstrained();
+}
+
+void ParameterWithoutType::enlist(ParameterWithoutType& master, ParameterWithoutType* before) {
+    Rarities& own = ownRarities();
+    Rarities& list = master.ownRarities();
+    own.nextConstrained = before;
+    own.previousConstrained = before ? before->rarities().previousConstrained : list.lastConstrained;
+    (own.previousConstrained ? own.previousConstrained->ownRarities().nextConstrained : list.firstConstrained) = this;
+    (before ? before->ownRarities().previousConstrained : list.lastConstrained) = this;
+}
+
+void ParameterWithoutType::delist() {
+    ParameterWithoutType* const master = masterParameter();
+    if (!master)
+        return;
+    Rarities& own = ownRarities();
+    Rarities& list = master->ownRarities();
+    ParameterWithoutType* const previous = std::exchange(own.previousConstrained, nullptr);
+    ParameterWithoutType* const next = std::exchange(own.nextConstrained, nullptr);
+    (previous ? previous->ownRarities().nextConstrained : list.firstConstrained) = next;
+    (next ? next->ownRarities().previousConstrained : list.lastConstrained) = previous;
+}
+
+/// A master that was read from text is no longer waited for.
+void ParameterWithoutType::tieTo(ParameterWithoutType* master, ParameterWithoutType* before) {
+    linkTo(master, before);
+    setPendingMasterParameterId({});
+}
+
+/// All that may fail comes before the first change. Threads that evaluate see the former master or this one.
+void ParameterWithoutType::linkTo(ParameterWithoutType* master, ParameterWithoutType* before) {
+    Rarities& own = ownRarities();
+    if (master)
+        master->ownRarities();
+    delist();
+    if (master)
+        enlist(*master, before && before != this && before->masterParameter() == master ? before : nullptr);
+    own.master.store(master);
+    ++detail::masterChanges;
+}
+
+/// Of a parameter that dies.
+void ParameterWithoutType::dropLinks() {
+    while (ParameterWithoutType* const constrained = rarities().firstConstrained)
+        constrained->linkTo(nullptr, nullptr);
+    if (masterParameter())
+        linkTo(nullptr, nullptr);
 }
 
 bool ParameterWithoutType::bAddConstrainedParameter(ParameterWithoutType* parameter) {
-    if (!parameter || listsConstrained(*parameter))
+    if (!parameter || parameter->masterParameter() == this)
         return false;
     if (wouldCloseCircle(*parameter)) {
         qWarning() << "ParameterWithoutType::bAddConstrainedParameter():" << parameter->scriptName() << "is a master of"
                    << m_scriptName << "and cannot be constrained to it.";
         return false;
     }
-    parameter->tieTo(this, rarities().constrainedParameters.size());
+    parameter->tieTo(this, nullptr);
     return true;
 }
 
 bool ParameterWithoutType::bRemoveConstrainedParameter(ParameterWithoutType* parameter) {
-    if (!parameter || !listsConstrained(*parameter))
+    if (!parameter || parameter->masterParameter() != this)
         return false;
     const detail::LifeGuard self(*this);
     const detail::LifeGuard other(*parameter);
     const auto letGo = [&] {
         // Observers of the copy may have deleted either side or tied the parameter elsewhere.
-        if (!self.alive() || !other.alive())
-            return;
-        if (parameter->masterParameter() == this) {
-            parameter->ownRarities().master.clear();
-            parameter->setPendingMasterParameterId({});
-        }
-        forgetConstrained(*parameter);
+        if (self.alive() && other.alive() && parameter->masterParameter() == this)
+            parameter->tieTo(nullptr, nullptr);
     };
     try {
         parameter->vCopyKeyframeDataFrom(this);

@@ -63,6 +63,7 @@ ParameterWithoutType::ParameterWithoutType(const ParameterWithoutType& other)
 
 ParameterWithoutType::~ParameterWithoutType() {
     announceDeletion();
+    dropLinks();
     delete m_rarities.load();
 }
 

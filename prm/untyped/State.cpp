@@ -35,7 +35,7 @@ boost::shared_ptr<Bsc::MementoBase> presentState(const Bsc::MementoBase& memento
 }
 
 MasterLink::MasterLink(const ParameterWithoutType& constrained)
-    : m_master(constrained.masterParameter()), m_position(m_master ? constrained.placeAt(*m_master) : 0),
+    : m_master(constrained.masterParameter()), m_next(constrained.nextConstrained()),
       m_pending(constrained.pendingMasterParameterId()) {}
 
 bool MasterLink::equals(const ParameterWithoutType& constrained) const {
@@ -51,7 +51,7 @@ bool MasterLink::mayRestore(const ParameterWithoutType& constrained) const {
 }
 
 void MasterLink::restore(ParameterWithoutType& constrained) const {
-    constrained.tieTo(mayRestore(constrained) ? m_master.data() : nullptr, m_position);
+    constrained.tieTo(mayRestore(constrained) ? m_master.data() : nullptr, m_next.data());
     constrained.setPendingMasterParameterId(m_pending);
 }
 

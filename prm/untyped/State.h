@@ -27,7 +27,8 @@ public:
 
 private:
     QPointer<ParameterWithoutType> m_master;
-    int m_position = 0;
+    /// The one that followed among those that show the same.
+    QPointer<ParameterWithoutType> m_next;
     QString m_pending;
 };
 

@@ -38,15 +38,18 @@ template <class Integer> Integer rounded(double value) {
     return static_cast<Integer>(nearest);
 }
 
-bool holdsRealNumber(const QVariant& variant) {
-    return variant.userType() == QMetaType::Double || variant.userType() == QMetaType::Float;
+/// Whether Qt converts what the variant holds to a whole number: a real number outside the range of 64 bits it does
+/// not, that is undefined. Inside that range Qt rounds, and keeps the lowest 32 bits.
+bool isConvertedByQt(const QVariant& variant) {
+    if (variant.userType() != QMetaType::Double && variant.userType() != QMetaType::Float)
+        return true;
+    constexpr double limit = 9e18;
+    return std::abs(variant.toDouble()) < limit;
 }
 
-/// Qt's own conversion of a real number that does not fit is undefined.
 template <class Integer> Integer integerFromVariant(const QVariant& variant) {
-    if (holdsRealNumber(variant))
-        return rounded<Integer>(variant.toDouble());
-    return GeneralValueType<Integer>::fromVariant(variant);
+    return isConvertedByQt(variant) ? GeneralValueType<Integer>::fromVariant(variant)
+                                    : rounded<Integer>(variant.toDouble());
 }
 
 /// What a text stream makes of a text that is more, or other, than a number: the number that it begins with, or 0.
@@ -111,6 +114,12 @@ void noteFurtherParts(const QString& text) {
 }
 
 } // namespace
+
+void detail::addTextToHash(Bsc::Hash& hash, const QString& text) {
+    const QByteArray bytes = text.toUtf8();
+    addBytes(hash, static_cast<quint64>(bytes.size()));
+    hash.addData(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+}
 
 void ValueType<bool>::write(QString& text, const bool& value) {
     text += QLatin1Char(value ? '1' : '0');
@@ -194,8 +203,7 @@ QString ValueType<QString>::read(const QString& text) {
 }
 
 void ValueType<QString>::addToHash(Bsc::Hash& hash, const QString& value) {
-    const QByteArray bytes = value.toUtf8();
-    hash.addData(bytes.constData(), static_cast<std::size_t>(bytes.size()));
+    detail::addTextToHash(hash, value);
 }
 
 bool ValueType<QPointF>::equal(const QPointF& a, const QPointF& b) {

@@ -12,7 +12,9 @@ int main() {
     shutter.vSetValue(4, Prm::Time::fromInt(10));
     Prm::NumericParameter<double> opacity("opacity");
     opacity.vSetValue(0, Prm::Time::fromInt(0));
-    opacity.vSetValue(1, Prm::Time::fromInt(25));
+
+    // Linked from the library.
+    Prm::detail::default_Parameter_setVariantValue_impl<double>(opacity, 1, Prm::Time::fromInt(25));
 
     QTextStream out(stdout);
     shutter.bStreamOut(out, QString(), true);

@@ -1,6 +1,9 @@
 // What the random edits of the model do not reach.
 
 #include "prm/NumericParameter.h"
+#include "prm/ParameterWithoutTypeBase.h"
+#include "prm/SerialisedKeyframe.h"
+#include "prm/project/Invariants.h"
 #include "tests/parameter/Keying.h"
 #include "tests/support/ChangeRecorder.h"
 #include "tests/support/Errors.h"
@@ -10,12 +13,28 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 #include <limits>
+#include <memory>
 #include <stdexcept>
+#include <type_traits>
+#include <utility>
+#include <vector>
 
 using namespace Prm;
 
 namespace {
+
+struct OfAHosts : NumericParameter<double> {};
+
+// A copy keeps its curves, and a context its view.
+static_assert(std::is_copy_constructible_v<Parameter<double>> &&
+              std::is_copy_constructible_v<NumericParameter<double>>);
+static_assert(!std::is_constructible_v<Parameter<double>, const NumericParameter<double>&>);
+static_assert(!std::is_constructible_v<Parameter<double>, OfAHosts&>);
+static_assert(!std::is_constructible_v<Parameter<QPointF>, PointParameter>);
+static_assert(!std::is_convertible_v<AnimationFlags, AnimationState>);
+static_assert(std::is_copy_constructible_v<ParameterWithoutTypeBase>);
 
 using P = Parameter<int>;
 
@@ -68,6 +87,86 @@ TEST(Editing, AMappingOfTimesMayFailOrEditTheParameter) {
         delete deleted;
         return time;
     });
+}
+
+/// Does what a test wants while it shapes a segment.
+class Shaping : public NumericParameter<double> {
+public:
+    Shaping() : ParameterWithoutType(false, false, nullptr) {}
+    IType initialiseInterpolation(const KeyframeData<double>& from, const KeyframeData<double>& to,
+                                  Interpolation kind) const override {
+        asked.push_back(from.interpolationData.interpolation);
+        if (const auto act = std::exchange(inside, nullptr))
+            act();
+        EXPECT_LT(from.time, to.time);
+        return {kind, from.value, to.value};
+    }
+    mutable std::function<void()> inside;
+    mutable std::vector<Interpolation> asked;
+};
+
+TEST(Editing, TheHookThatShapesASegmentMayEdit) {
+    using Act = void (*)(std::unique_ptr<Shaping>&);
+    const std::pair<const char*, Act> acts[] = {
+        {"nothing", [](auto&) {}},
+        {"deletes the keyframe before", [](auto& p) { p->vDeleteKeyframe(Context::Explicit(at(10, 1))); }},
+        {"deletes the keyframe behind", [](auto& p) { p->vDeleteKeyframe(Context::Explicit(at(20, 1))); }},
+        {"deletes all", [](auto& p) { p->vDeleteAllKeyframes(View(1)); }},
+        {"adds one there", [](auto& p) { p->vSetValue(7, at(15, 1)), p->vSetValue(7, at(30, 1)); }},
+        {"adds many",
+         [](auto& p) {
+             for (int i = 0; i < 100; ++i)
+                 p->vSetValue(i, at(i * 0.3, 1));
+         }},
+        {"moves all", [](auto& p) { p->adjustKeyframesTime([](Time time) { return time + 12; }); }},
+        {"deletes the view", [](auto& p) { p->deleteView(View(1)); }},
+        {"deletes all views", [](auto& p) { p->clearViewData(); }},
+        {"becomes static", [](auto& p) { p->assignFrom(Parameter<double>("static", 3, Splittable)); }},
+        {"is assigned", [](auto& p) { p->assignFrom(NumericParameter<double>("empty")); }},
+        {"deletes the parameter", [](auto& p) { p.reset(); }},
+        {"throws", [](auto&) { throw std::runtime_error("hook"); }},
+    };
+    using Edit = void (*)(Shaping&);
+    const std::tuple<const char*, double, Edit> edits[] = {
+        {"appends", 30, [](Shaping& p) { p.vSetValue(5, at(30, 1)); }},
+        {"inserts", 15, [](Shaping& p) { p.vSetValue(5, at(15, 1)); }},
+        {"keys", 15, [](Shaping& p) { p.iAddKeyframe(at(15, 1)); }},
+        {"changes the kind", 10, [](Shaping& p) { p.vSetInterpolation(Interpolation::Bezier, at(10, 1)); }},
+        {"imports", 15,
+         [](Shaping& p) {
+             const auto keyframe = p.getSerialisedKeyframe(at(INFINITY));
+             keyframe->setFromString("view[1].keyframes.append( Key( 15, 5, Linear ) )");
+             p.importKeyframe(*keyframe);
+         }},
+    };
+    for (const auto& [edit, time, change] : edits) {
+        for (const auto& [name, act] : acts) {
+            SCOPED_TRACE(std::string(edit) + ", " + name);
+            auto parameter = std::make_unique<Shaping>();
+            key(*parameter, {{10, 1.}, {20, 2.}}, 1);
+            parameter->inside = [&, &theAct = act] { theAct(parameter); };
+            const std::string error = errorOf([&, &theChange = change] { theChange(*parameter); });
+            EXPECT_EQ(error, act == std::end(acts)[-1].second ? "hook" : "");
+            if (!parameter)
+                continue;
+            EXPECT_EQ(detail::verify(*parameter).toStdString(), "");
+            const bool sets = error.empty() && parameter->isKeyframed() && time != 10;
+            EXPECT_TRUE(!sets || parameter->bKeyframeAt(Context::Explicit(at(time, 1))));
+            EXPECT_EQ(parameter->keyframeCount(View(1)) == 2 || !error.empty(), parameter->keyframeCount(View(1)) == 2);
+        }
+    }
+}
+
+TEST(Editing, TheHookThatShapesASegmentIsGivenTheFormerKind) {
+    Shaping parameter;
+    key(parameter, {{10, 1.}, {20, 2.}});
+    parameter.asked.clear();
+    parameter.vSetInterpolation(Interpolation::Bezier, at(10));
+    parameter.vSetInterpolation(Interpolation::Constant, at(10));
+    parameter.vSetInterpolation(Interpolation::Bezier, at(20));
+    EXPECT_EQ(parameter.asked, (std::vector<Interpolation>{Interpolation::Linear, Interpolation::Bezier}));
+    EXPECT_EQ(parameter.keyframe(0, View()).interpolationData, IType(Interpolation::Constant, 1, 2));
+    EXPECT_EQ(parameter.keyframe(1, View()).interpolationData, IType(Interpolation::Bezier));
 }
 
 TEST(Editing, EqualValuesAreExactlyEqual) {
@@ -161,17 +260,38 @@ public:
     }
 };
 
-TEST(Variants, OnlyTheThrowingFormsThrow) {
+TEST(Variants, WhatHooksAndObserversThrowIsCaught) {
     Failing parameter;
     key(parameter, {{2, 1.}});
     EXPECT_EQ(parameter.variantValue(at(1), std::nothrow), QVariant());
-    EXPECT_EQ(errorOf([&] { parameter.variantValue(at(1)); }), "hook");
+    EXPECT_EQ(parameter.variantValue(at(1)), QVariant());
     const auto observer = [](ParameterChange&) { throw std::logic_error("observer"); };
     QObject::connect(&parameter, &ParameterWithoutType::changed, observer);
     EXPECT_NO_THROW(parameter.setVariantValue(5, at(2), std::nothrow));
-    EXPECT_EQ(errorOf([&] { parameter.setVariantValue(6, at(2)); }), "observer");
+    EXPECT_NO_THROW(parameter.setVariantValue(6, at(2)));
     EXPECT_EQ(parameter.keyframeValue(0, View()), 6);
+    const auto rethrown = [&] { detail::default_Parameter_setVariantValue_impl<double>(parameter, 7, at(2)); };
+    EXPECT_EQ(errorOf(rethrown), "observer");
     parameter.detachAllObservers();
+}
+
+/// Overrides the forms that do not throw.
+class Converting : public Parameter<double> {
+public:
+    Converting() : ParameterWithoutType(false, false, nullptr) {}
+    using Parameter::setVariantValue;
+    using Parameter::variantValue;
+    void setVariantValue(const QVariant& variant, const Context& context, const std::nothrow_t&) override {
+        vSetValue(variant.toDouble() / 100, context);
+    }
+    QVariant variantValue(const Context& context, const std::nothrow_t&) const override { return value(context) * 100; }
+};
+
+TEST(Variants, TheThrowingFormsGoThroughTheOthers) {
+    Converting parameter;
+    parameter.setVariantValue(50, at(1));
+    EXPECT_EQ(parameter.value(at(1)), 0.5);
+    EXPECT_EQ(parameter.variantValue(at(1)), QVariant(50.));
 }
 
 /// The value of a parameter of this type after it is given the variant.
@@ -189,7 +309,9 @@ TEST(Variants, AreConverted) {
         {"number from no number", taken<double>("1,5"), 0.0},
         {"whole number, rounded", taken<int>(2.5), 3},
         {"whole number from infinity", taken<int>(infinity), std::numeric_limits<int>::max()},
-        {"unsigned from a negative number", taken<unsigned int>(-1e30), 0u},
+        {"unsigned from far below", taken<unsigned int>(-1e30), 0u},
+        {"unsigned from a negative number", taken<unsigned int>(-1.0), QVariant(-1.0).toUInt()},
+        {"whole number from one too large", taken<int>(3e9), QVariant(3e9).toInt()},
         {"from an invalid variant", taken<QString>(QVariant()), QString("")},
         {"point from a whole point", taken<QPointF>(QPoint(1, 2)), QPointF(1, 2)},
         {"whole point from text", taken<QPoint>("1 2"), QPoint()},

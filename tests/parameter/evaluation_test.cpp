@@ -1,8 +1,10 @@
 #include "host/bsc/Hash.h"
+#include "host/bsc/HashValue.h"
 #include "prm/CurveKinds.h"
 #include "prm/NumericParameter.h"
 #include "tests/parameter/Keying.h"
 #include "tests/support/Allocations.h"
+#include "tests/support/Warnings.h"
 
 #include <QMetaType>
 #include <gtest/gtest.h>
@@ -10,6 +12,9 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <memory>
+#include <set>
+#include <vector>
 
 using namespace Prm;
 using Mode = MVInterpolationParams::Mode;
@@ -59,6 +64,49 @@ TEST(Evaluation, AConstrainedParameterShowsItsMaster) {
     EXPECT_EQ(third.keyframeValue(0, View(0)), 1);
     ASSERT_TRUE(other.bAddConstrainedParameter(&third));
     EXPECT_EQ(third.value(at(10)), 1) << "a master of another type";
+}
+
+/// Adds something to what a master's value is.
+struct OneMore : Parameter<double> {
+    OneMore() : ParameterWithoutType(false, false, nullptr) {}
+    double value(const Context& context, Cache* cache = nullptr) const override {
+        return Parameter<double>::value(context, cache) + 1;
+    }
+};
+struct OfAHosts : NumericParameter<double> {
+    OfAHosts() : ParameterWithoutType(false, false, nullptr) {}
+};
+
+/// The last of a chain of masters that are tied in steps through the chain; the first one shows 5.
+template <class Kind> double shownByLast(int count, int step) {
+    std::vector<std::unique_ptr<Kind>> chain(static_cast<std::size_t>(count));
+    for (auto& parameter : chain)
+        parameter = std::make_unique<Kind>();
+    key<double>(*chain.front(), {{0, 5.}, {10, 5.}});
+    for (int i = 0; i < count; ++i) {
+        const auto master = static_cast<std::size_t>(static_cast<qint64>(i) * step % count);
+        if (master + 1 < chain.size()) {
+            EXPECT_TRUE(chain[master]->bAddConstrainedParameter(chain[master + 1].get()));
+        }
+    }
+    const Kind& last = *chain.back();
+    EXPECT_EQ(last.interpolation(at(3)), last.defaultInterpolation());
+    EXPECT_EQ(last.interpolationData({&last, View(), 0}).interpolation, last.defaultInterpolation());
+    EXPECT_EQ(last.extrapolationBefore(), Extrapolation::Constant);
+    EXPECT_EQ(last.sampleValues(Frame::fromInt(3), Frame::fromInt(3), View()).size(), 1);
+    EXPECT_FALSE(chain.back()->bAddConstrainedParameter(chain.front().get())) << "a circle";
+    return last.value(at(3));
+}
+
+TEST(Evaluation, ChainsOfMastersMayBeLong) {
+    const Warnings warnings;
+    constexpr int count = 30011;
+    for (const int step : {1, count - 1, 7919}) {
+        EXPECT_EQ(shownByLast<NumericParameter<double>>(count, step), 5);
+        EXPECT_EQ(shownByLast<OfAHosts>(count, step), 5);
+    }
+    EXPECT_EQ(shownByLast<OneMore>(20, 1), 25) << "each of them is asked";
+    EXPECT_GE(shownByLast<OneMore>(count, 1), 100);
 }
 
 /// Shows what reaches the hooks, which may ask again.
@@ -178,6 +226,32 @@ TEST(Evaluation, TheHashIsThatOfTheValue) {
         expected.addData(&byte, 1);
         EXPECT_EQ(hash.result(), expected.result()) << time;
     }
+}
+
+template <class T> auto hashOf(const std::vector<T>& values) {
+    Bsc::Hash hash;
+    for (const T& value : values)
+        ValueType<T>::addToHash(hash, value);
+    return hash.result();
+}
+
+/// How many different hashes the rows of values have.
+template <class T> std::size_t hashes(std::initializer_list<std::vector<T>> rows) {
+    std::set<Bsc::HashValue> found;
+    for (const std::vector<T>& values : rows)
+        found.insert(hashOf<T>(values));
+    return found.size();
+}
+
+TEST(Evaluation, DifferentValuesHashApart) {
+    EXPECT_EQ(hashes<bool>({{false}, {true}}), 2u);
+    EXPECT_EQ(hashes<int>({{0}, {1}, {-1}, {256}, {1 << 24}, {0, 0}}), 6u);
+    EXPECT_EQ(hashes<unsigned int>({{0}, {1}, {~0u}, {256}, {1u << 24}}), 5u);
+    EXPECT_EQ(hashes<double>({{0}, {1}, {-1}, {std::nextafter(1, 2)}, {HUGE_VAL}, {NAN}}), 6u);
+    EXPECT_EQ(hashes<QPointF>({{{0, 0}}, {{0, 1}}, {{1, 0}}, {{-1, 0}}}), 4u);
+    EXPECT_EQ(hashes<QPoint>({{{0, 0}}, {{0, 1}}, {{1, 0}}, {{-1, 0}}}), 4u);
+    EXPECT_EQ(hashes<QString>({{"ab", "c"}, {"a", "bc"}, {"abc", ""}, {"abc"}, {"abd"}, {}}), 6u);
+    EXPECT_EQ(hashes<short>({{1, 23}, {12, 3}, {123}}), 3u) << "a type of a host's";
 }
 
 TEST(Evaluation, MetaTypesMakeParameters) {

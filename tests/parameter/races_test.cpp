@@ -140,6 +140,12 @@ template <class Edit> void doAndUndo(Edit&& edit) {
     edit.undoIt();
 }
 
+using Done = std::vector<std::unique_ptr<Bsc::Command>>;
+template <class Edit, class... Arguments> void undoable(const std::shared_ptr<Done>& done, Arguments&... arguments) {
+    done->push_back(std::make_unique<Edit>(arguments...));
+    done->back()->doIt();
+}
+
 template <class Kind, class T> std::vector<std::function<void(Kind&)>> edits() {
     const auto fixed = std::make_shared<Kind>(QStringLiteral("fixed"), whole<T>(1), ParameterOptions());
     fixed->vSetValue(whole<T>(2), still());
@@ -150,6 +156,7 @@ template <class Kind, class T> std::vector<std::function<void(Kind&)>> edits() {
     const auto one = std::make_shared<Kind>(QStringLiteral("one"), T(), Keyframed);
     key(*one, {{12, whole<T>(9)}, {24, whole<T>(10)}, {48, whole<T>(11)}});
     const IType bezier(Interpolation::Bezier, 0.2, 0.7, 0.6, 1.2);
+    const auto done = std::make_shared<Done>();
     return {
         [=](Kind& kind) { kind.assignFrom(*split); },
         [=](Kind& kind) { kind.vSetValue(whole<T>(12), at(25)); },
@@ -184,6 +191,17 @@ template <class Kind, class T> std::vector<std::function<void(Kind&)>> edits() {
         [=](Kind& kind) { readLine(kind, "view[1].value=" + text(whole<T>(20))); },
         [=](Kind& kind) { doAndUndo(ParameterRetimeEdit(kind, Retiming::shifted(2))); },
         [=](Kind& kind) { doAndUndo(ParameterDeleteViewEdit(kind, View(0))); },
+        [=](Kind& kind) { split->bAddConstrainedParameter(&kind); },
+        [=](Kind& kind) { kind.vSetValue(whole<T>(22), at(25)); },
+        [=](Kind&) { split->vSetValue(whole<T>(23), at(11)); },
+        [=](Kind& kind) { kind.bUnconstrain(); },
+        [=](Kind&) { split->vDeleteKeyframe(Context::Explicit(at(11))); },
+        [=](Kind& kind) { undoable<ParameterAddConstrainedParameterEdit>(done, *one, kind); },
+        [=](Kind& kind) { undoable<ParameterWithoutTypeUnconstrainEdit>(done, kind); },
+        [=](Kind&) { one->vSetValue(whole<T>(24), at(11)); },
+        [=](Kind&) { done->back()->undoIt(), done->pop_back(); },
+        [=](Kind&) { one->vDeleteKeyframe(Context::Explicit(at(11))); },
+        [=](Kind&) { done->back()->undoIt(), done->pop_back(); },
     };
 }
 

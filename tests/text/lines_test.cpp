@@ -143,6 +143,8 @@ TEST(StaticParameter, ReadsItsLine) {
         {"count.value=1=2", "1", "1=2"},
         {"count.value", "0", ""},
         {"count.value=\"\\n\"", "0", "\\n"},
+        {"count.value=0x10", "16", "0x10"},
+        {"count.value=0b11", "3", "0b11"},
     };
     for (const auto& [line, asNumber, asText] : rows) {
         SCOPED_TRACE(line);
@@ -168,13 +170,15 @@ TEST(StaticParameter, IsSetAndRestored) {
     const auto before = mode.exportState();
     mode.setVariantValue(QVariant("12"), Context());
     EXPECT_EQ(mode.variantValue(Context()), QVariant(12u));
+    mode.setVariantValue(QVariant(-1.0), Context());
+    EXPECT_EQ(mode.value(), QVariant(-1.0).toUInt());
     mode.setVariantValue(QVariant("many"), Context());
     EXPECT_EQ(mode.value(), 0u);
     EXPECT_THROW(mode.doImportState(file.exportState()), std::bad_cast);
-    EXPECT_EQ(heard, 2);
+    EXPECT_EQ(heard, 3);
     mode.doImportState(before);
     EXPECT_EQ(mode.value(), 3u);
-    EXPECT_EQ(heard, 3);
+    EXPECT_EQ(heard, 4);
     Warnings warnings;
     file.setValue("a\nb");
     EXPECT_EQ(lines(file), "file.value=\"a\nb\"\n");
