@@ -285,7 +285,8 @@ protected:
     ParameterWithoutType(const ParameterWithoutType& other);
 
     /// Sends PARAMETER_DELETED, once. Called first thing in the destructor of every concrete class, while the object is
-    /// still whole; a host's own kinds may do the same. An observer's exception is caught and warned of.
+    /// still whole; a host's own kinds may do the same. The parameter then leaves its sets. An observer's exception is
+    /// caught and warned of.
     void announceDeletion() noexcept;
 
     enum class NamePrefix { Copy, Keep };
@@ -312,6 +313,7 @@ protected:
 private:
     friend class detail::Invariants;
     friend class detail::MasterLink;
+    friend class ParameterSet;
 
     /// The place among the parameters constrained to a master.
     int placeAt(const ParameterWithoutType& master) const;

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <typeinfo>
+#include <utility>
 
 namespace Prm {
 
@@ -179,6 +180,10 @@ bool CompoundParameter::bStreamOut(QTextStream& stream, const QString& prefix, b
     for (const auto& parameter : parameters())
         parameter->streamOut(stream, start, withName);
     return true;
+}
+
+bool CompoundParameter::bStreamOut(QTextStream& stream, const QString& prefix, bool withName) {
+    return std::as_const(*this).bStreamOut(stream, prefix, withName);
 }
 
 bool CompoundParameter::setFromScriptString(const QString& line, const ProjectFileVersion& version) {

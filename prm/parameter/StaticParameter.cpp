@@ -54,7 +54,9 @@ template <class T>
 StaticParameter<T>::StaticParameter(const QString& name, ParameterSet* parent)
     : BasicParameter(parent), m_scriptName(name) {}
 
-template <class T> StaticParameter<T>::~StaticParameter() = default;
+template <class T> StaticParameter<T>::~StaticParameter() {
+    leaveSets();
+}
 
 template <class T>
 bool StaticParameter<T>::bStreamOut(QTextStream& stream, const QString& prefix, bool withName) const {
@@ -99,6 +101,7 @@ template <class T> void StaticParameter<T>::doImportState(boost::shared_ptr<Bsc:
     if (!memento)
         throw std::bad_cast();
     m_scriptName = memento->scriptName;
+    namesHaveChanged();
     setValue(memento->value);
 }
 
