@@ -54,7 +54,7 @@ public:
     /// alone; what they hold of this parameter turns empty.
     ~ParameterWithoutType() override;
 
-    const QString& scriptName() const override { return m_scriptName; }
+    const QString& scriptName() const override;
     /// Reads a line that begins with the script name, or with one of the additional names, and a dot.
     bool setFromScriptString(const QString& line, const ProjectFileVersion& version) override;
 

@@ -69,6 +69,10 @@ bool StaticParameter<T>::bStreamOut(QTextStream& stream, const QString& prefix, 
     return true;
 }
 
+template <class T> const QString& StaticParameter<T>::scriptName() const {
+    return m_scriptName;
+}
+
 template <class T> bool StaticParameter<T>::setFromScriptString(const QString& line, const ProjectFileVersion&) {
     QString rest;
     if (!detail::behindName(line, scriptName(), rest) || !detail::hasKey(rest, ParameterStrings::value))

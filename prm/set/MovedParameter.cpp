@@ -27,6 +27,10 @@ MovedParameter::~MovedParameter() {
                    << "but never given target parameter";
 }
 
+const QString& MovedParameter::scriptName() const {
+    return m_scriptName;
+}
+
 bool MovedParameter::setFromScriptString(const QString& line, const ProjectFileVersion& version) {
     QString rest;
     if (!detail::behindName(line, m_scriptName, rest))

@@ -34,11 +34,15 @@ public:
     }
     /// For a member that may take any line, or whose name may change unseen.
     void addForAnyName(const void* member, int list) { insert({anyName, member, list}); }
+    /// How many of those there are.
+    int countForAnyName() const { return m_countForAnyName; }
     /// Takes the member out, under all its names.
     void remove(const void* member) {
         const auto [first, last] = m_keys.equal_range(member);
-        for (auto key = first; key != last; ++key)
+        for (auto key = first; key != last; ++key) {
             m_entries.erase({key->second, member, 0});
+            m_countForAnyName -= key->second == anyName ? 1 : 0;
+        }
         m_keys.erase(first, last);
     }
 
@@ -110,14 +114,17 @@ private:
         return entry != m_entries.end() && entry->key == key;
     }
     void insert(const Entry& entry) {
-        if (m_entries.insert(entry).second)
-            m_keys.emplace(entry.member, entry.key);
+        if (!m_entries.insert(entry).second)
+            return;
+        m_keys.emplace(entry.member, entry.key);
+        m_countForAnyName += entry.key == anyName ? 1 : 0;
     }
 
     std::set<Entry> m_entries;
     std::unordered_multimap<const void*, Key> m_keys;
     std::map<QString, boost::icl::interval_set<quint64>> m_numbers;
     int m_longest = 0;
+    int m_countForAnyName = 0;
 };
 
 } // namespace Prm::detail

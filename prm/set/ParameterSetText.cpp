@@ -169,6 +169,9 @@ ParameterSet::Reading ParameterSet::readByAny(Rest& rest, const ProjectFileVersi
     Reading reading = readInOrder(order, 0, few, rest, version, below);
     if (reading != Reading::NotMine || !guard.alive() || few == order.count())
         return reading;
+    // Where many members may take any line it is no use to look for further ones.
+    if (4 * names().countForAnyName() > order.count())
+        return readInOrder(order, few, order.count(), rest, version, below);
     for (const int step : stepsThatMayTake(order, rest.view())) {
         // What was asked may have changed the lists.
         if (m_membership != membership)

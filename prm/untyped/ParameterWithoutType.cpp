@@ -131,6 +131,10 @@ void ParameterWithoutType::assignFrom(const ParameterWithoutType& other) {
     ownRarities().viewSelectorCompanion = other.rarities().viewSelectorCompanion;
 }
 
+const QString& ParameterWithoutType::scriptName() const {
+    return m_scriptName;
+}
+
 bool ParameterWithoutType::setFromScriptString(const QString& line, const ProjectFileVersion& version) {
     QString rest;
     if (detail::behindName(line, m_scriptName, rest))
