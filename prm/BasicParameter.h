@@ -4,6 +4,7 @@
 #include "prm/Context.h"
 #include "prm/Export.h"
 #include "prm/change/Mortal.h"
+#include "prm/untyped/Listings.h"
 
 #include <QObject>
 #include <QString>
@@ -77,15 +78,21 @@ protected:
     /// Copies whether the parameter is streamable; a copy is in no set and has no connections.
     BasicParameter(const BasicParameter& other);
 
+    /// Takes the parameter off all sets. Called by destructors of concrete classes, so that no set lists a parameter of
+    /// which a part is gone. Allocates nothing.
+    void leaveSets() noexcept;
+    /// For whatever changes the script name, or the names under which lines are read.
+    void namesHaveChanged() noexcept;
+
 private:
     friend class ParameterSet;
     friend class detail::Invariants;
     friend class detail::State;
 
     ParameterSet* m_parentSet;
-    bool isListedIn(const ParameterSet* set) const;
+    bool isListedIn(const ParameterSet* set) const { return m_listedIn.contains(set); }
     /// Every set that lists the parameter, so that it can leave them when it dies.
-    QVector<ParameterSet*> m_listedIn;
+    detail::Listings m_listedIn;
     bool m_streamable = true;
 };
 

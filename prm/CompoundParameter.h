@@ -148,6 +148,7 @@ public:
 
     /// The subparameters' lines, behind the prefix and, if there is one, the script name and a dot.
     bool bStreamOut(QTextStream& stream, const QString& prefix, bool withName) const override;
+    bool bStreamOut(QTextStream& stream, const QString& prefix, bool withName) override;
     bool setFromScriptString(const QString& line, const ProjectFileVersion& version) override;
     /// Takes a subparameter's line, behind its name, and the base's lines.
     bool streamInValue(const QString& line, const ProjectFileVersion& version, TextConversion convert) override;

@@ -28,7 +28,7 @@ public:
     /// Warns of a line that was read and never passed on for want of a target.
     ~MovedParameter() override;
 
-    const QString& scriptName() const override { return m_scriptName; }
+    const QString& scriptName() const override;
     bool setFromScriptString(const QString& line, const ProjectFileVersion& version) override;
     /// Passes a line that was read before on at once, and answers whether it was taken. A target that would lead back
     /// here, through other moved parameters, is refused with a warning.

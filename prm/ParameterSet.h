@@ -5,14 +5,17 @@
 #include "prm/ParameterTree.h"
 #include "prm/View.h"
 #include "prm/change/Mortal.h"
+#include "prm/untyped/Listings.h"
 
-#include <QHash>
 #include <QPair>
 #include <QSet>
 #include <QString>
+#include <QStringView>
 #include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
 
+#include <array>
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -27,6 +30,7 @@ class ProjectFileVersion;
 
 namespace detail {
 class Invariants;
+class NameIndex;
 } // namespace detail
 
 /// A named node of the tree of parameters: it lists the animatable parameters of one node of the host, further
@@ -41,8 +45,10 @@ class PRM_EXPORT ParameterSet : virtual public Bsc::MementoUndoable, public deta
 public:
     /// The name is also the script name, with what that does not allow replaced.
     explicit ParameterSet(const QString& name = {}, ParameterTree* tree = nullptr);
-    /// Lists the same members, outside any tree, and tells nobody.
+    /// Lists the same members, outside any tree, which is not notified.
     ParameterSet(const ParameterSet& other);
+    /// Removes all members, as `clearAllLists`, and lists those of the other set; stays in its own tree, which is
+    /// notified of the subsets that leave and come. Observers may delete either set meanwhile.
     ParameterSet& operator=(const ParameterSet& other);
     /// Tells the tree, leaves the sets that list this one, and frees owned members, last to first.
     ~ParameterSet() override;
@@ -54,9 +60,11 @@ public:
     virtual void setScriptName(const QString& name);
     /// Writes the name, the parameters and the subsets, depth first, behind the path of script names; always true.
     /// Subsets' lines begin at their own names when `withPrefixForSubsets` is false.
-    virtual bool bStreamOut(QTextStream& stream, const QString& prefix, bool withPrefixForSubsets) const;
-    /// Hands one line to the member that it belongs to; answers whether it was taken. An empty line is. Lines of one
-    /// member are found at once when they come together. Passes on what a parameter throws for a malformed keyframe.
+    virtual bool bStreamOut(QTextStream& stream, const QString& prefix, bool withPrefixForSubsets);
+    /// Passes one line to the member that it belongs to; true when it was taken. An empty line is. Members are asked in
+    /// turn from the one that took the last line, those whose names do not begin the line left out; so a line costs
+    /// O(log members), and one each for members of a host's own class that override `setFromScriptString`. What a
+    /// parameter throws for a malformed keyframe goes on to the caller.
     virtual bool bStreamIn(const QString& line, const ProjectFileVersion& version);
     /// Null and repeated members are ignored, with a warning also a compound that contains this set. A parameter
     /// without a parent set gets this one.
@@ -72,7 +80,7 @@ public:
     virtual void assignName(const QString& name);
 
     /// What `bStreamOut` writes, without the set's own name in any path: text that this set itself reads back.
-    void writeMembers(QTextStream& stream, const QString& path, bool withPrefixForSubsets) const;
+    void writeMembers(QTextStream& stream, const QString& path, bool withPrefixForSubsets);
 
     const QString& scriptName() const { return m_scriptName; }
     const QString& name() const { return m_name; }
@@ -89,21 +97,27 @@ public:
     /// warning for this set itself and for one that contains it. Warns of a subset without a script name.
     bool addParameterSet(const boost::shared_ptr<ParameterSet>& subset);
     bool addParameterSet(ParameterSet& subset);
-    /// Inserts before the position, held to the list.
+    /// Inserts before the position, held to the list. Costs O(subsets after the position).
     bool insertParameterSet(const boost::shared_ptr<ParameterSet>& subset, int position);
     /// False for one that is not listed. It leaves the tree that this set belongs to.
     bool removeParameterSet(const boost::shared_ptr<ParameterSet>& subset);
-    /// Lets go of all members.
+    /// Removes all members; the tree is notified of subsets. Observers may delete the set meanwhile.
     void clearAllLists();
     /// Gives the subset a script name that is free in this set: "Blur" becomes "Blur_2", "Blur_2" becomes "Blur_3".
     void setUniqueName(const boost::shared_ptr<ParameterSet>& subset);
 
-    const std::vector<boost::shared_ptr<ParameterWithoutType>>& parameters() const { return m_parameters; }
-    const std::vector<BasicParameter*>& basicParameters() const { return m_basicParameters; }
+    const std::vector<boost::shared_ptr<ParameterWithoutType>>& parameters() const {
+        closeHoles(Parameters);
+        return m_parameters;
+    }
+    const std::vector<BasicParameter*>& basicParameters() const {
+        closeHoles(BasicParameters);
+        return m_basicParameters;
+    }
     std::vector<ParameterSet*> subsets() const;
 
     /// Finds by script name, exactly: own members first (moved ones last), then a dotted path through subsets and
-    /// compounds. Null when there is none.
+    /// compounds. Null when there is none. Costs O(log members) for each set on the path.
     BasicParameter* parameterWithName(const QString& name) { return findParameter(name); }
     const BasicParameter* parameterWithName(const QString& name) const { return findParameter(name); }
     ParameterWithoutType* parameterWTWithName(const QString& name) { return findAnimatedParameter(name); }
@@ -114,11 +128,13 @@ public:
     /// Visits the own animatable parameters, then those of the subsets, depth first. A compound is one parameter. What
     /// the function removes is not visited any more.
     void forEachParameter(boost::function<void(ParameterWithoutType*)> function, bool recursive) const;
-    /// Visits all animatable parameters below, and behind each compound its subparameters.
-    void forEachParameterAndPart(const boost::function<void(ParameterWithoutType*)>& function) const;
+    /// Visits all animatable parameters below, or the own ones, and after each compound its subparameters.
+    void forEachParameterAndPart(const boost::function<void(ParameterWithoutType*)>& function,
+                                 bool recursive = true) const;
     void forEachSubset(boost::function<void(ParameterSet*)> function, bool recursive);
 
-    // The operations of the same name on every member parameter.
+    // The operations of the same name on every member parameter, and on the subparameters of compounds. Command
+    // registration is attached once to a parameter that is reached in several ways.
     void attachObserver(const QObject* observer, const char* slot, bool recursive) const;
     void detachObserver(const QObject* observer, bool recursive) const;
     void detachAllObservers(bool recursive) const;
@@ -149,73 +165,105 @@ private:
     friend class BasicParameter;
     friend class detail::Invariants;
     class MementoImpl;
+    class SubsetVisit;
     struct Subset {
-        ParameterSet* set;
+        ParameterSet* set = nullptr;
         boost::shared_ptr<ParameterSet> owner;
     };
 
     static quint64 nextNumber();
 
-    void writeBelow(QTextStream& stream, QString& path, bool withPrefixForSubsets) const;
-    void writeBehind(QTextStream& stream, QString& path, bool withPrefixForSubsets) const;
+    void writeBelow(QTextStream& stream, QString& path, bool withPrefixForSubsets);
+    void writeBehind(QTextStream& stream, QString& path, bool withPrefixForSubsets);
     void assignGrowingPrefix(QString& path);
 
     void takeNames(const QString& scriptName, const QString& name, const QString& displayName);
+    void takeScriptName(const QString& name);
     void listParameter(const boost::shared_ptr<ParameterWithoutType>& parameter);
     bool listSubset(ParameterSet& subset, const boost::shared_ptr<ParameterSet>& owner, std::size_t position);
+    void joinTree(ParameterSet& subset);
     void copyMembersFrom(const ParameterSet& other);
     void letGoOfMembers();
     void letGoOfSubsets(boost::shared_ptr<ParameterSet>& dying);
-    void enlist(BasicParameter& parameter);
+    void enlist(BasicParameter& parameter, int list);
     void delist(BasicParameter& parameter);
-    void forgetParent(const ParameterSet* parent);
-    void forgetDeadMember(const BasicParameter* parameter);
-    void forgetSubset(const ParameterSet* subset);
-    std::vector<ParameterSet*> subsetsInTree() const;
     void exchangeTree(ParameterTree* from, ParameterTree* to);
-    bool listsSubset(const ParameterSet& subset) const;
+    bool listsSubset(const ParameterSet& subset) const { return subset.m_parents.contains(this); }
+
+    // The three lists. A member that leaves makes a hole, so that the places of the others stay; holes are closed when
+    // they are many and when a list is read.
+    enum List { Parameters, BasicParameters, Subsets, NumLists };
+    static const void* addressOf(const boost::shared_ptr<ParameterWithoutType>& parameter);
+    static const void* addressOf(const BasicParameter* parameter) { return parameter; }
+    static const void* addressOf(const Subset& subset) { return subset.set; }
+    static const detail::Listings& listingsOf(int list, const void* address);
+    template <class Act> auto inList(int list, const Act& act) const;
+    /// With holes.
+    int lengthOf(int list) const;
+    const void* memberAt(int list, int place) const;
+    int placeOf(const detail::Listing& listing, const void* address) const;
+    void renumber(int list) const;
+    void removeAt(int list, int place);
+    void closeHoles(int list) const {
+        if (m_holes[static_cast<std::size_t>(list)].load(std::memory_order_acquire) != 0)
+            moveTogether(list);
+    }
+    void moveTogether(int list) const;
+    const std::vector<Subset>& listedSubsets() const {
+        closeHoles(Subsets);
+        return m_subsets;
+    }
+    bool hasMembers() const;
+    /// Of a member, which may be half destroyed: its address is only compared.
+    void removeListed(const detail::Listing& listing, const void* address) noexcept;
+    void removeSubset(ParameterSet& subset) noexcept;
+
+    // Names: the first few members are asked in turn, further ones found by an index, made when it is needed first.
+    static constexpr int fewMembers = 8;
+    detail::NameIndex& names() const;
+    std::unique_ptr<detail::NameIndex> indexed() const;
+    static void enter(detail::NameIndex& index, int list, const void* address);
+    void learn(int list, const void* address) noexcept;
+    void relearn(int list, const void* address) noexcept;
+    void freeName(const QString& subsetName) noexcept;
+    template <class Keys, class Test> int firstPlace(int list, const Keys& keys, const Test& test) const;
+    int placeOfSubset(QStringView name) const;
+    quint64 freeNumber(const QString& stem, quint64 from) const;
     void giveUniqueName(ParameterSet& subset);
-    const QHash<QString, int>& subsetNames() const;
-    BasicParameter* ownParameter(const QString& name) const;
-    ParameterWithoutType* ownAnimatedParameter(const QString& name) const;
-    ParameterSet* ownSubset(const QString& name) const;
+    BasicParameter* ownParameter(QStringView name) const;
+    ParameterWithoutType* ownAnimatedParameter(QStringView name) const;
+    ParameterSet* ownSubset(QStringView name) const;
     BasicParameter* findParameter(const QString& name) const;
     ParameterWithoutType* findAnimatedParameter(const QString& name) const;
     ParameterSet* findSubset(const QString& name) const;
-    bool stillLists(const ParameterSet* subset, quint32 membership) const;
     /// Sets, with the length of the name that was not found in them.
     using Searched = QSet<QPair<const ParameterSet*, int>>;
-    template <class Result, class Own> Result* find(const QString& name, const Own& own, Searched& searched) const;
+    template <class Result, class Own> Result* find(QStringView name, const Own& own, Searched& searched) const;
 
     class Rest;
     /// A set and the rest of the line that is for it.
     struct Descent;
     enum class Reading { NotMine, Refused, Taken, Below };
     Reading readByAny(Rest& rest, const ProjectFileVersion& version, Descent& below);
-    Reading readBy(int list, Rest& rest, const ProjectFileVersion& version, Descent& below);
+    class Order;
+    Reading readInOrder(const Order& order, int from, int to, Rest& rest, const ProjectFileVersion& version,
+                        Descent& below);
+    std::vector<int> stepsThatMayTake(const Order& order, QStringView line) const;
     Reading offerTo(int list, int index, Rest& rest, const ProjectFileVersion& version, Descent& below);
     static Reading offerToSubset(const Subset& listed, QStringView line, const ProjectFileVersion& version,
                                  Descent& below);
-    int lengthOf(int list) const;
     bool readName(const QString& line);
 
-    std::vector<boost::shared_ptr<ParameterWithoutType>> m_parameters;
-    std::vector<BasicParameter*> m_basicParameters;
+    mutable std::vector<boost::shared_ptr<ParameterWithoutType>> m_parameters;
+    mutable std::vector<BasicParameter*> m_basicParameters;
+    mutable std::vector<Subset> m_subsets;
+    /// Read by evaluation on other threads as well, which asks compounds for their parameters.
+    mutable std::array<std::atomic<int>, NumLists> m_holes{};
     std::vector<std::unique_ptr<BasicParameter>> m_ownedBasicParameters;
-    std::vector<Subset> m_subsets;
     /// The sets that list this one.
-    std::vector<ParameterSet*> m_parents;
-    /// How many subsets have a script name; rebuilt when one was renamed.
-    mutable QHash<QString, int> m_subsetNames;
-    mutable bool m_subsetNamesKnown = true;
-    /// For a stem that names were counted from, a run of numbers of which all are taken, so that many equal names need
-    /// not be counted from the start each time. As good as the names above.
-    struct TakenNumbers {
-        quint64 first = 0;
-        quint64 end = 0;
-    };
-    mutable QHash<QString, TakenNumbers> m_takenNumbers;
-    /// Counts the changes of the list of subsets.
+    detail::Listings m_parents;
+    mutable std::unique_ptr<detail::NameIndex> m_names;
+    /// Counts the changes of the lists.
     quint32 m_membership = 0;
     /// Given to no other set.
     const quint64 m_number = nextNumber();

@@ -55,7 +55,7 @@ public:
     /// alone; what they hold of this parameter turns empty.
     ~ParameterWithoutType() override;
 
-    const QString& scriptName() const override { return m_scriptName; }
+    const QString& scriptName() const override;
     /// Reads a line that begins with the script name, or with one of the additional names, and a dot.
     bool setFromScriptString(const QString& line, const ProjectFileVersion& version) override;
 
@@ -294,7 +294,8 @@ protected:
     ParameterWithoutType(const ParameterWithoutType& other);
 
     /// Sends PARAMETER_DELETED, once. Called first thing in the destructor of every concrete class, while the object is
-    /// still whole; a host's own kinds may do the same. An observer's exception is caught and warned of.
+    /// still whole; a host's own kinds may do the same. The parameter then leaves its sets. An observer's exception is
+    /// caught and warned of.
     void announceDeletion() noexcept;
 
     enum class NamePrefix { Copy, Keep };
@@ -336,6 +337,7 @@ protected:
 private:
     friend class detail::Invariants;
     friend class detail::MasterLink;
+    friend class ParameterSet;
 
     /// Ties this parameter to a master, before one that is constrained to it or after all of them, or to none.
     void tieTo(ParameterWithoutType* master, ParameterWithoutType* before);

@@ -24,7 +24,7 @@ public:
     bool bStreamOut(QTextStream& stream, const QString& prefix, bool withName) const override;
     /// Takes "<name>.value=<text>"; the key is compared without regard to case. What is no number counts as 0.
     bool setFromScriptString(const QString& line, const ProjectFileVersion& version) override;
-    const QString& scriptName() const override { return m_scriptName; }
+    const QString& scriptName() const override;
     using BasicParameter::setVariantValue;
     using BasicParameter::variantValue;
     QVariant variantValue(const Context& context) const override;

@@ -7,6 +7,8 @@
 #include <QDebug>
 #include <QMetaType>
 
+#include <utility>
+
 namespace Prm {
 
 namespace {
@@ -160,6 +162,10 @@ bool CompoundParameter::bStreamOut(QTextStream& stream, const QString& prefix, b
     for (const auto& parameter : parameters())
         parameter->streamOut(stream, start, withName);
     return true;
+}
+
+bool CompoundParameter::bStreamOut(QTextStream& stream, const QString& prefix, bool withName) {
+    return std::as_const(*this).bStreamOut(stream, prefix, withName);
 }
 
 bool CompoundParameter::setFromScriptString(const QString& line, const ProjectFileVersion& version) {

@@ -54,7 +54,9 @@ template <class T>
 StaticParameter<T>::StaticParameter(const QString& name, ParameterSet* parent)
     : BasicParameter(parent), m_scriptName(name) {}
 
-template <class T> StaticParameter<T>::~StaticParameter() = default;
+template <class T> StaticParameter<T>::~StaticParameter() {
+    leaveSets();
+}
 
 template <class T>
 bool StaticParameter<T>::bStreamOut(QTextStream& stream, const QString& prefix, bool withName) const {
@@ -65,6 +67,10 @@ bool StaticParameter<T>::bStreamOut(QTextStream& stream, const QString& prefix, 
     const detail::PlainNumbers plain(stream);
     stream << text << Qt::endl;
     return true;
+}
+
+template <class T> const QString& StaticParameter<T>::scriptName() const {
+    return m_scriptName;
 }
 
 template <class T> bool StaticParameter<T>::setFromScriptString(const QString& line, const ProjectFileVersion&) {
@@ -99,6 +105,7 @@ template <class T> void StaticParameter<T>::doImportState(boost::shared_ptr<Bsc:
     if (!memento)
         throw std::bad_cast();
     m_scriptName = memento->scriptName;
+    namesHaveChanged();
     setValue(memento->value);
 }
 

@@ -2,6 +2,7 @@
 
 #include "prm/CompoundParameter.h"
 #include "prm/Parameter.h"
+#include "prm/set/NameIndex.h"
 
 #include <QSet>
 
@@ -91,27 +92,24 @@ const char* Invariants::brokenIn(const ParameterWithoutType& parameter) {
 }
 
 const char* Invariants::brokenInNames(const ParameterSet& set) {
-    if (!set.m_subsetNamesKnown)
-        return nullptr;
-    QHash<QString, int> counts;
-    for (const ParameterSet::Subset& subset : set.m_subsets)
-        ++counts[subset.set->scriptName()];
-    return counts == set.m_subsetNames ? nullptr : "the names of the subsets are out of date";
+    return !set.m_names || *set.m_names == *set.indexed() ? nullptr : "the names of the members are out of date";
 }
 
 const char* Invariants::brokenIn(const ParameterSet& set) {
-    const auto knowsOnce = [&](const auto& lists) { return std::count(lists.begin(), lists.end(), &set) == 1; };
+    const auto knowsOnce = [&](const Listings& listings) {
+        return std::count_if(listings.begin(), listings.end(), [&](const Listing& l) { return l.set == &set; }) == 1;
+    };
     QSet<const void*> members;
     const auto isNew = [&](const void* member) {
         const int before = members.size();
         members.insert(member);
         return member && members.size() > before;
     };
-    for (const auto& parameter : set.m_parameters) {
+    for (const auto& parameter : set.parameters()) {
         if (!isNew(static_cast<const BasicParameter*>(parameter.get())) || !knowsOnce(parameter->m_listedIn))
             return "a parameter is listed twice, or does not know of it";
     }
-    for (const BasicParameter* parameter : set.m_basicParameters) {
+    for (const BasicParameter* parameter : set.basicParameters()) {
         if (!isNew(parameter) || !knowsOnce(parameter->m_listedIn))
             return "a parameter that does not animate is listed twice, or does not know of it";
     }
@@ -119,7 +117,7 @@ const char* Invariants::brokenIn(const ParameterSet& set) {
         if (!members.contains(parameter.get()))
             return "an owned parameter is not listed";
     }
-    for (const ParameterSet::Subset& subset : set.m_subsets) {
+    for (const ParameterSet::Subset& subset : set.listedSubsets()) {
         if (!isNew(subset.set) || !knowsOnce(subset.set->m_parents))
             return "a subset is listed twice, or does not know of it";
         if (subset.owner && subset.owner.get() != subset.set)
@@ -132,17 +130,17 @@ const char* Invariants::brokenAround(const BasicParameter& parameter) {
     const auto isAmong = [&](const auto& list) {
         return std::any_of(list.begin(), list.end(), [&](const auto& entry) { return &*entry == &parameter; });
     };
-    for (const ParameterSet* set : parameter.m_listedIn) {
-        if (!isAmong(set->m_parameters) && !isAmong(set->m_basicParameters))
+    for (const Listing& listing : parameter.m_listedIn) {
+        if (!isAmong(listing.set->parameters()) && !isAmong(listing.set->basicParameters()))
             return "a set that seems to list the parameter does not";
     }
     return nullptr;
 }
 
 const char* Invariants::brokenAround(const ParameterSet& set) {
-    const auto lists = [&](const ParameterSet* parent) {
-        return std::any_of(parent->m_subsets.begin(), parent->m_subsets.end(),
-                           [&](const auto& subset) { return subset.set == &set; });
+    const auto lists = [&](const Listing& parent) {
+        const auto& subsets = parent.set->listedSubsets();
+        return std::any_of(subsets.begin(), subsets.end(), [&](const auto& subset) { return subset.set == &set; });
     };
     return std::all_of(set.m_parents.begin(), set.m_parents.end(), lists) ? nullptr
                                                                           : "a set that seems to list it does not";

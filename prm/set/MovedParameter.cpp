@@ -1,6 +1,7 @@
 #include "prm/MovedParameter.h"
 
 #include "prm/text/LineParts.h"
+#include "prm/untyped/MayWarn.h"
 
 #include <QDebug>
 
@@ -20,9 +21,14 @@ MovedParameter::MovedParameter(const QString& oldScriptName)
     : BasicParameter(nullptr), m_scriptName(oldScriptName), m_migration(readByTarget) {}
 
 MovedParameter::~MovedParameter() {
-    if (isWaiting())
+    leaveSets();
+    if (isWaiting() && detail::mayWarn())
         qWarning() << "MovedParameter[" << m_scriptName << "]: streamed in" << m_streamedText
                    << "but never given target parameter";
+}
+
+const QString& MovedParameter::scriptName() const {
+    return m_scriptName;
 }
 
 bool MovedParameter::setFromScriptString(const QString& line, const ProjectFileVersion& version) {

@@ -1,6 +1,8 @@
 #include "prm/ParameterSet.h"
 
 #include "prm/ParameterWithoutType.h"
+#include "prm/set/NameIndex.h"
+#include "prm/set/SubsetVisit.hpp"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -13,18 +15,15 @@ namespace Prm {
 
 namespace {
 
-/// Erases the one that passes the test, looked for from the end: members mostly die in the opposite order of their
-/// addition.
-template <class Vector, class Test> void eraseLast(Vector& vector, const Test& test) {
-    const auto found = std::find_if(vector.rbegin(), vector.rend(), test);
-    if (found != vector.rend())
-        vector.erase(found.base() - 1);
-}
-
 /// Then one more element cannot fail.
 template <class Vector> void makeRoom(Vector& vector) {
     if (vector.size() == vector.capacity())
         vector.reserve(2 * vector.size() + 1);
+}
+
+template <class Vector> void freeLastToFirst(Vector& vector) {
+    while (!vector.empty())
+        vector.pop_back();
 }
 
 void keep(ParameterWithoutType*) {}
@@ -45,23 +44,29 @@ ParameterSet::ParameterSet(const ParameterSet& other)
 ParameterSet& ParameterSet::operator=(const ParameterSet& other) {
     if (this == &other)
         return *this;
-    // The other may be among the members.
+    // A copy: the other may be among the members, and what leaves may delete it.
     const ParameterSet source(other);
-    letGoOfMembers();
+    const detail::LifeGuard guard(*this);
+    clearAllLists();
+    if (!guard.alive())
+        return *this;
     setScriptName(source.m_scriptName);
     m_name = source.m_name;
     m_displayName = source.m_displayName;
     copyMembersFrom(source);
+    if (m_tree)
+        SubsetVisit(*this).forEach([this](ParameterSet& subset) { joinTree(subset); });
     return *this;
 }
 
 ParameterSet::~ParameterSet() {
     notifySubtreeRemoved(this);
     exchangeTree(m_tree, nullptr);
-    const std::vector<ParameterSet*> parents = std::move(m_parents);
-    for (ParameterSet* parent : parents)
-        parent->forgetSubset(this);
-    letGoOfMembers();
+    while (!m_parents.isEmpty())
+        m_parents.last().set->removeSubset(*this);
+    // What dies may add others.
+    while (hasMembers())
+        letGoOfMembers();
 }
 
 quint64 ParameterSet::nextNumber() {
@@ -71,17 +76,18 @@ quint64 ParameterSet::nextNumber() {
 
 void ParameterSet::copyMembersFrom(const ParameterSet& other) {
     try {
-        for (const auto& parameter : other.m_parameters)
+        for (const auto& parameter : other.parameters())
             listParameter(parameter);
-        for (BasicParameter* parameter : other.m_basicParameters)
+        for (BasicParameter* parameter : other.basicParameters())
             addBasicParameter(*parameter);
-        m_subsetNamesKnown = false;
-        for (const Subset& subset : other.m_subsets) {
+        for (const Subset& subset : other.listedSubsets()) {
             if (subset.set->isOrContains(*this))
                 continue;
             makeRoom(m_subsets);
-            subset.set->m_parents.push_back(this);
+            subset.set->m_parents.add({this, Subsets, static_cast<int>(m_subsets.size())});
             m_subsets.push_back(subset);
+            ++m_membership;
+            learn(Subsets, subset.set);
         }
     } catch (...) {
         // A constructor that throws has no destructor: the members must not remember a set that is gone.
@@ -90,42 +96,47 @@ void ParameterSet::copyMembersFrom(const ParameterSet& other) {
     }
 }
 
-/// Owned subsets below are let go one after the other, so that a deep tree does not need a deep stack; and without
-/// asking for memory, for this is what a destructor does.
+/// Takes all members off before any of them dies: what dies may call back, and delete this set. Owned subsets below go
+/// one after the other, so that a deep tree does not need a deep stack. Allocates nothing, for this is what a
+/// destructor does.
 void ParameterSet::letGoOfMembers() {
-    while (!m_parameters.empty()) {
-        const auto parameter = std::move(m_parameters.back());
-        m_parameters.pop_back();
-        delist(*parameter);
+    auto parameters = std::exchange(m_parameters, {});
+    const auto basicParameters = std::exchange(m_basicParameters, {});
+    auto owned = std::exchange(m_ownedBasicParameters, {});
+    for (const auto& parameter : parameters) {
+        if (parameter)
+            delist(*parameter);
     }
-    while (!m_basicParameters.empty()) {
-        BasicParameter* const parameter = m_basicParameters.back();
-        m_basicParameters.pop_back();
-        delist(*parameter);
+    for (BasicParameter* parameter : basicParameters) {
+        if (parameter)
+            delist(*parameter);
     }
-    while (!m_ownedBasicParameters.empty())
-        m_ownedBasicParameters.pop_back();
+    for (std::atomic<int>& holes : m_holes)
+        holes.store(0);
     boost::shared_ptr<ParameterSet> dying;
     letGoOfSubsets(dying);
+    // From here on this set may be gone.
+    freeLastToFirst(parameters);
+    freeLastToFirst(owned);
     while (dying) {
         const boost::shared_ptr<ParameterSet> subset = std::move(dying);
         dying = std::move(subset->m_nextDying);
         if (subset.use_count() == 1)
             subset->letGoOfSubsets(dying);
     }
-    m_subsetNames.clear();
-    m_takenNumbers.clear();
-    m_subsetNamesKnown = true;
 }
 
-/// Puts those that nobody else owns in front of the list.
+/// Puts those that nothing else owns in front of the list.
 void ParameterSet::letGoOfSubsets(boost::shared_ptr<ParameterSet>& dying) {
     std::vector<Subset> leaving;
     leaving.swap(m_subsets);
+    m_holes[Subsets].store(0);
+    m_names.reset();
     ++m_membership;
-    m_subsetNamesKnown = false;
     for (Subset& subset : leaving) {
-        subset.set->forgetParent(this);
+        if (!subset.set)
+            continue;
+        subset.set->m_parents.remove(this);
         if (subset.owner.use_count() != 1)
             continue;
         subset.owner->m_nextDying = std::move(dying);
@@ -134,27 +145,9 @@ void ParameterSet::letGoOfSubsets(boost::shared_ptr<ParameterSet>& dying) {
 }
 
 void ParameterSet::delist(BasicParameter& parameter) {
-    parameter.m_listedIn.removeOne(this);
+    parameter.m_listedIn.remove(this);
     if (parameter.m_parentSet == this)
         parameter.m_parentSet = nullptr;
-}
-
-void ParameterSet::forgetParent(const ParameterSet* parent) {
-    const auto found = std::find(m_parents.begin(), m_parents.end(), parent);
-    if (found != m_parents.end())
-        m_parents.erase(found);
-}
-
-/// Nothing of the member is left but its address.
-void ParameterSet::forgetDeadMember(const BasicParameter* parameter) {
-    eraseLast(m_parameters, [=](const auto& member) { return member.get() == parameter; });
-    eraseLast(m_basicParameters, [=](const BasicParameter* member) { return member == parameter; });
-}
-
-void ParameterSet::forgetSubset(const ParameterSet* subset) {
-    eraseLast(m_subsets, [=](const Subset& entry) { return entry.set == subset; });
-    ++m_membership;
-    m_subsetNamesKnown = false;
 }
 
 void ParameterSet::setDisplayName(const QString& name) {
@@ -192,16 +185,18 @@ void ParameterSet::listParameter(const boost::shared_ptr<ParameterWithoutType>& 
         return;
     }
     makeRoom(m_parameters);
-    enlist(*parameter);
+    enlist(*parameter, Parameters);
     m_parameters.push_back(parameter);
+    learn(Parameters, addressOf(parameter));
 }
 
 bool ParameterSet::lists(const BasicParameter& parameter) const {
     return parameter.isListedIn(this);
 }
 
-void ParameterSet::enlist(BasicParameter& parameter) {
-    parameter.m_listedIn.append(this);
+void ParameterSet::enlist(BasicParameter& parameter, int list) {
+    parameter.m_listedIn.add({this, list, lengthOf(list)});
+    ++m_membership;
     if (!parameter.m_parentSet)
         parameter.m_parentSet = this;
 }
@@ -216,8 +211,9 @@ void ParameterSet::addBasicParameter(BasicParameter& parameter) {
     if (parameter.isListedIn(this))
         return;
     makeRoom(m_basicParameters);
-    enlist(parameter);
+    enlist(parameter, BasicParameters);
     m_basicParameters.push_back(&parameter);
+    learn(BasicParameters, &parameter);
 }
 
 void ParameterSet::adoptBasicParameter(std::unique_ptr<BasicParameter> parameter) {
@@ -230,27 +226,20 @@ void ParameterSet::adoptBasicParameter(std::unique_ptr<BasicParameter> parameter
 
 void ParameterSet::clearAllLists() {
     const detail::LifeGuard guard(*this);
-    // Those as well that come while the tree is told of others.
-    for (auto leaving = subsetsInTree(); !leaving.empty(); leaving = subsetsInTree()) {
-        const quint32 membership = m_membership;
-        for (ParameterSet* subset : leaving) {
-            if (!stillLists(subset, membership))
-                continue;
-            notifySubtreeRemoved(subset);
-            if (!guard.alive())
+    const auto isInTree = [this](const Subset& subset) { return subset.set->m_tree == m_tree; };
+    // Those as well that come while the tree is notified of others.
+    while (guard.alive() && m_tree && std::any_of(listedSubsets().begin(), listedSubsets().end(), isInTree)) {
+        SubsetVisit(*this).forEach([&](ParameterSet& subset) {
+            if (subset.m_tree != m_tree)
                 return;
-            if (stillLists(subset, membership))
-                subset->exchangeTree(m_tree, nullptr);
-        }
+            const detail::LifeGuard subsetGuard(subset);
+            notifySubtreeRemoved(&subset);
+            if (guard.alive() && subsetGuard.alive() && listsSubset(subset))
+                subset.exchangeTree(m_tree, nullptr);
+        });
     }
-    letGoOfMembers();
-}
-
-std::vector<ParameterSet*> ParameterSet::subsetsInTree() const {
-    std::vector<ParameterSet*> sets = m_tree ? subsets() : std::vector<ParameterSet*>();
-    const auto isElsewhere = [this](const ParameterSet* subset) { return subset->m_tree != m_tree; };
-    sets.erase(std::remove_if(sets.begin(), sets.end(), isElsewhere), sets.end());
-    return sets;
+    while (guard.alive() && hasMembers())
+        letGoOfMembers();
 }
 
 } // namespace Prm

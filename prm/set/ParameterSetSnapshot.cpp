@@ -3,6 +3,7 @@
 #include "prm/BasicParameter.h"
 #include "prm/ParameterSet.h"
 #include "prm/ParameterWithoutType.h"
+#include "prm/set/SubsetVisit.hpp"
 
 #include <QPointer>
 #include <boost/make_shared.hpp>
@@ -37,11 +38,11 @@ class ParameterSet::MementoImpl : public Bsc::MementoBase {
 public:
     explicit MementoImpl(const ParameterSet& set)
         : scriptName(set.m_scriptName), name(set.m_name), displayName(set.m_displayName) {
-        for (const auto& parameter : set.m_parameters)
+        for (const auto& parameter : set.parameters())
             add(*parameter, {parameter.get(), 0});
-        for (const BasicParameter* parameter : set.m_basicParameters)
+        for (const BasicParameter* parameter : set.basicParameters())
             add(*parameter, {parameter, 0});
-        for (const Subset& subset : set.m_subsets)
+        for (const Subset& subset : set.listedSubsets())
             add(*subset.set, {nullptr, subset.set->m_number});
     }
 
@@ -86,26 +87,22 @@ void ParameterSet::doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) {
         }
     };
     std::vector<QPointer<BasicParameter>> animated;
-    for (const auto& parameter : m_parameters)
+    for (const auto& parameter : parameters())
         animated.emplace_back(parameter.get());
-    const std::vector<QPointer<BasicParameter>> basic(m_basicParameters.begin(), m_basicParameters.end());
-    const std::vector<Subset> below = m_subsets;
-    const quint32 membership = m_membership;
+    const std::vector<QPointer<BasicParameter>> basic(basicParameters().begin(), basicParameters().end());
+    const SubsetVisit below(*this);
     restoreParameters(animated);
     restoreParameters(basic);
-    for (const Subset& subset : below) {
-        if (guard.alive() && stillLists(subset.set, membership))
-            Bsc::importState(*subset.set, memento->stateOf(*subset.set, {nullptr, subset.set->m_number}));
-    }
+    below.forEach([&](ParameterSet& subset) {
+        Bsc::importState(subset, memento->stateOf(subset, {nullptr, subset.m_number}));
+    });
 }
 
 /// As they stand, without the rules for new names.
 void ParameterSet::takeNames(const QString& scriptName, const QString& name, const QString& displayName) {
-    m_scriptName = scriptName;
+    takeScriptName(scriptName);
     m_name = name;
     m_displayName = displayName;
-    for (ParameterSet* parent : m_parents)
-        parent->m_subsetNamesKnown = false;
 }
 
 } // namespace Prm

@@ -3,21 +3,22 @@
 #include "prm/BasicParameter.h"
 #include "prm/ParameterSet.h"
 #include "prm/ParameterWithoutType.h"
+#include "prm/set/NameIndex.h"
 #include "prm/text/LineParts.h"
 #include "prm/text/PlainNumbers.h"
 
 #include <QDebug>
 #include <QTextStream>
 
+#include <algorithm>
 #include <array>
 #include <typeinfo>
 #include <utility>
+#include <vector>
 
 namespace Prm {
 
 namespace {
-
-enum List { Parameters = 0, BasicParameters = 1, Subsets = 2 };
 
 bool matchName(const QString& line, QString& name) {
     const QLatin1String start("name=\"");
@@ -30,35 +31,35 @@ bool matchName(const QString& line, QString& name) {
 
 } // namespace
 
-bool ParameterSet::bStreamOut(QTextStream& stream, const QString& prefix, bool withPrefixForSubsets) const {
+bool ParameterSet::bStreamOut(QTextStream& stream, const QString& prefix, bool withPrefixForSubsets) {
     writeMembers(stream, detail::lineStart(prefix, m_scriptName, true), withPrefixForSubsets);
     return true;
 }
 
-void ParameterSet::writeMembers(QTextStream& stream, const QString& path, bool withPrefixForSubsets) const {
+void ParameterSet::writeMembers(QTextStream& stream, const QString& path, bool withPrefixForSubsets) {
     QString growing = path;
     writeBelow(stream, growing, withPrefixForSubsets);
 }
 
 /// Leaves the path as it was.
-void ParameterSet::writeBelow(QTextStream& stream, QString& path, bool withPrefixForSubsets) const {
+void ParameterSet::writeBelow(QTextStream& stream, QString& path, bool withPrefixForSubsets) {
     if (!m_name.isEmpty()) {
         if (m_name.contains(QLatin1Char('\n')) || m_name.contains(QLatin1Char('\r')))
             qWarning() << "ParameterSet: a name with a line break will not be read back:" << m_name;
         const detail::PlainNumbers plain(stream);
         stream << path << "name=\"" << m_name << '"' << Qt::endl;
     }
-    for (const auto& parameter : m_parameters)
+    for (const auto& parameter : parameters())
         parameter->streamOut(stream, path, true);
-    for (const BasicParameter* parameter : m_basicParameters)
+    for (const BasicParameter* parameter : basicParameters())
         parameter->streamOut(stream, path, true);
     QString none;
-    for (const Subset& subset : m_subsets)
+    for (const Subset& subset : listedSubsets())
         subset.set->writeBehind(stream, withPrefixForSubsets ? path : none, withPrefixForSubsets);
 }
 
 /// What `bStreamOut` does, but a plain set extends the path itself: a deep tree does not copy it at every level.
-void ParameterSet::writeBehind(QTextStream& stream, QString& path, bool withPrefixForSubsets) const {
+void ParameterSet::writeBehind(QTextStream& stream, QString& path, bool withPrefixForSubsets) {
     if (typeid(*this) != typeid(ParameterSet)) {
         bStreamOut(stream, path, withPrefixForSubsets);
         return;
@@ -120,43 +121,98 @@ bool ParameterSet::readByMembers(const QString& line, const ProjectFileVersion& 
                                      : reading == Reading::Taken;
 }
 
-ParameterSet::Reading ParameterSet::readByAny(Rest& rest, const ProjectFileVersion& version, Descent& below) {
+/// The order in which the members are asked for a line: the list of the one that took the last line first, and each
+/// list once around from the place of that one.
+class ParameterSet::Order {
+public:
+    explicit Order(const ParameterSet& set)
+        : m_lists(orders[static_cast<std::size_t>(set.m_lastHitList)]), m_start(set.m_lastHitIndex) {
+        for (const int list : m_lists) {
+            set.closeHoles(list);
+            m_lengths[static_cast<std::size_t>(list)] = set.lengthOf(list);
+        }
+    }
+
+    int count() const { return m_lengths[Parameters] + m_lengths[BasicParameters] + m_lengths[Subsets]; }
+    std::pair<int, int> memberAt(int step) const {
+        std::size_t list = 0;
+        for (; step >= length(m_lists[list]); ++list)
+            step -= length(m_lists[list]);
+        return {m_lists[list], static_cast<int>((static_cast<qint64>(m_start) + step) % length(m_lists[list]))};
+    }
+    int stepOf(int list, int place) const {
+        int step = (place - m_start % length(list) + length(list)) % length(list);
+        for (std::size_t before = 0; m_lists[before] != list; ++before)
+            step += length(m_lists[before]);
+        return step;
+    }
+
+private:
     static constexpr std::array<std::array<int, 3>, 3> orders{{{Parameters, BasicParameters, Subsets},
                                                                {BasicParameters, Parameters, Subsets},
                                                                {Subsets, Parameters, BasicParameters}}};
-    const detail::LifeGuard guard(*this);
+
+    int length(int list) const { return m_lengths[static_cast<std::size_t>(list)]; }
+
+    const std::array<int, 3>& m_lists;
+    int m_start;
+    std::array<int, NumLists> m_lengths{};
+};
+
+ParameterSet::Reading ParameterSet::readByAny(Rest& rest, const ProjectFileVersion& version, Descent& below) {
     if (m_lastHitList < Parameters || m_lastHitList > Subsets)
         return Reading::NotMine;
-    for (const int list : orders[static_cast<std::size_t>(m_lastHitList)]) {
-        const Reading reading = readBy(list, rest, version, below);
+    const detail::LifeGuard guard(*this);
+    const Order order(*this);
+    const quint32 membership = m_membership;
+    const int few = std::min(order.count(), fewMembers);
+    Reading reading = readInOrder(order, 0, few, rest, version, below);
+    if (reading != Reading::NotMine || !guard.alive() || few == order.count())
+        return reading;
+    // Where many members may take any line it is no use to look for further ones.
+    if (4 * names().countForAnyName() > order.count())
+        return readInOrder(order, few, order.count(), rest, version, below);
+    for (const int step : stepsThatMayTake(order, rest.view())) {
+        // What was asked may have changed the lists.
+        if (m_membership != membership)
+            return readInOrder(order, step, order.count(), rest, version, below);
+        if (step >= few)
+            reading = readInOrder(order, step, step + 1, rest, version, below);
         if (reading != Reading::NotMine || !guard.alive())
             return reading;
     }
     return Reading::NotMine;
 }
 
-int ParameterSet::lengthOf(int list) const {
-    const std::size_t length = list == Parameters        ? m_parameters.size()
-                               : list == BasicParameters ? m_basicParameters.size()
-                                                         : m_subsets.size();
-    return static_cast<int>(length);
+/// Of the members whose names begin the line, and of those that may take any line.
+std::vector<int> ParameterSet::stepsThatMayTake(const Order& order, QStringView line) const {
+    std::vector<int> steps;
+    const detail::NameIndex& index = names();
+    for (const detail::NameIndex::Key key : index.keysOfPrefixes(line)) {
+        index.forEach(key, [&](const detail::NameIndex::Entry& entry) {
+            const int place = placeOf(*listingsOf(entry.list, entry.member).of(this), entry.member);
+            steps.push_back(order.stepOf(entry.list, place));
+        });
+    }
+    std::sort(steps.begin(), steps.end());
+    steps.erase(std::unique(steps.begin(), steps.end()), steps.end());
+    return steps;
 }
 
-/// Offers the line to the members of one list, from where the last line was taken, once around.
-ParameterSet::Reading ParameterSet::readBy(int list, Rest& rest, const ProjectFileVersion& version, Descent& below) {
+/// Offers the line to the members from one step on, up to another.
+ParameterSet::Reading ParameterSet::readInOrder(const Order& order, int from, int to, Rest& rest,
+                                                const ProjectFileVersion& version, Descent& below) {
     const detail::LifeGuard guard(*this);
-    const int start = m_lastHitIndex;
-    const int length = lengthOf(list);
-    for (int k = 0; k < length && guard.alive(); ++k) {
-        const int index = static_cast<int>((static_cast<qint64>(start) + k) % length);
+    for (int step = from; step < to && guard.alive(); ++step) {
+        const auto [list, place] = order.memberAt(step);
         // A reader may have removed members.
-        if (index >= lengthOf(list))
+        if (place >= lengthOf(list) || !memberAt(list, place))
             continue;
-        const Reading reading = offerTo(list, index, rest, version, below);
+        const Reading reading = offerTo(list, place, rest, version, below);
         if (reading == Reading::NotMine)
             continue;
         if (guard.alive()) {
-            m_lastHitIndex = index;
+            m_lastHitIndex = place;
             m_lastHitList = list;
         }
         return reading;

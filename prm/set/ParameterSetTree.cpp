@@ -1,4 +1,4 @@
-// The tree of sets: subsets, their names, and who is told of them.
+// The tree of sets: subsets, and how the host is notified of them.
 
 #include "prm/ParameterSet.h"
 #include "prm/ParameterWithoutType.h"
@@ -11,41 +11,12 @@
 
 namespace Prm {
 
-namespace {
-
-/// A script name taken apart for counting: "Blur_2" is "Blur", "_" and 2.
-struct CountedName {
-    explicit CountedName(const QString& name) {
-        int digits = name.size();
-        while (digits > 0 && name.at(digits - 1) >= QLatin1Char('0') && name.at(digits - 1) <= QLatin1Char('9'))
-            --digits;
-        const bool separated = digits > 0 && name.at(digits - 1) == QLatin1Char('_');
-        stem = name.left(separated ? digits - 1 : digits);
-        // A name that is nothing but a number counts on without a separator.
-        if (!stem.isEmpty())
-            stem += QLatin1Char('_');
-        bool isNumber = false;
-        const quint64 number = name.midRef(digits).toULongLong(&isNumber);
-        if (isNumber)
-            count = number;
-    }
-
-    QString stem;
-    quint64 count = 1;
-};
-
-} // namespace
-
 std::vector<ParameterSet*> ParameterSet::subsets() const {
     std::vector<ParameterSet*> sets;
     sets.reserve(m_subsets.size());
-    for (const Subset& subset : m_subsets)
+    for (const Subset& subset : listedSubsets())
         sets.push_back(subset.set);
     return sets;
-}
-
-bool ParameterSet::listsSubset(const ParameterSet& subset) const {
-    return std::find(subset.m_parents.begin(), subset.m_parents.end(), this) != subset.m_parents.end();
 }
 
 /// Asked upwards, from the set that would contain: there are few sets above one, but there may be many below. A set
@@ -63,57 +34,32 @@ bool ParameterSet::isOrContains(const ParameterSet& set) const {
             return true;
         if (std::exchange(next->m_lastWalk, walk) == walk)
             continue;
-        above.insert(above.end(), next->m_parents.begin(), next->m_parents.end());
+        for (const detail::Listing& parent : next->m_parents)
+            above.push_back(parent.set);
         if (typeid(*next) == typeid(ParameterSet))
             continue;
-        if (const auto* const parameter = dynamic_cast<const BasicParameter*>(next))
-            above.insert(above.end(), parameter->m_listedIn.begin(), parameter->m_listedIn.end());
+        const auto* const parameter = dynamic_cast<const BasicParameter*>(next);
+        for (const detail::Listing& listing : parameter ? parameter->m_listedIn : detail::Listings())
+            above.push_back(listing.set);
     }
     return false;
 }
 
 void ParameterSet::setScriptName(const QString& name) {
     const QLatin1Char underscore('_');
-    m_scriptName = name;
-    m_scriptName.replace(QLatin1Char(' '), underscore)
+    QString allowed = name;
+    allowed.replace(QLatin1Char(' '), underscore)
         .replace(QLatin1Char('\''), underscore)
         .replace(QLatin1Char('.'), underscore);
-    for (ParameterSet* parent : m_parents)
-        parent->m_subsetNamesKnown = false;
+    takeScriptName(allowed);
 }
 
-const QHash<QString, int>& ParameterSet::subsetNames() const {
-    if (!m_subsetNamesKnown) {
-        m_subsetNames.clear();
-        m_takenNumbers.clear();
-        for (const Subset& subset : m_subsets)
-            ++m_subsetNames[subset.set->scriptName()];
-        m_subsetNamesKnown = true;
+void ParameterSet::takeScriptName(const QString& name) {
+    const QString former = std::exchange(m_scriptName, name);
+    for (const detail::Listing& parent : m_parents) {
+        parent.set->relearn(Subsets, this);
+        parent.set->freeName(former);
     }
-    return m_subsetNames;
-}
-
-void ParameterSet::setUniqueName(const boost::shared_ptr<ParameterSet>& subset) {
-    if (subset)
-        giveUniqueName(*subset);
-}
-
-void ParameterSet::giveUniqueName(ParameterSet& subset) {
-    const QHash<QString, int>& names = subsetNames();
-    if (!names.contains(subset.scriptName()))
-        return;
-    const CountedName name(subset.scriptName());
-    TakenNumbers& taken = m_takenNumbers[name.stem];
-    quint64 number = name.count + 1;
-    if (number < taken.first || number > taken.end)
-        taken = {number, number};
-    else
-        number = taken.end;
-    while (names.contains(name.stem + QString::number(number)))
-        ++number;
-    taken.end = number;
-    const QString unique = name.stem + QString::number(number);
-    subset.setScriptName(unique);
 }
 
 bool ParameterSet::listSubset(ParameterSet& subset, const boost::shared_ptr<ParameterSet>& owner,
@@ -128,22 +74,25 @@ bool ParameterSet::listSubset(ParameterSet& subset, const boost::shared_ptr<Para
     if (subset.scriptName().isEmpty())
         qWarning() << "ParameterSet: a subset without a script name was added to" << m_scriptName;
     giveUniqueName(subset);
+    if (position < m_subsets.size())
+        closeHoles(Subsets);
     // All that may fail comes before the first change.
-    const bool namesKnown = std::exchange(m_subsetNamesKnown, false);
-    if (namesKnown)
-        ++m_subsetNames[subset.scriptName()];
     if (m_subsets.size() == m_subsets.capacity())
         m_subsets.reserve(2 * m_subsets.size() + 1);
-    subset.m_parents.push_back(this);
-    const auto place = m_subsets.begin() + static_cast<std::ptrdiff_t>(std::min(position, m_subsets.size()));
-    m_subsets.insert(place, Subset{&subset, owner});
+    const auto place = static_cast<std::ptrdiff_t>(std::min(position, m_subsets.size()));
+    subset.m_parents.add({this, Subsets, static_cast<int>(place)});
+    m_subsets.insert(m_subsets.begin() + place, Subset{&subset, owner});
     ++m_membership;
-    m_subsetNamesKnown = namesKnown;
+    learn(Subsets, &subset);
+    joinTree(subset);
+    return true;
+}
+
+void ParameterSet::joinTree(ParameterSet& subset) {
     if (m_tree && subset.m_tree != m_tree)
         subset.changeParameterTree(subset.m_tree, m_tree);
     else
         notifySubtreeAdded(&subset);
-    return true;
 }
 
 bool ParameterSet::addParameterSet(const boost::shared_ptr<ParameterSet>& subset) {
@@ -165,9 +114,10 @@ bool ParameterSet::removeParameterSet(const boost::shared_ptr<ParameterSet>& sub
     notifySubtreeRemoved(subset.get());
     if (!guard.alive() || !listsSubset(*subset))
         return true;
-    forgetSubset(subset.get());
-    subset->forgetParent(this);
-    subset->exchangeTree(m_tree, nullptr);
+    // The argument may be of a list that changes now.
+    const boost::shared_ptr<ParameterSet> leaving = subset;
+    removeSubset(*leaving);
+    leaving->exchangeTree(m_tree, nullptr);
     return true;
 }
 
@@ -185,7 +135,7 @@ void ParameterSet::exchangeTree(ParameterTree* from, ParameterTree* to) {
     while (waiting) {
         const ParameterSet& set = *waiting;
         waiting = std::exchange(waiting->m_nextToMove, nullptr);
-        for (const Subset& subset : set.m_subsets)
+        for (const Subset& subset : set.listedSubsets())
             exchange(*subset.set);
     }
 }

@@ -2,8 +2,6 @@
 
 #include "prm/ParameterSet.h"
 
-#include <algorithm>
-
 namespace Prm {
 
 BasicParameter::BasicParameter(ParameterSet* parent) : m_parentSet(parent) {}
@@ -13,12 +11,20 @@ BasicParameter::BasicParameter(const BasicParameter& other)
       m_streamable(other.m_streamable) {}
 
 BasicParameter::~BasicParameter() {
-    for (ParameterSet* set : qAsConst(m_listedIn))
-        set->forgetDeadMember(this);
+    leaveSets();
 }
 
-bool BasicParameter::isListedIn(const ParameterSet* set) const {
-    return std::find(m_listedIn.begin(), m_listedIn.end(), set) != m_listedIn.end();
+void BasicParameter::leaveSets() noexcept {
+    while (!m_listedIn.isEmpty()) {
+        const detail::Listing listing = m_listedIn.last();
+        listing.set->removeListed(listing, this);
+        m_listedIn.remove(listing.set);
+    }
+}
+
+void BasicParameter::namesHaveChanged() noexcept {
+    for (const detail::Listing& listing : m_listedIn)
+        listing.set->relearn(listing.list, this);
 }
 
 QVariant BasicParameter::variantValue(const Context& context, const std::nothrow_t&) const {

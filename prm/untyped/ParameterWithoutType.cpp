@@ -3,6 +3,7 @@
 #include "host/bsc/CompositeCommand.h"
 #include "prm/text/LineNotes.h"
 #include "prm/text/LineParts.h"
+#include "prm/untyped/MayWarn.h"
 
 #include <QDebug>
 
@@ -64,6 +65,7 @@ ParameterWithoutType::ParameterWithoutType(const ParameterWithoutType& other)
 ParameterWithoutType::~ParameterWithoutType() {
     announceDeletion();
     dropLinks();
+    leaveSets();
     delete m_rarities.load();
 }
 
@@ -102,8 +104,11 @@ void ParameterWithoutType::announceDeletion() noexcept {
     try {
         ParameterChange::parameterDeleted(*this);
     } catch (...) {
-        qWarning() << "ParameterWithoutType: an observer of the deletion of" << m_scriptName << "threw an exception.";
+        if (detail::mayWarn())
+            qWarning() << "ParameterWithoutType: an observer of the deletion of" << m_scriptName
+                       << "threw an exception.";
     }
+    leaveSets();
 }
 
 void ParameterWithoutType::takeOwnAttributes(const OwnAttributes& attributes) {
@@ -126,10 +131,15 @@ void ParameterWithoutType::assignFrom(const ParameterWithoutType& other) {
     copyOwnAttributes(other, NamePrefix::Keep);
     m_displayName = other.m_displayName;
     m_scriptName = other.m_scriptName;
+    namesHaveChanged();
     if (!m_rarities.load() && !other.m_rarities.load())
         return;
     ownRarities().viewSelector = other.rarities().viewSelector;
     ownRarities().viewSelectorCompanion = other.rarities().viewSelectorCompanion;
+}
+
+const QString& ParameterWithoutType::scriptName() const {
+    return m_scriptName;
 }
 
 bool ParameterWithoutType::setFromScriptString(const QString& line, const ProjectFileVersion& version) {
@@ -155,6 +165,7 @@ void ParameterWithoutType::setScriptName(const QString& name) {
     const QLatin1Char underscore('_');
     m_scriptName = name;
     m_scriptName.replace(QLatin1Char(' '), underscore).replace(QLatin1Char('\''), underscore);
+    namesHaveChanged();
 }
 
 QString ParameterWithoutType::extendedName() const {
@@ -163,6 +174,7 @@ QString ParameterWithoutType::extendedName() const {
 
 void ParameterWithoutType::addAdditionalScriptName(const QString& name, const TextConversion& convert) {
     ownRarities().additionalScriptNames.insert(name, convert);
+    namesHaveChanged();
 }
 
 void ParameterWithoutType::hide(bool hidden) {

@@ -75,15 +75,15 @@ public:
 
 private:
     void climb(BasicParameter& parameter) {
-        for (ParameterSet* const set : qAsConst(parameter.m_listedIn)) {
-            auto* const compound = dynamic_cast<ParameterWithoutType*>(set);
+        for (const Listing& listing : parameter.m_listedIn) {
+            auto* const compound = dynamic_cast<ParameterWithoutType*>(listing.set);
             if (!compound || m_compounds.contains(compound))
                 continue;
             m_compounds.insert(compound);
             m_climbers.push_back(compound);
             if (!compound->keyframeTogether())
                 continue;
-            for (const auto& part : set->parameters())
+            for (const auto& part : listing.set->parameters())
                 descend(*part);
         }
     }

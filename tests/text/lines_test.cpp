@@ -23,7 +23,7 @@ using namespace Prm;
 namespace {
 
 /// What a parameter or a set writes behind a prefix, with or without its own name or its subsets' prefixes.
-template <class Writer> std::string lines(const Writer& writer, const QString& prefix = {}, bool with = true) {
+template <class Writer> std::string lines(Writer& writer, const QString& prefix = {}, bool with = true) {
     QString text;
     QTextStream stream(&text);
     EXPECT_TRUE(writer.bStreamOut(stream, prefix, with));
