@@ -31,18 +31,27 @@ QByteArray readAll(QFile& file, const QString& name, qint64 most) {
     return text;
 }
 
-/// A version control system leaves both sides of a conflict in the file, between lines that begin with these. To read
-/// on would mix the sides, and keep the markers.
-void refuseConflictMarkers(const QByteArray& text, const QString& name) {
+/// Seven or more of one sign at the beginning of a line, then a blank or its end.
+bool isConflictMarker(const char* line) {
+    constexpr std::size_t shortest = 7;
+    const char sign = *line;
+    if (sign != '<' && sign != '|' && sign != '=' && sign != '>')
+        return false;
+    const char run[] = {sign, '\0'};
+    const std::size_t length = std::strspn(line, run);
+    return length >= shortest && std::strchr(" \r\n", line[length]);
+}
+
+/// A version control system leaves both sides of a conflict in the file, between such lines. To read on would mix the
+/// sides, and keep the markers.
+void refuseConflicts(const QByteArray& text, const QString& name) {
     int number = 1;
     for (int start = text.startsWith("\xEF\xBB\xBF") ? 3 : 0; start < text.size(); ++number) {
-        for (const char* const marker : {"<<<<<<<", "|||||||", "=======", ">>>>>>>"}) {
-            if (std::strncmp(text.constData() + start, marker, std::strlen(marker)) == 0)
-                throw Problem(QStringLiteral("%1:%2: unresolved merge conflict, the line begins with '%3'")
-                                  .arg(name)
-                                  .arg(number)
-                                  .arg(QLatin1String(marker)));
-        }
+        if (isConflictMarker(text.constData() + start))
+            throw Problem(QStringLiteral("%1:%2: unresolved merge conflict, the line begins with '%3'")
+                              .arg(name)
+                              .arg(number)
+                              .arg(QString::fromUtf8(text.mid(start, 7))));
         const int feed = text.indexOf('\n', start);
         start = feed < 0 ? text.size() : feed + 1;
     }
@@ -67,7 +76,7 @@ QByteArray readInput(const QString& name, qint64 most) {
     if (!open(file))
         throw Problem(QStringLiteral("%1: %2").arg(name, file.errorString()));
     QByteArray text = readAll(file, inputName(name), most);
-    refuseConflictMarkers(text, inputName(name));
+    refuseConflicts(text, inputName(name));
     return text;
 }
 
