@@ -76,6 +76,9 @@ protected:
     /// Copies whether the parameter is streamable; a copy is in no set and has no connections.
     BasicParameter(const BasicParameter& other);
 
+    /// Takes a dying parameter off the lists of all sets. Allocates nothing.
+    void leaveSets() noexcept;
+
 private:
     friend class ParameterSet;
     friend class detail::Invariants;

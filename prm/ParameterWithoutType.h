@@ -301,6 +301,8 @@ protected:
     /// One more, or one fewer, of the upstream parameters; false for one that is there already.
     bool addUpstreamParameter(ParameterWithoutType& upstream);
     void removeUpstreamParameter(ParameterWithoutType& upstream);
+    /// Ends all connections from the upstream parameters to this one, which is dying.
+    void disconnectUpstream() noexcept;
 
     /// Whether a line of project text is being read.
     bool isReadingIn() const { return m_readingIn; }
@@ -321,7 +323,7 @@ private:
     bool listsConstrained(const ParameterWithoutType& parameter) const;
     void forgetConstrained(const ParameterWithoutType& parameter);
     void connectUpstream(bool connected);
-    bool areHeardSince(quint64 connection) const;
+    void reconnectUpstream(quint64 connection);
     void connectTo(ParameterWithoutType& upstream, bool connected);
 
     /// What few parameters have.

@@ -18,7 +18,7 @@ QString ofView(const QString& line, const View& view) {
     QString rest = line;
     View named;
     View::extractStringPrefix(rest, named);
-    return view == View(View::defaultViewId()) ? rest : view.toString() + rest;
+    return view.toString() + rest;
 }
 
 /// Throws for a line that is no keyframe.

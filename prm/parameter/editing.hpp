@@ -20,7 +20,7 @@ template <class T> bool Parameter<T>::storeStaticValue(PVData& data, const T& va
 }
 
 template <class T> int Parameter<T>::insertKeyframe(PVData& data, Time time, const T& value) {
-    ++m_revision;
+    m_revision.countKeyframe();
     if (isReadingIn() && data.keyframes.size() > detail::LineNotes::longList && time < data.keyframes.constLast().time)
         detail::LineNotes::addInsertion(detail::LineNotes::Inserted::Keyframe);
     return detail::insertKeyframe(data.keyframes, KeyframeData<T>(time, value), defaultInterpolation(), isReadingIn(),
@@ -41,7 +41,7 @@ template <class T> int Parameter<T>::appendBriefly(Time time, const T& value, Vi
         const detail::BriefWriteScope scope(*data);
         if (!scope.mayWrite())
             return -1;
-        ++m_revision;
+        m_revision.countKeyframe();
         return detail::appendKeyframe(data->keyframes, time, value);
     } else {
         return -1;
@@ -132,7 +132,7 @@ template <class T> void Parameter<T>::vDeleteKeyframe(const Context::Explicit& c
         if (keyframes.size() == 1)
             data->staticValue = keyframes.at(0).value;
         keyframes.remove(position);
-        ++m_revision;
+        m_revision.countKeyframe();
     }
     ParameterChange::keyframeRemoved(*this, position, removed);
 }

@@ -3,6 +3,7 @@
 #include "prm/ParameterSet.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Prm {
 
@@ -13,7 +14,12 @@ BasicParameter::BasicParameter(const BasicParameter& other)
       m_streamable(other.m_streamable) {}
 
 BasicParameter::~BasicParameter() {
-    for (ParameterSet* set : qAsConst(m_listedIn))
+    leaveSets();
+}
+
+void BasicParameter::leaveSets() noexcept {
+    const QVector<ParameterSet*> sets = std::exchange(m_listedIn, {});
+    for (ParameterSet* set : sets)
         set->forgetDeadMember(this);
 }
 
