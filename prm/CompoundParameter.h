@@ -167,18 +167,21 @@ private:
     class MementoImpl;
     class StateOfParts;
     class CompoundKeyframe;
-    class InWalk;
     class SwitchedOff;
-    struct Keying;
     using Parts = std::vector<QPointer<ParameterWithoutType>>;
 
-    /// The union of one view's keyframes, the state of the subparameters that it was made of, and how many each had.
+    /// The union of one view's keyframes as it was at a revision.
     struct Union {
-        View view = View::INVALID();
+        struct Keyframe {
+            Time time;
+            /// How many parts have it; those of a nested compound count one by one.
+            quint64 holders = 0;
+        };
+        View view;
         quint64 revision = 0;
-        QVector<Context> keyframes;
-        std::vector<unsigned int> counts;
+        QVector<Keyframe> keyframes;
     };
+    using UnionKeyframes = QVector<Union::Keyframe>;
 
     const BasicParameter& life() const { return *this; }
     bool mayTake(const ParameterWithoutType& parameter) const;
@@ -187,42 +190,22 @@ private:
     template <class Test> bool anySubparameter(const Test& test) const;
     const ParameterWithoutType* firstWith(const Context::Explicit& keyframe) const;
     const ParameterWithoutType* firstKeyframed() const;
-    const QVector<Context>& keyframesOf(const View& view) const;
-    QVector<Context> gathered(const View& view) const;
-    std::vector<unsigned int> countsIn(const View& view) const;
+    const UnionKeyframes& keyframesOf(const View& view) const;
+    UnionKeyframes gathered(const View& view) const;
+    Union* rememberedUnion(const View& view) const;
+    quint64 holdersOf(const Context::Explicit& keyframe) const;
+    void follow(const Context& keyframe) const;
     int positionOf(const Context& keyframe) const;
-    void lookAtRevisions() const;
-    bool isUnchangedSoFar() const;
-    std::size_t placeOf(const ParameterWithoutType& parameter) const;
-    bool hasOnlyItChanged(std::size_t place) const;
-    bool onlyOneHasChanged(std::size_t place) const;
-    bool hasChangedByOne(std::size_t place) const;
-    bool hasKeyframe(const Context::Explicit& keyframe, std::size_t from) const;
-    void follow(const ParameterChange& change, const Context& keyframe) const;
     bool found(int position, const Context& from, Context& out) const;
-    void membersHaveChanged();
     bool keyAll(const Context& context);
-    bool keyOn(Keying& keying);
     void forwardKeyframe(const ParameterChange& change);
     void forwardRemoval(const ParameterChange& change);
     void forwardMove(const ParameterChange& change);
 
     bool m_keyframeTogether;
     mutable std::vector<View> m_presentViews;
-    mutable Union m_union;
-    /// The subparameters' revisions when this one's was counted up last, and whether all of them count.
-    mutable std::vector<quint64> m_revisions;
-    mutable quint64 m_revision;
-    mutable bool m_allCount = false;
-    /// Within walks over the subparameters, the thread's steps when their revisions were looked at last.
-    mutable quint64 m_seenSteps = 0;
-    mutable int m_walks = 0;
-    /// Where the subparameter stood that was looked for last.
-    mutable std::size_t m_lastPlace = 0;
-    Keying* m_keying = nullptr;
-    /// Where all subparameters were keyed last, and the revision that this left.
-    Context m_keyedAt;
-    quint64 m_keyedRevision = 0;
+    /// Of the views that were asked about last; a few, since any number of views can be asked about.
+    mutable std::vector<Union> m_unions;
 };
 
 } // namespace Prm

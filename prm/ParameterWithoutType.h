@@ -326,6 +326,8 @@ protected:
     /// One more, or one fewer, of the upstream parameters; false for one that is there already.
     bool addUpstreamParameter(ParameterWithoutType& upstream);
     void removeUpstreamParameter(ParameterWithoutType& upstream);
+    /// Ends all connections from the upstream parameters to this one, which is dying.
+    void disconnectUpstream() noexcept;
 
     /// Whether a line of project text is being read.
     bool isReadingIn() const { return m_readingIn; }
@@ -350,7 +352,7 @@ private:
     void delist();
     void dropLinks();
     void connectUpstream(bool connected);
-    bool areHeardSince(quint64 connection) const;
+    void reconnectUpstream(quint64 connection);
     void connectTo(ParameterWithoutType& upstream, bool connected);
 
     /// What few parameters have.

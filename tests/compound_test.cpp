@@ -1,6 +1,8 @@
 #include "host/bsc/Hash.h"
 #include "prm/CompoundParameter.h"
+#include "prm/MoveKeyframeEdit.h"
 #include "prm/NumericParameter.h"
+#include "prm/ParameterEdits.h"
 #include "prm/ProjectFile.h"
 #include "prm/ProjectFileVersion.h"
 #include "prm/SerialisedKeyframe.h"
@@ -146,6 +148,75 @@ TEST(Compound, HearsItsPartsBehindThoseWhoCameBeforeTheLastOne) {
     }
 }
 
+/// What changes the parts while `changed` is not received, or is not the last word, and then one keyframe that is.
+TEST(Compound, TheUnionMissesNoChange) {
+    struct Row {
+        const char* name;
+        void (*act)(Position&);
+    };
+    const Row rows[] = {
+        {"undo",
+         [](Position& p) {
+             MoveKeyframeEdit move(*p.x, at(5), at(15));
+             move.doIt();
+             EXPECT_EQ(p.times(), "9 15 ");
+             move.undoIt();
+         }},
+        {"moved in silence",
+         [](Position& p) { p.x->adjustKeyframesTime([](Time time) { return time + -4.; }), p.x->vSetValue(1, at(5)); }},
+        {"text",
+         [](Position& p) {
+             p.x->streamInValue("keyframes.append( Key( 3, 1, Linear ) )", ProjectFileVersion(""), {});
+         }},
+        {"blocked signals",
+         [](Position& p) { p.x->blockSignals(true), p.x->vSetValue(1, at(3)), p.x->blockSignals(false); }},
+        {"switched off",
+         [](Position& p) {
+             p.whole.subparametersNotification(false), p.x->vSetValue(1, at(3));
+             p.whole.subparametersNotification(true);
+         }},
+        {"announced at another time",
+         [](Position& p) {
+             p.x->blockSignals(true), p.x->vSetValue(1, at(3)), p.x->blockSignals(false);
+             ParameterChange::keyframeAdded(*p.y, 0, View(0));
+         }},
+        {"views not told apart", [](Position& p) { p.x->uniquifyView(View(2)), p.x->setSplittable(false); }},
+        {"another part", [](Position& p) { p.whole.addParameter(boost::make_shared<Number>(*p.y)); }},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        Position p;
+        p.x->vDeleteKeyframe(Context::Explicit(at(1)));
+        p.y->vDeleteKeyframe(Context::Explicit(at(5)));
+        EXPECT_EQ(p.times(2), "");
+        EXPECT_EQ(p.times(), "5 9 ");
+        row.act(p);
+        p.x->vDeleteKeyframe(Context::Explicit(at(5)));
+        for (const quint32 view : {0u, 2u})
+            EXPECT_EQ(p.whole.allKeyframesTime(View(view)), CompoundParameter(p.whole).allKeyframesTime(View(view)));
+    }
+}
+
+TEST(Compound, ForwardsAKeyframeThatIsGoneAlready) {
+    for (const bool together : {false, true}) {
+        auto x = boost::make_shared<Number>("x");
+        auto y = boost::make_shared<Number>("y");
+        QObject::connect(x.get(), &Number::changed, [&](ParameterChange& change) {
+            if (change.type == ParameterChange::KEYFRAME_ADDED)
+                x->vDeleteAllKeyframes(View(0));
+        });
+        CompoundParameter whole("whole", together);
+        whole.addParameter(x);
+        whole.addParameter(y);
+        EXPECT_EQ(whole.keyframeCount(View(0)), 0u);
+        ChangeRecorder recorder;
+        QObject::connect(&whole, &CompoundParameter::changed, &recorder, &ChangeRecorder::onChanged);
+        x->iAddKeyframe(at(4));
+        EXPECT_EQ(recorder.take(), "KEYFRAME_ADDED -1 0\n");
+        EXPECT_EQ(whole.keyframeCount(View(0)), 0u) << "nor one at another time, on the others";
+    }
+}
+
 TEST(Compound, TheUnionIsThatOfANewCompound) {
     Uncounted uncounted;
     Position inner;
@@ -208,6 +279,58 @@ TEST(Compound, WhatThrowsWhileKeysGoTogetherLeavesNothingSwitchedOff) {
     p.whole.addParameter(throwing);
     EXPECT_THROW(p.x->vDeleteKeyframe(Context::Explicit(at(5))), std::runtime_error);
     EXPECT_TRUE(p.x->notificationsEnabled(ParameterChange::KEYFRAME_ADDED));
+}
+
+/// The outer compound keys two inner ones together; an observer of a part of one of them is notified in between.
+TEST(Compound, MayDieWhileItForwards) {
+    using Change = ParameterChange;
+    struct Row {
+        Change::ChangeType type;
+        void (*act)(Number&);
+    };
+    const Row rows[] = {
+        {Change::KEYFRAME_REMOVED, [](Number& part) { part.vDeleteKeyframe(Context::Explicit(at(5))); }},
+        {Change::KEYFRAME_ADDED, [](Number& part) { part.iAddKeyframe(at(7)); }},
+        {Change::KEYFRAME_CHANGED_VALUE, [](Number& part) { part.vSetValue(9, at(7)); }},
+    };
+    for (const Row& row : rows) {
+        Number parts[3];
+        auto inner = boost::make_shared<CompoundParameter>("inner", true);
+        auto outer = boost::make_shared<CompoundParameter>("outer", true);
+        for (Number& part : parts)
+            key(part, {{1, 1.}, {5, 2.}});
+        inner->addParameter(parts[1]);
+        inner->addParameter(parts[2]);
+        outer->addParameter(parts[0]);
+        outer->addParameter(inner);
+        QObject::connect(&parts[1], &Number::changed, [&](Change& change) {
+            if (change.type == row.type || change.type == Change::KEYFRAME_ADDED)
+                outer.reset();
+        });
+        row.act(parts[0]);
+        EXPECT_FALSE(outer);
+        EXPECT_TRUE(parts[0].notificationsEnabled(row.type) && inner->notificationsEnabled(row.type));
+    }
+}
+
+TEST(Compound, LeavesItsSetsBeforeItsPartsDie) {
+    ParameterSet byReference("byReference");
+    ParameterSet byPointer("byPointer");
+    auto whole = boost::make_shared<CompoundParameter>("whole");
+    auto part = boost::make_shared<Number>("part");
+    std::string met;
+    QObject::connect(part.get(), &Number::changed, [&](ParameterChange&) {
+        for (const ParameterSet* set : {&byReference, &byPointer}) {
+            for (const auto& member : set->parameters())
+                met += member->scriptName().toStdString() + std::to_string(member->keyframeCount(View(0)));
+        }
+    });
+    whole->addParameter(std::move(part));
+    byReference.addParameter(*whole);
+    byPointer.addParameter(std::move(whole));
+    byPointer.clearAllLists();
+    EXPECT_EQ(met, "");
+    EXPECT_TRUE(byReference.parameters().empty());
 }
 
 TEST(Compound, ItsValueIsTheListOfValues) {
@@ -301,6 +424,85 @@ TEST(Compound, ItsKeyframesTravelAsOne) {
     EXPECT_EQ(p.times(1), "7 ");
     EXPECT_THROW(p.whole.importKeyframe(*p.x->getSerialisedKeyframe(at(5))), std::bad_cast);
     EXPECT_THROW(p.x->importKeyframe(*taken), std::bad_cast);
+}
+
+/// Of a part that shows other data in a view there is nothing to move, and one for which all views are one moves there.
+TEST(Compound, MovesTheKeyframesThatItsPartsHaveInAView) {
+    struct Row {
+        const char* name;
+        std::vector<View> views;
+        bool splittable;
+        int copied;
+        const char* after;
+    };
+    const Row rows[] = {{"has the view", {0, 1}, true, 1, "10 20 30 | 15 "},
+                        {"borrows it", {0}, true, 0, "10 20 30 | "},
+                        {"has one for all", {0}, false, 3, "15 20 30 | 15 20 30 "}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        Number a("a");
+        Number b("b");
+        for (Number* part : {&a, &b})
+            key(*part, {{10, 1.}, {20, 2.}, {30, 3.}});
+        key(a, {{10, 1.}}, 1);
+        if (row.views.size() > 1)
+            key(b, {{10, 1.}}, 1);
+        b.setSplittable(row.splittable);
+        CompoundParameter whole("whole");
+        whole.addParameter(a);
+        whole.addParameter(b);
+        const auto times = [](const Number& part) {
+            std::string text;
+            for (const quint32 view : {0u, 1u}) {
+                part.forEachKeyframeTime(
+                    [&](const Context& at) { text += std::to_string(static_cast<int>(at.time.toDouble())) + " "; },
+                    View(view));
+                text += view == 0 ? "| " : "";
+            }
+            return text;
+        };
+        const std::string before = times(b);
+        const QString copied = ParameterPasteKeyframesEdit::textOf(whole, View(1), Time::fromInt(0), Time::fromInt(99));
+        EXPECT_EQ(copied.count("b."), row.copied);
+        MoveKeyframeEdit move(whole, at(10, 1), at(15, 1));
+        move.doIt();
+        EXPECT_EQ(times(a), "10 20 30 | 15 ");
+        EXPECT_EQ(times(b), row.after);
+        EXPECT_EQ(b.viewList(), row.views);
+        move.undoIt();
+        EXPECT_EQ(times(b), before);
+    }
+}
+
+TEST(Compound, ItsKeyframesArePastedIntoTheNamedView) {
+    for (const quint32 from : {0u, 1u}) {
+        for (const quint32 into : {0u, 1u, 2u}) {
+            SCOPED_TRACE(std::to_string(from) + " to " + std::to_string(into));
+            const auto make = [](CompoundParameter& outer, Position& inner, Number& part) {
+                outer.addParameter(inner.whole);
+                outer.addParameter(part);
+            };
+            Position source;
+            Number z("z");
+            key(*source.x, {{3, 7.}}, from);
+            key(*source.y, {{3, 8.}}, from);
+            key(z, {{3, 9.}}, from);
+            CompoundParameter whole("whole");
+            make(whole, source, z);
+            const QString text =
+                ParameterPasteKeyframesEdit::textOf(whole, View(from), Time::fromInt(3), Time::fromInt(3));
+            Position target;
+            Number w("z");
+            CompoundParameter other("other");
+            make(other, target, w);
+            ParameterPasteKeyframesEdit(other, text, Time::fromInt(40), View(into)).doIt();
+            for (Number* part : {target.x.get(), target.y.get(), &w}) {
+                for (const quint32 view : {0u, 1u, 2u})
+                    EXPECT_EQ(part->bKeyframeAt(Context::Explicit(at(40, view))), view == into);
+            }
+            EXPECT_EQ(target.y->value(at(40, into)), 8);
+        }
+    }
 }
 
 TEST(Compound, SnapshotsGoByPosition) {

@@ -1,4 +1,4 @@
-// What is done to a compound, it does to its subparameters; what happens to them, it tells.
+// Forwards edits to the subparameters and re-emits their changes.
 
 #include "host/bsc/CompositeCommand.h"
 #include "prm/AnimationState.h"
@@ -11,59 +11,22 @@
 
 namespace Prm {
 
-namespace {
-
-bool mayTakeKeyframes(ParameterChange::ChangeType type) {
-    switch (type) {
-    case ParameterChange::KEYFRAME_ADDED:
-    case ParameterChange::KEYFRAME_CHANGED_VALUE:
-    case ParameterChange::KEYFRAME_CHANGED_INTERPOLATION:
-    case ParameterChange::VIEW_ADDED:
-        return false;
-    default:
-        return true;
-    }
-}
-
-} // namespace
-
-/// Keeps the subparameters from telling of their changes. Afterwards all their notifications are on.
+/// Switches the notifications of the subparameters off, and all of them on afterwards; also of those that have left.
 class CompoundParameter::SwitchedOff {
 public:
-    explicit SwitchedOff(CompoundParameter& compound) : m_compound(compound), m_guard(compound.life()) {
-        compound.subparametersNotification(false);
-    }
-    ~SwitchedOff() {
-        if (m_guard.alive())
-            m_compound.subparametersNotification(true);
-    }
+    explicit SwitchedOff(Parts parts) : m_parts(std::move(parts)) { switchAll(false); }
+    ~SwitchedOff() { switchAll(true); }
     Q_DISABLE_COPY(SwitchedOff)
 
 private:
-    CompoundParameter& m_compound;
-    detail::LifeGuard m_guard;
-};
-
-/// Where all subparameters are being keyed. A keyframe that one gains leads back to the compound, which keys all; so
-/// that each is asked only once, the inner one goes on where the outer one stands, unless keyframes may have gone
-/// since.
-struct CompoundParameter::Keying {
-    Keying(CompoundParameter& keyed, const Context& context)
-        : at(context), parts(keyed.listedParts()), outer(std::exchange(keyed.m_keying, this)), compound(keyed),
-          walk(keyed) {}
-    ~Keying() {
-        if (walk.isCompoundAlive())
-            compound.m_keying = outer;
+    void switchAll(bool on) const {
+        for (const auto& part : m_parts) {
+            if (part)
+                part->enableNotifications(on);
+        }
     }
-    Q_DISABLE_COPY(Keying)
 
-    const Context at;
-    const Parts parts;
-    std::size_t next = 0;
-    bool isDisturbed = false;
-    Keying* const outer;
-    CompoundParameter& compound;
-    const InWalk walk;
+    const Parts m_parts;
 };
 
 CompoundParameter::Parts CompoundParameter::listedParts() const {
@@ -74,50 +37,20 @@ CompoundParameter::Parts CompoundParameter::listedParts() const {
     return listed;
 }
 
-void CompoundParameter::membersHaveChanged() {
-    m_seenSteps = InWalk::unknown;
-    if (m_keying)
-        m_keying->isDisturbed = true;
-}
-
+/// A part that gains a keyframe leads back here, by `forwardKeyframe`. So all have been asked by a pass in which none
+/// gains one, and a list that changes meanwhile, which is why the parts are reached by index, leaves none out.
 bool CompoundParameter::keyAll(const Context& context) {
-    if (m_keying && !m_keying->isDisturbed && m_keying->at == context)
-        return keyOn(*m_keying);
-    const InWalk walk(*this);
-    const quint64 revision = keyframeRevision();
-    if (revision != 0 && revision == m_keyedRevision && m_keyedAt == context)
-        return false;
-    Keying keying(*this, context);
-    const bool anyAdded = keyOn(keying);
-    if (keying.walk.isCompoundAlive() && !keying.isDisturbed) {
-        m_keyedAt = keying.at;
-        m_keyedRevision = keyframeRevision();
-    }
-    return anyAdded;
-}
-
-/// What goes on from within begins with the part that is being asked: a compound may not have asked all of its own.
-bool CompoundParameter::keyOn(Keying& keying) {
+    const detail::LifeGuard guard(life());
     bool anyAdded = false;
-    std::size_t own = keying.next;
-    while (own < keying.parts.size() && keying.walk.isCompoundAlive()) {
-        keying.next = own;
-        const auto& part = keying.parts[own];
-        if (part && lists(*part))
-            anyAdded = part->iAddKeyframe(keying.at) >= 0 || anyAdded;
-        // What nobody told of may have taken keyframes away.
-        keying.isDisturbed = keying.isDisturbed || (keying.walk.isCompoundAlive() && !isUnchangedSoFar());
-        own = keying.isDisturbed ? own + 1 : std::max(own + 1, keying.next);
-    }
-    keying.next = own;
+    for (std::size_t i = 0; guard.alive() && i < parameters().size(); ++i)
+        anyAdded = parameters()[i]->iAddKeyframe(context) >= 0 || anyAdded;
     return anyAdded;
 }
 
 int CompoundParameter::iAddKeyframe(const Context& context) {
     const detail::LifeGuard guard(life());
     const Context at = context;
-    unsigned int position = 0;
-    return keyAll(at) && guard.alive() && bNearestKeyframeIndex(at, position) ? static_cast<int>(position) : -1;
+    return keyAll(at) && guard.alive() ? positionOf(Context(at.time, at.view)) : -1;
 }
 
 int CompoundParameter::iAddKeyframe(const Frame& frame, const AnimationState& state) {
@@ -202,9 +135,10 @@ void CompoundParameter::copyViewData(const View& from, const View& to, const Par
         return;
     const View shown = from;
     const View taking = to;
-    const QList<ParameterWithoutType*> sources = other->subparameters();
+    const Parts sources = other->listedParts();
     forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t i) {
-        parameter.copyViewData(shown, taking, source ? sources.at(static_cast<int>(i)) : nullptr);
+        if (sources[i])
+            parameter.copyViewData(shown, taking, source ? sources[i].data() : nullptr);
     });
 }
 
@@ -282,9 +216,6 @@ Bsc::CompositeCommand& CompoundParameter::vDeleteAllKeyframesCommand(const View&
 void CompoundParameter::onUpstreamParameterChanged(Prm::ParameterChange& change) {
     if (!change.parameter || !lists(*change.parameter))
         return;
-    const InWalk answering(*this);
-    if (m_keying && mayTakeKeyframes(change.type))
-        m_keying->isDisturbed = true;
     switch (change.type) {
     case ParameterChange::KEYFRAME_ADDED:
     case ParameterChange::KEYFRAME_CHANGED_VALUE:
@@ -305,24 +236,20 @@ void CompoundParameter::onUpstreamParameterChanged(Prm::ParameterChange& change)
 }
 
 void CompoundParameter::forwardKeyframe(const ParameterChange& change) {
+    const detail::LifeGuard guard(life());
     const bool added = change.type == ParameterChange::KEYFRAME_ADDED;
     const View view = change.context.view;
     int position = -1;
-    // A static value has no keyframe.
-    if (change.affectedIndex != KeyframeIndex::INVALID_INDEX) {
-        const detail::LifeGuard guard(life());
+    // A static value has no keyframe; another observer may have taken away the one that was announced.
+    if (change.affectedIndex < change.parameter->keyframeCount(view)) {
         const Context keyframe = change.parameter->keyframeTime(change.affectedIndex, view);
-        if (added) {
-            if (m_keying && !hasOnlyItChanged(placeOf(*change.parameter)))
-                m_keying->isDisturbed = true;
-            follow(change, keyframe);
-        }
+        follow(keyframe);
         position = positionOf(keyframe);
         if (m_keyframeTogether)
             keyAll(keyframe);
-        if (!guard.alive())
-            return;
     }
+    if (!guard.alive())
+        return;
     if (added)
         ParameterChange::keyframeAdded(*this, position, view);
     else
@@ -330,13 +257,17 @@ void CompoundParameter::forwardKeyframe(const ParameterChange& change) {
 }
 
 void CompoundParameter::forwardRemoval(const ParameterChange& change) {
+    const detail::LifeGuard guard(life());
     const Context keyframe = change.context;
-    follow(change, keyframe);
+    follow(keyframe);
     const int position = positionOf(keyframe);
     if (m_keyframeTogether) {
-        const SwitchedOff quiet(*this);
+        const SwitchedOff quiet(listedParts());
         vDeleteKeyframe(Context::Explicit(keyframe));
     }
+    if (!guard.alive())
+        return;
+    follow(keyframe);
     ParameterChange::keyframeRemoved(*this, position, keyframe);
 }
 

@@ -16,145 +16,122 @@
 
 namespace Prm {
 
-namespace {
-
-bool earlier(const Context& a, const Context& b) {
-    return a.time < b.time;
+CompoundParameter::UnionKeyframes CompoundParameter::gathered(const View& view) const {
+    UnionKeyframes all;
+    for (const auto& parameter : parameters()) {
+        if (const auto* const compound = qobject_cast<const CompoundParameter*>(parameter.get()))
+            all += compound->keyframesOf(view);
+        else
+            parameter->forEachKeyframeTime([&](const Context& at) { all.append({at.time, 1}); }, view);
+    }
+    std::sort(all.begin(), all.end(), [](const auto& a, const auto& b) { return a.time < b.time; });
+    auto end = all.begin();
+    for (const Union::Keyframe& keyframe : qAsConst(all)) {
+        if (end != all.begin() && (end - 1)->time == keyframe.time)
+            (end - 1)->holders += keyframe.holders;
+        else
+            *end++ = keyframe;
+    }
+    all.erase(end, all.end());
+    return all;
 }
 
-} // namespace
-
-QVector<Context> CompoundParameter::gathered(const View& view) const {
-    QVector<Context> keyframes;
-    for (const auto& parameter : parameters())
-        parameter->forEachKeyframeTime([&](const Context& at) { keyframes.append(at); }, view);
-    std::stable_sort(keyframes.begin(), keyframes.end(), earlier);
-    const auto sameTime = [](const Context& a, const Context& b) { return a.time == b.time; };
-    keyframes.erase(std::unique(keyframes.begin(), keyframes.end(), sameTime), keyframes.end());
-    return keyframes;
+/// Null for a view that was not asked about lately.
+CompoundParameter::Union* CompoundParameter::rememberedUnion(const View& view) const {
+    const auto known =
+        std::find_if(m_unions.begin(), m_unions.end(), [&](const Union& one) { return one.view == view; });
+    return known == m_unions.end() ? nullptr : &*known;
 }
 
-std::vector<unsigned int> CompoundParameter::countsIn(const View& view) const {
-    std::vector<unsigned int> counts;
-    counts.reserve(parameters().size());
-    for (const auto& parameter : parameters())
-        counts.push_back(parameter->keyframeCount(view));
-    return counts;
-}
-
-/// Made anew only when a subparameter has counted on, or does not count.
-const QVector<Context>& CompoundParameter::keyframesOf(const View& view) const {
+/// Gathered anew when a part has changed since, or does not count its changes.
+const CompoundParameter::UnionKeyframes& CompoundParameter::keyframesOf(const View& view) const {
+    constexpr std::size_t mostViews = 16;
     const quint64 revision = keyframeRevision();
-    if (revision == 0 || m_union.revision != revision || m_union.view != view)
-        m_union = {view, revision, gathered(view), countsIn(view)};
-    return m_union.keyframes;
-}
-
-/// Mostly the one behind that which was looked for before.
-std::size_t CompoundParameter::placeOf(const ParameterWithoutType& parameter) const {
-    const auto isIt = [&](const auto& listed) { return listed.get() == &parameter; };
-    const auto begin = parameters().begin();
-    const auto last = begin + static_cast<std::ptrdiff_t>(std::min(m_lastPlace, parameters().size()));
-    auto found = std::find_if(last, parameters().end(), isIt);
-    if (found == parameters().end()) {
-        found = std::find_if(begin, last, isIt);
-        found = found == last ? parameters().end() : found;
+    const Union* const known = rememberedUnion(view);
+    if (known && revision != 0 && known->revision == revision)
+        return known->keyframes;
+    Union anew{view, revision, gathered(view)};
+    Union* const former = rememberedUnion(anew.view);
+    if (former) {
+        std::swap(*former, anew);
+        return former->keyframes;
     }
-    const auto place = static_cast<std::size_t>(found - begin);
-    m_lastPlace = place;
-    return place;
+    if (m_unions.size() == mostViews)
+        m_unions.erase(m_unions.begin());
+    m_unions.push_back(std::move(anew));
+    return m_unions.back().keyframes;
 }
 
-/// Whether all steps of the thread since the revisions were looked at are those of one subparameter.
-bool CompoundParameter::hasOnlyItChanged(std::size_t place) const {
-    return m_walks > 0 && m_seenSteps != InWalk::unknown && place < m_revisions.size() &&
-           m_revisions.size() == parameters().size() &&
-           detail::t_keyframeSteps - m_seenSteps == parameters()[place]->keyframeRevision() - m_revisions[place];
-}
-
-/// Whether none but one subparameter has counted on since this one's revision was counted up last.
-bool CompoundParameter::onlyOneHasChanged(std::size_t place) const {
-    if (hasOnlyItChanged(place))
-        return true;
-    for (std::size_t i = 0; i < m_revisions.size(); ++i) {
-        if (i != place && parameters()[i]->keyframeRevision() != m_revisions[i])
-            return false;
+/// The sum of the subparameters' revisions, and a number for a compound that has none.
+quint64 CompoundParameter::keyframeRevision() const {
+    quint64 sum = 0xD1B54A32D192ED03u;
+    for (const auto& parameter : parameters()) {
+        const quint64 revision = parameter->keyframeRevision();
+        if (revision == 0)
+            return 0;
+        sum += revision;
     }
-    return true;
+    return sum;
 }
 
-/// Whether a subparameter, which has just told of it, has gained or lost one keyframe of the union's view, and nothing
-/// else: in one step, or in as many as it takes to come from none to one or back.
-bool CompoundParameter::hasChangedByOne(std::size_t place) const {
-    const unsigned int former = m_union.counts[place];
-    const unsigned int now = parameters()[place]->keyframeCount(m_union.view);
-    return parameters()[place]->keyframeRevision() == m_revisions[place] + 1 || former + now == 1;
+quint64 CompoundParameter::holdersOf(const Context::Explicit& keyframe) const {
+    quint64 holders = 0;
+    for (const auto& parameter : parameters()) {
+        if (const auto* const compound = qobject_cast<const CompoundParameter*>(parameter.get()))
+            holders += compound->holdersOf(keyframe);
+        else
+            holders += parameter->bKeyframeAt(keyframe) ? 1 : 0;
+    }
+    return holders;
 }
 
-/// Takes one keyframe that a subparameter has gained or lost into the union, which so need not be made anew for each of
-/// many. Only when that is all that has happened, as the counts tell.
-void CompoundParameter::follow(const ParameterChange& change, const Context& keyframe) const {
-    if (m_union.revision == 0 || m_union.revision != m_revision || m_union.view != keyframe.view ||
-        m_revisions.size() != parameters().size())
+/// Takes the keyframes that parts have gained or lost at one time into the union, which then need not be gathered anew
+/// for each of many. Only when these are all changes since: the revision has taken as many steps of one keyframe as
+/// there are more or fewer parts that have it.
+void CompoundParameter::follow(const Context& keyframe) const {
+    const quint64 revision = keyframeRevision();
+    const Union* const former = rememberedUnion(keyframe.view);
+    if (!former || former->revision == revision)
         return;
-    const std::size_t place = placeOf(*change.parameter);
-    if (place == parameters().size() || !hasChangedByOne(place) || !onlyOneHasChanged(place))
+    const Union::Keyframe now{keyframe.time, holdersOf(Context::Explicit(keyframe))};
+    // Found again, since classes of a host's own may ask the compound meanwhile.
+    Union* const known = rememberedUnion(keyframe.view);
+    if (!known || known->revision == 0 || revision == 0)
         return;
-    QVector<Context>& keyframes = m_union.keyframes;
-    const int position = detail::lowerBound(keyframes, keyframe.time);
-    const bool isIn = position < keyframes.size() && keyframes.at(position).time == keyframe.time;
-    const bool belongs = hasKeyframe(Context::Explicit(keyframe), place);
-    if (belongs && !isIn)
-        keyframes.insert(position, Context(keyframe.time, keyframe.view));
-    else if (isIn && !belongs)
+    UnionKeyframes& keyframes = known->keyframes;
+    const int position = detail::lowerBound(keyframes, now.time);
+    const bool isIn = position < keyframes.size() && keyframes.at(position).time == now.time;
+    const quint64 holders = isIn ? keyframes.at(position).holders : 0;
+    const quint64 steps = now.holders > holders ? now.holders - holders : holders - now.holders;
+    if (revision - known->revision != steps * detail::KeyframeRevision::oneKeyframe)
+        return;
+    if (now.holders == 0)
         keyframes.remove(position);
-    m_union.counts[place] = change.parameter->keyframeCount(keyframe.view);
-    m_revisions[place] = change.parameter->keyframeRevision();
-    m_union.revision = ++m_revision;
-    m_seenSteps = detail::t_keyframeSteps;
+    else if (isIn)
+        keyframes[position] = now;
+    else
+        keyframes.insert(position, now);
+    known->revision = revision;
 }
 
 int CompoundParameter::positionOf(const Context& keyframe) const {
-    const QVector<Context>& keyframes = keyframesOf(keyframe.view);
-    const int position = detail::positionAt(keyframes, keyframe.time);
-    return position >= 0 && keyframes.at(position) == keyframe ? position : -1;
-}
-
-bool CompoundParameter::isUnchangedSoFar() const {
-    return m_walks > 0 && m_seenSteps == detail::t_keyframeSteps && m_revisions.size() == parameters().size();
-}
-
-quint64 CompoundParameter::keyframeRevision() const {
-    if (!isUnchangedSoFar())
-        lookAtRevisions();
-    return m_allCount ? m_revision : 0;
-}
-
-/// One step for a single step of a single part, which `follow` relies on; two for whatever else.
-void CompoundParameter::lookAtRevisions() const {
-    quint64 steps = m_revisions.size() == parameters().size() ? 0 : 2;
-    m_revisions.resize(parameters().size());
-    m_allCount = true;
-    for (std::size_t i = 0; i < m_revisions.size(); ++i) {
-        const quint64 revision = parameters()[i]->keyframeRevision();
-        m_allCount = m_allCount && revision != 0;
-        if (revision != m_revisions[i])
-            steps += revision == m_revisions[i] + 1 ? 1 : 2;
-        m_revisions[i] = revision;
-    }
-    m_revision += std::min<quint64>(steps, 2);
-    m_seenSteps = detail::t_keyframeSteps;
+    const int position = detail::positionAt(keyframesOf(keyframe.view), keyframe.time);
+    return position >= 0 && keyframe == Context(keyframe.time, keyframe.view) ? position : -1;
 }
 
 QList<Context> CompoundParameter::allKeyframesTime(const View& view) const {
-    return keyframesOf(view).toList();
+    const View ofView = view;
+    QList<Context> all;
+    for (const Union::Keyframe& keyframe : keyframesOf(ofView))
+        all.append(Context(keyframe.time, ofView));
+    return all;
 }
 
 QVector<Context> CompoundParameter::allKeyframes() const {
     QVector<Context> all;
     const std::vector<View> views = viewList();
     for (const View view : views)
-        all += keyframesOf(view);
+        all += allKeyframesTime(view).toVector();
     return all;
 }
 
@@ -167,19 +144,9 @@ unsigned int CompoundParameter::keyframeCount(const View& view) const {
 }
 
 Context CompoundParameter::keyframeTime(unsigned int index, const View& view) const {
-    const QVector<Context>& keyframes = keyframesOf(view);
-    return index < static_cast<unsigned int>(keyframes.size()) ? keyframes.at(static_cast<int>(index))
-                                                               : Context(Time(), view);
-}
-
-/// Whether any subparameter has it, asked from one of them on, once around.
-bool CompoundParameter::hasKeyframe(const Context::Explicit& keyframe, std::size_t from) const {
-    const std::size_t count = parameters().size();
-    for (std::size_t i = 0; i < count; ++i) {
-        if (parameters()[(from + i) % count]->bKeyframeAt(keyframe))
-            return true;
-    }
-    return false;
+    const UnionKeyframes& keyframes = keyframesOf(view);
+    const bool isThere = index < static_cast<unsigned int>(keyframes.size());
+    return {isThere ? keyframes.at(static_cast<int>(index)).time : Time(), view};
 }
 
 bool CompoundParameter::bKeyframeAt(const Context::Explicit& context) const {
@@ -187,7 +154,7 @@ bool CompoundParameter::bKeyframeAt(const Context::Explicit& context) const {
 }
 
 bool CompoundParameter::bNearestKeyframeIndex(const Context& context, unsigned int& index) const {
-    const QVector<Context>& keyframes = keyframesOf(context.view);
+    const UnionKeyframes& keyframes = keyframesOf(context.view);
     if (keyframes.isEmpty())
         return false;
     index = static_cast<unsigned int>(detail::nearestPosition(keyframes, context.time));
@@ -284,16 +251,11 @@ public:
         for (Part& part : read)
             part.keyframe.reset();
         for (const QString& line : text.split(QLatin1Char('\n'))) {
-            if (!line.trimmed().isEmpty())
-                readLine(line.trimmed(), read);
+            if (!line.trimmed().isEmpty() && !readLine(line.trimmed(), read))
+                throw std::runtime_error("Cannot parse keyframe string '" + line.trimmed().toStdString() + "'");
         }
         parts = std::move(read);
-        for (const Part& part : parts) {
-            if (part.keyframe) {
-                time = part.keyframe->context().time;
-                view = part.keyframe->context().view;
-            }
-        }
+        takePlace();
     }
 
     bool equals(const SerialisedKeyframe& other) const override {
@@ -313,29 +275,55 @@ private:
     QString written(QString (SerialisedKeyframe::*text)() const) const {
         QStringList lines;
         for (const Part& part : parts) {
-            if (part.keyframe)
-                lines += detail::lineStart(QString(), part.name, true) + (part.keyframe.get()->*text)();
+            const QString own = part.keyframe ? (part.keyframe.get()->*text)() : QString();
+            for (const QString& line : own.split(QLatin1Char('\n'), Qt::SkipEmptyParts))
+                lines += detail::lineStart(QString(), part.name, true) + line;
         }
         return lines.join(QLatin1Char('\n'));
     }
 
-    /// A view before the name is that of the whole, as other keyframes have it.
-    static void readLine(const QString& line, std::vector<Part>& read) {
+    /// Whether the line is a part's. A view before the name holds for the whole, and so replaces the part's own.
+    static bool readLine(const QString& line, std::vector<Part>& read) {
         QString whole = line;
         View ofWhole;
         const bool hasView = View::extractStringPrefix(whole, ofWhole);
         for (Part& part : read) {
             QString rest = whole;
-            const bool isIts = part.name.isEmpty() || detail::behindName(whole, part.name, rest);
-            if (!isIts || !part.parameter)
-                continue;
-            part.keyframe = part.parameter->getSerialisedKeyframe(Context(Context::INVALID_TIME));
-            if (!part.keyframe)
-                continue;
-            part.keyframe->setFromString(hasView ? ofWhole.toString() + rest : rest);
-            return;
+            if ((part.name.isEmpty() || detail::behindName(whole, part.name, rest)) && part.parameter &&
+                readPart(hasView ? inView(ofWhole, rest) : rest, part))
+                return true;
         }
-        throw std::runtime_error("Cannot parse keyframe string '" + line.toStdString() + "'");
+        return false;
+    }
+    static bool readPart(const QString& line, Part& part) {
+        auto keyframe = part.parameter->getSerialisedKeyframe(Context(Context::INVALID_TIME));
+        if (auto* const compound = dynamic_cast<CompoundKeyframe*>(keyframe.get())) {
+            // Other lines of the same part may have been read already.
+            if (const auto* const former = dynamic_cast<const CompoundKeyframe*>(part.keyframe.get()))
+                *compound = *former;
+            if (!readLine(line, compound->parts))
+                return false;
+            compound->takePlace();
+        } else if (keyframe) {
+            keyframe->setFromString(line);
+        }
+        part.keyframe = std::move(keyframe);
+        return part.keyframe != nullptr;
+    }
+    static QString inView(const View& view, const QString& line) {
+        QString rest = line;
+        View replaced;
+        View::extractStringPrefix(rest, replaced);
+        return view.toString() + rest;
+    }
+    /// That of the last part that has a keyframe.
+    void takePlace() {
+        for (const Part& part : parts) {
+            if (part.keyframe) {
+                time = part.keyframe->context().time;
+                view = part.keyframe->context().view;
+            }
+        }
     }
 };
 
@@ -346,7 +334,10 @@ boost::shared_ptr<SerialisedKeyframe> CompoundParameter::getSerialisedKeyframe(C
     const bool toBeRead = context == Context(Context::INVALID_TIME);
     bool isThere = toBeRead;
     for (const auto& parameter : parameters()) {
-        const auto part = toBeRead ? nullptr : parameter->getSerialisedKeyframe(context);
+        // A part that borrows the view's data has no keyframe there to be deleted or moved.
+        const Context own = detail::writtenAt(*parameter, context);
+        const bool hasIt = !toBeRead && parameter->bKeyframeAt(Context::Explicit(own));
+        const auto part = hasIt ? parameter->getSerialisedKeyframe(own) : nullptr;
         isThere = isThere || part;
         keyframe->parts.push_back({parameter.get(), parameter->scriptName(), part});
     }
@@ -356,7 +347,7 @@ boost::shared_ptr<SerialisedKeyframe> CompoundParameter::getSerialisedKeyframe(C
 }
 
 void CompoundParameter::importKeyframe(const SerialisedKeyframe& keyframe) {
-    // A copy: observers of the first change may let go of the original.
+    // A copy: observers of the first change may release the original.
     const std::vector<CompoundKeyframe::Part> parts = dynamic_cast<const CompoundKeyframe&>(keyframe).parts;
     forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t i) {
         if (i < parts.size() && parts[i].keyframe)

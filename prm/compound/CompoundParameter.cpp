@@ -29,20 +29,21 @@ const MetaTypes metaTypes;
 CompoundParameter::CompoundParameter(const QString& name, bool keyframeTogether, ParameterSet* parent,
                                      ParameterTree* tree)
     : ParameterWithoutTypeBase(false, false, parent), ParameterSet(QString(), tree),
-      m_keyframeTogether(keyframeTogether), m_revision(detail::firstKeyframeRevision()) {
+      m_keyframeTogether(keyframeTogether) {
     CompoundParameter::setScriptName(name);
 }
 
 CompoundParameter::CompoundParameter(const CompoundParameter& other)
     : Bsc::MementoUndoable(other), ParameterWithoutTypeBase(other), ParameterSet(other),
-      m_keyframeTogether(other.m_keyframeTogether), m_revision(detail::firstKeyframeRevision()) {
+      m_keyframeTogether(other.m_keyframeTogether) {
     forEachSubparameter([this](ParameterWithoutType& parameter, std::size_t) { addUpstreamParameter(parameter); });
 }
 
 CompoundParameter::~CompoundParameter() {
     announceDeletion();
-    // The set part frees subparameters, and those tell of it: by then nobody may listen any more.
-    setUpstreamParameters({});
+    // The set part frees subparameters, whose observers must not meet a compound that is half destroyed.
+    leaveSets();
+    disconnectUpstream();
 }
 
 QList<ParameterWithoutType*> CompoundParameter::subparameters() const {
@@ -78,7 +79,6 @@ void CompoundParameter::addParameter(const boost::shared_ptr<ParameterWithoutTyp
             removeUpstreamParameter(*parameter);
         throw;
     }
-    membersHaveChanged();
 }
 
 void CompoundParameter::addParameter(ParameterWithoutType& parameter) {

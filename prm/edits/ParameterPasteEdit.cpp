@@ -22,7 +22,7 @@ QString ofView(const QString& line, const View& view) {
     QString rest = line;
     View named;
     View::extractStringPrefix(rest, named);
-    return view == View(View::defaultViewId()) ? rest : view.toString() + rest;
+    return view.toString() + rest;
 }
 
 /// The time that the line has, which reading rounds to single precision; none where it has no plain number.

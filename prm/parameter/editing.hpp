@@ -38,7 +38,7 @@ template <class T> int Parameter<T>::insertKeyframe(const View& view, Time time,
             return -1;
     }
     LockedKeyframes lock(data);
-    ++m_revision;
+    m_revision.countKeyframe();
     if (isReadingIn() && data->keyframes.size() > detail::LineNotes::longList &&
         time < data->keyframes.constLast().time)
         detail::LineNotes::addInsertion();
@@ -57,7 +57,7 @@ template <class T> int Parameter<T>::appendBriefly(Time time, const T& value, Vi
         const detail::BriefWriteScope scope(*data);
         if (!scope.mayWrite())
             return -1;
-        ++m_revision;
+        m_revision.countKeyframe();
         return detail::appendKeyframe(data->keyframes, time, value);
     } else {
         return -1;
@@ -150,7 +150,7 @@ template <class T> void Parameter<T>::vDeleteKeyframe(const Context::Explicit& c
         if (keyframes.size() == 1)
             data->staticValue = keyframes.at(0).value;
         keyframes.remove(position);
-        ++m_revision;
+        m_revision.countKeyframe();
     }
     ParameterChange::keyframeRemoved(*this, position, removed);
 }

@@ -70,7 +70,12 @@ const char* Invariants::brokenInUnion(const CompoundParameter& compound) {
             return "the compound does not listen to one of its parts";
     }
     const std::vector<View> views = compound.viewList();
-    const auto isGathered = [&](View view) { return compound.keyframesOf(view) == compound.gathered(view); };
+    const auto isGathered = [&](View view) {
+        const auto anew = compound.gathered(view);
+        const auto& known = compound.keyframesOf(view);
+        return std::equal(known.begin(), known.end(), anew.begin(), anew.end(),
+                          [](const auto& a, const auto& b) { return a.time == b.time && a.holders == b.holders; });
+    };
     return std::all_of(views.begin(), views.end(), isGathered) ? nullptr : "the union of the keyframes is out of date";
 }
 

@@ -6,25 +6,21 @@
 
 namespace Prm::detail {
 
-/// Where a new parameter begins to count; each has some thousands of millions of numbers of its own.
+/// Where a new parameter begins to count: a number without any relation to those of others, so that equal sums of
+/// revisions come from equal parameters.
 PRM_EXPORT quint64 firstKeyframeRevision();
 
-/// How often this thread has counted any parameter on.
-#if defined(__GNUC__)
-extern PRM_EXPORT __thread quint64 t_keyframeSteps __attribute__((tls_model("initial-exec")));
-#else
-extern PRM_EXPORT thread_local quint64 t_keyframeSteps;
-#endif
-
-/// A parameter's count of the changes of its keyframes' times and views. Every step is the thread's as well: who has
-/// looked at many parameters can tell, within one call, that none of them has changed since.
+/// A parameter's count of the changes of its keyframes' times and views.
 class KeyframeRevision {
 public:
+    /// What one keyframe that came or went adds. Few of these steps and few of any others never add up to the same.
+    static constexpr quint64 oneKeyframe = 0x9E3779B97F4A7C15u;
+
     operator quint64() const { return m_number; }
-    PRM_ALWAYS_INLINE void operator++() {
-        ++m_number;
-        ++t_keyframeSteps;
-    }
+    /// Counts any change.
+    void operator++() { ++m_number; }
+    /// Counts a change of the library's own by which one view's data gain or lose one keyframe at most.
+    void countKeyframe() { m_number += oneKeyframe; }
 
 private:
     quint64 m_number = firstKeyframeRevision();

@@ -169,12 +169,25 @@ void ParameterWithoutType::connectUpstream(bool connected) {
     }
 }
 
-/// Whether anyone was connected to the upstream parameters later.
-bool ParameterWithoutType::areHeardSince(quint64 connection) const {
-    const auto& list = rarities().upstreamParameters;
-    return std::any_of(list.begin(), list.end(), [=](const auto& entry) {
-        return entry.data() && entry.data()->m_lastConnected.load() > connection;
-    });
+/// Connects anew to those upstream parameters that others were connected to later, which puts those first.
+void ParameterWithoutType::reconnectUpstream(quint64 connection) {
+    if (lastConnection == connection)
+        return;
+    for (const auto& entry : rarities().upstreamParameters) {
+        ParameterWithoutType* const upstream = entry.data();
+        if (upstream && upstream->m_lastConnected.load() > connection) {
+            connectTo(*upstream, false);
+            connectTo(*upstream, true);
+        }
+    }
+}
+
+/// By object, which needs no memory. What a host has connected between the two ends as well.
+void ParameterWithoutType::disconnectUpstream() noexcept {
+    for (const auto& entry : rarities().upstreamParameters) {
+        if (entry.data())
+            disconnect(entry.data(), nullptr, this, nullptr);
+    }
 }
 
 void ParameterWithoutType::connectTo(ParameterWithoutType& upstream, bool connected) {
@@ -188,16 +201,12 @@ void ParameterWithoutType::connectTo(ParameterWithoutType& upstream, bool connec
 
 bool ParameterWithoutType::addUpstreamParameter(ParameterWithoutType& upstream) {
     Rarities& own = ownRarities();
-    const bool areHeard = areHeardSince(own.upstreamConnected);
-    if (!own.upstreamParameters.insert(&upstream))
+    if (own.upstreamParameters.contains(&upstream))
         return false;
-    // Observers hear in the order of connection; where nobody came between, connecting anew would not change it.
-    if (areHeard) {
-        connectUpstream(false);
-        connectUpstream(true);
-    } else {
-        connectTo(upstream, true);
-    }
+    // As `setUpstreamParameters` would: observers of one parameter are notified in the order of connection.
+    reconnectUpstream(own.upstreamConnected);
+    own.upstreamParameters.insert(&upstream);
+    connectTo(upstream, true);
     own.upstreamConnected = lastConnection;
     return true;
 }
