@@ -56,7 +56,7 @@ int main(int argc, char** argv) {
 
     // [load]
     Prm::ProjectFile project(root);
-    if (!project.load(fileName)) // only when the file cannot be read
+    if (!project.load(fileName)) // it cannot be read, holds a conflict, or is no project: nothing was edited
         out << project.errorString() << '\n';
     for (const Prm::ProjectFileFinding& finding : project.report())
         out << "line " << finding.lineNumber << ": " << finding.reasonToString() << ": " << finding.text << '\n';

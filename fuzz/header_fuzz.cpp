@@ -32,7 +32,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const QByteArray text = Fuzz::bytesOf(data, size);
     ParameterSet root;
     ProjectFile file(root);
-    ProjectFileVersion seen = readBy(file, text);
+    if (!file.loadText(text)) {
+        HOLD(file.report().front().reason == ProjectFileFinding::ConflictMarker ||
+             !text.contains("FileVersion.value="));
+        return 0;
+    }
+    ProjectFileVersion seen = file.version();
     const bool incomplete =
         !file.report().isEmpty() && file.report().front().reason == ProjectFileFinding::IncompleteHeader;
     HOLD(seen.streamVersion != StreamVersion::invalid);

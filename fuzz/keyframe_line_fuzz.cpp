@@ -3,6 +3,7 @@
 #include "fuzz/Fuzz.h"
 #include "prm/Parameter.h"
 #include "prm/SerialisedKeyframe.h"
+#include "prm/text/LineNotes.h"
 #include "prm/text/TextTokens.h"
 
 #include <cstring>
@@ -55,6 +56,11 @@ void readTokens(const QString& text) {
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const QString text = Fuzz::textOf(Fuzz::bytesOf(data, size));
     readTokens(text);
+    detail::LineNotes notes;
+    bool isNumber = false;
+    static_cast<void>(text.toDouble(&isNumber));
+    static_cast<void>(ValueType<double>::read(text));
+    HOLD(notes.losses.isEmpty() == isNumber);
     readAs<bool>(text);
     readAs<int>(text);
     readAs<unsigned int>(text);

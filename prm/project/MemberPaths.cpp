@@ -14,69 +14,63 @@ MemberPaths::MemberPaths(const ParameterSet& root) {
     collect(root, start);
 }
 
-void MemberPaths::add(const QString& path, const BasicParameter& parameter) {
-    m_members[path].parameter = &parameter;
+void MemberPaths::add(const QString& path, Kind kind) {
+    m_kinds[path] |= kind;
     m_longest = std::max(m_longest, path.size());
 }
 
-/// Leaves the start as it was: a deep tree does not copy it at every level.
+MemberPaths::Kind MemberPaths::kindOf(const BasicParameter& parameter) {
+    if (dynamic_cast<const ParameterWithoutType*>(&parameter))
+        return dynamic_cast<const ParameterSet*>(&parameter) ? Compound : Animated;
+    const bool isStatic = dynamic_cast<const StaticParameter<QString>*>(&parameter) ||
+                          dynamic_cast<const StaticParameter<unsigned int>*>(&parameter);
+    return isStatic ? Static : Other;
+}
+
 void MemberPaths::collect(const ParameterSet& set, QString& start) {
-    const auto collectBelow = [&](const ParameterSet& below, const QString& nameAndDot) {
-        const int length = start.size();
-        start += nameAndDot;
-        collect(below, start);
-        start.resize(length);
-    };
     for (const auto& parameter : set.parameters()) {
-        const QString& name = parameter->scriptName();
-        if (!name.isEmpty())
-            add(start + name, *parameter);
-        for (const QString& other : parameter->additionalScriptNames())
-            add(start + other, *parameter);
-        if (const auto* const compound = dynamic_cast<const ParameterSet*>(parameter.get()))
-            collectBelow(*compound, lineStart({}, name, true));
+        const auto* const compound = dynamic_cast<const ParameterSet*>(parameter.get());
+        const QStringList names = QStringList(parameter->scriptName()) + parameter->additionalScriptNames();
+        for (const QString& name : names) {
+            if (!name.isEmpty())
+                add(start + name, kindOf(*parameter));
+            if (compound)
+                collectBelow(*compound, lineStart({}, name, true), start);
+        }
     }
     for (const BasicParameter* parameter : set.basicParameters())
-        add(start + parameter->scriptName(), *parameter);
+        add(start + parameter->scriptName(), kindOf(*parameter));
     for (const ParameterSet* subset : set.subsets()) {
-        const QString path = start + subset->scriptName();
-        m_members[path].isSet = true;
-        m_longest = std::max(m_longest, path.size());
-        collectBelow(*subset, subset->scriptName() + QLatin1Char('.'));
+        add(start + subset->scriptName(), Set);
+        collectBelow(*subset, subset->scriptName() + QLatin1Char('.'), start);
     }
+}
+
+/// Leaves the start as it was: a deep tree does not copy it at every level.
+void MemberPaths::collectBelow(const ParameterSet& below, const QString& nameAndDot, QString& start) {
+    const int length = start.size();
+    start += nameAndDot;
+    collect(below, start);
+    start.resize(length);
 }
 
 MemberPaths::Match MemberPaths::match(const QString& line) const {
     Match best = Match::None;
     int dot = line.lastIndexOf(QLatin1Char('.'), std::min(m_longest, line.size() - 1));
     for (; dot > 0 && best != Match::Read; dot = line.lastIndexOf(QLatin1Char('.'), dot - 1)) {
-        const auto member = m_members.constFind(line.left(dot));
-        if (member != m_members.constEnd())
-            best = std::max(best, match(*member, QStringView(line).mid(dot + 1)));
+        const quint8 kinds = m_kinds.value(line.left(dot));
+        if (reads(kinds, QStringView(line).mid(dot + 1)))
+            best = Match::Read;
+        else if ((kinds & ~Set) != 0)
+            best = Match::Named;
     }
     return best;
 }
 
-MemberPaths::Match MemberPaths::match(const Member& member, QStringView rest) {
-    const bool readsName = member.isSet && beginsWith(rest, u"name=\"") && rest.back() == QLatin1Char('"');
-    if (readsName || (member.parameter && reads(*member.parameter, rest)))
-        return Match::Read;
-    return member.parameter ? Match::Named : Match::None;
-}
-
-/// Moved parameters, and kinds of a host's own, may read every line.
-bool MemberPaths::reads(const BasicParameter& parameter, QStringView rest) {
-    const auto* const animated = dynamic_cast<const ParameterWithoutType*>(&parameter);
-    if (const auto* const compound = dynamic_cast<const ParameterSet*>(&parameter)) {
-        const auto& parts = compound->parameters();
-        return isUntypedLine(rest) || std::any_of(parts.begin(), parts.end(), [&](const auto& part) {
-                   QStringView own;
-                   return behindName(rest, part->scriptName(), own) && reads(*part, own);
-               });
-    }
-    const bool isStatic = dynamic_cast<const StaticParameter<QString>*>(&parameter) ||
-                          dynamic_cast<const StaticParameter<unsigned int>*>(&parameter);
-    return animated ? isParameterLine(rest) : !isStatic || hasKey(rest, ParameterStrings::value);
+bool MemberPaths::reads(quint8 kinds, QStringView rest) {
+    return ((kinds & Set) && beginsWith(rest, u"name=\"") && rest.back() == QLatin1Char('"')) ||
+           ((kinds & Animated) && isParameterLine(rest)) || ((kinds & Compound) && isUntypedLine(rest)) ||
+           ((kinds & Static) && hasKey(rest, ParameterStrings::value)) || (kinds & Other);
 }
 
 } // namespace Prm::detail

@@ -12,6 +12,7 @@ class ParameterSet;
 namespace detail {
 
 /// The members below a set by the paths that their lines begin with: what would become of a line, without reading it.
+/// A copy, which stays valid when members are removed.
 class MemberPaths {
 public:
     /// `Named`: a parameter has the name, but such a line is none of its own. `Read`: it would be read.
@@ -22,17 +23,16 @@ public:
     Match match(const QString& line) const;
 
 private:
-    struct Member {
-        const BasicParameter* parameter = nullptr;
-        bool isSet = false;
-    };
+    /// What is at a path; a set and a parameter may share one. `Other`: moved parameters, and kinds of a host's own.
+    enum Kind : quint8 { Set = 1, Animated = 2, Compound = 4, Static = 8, Other = 16 };
 
     void collect(const ParameterSet& set, QString& start);
-    void add(const QString& path, const BasicParameter& parameter);
-    static Match match(const Member& member, QStringView rest);
-    static bool reads(const BasicParameter& parameter, QStringView rest);
+    void collectBelow(const ParameterSet& below, const QString& nameAndDot, QString& start);
+    void add(const QString& path, Kind kind);
+    static Kind kindOf(const BasicParameter& parameter);
+    static bool reads(quint8 kinds, QStringView rest);
 
-    QHash<QString, Member> m_members;
+    QHash<QString, quint8> m_kinds;
     int m_longest = 0;
 };
 

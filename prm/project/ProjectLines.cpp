@@ -81,7 +81,7 @@ ProjectLine ProjectLines::next() {
     const void* const found = std::memchr(start, '\n', static_cast<std::size_t>(m_text.size() - m_position));
     const int stop = found ? static_cast<int>(static_cast<const char*>(found) - m_text.constData()) : m_text.size();
     int length = stop - m_position;
-    if (length > 0 && m_text.at(stop - 1) == '\r')
+    while (length > 0 && start[length - 1] == '\r')
         --length;
     m_position = stop + 1;
     return {++m_number, start, length};

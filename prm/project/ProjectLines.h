@@ -25,8 +25,8 @@ struct ProjectLine {
     bool hasKnownKey() const;
 };
 
-/// The lines of a text, without their ends: a line feed, or carriage return and line feed. A byte-order mark is
-/// skipped.
+/// The lines of a text, without their ends: a line feed, and carriage returns before it or at the end of the text. A
+/// byte-order mark is skipped.
 class ProjectLines {
 public:
     explicit ProjectLines(const QByteArray& text) : m_text(text) { rewind(); }

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <utility>
 
 namespace Prm {
 
@@ -103,14 +104,17 @@ bool readSwitch(const QString& text) {
     return value;
 }
 
-/// The two parts of a text around its first run of blanks.
-QString part(const QString& text, int i) {
-    return text.trimmed().section(QLatin1Char(' '), i, i, QString::SectionSkipEmpty);
-}
-
-void noteFurtherParts(const QString& text) {
-    if (!part(text, 2).isEmpty())
+/// The two numbers of a point, between which there is white space.
+std::pair<QString, QString> partsOf(const QString& text) {
+    const QLatin1Char blank(' ');
+    const QString parts = text.simplified();
+    const int first = parts.indexOf(blank);
+    const int second = first < 0 ? -1 : parts.indexOf(blank, first + 1);
+    if (second >= 0)
         detail::LineNotes::addLoss("value", text, "has more than two numbers");
+    if (first < 0)
+        return {parts, QString()};
+    return {parts.left(first), parts.mid(first + 1, second < 0 ? -1 : second - first - 1)};
 }
 
 } // namespace
@@ -216,8 +220,8 @@ void ValueType<QPointF>::write(QString& text, const QPointF& value) {
 }
 
 QPointF ValueType<QPointF>::read(const QString& text) {
-    noteFurtherParts(text);
-    return {readReal(part(text, 0)), readReal(part(text, 1))};
+    const auto [x, y] = partsOf(text);
+    return {readReal(x), readReal(y)};
 }
 
 void ValueType<QPointF>::addToHash(Bsc::Hash& hash, const QPointF& value) {
@@ -230,8 +234,8 @@ void ValueType<QPoint>::write(QString& text, const QPoint& value) {
 }
 
 QPoint ValueType<QPoint>::read(const QString& text) {
-    noteFurtherParts(text);
-    return {readInteger<int>(part(text, 0)), readInteger<int>(part(text, 1))};
+    const auto [x, y] = partsOf(text);
+    return {readInteger<int>(x), readInteger<int>(y)};
 }
 
 void ValueType<QPoint>::addToHash(Bsc::Hash& hash, const QPoint& value) {
