@@ -1,4 +1,5 @@
-// What grows with a project must not grow faster than it: counted in allocations and calls, never timed.
+// What grows with a project must not grow faster than it: counted in allocations and calls; where neither tells, in the
+// time that the processor needed for this thread.
 
 #include "prm/CompoundParameter.h"
 #include "prm/NumericParameter.h"
@@ -10,6 +11,8 @@
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <ctime>
 #include <memory>
 #include <vector>
 
@@ -106,6 +109,95 @@ const Row rows[] = {
     {"undo steps", edit, 1000},
 };
 
+void addNumbers(Project& project, int size) {
+    for (int i = 0; i < size; ++i)
+        project.add(*project.root);
+}
+
+std::vector<boost::shared_ptr<ParameterSet>> addSubsets(Project& project, int size) {
+    std::vector<boost::shared_ptr<ParameterSet>> subsets;
+    for (int i = 0; i < size; ++i) {
+        subsets.push_back(boost::make_shared<ParameterSet>("s"));
+        project.root->addParameterSet(subsets.back());
+    }
+    return subsets;
+}
+
+void readBackwards(Project& project, int size, const char* form) {
+    for (int i = size; i > 0; --i)
+        project.root->bStreamIn(QString(form).arg(i), ProjectFileVersion());
+}
+
+const Row timedRows[] = {
+    {"lines backwards",
+     [](Project& project, int size) {
+         addNumbers(project, size);
+         readBackwards(project, size, "n%1.value=1");
+     },
+     4000},
+    {"subsets backwards",
+     [](Project& project, int size) {
+         for (const auto& subset : addSubsets(project, size))
+             project.add(*subset).setScriptName("n");
+         readBackwards(project, size, "s_%1.n.value=1");
+     },
+     4000},
+    {"unknown lines",
+     [](Project& project, int size) {
+         addNumbers(project, size);
+         readBackwards(project, size, "u%1.value=1");
+     },
+     4000},
+    {"looking up",
+     [](Project& project, int size) {
+         addNumbers(project, size);
+         for (int i = 0; i < size; ++i)
+             project.root->parameterWithName(QString("n%1").arg(i));
+     },
+     4000},
+    {"adding and renaming subsets",
+     [](Project& project, int size) {
+         for (int i = 0; i < size; ++i)
+             addSubsets(project, 1).front()->setScriptName(QString("t%1").arg(i));
+     },
+     2000},
+    {"removing and adding subsets",
+     [](Project& project, int size) {
+         for (const auto& subset : addSubsets(project, size)) {
+             project.root->removeParameterSet(subset);
+             addSubsets(project, 1);
+         }
+     },
+     2000},
+    {"members that die first to last",
+     [](Project& project, int size) {
+         std::vector<std::unique_ptr<ParameterSet>> subsets;
+         std::vector<std::unique_ptr<CompoundParameter>> parameters;
+         for (int i = 0; i < size; ++i) {
+             subsets.push_back(std::make_unique<ParameterSet>("s"));
+             parameters.push_back(std::make_unique<CompoundParameter>("c"));
+             project.root->addParameterSet(*subsets.back());
+             project.root->addParameter(*parameters.back());
+         }
+         for (int i = 0; i < size; ++i) {
+             subsets[static_cast<std::size_t>(i)].reset();
+             parameters[static_cast<std::size_t>(i)].reset();
+         }
+     },
+     2000},
+};
+
+double secondsFor(const Row& row, int size) {
+    double least = 1e9;
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        Project project;
+        const std::clock_t start = std::clock();
+        row.build(project, size);
+        least = std::min(least, static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
+    }
+    return least;
+}
+
 /// Of building, saving and loading: allocations, the bytes that they ask for, which tell of copies as well, and the
 /// questions of compounds.
 struct Cost {
@@ -136,6 +228,16 @@ TEST(Growth, FourTimesTheSizeCostsNoMoreThanSixTimes) {
         EXPECT_LT(fourfold.allocations, 6 * once.allocations);
         EXPECT_LT(fourfold.bytes, 6 * once.bytes);
         EXPECT_LE(fourfold.questions, 6 * once.questions);
+    }
+}
+
+/// What is quadratic needs sixteen times as long.
+TEST(Growth, FourTimesTheMembersTakeNoMoreThanTenTimesTheTime) {
+    if (!Allocations::areCounted())
+        GTEST_SKIP() << "the time says nothing in this build";
+    for (const Row& row : timedRows) {
+        SCOPED_TRACE(row.name);
+        EXPECT_LT(secondsFor(row, 4 * row.size), 10 * secondsFor(row, row.size) + 0.01);
     }
 }
 
