@@ -6,8 +6,8 @@
 namespace Prm::detail {
 
 /// The function that a virtual operation of an object calls, as the object's virtual table holds it; null where the
-/// layout of tables is not known. It is only to be compared: an override has an address of its own, and so has a copy of
-/// an inline function in another library.
+/// layout of tables is not known. It is only to be compared: an override has an address of its own, and so has a copy
+/// of an inline function in another library.
 ///
 /// Follows the Itanium C++ ABI, which g++ and clang have in common. `Object` is where the table is that declares the
 /// operation.
