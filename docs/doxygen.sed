@@ -10,5 +10,6 @@ s#\]\(docs/decisions/\)#](pages.html)#g
 s#(\]\([^)]*\.md)\#[a-z-]+\)#\1)#g
 s#\[`([^]`]*)`(\]\([^)]*\.md\))#[\1\2#g
 s#\[([^]]*)\]\(tool/[^)]*\)#\1#g
+s%\[([^]]*)\]\(\#[^)]*\)%\1%g
 # Titles are shown as they stand.
 /^\#+ / s#`##g

@@ -18,6 +18,7 @@ public:
 
     const ProjectText& text() const { return m_text; }
     ValueKind kindOf(int node) { return m_kinds.of(node); }
+    bool hasContradictedKind(int node) { return m_kinds.isContradicted(node); }
     BuiltParameter built(int node) { return {m_text, node, kindOf(node)}; }
     /// Shows what its masters show.
     BuiltParameter shown(int node);

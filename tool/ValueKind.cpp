@@ -132,6 +132,15 @@ ValueKind Kinds::of(int node) {
     return m_rules.kindOf(m_text.path(node), guess(node));
 }
 
+bool Kinds::isContradicted(int node) {
+    const ValueKind told = of(node);
+    if (told == guess(node) || told == ValueKind::Text)
+        return false;
+    const std::optional<ValueKind> written = kindOfValues(m_text, node);
+    const bool isNumeric = written == ValueKind::Number || written == ValueKind::NumberOrSwitch;
+    return written && (told == ValueKind::Point || !isNumeric);
+}
+
 ValueKind Kinds::guess(int node) {
     std::vector<int> followers;
     int known = node;

@@ -54,6 +54,8 @@ class Kinds {
 public:
     Kinds(const ProjectText& text, const KindRules& rules);
     ValueKind of(int node);
+    /// Whether some values are not of the kind that the user has told.
+    bool isContradicted(int node);
 
 private:
     ValueKind guess(int node);

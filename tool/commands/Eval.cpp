@@ -5,8 +5,6 @@
 #include "tool/Project.h"
 #include "tool/Streams.h"
 
-#include <algorithm>
-
 namespace Tool {
 
 namespace {
@@ -28,15 +26,20 @@ Prm::View viewOf(const Arguments& arguments) {
     return arguments.has(view) ? readView(arguments.value(view)) : Prm::View();
 }
 
-/// One column, with what the user should know of it.
-QVector<QVariant> column(Project& project, int node, const QVector<Prm::Time>& times, Prm::View view) {
-    const BuiltParameter built = project.shown(node);
+/// Whether all values can be evaluated. Says why not, or what else the user should know.
+bool canBeEvaluated(Project& project, int node) {
     const QString path = project.text().path(node);
-    if (built.kind() == ValueKind::Opaque)
-        tell(QStringLiteral("%1: cannot be evaluated, its values are of no known type").arg(path));
-    if (built.kind() == ValueKind::NumberOrSwitch)
+    const ValueKind kind = project.kindOf(node);
+    if (kind == ValueKind::NumberOrSwitch)
         tell(QStringLiteral("%1: number or switch, read as a number; --type %1=switch settles it").arg(path));
-    return built.sample(times, view);
+    if (kind == ValueKind::Opaque)
+        tell(QStringLiteral("%1: cannot be evaluated, its values are of no known type").arg(path));
+    else if (project.hasContradictedKind(node))
+        tell(QStringLiteral("%1: some values are not of type %2, and are read as far as possible")
+                 .arg(path, kindName(kind)));
+    else
+        return true;
+    return false;
 }
 
 } // namespace
@@ -62,11 +65,13 @@ int evaluate(Arguments& arguments) {
 
     QStringList headings(QStringLiteral("frame"));
     std::vector<QVector<QVariant>> columns;
+    bool isComplete = true;
     Progress progress("evaluating", nodes.size());
     for (const int node : nodes) {
         progress.step();
         headings.append(project.text().path(node));
-        columns.push_back(column(project, node, times, view));
+        isComplete = canBeEvaluated(project, node) && isComplete;
+        columns.push_back(project.shown(node).sample(times, view));
     }
     Table table(headings);
     for (int i = 0; i < times.size(); ++i) {
@@ -76,8 +81,7 @@ int evaluate(Arguments& arguments) {
         table.add(row);
     }
     print(table.written(form));
-    const auto isOpaque = [&](int node) { return project.kindOf(node) == ValueKind::Opaque; };
-    return std::any_of(nodes.begin(), nodes.end(), isOpaque) ? Findings : Fine;
+    return isComplete ? Fine : Findings;
 }
 
 } // namespace Tool
