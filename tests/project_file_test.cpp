@@ -234,7 +234,7 @@ TEST(ProjectFile, WhatIsNotOneIsNotLoaded) {
         EXPECT_TRUE(project.file.errorString().contains(reason == std::string("none") ? "no project text" : "line "));
         EXPECT_EQ(project.file.text(), before);
     }
-    for (const char* line : {"<<<<<< HEAD", "=======.value=1", "a.<<<<<<< b=1"}) {
+    for (const char* line : {"<<<<<< HEAD", "=====.value=1", "a.<<<<<<< b=1"}) {
         Project project;
         EXPECT_TRUE(project.file.loadText(header + line)) << line;
     }
@@ -261,6 +261,11 @@ TEST(ProjectFile, AKeptLineNeverReplacesWhatWasDoneSince) {
         EXPECT_FALSE(project.file.text().contains("gone.y"));
         edit.undoIt();
     };
+    const Act reload = [](Project& project, ParameterSet&, NumericParameter<double>& gain) {
+        gain.bAddConstrainedParameter(&project.size);
+        EXPECT_TRUE(project.file.loadText(header + "blur.size.MasterParameterId=gone.y\n"));
+        EXPECT_EQ(findings(project.file), "6 master\n");
+    };
     const QByteArray master = "blur.size.MasterParameterId=gone.y\n";
     const std::tuple<const char*, QByteArray, Act, QByteArray> rows[] = {
         {"a set was added", "plugin.name=\"P\"\nplugin.gain.value=5\nplugin.gain.views=[0]\nplugin.gain.shade=3\n",
@@ -274,6 +279,7 @@ TEST(ProjectFile, AKeptLineNeverReplacesWhatWasDoneSince) {
         {"a master was chosen", master, tie, ""},
         {"or none", master, free, ""},
         {"and undone", master, retie, master},
+        {"one was there before", master, reload, ""},
         {"nothing", master, [](Project&, ParameterSet&, NumericParameter<double>&) {}, master},
     };
     for (const auto& [name, lines, act, expected] : rows) {
