@@ -279,9 +279,9 @@ QList<QByteArray> ProjectFile::linesToWrite() const {
         return lines;
     const detail::MemberPaths members(m_root);
     for (const KeptLine& line : m_kept) {
-        const bool isLost = line.masterId.isEmpty() || !line.constrained;
-        const bool isStale =
-            isLost ? members.match(textOf(line.bytes)) == detail::MemberPaths::Match::Read : !isWaiting(line);
+        const auto* const constrained = qobject_cast<const ParameterWithoutType*>(line.constrained.data());
+        const bool isStale = constrained ? !isWaiting(line) || constrained->masterParameter()
+                                         : members.match(textOf(line.bytes)) == detail::MemberPaths::Match::Read;
         if (line.always || !isStale)
             lines.append(line.bytes);
     }

@@ -18,8 +18,8 @@ struct ProjectLine {
     QString text() const;
     /// Takes the memory of a former text, if it is not shared. False for bytes that are no UTF-8.
     bool readInto(QString& text) const;
-    /// A marker that version control writes around the sides of a conflict: seven or more of one of `<=>|`, then a
-    /// blank or the end of the line.
+    /// Whether the line begins as those that version control writes around the sides of a conflict: with seven of one
+    /// of the characters `<=>|`.
     bool isConflictMarker() const;
     /// Whether the line has one of the keys of project text behind a path.
     bool hasKnownKey() const;
