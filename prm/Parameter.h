@@ -239,9 +239,9 @@ public:
     void writeStaticValue(QTextStream& stream, const QString& prefix, const View& view) const;
 
     quint64 keyframeRevision() const override { return m_revision; }
-    /// Of a parameter with more than 64 keyframes and views: whether the views of these places have data, their static
-    /// values, the keyframes from the one before each place to the one after it, and the settings. Of a smaller one, and
-    /// for a class whose `exportState` takes something else, the whole state.
+    /// Of a parameter with more than 64 keyframes and views: whether the views of these places have data, their
+    /// static values, the keyframes from the one before each place to the one after it, and the settings. Of a
+    /// smaller one, and for a class whose `exportState` takes something else, the whole state.
     boost::shared_ptr<Bsc::MementoBase> exportStateAround(const detail::Places& places) const override;
     void retimeKeyframes(const boost::function<Time(Time)>& mapping) override;
 

@@ -4,9 +4,9 @@
 #include "prm/SerialisedKeyframe.h"
 #include "prm/compound/CompoundWalk.hpp"
 #include "prm/edits/KeyframeMoves.h"
+#include "prm/text/LineParts.h"
 #include "prm/track/KeyframeRevision.h"
 #include "prm/track/KeyframeSearch.h"
-#include "prm/text/LineParts.h"
 
 #include <QStringList>
 #include <boost/make_shared.hpp>

@@ -43,7 +43,7 @@ public:
         detail::FirstException first;
         for (const OfPart& one : parts) {
             if (one.part)
-                first.during([&] { Bsc::importState(*one.part, one.state, true); });
+                first.during([&] { Bsc::importState(*one.part, one.state); });
         }
         first.goOn();
     }

@@ -149,10 +149,10 @@ public:
     bool keepsOrder() const {
         return allMoves([](const ViewMove& move) { return move.keepsOrder(); });
     }
-    /// One for each view.
+    /// One for each view. The parameter may show, and announce, keyframes of a part in views in which that has no data.
     Places places() const {
         std::map<View, Place> places;
-        allMoves([&](const ViewMove& move) {
+        const auto add = [&](const ViewMove& move) {
             const Place place = move.place();
             Place& all = places.emplace(place.view, place).first->second;
             if (place.hasTimes() && all.hasTimes())
@@ -160,7 +160,9 @@ public:
             else if (place.hasTimes())
                 all = place;
             return true;
-        });
+        };
+        std::for_each(m_shown.begin(), m_shown.end(), add);
+        allMoves(add);
         Places list;
         for (const auto& [view, place] : places)
             list.push_back(place);

@@ -99,7 +99,7 @@ public:
     }
     void putBack(Parameter& parameter) const {
         if (m_whole)
-            parameter.takeKeyframeData(m_whole->state, true);
+            putBackWhole(parameter);
         for (const OfView& one : m_views)
             one.putBack(parameter);
         parameter.takeSettings(m_settings);
@@ -107,6 +107,21 @@ public:
     }
 
 private:
+    /// Where the views are the same, in place, which needs no memory.
+    void putBackWhole(Parameter& parameter) const {
+        const Parameter& former = m_whole->state;
+        const std::vector<View>& views = former.m_views.viewList();
+        if (views != parameter.m_views.viewList())
+            return parameter.takeKeyframeData(former, true);
+        for (const View view : views) {
+            const PVData& was = dataOf(former, view);
+            PVData* const data = parameter.m_views.findRealViewData(view);
+            LockedKeyframes lock(data);
+            lock.keyframes() = was.keyframes;
+            data->staticValue = was.staticValue;
+        }
+    }
+
     struct OfView {
         OfView(const Parameter& parameter, const View& of) : view(of) {
             const PVData* const data = parameter.m_views.findRealViewData(view);
