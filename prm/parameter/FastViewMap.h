@@ -401,12 +401,12 @@ private:
         return scope.mayRead(*block) ? block : nullptr;
     }
 
+    /// How many ids, from 0 on, are told apart; all others read the source data. First, in the room that the base leaves.
+    quint32 m_slots = 0;
     /// The block that every view reads; null when several views have data, and the lists must be asked.
     std::atomic<Block*> m_only{&m_template};
     /// All of them where several views have data.
     std::unique_ptr<List> m_several;
-    /// How many ids, from 0 on, are told apart; all others read the source data.
-    quint32 m_slots = 0;
     /// What new views and reads without data begin with. Its mark also keeps readers out of the lists.
     Block m_template;
 };

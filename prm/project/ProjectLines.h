@@ -1,7 +1,5 @@
 #pragma once
 
-#include "prm/text/LineNotes.h"
-
 #include <QByteArray>
 #include <QString>
 #include <QVector>
