@@ -388,7 +388,7 @@ private:
     QString m_namePrefix;
     /// Made with the first of them; evaluation on other threads looks for the master.
     std::atomic<Rarities*> m_rarities{nullptr};
-    /// A number of the last connection made to a signal of this parameter, in the order of all; 0 before the first.
+    /// 0 before the first connection to a signal; of an upstream parameter a number in the order of all connections.
     std::atomic<quint64> m_lastConnected{0};
     const std::type_info* m_knownClass = nullptr;
 };

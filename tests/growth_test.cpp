@@ -137,7 +137,7 @@ const Row rows[] = {
      [](Project& project, int size) {
          const auto group = boost::make_shared<CompoundParameter>("group", true);
          for (int i = 0; i < 3; ++i)
-             group->addParameter(boost::make_shared<Number>(i));
+             group->addParameter(boost::make_shared<NumericParameter<double>>(QString("p%1").arg(i)));
          for (int i = 0; i < size; ++i)
              finish(project, new ParameterSetValueEdit(*group->parameters().front(), i, at(i)));
      },

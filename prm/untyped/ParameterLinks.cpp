@@ -14,8 +14,10 @@ namespace Prm {
 
 namespace {
 
+/// Of the connections made to upstream parameters, whose order counts; such a parameter is marked beside its number.
 std::atomic<quint64> lastConnection{0};
 thread_local int masterScopes = 0;
+constexpr quint64 upstreamMark = quint64{1} << 63;
 
 } // namespace
 
@@ -159,7 +161,8 @@ ParameterWithoutType::UpstreamParameters ParameterWithoutType::upstreamParameter
 }
 
 void ParameterWithoutType::connectNotify(const QMetaMethod&) {
-    m_lastConnected.store(++lastConnection, std::memory_order_relaxed);
+    const bool isUpstream = (m_lastConnected.load(std::memory_order_relaxed) & upstreamMark) != 0;
+    m_lastConnected.store(isUpstream ? ++lastConnection | upstreamMark : 1, std::memory_order_relaxed);
 }
 
 void ParameterWithoutType::connectUpstream(bool connected) {
@@ -175,7 +178,7 @@ void ParameterWithoutType::reconnectUpstream(quint64 connection) {
         return;
     for (const auto& entry : rarities().upstreamParameters) {
         ParameterWithoutType* const upstream = entry.data();
-        if (upstream && upstream->m_lastConnected.load() > connection) {
+        if (upstream && (upstream->m_lastConnected.load() & ~upstreamMark) > connection) {
             connectTo(*upstream, false);
             connectTo(*upstream, true);
         }
@@ -191,12 +194,14 @@ void ParameterWithoutType::disconnectUpstream() noexcept {
 }
 
 void ParameterWithoutType::connectTo(ParameterWithoutType& upstream, bool connected) {
-    if (connected)
+    if (connected) {
+        upstream.m_lastConnected.store(upstream.m_lastConnected.load() | upstreamMark);
         connect(&upstream, SIGNAL(changed(Prm::ParameterChange&)), this,
                 SLOT(onUpstreamParameterChanged(Prm::ParameterChange&)));
-    else
+    } else {
         disconnect(&upstream, SIGNAL(changed(Prm::ParameterChange&)), this,
                    SLOT(onUpstreamParameterChanged(Prm::ParameterChange&)));
+    }
 }
 
 bool ParameterWithoutType::addUpstreamParameter(ParameterWithoutType& upstream) {
