@@ -228,7 +228,7 @@ public:
         return text;
     }
 
-    static QByteArray stateOf(const ParameterSet& set) {
+    static QByteArray stateOf(ParameterSet& set) {
         QString text;
         QTextStream stream(&text);
         set.bStreamOut(stream, {}, true);

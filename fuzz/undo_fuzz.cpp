@@ -6,6 +6,7 @@
 
 #include <QTextStream>
 
+#include <cmath>
 #include <memory>
 
 using namespace Prm;

@@ -1,6 +1,5 @@
 #include "tests/edits/World.h"
 #include "tests/support/Allocations.h"
-#include "tests/support/Always.h"
 #include "tests/support/ChangeRecorder.h"
 
 #include <functional>
@@ -277,41 +276,6 @@ TEST(Edits, ThatChangeNothingAreSilentBothWays) {
     };
     for (const Row& row : silent)
         expectBothWays(row, false);
-}
-
-/// What a host keeps: commands, of which the first `done` are done, and the state before each and after the last.
-struct History {
-    std::vector<Command> commands;
-    std::vector<std::string> states;
-    std::size_t done = 0;
-
-    void step(World& world, std::size_t choice) {
-        const std::size_t count = std::size(rows);
-        if (choice < count) {
-            commands.resize(done);
-            states.resize(done + 1);
-            commands.emplace_back(rows[choice].make(world));
-            commands[done++]->doIt();
-            states.push_back(world.state());
-        } else if (choice % 2 == 0 && done > 0) {
-            commands[--done]->undoIt();
-        } else if (choice % 2 == 1 && done < commands.size()) {
-            commands[done++]->doIt();
-        }
-    }
-};
-
-TEST(Edits, RandomStepsOfDoingUndoingAndRedoing) {
-    expectAlways(100, [] {
-        World world(lengths[*rc::gen::inRange(0, 2)]);
-        History history;
-        history.states.push_back(world.state());
-        const auto choice = rc::gen::inRange<std::size_t>(0, 3 * std::size(rows));
-        for (const std::size_t one : *rc::gen::container<std::vector<std::size_t>>(choice)) {
-            history.step(world, one);
-            RC_ASSERT(world.state() == history.states[history.done]);
-        }
-    });
 }
 
 TEST(Edits, RetimingAndPastingDoWhatTheySay) {
