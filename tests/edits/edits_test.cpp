@@ -230,6 +230,25 @@ TEST(Edits, AFailedAllocationLeavesThingsAsTheyWere) {
     }
 }
 
+/// The world is sound, whatever the command has done. Disabled: the destructor of compounds needs memory.
+TEST(Edits, DISABLED_ThatMemoryGivesOutForLeaveTheWorldSound) {
+    if (!Allocations::areCounted())
+        GTEST_SKIP() << "allocations are not counted in this build";
+    for (std::size_t i = 0; i < 2 * std::size(rows); ++i) {
+        const Row& row = rows[i / 2];
+        SCOPED_TRACE(row.name);
+        const bool isUndoing = i % 2 > 0;
+        Allocations::failForGood([&] {
+            const auto world = std::make_shared<World>();
+            const std::shared_ptr<Bsc::Command> command(row.make(*world));
+            if (isUndoing)
+                command->doIt();
+            return Allocations::Attempt{[=] { isUndoing ? command->undoIt() : command->doIt(); },
+                                        [=] { return world->state(); }};
+        });
+    }
+}
+
 TEST(Edits, OfADeadParameterDoNothingAndSaySo) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
