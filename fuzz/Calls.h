@@ -91,36 +91,85 @@ inline Frame frameOf(const A& a) {
     return Frame::fromInt(a.number);
 }
 
-using AddCommand = void (*)(Command& command, P& own, P& other, const A& a);
-const AddCommand commands[] = {
-    [](Command& c, P& own, P&, const A& a) { own.vAddKeyframeCommand(Context::Explicit(a.at), c); },
-    [](Command& c, P& own, P&, const A& a) { own.createKeyframeDeletion(Context::Explicit(a.at), c); },
-    [](Command& c, P& own, P&, const A& a) { own.vDeleteAllKeyframesCommand(a.view, c); },
-    [](Command& c, P& own, P&, const A& a) { own.vSetInterpolationCommand(a.interpolation(), a.at, c); },
-    [](Command& c, P& own, P&, const A& a) {
-        own.vSetInterpolationDataCommand(c, a.shape(), {&own, a.view, a.index()});
-    },
-    [](Command& c, P& own, P&, const A& a) { add<ParameterSetValueEdit>(c, own, a.value, a.at); },
-    [](Command& c, P& own, P&, const A& a) { add<ParameterSetStaticValueEdit>(c, own, a.value, a.view); },
-    [](Command& c, P& own, P&, const A& a) { add<ParameterResetEdit>(c, own, a.at); },
-    [](Command& c, P& own, P&, const A& a) { add<ParameterSplitViewEdit>(c, own, a.view); },
-    [](Command& c, P& own, P&, const A& a) { add<ParameterDeleteViewEdit>(c, own, a.view); },
-    [](Command& c, P& own, P&, const A& a) { add<ParameterRetimeEdit>(c, own, a.retiming()); },
-    addPaste,
-    [](Command& c, P& own, P&, const A& a) { own.vSetExtrapolationBeforeCommand(a.extrapolation(), c); },
-    [](Command& c, P& own, P&, const A& a) { add<ParameterWithoutTypeHideEdit>(c, own, a.yes); },
-    [](Command& c, P& own, P&, const A& a) { add<ParameterWithoutTypeLockEdit>(c, own, a.yes); },
-    [](Command& c, P& own, P& other, const A&) { other.bAddConstrainedParameterCommand(&own, c); },
-    [](Command& c, P& own, P&, const A&) { own.bUnconstrainCommand(c); },
-    [](Command& c, P& own, P&, const A& a) { add<MoveKeyframeEdit>(c, own, a.at, Context(a.to.time, a.view)); },
-    [](Command& c, P& own, P&, const A& a) { own.vSetExtrapolationAfterCommand(a.extrapolation(), c); },
-    [](Command& c, P& own, P&, const A& a) {
-        own.vAddKeyframeCommand(frameOf(a), AnimationState(AnimationFlags(4)), c);
-    },
-    [](Command& c, P& own, P&, const A& a) {
-        own.createKeyframeDeletion(frameOf(a), AnimationState(AnimationFlags(4)), c);
-    },
-    [](Command& c, P& own, P& other, const A&) { other.bRemoveConstrainedParameterCommand(&own, c); },
+/// The value in the form that the parameter takes: a list for each part of a compound, a point.
+inline QVariant fitting(const P& own, double value) {
+    const auto* const compound = dynamic_cast<const CompoundParameter*>(&own);
+    if (!compound)
+        return dynamic_cast<const PointParameter*>(&own) ? QVariant(QPointF(value, -value)) : QVariant(value);
+    QVariantList all;
+    for (const P* part : compound->subparameters())
+        all.append(fitting(*part, value++));
+    return all;
+}
+
+inline AnimationState allViews() {
+    return AnimationState(AnimationFlags(4));
+}
+
+struct Offer {
+    const char* name;
+    void (*add)(Command& c, P& own, P& other, const A& a);
+};
+#define OFFER(...)                                                                                                     \
+    {                                                                                                                  \
+#__VA_ARGS__,                                                                                                  \
+            [](Command & c, P & own, [[maybe_unused]] P & other, [[maybe_unused]] const A& a) { __VA_ARGS__; }         \
+    }
+const Offer commands[] = {
+    OFFER(own.vAddKeyframeCommand(Context::Explicit(a.at), c)),
+    OFFER(own.createKeyframeDeletion(Context::Explicit(a.at), c)),
+    OFFER(own.vDeleteAllKeyframesCommand(a.view, c)),
+    OFFER(own.vSetInterpolationCommand(a.interpolation(), a.at, c)),
+    OFFER(own.vSetInterpolationDataCommand(c, a.shape(), {&own, a.view, a.index()})),
+    OFFER(add<ParameterSetValueEdit>(c, own, a.value, a.at)),
+    OFFER(add<ParameterSetStaticValueEdit>(c, own, a.value, a.view)),
+    OFFER(add<ParameterResetEdit>(c, own, a.at)),
+    OFFER(add<ParameterSplitViewEdit>(c, own, a.view)),
+    OFFER(add<ParameterDeleteViewEdit>(c, own, a.view)),
+    OFFER(add<ParameterRetimeEdit>(c, own, a.retiming())),
+    OFFER(addPaste(c, own, other, a)),
+    OFFER(own.vSetExtrapolationBeforeCommand(a.extrapolation(), c)),
+    OFFER(add<ParameterWithoutTypeHideEdit>(c, own, a.yes)),
+    OFFER(add<ParameterWithoutTypeLockEdit>(c, own, a.yes)),
+    OFFER(other.bAddConstrainedParameterCommand(&own, c)),
+    OFFER(own.bUnconstrainCommand(c)),
+    OFFER(add<MoveKeyframeEdit>(c, own, a.at, Context(a.to.time, a.view))),
+    OFFER(own.vSetExtrapolationAfterCommand(a.extrapolation(), c)),
+    OFFER(own.vAddKeyframeCommand(frameOf(a), allViews(), c)),
+    OFFER(own.createKeyframeDeletion(frameOf(a), allViews(), c)),
+    OFFER(other.bRemoveConstrainedParameterCommand(&own, c)),
+};
+
+inline void moveSet(ParameterSet* set, const A& a, Command& c) {
+    if (set)
+        MoveKeyframeEdit::appendToCommand(*set, Frame(a.at), Frame(a.to), c);
+}
+
+inline void retimeSet(ParameterSet* set, const A& a, Command& c) {
+    if (set)
+        ParameterRetimeEdit::appendToCommand(*set, a.retiming(), c);
+}
+
+/// The other forms, of sets and of compounds too.
+const Offer moreCommands[] = {
+    OFFER(add<ParameterSetValueEdit>(c, own, fitting(own, a.value), a.at)),
+    OFFER(add<ParameterSetStaticValueEdit>(c, own, fitting(own, a.value), a.view)),
+    OFFER(add<ParameterAddKeyEdit>(c, own, a.at)),
+    OFFER(add<ParameterDeleteKeyEdit>(c, own, Context::Explicit(a.at))),
+    OFFER(add<ParameterInterpolationEdit>(c, own, a.interpolation(), a.at)),
+    OFFER(add<ParameterInterpolationDataEdit>(c, own, a.shape(), a.index(), a.view)),
+    OFFER(add<ParameterExtrapolationBeforeEdit>(c, own, a.extrapolation())),
+    OFFER(add<ParameterExtrapolationAfterEdit>(c, own, a.extrapolation())),
+    OFFER(c.push_back(new ParameterAddConstrainedParameterEdit(other, own))),
+    OFFER(add<ParameterWithoutTypeUnconstrainEdit>(c, own)),
+    OFFER(own.hideCommand(a.yes, c)),
+    OFFER(own.setLockedCommand(a.yes, c)),
+    OFFER(MoveKeyframeEdit::appendToCommand(own, Frame(a.at), Frame(a.to), a.view, c)),
+    OFFER(MoveKeyframeEdit::appendToCommand(own, Frame(a.at), Frame(a.to), c)),
+    OFFER(moveSet(dynamic_cast<ParameterSet*>(&own), a, c)),
+    OFFER(moveSet(own.parentSet(), a, c)),
+    OFFER(retimeSet(dynamic_cast<ParameterSet*>(&own), a, c)),
+    OFFER(retimeSet(own.parentSet(), a, c)),
 };
 
 inline void read(const P& parameter) {
@@ -147,8 +196,10 @@ inline bool callBare() {
     Command all;
     for (const Edit edit : edits)
         edit(bare, bare, a);
-    for (const AddCommand command : commands)
-        command(all, bare, bare, a);
+    for (const Offer& command : commands)
+        command.add(all, bare, bare, a);
+    for (const Offer& command : moreCommands)
+        command.add(all, bare, bare, a);
     all.doIt();
     all.undoIt();
     read(bare);

@@ -3,6 +3,7 @@
 // What all fuzz targets share: the entry that libFuzzer and the replay driver call, and how a broken promise ends them.
 
 #include <QByteArray>
+#include <QList>
 #include <QString>
 
 #include <algorithm>
@@ -38,9 +39,18 @@ inline QString textOf(const QByteArray& bytes) {
     return QString::fromUtf8(marked.constData(), std::max(0, marked.size())).mid(1);
 }
 
+/// The lines of one that the other does not have.
+inline QByteArray linesMissing(const QByteArray& one, const QByteArray& other) {
+    const QList<QByteArray> others = other.split('\n');
+    QByteArray missing;
+    for (const QByteArray& line : one.split('\n'))
+        missing += others.contains(line) ? QByteArray() : line + '\n';
+    return missing;
+}
+
 inline void same(const char* what, const QByteArray& a, const QByteArray& b) {
     if (a != b)
-        fail(what, textOf("--- one\n" + a + "\n--- other\n" + b));
+        fail(what, textOf("--- only before\n" + linesMissing(a, b) + "--- only now\n" + linesMissing(b, a)));
 }
 
 inline void intact(const QString& broken) {

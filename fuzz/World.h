@@ -25,7 +25,7 @@ namespace Fuzz {
 
 using namespace Prm;
 
-constexpr int parameterCount = 9;
+constexpr int compoundCount = 3;
 constexpr int setCount = 4;
 
 /// A parameter, until it says that it dies.
@@ -92,9 +92,25 @@ struct Host : ParameterTree {
     std::function<void()> then = [] {};
 };
 
+/// A host's own class, which is evaluated and edited by way of its virtual operations.
+struct HostNumber : NumericParameter<double> {
+    explicit HostNumber(const QString& name)
+        : ParameterWithoutType(false, false, nullptr), NumericParameter<double>(name, 2) {}
+    ~HostNumber() override { announceDeletion(); }
+};
+
 class World {
 public:
-    explicit World(const Choices& choices) : choose(choices) {
+    /// `together` has a bit for each compound, set where its parts are keyed together.
+    struct Options {
+        int plainCount = 6;
+        unsigned int together = 5;
+        bool isObserved = true;
+    };
+
+    explicit World(const Choices& choices, const Options& with = {6, 5, true})
+        : parameterCount(with.plainCount + compoundCount), options(with), choose(choices),
+          slots(static_cast<std::size_t>(parameterCount)) {
         for (int i = 0; i < parameterCount; ++i)
             make(i);
         for (std::size_t i = 0; i < setCount; ++i)
@@ -119,22 +135,38 @@ public:
             host.known.insert(owners[number].get());
     }
 
-    static bool isCompound(int number) { return number >= parameterCount - 3; }
+    bool isCompound(int number) const { return number >= options.plainCount; }
 
-    void make(int number) {
+    boost::shared_ptr<ParameterWithoutType> made(int number) const {
         static const ParameterOptions animated = Keyframed | Splittable;
         const QString name = QStringLiteral("p%1").arg(number);
+        if (isCompound(number))
+            return boost::make_shared<CompoundParameter>(name, (options.together >> (number - options.plainCount)) % 2);
+        switch (number) {
+        case 0:
+            return boost::make_shared<Parameter<QString>>(name);
+        case 1:
+            return boost::make_shared<NumericParameter<int>>(name, 7, Splittable);
+        case 6:
+            return boost::make_shared<Parameter<bool>>(name);
+        case 7:
+            return boost::make_shared<PointParameter>(name);
+        case 8:
+            return boost::make_shared<NumericParameter<int>>(name, 3, Keyframed);
+        case 9:
+            return boost::make_shared<HostNumber>(name);
+        default:
+            return boost::make_shared<NumericParameter<double>>(name, 1, number == 2 ? Keyframed : animated);
+        }
+    }
+
+    void make(int number) {
         Slot& slot = slots[static_cast<std::size_t>(number)];
         slot = {};
-        if (isCompound(number))
-            slot.owner = boost::make_shared<CompoundParameter>(name, number % 2 == 0);
-        else if (number == 0)
-            slot.owner = boost::make_shared<Parameter<QString>>(name);
-        else if (number == 1)
-            slot.owner = boost::make_shared<NumericParameter<int>>(name, 7, Splittable);
-        else
-            slot.owner = boost::make_shared<NumericParameter<double>>(name, 1, number == 2 ? Keyframed : animated);
+        slot.owner = made(number);
         slot.parameter = slot.owner.get();
+        if (!options.isObserved)
+            return;
         // Not by the compounds' own way, which would attach to their parts once more.
         QObject::connect(slot.parameter, SIGNAL(changed(Prm::ParameterChange&)), &observer,
                          SLOT(onChanged(Prm::ParameterChange&)));
@@ -150,7 +182,7 @@ public:
     ParameterSet* set(int number) const {
         if (number < setCount)
             return sets[static_cast<std::size_t>(number)].lock().get();
-        return dynamic_cast<ParameterSet*>(parameter(parameterCount - 3 + number - setCount));
+        return dynamic_cast<ParameterSet*>(parameter(options.plainCount + number - setCount));
     }
 
     Lists lists() const {
@@ -160,7 +192,7 @@ public:
                 for (const ParameterWithoutType* tied : master->constrainedParameters())
                     seen.constrained[i].push_back(numberOf(tied));
         }
-        for (int i = 0; i < setCount + 3; ++i) {
+        for (int i = 0; i < setCount + compoundCount; ++i) {
             const ParameterSet* const listing = set(i);
             if (!listing)
                 continue;
@@ -205,11 +237,13 @@ public:
         return all;
     }
 
-    /// Destroyed behind the sets, which tell it.
+    const int parameterCount;
+    const Options options;
+    /// Destroyed after the sets, which notify it.
     Host host;
     Choices choose;
     ChangeRecorder observer;
-    std::array<Slot, parameterCount> slots;
+    std::vector<Slot> slots;
     std::array<boost::shared_ptr<ParameterSet>, setCount> owners;
     std::array<boost::weak_ptr<ParameterSet>, setCount> sets;
     /// As they should be.

@@ -15,7 +15,7 @@ namespace {
 struct ObserverThrows {};
 
 ParameterWithoutType* parameterFrom(World& world) {
-    return world.parameter(world.choose.below(parameterCount));
+    return world.parameter(world.choose.below(world.parameterCount));
 }
 
 class Play {
@@ -53,7 +53,7 @@ private:
         if (m_mischief == HostCallsAgain)
             act();
         else if (m_mischief == HostDeletes)
-            letGo(m_world.choose.below(parameterCount));
+            letGo(m_world.choose.below(m_world.parameterCount));
         else
             replaceSet(static_cast<std::size_t>(m_world.choose.below(setCount)));
     }
@@ -63,7 +63,7 @@ private:
         if (m_mischief < HostDeletes && m_when-- == 0 && !(isDeath && m_mischief == Throw))
             interfere(change);
         const int number = m_world.numberOf(change.parameter);
-        if (isDeath && number < parameterCount)
+        if (isDeath && number < m_world.parameterCount)
             m_world.slots[static_cast<std::size_t>(number)].dying = true;
     }
 
@@ -78,7 +78,9 @@ private:
             return act();
         const int told = m_world.numberOf(change.parameter);
         const bool spared = change.type == ParameterChange::PARAMETER_DELETED;
-        letGo(m_world.choose.yes() && !spared && told < parameterCount ? told : m_world.choose.below(parameterCount));
+        letGo(m_world.choose.yes() && !spared && told < m_world.parameterCount
+                  ? told
+                  : m_world.choose.below(m_world.parameterCount));
     }
 
     /// One call of any kind; within another, none that would touch the commands being done.
@@ -95,7 +97,7 @@ private:
             else if (kind == 10)
                 readText();
             else if (kind == 11)
-                takeOrGiveBack(m_world.set(m_world.choose.below(setCount + 3)), m_ofSet);
+                takeOrGiveBack(m_world.set(m_world.choose.below(setCount + compoundCount)), m_ofSet);
             else if (m_depth == 1)
                 kind == 7 ? travel() : command();
         } catch (const ObserverThrows&) {
@@ -115,7 +117,7 @@ private:
 
     void readText() {
         Choices& choose = m_world.choose;
-        ParameterSet* const set = m_world.set(choose.below(setCount + 3));
+        ParameterSet* const set = m_world.set(choose.below(setCount + compoundCount));
         QString line;
         for (int i = 0; i < 3; ++i)
             line += QLatin1String(names[choose.below(static_cast<int>(std::size(names)))]);
@@ -132,7 +134,7 @@ private:
         forget();
         Choices& choose = m_world.choose;
         const int kind = choose.below(6);
-        const int listing = choose.below(setCount + 3);
+        const int listing = choose.below(setCount + compoundCount);
         const int number = choose.below(setCount);
         switch (kind) {
         case 0:
@@ -144,7 +146,7 @@ private:
         case 3:
             return tie();
         case 4:
-            return letGo(choose.below(parameterCount));
+            return letGo(choose.below(m_world.parameterCount));
         default:
             return replaceSet(static_cast<std::size_t>(number));
         }
@@ -156,8 +158,8 @@ private:
         if (!set || !added)
             return;
         const int number = m_world.numberOf(added);
-        const int asSet = setCount + number - (parameterCount - 3);
-        if (!(World::isCompound(number) && leads(asSet, listing)) &&
+        const int asSet = setCount + number - m_world.options.plainCount;
+        if (!(m_world.isCompound(number) && leads(asSet, listing)) &&
             !Lists::has(m_world.plain.members[listing], number))
             m_world.plain.members[listing].push_back(number);
         const auto& owner = m_world.slots[static_cast<std::size_t>(number)].owner;
@@ -174,8 +176,8 @@ private:
         auto below = m_world.plain.subsets;
         for (const auto& [set, members] : m_world.plain.members) {
             for (const int member : members)
-                if (World::isCompound(member))
-                    below[set].push_back(setCount + member - (parameterCount - 3));
+                if (m_world.isCompound(member))
+                    below[set].push_back(setCount + member - m_world.options.plainCount);
         }
         return Lists::leads(below, from, to);
     }
@@ -282,8 +284,8 @@ private:
         ++m_world.changesOfLists;
         auto command = std::make_unique<Command>();
         for (int count = 1 + m_world.choose.below(3); count > 0; --count) {
-            const AddCommand add = commands[m_world.choose.below(static_cast<int>(std::size(commands)))];
-            add(*command, *own, *other, A(m_world.choose));
+            const Offer& offer = commands[m_world.choose.below(static_cast<int>(std::size(commands)))];
+            offer.add(*command, *own, *other, A(m_world.choose));
         }
         m_commands.resize(m_done);
         m_states.resize(m_done);
@@ -323,7 +325,7 @@ private:
     // What must hold.
 
     void readAll() const {
-        for (int i = 0; i < parameterCount; ++i) {
+        for (int i = 0; i < m_world.parameterCount; ++i) {
             if (const P* const parameter = m_world.parameter(i))
                 read(*parameter);
         }
@@ -335,7 +337,7 @@ private:
 
     void settle() {
         m_when = -1;
-        for (int i = 0; i < parameterCount; ++i)
+        for (int i = 0; i < m_world.parameterCount; ++i)
             if (const P* const parameter = m_world.parameter(i))
                 Fuzz::intact(detail::verify(*parameter));
         for (int i = 0; i < setCount; ++i)
@@ -343,7 +345,7 @@ private:
                 Fuzz::intact(detail::verify(*set));
         compareLists();
         knowsItsSets();
-        for (int i = 0; i < parameterCount; ++i) {
+        for (int i = 0; i < m_world.parameterCount; ++i) {
             if (m_world.slots[static_cast<std::size_t>(i)].parameter)
                 continue;
             m_world.make(i);

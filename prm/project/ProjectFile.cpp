@@ -301,9 +301,15 @@ QByteArray ProjectFile::text() const {
     buffer.open(QIODevice::WriteOnly);
     QTextStream stream(&buffer);
     stream.setCodec("UTF-8");
-    properties.bStreamOut(stream, {}, true);
-    m_root.writeMembers(stream, {}, true);
-    stream.flush();
+    try {
+        properties.bStreamOut(stream, {}, true);
+        m_root.writeMembers(stream, {}, true);
+        stream.flush();
+    } catch (...) {
+        // Its destructor would flush once more, and end the process where memory stays exhausted.
+        stream.setStatus(QTextStream::WriteFailed);
+        throw;
+    }
     const QList<QByteArray> kept = linesToWrite();
     for (const QByteArray& line : kept)
         buffer.write(line + '\n');

@@ -2,7 +2,6 @@
 #include "prm/parameter/TypedSerialisedKeyframe.hpp"
 #include "tests/edits/World.h"
 #include "tests/support/Allocations.h"
-#include "tests/support/Always.h"
 #include "tests/support/ChangeRecorder.h"
 
 #include <functional>
@@ -260,6 +259,25 @@ TEST(Edits, AFailedAllocationLeavesThingsAsTheyWere) {
     }
 }
 
+/// The world is sound, whatever the command has done. Disabled: the destructor of compounds needs memory.
+TEST(Edits, DISABLED_ThatMemoryGivesOutForLeaveTheWorldSound) {
+    if (!Allocations::areCounted())
+        GTEST_SKIP() << "allocations are not counted in this build";
+    for (std::size_t i = 0; i < 2 * std::size(rows); ++i) {
+        const Row& row = rows[i / 2];
+        SCOPED_TRACE(row.name);
+        const bool isUndoing = i % 2 > 0;
+        Allocations::failForGood([&] {
+            const auto world = std::make_shared<World>();
+            const std::shared_ptr<Bsc::Command> command(row.make(*world));
+            if (isUndoing)
+                command->doIt();
+            return Allocations::Attempt{[=] { isUndoing ? command->undoIt() : command->doIt(); },
+                                        [=] { return world->state(); }};
+        });
+    }
+}
+
 TEST(Edits, OfADeadParameterDoNothingAndSaySo) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -309,41 +327,6 @@ TEST(Edits, ThatChangeNothingAreSilentBothWays) {
     };
     for (const Row& row : silent)
         expectBothWays(row, false);
-}
-
-/// What a host keeps: commands, of which the first `done` are done, and the state before each and after the last.
-struct History {
-    std::vector<Command> commands;
-    std::vector<std::string> states;
-    std::size_t done = 0;
-
-    void step(World& world, std::size_t choice) {
-        const std::size_t count = std::size(rows);
-        if (choice < count) {
-            commands.resize(done);
-            states.resize(done + 1);
-            commands.emplace_back(rows[choice].make(world));
-            commands[done++]->doIt();
-            states.push_back(world.state());
-        } else if (choice % 2 == 0 && done > 0) {
-            commands[--done]->undoIt();
-        } else if (choice % 2 == 1 && done < commands.size()) {
-            commands[done++]->doIt();
-        }
-    }
-};
-
-TEST(Edits, RandomStepsOfDoingUndoingAndRedoing) {
-    expectAlways(100, [] {
-        World world(lengths[*rc::gen::inRange(0, 2)]);
-        History history;
-        history.states.push_back(world.state());
-        const auto choice = rc::gen::inRange<std::size_t>(0, 3 * std::size(rows));
-        for (const std::size_t one : *rc::gen::container<std::vector<std::size_t>>(choice)) {
-            history.step(world, one);
-            RC_ASSERT(world.state() == history.states[history.done]);
-        }
-    });
 }
 
 TEST(Edits, RetimingAndPastingDoWhatTheySay) {

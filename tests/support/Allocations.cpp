@@ -18,6 +18,7 @@ thread_local int count = 0;
 thread_local int living = 0;
 thread_local std::size_t requested = 0;
 thread_local int failing = 0;
+thread_local bool staying = false;
 thread_local bool failed = false;
 
 /// Whether the calling function runs beneath one of those of Qt 5 that end the process, or are not themselves any more,
@@ -57,15 +58,15 @@ thread_local bool isLooking = false;
 bool fails(std::size_t size) {
     ++count;
     requested += size;
-    if (count != failing || isLooking)
+    if (failing == 0 || isLooking || (staying ? count < failing : count != failing))
         return false;
     isLooking = true;
     const bool isSpared = isBeneathQtCaller();
     isLooking = false;
-    if (isSpared)
+    if (isSpared && !staying)
         ++failing;
-    failed = !isSpared;
-    return failed;
+    failed = failed || !isSpared;
+    return !isSpared;
 }
 
 void* counted(void* made) {
@@ -128,40 +129,81 @@ int alive() {
 
 void failAt(int n) {
     failed = false;
+    staying = false;
     failing = n > 0 ? count + n : 0;
 }
 
-void failEach(const std::function<Attempt()>& make, const std::function<bool(const std::string&)>& isAllowed) {
+namespace {
+
+void failFrom(int n) {
+    failAt(n);
+    staying = true;
+}
+
+/// What became of one attempt.
+struct Outcome {
+    bool failed = false;
+    bool threw = false;
+    int spared = 0;
+};
+
+Outcome attempted(const Attempt& attempt, int n, void (*fail)(int)) {
+    Outcome outcome;
+    fail(n);
+    const int intended = failing;
+    try {
+        attempt.act();
+    } catch (const std::bad_alloc&) {
+        outcome.threw = true;
+    }
+    outcome.failed = failed;
+    outcome.spared = failing - intended;
+    return outcome;
+}
+
+/// Counts the failures up, until one does not come any more.
+void countUp(const std::function<Outcome(int n)>& attempt) {
     constexpr int most = 100000;
     // Looking at callers and throwing take memory for good when they are first done.
     isBeneathQtCaller();
     for (int n = 0; n < most; ++n) {
         const int before = alive();
-        int spared = 0;
-        bool threw = false;
-        bool didFail = false;
-        {
-            const Attempt attempt = make();
-            failAt(n);
-            const int intended = failing;
-            try {
-                attempt.act();
-            } catch (const std::bad_alloc&) {
-                threw = true;
-            }
-            didFail = failed;
-            spared = failing - intended;
-            failAt(0);
-            const std::string state = attempt.state();
-            EXPECT_TRUE(isAllowed(state)) << "failure " << n << (threw ? "" : ", not thrown") << "\n" << state;
-        }
+        const Outcome outcome = attempt(n);
         // What is made once and kept is there after the first attempt, in which nothing fails.
         EXPECT_TRUE(n == 0 || alive() == before) << "failure " << n << " leaks " << alive() - before;
-        if (n > 0 && !didFail)
+        if (n > 0 && !outcome.failed)
             return;
-        n += spared;
+        n += outcome.spared;
     }
     ADD_FAILURE() << "never came through";
+}
+
+} // namespace
+
+void failForGood(const std::function<Attempt()>& make) {
+    for (const bool isFreedMeanwhile : {false, true}) {
+        countUp([&](int n) {
+            auto attempt = std::make_unique<Attempt>(make());
+            const Outcome outcome = attempted(*attempt, n, failFrom);
+            if (isFreedMeanwhile)
+                attempt.reset();
+            failAt(0);
+            if (attempt)
+                attempt->state();
+            return outcome;
+        });
+    }
+}
+
+void failEach(const std::function<Attempt()>& make, const std::function<bool(const std::string&)>& isAllowed) {
+    countUp([&](int n) {
+        const Attempt attempt = make();
+        const Outcome outcome = attempted(attempt, n, failAt);
+        failAt(0);
+        const std::string state = attempt.state();
+        EXPECT_TRUE(isAllowed(state)) << "failure " << n << (outcome.threw ? "" : ", not thrown") << "\n" << state;
+        return outcome;
+    });
 }
 
 } // namespace Allocations
