@@ -210,7 +210,8 @@ public:
     virtual const std::type_info& tRawValueType() const;
     Bsc::CompositeCommand& bAddConstrainedParameterCommand(ParameterWithoutType* parameter,
                                                            Bsc::CompositeCommand& command) override;
-    /// Takes over keyframes, views, flags and extrapolation of a parameter of the same type. PARAMETER_ASSIGNED.
+    /// Takes over keyframes, views, flags, extrapolation and view interpolation of a parameter of the same type, so that
+    /// this one shows the same at every time in every view. PARAMETER_ASSIGNED.
     void vCopyKeyframeDataFrom(const ParameterWithoutType* source) override;
     /// Adds the value at the context; where its time is no frame, the static value of view 0.
     void calculateHash(Bsc::Hash& hash, const Context& context) const override;
@@ -324,7 +325,7 @@ private:
     bool importsUnheard() const;
     void storeKeyframe(const T& value, const Context& context, const IType& itype);
     bool giveViewData(const View& view, const PVData& contents);
-    void takeKeyframeData(const Parameter& source, bool withSettings);
+    void takeKeyframeData(const Parameter& source, bool withDefaultInterpolation);
     struct Settings;
     Settings settings() const;
     void takeSettings(const Settings& settings);

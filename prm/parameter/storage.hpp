@@ -123,18 +123,17 @@ template <class T> auto Parameter<T>::ownData(const View& view, const PVData* co
     return &data;
 }
 
-/// Readers see all of it at once. The settings for what comes later are left alone by copies of keyframes only.
-template <class T> void Parameter<T>::takeKeyframeData(const Parameter& source, bool withSettings) {
+/// Readers see all of it at once.
+template <class T> void Parameter<T>::takeKeyframeData(const Parameter& source, bool withDefaultInterpolation) {
     m_views.assignViews(source.m_views, [&] {
         m_keyframed.store(source.m_keyframed.load());
         m_isSplit.store(source.m_isSplit.load());
         m_splittable.store(source.m_splittable.load());
         m_extrapolationBefore.store(source.m_extrapolationBefore.load());
         m_extrapolationAfter.store(source.m_extrapolationAfter.load());
-        if (withSettings) {
+        m_viewInterpolation.store(source.m_viewInterpolation.load());
+        if (withDefaultInterpolation)
             m_defaultInterpolation.store(source.m_defaultInterpolation.load());
-            m_viewInterpolation.store(source.m_viewInterpolation.load());
-        }
         ++m_revision;
     });
 }

@@ -315,12 +315,11 @@ struct Model {
         }
     }
 
-    void take(const Model& other, bool withDefaults) {
+    void take(const Model& other, bool withDefaultInterpolation) {
         const Model former = std::exchange(*this, other);
         standard = former.standard;
         told = former.told;
-        first = withDefaults ? first : former.first;
-        mode = withDefaults ? mode : former.mode;
+        first = withDefaultInterpolation ? first : former.first;
         tell("PARAMETER_ASSIGNED");
     }
     void vCopyKeyframeDataFrom(const Model* other) { take(*other, false); }
