@@ -39,10 +39,10 @@ ROWS = [
     ("4", "Bezier, 2 keyframes / floor a with Newton", "easedParameter/2", "easedFloor/2", "<2.0", "<1.3"),
     *[("4", f"Bezier, {n} keyframes / floor a with Newton", f"easedParameter/{n}", f"easedFloor/{n}", "<1.2", "<0.7")
       for n in (1000, 100000)],
-    ("5", "two threads on one curve, times the work of one", "evaluate<WholeParameter>/1000/0/0/threads:2",
-     "evaluate<WholeParameter>/1000/0/0/threads:1", ">1.6", ">1.95"),
-    ("5", "two threads on a curve each", "evaluate<WholeParameter>/1000/0/1/threads:2",
-     "evaluate<WholeParameter>/1000/0/1/threads:1", ">1.9", ">1.95"),
+    ("5", "two threads on one curve, times the work of one", "evaluateOnThreads/0/threads:2",
+     "evaluateOnThreads/0/threads:1", ">1.6", ">1.95"),
+    ("5", "two threads on a curve each", "evaluateOnThreads/1/threads:2", "evaluateOnThreads/1/threads:1", ">1.9",
+     ">1.95"),
     *[("6", f"appending {n} keyframes / to a QVector", f"appendToParameter/{n}", f"appendToVector/{n}", "<3.5", "<2.5")
       for n in (1000, 10000, 100000)],
     *[("7", f"emitChange, {n} receivers / bare signal", f"emitChange/{n}", f"emitBare/{n}", *wanted)
@@ -69,6 +69,14 @@ ROWS = [
        "<6", "<3") for n in (1000, 10000, 100000)],
     *[("13", f"sampleValues, 1000 frames, {n} keyframes, times as fast as value", f"thousandSamples/{n}",
        f"thousandValues/{n}", ">3", ">10") for n in (10, 100, 1000)],
+    *[("14", f"{what}, 8000 / 2000", f"growth<{case}>/8000", f"growth<{case}>/2000", "<6", "<4.5")
+      for what, case in (("lines of members in descending order", "linesBackwards"),
+                         ("lines of no member", "unknownLines"), ("members found by name", "lookingUp"),
+                         ("subsets added and renamed", "renamingSubsets"),
+                         ("subsets removed first to last", "removingSubsets"),
+                         ("members that die first to last", "membersDying"),
+                         ("parameters tied to a master and freed", "tyingMasters"),
+                         ("values of views in descending order", "viewsDescending"))],
 ]
 
 
