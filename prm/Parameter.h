@@ -108,7 +108,7 @@ public:
     using BasicParameter::variantValue;
     /// Throws `std::runtime_error` ("Parameter not splittable", "Parameter not animated", translated) for a view other
     /// than 0 of an unsplittable parameter, and for a frame's time of one that is not keyframed. Otherwise calls the
-    /// virtual form with `std::nothrow`, so that nothing else is thrown.
+    /// virtual form with `std::nothrow`; what an observer or a hook throws meanwhile goes on to the caller.
     void setVariantValue(const QVariant& variant, const Context& context) override;
     /// Sets a keyframed parameter at a frame's time as `vSetValue` does, otherwise the static value: [VIEW_ADDED],
     /// VALUE_CHANGED if it is new.

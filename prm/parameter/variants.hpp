@@ -3,6 +3,7 @@
 // Values as variants.
 
 #include "prm/Parameter.h"
+#include "prm/untyped/KeptException.h"
 
 #include <QCoreApplication>
 
@@ -39,29 +40,29 @@ template <class T> void Parameter<T>::checkVariantAccess(const Context& context)
 
 template <class T> void Parameter<T>::setVariantValue(const QVariant& variant, const Context& context) {
     checkVariantAccess(context);
+    const detail::KeptException kept(*this);
     setVariantValue(variant, context, std::nothrow);
+    kept.goOn();
 }
 
 template <class T>
 void Parameter<T>::setVariantValue(const QVariant& variant, const Context& context, const std::nothrow_t&) {
-    try {
-        detail::default_Parameter_setVariantValue_impl(*this, variant, context);
-    } catch (...) {
-        // An observer's or a hook's; the caller asked for silence.
-    }
+    detail::KeptException::during(*this,
+                                  [&] { detail::default_Parameter_setVariantValue_impl(*this, variant, context); });
 }
 
 template <class T> QVariant Parameter<T>::variantValue(const Context& context) const {
     checkVariantAccess(context);
-    return variantValue(context, std::nothrow);
+    const detail::KeptException kept(*this);
+    QVariant found = variantValue(context, std::nothrow);
+    kept.goOn();
+    return found;
 }
 
 template <class T> QVariant Parameter<T>::variantValue(const Context& context, const std::nothrow_t&) const {
-    try {
-        return ValueType<T>::toVariant(value(context, nullptr));
-    } catch (...) {
-        return {};
-    }
+    QVariant found;
+    detail::KeptException::during(*this, [&] { found = ValueType<T>::toVariant(value(context, nullptr)); });
+    return found;
 }
 
 } // namespace Prm
