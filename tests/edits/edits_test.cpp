@@ -259,8 +259,8 @@ TEST(Edits, AFailedAllocationLeavesThingsAsTheyWere) {
     }
 }
 
-/// The world is sound, whatever the command has done. Disabled: the destructor of compounds needs memory.
-TEST(Edits, DISABLED_ThatMemoryGivesOutForLeaveTheWorldSound) {
+/// The world is sound, whatever the command has done.
+TEST(Edits, ThatMemoryGivesOutForLeaveTheWorldSound) {
     if (!Allocations::areCounted())
         GTEST_SKIP() << "allocations are not counted in this build";
     for (std::size_t i = 0; i < 2 * std::size(rows); ++i) {

@@ -204,6 +204,7 @@ void failEach(const std::function<Attempt()>& make, const std::function<bool(con
         EXPECT_TRUE(isAllowed(state)) << "failure " << n << (outcome.threw ? "" : ", not thrown") << "\n" << state;
         return outcome;
     });
+    failForGood(make);
 }
 
 } // namespace Allocations
