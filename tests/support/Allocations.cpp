@@ -195,7 +195,7 @@ void failForGood(const std::function<Attempt()>& make) {
     }
 }
 
-void failEach(const std::function<Attempt()>& make, const std::function<bool(const std::string&)>& isAllowed) {
+void failOnce(const std::function<Attempt()>& make, const std::function<bool(const std::string&)>& isAllowed) {
     countUp([&](int n) {
         const Attempt attempt = make();
         const Outcome outcome = attempted(attempt, n, failAt);
@@ -204,6 +204,10 @@ void failEach(const std::function<Attempt()>& make, const std::function<bool(con
         EXPECT_TRUE(isAllowed(state)) << "failure " << n << (outcome.threw ? "" : ", not thrown") << "\n" << state;
         return outcome;
     });
+}
+
+void failEach(const std::function<Attempt()>& make, const std::function<bool(const std::string&)>& isAllowed) {
+    failOnce(make, isAllowed);
     failForGood(make);
 }
 
