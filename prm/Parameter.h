@@ -210,8 +210,8 @@ public:
     virtual const std::type_info& tRawValueType() const;
     Bsc::CompositeCommand& bAddConstrainedParameterCommand(ParameterWithoutType* parameter,
                                                            Bsc::CompositeCommand& command) override;
-    /// Takes over keyframes, views, flags, extrapolation and view interpolation of a parameter of the same type, so that
-    /// this one shows the same at every time in every view. PARAMETER_ASSIGNED.
+    /// Takes over keyframes, views, flags, extrapolation and view interpolation of a parameter of the same type, so
+    /// that this one shows the same at every time in every view. PARAMETER_ASSIGNED.
     void vCopyKeyframeDataFrom(const ParameterWithoutType* source) override;
     /// Adds the value at the context; where its time is no frame, the static value of view 0.
     void calculateHash(Bsc::Hash& hash, const Context& context) const override;
