@@ -172,6 +172,7 @@ private:
 
     /// The union of one view's keyframes as it was at a revision.
     struct Union {
+        /// One time of the union.
         struct Keyframe {
             Time time;
             /// How many parts have it; those of a nested compound count one by one.

@@ -401,7 +401,8 @@ private:
         return scope.mayRead(*block) ? block : nullptr;
     }
 
-    /// How many ids, from 0 on, are told apart; all others read the source data. First, in the room that the base leaves.
+    /// How many ids, from 0 on, are told apart; all others read the source data. First, in the room that the base
+    /// leaves.
     quint32 m_slots = 0;
     /// The block that every view reads; null when several views have data, and the lists must be asked.
     std::atomic<Block*> m_only{&m_template};

@@ -5,7 +5,6 @@
 #include "prm/Parameter.h"
 #include "prm/text/LineNotes.h"
 #include "prm/track/KeyframeInsertion.h"
-#include "prm/track/KeyframeInsertion.h"
 #include "prm/track/KeyframeStretch.h"
 
 #include <vector>
