@@ -1,0 +1,298 @@
+// Sets: names, members, lines, trees.
+
+#include "host/bsc/CompositeCommand.h"
+#include "prm/CompoundParameter.h"
+#include "prm/MovedParameter.h"
+#include "prm/NumericParameter.h"
+#include "prm/ParameterSet.h"
+#include "prm/ParameterTree.h"
+#include "prm/ProjectFile.h"
+#include "prm/ProjectFileVersion.h"
+#include "prm/SerialisedKeyframe.h"
+#include "prm/StaticParameter.h"
+#include "prm/project/Invariants.h"
+#include "tests/parameter/Keying.h"
+#include "tests/support/ChangeRecorder.h"
+#include "tests/support/Errors.h"
+#include "tests/support/Warnings.h"
+#include "tests/text/Lines.h"
+
+#include <QTextStream>
+#include <boost/make_shared.hpp>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <functional>
+#include <initializer_list>
+#include <memory>
+#include <string>
+#include <tuple>
+#include <vector>
+
+using namespace Prm;
+
+namespace {
+
+TEST(ParameterSet, SubsetsGetUniqueNames) {
+    ParameterSet root;
+    const auto added = [&](const char* name) {
+        const auto subset = boost::make_shared<ParameterSet>(name);
+        EXPECT_TRUE(root.addParameterSet(subset));
+        return subset->scriptName().toStdString();
+    };
+    const char* const names[] = {"Blur",     "Blur",     "Blur",     "Blur_2",       "Blur7",       "Blur7",
+                                 "a_b_3",    "a_b_3",    "12",       "12",           "_5",          "_5",
+                                 "Blur_007", "Blur_007", "it's a.b", "B99999999999", "B99999999999"};
+    std::string unique;
+    for (const char* const name : names)
+        unique += added(name) + ' ';
+    EXPECT_EQ(unique, "Blur Blur_2 Blur_3 Blur_4 Blur7 Blur_8 a_b_3 a_b_4 12 13 _5 6 Blur_007 Blur_9 it_s_a_b "
+                      "B99999999999 B_100000000000 ");
+    // Numbers that were given once are free again.
+    root.subsetWithName("Blur_2")->setScriptName("other");
+    EXPECT_EQ(added("Blur"), "Blur_2");
+    const auto third = boost::make_shared<ParameterSet>("x");
+    root.insertParameterSet(third, 1);
+    EXPECT_EQ(root.subsets().at(1), third.get());
+    EXPECT_TRUE(root.removeParameterSet(third));
+    EXPECT_FALSE(root.removeParameterSet(third));
+    Warnings warnings;
+    EXPECT_FALSE(root.addParameterSet(root));
+    EXPECT_TRUE(Warnings::text().contains("contains"));
+}
+
+TEST(ParameterSet, FindsWatchesAndForgets) {
+    ParameterSet root;
+    ParameterSet set("a");
+    MovedParameter moved("x");
+    OwnedStaticParameter<unsigned int> still("x");
+    root.addParameterSet(set);
+    root.addBasicParameter(moved);
+    EXPECT_EQ(root.parameterWithName("x"), &moved);
+    root.addBasicParameter(still);
+    EXPECT_EQ(root.parameterWithName("x"), &still);
+    ChangeRecorder recorder;
+    {
+        NumericParameter<double> inner("p.q");
+        set.addParameter(inner);
+        set.addParameter(inner);
+        EXPECT_EQ(set.parameters().size(), 1u);
+        EXPECT_EQ(inner.parentSet(), &set);
+        EXPECT_EQ(root.parameterWTWithName("a.p.q"), &inner);
+        EXPECT_EQ(root.parameterWTWithName("A.p.q"), nullptr);
+        root.attachObserver(&recorder, SLOT(onChanged(Prm::ParameterChange&)), false);
+        inner.hide(true);
+        EXPECT_EQ(recorder.take(), "");
+        root.attachObserver(&recorder, SLOT(onChanged(Prm::ParameterChange&)), true);
+        inner.hide(false);
+        EXPECT_EQ(recorder.take(), "PARAMETER_HIDDEN_CHANGED 0 0\n");
+        root.detachObserver(&recorder, true);
+    }
+    EXPECT_TRUE(set.parameters().empty());
+    EXPECT_EQ(root.parameterWithName("a.p.q"), nullptr);
+}
+
+TEST(ParameterSet, WritesAndReadsItsLines) {
+    Parameter<bool> enable("enable", true, Splittable);
+    Parameter<bool> invert("invert", false, Splittable);
+    ParameterSet blur("blur");
+    ParameterSet mask("mask");
+    blur.assignName("Blur");
+    mask.assignName("");
+    blur.addParameter(enable);
+    blur.addParameterSet(mask);
+    mask.addParameter(invert);
+    enable.setFromScriptString("enable.value=1", version());
+    invert.setFromScriptString("invert.value=0", version());
+    EXPECT_EQ(lines(blur), "blur.name=\"Blur\"\nblur.enable.value=1\nblur.mask.invert.value=0\n");
+    EXPECT_EQ(lines(blur, "top.", false), "top.blur.name=\"Blur\"\ntop.blur.enable.value=1\nmask.invert.value=0\n");
+    const char* const taken[] = {"", "mask.invert.value=1", "enable.value=0", "name=\"a\"b\"", "mask.name=\"m\""};
+    for (const char* line : taken)
+        EXPECT_TRUE(blur.bStreamIn(line, version())) << line;
+    for (const char* line : {"NAME=\"x\"", "name=\"\"", "name=x", "masks.invert.value=1", "mask.x.value=1", "value=1"})
+        EXPECT_FALSE(blur.bStreamIn(line, version())) << line;
+    enable.setStreamable(false);
+    EXPECT_EQ(lines(blur), "blur.name=\"a\"b\"\nblur.mask.name=\"m\"\nblur.mask.invert.value=1\n");
+}
+
+/// An override as it is published.
+struct Banner : ParameterSet {
+    using ParameterSet::ParameterSet;
+    bool bStreamOut(QTextStream& stream, const QString& prefix, bool with) override {
+        stream << "banner\n";
+        return ParameterSet::bStreamOut(stream, prefix, with);
+    }
+};
+
+/// Takes a line by a rule of its own.
+struct AnyLine : NumericParameter<double> {
+    explicit AnyLine(const QString& name)
+        : ParameterWithoutType(false, false, nullptr), NumericParameter<double>(name) {}
+    bool setFromScriptString(const QString& line, const ProjectFileVersion& version) override {
+        return line.contains('!') || NumericParameter<double>::setFromScriptString(line, version);
+    }
+};
+
+TEST(ParameterSet, OneOfManyMembersTakesTheLine) {
+    ParameterSet root;
+    std::vector<boost::shared_ptr<NumericParameter<double>>> numbers;
+    for (int i = 0; i < 40; ++i)
+        numbers.push_back(boost::make_shared<NumericParameter<double>>(QString("n%1").arg(i)));
+    numbers.push_back(boost::make_shared<AnyLine>("own"));
+    for (const auto& number : numbers)
+        root.addParameter(number);
+    const auto banner = boost::make_shared<Banner>("s");
+    root.addParameterSet(banner);
+    NumericParameter<double> target("target");
+    MovedParameter moved("old");
+    moved.setTargetParam(target);
+    root.addBasicParameter(moved);
+    CompoundParameter position;
+    NumericParameter<double> x("x");
+    position.addParameter(x);
+    root.addParameter(position);
+    const std::tuple<const char*, const char*, std::function<void()>, NumericParameter<double>*> rows[] = {
+        {"the last by its name", "n39.value=1", [] {}, numbers[39].get()},
+        {"a name with a dot", "a.b.value=2", [&] { numbers[30]->setScriptName("a.b"); }, numbers[30].get()},
+        {"the nearer one of two", "a.b.value=3", [&] { numbers[25]->setScriptName("a.b"); }, numbers[30].get()},
+        {"an additional name", "was.value=4", [&] { numbers[20]->addAdditionalScriptName("was"); }, numbers[20].get()},
+        {"after one has died", "n39.value=5", [&] { numbers[1]->setScriptName("n1_"); }, numbers[39].get()},
+        {"a moved one", "old.value=6", [] {}, &target},
+        {"a part of a compound without a name", "x.value=7", [] {}, &x},
+        {"the part after the compound was named", "c.x.value=8", [&] { position.setScriptName("c"); }, &x},
+        {"a name that was given up", "n30.value=9", [] {}, nullptr},
+    };
+    for (const auto& [name, line, before, taker] : rows) {
+        SCOPED_TRACE(name);
+        before();
+        EXPECT_EQ(root.bStreamIn(line, version()), taker != nullptr);
+        EXPECT_TRUE(!taker || taker->value(at(0)) == QString(line).section('=', 1).toDouble());
+        EXPECT_EQ(detail::verify(root), QString());
+    }
+    EXPECT_TRUE(root.bStreamIn("!", version())) << "a rule of a host's own";
+    EXPECT_EQ(root.parameterWTWithName("n40"), nullptr);
+    EXPECT_EQ(root.parameterWTWithName("c.x"), &x);
+    EXPECT_EQ(root.subsetWithName("s"), banner.get());
+    EXPECT_NE(lines(root).find("banner\n"), std::string::npos);
+}
+
+struct Told : ParameterTree {
+    void subtreeAdded(ParameterSet* set) override { text += "+" + set->scriptName().toStdString() + " "; }
+    void subtreeRemoved(ParameterSet* set) override { text += "-" + set->scriptName().toStdString() + " "; }
+    std::string text;
+};
+
+TEST(ParameterSet, ItsTreeIsNotified) {
+    const std::tuple<const char*, void (*)(ParameterSet&, const boost::shared_ptr<ParameterSet>&), const char*> rows[] =
+        {
+            {"assigned",
+             [](ParameterSet& set, const auto&) {
+                 ParameterSet other;
+                 other.addParameterSet(boost::make_shared<ParameterSet>("new"));
+                 set = other;
+             },
+             "+old -old +new "},
+            {"cleared", [](ParameterSet& set, const auto&) { set.clearAllLists(); }, "+old -old "},
+            {"removed", [](ParameterSet& set, const auto& old) { set.removeParameterSet(old); }, "+old -old "},
+        };
+    for (const auto& [name, act, told] : rows) {
+        SCOPED_TRACE(name);
+        Told tree;
+        ParameterSet set("set", &tree);
+        const auto old = boost::make_shared<ParameterSet>("old");
+        set.addParameterSet(old);
+        act(set, old);
+        EXPECT_EQ(tree.text, told);
+        EXPECT_EQ(old->parameterTree(), nullptr);
+        EXPECT_EQ(detail::verify(*old), QString());
+    }
+}
+
+TEST(ParameterSet, ObserversOfADeletionMayDeleteSets) {
+    using Sets = std::array<std::unique_ptr<ParameterSet>, 2>;
+    const std::tuple<const char*, void (*)(Sets&), std::size_t> rows[] = {
+        {"the one that is cleared", [](Sets& sets) { sets[0]->clearAllLists(); }, 0},
+        {"the one that is assigned", [](Sets& sets) { *sets[0] = *sets[1]; }, 0},
+        {"the source of the assignment", [](Sets& sets) { *sets[0] = *sets[1]; }, 1},
+        {"the one that dies", [](Sets& sets) { delete sets[0].release(); }, 1},
+    };
+    for (const auto& [name, act, deleted] : rows) {
+        SCOPED_TRACE(name);
+        Sets sets{std::make_unique<ParameterSet>("a"), std::make_unique<ParameterSet>("b")};
+        for (int i = 0; i < 2; ++i) {
+            const auto member = boost::make_shared<NumericParameter<double>>("member");
+            sets[0]->addParameter(member);
+            sets[0]->addParameterSet(boost::make_shared<ParameterSet>("below"));
+            QObject::connect(member.get(), &ParameterWithoutType::changed,
+                             [&sets, index = deleted] { sets[index].reset(); });
+        }
+        sets[1]->addParameterSet(boost::make_shared<ParameterSet>("new"));
+        act(sets);
+        EXPECT_FALSE(sets[deleted]);
+        for (const auto& set : sets)
+            EXPECT_TRUE(!set || detail::verify(*set).isEmpty());
+    }
+}
+
+/// What an observer of a parameter's end finds in its set.
+TEST(ParameterSet, ListsNothingHalfDestroyed) {
+    ParameterSet set;
+    auto moved = std::make_unique<MovedParameter>("old");
+    set.addBasicParameter(*moved);
+    std::size_t listed = 9;
+    boost::shared_ptr<int> end(nullptr, [&](int*) { listed = set.basicParameters().size(); });
+    moved->setMigrationFunction([held = end](auto...) { return held == nullptr; });
+    end.reset();
+    moved.reset();
+    EXPECT_EQ(listed, 0u);
+}
+
+TEST(ParameterSet, CommandsOfPartsReachTheirObserverOnce) {
+    ParameterSet root;
+    ParameterSet below("below");
+    CompoundParameter outer("outer");
+    CompoundParameter inner("inner");
+    NumericParameter<double> part("part");
+    inner.addParameter(part);
+    outer.addParameter(inner);
+    below.addParameter(outer);
+    below.addParameter(part);
+    root.addParameterSet(below);
+    ChangeRecorder recorder;
+    const auto attach = [&](bool recursive) {
+        root.AttachCommandRegistrationObserver(&recorder, SLOT(onChanged(Prm::ParameterChange&)), recursive);
+    };
+    Bsc::CompositeCommand command;
+    attach(false);
+    EXPECT_FALSE(part.hasCommandRegistrationObserver());
+    attach(true);
+    part.registerCompositeCommand(command, at(0));
+    EXPECT_EQ(recorder.take(), "COMMAND_REGISTERED 0 0\n");
+    root.DetachCommandRegistrationObserver(&recorder, true);
+    for (const ParameterWithoutType* parameter : std::initializer_list<ParameterWithoutType*>{&outer, &inner, &part})
+        EXPECT_FALSE(parameter->hasCommandRegistrationObserver());
+}
+
+/// The same name everywhere, in one set or one below the other; saved, loaded and saved.
+QByteArray textOf(int count, bool deep) {
+    ParameterSet root;
+    ParameterSet* set = &root;
+    for (int i = 0; i < count; ++i) {
+        const auto below = boost::make_shared<ParameterSet>("s");
+        set->addParameterSet(below);
+        below->assignName(i % 2000 == 0 || i + 1 == count ? "n" : "");
+        set = deep ? below.get() : set;
+    }
+    ProjectFile file(root);
+    file.setTimeOfWriting(QDateTime(QDate(2021, 3, 1), QTime(), Qt::UTC));
+    const QByteArray text = file.text();
+    EXPECT_TRUE(file.loadText(text) && file.report().isEmpty() && file.text() == text);
+    return text;
+}
+
+TEST(ParameterSet, MayBeDeepOrWide) {
+    EXPECT_TRUE(textOf(10000, true).contains(".s.s.name="));
+    EXPECT_TRUE(textOf(300000, false).contains("\ns_300000.name=\"n\""));
+}
+
+} // namespace
