@@ -4,6 +4,8 @@
 #include "tests/support/Allocations.h"
 #include "tests/support/ChangeRecorder.h"
 
+#include <boost/make_shared.hpp>
+
 #include <functional>
 #include <new>
 
