@@ -6,10 +6,41 @@
 #include "prm/compound/CompoundWalk.hpp"
 #include "prm/edits/KeyframeMoves.h"
 
+#include <QSet>
+
 #include <algorithm>
+#include <typeinfo>
 #include <utility>
 
 namespace Prm {
+
+namespace {
+
+using Parts = std::vector<QPointer<ParameterWithoutType>>;
+
+/// A compound of a host's own maps the times of its parts itself.
+void addMapped(const CompoundParameter& compound, Parts& mapped, QSet<const ParameterWithoutType*>& reached) {
+    for (const auto& part : compound.parameters()) {
+        if (reached.contains(part.get()))
+            continue;
+        reached.insert(part.get());
+        const ParameterWithoutType& reachedNow = *part;
+        if (typeid(reachedNow) == typeid(CompoundParameter))
+            addMapped(dynamic_cast<const CompoundParameter&>(reachedNow), mapped, reached);
+        else
+            mapped.emplace_back(part.get());
+    }
+}
+
+/// Whose times are mapped: each part once, however many ways lead to it.
+Parts mappedParts(const CompoundParameter& compound) {
+    Parts mapped;
+    QSet<const ParameterWithoutType*> reached;
+    addMapped(compound, mapped, reached);
+    return mapped;
+}
+
+} // namespace
 
 /// Switches the notifications of the subparameters off, and all of them on afterwards; also of those that have left.
 class CompoundParameter::SwitchedOff {
@@ -83,12 +114,18 @@ void CompoundParameter::vReset(const Context& context) {
 
 void CompoundParameter::adjustKeyframesTime(const boost::function<Time(Time)>& mapping) {
     const boost::function<Time(Time)> map = mapping;
-    forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t) { parameter.adjustKeyframesTime(map); });
+    for (const auto& part : mappedParts(*this)) {
+        if (part)
+            part->adjustKeyframesTime(map);
+    }
 }
 
 void CompoundParameter::retimeKeyframes(const boost::function<Time(Time)>& mapping) {
     const boost::function<Time(Time)> map = mapping;
-    forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t) { parameter.retimeKeyframes(map); });
+    for (const auto& part : mappedParts(*this)) {
+        if (part)
+            part->retimeKeyframes(map);
+    }
 }
 
 void CompoundParameter::vSetExtrapolationBefore(Extrapolation kind) {

@@ -6,6 +6,8 @@
 #include "prm/ParameterSet.h"
 #include "prm/edits/KeyframeMoves.h"
 
+#include <QSet>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -109,11 +111,15 @@ private:
     std::vector<Time> m_after;
 };
 
-/// The parameters whose keyframes they are: the parts of a compound, otherwise the parameter itself.
-void addOwners(ParameterWithoutType& parameter, std::vector<QPointer<ParameterWithoutType>>& owners) {
+/// The parameters whose keyframes they are: the parts of a compound, each once, otherwise the parameter itself.
+void addOwners(ParameterWithoutType& parameter, std::vector<QPointer<ParameterWithoutType>>& owners,
+               QSet<const ParameterWithoutType*>& reached) {
+    if (reached.contains(&parameter))
+        return;
+    reached.insert(&parameter);
     if (const auto* const compound = dynamic_cast<ParameterSet*>(&parameter)) {
         for (const auto& part : compound->parameters())
-            addOwners(*part, owners);
+            addOwners(*part, owners, reached);
     } else {
         owners.emplace_back(&parameter);
     }
@@ -135,7 +141,8 @@ class detail::RetimingPlan {
 public:
     RetimingPlan(ParameterWithoutType& parameter, const Retiming& retiming) : m_shown(movesOf(parameter, retiming)) {
         std::vector<QPointer<ParameterWithoutType>> owners;
-        addOwners(parameter, owners);
+        QSet<const ParameterWithoutType*> reached;
+        addOwners(parameter, owners, reached);
         for (const auto& owner : owners)
             m_owned.push_back({owner, owner == &parameter ? m_shown : movesOf(*owner, retiming)});
     }

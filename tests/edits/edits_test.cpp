@@ -381,6 +381,22 @@ TEST(Edits, RetimingAndPastingDoWhatTheySay) {
     };
     for (const bool together : {false, true})
         EXPECT_EQ(partsRetimed(together), "15=1 22=3 25=2 15=1 25=2 20=5 ") << "each part, in each of its views";
+    const auto reachedTwiceRetimed = [](const Retiming& retiming) {
+        CompoundParameter inner("inner");
+        CompoundParameter outer("outer");
+        World::Number part("part");
+        key(part, {{0, 1.}, {3, 2.}});
+        inner.addParameter(part);
+        outer.addParameter(part);
+        outer.addParameter(inner);
+        ParameterRetimeEdit(outer, retiming).doIt();
+        QString text;
+        for (const Context& at : part.allKeyframes())
+            text += QString("%1=%2 ").arg(at.time.toDouble()).arg(part.value(at));
+        return text.toStdString();
+    };
+    EXPECT_EQ(reachedTwiceRetimed(Retiming::shifted(2)), "2=1 5=2 ");
+    EXPECT_EQ(reachedTwiceRetimed(Retiming::shifted(5).between(Time(), Time::fromInt(2))), "3=2 5=1 ");
 
     World world;
     const QString text = ParameterPasteKeyframesEdit::textOf(*world.number, View(0), Time(), Time::fromInt(10));
