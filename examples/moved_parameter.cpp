@@ -55,7 +55,7 @@ int main() {
     scale.addAdditionalScriptName("size");
     // [name]
     // [moved]
-    // The set is new: a moved parameter stands where the old one stood.
+    // The set is new: a moved parameter is where the old one was.
     Prm::MovedParameter softness("softness");
     softness.setTargetParam(blur);
     logo.addBasicParameter(softness);

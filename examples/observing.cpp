@@ -12,7 +12,7 @@ using Prm::Time;
 namespace {
 
 // [slot]
-/// Writes a line for every change that it hears of.
+/// Writes a line for every change that it receives.
 class Journal : public QObject {
     Q_OBJECT
 

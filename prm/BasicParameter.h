@@ -42,9 +42,9 @@ public:
     explicit BasicParameter(ParameterSet* parent);
     ~BasicParameter() override;
 
-    /// Writes the parameter's lines, each behind `prefix` and, if asked for, the script name and a dot.
+    /// Writes the parameter's lines, each after `prefix` and, if asked for, the script name and a dot.
     virtual bool bStreamOut(QTextStream& stream, const QString& prefix, bool withName) const = 0;
-    /// Reads one line that begins with the script name and a dot; answers whether it was this parameter's.
+    /// Reads one line that begins with the script name and a dot; returns whether it was this parameter's.
     virtual bool setFromScriptString(const QString& line, const ProjectFileVersion& version) = 0;
     virtual const QString& scriptName() const = 0;
     virtual QVariant variantValue(const Context& context) const = 0;
@@ -60,7 +60,7 @@ public:
     /// Adds the bytes of the value at the context.
     virtual void calculateHash(Bsc::Hash& hash, const Context& context) const;
 
-    /// `bStreamOut`, but only for a streamable parameter; otherwise writes nothing and answers true.
+    /// `bStreamOut`, but only for a streamable parameter; otherwise writes nothing and returns true.
     bool streamOut(QTextStream& stream, const QString& prefix, bool withName) const;
 
     bool isStreamable() const { return m_streamable; }

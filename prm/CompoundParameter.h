@@ -20,8 +20,8 @@ namespace Prm {
 /// (`QVector<QVariant>`), and what is done to it is done to each of them. With `keyframeTogether`, a keyframe that one
 /// subparameter gains or loses, the others gain or lose as well.
 ///
-/// In project text it is a group: its subparameters' lines stand behind its name, and it has no line of its own, not
-/// even when it is hidden or has a master. Without a script name its subparameters stand directly in the set around it.
+/// In project text it is a group: its subparameters' lines begin with its name, and it has no line of its own, not
+/// even when it is hidden or has a master. Without a script name its subparameters are written as members of the set.
 ///
 /// \snippet position.cpp class
 /// \threads The owning thread; values alone may be asked for on others, as of the subparameters, while none is added
@@ -146,11 +146,11 @@ public:
     using ParameterWithoutTypeBase::AttachCommandRegistrationObserver;
     using ParameterWithoutTypeBase::DetachCommandRegistrationObserver;
 
-    /// The subparameters' lines, behind the prefix and, if there is one, the script name and a dot.
+    /// The subparameters' lines, after the prefix and, if there is one, the script name and a dot.
     bool bStreamOut(QTextStream& stream, const QString& prefix, bool withName) const override;
     bool bStreamOut(QTextStream& stream, const QString& prefix, bool withName) override;
     bool setFromScriptString(const QString& line, const ProjectFileVersion& version) override;
-    /// Takes a subparameter's line, behind its name, and the base's lines.
+    /// Takes a subparameter's line, after its name, and the base's lines.
     bool streamInValue(const QString& line, const ProjectFileVersion& version, TextConversion convert) override;
 
     /// The subparameters' snapshots, put back by position. A snapshot of another kind, or none, changes nothing.

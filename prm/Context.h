@@ -80,7 +80,7 @@ constexpr Context::Context(const Explicit& exact) : BaseContext(exact.time), vie
 /// \threads A plain value; `toContext()` asks the parameter, which has to be alive.
 class PRM_EXPORT KeyframeIndex {
 public:
-    /// The index that stands for no keyframe.
+    /// The index that means no keyframe.
     static constexpr quint32 INVALID_INDEX = 0xFFFFFFFFu;
 
     KeyframeIndex() = default;

@@ -16,7 +16,7 @@ class PRM_EXPORT MoveKeyframeEdit : public ParameterSnapshotEdit {
 public:
     MoveKeyframeEdit(ParameterWithoutType& parameter, const Context& from, const Context& to);
 
-    /// The move itself, without a way back; answers whether there was something to move. KEYFRAME_REMOVED, then the
+    /// The move itself, without a way back; returns whether there was something to move. KEYFRAME_REMOVED, then the
     /// changes of importing a keyframe.
     bool doMoveKeyframe(const Context& from, const Context& to);
 

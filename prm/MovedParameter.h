@@ -20,7 +20,7 @@ namespace Prm {
 /// \threads The owning thread, which is that of its target as well.
 class PRM_EXPORT MovedParameter : public BasicParameter {
 public:
-    /// Gets the target, the line under the target's own name, and the version of the file; answers whether it was
+    /// Gets the target, the line under the target's own name, and the version of the file; returns whether it was
     /// taken.
     using Migration = boost::function<bool(BasicParameter*, const QString&, const ProjectFileVersion&)>;
 
@@ -30,7 +30,7 @@ public:
 
     const QString& scriptName() const override;
     bool setFromScriptString(const QString& line, const ProjectFileVersion& version) override;
-    /// Passes a line that was read before on at once, and answers whether it was taken. A target that would lead back
+    /// Passes a line that was read before on at once, and returns whether it was taken. A target that would lead back
     /// here, through other moved parameters, is refused with a warning.
     bool setTargetParam(BasicParameter& target);
     /// Replaces the target's own `setFromScriptString`; a line that was read is passed on at once, if there is a

@@ -55,7 +55,7 @@ Q_DECLARE_OPERATORS_FOR_FLAGS(ParameterOptions)
 /// that of the first view that has some. A parameter that was never written has no data at all and answers with its
 /// default.
 ///
-/// Edits that do not apply are ignored silently. Which changes are sent stands with each operation, in order; a change
+/// Edits that do not apply are ignored silently. Which changes are sent is said at each operation, in order; a change
 /// in brackets only when the view gains data of its own.
 ///
 /// A host's own type needs a `ValueType` and one source file that includes `prm/Parameter.hpp` and instantiates.
@@ -194,7 +194,7 @@ public:
     void copyViewData(const View& from, const View& to, const ParameterWithoutType* source) override;
     /// Gives a view without data a copy of what it shows. [VIEW_ADDED], VALUE_CHANGED.
     void uniquifyView(const View& view) override;
-    /// Gives `hero`, if it has no data, a copy of what `from` shows; answers whether it did. [VIEW_ADDED],
+    /// Gives `hero`, if it has no data, a copy of what `from` shows; returns whether it did. [VIEW_ADDED],
     /// VALUE_CHANGED.
     bool initialiseHeroView(const View& hero, const View& from) override;
     /// Takes the data of a view away; false where it has none, and for the last one. VIEW_REMOVED.
@@ -236,7 +236,7 @@ public:
     /// The keyframes of one view, or its static value where there are none.
     void writeSingleViewValues(QTextStream& stream, const QString& prefix, const View& view,
                                bool forceViewPrefix) const;
-    /// The static value behind the view's prefix.
+    /// The static value after the view's prefix.
     void writeStaticValue(QTextStream& stream, const QString& prefix, const View& view) const;
 
     quint64 keyframeRevision() const override { return m_revision; }

@@ -348,7 +348,7 @@ private:
 /// replaced. Doing it throws `std::runtime_error` for a line that is no keyframe, before anything changes.
 ///
 /// Times and shapes are taken exactly as the text has them. What is pasted from `textOf` is what was copied, digit for
-/// digit. Lines of project text have six digits; then two keyframes that were close to each other may stand at one
+/// digit. Lines of project text have six digits; then two keyframes that were close to each other may come to one
 /// time, of which the last is left: `losses` says so before.
 ///
 /// \snippet every_edit.cpp times
@@ -378,8 +378,8 @@ private:
     std::vector<boost::shared_ptr<SerialisedKeyframe>> m_wanted;
 };
 
-/// An edit of one setting, given back through the same mutator, so that observers hear both ways. Where the parameter
-/// does not answer with the one setting of its own (it shows its master's, or is a compound), a snapshot gives it back.
+/// An edit of one setting, put back through the same mutator, so that observers are notified both ways. Where the
+/// parameter does not return its own setting (it shows its master's, or is a compound), a state is put back instead.
 ///
 /// \snippet every_edit.cpp settings
 class PRM_EXPORT ParameterSettingEdit : public ParameterEdit {
@@ -418,7 +418,7 @@ protected:
     void set(ParameterWithoutType& parameter, quint32 setting) const override;
 };
 
-/// Gives a parameter another extrapolation behind its last keyframe; nothing on one that is not keyframed.
+/// Gives a parameter another extrapolation after its last keyframe; nothing on one that is not keyframed.
 ///
 /// \snippet every_edit.cpp curves
 class PRM_EXPORT ParameterExtrapolationAfterEdit : public ParameterSettingEdit {

@@ -58,7 +58,7 @@ public:
     virtual void setDisplayName(const QString& name, const QString& displayName);
     /// The name in paths: blanks, apostrophes and dots become "_".
     virtual void setScriptName(const QString& name);
-    /// Writes the name, the parameters and the subsets, depth first, behind the path of script names; always true.
+    /// Writes the name, the parameters and the subsets, depth first, after the path of script names; always true.
     /// Subsets' lines begin at their own names when `withPrefixForSubsets` is false.
     virtual bool bStreamOut(QTextStream& stream, const QString& prefix, bool withPrefixForSubsets);
     /// Passes one line to the member that it belongs to; true when it was taken. An empty line is. Members are asked in

@@ -255,15 +255,15 @@ public:
     /// Sends `changed` if the type is enabled and the parameter's Qt signals are not blocked, or an override lets the
     /// type through; blocking is as before afterwards, also when an observer throws.
     void emitChange(ParameterChange& change);
-    /// False where certainly nobody hears `changed`, so that telling can be left out.
+    /// False where `changed` certainly has no receivers, so that emitting can be skipped.
     bool isHeard() const { return m_lastConnected.load(std::memory_order_relaxed) != 0 || !isOfKnownClass(); }
     /// Switches every type.
     void enableNotifications(bool enabled);
     void enableNotifications(ParameterChange::ChangeType) = delete;
-    /// Switches one type and answers its former state.
+    /// Switches one type and returns its former state.
     bool enableNotifications(ParameterChange::ChangeType type, bool enabled);
     bool notificationsEnabled(ParameterChange::ChangeType type) const;
-    /// Lets a type through while signals are blocked; answers the former state.
+    /// Lets a type through while signals are blocked; returns the former state.
     bool overrideBlockedSignals(ParameterChange::ChangeType type, bool enabled);
     bool overridesBlockedSignals(ParameterChange::ChangeType type) const;
 

@@ -83,7 +83,7 @@ public:
     /// ProductName, ProductBuildNumber, ProductVersion and FileTimestamp. Written by a set without a name, they are the
     /// header.
     void initialiseProperties(ParameterSet& set);
-    /// Reads the header from the start of a text, and leaves the stream at the first line behind it. With the written
+    /// Reads the header from the start of a text, and leaves the stream at the first line after it. With the written
     /// order that is the FileTimestamp line: the time of writing stays unknown. A header that is cut short is looked
     /// for up to the end of the text.
     void read(QTextStream& stream);

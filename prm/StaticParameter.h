@@ -11,7 +11,7 @@ namespace Prm {
 /// A setting that never animates: one value for all times and views, in one line of project text. Every successful set
 /// sends `valueChanged()` once, after the value is stored, also when it is equal to the former one.
 ///
-/// Provided for `unsigned int` (decimal) and `QString` (between double quotes, as it stands: a text with a line break
+/// Provided for `unsigned int` (decimal) and `QString` (between double quotes, unescaped: a text with a line break
 /// does not survive in project text).
 ///
 /// \snippet parameter_panel.cpp static

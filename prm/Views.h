@@ -79,7 +79,7 @@ public:
     View lookupView(const QString& name) const;
 
     std::vector<View> allViews() const override;
-    /// Fills `out` and answers the number of views.
+    /// Fills `out` and returns the number of views.
     std::size_t allViews(std::vector<View>& out) const;
     std::vector<View> views(const AnimationFlags& flags) const override;
     std::vector<View> currentViews() const override;
@@ -87,7 +87,7 @@ public:
     void setCurrentView(const View& view) override;
     const View& currentView() const override;
 
-    /// The hero view: the last view when the stored one lies behind it, invalid when there are no views.
+    /// The hero view: the last view when the stored one is after it, invalid when there are no views.
     View heroView() const;
     /// Stored as it is, also when no such view exists.
     void setHeroView(const View& view);

@@ -228,7 +228,7 @@ TEST(ProjectFile, WhatIsNotOneIsNotLoaded) {
         EXPECT_TRUE(project.file.errorString().contains(reason == std::string("none") ? "no project text" : "line "));
         EXPECT_EQ(project.file.text(), before);
     }
-    for (const char* line : {"<<<<<< HEAD", "=====.value=1", "a.<<<<<<< b=1"}) {
+    for (const char* line : {"<<<<<< HEAD", "=====.value=1", "a.<<<<<<< b=1", "<<<<<<<.value=1"}) {
         Project project;
         EXPECT_TRUE(project.file.loadText(header + line)) << line;
     }
@@ -440,6 +440,8 @@ TEST(ProjectFile, LossesAreNamedBeforeSaving) {
     spread.addParameter(part);
     spread.addParameter(free);
     project.blur.addParameter(spread);
+    OwnedStaticParameter<unsigned int> count("count");
+    spread.addBasicParameter(count);
     free.setLocked(true);
     // Of a constrained parameter its own keyframes are written, not those that it shows.
     NumericParameter<double> master("master");
@@ -456,7 +458,8 @@ TEST(ProjectFile, LossesAreNamedBeforeSaving) {
           "other than the first become Constant (1)", "are not written (1)", "holds \"=\"", "is used 2 times",
           "\"enable\" in the set \"blur\" is used 2 times", "part: the locked flag",
           "part: view 0: custom interpolations", "old: a line was read", "lines that name the view are not read (1)",
-          "holds a line break", "half a surrogate pair (1)", "name of another member and a dot", "\"blur\" is empty"})
+          "the static parameters and the subsets of a compound are not written", "holds a line break",
+          "half a surrogate pair (1)", "name of another member and a dot", "\"blur\" is empty"})
         EXPECT_TRUE(losses.contains(QLatin1String(expected))) << expected << "\n" << losses.toStdString();
     Project clean;
     EXPECT_TRUE(clean.file.saveLosses().isEmpty());

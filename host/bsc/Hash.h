@@ -12,7 +12,7 @@ namespace Bsc {
 /// pieces; equal bytes give equal results on every machine, in every run, so that results can name files in a shared
 /// cache. Not for secrets: whoever chooses the bytes can make two streams collide.
 ///
-/// A copy goes on from where the original stands.
+/// A copy continues from the state of the original.
 ///
 /// \snippet host_services.cpp hash
 /// \threads One thread at a time for each object; different objects share nothing.

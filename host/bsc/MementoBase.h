@@ -8,7 +8,7 @@ namespace Bsc {
 /// owned through `boost::shared_ptr` and never change once made.
 ///
 /// \snippet host_services.cpp snapshot
-/// \threads Made, put back and let go on the thread of the object that exported it.
+/// \threads Made, put back and released on the thread of the object that exported it.
 class PRM_HOST_EXPORT MementoBase {
 public:
     MementoBase() = default;

@@ -183,6 +183,14 @@ void collectSet(const ParameterSet& set, QStringList& losses) {
         losses.append(QStringLiteral("the name of the set \"%1\" %2").arg(set.scriptName(), loss));
 }
 
+void collectCompound(const ParameterWithoutType& parameter, const ParameterSet& compound, QStringList& losses) {
+    if (!isSpreadOut(parameter))
+        collectNames(compound, losses);
+    if (!compound.basicParameters().empty() || !compound.subsets().empty())
+        losses.append(QStringLiteral("%1: the static parameters and the subsets of a compound are not written")
+                          .arg(parameter.extendedName()));
+}
+
 /// A parameter with a master answers for that one; a snapshot of it has its own data alone.
 void collectOwn(const ParameterWithoutType& parameter, QStringList& losses) {
     const boost::shared_ptr<Bsc::MementoBase> snapshot =
@@ -200,9 +208,8 @@ QStringList ProjectFile::saveLosses() const {
     m_root.forEachSubset([&](ParameterSet* set) { collectSet(*set, losses); }, true);
     m_root.forEachParameterAndPart([&](const ParameterWithoutType* parameter) {
         collectOwn(*parameter, losses);
-        const auto* const compound = dynamic_cast<const ParameterSet*>(parameter);
-        if (compound && !isSpreadOut(*parameter))
-            collectNames(*compound, losses);
+        if (const auto* const compound = dynamic_cast<const ParameterSet*>(parameter))
+            collectCompound(*parameter, *compound, losses);
     });
     return losses;
 }

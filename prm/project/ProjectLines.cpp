@@ -49,10 +49,12 @@ bool ProjectLine::readInto(QString& text) const {
 }
 
 bool ProjectLine::isConflictMarker() const {
-    constexpr int length = 7;
-    if (size < length || (start[0] != '<' && start[0] != '=' && start[0] != '>' && start[0] != '|'))
+    constexpr int shortest = 7;
+    if (size < shortest || (start[0] != '<' && start[0] != '=' && start[0] != '>' && start[0] != '|'))
         return false;
-    return std::all_of(start, start + length, [this](char c) { return c == start[0]; });
+    const char* const end = start + size;
+    const char* const rest = std::find_if(start, end, [this](char c) { return c != start[0]; });
+    return rest - start >= shortest && (rest == end || *rest == ' ');
 }
 
 bool ProjectLine::hasKnownKey() const {

@@ -16,10 +16,10 @@ struct ProjectLine {
     QString text() const;
     /// Takes the memory of a former text, if it is not shared. False for bytes that are no UTF-8.
     bool readInto(QString& text) const;
-    /// Whether the line begins as those that version control writes around the sides of a conflict: with seven of one
-    /// of the characters `<=>|`.
+    /// Whether the line begins as those that version control writes around the sides of a conflict: with seven or
+    /// more of one of the characters `<=>|`, then a blank or the end.
     bool isConflictMarker() const;
-    /// Whether the line has one of the keys of project text behind a path.
+    /// Whether the line has one of the keys of project text after a path.
     bool hasKnownKey() const;
 };
 
