@@ -113,6 +113,7 @@ void CompoundParameter::vReset(const Context& context) {
 }
 
 void CompoundParameter::adjustKeyframesTime(const boost::function<Time(Time)>& mapping) {
+    // The mapping may destroy itself. NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const boost::function<Time(Time)> map = mapping;
     for (const auto& part : mappedParts(*this)) {
         if (part)
@@ -121,6 +122,7 @@ void CompoundParameter::adjustKeyframesTime(const boost::function<Time(Time)>& m
 }
 
 void CompoundParameter::retimeKeyframes(const boost::function<Time(Time)>& mapping) {
+    // The mapping may destroy itself. NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const boost::function<Time(Time)> map = mapping;
     for (const auto& part : mappedParts(*this)) {
         if (part)
