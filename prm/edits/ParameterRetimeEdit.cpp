@@ -127,7 +127,7 @@ void addOwners(ParameterWithoutType& parameter, std::vector<QPointer<ParameterWi
 
 std::vector<ViewMove> movesOf(const ParameterWithoutType& parameter, const Retiming& retiming) {
     std::vector<ViewMove> moves;
-    const std::vector<View> views = parameter.viewList();
+    const std::vector<View>& views = parameter.viewList();
     moves.reserve(views.size());
     for (const View view : views)
         moves.emplace_back(parameter, view, retiming);

@@ -27,12 +27,12 @@ public:
 
 /// What a state holds beside the views.
 template <class T> struct Parameter<T>::Settings {
-    bool keyframed;
-    bool splittable;
-    quint8 viewInterpolation;
-    Extrapolation before;
-    Extrapolation after;
-    Interpolation defaultInterpolation;
+    bool keyframed = false;
+    bool splittable = false;
+    quint8 viewInterpolation = 0;
+    Extrapolation before = Extrapolation::Constant;
+    Extrapolation after = Extrapolation::Constant;
+    Interpolation defaultInterpolation = Interpolation::Constant;
     OwnAttributes own;
 
     auto tied() const {

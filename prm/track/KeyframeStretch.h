@@ -83,8 +83,8 @@ template <class T, class Mapping>
 QVector<KeyframeData<T>> retimed(const QVector<KeyframeData<T>>& list, const Mapping& mapping) {
     struct Moved {
         Time time;
-        bool isMoved;
-        int from;
+        bool isMoved = false;
+        int from = 0;
     };
     std::vector<Moved> order;
     order.reserve(static_cast<std::size_t>(list.size()));
