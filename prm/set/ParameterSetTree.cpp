@@ -114,7 +114,7 @@ bool ParameterSet::removeParameterSet(const boost::shared_ptr<ParameterSet>& sub
     notifySubtreeRemoved(subset.get());
     if (!guard.alive() || !listsSubset(*subset))
         return true;
-    // The argument may be of a list that changes now.
+    // The argument may be of a list that changes now. NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const boost::shared_ptr<ParameterSet> leaving = subset;
     removeSubset(*leaving);
     leaving->exchangeTree(m_tree, nullptr);

@@ -204,6 +204,7 @@ bool parseKeyframeDeclaration(QStringView declaration, QStringView& timeText, QS
     return true;
 }
 
+// By value, as it is published. NOLINTNEXTLINE(performance-unnecessary-value-param)
 bool parseKeyframeDeclaration(QString declaration, QString& timeText, QString& valueText, IType& itype) {
     QStringView time;
     QStringView value;
