@@ -108,7 +108,7 @@ private:
         std::size_t position;
     };
 
-    /// Where the view's block is or belongs: perhaps behind the last one of a piece.
+    /// Where the view's block is or belongs: perhaps after the last one of a piece.
     Place placeOf(View view) const {
         const auto startsBehind = [](View sought, const Piece& piece) {
             return !piece.empty() && sought < piece.front()->view;

@@ -188,7 +188,7 @@ private:
     };
 
     /// The places as edits address them: a parameter that is not splittable has one for all views, and the invalid view
-    /// stands for the source data. In ascending order.
+    /// means the source data. In ascending order.
     static detail::Places writtenPlaces(const Parameter& parameter, const detail::Places& places) {
         const std::vector<View>& views = parameter.m_views.viewList();
         const View source = views.empty() ? View(View::defaultViewId()) : views.front();

@@ -7,7 +7,7 @@
 
 namespace Prm::detail {
 
-/// Puts a keyframe behind the last one, which must be before it, as `KeyframeInsertion` does for curves that shape
+/// Puts a keyframe after the last one, which must be before it, as `KeyframeInsertion` does for curves that shape
 /// their segments by `initialShape`. Nothing is built elsewhere and copied.
 template <class T>
 PRM_ALWAYS_INLINE int appendKeyframe(QVector<KeyframeData<T>>& keyframes, Time time, const T& value) {

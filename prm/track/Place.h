@@ -22,7 +22,7 @@ struct Place {
     Time last;
 };
 
-/// None stands for the whole parameter.
+/// No place means the whole parameter.
 using Places = std::vector<Place>;
 
 } // namespace Prm::detail
