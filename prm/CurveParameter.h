@@ -30,10 +30,6 @@ public:
     bool supportsExtrapolationFromNoKeys() const override;
     IType initialiseInterpolation(const KeyframeData<T>& from, const KeyframeData<T>& to,
                                   Interpolation kind) const override;
-
-private:
-    T extrapolateIn(const typename Parameter<T>::KeyframeVector& keyframes, Extrapolation kind, bool before,
-                    Time time) const;
 };
 
 extern template class CurveParameter<double>;

@@ -10,10 +10,13 @@
 #include "prm/track/KeyframeRevision.h"
 #include "prm/track/KeyframeSearch.h"
 #include "prm/track/SourceViews.h"
+#include "prm/track/Track.h"
+#include "prm/untyped/VirtualTable.h"
 
 #include <QFlags>
 
 #include <atomic>
+#include <cstdint>
 #include <type_traits>
 #include <typeinfo>
 #include <utility>
@@ -268,63 +271,49 @@ public:
     unsigned int keyframeIndexForTime(const Context& context) const;
 
 protected:
-    using ReadBlock = detail::ReadBlock<T>;
+    using HeldTrack = detail::HeldTrack<T>;
 
-    /// The data that a read of the view answers from, kept as they are for as long as the block lives.
-    ReadBlock read(const View& view) const { return ReadBlock(m_views, view); }
+    /// What a question makes of the data that a view reads, and of the view to which they belong. Within a hook these
+    /// are the data with which the evaluation began, unless the hook has edited them. The question must not run code of
+    /// a host's, beside the virtual operations of this class.
+    template <class Question> auto ask(const View& view, const Question& question) const;
+    /// For the constructor of the class whose hooks do what `detail::evaluate` does.
+    void setEvaluated() { evaluatedTable().store(detail::virtualTableOf(this), std::memory_order_relaxed); }
 
 private:
-    bool answersKeyframed() const { return isOfKnownClass() ? Parameter::isKeyframed() : isKeyframed(); }
-    bool tellsViewsApart() const { return isOfKnownClass() ? Parameter::splittable() : splittable(); }
-    const Parameter* typedMaster() const;
+    static std::atomic<const char*>& evaluatedTable();
+    template <class Operation> bool overrides(Operation operation) const;
+    PRM_ALWAYS_INLINE bool asksHooks() const;
+    PRM_NEVER_INLINE bool learnsToAskHooks() const;
+    const void* asTyped(const std::type_info& valueType) const override;
     const Parameter& shownParameter() const;
-    template <class Ask> auto askShown(const Ask& ask) const -> decltype(ask(std::declval<const Parameter&>()));
-    /// The data with which evaluation in a view begins.
-    ReadBlock readShown(const View& view) const;
-    PRM_ALWAYS_INLINE bool isFoundAtOnce(const PVData& data, Time time, int last, T& value) const;
-    PRM_NEVER_INLINE T valueSearched(detail::ReaderRecord& announcing, const PVData& data, const Context& context,
-                                     Cache* cache) const;
-    PRM_ALWAYS_INLINE bool searchBriefly(const KeyframeVector& keyframes, Time time, int& last, T& value) const;
-    PRM_NEVER_INLINE T valueAtLength(const Context& context, Cache* cache) const;
-    T ownValue(const Context& context, Cache* cache) const;
-    Interpolation ownInterpolation(const Context& context) const;
-    IType ownInterpolationData(const KeyframeIndex& keyframe) const;
-    T blendedValue(const Context& context, Cache* cache) const;
-    T valueInView(const View& view, const Context& context, Cache* cache) const;
-    T valueIn(const ReadBlock& block, const Context& context, Cache* cache) const;
-    T valueAround(const ReadBlock& block, detail::Bracket at, const Context& context, Cache* cache) const;
-    T hookedValue(const BoundingKeyframes& around, const Context& context, Cache* cache) const;
-    bool answersAlone(const ReadBlock& block, const View& view) const;
-    void sampleOwn(const Time* times, int count, const View& view, T* out, Cache* cache) const;
-    void sampleBlock(const ReadBlock& block, const Time* times, int count, const View& view, T* out,
-                     Cache* cache) const;
-    int sampleKnown(const KeyframeVector& keyframes, const Time* times, int count, int& last, T* out) const;
-    int sampleEdge(const KeyframeVector& keyframes, detail::Bracket at, const Time* times, int count, T* out) const;
-    void sampleBlended(const detail::SourceViews& sources, const Time* times, int count, const View& view, T* out,
-                       Cache* cache) const;
-    PRM_ALWAYS_INLINE static int exactKey(const KeyframeVector& keyframes, int found);
-    template <int count> T computedValue(const Context& context, const detail::SourceViews& views, Cache* cache) const;
-    T computedValue(const Context& context, const detail::SourceViews& views, Cache* cache) const;
-    ReadBlock readSources(const View& view, detail::SourceViews& sources) const;
+    template <class Own, class General>
+    auto askShown(const Own& own, const General& general) const -> decltype(own(std::declval<const Parameter&>()));
+    template <class Choose> HeldTrack hold(const View& view, const Choose& choose) const;
+    View sourceView(const FastViewMap& map, const View& view, bool apart, detail::SourceViews& sources) const;
+    PRM_ALWAYS_INLINE T ownValue(const Context& context, Cache* cache) const;
+    PRM_NEVER_INLINE void ownValues(const Context& context, const Time* times, int count, T* out, Cache* cache) const;
+    void blendedValues(const detail::SourceViews& sources, const Context& context, const Time* times, int count,
+                       T* out, Cache* cache) const;
+    void heldValues(const HeldTrack& held, const Context& context, const Time* times, int count, T* out,
+                    Cache* cache) const;
+    T hookedValue(const HeldTrack& held, const Context& context, int& cursor, Cache* cache) const;
+    detail::Outside outside() const { return {m_extrapolationBefore, m_extrapolationAfter}; }
 
     /// "None" for the questions about keyframes.
     bool hidesKeyframesOf(const View& view) const;
     bool hasDataToEdit(const View& view) const;
-    template <class Ask>
-    auto askKeyframes(const View& view, decltype(std::declval<Ask>()(KeyframeVector())) none, const Ask& ask) const
-        -> decltype(none);
+    template <class Question>
+    auto askKeyframes(const View& view, decltype(std::declval<Question>()(KeyframeVector())) none,
+                      const Question& question) const -> decltype(none);
     template <class Find> int findKeyframe(const View& view, const Find& find) const;
 
-    PVData* targetData(const View& view, const PVData* contents = nullptr);
-    PVData* ownData(const View& view, const PVData* contents);
+    PVData* targetData(const View& view, const detail::Track<T>* contents = nullptr);
+    PVData* ownData(const View& view, const detail::Track<T>* contents);
     static bool storeStaticValue(PVData& data, const T& value);
     int insertKeyframe(const View& view, Time time, const T& value);
     int setStoredValue(PVData& data, Time time, const T& value, const View& view);
-    PRM_ALWAYS_INLINE int appendBriefly(Time time, const T& value, View view);
-    PRM_NEVER_INLINE int setAtLength(Time time, const T& value, const View& view);
-    bool importsUnheard() const;
-    void storeKeyframe(const T& value, const Context& context, const IType& itype);
-    bool giveViewData(const View& view, const PVData& contents);
+    bool giveViewData(const View& view, const detail::Track<T>& contents);
     void takeKeyframeData(const Parameter& source, bool withDefaultInterpolation);
     struct Settings;
     Settings settings() const;
@@ -335,8 +324,6 @@ private:
     static void addViewList(QString& text, const QString& start, const std::vector<View>& views);
     void addViewValues(QString& text, const QString& start, const View& view, bool forceViewPrefix) const;
     void addStaticValue(QString& text, const QString& start, const View& view) const;
-    std::optional<bool> readBriefly(QStringView line, const ProjectFileVersion& version) override;
-    bool readLine(QStringView line, const ProjectFileVersion& version, const TextConversion& convert);
     void readViewList(const QString& line);
     template <class Change> void readIntoView(const View& view, const Change& change);
     template <class Change> void readNewViews(const Change& change);
@@ -355,6 +342,8 @@ private:
     std::atomic<Extrapolation> m_extrapolationBefore{Extrapolation::Constant};
     std::atomic<Extrapolation> m_extrapolationAfter{Extrapolation::Constant};
     std::atomic<Interpolation> m_defaultInterpolation;
+    /// The virtual table that this object had when it was evaluated last, one more if its class overrides a hook.
+    mutable std::atomic<std::uintptr_t> m_evaluatedAs{1};
     FastViewMap m_views;
 };
 

@@ -7,7 +7,6 @@
 #include "prm/parameter/editing.hpp"
 #include "prm/parameter/evaluation.hpp"
 #include "prm/parameter/lookup.hpp"
-#include "prm/parameter/sampling.hpp"
 #include "prm/parameter/snapshot.hpp"
 #include "prm/parameter/storage.hpp"
 #include "prm/parameter/text.hpp"

@@ -177,9 +177,10 @@ public:
 
 private:
     friend class ParameterSet;
-    /// What `setFromScriptString` returns, where the class is known not to need a text of its own for that; none where
-    /// that has to be called. The last virtual operation: those above have their places.
-    virtual std::optional<bool> readBriefly(QStringView line, const ProjectFileVersion& version);
+    /// This object as a `Parameter` of the value type, null for another type. A master is asked at every evaluation,
+    /// for which a cast takes too long. The last virtual operation: those above have their places.
+    virtual const void* asTyped(const std::type_info& valueType) const;
+    template <class T> friend class Parameter;
 
 public:
     const QString& displayName() const { return m_displayName; }
@@ -256,7 +257,7 @@ public:
     /// type through; blocking is as before afterwards, also when an observer throws.
     void emitChange(ParameterChange& change);
     /// False where `changed` certainly has no receivers, so that emitting can be skipped.
-    bool isHeard() const { return m_lastConnected.load(std::memory_order_relaxed) != 0 || !isOfKnownClass(); }
+    bool isHeard() const;
     /// Switches every type.
     void enableNotifications(bool enabled);
     void enableNotifications(ParameterChange::ChangeType) = delete;
@@ -283,11 +284,6 @@ Q_SIGNALS:
 protected:
     /// Remembers that somebody listens. A class that overrides this need not call it: its changes are always sent.
     void connectNotify(const QMetaMethod& signal) override;
-
-    /// For the constructors of classes that the library knows in full: objects of exactly this class are evaluated
-    /// without asking what their virtual operations say, up to the hooks of `CurveParameter`.
-    void setKnownClass(const std::type_info& type) { m_knownClass = &type; }
-    bool isOfKnownClass() const { return m_knownClass == &typeid(*this); }
 
     /// Copies names, additional names, the four attributes of `copyOwnAttributes` and whether it is streamable; not
     /// parent, master, lists, switches or view selector.
@@ -390,7 +386,6 @@ private:
     std::atomic<Rarities*> m_rarities{nullptr};
     /// 0 before the first connection to a signal; of an upstream parameter a number in the order of all connections.
     std::atomic<quint64> m_lastConnected{0};
-    const std::type_info* m_knownClass = nullptr;
 };
 
 } // namespace Prm

@@ -4,7 +4,8 @@
 #include "prm/ParameterWithoutTypeBase.h"
 #include "prm/View.h"
 #include "prm/parameter/BlockList.h"
-#include "prm/thread/ReaderSlots.h"
+#include "prm/thread/HazardPointers.h"
+#include "prm/track/Track.h"
 
 #include <QVector>
 #include <boost/ptr_container/exception.hpp>
@@ -17,21 +18,22 @@
 
 namespace Prm::detail {
 
-/// The data of one view. Read by any thread inside a `ReadBlock`, edited by the owning thread inside a
+/// A block that belongs to a view for as long as it lives.
+class ViewBlock : public Protected {
+public:
+    explicit ViewBlock(View owner) : view(owner) {}
+
+    const View view;
+};
+
+/// The data of one view. Read by any thread while it is protected, edited by the owning thread inside a
 /// `LockedKeyframes`. There is one for every parameter that was ever written: no byte more than for its contents.
-template <class T> class PVData : public Lockable {
+template <class T> class PVData : public ViewBlock, public Track<T> {
 public:
     using KeyframeVector = QVector<KeyframeData<T>>;
 
-    explicit PVData(const T& value = T()) : staticValue(value) {}
-    /// A block for a view, with the contents of another one.
-    PVData(const PVData& other, View owner)
-        : Lockable(other), view(owner), staticValue(other.staticValue), keyframes(other.keyframes) {}
-
-    /// Whose data this is, for as long as the block lives.
-    const View view = View::INVALID();
-    T staticValue;
-    KeyframeVector keyframes;
+    explicit PVData(const T& value = T()) : PVData(Track<T>{value, {}}, View::INVALID()) {}
+    PVData(const Track<T>& contents, View owner) : ViewBlock(owner), Track<T>(contents) {}
 };
 
 /// The exclusive access to one view's data; null locks nothing. Recursive for its thread.
@@ -49,14 +51,14 @@ public:
 
 private:
     PVData<T>* m_data;
-    std::optional<WriteScope> m_scope;
+    std::optional<Exclusive> m_scope;
 };
 
 /// The per-view storage of one parameter.
 ///
 /// Its shape (which views have data) is changed by the owning thread only. Readers reach a block without touching the
-/// lists as long as every view reads the same one, and otherwise announce the template, whose mark guards the lists,
-/// for as long as they look into them.
+/// lists as long as every view reads the same one. Otherwise they protect the template while they look into them: the
+/// owning thread has the template exclusively while it changes the lists, and the parameter's settings with them.
 template <class T> class FastViewMap : public ParameterWithoutTypeBase::FastViewMapBase {
 public:
     using Block = PVData<T>;
@@ -79,9 +81,8 @@ public:
         Blocks blocks = copyOf(other);
         std::vector<View> views = other.viewList();
         {
-            const WriteScope scope(m_template);
-            m_template.staticValue = other.m_template.staticValue;
-            m_template.keyframes = other.m_template.keyframes;
+            const Exclusive scope(m_template);
+            static_cast<Track<T>&>(m_template) = other.m_template;
         }
         replace(std::move(views), std::move(blocks), other.m_slots, [] {});
         return *this;
@@ -116,17 +117,11 @@ public:
         return view.isValid() && view.id() < m_slots ? ownBlock(view) : nullptr;
     }
 
-    /// The same, null also where several views have data.
-    PRM_ALWAYS_INLINE Block* findSingleViewData(View view) const {
-        Block* const only = m_only.load(std::memory_order_relaxed);
-        return only && only->view == view && view.isValid() ? only : nullptr;
-    }
-
     /// What a write to the view changes: its own data, made when there is none. View 0 gets data before any other view
     /// does. A view whose id is no valid one stands for the source data.
     Block& operator[](View view) { return obtain(view, m_template); }
     /// The same; data that have to be made begin with these contents, so that no reader sees them empty.
-    Block& obtain(View view, const Block& contents) {
+    Block& obtain(View view, const Track<T>& contents) {
         if (!view.isValid())
             return count() == 0 ? (*this)[View(View::defaultViewId())] : *sourceBlock();
         if (Block* own = findRealViewData(view))
@@ -145,7 +140,7 @@ public:
 
     /// Removes the data of one view, which must have some.
     void remove(View view) {
-        const WriteScope scope({&m_template}, {ownBlock(view)});
+        const Exclusive scope(m_template, {ownBlock(view)});
         Blocks blocks = takeAll();
         if (blocks.several) {
             static_cast<void>(blocks.several->take(view).release());
@@ -189,58 +184,27 @@ public:
     Block& templateData() { return m_template; }
     const Block& templateData() const { return m_template; }
 
-    /// Announces, in the scope, the block that the view reads, and answers it once it may be read; the scope keeps it
-    /// as it is. For any thread.
-    PRM_ALWAYS_INLINE const Block& pin(View view, ReadScope& scope) const {
-        const Block* const shared = pinShared(scope);
-        return shared ? *shared : pinOrWait(view, scope);
-    }
-
-    /// The same at once, or null; only while all views read one block.
-    PRM_ALWAYS_INLINE const Block* pinShared(ReadScope& scope) const {
+    /// Protects the block that answers for a view, and returns it: for any thread. The view is that which `choose` finds
+    /// when it is shown the map, with which the block and the parameter's settings are of one state. It is not asked
+    /// while all views read one block.
+    template <class Choose>
+    PRM_ALWAYS_INLINE const Block& protect(Protection& protection, const Choose& choose) const {
         const Block* const only = m_only.load(std::memory_order_acquire);
-        if (!only)
-            return nullptr;
-        if (const Block* const pinned = pinOnly(only, scope))
-            return pinned;
-        scope.retract();
-        return nullptr;
-    }
-
-    /// The same, or null where it takes more than a brief look.
-    PRM_ALWAYS_INLINE const Block* pinShared(BriefReadScope& scope) const {
-        const Block* const only = m_only.load(std::memory_order_acquire);
-        return only && scope.announce(only) && m_only.load() == only && scope.mayRead(*only) ? only : nullptr;
+        return only && protection.protect(only, m_only) ? *only : protectListed(protection, choose);
     }
 
     /// The same for the template.
-    const Block& pinTemplate(ReadScope& scope) const {
-        for (int attempt = 0;; ++attempt) {
-            scope.announce(&m_template);
-            if (scope.mayRead(m_template))
-                return m_template;
-            scope.retract();
-            ReadScope::standBack(attempt);
-        }
+    const Block& protectTemplate(Protection& protection) const {
+        for (int attempt = 0; !protection.protect(m_template); ++attempt)
+            waitALittle(attempt);
+        return m_template;
     }
 
-    /// The same for the view that the function picks when it is shown those with data around a view. They and the data
-    /// are of one state, and so is what the function asks of the parameter.
-    template <class Pick> const Block& pinPicked(View view, const Pick& pick, ReadScope& scope) const {
-        for (int attempt = 0;; ++attempt) {
-            scope.announce(&m_template);
-            if (scope.mayRead(m_template)) {
-                const Block& block = resolve(pick(viewsAround(view)));
-                scope.announce(&block);
-                if (scope.mayRead(block)) {
-                    if (&block != &m_template)
-                        scope.withdraw(&m_template);
-                    return block;
-                }
-            }
-            scope.retract();
-            ReadScope::standBack(attempt);
-        }
+    /// The views with data around one. For the owning thread, and for `choose`.
+    ViewsAround viewsAround(View view) const {
+        if (m_several)
+            return m_several->around(view);
+        return count() == 0 ? ViewsAround() : ViewsAround(sourceBlock()->view);
     }
 
 private:
@@ -284,12 +248,6 @@ private:
         return only->view == view ? only : nullptr;
     }
 
-    ViewsAround viewsAround(View view) const {
-        if (m_several)
-            return m_several->around(view);
-        return count() == 0 ? ViewsAround() : ViewsAround(sourceBlock()->view);
-    }
-
     void listViews() const override {
         m_realViews.clear();
         forEach([this](const Block& block) { m_realViews.push_back(block.view); });
@@ -331,7 +289,7 @@ private:
             m_only.store(blocks.one ? blocks.one.release() : &m_template);
     }
 
-    Block& insert(View view, const Block& contents) {
+    Block& insert(View view, const Track<T>& contents) {
         auto made = std::make_unique<Block>(contents, view);
         Block& block = *made;
         std::unique_ptr<List> list;
@@ -339,7 +297,7 @@ private:
             list = std::make_unique<List>();
             list->makeRoom(view);
         }
-        const WriteScope scope(m_template);
+        const Exclusive scope(m_template);
         if (m_several)
             m_several->makeRoom(view);
         if (m_realViews.size() == m_realViews.capacity())
@@ -362,10 +320,10 @@ private:
 
     template <class Function>
     void replace(std::vector<View> views, Blocks blocks, quint32 slotCount, const Function& andAlso) {
-        std::vector<Lockable*> former;
+        std::vector<Protected*> former;
         former.reserve(count());
         forEach([&](Block& block) { former.push_back(&block); });
-        const WriteScope scope({&m_template}, std::move(former));
+        const Exclusive scope(m_template, std::move(former));
         letGo(takeAll());
         m_realViews.swap(views);
         m_isOutdated = false;
@@ -374,31 +332,20 @@ private:
         publish(std::move(blocks));
     }
 
-    PRM_NEVER_INLINE const Block& pinOrWait(View view, ReadScope& scope) const {
+    template <class Choose>
+    PRM_NEVER_INLINE const Block& protectListed(Protection& protection, const Choose& choose) const {
         for (int attempt = 0;; ++attempt) {
-            const Block* const only = m_only.load(std::memory_order_acquire);
-            const Block* const found = only ? pinOnly(only, scope) : pinListed(view, scope);
-            if (found)
+            const Block* found = m_only.load(std::memory_order_acquire);
+            bool mayRead = found && protection.protect(found, m_only);
+            if (!found && protection.protectGuide(m_template)) {
+                found = &resolve(choose(*this));
+                mayRead = protection.protect(*found);
+                protection.releaseGuide();
+            }
+            if (mayRead)
                 return *found;
-            scope.retract();
-            ReadScope::standBack(attempt);
+            waitALittle(attempt);
         }
-    }
-
-    PRM_ALWAYS_INLINE const Block* pinOnly(const Block* only, ReadScope& scope) const {
-        scope.announce(only);
-        return m_only.load() == only && scope.mayRead(*only) ? only : nullptr;
-    }
-
-    const Block* pinListed(View view, ReadScope& scope) const {
-        scope.announce(&m_template);
-        if (!scope.mayRead(m_template) || m_only.load())
-            return nullptr;
-        const Block* const own = view.isValid() ? m_several->find(view) : nullptr;
-        const Block* const block = own ? own : m_several->first();
-        scope.announce(block);
-        scope.withdraw(&m_template);
-        return scope.mayRead(*block) ? block : nullptr;
     }
 
     /// How many ids, from 0 on, are told apart; all others read the source data. First, in the room that the base
@@ -412,48 +359,41 @@ private:
     Block m_template;
 };
 
-/// The access of any thread to the data that a view reads.
-template <class T> class ReadBlock {
+/// A copy of the data that a view reads, and of its keyframes as long as nobody changes them: for questions during which
+/// code of a host's may run.
+template <class T> class HeldTrack : public HeldCopy {
 public:
-    PRM_ALWAYS_INLINE ReadBlock(const FastViewMap<T>& map, View view) : m_block(map.pin(view, m_scope)) {}
-    /// Where views are not told apart, all of them read what an unknown one does, the source data.
-    template <class AreToldApart>
-    PRM_ALWAYS_INLINE ReadBlock(const FastViewMap<T>& map, View view, const AreToldApart& areToldApart)
-        : m_block(pinShown(map, view, areToldApart, m_scope)) {}
-    /// The data of the view that the function picks among those around a view; see `pinPicked`.
-    template <class Pick>
-    ReadBlock(const FastViewMap<T>& map, const Pick& pick, View view) : m_block(map.pinPicked(view, pick, m_scope)) {}
+    /// What an assignment changes together with the data.
+    struct Settings {
+        bool keyframed;
+        Outside outside;
+    };
 
-    const PVData<T>* operator->() const { return &m_block; }
-    const typename PVData<T>::KeyframeVector& keyframes() const { return m_block.keyframes; }
-    /// Where this thread last found a time, in whatever block.
-    int& lastPosition() const { return m_scope.lastPosition(); }
-    /// Whether the data are the view's own.
-    bool belongsTo(View view) const { return view.isValid() && m_block.view == view; }
+    HeldTrack(const FastViewMap<T>& map, const PVData<T>& block, View askedView, const Settings& present,
+              const Protection& protection)
+        : HeldCopy(block, map.templateData(), protection.thread()), track(block), settings(present), view(block.view),
+          asked(askedView) {}
+    HeldTrack(const HeldTrack& around, View askedView, const Protection& protection)
+        : HeldCopy(around, protection.thread()), track(around.track), settings(around.settings), view(around.view),
+          asked(askedView) {}
 
-private:
-    template <class AreToldApart>
-    PRM_ALWAYS_INLINE static const PVData<T>& pinShown(const FastViewMap<T>& map, View view,
-                                                       const AreToldApart& areToldApart, ReadScope& scope) {
-        if (const PVData<T>* const shared = map.pinShared(scope))
-            return *shared;
-        return pinApart(map, view, areToldApart, scope);
-    }
-    template <class AreToldApart>
-    PRM_NEVER_INLINE static const PVData<T>& pinApart(const FastViewMap<T>& map, View view,
-                                                      const AreToldApart& areToldApart, ReadScope& scope) {
-        for (;;) {
-            const bool apart = areToldApart();
-            const PVData<T>& block = map.pin(apart ? view : View::INVALID(), scope);
-            // Once the block is held, an assignment can change neither.
-            if (areToldApart() == apart)
-                return block;
-            scope.retract();
+    /// The innermost one of this thread for the view.
+    static const HeldTrack* find(const FastViewMap<T>& map, View view) {
+        for (const HeldCopy* copy = innermost(); copy; copy = copy->below()) {
+            if (!copy->isFoundBy(map.templateData()))
+                continue;
+            const auto* const held = static_cast<const HeldTrack*>(copy);
+            if (held->view == view || held->asked == view)
+                return held;
         }
+        return nullptr;
     }
 
-    ReadScope m_scope;
-    const PVData<T>& m_block;
+    const Track<T> track;
+    const Settings settings;
+    /// The view to which the data belong, and that for which they were asked.
+    const View view;
+    const View asked;
 };
 
 } // namespace Prm::detail

@@ -11,14 +11,12 @@ NumericParameter<T>::NumericParameter(const QString& name, const T& value, Param
                                                                                                           options,
                                                                                                           parent),
       NumericParameterWithoutType(parent) {
-    this->setKnownClass(typeid(NumericParameter));
 }
 
 template <class T>
 NumericParameter<T>::NumericParameter(const NumericParameter& other)
     : Bsc::MementoUndoable(other), ParameterWithoutType(other), CurveParameter<T>(other),
       NumericParameterWithoutType(other) {
-    this->setKnownClass(typeid(NumericParameter));
 }
 
 template <class T> NumericParameter<T>::~NumericParameter() {

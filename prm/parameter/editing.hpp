@@ -32,7 +32,7 @@ template <class T> int Parameter<T>::insertKeyframe(const View& view, Time time,
         insertion.shape([this](const KeyframeData<T>& from, const KeyframeData<T>& to, Interpolation kind) {
             return initialiseInterpolation(from, to, kind);
         });
-        data = guard.alive() && answersKeyframed() ? targetData(view) : nullptr;
+        data = guard.alive() && isKeyframed() ? targetData(view) : nullptr;
         if (!data)
             return -1;
     }
@@ -44,38 +44,14 @@ template <class T> int Parameter<T>::insertKeyframe(const View& view, Time time,
     return insertion.insertInto(lock.keyframes());
 }
 
-/// Appends in the plain case, which calls no function of a host's and of which nobody has to be told: the position, or
-/// -1 where it takes more.
-template <class T> int Parameter<T>::appendBriefly(Time time, const T& value, View view) {
-    if constexpr (blends<T> && isPlain<T>) {
-        if (isHeard() || isReadingIn() || !Parameter::isKeyframed() || !time.isValid())
-            return -1;
-        PVData* const data = m_views.findSingleViewData(Parameter::splittable() ? view : View(View::defaultViewId()));
-        if (!data || data->keyframes.isEmpty() || !(data->keyframes.constLast().time < time))
-            return -1;
-        const detail::BriefWriteScope scope(*data);
-        if (!scope.mayWrite())
-            return -1;
-        m_revision.countKeyframe();
-        return detail::appendKeyframe(data->keyframes, time, value);
-    } else {
-        return -1;
-    }
-}
-
 template <class T> int Parameter<T>::vSetValue(const T& value, const Context& context) {
     const View view = context.view;
     const Time time = context.time;
-    const int appended = appendBriefly(time, value, view);
-    return appended < 0 ? setAtLength(time, value, view) : appended;
-}
-
-template <class T> int Parameter<T>::setAtLength(Time time, const T& value, const View& view) {
     PVData* data = targetData(view);
     if (!data)
         return -1;
     const detail::LifeGuard guard(*this);
-    if (answersKeyframed() && time.isValid() && detail::positionAt(data->keyframes, time) < 0) {
+    if (isKeyframed() && time.isValid() && detail::positionAt(data->keyframes, time) < 0) {
         const int position = insertKeyframe(view, time, value);
         if (position >= 0) {
             ParameterChange::keyframeAdded(*this, position, view);
@@ -90,7 +66,7 @@ template <class T> int Parameter<T>::setAtLength(Time time, const T& value, cons
 
 /// Sets the value of the keyframe at the time, or the static value.
 template <class T> int Parameter<T>::setStoredValue(PVData& data, Time time, const T& value, const View& view) {
-    const bool keyed = answersKeyframed() && time.isValid();
+    const bool keyed = isKeyframed() && time.isValid();
     const int position = keyed ? detail::positionAt(data.keyframes, time) : -1;
     if (!keyed) {
         if (!storeStaticValue(data, value))

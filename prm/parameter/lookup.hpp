@@ -20,11 +20,13 @@ unsigned int Parameter<T>::keyframeIndexForTime(const Time& time, const LockedKe
 }
 
 template <class T> unsigned int Parameter<T>::keyframeIndexForTime(const Context& context) const {
-    return static_cast<unsigned int>(detail::positionAt(read(context.view).keyframes(), context.time));
+    return ask(context.view, [&](const auto& track, View) {
+        return static_cast<unsigned int>(detail::positionAt(track.keyframes, context.time));
+    });
 }
 
 template <class T> bool Parameter<T>::hasViewData(const View& view) const {
-    return read(view).belongsTo(view);
+    return ask(view, [&](const auto&, View owner) { return view.isValid() && owner == view; });
 }
 
 template <class T> bool Parameter<T>::hidesKeyframesOf(const View& view) const {
@@ -34,20 +36,16 @@ template <class T> bool Parameter<T>::hidesKeyframesOf(const View& view) const {
 /// What a question makes of the keyframes of a view, `none` where it has no answer. Guards and answer concern one
 /// state.
 template <class T>
-template <class Ask>
-auto Parameter<T>::askKeyframes(const View& view, decltype(std::declval<Ask>()(KeyframeVector())) none,
-                                const Ask& ask) const -> decltype(none) {
-    for (int attempt = 0;; ++attempt) {
-        const ReadBlock block = read(view);
+template <class Question>
+auto Parameter<T>::askKeyframes(const View& view, decltype(std::declval<Question>()(KeyframeVector())) none,
+                                const Question& question) const -> decltype(none) {
+    return ask(view, [&](const auto& track, View owner) {
         if (!isKeyframed())
             return none;
-        if (splittable() && !hasViewData(view))
+        if (splittable() && !(asksHooks() ? hasViewData(view) : view.isValid() && owner == view))
             return none;
-        // The view has just gained data, unless a subclass says so of one that has none.
-        if (splittable() && !block.belongsTo(view) && attempt == 0)
-            continue;
-        return ask(block.keyframes());
-    }
+        return question(track.keyframes);
+    });
 }
 
 /// The position that a search finds in the list of a view, -1 where the question has no answer.
@@ -62,28 +60,28 @@ template <class T> unsigned int Parameter<T>::keyframeCount(const View& view) co
 }
 
 template <class T> Context Parameter<T>::keyframeTime(unsigned int index, const View& view) const {
-    const ReadBlock block = read(view);
-    const KeyframeVector& keyframes = block.keyframes();
-    const bool there = isKeyframed() && index < static_cast<unsigned int>(keyframes.size());
-    return {there ? keyframes.at(static_cast<int>(index)).time : Time(), view};
+    return ask(view, [&](const auto& track, View) {
+        const bool there = isKeyframed() && index < static_cast<unsigned int>(track.keyframes.size());
+        return Context(there ? track.keyframes.at(static_cast<int>(index)).time : Time(), view);
+    });
 }
 
 template <class T> KeyframeData<T> Parameter<T>::keyframe(unsigned int index, const View& view) const {
-    const ReadBlock block = read(view);
-    const bool keyframed = isKeyframed();
-    const KeyframeVector& keyframes = block.keyframes();
-    if (!keyframed || keyframes.isEmpty())
-        return {Time::INVALID, block->staticValue, IType(defaultInterpolation())};
-    return keyframes.at(static_cast<int>(std::min(index, static_cast<unsigned int>(keyframes.size()) - 1)));
+    return ask(view, [&](const auto& track, View) -> KeyframeData<T> {
+        if (!isKeyframed() || track.keyframes.isEmpty())
+            return {Time::INVALID, track.staticValue, IType(defaultInterpolation())};
+        const auto last = static_cast<unsigned int>(track.keyframes.size()) - 1;
+        return track.keyframes.at(static_cast<int>(std::min(index, last)));
+    });
 }
 
 template <class T> T Parameter<T>::keyframeValue(unsigned int index, const View& view) const {
-    const ReadBlock block = read(view);
-    const bool keyframed = isKeyframed();
-    const KeyframeVector& keyframes = block.keyframes();
-    if (!keyframed || keyframes.isEmpty())
-        return block->staticValue;
-    return keyframes.at(static_cast<int>(std::min(index, static_cast<unsigned int>(keyframes.size()) - 1))).value;
+    return ask(view, [&](const auto& track, View) {
+        if (!isKeyframed() || track.keyframes.isEmpty())
+            return track.staticValue;
+        const auto last = static_cast<unsigned int>(track.keyframes.size()) - 1;
+        return track.keyframes.at(static_cast<int>(std::min(index, last))).value;
+    });
 }
 
 template <class T> bool Parameter<T>::bKeyframeAt(const Context::Explicit& context) const {

@@ -157,8 +157,7 @@ private:
             const bool isThere = parameter.m_views.findRealViewData(view) != nullptr;
             const bool isWhole = stretches.size() == 1 && stretches.front().isWhole();
             if (hasData && !isThere && isWhole) {
-                PVData contents(staticValue);
-                contents.keyframes = stretches.front().keyframes;
+                const detail::Track<T> contents{staticValue, stretches.front().keyframes};
                 parameter.ownData(view, &contents);
                 return;
             }
@@ -243,7 +242,7 @@ template <class T> boost::shared_ptr<Bsc::MementoBase> Parameter<T>::exportState
 
 template <class T>
 boost::shared_ptr<Bsc::MementoBase> Parameter<T>::exportStateAround(const detail::Places& places) const {
-    if (!isOfKnownClass()) {
+    if (overrides(&Parameter::exportState)) {
         auto memento = exportState();
         const Bsc::MementoBase* const taken = memento.get();
         if (!taken || typeid(*taken) != typeid(ParameterMemento))

@@ -29,6 +29,8 @@ Parameter<T>::Parameter(const QString& name, const T& value, ParameterOptions op
       m_keyframed(options.testFlag(Keyframed)), m_splittable(options.testFlag(Splittable)),
       m_defaultInterpolation(blends<T> ? Interpolation::Linear : Interpolation::Constant), m_views(value) {
     ParameterWithoutType::setScriptName(name);
+    if (!blends<T>)
+        setEvaluated();
 }
 
 template <class T>
@@ -37,7 +39,10 @@ Parameter<T>::Parameter(const Parameter& other)
       m_splittable(other.m_splittable.load()), m_isSplit(other.m_isSplit.load()),
       m_viewInterpolation(other.m_viewInterpolation.load()), m_extrapolationBefore(other.m_extrapolationBefore.load()),
       m_extrapolationAfter(other.m_extrapolationAfter.load()),
-      m_defaultInterpolation(other.m_defaultInterpolation.load()), m_views(other.m_views, T()) {}
+      m_defaultInterpolation(other.m_defaultInterpolation.load()), m_views(other.m_views, T()) {
+    if (!blends<T>)
+        setEvaluated();
+}
 
 template <class T> Parameter<T>::~Parameter() {
     announceDeletion();
@@ -69,14 +74,13 @@ template <class T> void Parameter<T>::setSplittable(bool splittable) {
 }
 
 template <class T> T Parameter<T>::defaultValue() const {
-    detail::ReadScope scope;
-    const PVData& data = m_views.pinTemplate(scope);
-    return data.staticValue;
+    detail::Protection protection;
+    return m_views.protectTemplate(protection).staticValue;
 }
 
 template <class T> void Parameter<T>::vSetDefault(const T& value) {
     PVData& data = m_views.templateData();
-    const detail::WriteScope scope(data);
+    const LockedKeyframes lock(&data);
     data.staticValue = value;
 }
 
@@ -89,14 +93,14 @@ template <class T> void Parameter<T>::vSetDefaultInterpolation(Interpolation kin
 }
 
 template <class T> T Parameter<T>::staticValue(const View& view) const {
-    return read(view)->staticValue;
+    return ask(view, [](const auto& track, View) { return track.staticValue; });
 }
 
 /// The data that a write addressed to the view changes; if they have to be made, they begin with the contents, or with
 /// those of the template. Null when an observer of VIEW_ADDED has deleted the parameter.
-template <class T> auto Parameter<T>::targetData(const View& view, const PVData* contents) -> PVData* {
+template <class T> auto Parameter<T>::targetData(const View& view, const detail::Track<T>* contents) -> PVData* {
     const View addressed = view;
-    const View target = tellsViewsApart() ? addressed : View(View::defaultViewId());
+    const View target = splittable() ? addressed : View(View::defaultViewId());
     if (PVData* const own = m_views.findRealViewData(target))
         return own;
     const std::size_t before = m_views.count();
@@ -112,7 +116,7 @@ template <class T> auto Parameter<T>::targetData(const View& view, const PVData*
 }
 
 /// The view's data, made if need be.
-template <class T> auto Parameter<T>::ownData(const View& view, const PVData* contents) -> PVData* {
+template <class T> auto Parameter<T>::ownData(const View& view, const detail::Track<T>* contents) -> PVData* {
     const std::size_t before = m_views.count();
     PVData& data = m_views.obtain(view, contents ? *contents : m_views.templateData());
     const std::size_t now = m_views.count();

@@ -113,24 +113,11 @@ template <class T> void Parameter<T>::addStaticValue(QString& text, const QStrin
 
 template <class T>
 bool Parameter<T>::streamInValue(const QString& line, const ProjectFileVersion& version, TextConversion convert) {
-    return readLine(line, version, convert);
-}
-
-/// A class that is known overrides nothing of what reads a line.
-template <class T> std::optional<bool> Parameter<T>::readBriefly(QStringView line, const ProjectFileVersion& version) {
-    QStringView rest;
-    if (!isOfKnownClass() || !detail::behindName(line, ParameterWithoutType::scriptName(), rest))
-        return {};
-    return readLine(rest, version, {});
-}
-
-template <class T>
-bool Parameter<T>::readLine(QStringView line, const ProjectFileVersion& version, const TextConversion& convert) {
     const ReadingScope reading(*this);
     const bool resetsViews = version.streamVersion >= StreamVersion::anyViewList;
     if (detail::beginsWith(line, ParameterStrings::views)) {
         if (resetsViews)
-            readViewList(line.toString());
+            readViewList(line);
         return true;
     }
     QStringView behindView = line;
@@ -141,7 +128,7 @@ bool Parameter<T>::readLine(QStringView line, const ProjectFileVersion& version,
         keyframe.view = view;
         keyframe.valueMapper = convert;
         keyframe.setFromText(behindView);
-        if (!answersKeyframed())
+        if (!isKeyframed())
             detail::LineNotes::addLoss("keyframe of a parameter that is not animated");
         readIntoView(view, [&] { importKeyframe(keyframe); });
         return true;
@@ -181,7 +168,7 @@ template <class T> template <class Change> void Parameter<T>::readNewViews(const
 
 /// Where that throws it leaves no view behind that it has begun.
 template <class T> template <class Change> void Parameter<T>::readIntoView(const View& view, const Change& change) {
-    const View target = tellsViewsApart() ? view : View(View::defaultViewId());
+    const View target = splittable() ? view : View(View::defaultViewId());
     if (target != view)
         detail::LineNotes::addLoss("view of a parameter that has one view only");
     if (m_views.findRealViewData(target)) {
@@ -229,9 +216,11 @@ template <class T> boost::shared_ptr<SerialisedKeyframe> Parameter<T>::getSerial
     auto serialised = boost::make_shared<TypedSerialisedKeyframe>();
     if (context == Context(Context::INVALID_TIME))
         return serialised;
-    const ReadBlock block = read(context.view);
     KeyframeData<T> keyframe;
-    if (!detail::findKeyframeAtTime(block.keyframes(), context.time, &keyframe))
+    const bool found = ask(context.view, [&](const auto& track, View) {
+        return detail::findKeyframeAtTime(track.keyframes, context.time, &keyframe);
+    });
+    if (!found)
         return {};
     serialised->time = keyframe.time;
     serialised->view = context.view;
@@ -240,43 +229,12 @@ template <class T> boost::shared_ptr<SerialisedKeyframe> Parameter<T>::getSerial
     return serialised;
 }
 
-/// Whether the three steps of an import may be one: nobody overrides them, and nobody hears of them.
-template <class T> bool Parameter<T>::importsUnheard() const {
-    if (!isReadingIn() || !signalsBlocked() || !isOfKnownClass())
-        return false;
-    const auto passes = [this](ParameterChange::ChangeType type) { return overridesBlockedSignals(type); };
-    return !passes(ParameterChange::KEYFRAME_ADDED) && !passes(ParameterChange::KEYFRAME_CHANGED_VALUE) &&
-           !passes(ParameterChange::KEYFRAME_CHANGED_INTERPOLATION);
-}
-
-template <class T> void Parameter<T>::storeKeyframe(const T& value, const Context& context, const IType& itype) {
-    PVData* const data = targetData(context.view);
-    if (!data)
-        return;
-    if (!isKeyframed() || !context.time.isValid()) {
-        storeStaticValue(*data, value);
-        return;
-    }
-    LockedKeyframes lock(data);
-    int position = detail::positionAt(data->keyframes, context.time);
-    if (position < 0)
-        position = insertKeyframe(context.view, context.time, value);
-    KeyframeData<T>& stored = lock.keyframes()[position];
-    if (!ValueType<T>::equal(stored.value, value))
-        stored.value = value;
-    stored.interpolationData = itype;
-}
-
 template <class T> void Parameter<T>::importKeyframe(const SerialisedKeyframe& keyframe) {
     const auto& original = dynamic_cast<const TypedSerialisedKeyframe&>(keyframe);
     // Copies: observers of the first change may let go of the original.
     const Context context = original.context();
     const T value = original.value;
     const IType itype = original.itype;
-    if (importsUnheard()) {
-        storeKeyframe(value, context, itype);
-        return;
-    }
     const detail::LifeGuard guard(*this);
     const auto steps = [&] {
         vSetValue(value, context);
@@ -286,7 +244,7 @@ template <class T> void Parameter<T>::importKeyframe(const SerialisedKeyframe& k
         if (guard.alive())
             vSetInterpolationData(itype, keyframeIndexForTime(context), context.view);
     };
-    if (!m_views.findRealViewData(tellsViewsApart() ? context.view : View(View::defaultViewId()))) {
+    if (!m_views.findRealViewData(splittable() ? context.view : View(View::defaultViewId()))) {
         steps();
         return;
     }

@@ -15,7 +15,7 @@ template <class T> int Parameter<T>::numViews() const {
 }
 
 /// Puts contents into a view, made if need be, and tells.
-template <class T> bool Parameter<T>::giveViewData(const View& view, const PVData& contents) {
+template <class T> bool Parameter<T>::giveViewData(const View& view, const detail::Track<T>& contents) {
     const View addressed = view;
     const T staticValue = contents.staticValue;
     KeyframeVector keyframes = contents.keyframes;

@@ -5,7 +5,7 @@
 #include "prm/ParameterSet.h"
 #include "prm/StaticParameter.h"
 #include "prm/set/NameIndex.h"
-#include "prm/set/VirtualTable.h"
+#include "prm/untyped/VirtualTable.h"
 
 #include <algorithm>
 #include <limits>

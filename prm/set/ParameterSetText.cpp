@@ -241,9 +241,7 @@ ParameterSet::Reading ParameterSet::offerTo(int list, int index, Rest& rest, con
     // Kept alive as well.
     const auto owner = list == Parameters ? m_parameters[position] : nullptr;
     BasicParameter* const parameter = owner ? owner.get() : m_basicParameters[position];
-    const std::optional<bool> known = owner ? owner->readBriefly(rest.view(), version) : std::nullopt;
-    const bool taken = known ? *known : parameter->setFromScriptString(rest.text(), version);
-    return taken ? Reading::Taken : Reading::NotMine;
+    return parameter->setFromScriptString(rest.text(), version) ? Reading::Taken : Reading::NotMine;
 }
 
 bool ParameterSet::readName(const QString& line) {

@@ -70,11 +70,6 @@ template <class T> PRM_ALWAYS_INLINE T blended(const T& from, const T& to, doubl
     return ValueType<T>::fromComponents(mixed.data());
 }
 
-/// The same by a host's function, on copies: it may edit the list that the keyframes are in.
-template <class T> T blendedByHost(KeyframeData<T> from, KeyframeData<T> to, double x) {
-    return blended(from.value, to.value, segmentProgress(from.interpolationData, x));
-}
-
 /// The value of the segment between two keyframes. Outside the segment, or where its duration is not positive, the
 /// nearer keyframe's.
 template <class T> PRM_ALWAYS_INLINE T segmentValue(const KeyframeData<T>& from, const KeyframeData<T>& to, Time time) {
@@ -89,54 +84,7 @@ template <class T> PRM_ALWAYS_INLINE T segmentValue(const KeyframeData<T>& from,
         return from.value;
     if (x >= 1.0)
         return to.value;
-    return isCustom(shape) ? blendedByHost(from, to, x) : blended(from.value, to.value, segmentProgress(shape, x));
-}
-
-/// `segmentValue` at a time strictly inside a straight line of numbers; false where it takes more.
-template <class T>
-PRM_ALWAYS_INLINE bool isOnLine(const KeyframeData<T>& from, const KeyframeData<T>& to, Time time, T& value) {
-    if constexpr (std::is_same_v<T, double>) {
-        if (from.interpolationData.interpolation != Interpolation::Linear)
-            return false;
-        const double change = to.value - from.value;
-        const double x = (time - from.time) / (to.time - from.time);
-        value = from.value + change * x;
-        return x > 0.0 && x < 1.0 && std::isfinite(change);
-    } else {
-        return false;
-    }
-}
-
-/// `segmentValue` of a straight line of ordinary numbers at the times, from the first on, that lie inside it; answers
-/// how many these are. They are counted first, so that several are computed at once.
-inline int lineValues(const KeyframeData<double>& from, const KeyframeData<double>& to, const Time* times, int count,
-                      double* out) {
-    int inside = 1;
-    while (inside < count && from.time < times[inside] && times[inside] < to.time)
-        ++inside;
-    const double duration = to.time - from.time;
-    const double change = to.value - from.value;
-    for (int i = 0; i < inside; ++i) {
-        const double x = (times[i] - from.time) / duration;
-        const double value = x < 1.0 ? from.value + change * x : to.value;
-        out[i] = x > 0.0 ? value : from.value;
-    }
-    return inside;
-}
-
-/// The same for every kind of segment. The first time may lie at the first keyframe. The keyframes are copies: a host's
-/// function may edit the list.
-template <class T> int segmentValues(KeyframeData<T> from, KeyframeData<T> to, const Time* times, int count, T* out) {
-    if constexpr (std::is_same_v<T, double>) {
-        if (from.interpolationData.interpolation == Interpolation::Linear && std::isfinite(to.value - from.value) &&
-            std::isfinite(to.time - from.time))
-            return lineValues(from, to, times, count, out);
-    }
-    int i = 0;
-    do
-        out[i] = segmentValue(from, to, times[i]);
-    while (++i < count && from.time < times[i] && times[i] < to.time);
-    return i;
+    return blended(from.value, to.value, segmentProgress(shape, x));
 }
 
 /// The value of one end of a segment continued in a straight line, `distance` frames along the timeline from that end.

@@ -4,12 +4,16 @@
 #include "prm/text/LineNotes.h"
 #include "prm/text/LineParts.h"
 #include "prm/untyped/MayWarn.h"
+#include "prm/untyped/VirtualTable.h"
 
 #include <QDebug>
 
 namespace Prm {
 
 namespace {
+
+/// Of this class alone, as it is while its constructor runs.
+std::atomic<const char*> ownTable{nullptr};
 
 constexpr quint32 allTypes = (1u << ParameterChange::NUM_CHANGE_TYPES) - 1;
 
@@ -52,7 +56,9 @@ private:
 bool ParameterWithoutType::s_processNotifications = true;
 
 ParameterWithoutType::ParameterWithoutType(bool locked, bool hidden, ParameterSet* parent)
-    : BasicParameter(parent), m_locked(locked), m_hidden(hidden), m_notificationEnabled(allTypes) {}
+    : BasicParameter(parent), m_locked(locked), m_hidden(hidden), m_notificationEnabled(allTypes) {
+    ownTable.store(detail::virtualTableOf(this), std::memory_order_relaxed);
+}
 
 ParameterWithoutType::ParameterWithoutType(const ParameterWithoutType& other)
     : Bsc::MementoUndoable(other), BasicParameter(other), m_locked(false), m_hidden(false),
@@ -212,8 +218,8 @@ boost::shared_ptr<Bsc::MementoBase> ParameterWithoutType::exportStateAround(cons
     return exportState();
 }
 
-std::optional<bool> ParameterWithoutType::readBriefly(QStringView, const ProjectFileVersion&) {
-    return {};
+const void* ParameterWithoutType::asTyped(const std::type_info&) const {
+    return nullptr;
 }
 
 bool ParameterWithoutType::keyframeTogether() const {
@@ -236,6 +242,15 @@ void ParameterWithoutType::detachObserver(const QObject* observer) const {
 
 void ParameterWithoutType::detachAllObservers() const {
     disconnect(this, SIGNAL(changed(Prm::ParameterChange&)), nullptr, nullptr);
+}
+
+/// Connections are counted by `connectNotify`, unless a class overrides that.
+bool ParameterWithoutType::isHeard() const {
+    constexpr auto operation = &ParameterWithoutType::connectNotify;
+    const char* const table = ownTable.load(std::memory_order_relaxed);
+    const void* const counts = detail::implementationIn<ParameterWithoutType>(table, operation);
+    return m_lastConnected.load(std::memory_order_relaxed) != 0 || !counts ||
+           detail::implementationOf<ParameterWithoutType>(*this, operation) != counts;
 }
 
 void ParameterWithoutType::emitChange(ParameterChange& change) {

@@ -1,0 +1,127 @@
+#include "prm/thread/HazardPointers.h"
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+#include <utility>
+
+namespace Prm::detail {
+
+namespace {
+
+std::atomic<HazardPointers*> firstRecord{nullptr};
+thread_local HazardPointers* record = nullptr;
+
+} // namespace
+
+Protected::~Protected() = default;
+
+HazardPointers& HazardPointers::ofThisThread() {
+    if (record)
+        return *record;
+    static thread_local bool ended = false;
+    struct Returned {
+        ~Returned() {
+            record->m_taken.store(false, std::memory_order_release);
+            record = nullptr;
+            ended = true;
+        }
+    };
+    record = &takeOne();
+    // What is taken by the last destructors of a thread stays taken.
+    if (!ended) {
+        static thread_local Returned returned;
+        static_cast<void>(returned);
+    }
+    return *record;
+}
+
+HazardPointers& HazardPointers::takeOne() {
+    for (HazardPointers* free = firstRecord.load(std::memory_order_acquire); free; free = free->m_next) {
+        bool taken = false;
+        if (free->m_taken.compare_exchange_strong(taken, true))
+            return *free;
+    }
+    static std::atomic<std::uint32_t> lastNumber{0};
+    auto* const made = new HazardPointers;
+    made->m_number = ++lastNumber;
+    made->m_next = firstRecord.load();
+    while (!firstRecord.compare_exchange_weak(made->m_next, made)) {
+    }
+    return *made;
+}
+
+bool HazardPointers::isProtectedElsewhere(const Protected* block) const {
+    for (const HazardPointers* other = firstRecord.load(); other; other = other->m_next) {
+        const auto names = [=](const auto& pointer) { return pointer.load() == block; };
+        if (other != this && std::any_of(other->m_pointers.begin(), other->m_pointers.end(), names))
+            return true;
+    }
+    return false;
+}
+
+void HazardPointers::waitForReaders(const Protected* block) const {
+    for (int attempt = 0; isProtectedElsewhere(block); ++attempt)
+        waitALittle(attempt);
+}
+
+void waitALittle(int attempt) {
+    constexpr int patience = 64;
+    if (attempt < patience)
+        std::this_thread::yield();
+    else
+        std::this_thread::sleep_for(std::chrono::microseconds(50));
+}
+
+Exclusive::Exclusive(Protected& block)
+    : m_thread(HazardPointers::ofThisThread()), m_kept(mark(block) ? &block : nullptr) {
+    m_thread.waitForReaders(&block);
+}
+
+Exclusive::Exclusive(Protected& kept, std::vector<Protected*> discarded)
+    : m_thread(HazardPointers::ofThisThread()), m_kept(mark(kept) ? &kept : nullptr),
+      m_discarded(std::move(discarded)) {
+    for (Protected* const block : m_discarded)
+        mark(*block);
+    m_thread.waitForReaders(&kept);
+    for (const Protected* const block : m_discarded)
+        m_thread.waitForReaders(block);
+}
+
+Exclusive::~Exclusive() {
+    if (m_kept)
+        m_kept->m_editor.store(0, std::memory_order_release);
+    // Discarded blocks keep their mark: a reader that has just published one takes that back and looks again.
+    std::for_each(m_discarded.begin(), m_discarded.end(), retire);
+}
+
+/// False where this thread has marked it already.
+bool Exclusive::mark(Protected& block) {
+    for (HeldCopy* copy = m_thread.m_innermostCopy; copy; copy = copy->m_below) {
+        if (copy->m_block == &block || copy->m_guide == &block)
+            copy->m_guide = nullptr;
+    }
+    return block.m_editor.exchange(m_thread.m_number) == 0;
+}
+
+void retire(Protected* block) {
+    HazardPointers::ofThisThread().waitForReaders(block);
+    delete block;
+}
+
+HeldCopy::HeldCopy(const Protected& block, const Protected& guide, HazardPointers& thread)
+    : m_guide(&guide), m_block(&block), m_thread(thread), m_below(std::exchange(thread.m_innermostCopy, this)) {}
+
+HeldCopy::HeldCopy(const HeldCopy& around, HazardPointers& thread)
+    : m_guide(around.m_guide), m_block(around.m_block), m_thread(thread),
+      m_below(std::exchange(thread.m_innermostCopy, this)) {}
+
+HeldCopy::~HeldCopy() {
+    m_thread.m_innermostCopy = m_below;
+}
+
+const HeldCopy* HeldCopy::innermost() {
+    return HazardPointers::ofThisThread().m_innermostCopy;
+}
+
+} // namespace Prm::detail

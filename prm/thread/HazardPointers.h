@@ -1,0 +1,175 @@
+#pragma once
+
+#include "prm/Export.h"
+
+#include <QtGlobal>
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace Prm::detail {
+
+/// How evaluation on any thread lives beside the edits of the owning thread: by hazard pointers.
+///
+/// A thread that reads a block first publishes the block's address in a record of its own (it *protects* the block).
+/// The owning thread edits a block in place while it has the block *exclusively*: it marks the block, then waits until
+/// no record of another thread names it; a reader that finds the mark takes its pointer back and tries again. A block
+/// that has been thrown away is *retired*: deleted once no record names it. Publishing and marking are sequentially
+/// consistent, so of a reader and a writer that meet at least one sees the other.
+///
+/// Readers write to their own records only, so they do not slow each other down. No code of a host's runs while a block
+/// is protected. So protections do not nest, a writer waits only briefly, and nothing here can wait in a circle.
+
+class HazardPointers;
+class HeldCopy;
+class Protected;
+PRM_EXPORT void retire(Protected* block);
+
+/// One block of data that is read on any thread. Deleted through this base.
+class PRM_EXPORT Protected {
+public:
+    Protected() = default;
+    /// A copy is another block, which nobody reads or edits yet.
+    Protected(const Protected&) {}
+    Protected& operator=(const Protected&) { return *this; }
+    virtual ~Protected();
+
+private:
+    friend class Exclusive;
+    friend class Protection;
+
+    /// The number of the thread that edits the block, or 0. Last, so that what a derived class begins with shares its
+    /// word.
+    std::atomic<std::uint32_t> m_editor{0};
+};
+
+/// One thread's record. Records are never freed; a new thread takes over that of one that has ended.
+class PRM_EXPORT HazardPointers {
+public:
+    static HazardPointers& ofThisThread();
+    /// A number that the thread keeps from one protection to the next.
+    int& cursor() { return m_cursor; }
+
+private:
+    friend class Exclusive;
+    friend class HeldCopy;
+    friend class Protection;
+    friend PRM_EXPORT void retire(Protected* block);
+
+    /// The block that is read, and the one whose lists lead to it.
+    static constexpr std::size_t capacity = 2;
+
+    static HazardPointers& takeOne();
+    bool isProtectedElsewhere(const Protected* block) const;
+    void waitForReaders(const Protected* block) const;
+
+    /// Read by writers; this cache line is written by the thread alone.
+    alignas(64) std::array<std::atomic<const Protected*>, capacity> m_pointers{};
+    int m_cursor = 0;
+    std::uint32_t m_number = 0;
+    HeldCopy* m_innermostCopy = nullptr;
+    HazardPointers* m_next = nullptr;
+    std::atomic<bool> m_taken{true};
+};
+
+/// Lets other threads go on, longer with every attempt.
+PRM_EXPORT void waitALittle(int attempt);
+
+/// What this thread protects until the scope ends: one block, and meanwhile perhaps another one, its guide, whose lists
+/// say which block that is. There is one scope at a time on a thread.
+class Protection {
+public:
+    Protection() : m_thread(HazardPointers::ofThisThread()) { Q_ASSERT(!m_thread.m_pointers[0].load()); }
+    ~Protection() { release(); }
+    Protection(const Protection&) = delete;
+    Protection& operator=(const Protection&) = delete;
+
+    /// Whether the block that the source named a moment ago may be read from now on: it is still the one, and nobody
+    /// edits it. It may have been deleted before. Otherwise nothing is protected.
+    template <class Block> bool protect(const Block* block, const std::atomic<Block*>& source) {
+        return publish(0, block, [&] { return source.load() == block; });
+    }
+    /// The same for a block that lives at least as long as the protection, or as the guide is protected.
+    bool protect(const Protected& block) {
+        return publish(0, &block, [] { return true; });
+    }
+    bool protectGuide(const Protected& guide) {
+        return publish(1, &guide, [] { return true; });
+    }
+    void releaseGuide() { m_thread.m_pointers[1].store(nullptr, std::memory_order_release); }
+    void release() { m_thread.m_pointers[0].store(nullptr, std::memory_order_release); }
+    HazardPointers& thread() const { return m_thread; }
+
+private:
+    template <class IsStillThere>
+    bool publish(std::size_t place, const Protected* block, const IsStillThere& isStillThere) {
+        m_thread.m_pointers[place].store(block, std::memory_order_seq_cst);
+        if (isStillThere() && isReadable(*block))
+            return true;
+        m_thread.m_pointers[place].store(nullptr, std::memory_order_release);
+        return false;
+    }
+    bool isReadable(const Protected& block) const {
+        const std::uint32_t editor = block.m_editor.load(std::memory_order_seq_cst);
+        return editor == 0 || editor == m_thread.m_number;
+    }
+
+    HazardPointers& m_thread;
+};
+
+/// Keeps every other thread out of some blocks, which are going to be edited in place or exchanged for others. Of one
+/// block scopes may nest.
+class PRM_EXPORT Exclusive {
+public:
+    explicit Exclusive(Protected& block);
+    /// `kept`, and `discarded`, which the scope retires at its end: by then they must have become unreachable.
+    Exclusive(Protected& kept, std::vector<Protected*> discarded);
+    ~Exclusive();
+    Exclusive(const Exclusive&) = delete;
+    Exclusive& operator=(const Exclusive&) = delete;
+
+private:
+    bool mark(Protected& block);
+
+    HazardPointers& m_thread;
+    /// Null where a scope around this one has marked the block.
+    Protected* const m_kept;
+    std::vector<Protected*> m_discarded;
+};
+
+/// Deletes a block that is no longer reachable, once no thread reads it.
+PRM_EXPORT void retire(Protected* block);
+
+/// A copy of a block's contents that this thread goes on reading while code of a host's runs; the copies of a thread
+/// are a stack. An edit on this thread ends the use of those that it makes untrue.
+class PRM_EXPORT HeldCopy {
+public:
+    HeldCopy(const HeldCopy&) = delete;
+    HeldCopy& operator=(const HeldCopy&) = delete;
+
+    static const HeldCopy* innermost();
+    const HeldCopy* below() const { return m_below; }
+    /// Whether the copy was found by way of the guide, and is still true.
+    bool isFoundBy(const Protected& guide) const { return m_guide == &guide; }
+    bool isTrue() const { return m_guide != nullptr; }
+
+protected:
+    /// Of a block that was found by way of the guide.
+    HeldCopy(const Protected& block, const Protected& guide, HazardPointers& thread);
+    HeldCopy(const HeldCopy& around, HazardPointers& thread);
+    ~HeldCopy();
+
+private:
+    friend class Exclusive;
+
+    /// Null once the copy is no longer true.
+    const Protected* m_guide;
+    const Protected* m_block;
+    HazardPointers& m_thread;
+    HeldCopy* const m_below;
+};
+
+} // namespace Prm::detail

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "prm/track/CurveShapes.h"
+#include "prm/track/KeyframeSearch.h"
+#include "prm/track/Track.h"
+
+#include <algorithm>
+
+namespace Prm::detail {
+
+/// Of several keyframes at one time, which `adjustKeyframesTime` may leave, the first one counts, as for edits.
+template <class Keyframe> int firstAtTime(const QVector<Keyframe>& keyframes, int found) {
+    const Time time = keyframes.at(found).time;
+    return found > 0 && keyframes.at(found - 1).time == time ? lowerBound(keyframes, time) : found;
+}
+
+/// Whether a function that a host registered says what the value is there.
+template <class Keyframe> bool asksHost(const QVector<Keyframe>& keyframes, Bracket at, Outside outside) {
+    if (at.before < 0 || at.after < 0)
+        return (at.before < 0 ? outside.before : outside.after) >= Extrapolation::Custom0;
+    return isCustom(keyframes.at(at.before).interpolationData);
+}
+
+/// The value at a time before all keyframes, or after them. There must be a keyframe.
+template <class T> T outsideValue(const QVector<KeyframeData<T>>& keyframes, bool before, Extrapolation kind, Time time) {
+    const int count = keyframes.size();
+    const KeyframeData<T>& edge = before ? keyframes.first() : keyframes.last();
+    if constexpr (blends<T>) {
+        if (count < 2 || kind == Extrapolation::Constant)
+            return edge.value;
+        if (kind == Extrapolation::Linear) {
+            const KeyframeData<T>& from = before ? edge : keyframes.at(count - 2);
+            const KeyframeData<T>& to = before ? keyframes.at(1) : edge;
+            const double slope = before ? startSlope(from.interpolationData) : endSlope(from.interpolationData);
+            return continuedValue(edge.value, from, to, slope, time - edge.time);
+        }
+        Time inside;
+        if (mapIntoRange(kind, time, keyframes.first().time, keyframes.last().time, inside)) {
+            const Bracket at = bracket(keyframes.constData(), count, inside);
+            if (at.before >= 0 && at.after >= 0)
+                return segmentValue(keyframes.at(at.before), keyframes.at(at.after), inside);
+        }
+    }
+    return edge.value;
+}
+
+/// The value at a time whose place among the keyframes is known. Types that do not blend hold each keyframe's value.
+template <class T>
+PRM_ALWAYS_INLINE T valueAround(const QVector<KeyframeData<T>>& keyframes, Bracket at, Outside outside, Time time) {
+    if (at.before == at.after)
+        return keyframes.at(firstAtTime(keyframes, at.before)).value;
+    if (at.before < 0 || at.after < 0)
+        return outsideValue(keyframes, at.before < 0, at.before < 0 ? outside.before : outside.after, time);
+    if constexpr (blends<T>)
+        return segmentValue(keyframes.at(at.before), keyframes.at(at.after), time);
+    else
+        return keyframes.at(at.before).value;
+}
+
+/// The value at a time. `cursor` is the position where the last time was found; any number will do.
+template <class T>
+PRM_ALWAYS_INLINE T evaluate(const Track<T>& track, Outside outside, Time time, int& cursor) {
+    const QVector<KeyframeData<T>>& keyframes = track.keyframes;
+    if (keyframes.isEmpty())
+        return track.staticValue;
+    const Bracket at = bracketNear(keyframes.constData(), keyframes.size(), time, cursor);
+    return valueAround(keyframes, at, outside, time);
+}
+
+/// The values at many times; a place is searched once for all times in a row that lie in the same segment.
+template <class T> void evaluate(const Track<T>& track, Outside outside, const Time* times, int count, T* out) {
+    const QVector<KeyframeData<T>>& keyframes = track.keyframes;
+    int cursor = 0;
+    for (int i = 0; i < count;) {
+        out[i] = evaluate(track, outside, times[i], cursor);
+        ++i;
+        if (cursor < 0 || cursor + 1 >= keyframes.size())
+            continue;
+        const KeyframeData<T>& from = keyframes.at(cursor);
+        const KeyframeData<T>& to = keyframes.at(cursor + 1);
+        for (; i < count && from.time < times[i] && times[i] < to.time; ++i)
+            out[i] = valueAround(keyframes, {cursor, cursor + 1}, outside, times[i]);
+    }
+}
+
+} // namespace Prm::detail

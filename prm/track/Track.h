@@ -1,0 +1,22 @@
+#pragma once
+
+#include "prm/Interpolation.h"
+#include "prm/KeyframeData.h"
+
+#include <QVector>
+
+namespace Prm::detail {
+
+/// The keyframes of one view, in ascending order of time, and the value that counts where there are none.
+template <class T> struct Track {
+    T staticValue{};
+    QVector<KeyframeData<T>> keyframes;
+};
+
+/// How values go on outside the keyframes.
+struct Outside {
+    Extrapolation before = Extrapolation::Constant;
+    Extrapolation after = Extrapolation::Constant;
+};
+
+} // namespace Prm::detail
