@@ -96,7 +96,6 @@ public:
     /// Copies names, flags, keyframes, views and default interpolation from a parameter of the same type, but not the
     /// default value. Emits PARAMETER_ASSIGNED. From a parameter of another type, or from itself, as the base class.
     void assignFrom(const ParameterWithoutType& other) override;
-
     /// \}
     /// \name Values
     /// \{
@@ -138,7 +137,6 @@ public:
     QVariant variantValue(const Context& context, const std::nothrow_t&) const override;
     /// The keyframes of all views in the order of `viewList()`, ascending in time within a view.
     QVector<Context> allKeyframes() const override;
-
     /// \}
 
     /// Writes all lines of the parameter; returns true.
@@ -188,7 +186,6 @@ public:
     Bsc::CompositeCommand& vSetExtrapolationBeforeCommand(Extrapolation kind, Bsc::CompositeCommand& command) override;
     /// Appends a `ParameterExtrapolationAfterEdit`; returns the command.
     Bsc::CompositeCommand& vSetExtrapolationAfterCommand(Extrapolation kind, Bsc::CompositeCommand& command) override;
-
     /// \}
     /// \name Query keyframes
     /// Queries concern the keyframes of one view, in ascending order of time; times are compared exactly. The result is
@@ -218,7 +215,6 @@ public:
     bool bPreviousKeyframe(const Context& context, Context& previous) const override;
     /// Stores the time and view of the first keyframe strictly after the context's time; false if there is none.
     bool bNextKeyframe(const Context& context, Context& next) const override;
-
     /// \}
     /// \name Edit, copy and restore
     /// These do nothing if the parameter is not keyframed, except for `vReset` and `importKeyframe`. Deleting does
@@ -252,7 +248,6 @@ public:
     /// Restores a snapshot. Throws `std::bad_cast` for a snapshot of another kind, and for null. Emits
     /// PARAMETER_ASSIGNED.
     void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override;
-
     /// \}
     /// \name Views
     /// \{
@@ -279,7 +274,6 @@ public:
     /// Deletes the data of a view, which then reads the source data. Returns false for a view without data and for the
     /// only view with data. Emits VIEW_REMOVED.
     bool deleteView(const View& view) override;
-
     /// \}
     /// \name Undoable edits
     /// Each appends to the command without doing the edit.
@@ -303,7 +297,6 @@ public:
     /// null. Returns the command.
     Bsc::CompositeCommand& bAddConstrainedParameterCommand(ParameterWithoutType* parameter,
                                                            Bsc::CompositeCommand& command) override;
-
     /// \}
 
     /// Copies keyframes, views, flags, extrapolation and view interpolation from a parameter of the same type, so that
@@ -332,7 +325,6 @@ public:
     /// with the keyframes that it finds, and uses the result only if the segment still has both ends.
     virtual IType initialiseInterpolation(const KeyframeData<T>& from, const KeyframeData<T>& to,
                                           Interpolation kind) const;
-
     /// \}
 
     /// Reads one line without the parameter's name; returns whether it was taken. Emits nothing except VIEW_ADDED.
@@ -365,7 +357,6 @@ public:
     void sampleValues(const Time* times, int count, const View& view, T* out, Cache* cache = nullptr) const;
     /// The values at the frames from `first` to `last`, both included.
     QVector<T> sampleValues(const Frame& first, const Frame& last, const View& view, Cache* cache = nullptr) const;
-
     /// \}
     /// \name Views
     /// \{
@@ -373,7 +364,6 @@ public:
     MVInterpolationParams viewInterpolation() const;
     /// Emits nothing.
     void setViewInterpolation(const MVInterpolationParams& params);
-
     /// \}
     /// \name Query keyframes
     /// \{
@@ -383,7 +373,6 @@ public:
     unsigned int keyframeIndexForTime(const Time& time, const LockedKeyframes& keyframes) const;
     /// The same among the keyframes that the context's view reads.
     unsigned int keyframeIndexForTime(const Context& context) const;
-
     /// \}
 
 protected:
