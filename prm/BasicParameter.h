@@ -71,7 +71,7 @@ public:
     /// Emits nothing.
     void setStreamable(bool streamable) { m_streamable = streamable; }
 
-    /// The set that the constructor or the first set that lists the parameter gave; may be null.
+    /// The set given to the constructor, otherwise the first set that the parameter was added to; may be null.
     ParameterSet* parentSet() const { return m_parentSet; }
     /// Does not add the parameter to the set.
     void setParentSet(ParameterSet* parent) { m_parentSet = parent; }
