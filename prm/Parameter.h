@@ -378,7 +378,7 @@ public:
 protected:
     using ReadBlock = detail::ReadBlock<T>;
 
-    /// The data that the view reads; they stay unchanged while the block exists.
+    /// The data that a read of the view answers from, kept as they are for as long as the block lives.
     ReadBlock read(const View& view) const { return ReadBlock(m_views, view); }
 
 private:

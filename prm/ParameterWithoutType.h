@@ -351,9 +351,9 @@ public:
     /// Emits `changed` if the type is enabled and the parameter's Qt signals are not blocked or the type overrides the
     /// block. Afterwards signals are blocked as before, also if an observer throws.
     void emitChange(ParameterChange& change);
-    /// False if `changed` certainly has no receivers, so that emitting can be skipped.
+    /// False where `changed` certainly has no receivers, so that emitting can be skipped.
     bool isHeard() const { return m_lastConnected.load(std::memory_order_relaxed) != 0 || !isOfKnownClass(); }
-    /// Enables or disables all types.
+    /// Switches every type.
     void enableNotifications(bool enabled);
     void enableNotifications(ParameterChange::ChangeType) = delete;
     /// Enables or disables one type; returns the former state.
@@ -386,13 +386,13 @@ protected:
     /// Notes that `changed` may have receivers. An override need not call it: changes of its class are always emitted.
     void connectNotify(const QMetaMethod& signal) override;
 
-    /// For constructors of the library's classes: objects of exactly this class are evaluated without virtual calls,
-    /// the hooks of `CurveParameter` included.
+    /// For the constructors of classes that the library knows in full: objects of exactly this class are evaluated
+    /// without asking what their virtual operations say, up to the hooks of `CurveParameter`.
     void setKnownClass(const std::type_info& type) { m_knownClass = &type; }
     bool isOfKnownClass() const { return m_knownClass == &typeid(*this); }
 
-    /// Copies names, additional names, the attributes of `copyOwnAttributes` and whether the parameter is streamable,
-    /// but not parent, links, observers, switches or view selector.
+    /// Copies names, additional names, the four attributes of `copyOwnAttributes` and whether it is streamable; not
+    /// parent, master, lists, switches or view selector.
     ParameterWithoutType(const ParameterWithoutType& other);
 
     /// Emits PARAMETER_DELETED, once, and removes the parameter from its sets. Every concrete class of the library
