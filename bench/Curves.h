@@ -40,6 +40,8 @@ struct Key {
 /// Floor a: a search and a straight line over a plain array, without a lock.
 class PlainCurve {
 public:
+    using Floor = PlainCurve;
+
     explicit PlainCurve(int count) {
         for (int i = 0; i < count; ++i)
             m_keys.push_back({keyTime(i), keyValue(i)});
@@ -115,6 +117,8 @@ inline void fill(Prm::NumericParameter<double>& parameter, int count, const Prm:
 /// The parameter, in the form of the floors.
 class ParameterCurve {
 public:
+    using Floor = PlainCurve;
+
     explicit ParameterCurve(int count, const Prm::IType& shape = {Prm::Interpolation::Linear}) {
         fill(m_parameter, count, shape);
     }
@@ -154,6 +158,14 @@ void evaluate(benchmark::State& state, const Curve& curve, Order order, double t
     for (auto _ : state)
         benchmark::DoNotOptimize(sumOf(curve, times));
     state.SetItemsProcessed(state.iterations() * evaluationsPerBatch);
+}
+
+template <class Curve> void linearInOrder(benchmark::State& state) {
+    evaluate<Curve, typename Curve::Floor>(state, Curve(static_cast<int>(state.range(0))), Order::FrameAfterFrame);
+}
+
+template <class Curve> void linearAtRandom(benchmark::State& state) {
+    evaluate<Curve, typename Curve::Floor>(state, Curve(static_cast<int>(state.range(0))), Order::Random);
 }
 
 } // namespace Bench

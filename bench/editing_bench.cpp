@@ -2,6 +2,7 @@
 
 #include "bench/Curves.h"
 #include "bench/Signals.h"
+#include "prm/MoveKeyframeEdit.h"
 
 #include <QVector>
 
@@ -79,5 +80,74 @@ void emitBare(benchmark::State& state) {
         Q_EMIT sender.changed(change);
 }
 BENCHMARK(emitBare)->Arg(0)->Arg(1)->Arg(10);
+
+// --- edits of a keyframe, with one receiver, and without any beside bare signals -------------------------------------
+
+constexpr int editsPerBatch = 1000;
+
+struct Append {
+    static constexpr int before = 0;
+    static void edit(Number& parameter, int number) { parameter.vSetValue(number * 0.5, Time::fromInt(number)); }
+};
+
+struct SetValue {
+    static constexpr int before = editsPerBatch;
+    static void edit(Number& parameter, int number) { parameter.vSetValue(number + 0.25, Time::fromInt(number)); }
+};
+
+/// To the frame between its own and the next, as the command does it, without what undo keeps.
+struct Move {
+    static constexpr int before = editsPerBatch;
+    static void edit(Number& parameter, int number) {
+        const Time from = Time::fromInt(number);
+        Prm::MoveKeyframeEdit move(parameter, from, from + 0.5);
+        move.doMoveKeyframe(from, from + 0.5);
+    }
+};
+
+/// A parameter with a keyframe at each frame before, and afterwards a thousand edits. After each as many bare signals
+/// as the argument says, to a slot of their own.
+template <class Act> void editBatches(benchmark::State& state, bool isObserved, qint64 bareSignals) {
+    Bench::BareSender sender;
+    const auto listening = receivers(sender, 1);
+    int received = 0;
+    for (auto _ : state) {
+        state.PauseTiming();
+        auto parameter = std::make_unique<Number>();
+        parameter->vSetDefaultInterpolation(Prm::Interpolation::Linear);
+        for (int i = 0; i < Act::before; ++i)
+            parameter->vSetValue(i * 0.5, Time::fromInt(i));
+        auto observing = receivers(*parameter, isObserved ? 1 : 0);
+        ParameterChange change(ParameterChange::VALUE_CHANGED, *parameter, 0);
+        state.ResumeTiming();
+        for (int i = 0; i < editsPerBatch; ++i) {
+            Act::edit(*parameter, i);
+            for (qint64 signal = 0; signal < bareSignals; ++signal)
+                Q_EMIT sender.changed(change);
+        }
+        state.PauseTiming();
+        received = isObserved ? observing.front()->heard : received;
+        parameter.reset();
+        observing.clear();
+        state.ResumeTiming();
+    }
+    if (isObserved && received == 0)
+        state.SkipWithError("the receiver received nothing");
+    state.SetItemsProcessed(state.iterations() * editsPerBatch);
+}
+
+template <class Act> void editObserved(benchmark::State& state) {
+    editBatches<Act>(state, true, 0);
+}
+BENCHMARK_TEMPLATE(editObserved, Append);
+BENCHMARK_TEMPLATE(editObserved, SetValue);
+BENCHMARK_TEMPLATE(editObserved, Move);
+
+template <class Act> void editAndSignals(benchmark::State& state) {
+    editBatches<Act>(state, false, state.range(0));
+}
+BENCHMARK_TEMPLATE(editAndSignals, Append)->Arg(2);
+BENCHMARK_TEMPLATE(editAndSignals, SetValue)->Arg(1)->Arg(2);
+BENCHMARK_TEMPLATE(editAndSignals, Move)->Arg(2);
 
 } // namespace

@@ -10,6 +10,8 @@
 
 namespace {
 
+using Bench::linearAtRandom;
+using Bench::linearInOrder;
 using Prm::Time;
 using Prm::View;
 using Number = Prm::NumericParameter<double>;
@@ -37,6 +39,8 @@ BENCHMARK(staticProperty);
 /// What Qt offers: a time in whole milliseconds, a list of keyframes between 0 and 1, one type of easing.
 class QtCurve {
 public:
+    using Floor = Bench::PlainCurve;
+
     explicit QtCurve(int count) {
         const double end = Bench::keyTime(count - 1);
         QVariantAnimation::KeyValues keys;
@@ -54,15 +58,6 @@ public:
 private:
     std::unique_ptr<QVariantAnimation> m_animation = std::make_unique<QVariantAnimation>();
 };
-
-template <class Curve> void linearInOrder(benchmark::State& state) {
-    Bench::evaluate<Curve, Bench::PlainCurve>(state, Curve(static_cast<int>(state.range(0))),
-                                              Bench::Order::FrameAfterFrame);
-}
-
-template <class Curve> void linearAtRandom(benchmark::State& state) {
-    Bench::evaluate<Curve, Bench::PlainCurve>(state, Curve(static_cast<int>(state.range(0))), Bench::Order::Random);
-}
 
 BENCHMARK_TEMPLATE(linearInOrder, Bench::ParameterCurve)->Arg(2)->Arg(1000)->Arg(100000);
 BENCHMARK_TEMPLATE(linearInOrder, Bench::LockedCurve)->Arg(2)->Arg(1000)->Arg(100000);

@@ -18,6 +18,8 @@ CURVE, FLOOR_B, QT = "Bench::ParameterCurve", "Bench::LockedCurve", "QtCurve"
 
 LINES = (10000, 100000, 1000000)
 
+ORDERS = (("in order", "linearInOrder"), ("random", "linearAtRandom"))
+
 # Peers that are not in every build.
 OPTIONAL = ("osgAnimationAtRandom", "mltAtRandom")
 
@@ -77,12 +79,34 @@ ROWS = [
                          ("members that die first to last", "membersDying"),
                          ("parameters tied to a master and freed", "tyingMasters"),
                          ("values of views in descending order", "viewsDescending"))],
+    *[(number, f"{what}, {order} / NumericParameter<double>", f"{case}<{kind}>/1000",
+       f"{case}<{CURVE}>/1000", *wanted)
+      for number, what, kind, wanted in (
+          ("15", "derived class", "DerivedCurve", ("<1.5", "<1.1")),
+          ("16", "derived class with one hook", "HookedCurve", ("<3", "<2")),
+          ("17", "Parameter<bool>", "SwitchCurve", ("<1.3", "<1.0")),
+          ("17", "PointParameter", "PointCurve", ("<1.3", "<1.0")),
+          ("18", "two views with data", "TwoViews", ("<1.5", "<1.2")),
+          ("18", "with a master", "ConstrainedCurve", ("<1.5", "<1.2")),
+          ("18", "unsplittable, in another view", "UnsplittableCurve", ("<1.5", "<1.2")))
+      for order, case in ORDERS],
+    *[("19", f"{what}, one slot connected / without, and {signals}", f"editObserved<{act}>",
+       f"editAndSignals<{act}>/{signals[0]}", *wanted)
+      for what, act, signals, wanted in (
+          ("keyframe appended", "Append", "2 bare signals", ("<1.3", "<1.1")),
+          ("value set", "SetValue", "2 bare signals", ("<1.3", "<1.1")),
+          ("value set", "SetValue", "1 bare signal", ("", "")),
+          ("keyframe moved", "Move", "2 bare signals", ("<1.3", "<1.1")))],
+    ("20", "10000 parameters, each of two threads with edits, as fast as one alone", "wholeFrame/2/1/0",
+     "wholeFrame/1/0/0", ">0.9", ">0.97"),
+    ("20", "the same in processor time", "wholeFrame/2/1/1", "wholeFrame/1/0/1", ">0.9", ">0.97"),
 ]
 
 
 def plain_name(name):
     """Without what the library of the benchmarks appends."""
-    return re.sub(r"/(real_time|manual_time|iterations:\d+|repeats:\d+|keyframes:|random:|apart:|present:)",
+    return re.sub(r"/(real_time|manual_time|iterations:\d+|repeats:\d+|keyframes:|random:|apart:|present:|renderers:|"
+                  r"edited:|measured:)",
                   lambda part: "/" if part[1].endswith(":") else "", name)
 
 

@@ -12,8 +12,8 @@ namespace Prm {
 
 class IViewsProvider;
 
-/// Says which views an edit reaches: four booleans, packed into the low four bits of a number (bit i is flag i).
-/// Only *all views* (flag 2) is read by the library; the others are carried for the host.
+/// Which views an edit concerns: four flags, packed into the low four bits of a number (bit i is flag i). The library
+/// reads only *all views* (flag 2); the others are for the host.
 ///
 /// \snippet times_and_views.cpp state
 /// \threads A plain value.
@@ -30,7 +30,7 @@ public:
         return (m_flags[0] ? 1u : 0u) | (m_flags[1] ? 2u : 0u) | (m_flags[2] ? 4u : 0u) | (m_flags[3] ? 8u : 0u);
     }
 
-    /// Whether an edit reaches every view of the project instead of the current ones.
+    /// Whether an edit concerns every view of the project instead of the current ones.
     constexpr bool allViews() const { return m_flags[2]; }
     void setAllViews(bool allViews) { m_flags[2] = allViews; }
 
@@ -46,23 +46,23 @@ private:
 /// Flags together with the registry that resolves them into views.
 ///
 /// \snippet times_and_views.cpp state
-/// \threads A plain value; `views()` asks the provider on the calling thread.
+/// \threads A plain value; `views()` calls the provider on the calling thread.
 class PRM_EXPORT AnimationState : public AnimationFlags {
 public:
-    /// View 0 alone.
+    /// Only view 0.
     AnimationState() : AnimationState(AnimationFlags()) {}
-    /// View 0 alone. Explicit: a context and flags must not become a frame and a state, which would drop the context's
-    /// view.
+    /// Only view 0. Explicit, so that a context and flags do not convert to a frame and a state, which would lose the
+    /// context's view.
     explicit AnimationState(AnimationFlags flags) : AnimationState(flags, nullptr) {}
     /// The provider is not owned and may be null.
     AnimationState(AnimationFlags flags, const IViewsProvider* provider);
 
-    /// The provider's views for these flags; view 0 alone without a provider.
+    /// The provider's views for these flags; without a provider only view 0.
     std::vector<View> views() const;
 
     const IViewsProvider* provider() const { return m_provider; }
 
-    /// Free for the host, never read here.
+    /// For the host; the library does not read it.
     void* hostData = nullptr;
 
 private:

@@ -29,59 +29,66 @@ class Invariants;
 class State;
 } // namespace detail
 
-/// What every kind of parameter is, animated or not: a named value that can be read and written as a `QVariant`, sent
-/// through project text, and captured for undo.
+/// The base of all parameters, animatable or not: a named value that is read and written as a `QVariant` and as project
+/// text, and has snapshots for undo.
 ///
 /// \snippet parameter_panel.cpp basic
-/// \threads One at a time, that of the host which owns the parameter, except where a class says more.
+/// \threads The owning thread only, unless a derived class says more.
 class PRM_EXPORT BasicParameter : public QObject, virtual public Bsc::MementoUndoable, public detail::Mortal {
     Q_OBJECT
 
 public:
-    /// The set that owns the parameter may be null; it does not become the Qt parent.
+    /// The parent set may be null. It is not the Qt parent.
     explicit BasicParameter(ParameterSet* parent);
     ~BasicParameter() override;
 
-    /// Writes the parameter's lines, each after `prefix` and, if asked for, the script name and a dot.
+    /// Writes the parameter's lines, each after `prefix` and, if `withName`, the script name and a dot.
     virtual bool bStreamOut(QTextStream& stream, const QString& prefix, bool withName) const = 0;
-    /// Reads one line that begins with the script name and a dot; returns whether it was this parameter's.
+    /// Reads one line that begins with the script name and a dot; returns whether it did.
     virtual bool setFromScriptString(const QString& line, const ProjectFileVersion& version) = 0;
+    /// The name in project text and scripts.
     virtual const QString& scriptName() const = 0;
+    /// The value at the context. May throw.
     virtual QVariant variantValue(const Context& context) const = 0;
+    /// Sets the value at the context. May throw.
     virtual void setVariantValue(const QVariant& value, const Context& context) = 0;
-    /// As the throwing form; an invalid variant where that throws anything.
+    /// The same without exceptions: an invalid variant if the throwing form throws.
     virtual QVariant variantValue(const Context& context, const std::nothrow_t&) const;
-    /// As the throwing form; every exception is swallowed.
+    /// The same without exceptions: those of the throwing form are swallowed.
     virtual void setVariantValue(const QVariant& value, const Context& context, const std::nothrow_t&);
-    /// The id of the parameter's own type, 0 where none is registered.
+    /// The Qt meta-type id of the parameter's class, 0 if it has none. Here: 0.
     virtual int qMetaType() const;
-    /// Views in their order, keyframes in the order of time within a view.
+    /// The keyframes of all views, ascending in time within a view. Here: none.
     virtual QVector<Context> allKeyframes() const;
-    /// Adds the bytes of the value at the context.
+    /// Adds the bytes of the value at the context. Here: nothing.
     virtual void calculateHash(Bsc::Hash& hash, const Context& context) const;
 
-    /// `bStreamOut`, but only for a streamable parameter; otherwise writes nothing and returns true.
+    /// Calls `bStreamOut` if the parameter is streamable; otherwise writes nothing and returns true.
     bool streamOut(QTextStream& stream, const QString& prefix, bool withName) const;
 
+    /// Whether the parameter is written to project text. True for a new parameter.
     bool isStreamable() const { return m_streamable; }
+    /// Emits nothing.
     void setStreamable(bool streamable) { m_streamable = streamable; }
 
+    /// The set given to the constructor, otherwise the first set that the parameter was added to; may be null.
     ParameterSet* parentSet() const { return m_parentSet; }
+    /// Does not add the parameter to the set.
     void setParentSet(ParameterSet* parent) { m_parentSet = parent; }
 
 Q_SIGNALS:
-    /// Sent by static and virtual parameters after every change of their value; animated ones send
+    /// Emitted by static parameters after every change of their value. Animatable ones emit
     /// `ParameterWithoutType::changed` instead.
     void valueChanged();
 
 protected:
-    /// Copies whether the parameter is streamable; a copy is in no set and has no connections.
+    /// Copies whether the parameter is streamable. The copy has no set and no connections.
     BasicParameter(const BasicParameter& other);
 
-    /// Takes the parameter off all sets. Called by destructors of concrete classes, so that no set lists a parameter of
-    /// which a part is gone. Allocates nothing.
+    /// Removes the parameter from all sets. Destructors of concrete classes call it first, so that no set lists a
+    /// parameter that is partly destroyed. Allocates nothing.
     void leaveSets() noexcept;
-    /// For whatever changes the script name, or the names under which lines are read.
+    /// To be called after a change of the script name, or of the names under which lines are read.
     void namesHaveChanged() noexcept;
 
 private:
@@ -91,7 +98,7 @@ private:
 
     ParameterSet* m_parentSet;
     bool isListedIn(const ParameterSet* set) const { return m_listedIn.contains(set); }
-    /// Every set that lists the parameter, so that it can leave them when it dies.
+    /// Every set that lists the parameter, which its destructor removes it from.
     detail::Listings m_listedIn;
     bool m_streamable = true;
 };

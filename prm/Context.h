@@ -13,7 +13,7 @@ namespace Prm {
 
 class ParameterWithoutType;
 
-/// A time alone: what a `Frame` is made from.
+/// A time without a view; a `Frame` can be made from it.
 ///
 /// \snippet times_and_views.cpp time
 /// \threads A plain value.
@@ -25,7 +25,7 @@ public:
     Time time;
 };
 
-/// When and in which view: the question put to every parameter. A default context is time 0 in the default view.
+/// A time in a view, at which parameters are evaluated and edited. A default context is time 0 in the default view.
 /// Registered with Qt's meta-types as "Prm::Context" when the library is loaded.
 ///
 /// \snippet times_and_views.cpp context
@@ -55,8 +55,7 @@ public:
     AnimationFlags flags;
 };
 
-/// Exactly one time in exactly one view, for operations that must never reach further: deleting a keyframe, or asking
-/// whether one is there.
+/// Exactly one time in exactly one view, for operations that concern nothing else, such as deleting a keyframe.
 ///
 /// \snippet times_and_views.cpp context
 /// \threads A plain value.
@@ -77,7 +76,7 @@ constexpr Context::Context(const Explicit& exact) : BaseContext(exact.time), vie
 /// Names one keyframe: the parameter (may be null), the view, and the position in that view's list of keyframes.
 ///
 /// \snippet times_and_views.cpp index
-/// \threads A plain value; `toContext()` asks the parameter, which has to be alive.
+/// \threads A plain value; `toContext()` calls the parameter, which must exist.
 class PRM_EXPORT KeyframeIndex {
 public:
     /// The index that means no keyframe.
@@ -87,7 +86,7 @@ public:
     KeyframeIndex(const ParameterWithoutType* ofParameter, View inView, quint32 atIndex)
         : parameter(ofParameter), view(inView), index(atIndex) {}
 
-    /// The keyframe's time in its view, or the invalid time in the default view when parameter or view name nothing.
+    /// The keyframe's time in its view; the invalid time in the default view if there is no parameter or no valid view.
     Context toContext() const;
 
     const ParameterWithoutType* parameter = nullptr;

@@ -8,20 +8,20 @@
 
 namespace Prm {
 
-/// The shape of a custom interpolation: given the keyframe's shape numbers and the part x of the segment's time, in
-/// [0,1], the part of its change in value.
+/// A custom interpolation: from the keyframe's shape numbers and the fraction x of the segment's time, in [0,1],
+/// returns the fraction of its change in value.
 using InterpolationFunction = boost::function<double(const IType& shape, double x)>;
 
-/// A custom extrapolation: given a time outside the keyframed range, the time inside it whose value is shown (held to
-/// the range). A cycle, for example, takes whole ranges off the time.
+/// A custom extrapolation: from a time outside the keyframed range, returns the time in the range (clamped to it) whose
+/// value is used. A cycle, for example, subtracts whole ranges from the time.
 using ExtrapolationFunction = boost::function<Time(Time time, Time first, Time last)>;
 
-/// Gives a custom kind its shape, in the whole process, or takes it away (empty function). Kinds below
-/// `Interpolation::Custom0` are refused with false. Parameters whose values do not blend never ask for it. Any thread.
+/// Sets the function of a custom kind in the whole process; an empty function removes it. Returns false, and does
+/// nothing, for kinds below `Interpolation::Custom0`. Only parameters whose values blend use it. Safe on any thread.
 PRM_EXPORT bool registerInterpolation(Interpolation kind, InterpolationFunction function);
 
-/// Gives a custom kind its meaning, in the whole process, or takes it away (empty function). Kinds below
-/// `Extrapolation::Custom0` are refused with false. Any thread.
+/// Sets the function of a custom kind in the whole process; an empty function removes it. Returns false, and does
+/// nothing, for kinds below `Extrapolation::Custom0`. Safe on any thread.
 PRM_EXPORT bool registerExtrapolation(Extrapolation kind, ExtrapolationFunction function);
 
 } // namespace Prm

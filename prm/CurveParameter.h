@@ -5,17 +5,20 @@
 
 namespace Prm {
 
-/// A parameter whose values blend, so that it has curves: the kinds of `Interpolation` between keyframes, and the kinds
-/// of `Extrapolation` outside them. `ValueType<T>` must supply the components of a value.
+/// A parameter whose values blend and so have curves: all kinds of `Interpolation` between keyframes, and of
+/// `Extrapolation` outside them. `ValueType<T>` must supply the components of a value.
 ///
-/// - Linear extrapolation continues the slope at the end of the adjoining segment; with one keyframe it holds. A handle
-///   that lies on its keyframe takes the direction of the other one, else the straight line; a vertical end, and an end
-///   beside a Constant segment, hold.
-/// - A segment that becomes Bezier gets the shape (1/3, 0, 2/3, 1), unless its keyframe already has one.
-/// - Custom kinds do what a host registered for them (`prm/CurveKinds.h`); others are Linear inside, and hold outside.
+/// - Linear extrapolation continues the slope at the end of the adjoining segment. If a control point coincides with
+/// its
+///   keyframe, the slope is towards the other control point; if both do, it is that of the straight line. The value is
+///   held if there is one keyframe, if the curve ends vertically, and beside a Constant segment.
+/// - A segment that becomes Bezier gets the shape (1/3, 0, 2/3, 1), unless its keyframe already has a shape.
+/// - Custom kinds use the function that a host registered (`prm/CurveKinds.h`). Without one, interpolation is Linear
+/// and
+///   extrapolation Constant.
 ///
 /// \snippet bezier_number.cpp shape
-/// \threads As `Parameter`; the hooks and the registered functions run on every thread that evaluates.
+/// \threads As `Parameter`. Hooks and registered functions run on every thread that evaluates.
 template <class T> class PRM_EXPORT CurveParameter : public Parameter<T> {
 public:
     CurveParameter();

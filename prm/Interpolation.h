@@ -7,18 +7,18 @@
 
 namespace Prm {
 
-/// How the segment from one keyframe to the next is filled. Custom kinds count up from `Custom0`; 0 is no named kind
-/// and is written as "Constant".
+/// How values are interpolated from one keyframe to the next. Custom kinds count up from `Custom0`. 0 has no name and
+/// is written as "Constant".
 enum class Interpolation : quint32 { Constant = 1, Linear = 2, Bezier = 3, Custom0 = 4 };
 
-/// How values continue before the first and after the last keyframe. Custom kinds count up from `Custom0`; 0 is no
-/// named kind and is written as "Constant".
+/// How values continue before the first and after the last keyframe. Custom kinds count up from `Custom0`. 0 has no
+/// name and is written as "Constant".
 enum class Extrapolation : quint32 { Constant = 1, Linear = 2, Custom0 = 3 };
 
 /// The interpolation of one keyframe: the kind of the segment that starts there, and its four shape numbers.
 ///
-/// For `Bezier` they are the inner control points (x1,y1) and (x2,y2) of a cubic from (0,0) to (1,1): x is the part of
-/// the segment's time, y the part of its change in value. All four zero means a straight line.
+/// For `Bezier` they are the inner control points (x1,y1) and (x2,y2) of a cubic Bezier curve from (0,0) to (1,1): x is
+/// the fraction of the segment's time, y the fraction of its change in value. Four zeros mean a straight line.
 ///
 /// \snippet bezier_number.cpp shape
 /// \threads A plain value.
@@ -47,9 +47,9 @@ PRM_EXPORT QString qstrInterpolationTypeString(Interpolation kind);
 /// The name in project text: "Linear", "Custom0", and "Constant" for every other value.
 PRM_EXPORT QString qstrExtrapolationTypeString(Extrapolation kind);
 
-/// Reads a name, case-sensitively: "Constant", "Linear", "Bezier", or a text that contains "Custom", whose kind is the
-/// number between the first and the second "Custom" (0 where there is none, or where the kind would not fit). Any other
-/// text gives false and leaves `kind` alone.
+/// Reads a name, case-sensitively: "Constant", "Linear", "Bezier", or a text that contains "Custom", which is the
+/// custom kind with the number between the first and the second "Custom" (0 if there is no number, or if it is too
+/// large). For any other text returns false and does not change `kind`.
 PRM_EXPORT bool bStringToInterpolationType(const QString& name, Interpolation& kind);
 /// As `bStringToInterpolationType`, without "Bezier".
 PRM_EXPORT bool bStringToExtrapolationType(const QString& name, Extrapolation& kind);

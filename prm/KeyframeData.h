@@ -8,10 +8,10 @@
 
 namespace Prm {
 
-/// One keyframe: its time, its value, and how the segment from here to the next keyframe is filled.
+/// One keyframe: its time, its value, and the interpolation of the segment from it to the next keyframe.
 ///
 /// \snippet parameter_panel.cpp keyframe
-/// \threads A plain value, as far as T is one.
+/// \threads A plain value if T is one.
 template <class T> struct KeyframeData {
     KeyframeData() = default;
     KeyframeData(Time at, const T& withValue, const IType& data = {})
@@ -22,11 +22,11 @@ template <class T> struct KeyframeData {
     IType interpolationData;
 };
 
-/// The keyframes around a time. A side without a keyframe has no parameter, the invalid view and index 0; where a
-/// keyframe lies exactly at the time, both sides name it.
+/// The keyframes before and after a time. A side without a keyframe has no parameter, the invalid view and index 0. If
+/// a keyframe lies exactly at the time, both sides name it.
 ///
 /// \snippet custom_easing.cpp hook
-/// \threads A plain value, good for the evaluation that made it.
+/// \threads A plain value, valid during the evaluation that created it.
 struct BoundingKeyframes {
     KeyframeIndex before;
     KeyframeIndex after;

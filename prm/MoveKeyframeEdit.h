@@ -6,18 +6,18 @@
 
 namespace Prm {
 
-/// Moves one keyframe of one view to another time. A keyframe that is there already takes over value and interpolation
-/// of the moved one. The move is a shift in single precision: at large frame numbers, fractions of a frame are rounded.
+/// Moves one keyframe of one view to another time. A keyframe already there gets value and interpolation of the moved
+/// one. The move is a shift in single precision: at large frame numbers, fractions of a frame are rounded.
 ///
-/// Nothing happens where there is no keyframe to move, or when the target is no valid time.
+/// Does nothing if there is no keyframe to move, or if the target is no valid time.
 ///
 /// \snippet position.cpp move
 class PRM_EXPORT MoveKeyframeEdit : public ParameterSnapshotEdit {
 public:
     MoveKeyframeEdit(ParameterWithoutType& parameter, const Context& from, const Context& to);
 
-    /// The move itself, without a way back; returns whether there was something to move. KEYFRAME_REMOVED, then the
-    /// changes of importing a keyframe.
+    /// Moves without undo; returns whether there was a keyframe to move. Emits KEYFRAME_REMOVED, then the changes of
+    /// `importKeyframe`.
     bool doMoveKeyframe(const Context& from, const Context& to);
 
     /// Appends one edit for the view.
@@ -31,7 +31,7 @@ public:
                                 Bsc::CompositeCommand& command);
     static void doAppendToCommand(ParameterWithoutType* parameter, const Frame& from, const Frame& to,
                                   Bsc::CompositeCommand& command);
-    /// The same for every parameter of the set and its subsets. A set that is a compound moves as one parameter.
+    /// The same for every parameter of the set and its subsets. A set that is a compound counts as one parameter.
     static void appendToCommand(ParameterSet& set, const Frame& from, const Frame& to, Bsc::CompositeCommand& command);
 
 protected:

@@ -10,44 +10,47 @@
 
 namespace Prm {
 
-/// Stands in a set under a parameter's old script name: takes the lines that old files carry under it, and passes them
-/// to the parameter that now holds the value, its target, as soon as both are known. Writes nothing itself.
+/// A placeholder in a set under a parameter's old script name. It reads the lines that old files have under that name,
+/// and passes them to its target, the parameter that has the value now, as soon as both are known. It writes nothing.
 ///
-/// Of several lines the last one is kept; while a target is set, each is passed on. A target that has died counts as
-/// none.
+/// With a target, each line is passed on; without one, or after it was deleted, the last line is kept.
 ///
 /// \snippet moved_parameter.cpp converted
 /// \threads The owning thread, which is that of its target as well.
 class PRM_EXPORT MovedParameter : public BasicParameter {
 public:
-    /// Gets the target, the line under the target's own name, and the version of the file; returns whether it was
-    /// taken.
+    /// Receives the target, the line under the target's own name, and the version of the file; returns whether the line
+    /// was taken.
     using Migration = boost::function<bool(BasicParameter*, const QString&, const ProjectFileVersion&)>;
 
     explicit MovedParameter(const QString& oldScriptName);
-    /// Warns of a line that was read and never passed on for want of a target.
+    /// Warns if a line was read and there has never been a target.
     ~MovedParameter() override;
 
     const QString& scriptName() const override;
     bool setFromScriptString(const QString& line, const ProjectFileVersion& version) override;
-    /// Passes a line that was read before on at once, and returns whether it was taken. A target that would lead back
-    /// here, through other moved parameters, is refused with a warning.
+    /// Sets the target. Passes on a line that was read before, and returns whether the target took it. Ignores a target
+    /// that leads back to this one, directly or through other moved parameters, with a warning.
     bool setTargetParam(BasicParameter& target);
-    /// Replaces the target's own `setFromScriptString`; a line that was read is passed on at once, if there is a
-    /// target.
+    /// Sets a function to be called instead of the target's `setFromScriptString`. Passes on a line that was read
+    /// before if there is a target, and returns whether it was taken.
     bool setMigrationFunction(Migration migration);
-    /// Throws `boost::bad_function_call` for an empty migration function. False without a target.
+    /// Passes on the line that was read; returns whether it was taken, false without a target. Throws
+    /// `boost::bad_function_call` for an empty migration function.
     bool passValueToTargetParameter() const;
-    /// Whether a line was read for which there has never been a target.
+    /// Whether a line was read and there has never been a target.
     bool isWaiting() const { return !m_hadTarget && !m_streamedText.isEmpty(); }
 
     bool bStreamOut(QTextStream& stream, const QString& prefix, bool withName) const override;
     using BasicParameter::setVariantValue;
     using BasicParameter::variantValue;
-    // The target's; nothing without one.
+    /// \name Values
+    /// Those of the target; without one, queries return nothing and edits do nothing.
+    /// \{
     QVariant variantValue(const Context& context) const override;
     void setVariantValue(const QVariant& value, const Context& context) override;
     QVector<Context> allKeyframes() const override;
+    /// \}
     /// Null: there is no state.
     boost::shared_ptr<Bsc::MementoBase> exportState() const override;
     void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override;

@@ -6,8 +6,8 @@
 
 namespace Prm {
 
-/// An animatable number: `double`, `int` or `unsigned int`. Whole numbers follow the curve rounded half away from zero
-/// and held to the range of their type.
+/// An animatable number: `double`, `int` or `unsigned int`. For whole numbers the value of the curve is rounded half
+/// away from zero and clamped to the range of the type.
 ///
 /// \snippet first_parameter.cpp first
 template <class T> class PRM_EXPORT NumericParameter : public CurveParameter<T>, public NumericParameterWithoutType {

@@ -5,8 +5,8 @@
 
 namespace Prm {
 
-/// The untyped base of numeric parameters. It never announces a deletion: as the second base of a numeric parameter it
-/// is destroyed before the values are gone, but after the parameter has announced itself.
+/// The untyped base of numeric parameters. Its destructor does not emit PARAMETER_DELETED; that of the numeric
+/// parameter has done so before.
 ///
 /// \snippet parameter_panel.cpp untyped
 class PRM_EXPORT NumericParameterWithoutType : virtual public ParameterWithoutType {

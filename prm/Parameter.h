@@ -23,7 +23,7 @@
 
 namespace Prm {
 
-/// Whatever a host wants to keep between evaluations; the library only hands the pointer on to the hooks.
+/// Defined by the host, for what its hooks keep between evaluations. The library only passes the pointer on.
 class Cache;
 
 template <class T> class PRM_EXPORT Parameter;
@@ -31,18 +31,18 @@ template <class T> class PRM_EXPORT CurveParameter;
 
 namespace detail {
 
-/// The steps of `Parameter<T>::setVariantValue` without its checks: sets a keyframed parameter at a frame's time as
-/// `vSetValue` does, otherwise the static value. For a host's own `setVariantValue`; throws what observers and hooks
-/// do.
+/// `Parameter<T>::setVariantValue` without its checks, for a host's override of it: at a frame's time of a keyframed
+/// parameter does what `vSetValue` does, otherwise sets the static value. Exceptions of observers and hooks pass
+/// through.
 template <class T>
 PRM_EXPORT void default_Parameter_setVariantValue_impl(Parameter<T>& parameter, const QVariant& variant,
                                                        const Context& context);
 
 } // namespace detail
 
-/// What a new parameter is like.
+/// The options of a new parameter.
 enum ParameterOption : quint32 {
-    Keyframed = 1,  ///< what is set at a time becomes a keyframe there
+    Keyframed = 1,  ///< a value set at a time becomes a keyframe
     Splittable = 2, ///< views may have data of their own
     Locked = 4,     ///< a flag for the host
     Hidden = 8      ///< a flag for the host, and a line in project text
@@ -50,26 +50,26 @@ enum ParameterOption : quint32 {
 Q_DECLARE_FLAGS(ParameterOptions, ParameterOption)
 Q_DECLARE_OPERATORS_FOR_FLAGS(ParameterOptions)
 
-/// An animatable parameter of value type T: for each view either one static value or a list of keyframes in ascending
-/// order of time, and the defaults from which the data of new views are made.
+/// An animatable parameter of value type T. Each view has either a static value or a list of keyframes in ascending
+/// order of time. Times are in frames.
 ///
-/// A keyframed parameter always keys what is set at a time; one that is not keyframed has static values only. A
-/// splittable parameter may hold different data for each view; a view without data of its own reads the source data,
-/// that of the first view that has some. A parameter that was never written has no data at all and answers with its
-/// default.
+/// - A keyframed parameter stores what is set at a time as a keyframe. Otherwise there are static values only.
+/// - A splittable parameter can store different data for each view. A view without data reads the source data, which
+///   are those of the first view with data. A parameter that was never written has no data, and its value is the
+///   default value.
+/// - An edit that does not apply does nothing; it neither throws nor warns.
+/// - Each edit says which changes it emits, in order. A change in brackets is emitted only if the view gains data.
 ///
-/// Edits that do not apply are ignored silently. Which changes are sent is said at each operation, in order; a change
-/// in brackets only when the view gains data of its own.
-///
-/// A host's own type needs a `ValueType` and one source file that includes `prm/Parameter.hpp` and instantiates.
+/// For a type of its own, a host specialises `ValueType` and instantiates this class in one source file that includes
+/// `prm/Parameter.hpp`.
 ///
 /// \snippet a_switch.cpp switch
-/// \threads Values, samples and questions about the keyframes of one view may be asked from any number of threads while
-/// the owning thread edits, ties to masters included; the answer is a state that was announced: that before an edit or
-/// after it and, where a view gains data, that of VIEW_ADDED between them. All edits belong to the owning thread, and
-/// so does what goes through all views: `viewList()`, `numViews()`, `allKeyframes()`, `forEachKeyframeTime()` without a
-/// view, writing text, taking snapshots, and being copied from. While a parameter or a master of its is destroyed, no
-/// other thread may evaluate it. No lock is held while observers are notified of a change.
+/// \threads Evaluating, and querying the keyframes of one view, is safe on any number of threads while the owning
+/// thread edits, sets masters included. The result belongs to one announced state: before the edit, after it or, if a
+/// view gains data, that of VIEW_ADDED between the two. The owning thread alone may edit, and may call what goes
+/// through all views: `viewList()`, `numViews()`, `allKeyframes()`, `forEachKeyframeTime()` without a view, writing
+/// text, taking snapshots, and copying. No other thread may evaluate a parameter while it or one of its masters is
+/// destroyed. No lock is held while observers are notified.
 template <class T> class PRM_EXPORT Parameter : virtual public ParameterWithoutType {
 public:
     using KeyframeVector = QVector<KeyframeData<T>>;
@@ -81,194 +81,302 @@ public:
     class ParameterMemento;
     class StateAround;
 
+    /// \name Construct and assign
+    /// The order of the virtual operations, here and below, is part of the interface.
+    /// \{
+    /// Without names, keyframed and splittable, with a default value of `T()`.
     Parameter();
-    /// The default value fills the template; no view gets data.
+    /// Stores the default value for views that get data later; no view has data yet.
     explicit Parameter(const QString& scriptName, const T& defaultValue = T(),
                        ParameterOptions options = Keyframed | Splittable, ParameterSet* parent = nullptr);
-    /// A detached copy for snapshots: names, flags, keyframes and views; not the default value, the observers, the
-    /// links or the set.
+    /// A detached copy for snapshots: names, flags, keyframes and views are copied; the default value, the observers,
+    /// the links and the set are not.
     Parameter(const Parameter& other);
-    /// A copy of a parameter with curves would hold where the original has a curve: copy it as what it is.
+    /// Not allowed: a copy of a parameter with curves would have none. Copy it as its own class.
     template <class Curved, class = std::enable_if_t<std::is_base_of_v<CurveParameter<T>, Curved>>>
     Parameter(const Curved& other) = delete;
 
-    // The order of the virtual operations is part of the interface.
-
-    /// Takes over names, flags, keyframes, views and default interpolation of a parameter of the same type, never its
-    /// default value. PARAMETER_ASSIGNED.
+    /// Copies names, flags, keyframes, views and default interpolation from a parameter of the same type, but not the
+    /// default value. Emits PARAMETER_ASSIGNED. From a parameter of another type, or from itself, as the base class.
     void assignFrom(const ParameterWithoutType& other) override;
-    /// The value at the context's time in its view: the master's where there is one, the static value when not
-    /// keyframed, a keyframe's own at its time, otherwise what the hooks make of the keyframes around it.
+    /// \}
+    /// \name Values
+    /// \{
+    /// The value at the context's time in its view. Safe on any thread. The first of these that applies:
+    /// - the value of the master, if there is one of the same type;
+    /// - the static value, if the parameter is not keyframed or the view it reads has no keyframes;
+    /// - the value of the keyframe at exactly that time;
+    /// - what `interpolateValue` or `extrapolateValue` computes from the keyframes around the time.
+    ///
+    /// A view without data reads the source data, or a blend of the views with data (`setViewInterpolation`). `cache`
+    /// is passed on to the hooks and may be null.
     virtual T value(const Context& context, Cache* cache = nullptr) const;
-    /// Sets the value at the context, with a keyframe if the parameter is keyframed and the time valid, and answers the
-    /// keyframe's index; else the static value, and -1. [VIEW_ADDED], KEYFRAME_ADDED for a new keyframe,
-    /// KEYFRAME_CHANGED_VALUE if the value is new (index -1 for the static value).
+    /// Sets the value at the context. If the parameter is keyframed and the time is valid, sets the keyframe there,
+    /// adding it if need be, and returns its index; otherwise sets the static value and returns -1. Emits [VIEW_ADDED],
+    /// KEYFRAME_ADDED for a new keyframe, and KEYFRAME_CHANGED_VALUE if the value differs (index -1: the static value).
     virtual int vSetValue(const T& value, const Context& context);
+    /// The value of views that get data later, and of a parameter without data.
     virtual T defaultValue() const;
-    /// Counts for views that get data later. Sends nothing.
+    /// Sets the default value. Views that have data keep theirs. Emits nothing.
     virtual void vSetDefault(const T& value);
     using BasicParameter::setVariantValue;
     using BasicParameter::variantValue;
     /// Throws `std::runtime_error` ("Parameter not splittable", "Parameter not animated", translated) for a view other
     /// than 0 of an unsplittable parameter, and for a frame's time of one that is not keyframed. Otherwise calls the
-    /// virtual form with `std::nothrow`; what an observer or a hook throws meanwhile goes on to the caller.
+    /// form with `std::nothrow`; an exception of an observer or a hook passes through.
     void setVariantValue(const QVariant& variant, const Context& context) override;
-    /// Sets a keyframed parameter at a frame's time as `vSetValue` does, otherwise the static value: [VIEW_ADDED],
-    /// VALUE_CHANGED if it is new.
+    /// Converts the variant as `ValueType<T>` does. At a frame's time of a keyframed parameter does what `vSetValue`
+    /// does; otherwise sets the static value and emits [VIEW_ADDED], and VALUE_CHANGED if it differs. Throws nothing.
     void setVariantValue(const QVariant& variant, const Context& context, const std::nothrow_t&) override;
-    /// The keyframe's value, of the last one for an index beyond; the static value without keyframes.
+    /// The value of the keyframe at the index, of the last one for an index past the end; the static value if there are
+    /// no keyframes.
     virtual T keyframeValue(unsigned int index, const View& view) const;
-    /// The keyframe, the last one for an index beyond; without keyframes the invalid time, the static value and the
-    /// default interpolation.
+    /// The keyframe at the index, the last one for an index past the end; if there are no keyframes, one with the
+    /// invalid time, the static value and the default interpolation.
     virtual KeyframeData<T> keyframe(unsigned int index, const View& view) const;
-    /// Throws as `setVariantValue` does. Otherwise calls the virtual form with `std::nothrow`.
+    /// `value` as a variant. Throws as `setVariantValue` does; otherwise calls the form with `std::nothrow`.
     QVariant variantValue(const Context& context) const override;
+    /// `value` as a variant; an invalid variant if evaluating throws.
     QVariant variantValue(const Context& context, const std::nothrow_t&) const override;
+    /// The keyframes of all views in the order of `viewList()`, ascending in time within a view.
     QVector<Context> allKeyframes() const override;
-    /// Writes all lines of the parameter; true.
+    /// \}
+
+    /// Writes all lines of the parameter; returns true.
     bool bStreamOut(QTextStream& stream, const QString& prefix, bool withName) const override;
-    /// PARAMETER_CHANGED_EXTRAPOLATION_BEFORE, also when nothing changes.
+
+    /// \name Interpolation and extrapolation
+    /// Setters do nothing if the parameter is not keyframed, and those of a keyframe do nothing if it is splittable and
+    /// the view has no data; the default interpolation can always be set. Getters, except for the default
+    /// interpolation, return what the master has if there is a master.
+    /// \{
+    /// Sets how values continue before the first keyframe. Emits PARAMETER_CHANGED_EXTRAPOLATION_BEFORE, also if the
+    /// kind is the same.
     void vSetExtrapolationBefore(Extrapolation kind) override;
-    /// PARAMETER_CHANGED_EXTRAPOLATION_AFTER, also when nothing changes.
+    /// Sets how values continue after the last keyframe. Emits PARAMETER_CHANGED_EXTRAPOLATION_AFTER, also if the kind
+    /// is the same.
     void vSetExtrapolationAfter(Extrapolation kind) override;
-    /// Sets the kind of the keyframe at the context and returns whether there is one. When a keyframe follows,
-    /// `initialiseInterpolation` shapes the segment anew; it is given the keyframe with its former kind and shape. The
-    /// last keyframe keeps its shape. KEYFRAME_CHANGED_INTERPOLATION, also when nothing changes.
+    /// Sets the kind of the keyframe at the context; returns false if there is none. If another keyframe follows,
+    /// `initialiseInterpolation` computes the shape; it receives the keyframe with its former kind and shape. The last
+    /// keyframe keeps its shape. Emits KEYFRAME_CHANGED_INTERPOLATION, also if the kind is the same.
     bool vSetInterpolation(Interpolation kind, const Context& context) override;
+    /// Sets the kind for keyframes that are added without one before them. Existing keyframes keep theirs. Emits
+    /// nothing.
     void vSetDefaultInterpolation(Interpolation kind) override;
-    /// Sets kind and shape exactly as given. KEYFRAME_CHANGED_INTERPOLATION.
+    /// Sets kind and shape of one keyframe exactly as given; does nothing if there is no such index. Emits
+    /// KEYFRAME_CHANGED_INTERPOLATION.
     void vSetInterpolationData(IType itype, unsigned int index, const View& view) override;
+    /// Constant if the parameter is not keyframed.
     Extrapolation extrapolationBefore() const override;
+    /// Constant if the parameter is not keyframed.
     Extrapolation extrapolationAfter() const override;
-    /// The kind that governs the time: of the keyframe there or before it, of the first one before all.
+    /// The kind in effect at the time: that of the keyframe there or before it, or of the first keyframe if none is
+    /// before. The default interpolation in a view without keyframes; Constant if the parameter is not keyframed.
     Interpolation interpolation(const Context& context) const override;
+    /// The kind of one keyframe; the default interpolation if there is no such index.
     Interpolation interpolation(const KeyframeIndex& keyframe) const override;
+    /// The kind that `vSetDefaultInterpolation` set.
     virtual Interpolation defaultInterpolation() const;
+    /// Kind and shape of one keyframe; the default interpolation and four zeros if there is no such index.
     IType interpolationData(const KeyframeIndex& keyframe) const override;
+    /// Appends a `ParameterInterpolationEdit`, the undoable form of `vSetInterpolation`; returns the command.
     Bsc::CompositeCommand& vSetInterpolationCommand(Interpolation kind, Context context,
                                                     Bsc::CompositeCommand& command) override;
+    /// Appends a `ParameterInterpolationDataEdit`, the undoable form of `vSetInterpolationData`; returns the command.
     Bsc::CompositeCommand& vSetInterpolationDataCommand(Bsc::CompositeCommand& command, IType data,
                                                         const KeyframeIndex& keyframe) override;
+    /// Appends a `ParameterExtrapolationBeforeEdit`; returns the command.
     Bsc::CompositeCommand& vSetExtrapolationBeforeCommand(Extrapolation kind, Bsc::CompositeCommand& command) override;
+    /// Appends a `ParameterExtrapolationAfterEdit`; returns the command.
     Bsc::CompositeCommand& vSetExtrapolationAfterCommand(Extrapolation kind, Bsc::CompositeCommand& command) override;
-    /// The id of "Prm::Parameter<name of T>".
+    /// \}
+    /// \name Query keyframes
+    /// Queries concern the keyframes of one view, in ascending order of time; times are compared exactly. The result is
+    /// 0 or false, and output arguments keep their values, if the parameter is not keyframed, or if it is splittable
+    /// and the view has no data. Safe on any thread.
+    /// \{
+    /// The id of the meta-type "Prm::Parameter<name of T>".
     int qMetaType() const override;
+    /// Whether a value set at a time becomes a keyframe.
     bool isKeyframed() const override;
-    // Questions about the keyframes of a view answer "none" for a parameter that is not keyframed, and for a splittable
-    // one about a view without data of its own.
+    /// The number of keyframes.
     unsigned int keyframeCount(const View& view) const override;
+    /// The time of the keyframe at the index, in the given view; time 0 if there is none. A view without data shows
+    /// the source data.
     Context keyframeTime(unsigned int index, const View& view) const override;
+    /// Replaces each keyframe's time, in every view, by what the mapping returns. The mapping must be strictly
+    /// increasing: keyframes are not sorted again. Throws `boost::bad_function_call` for an empty mapping. Emits
+    /// nothing.
     void adjustKeyframesTime(const boost::function<Time(Time)>& mapping) override;
+    /// Whether a keyframe lies at exactly the context's time.
     bool bKeyframeAt(const Context::Explicit& context) const override;
+    /// Stores the time of the nearest keyframe, the later one of two at the same distance; false if there is none.
     bool bNearestKeyframeTime(const Context& context, Time& time) const override;
+    /// Stores the index of the nearest keyframe, the later one of two at the same distance; false if there is none.
     bool bNearestKeyframeIndex(const Context& context, unsigned int& index) const override;
+    /// Stores the time and view of the last keyframe strictly before the context's time; false if there is none.
     bool bPreviousKeyframe(const Context& context, Context& previous) const override;
+    /// Stores the time and view of the first keyframe strictly after the context's time; false if there is none.
     bool bNextKeyframe(const Context& context, Context& next) const override;
-    /// A keyframe of the present value where there is none; its index or -1. [VIEW_ADDED], KEYFRAME_ADDED.
+    /// \}
+    /// \name Edit, copy and restore
+    /// These do nothing if the parameter is not keyframed, except for `vReset` and `importKeyframe`. Deleting does
+    /// nothing in a view without data if the parameter is splittable.
+    /// \{
+    /// Adds a keyframe with the present value; returns its index, or -1 if there is one at that time already. Emits
+    /// [VIEW_ADDED], KEYFRAME_ADDED.
     int iAddKeyframe(const Context& context) override;
+    /// Calls `iAddKeyframe(const Context&)` for each view of the state; returns the last index added or -1, and 0 if
+    /// the parameter is not keyframed.
     int iAddKeyframe(const Frame& frame, const AnimationState& state) override;
-    /// KEYFRAME_REMOVED. The last keyframe leaves its value as the static value.
+    /// Deletes the keyframe at the context. The value of the last keyframe becomes the static value. Emits
+    /// KEYFRAME_REMOVED.
     void vDeleteKeyframe(const Context::Explicit& context) override;
-    /// VIEW_CLEARED, which does not name the view. The static value stays what it was before the view was animated.
+    /// Deletes all keyframes of the view. The static value stays what it was before the view had keyframes. Emits
+    /// VIEW_CLEARED, which does not name the view.
     void vDeleteAllKeyframes(const View& view) override;
-    /// Removes the keyframe at the context; in a view without keyframes sets the default value ([VIEW_ADDED],
-    /// VIEW_RESET).
+    /// Deletes the keyframe at the context (KEYFRAME_REMOVED); between keyframes does nothing. In a view without
+    /// keyframes, or of a parameter that is not keyframed, sets the static value to the default. Emits [VIEW_ADDED],
+    /// VIEW_RESET.
     void vReset(const Context& context) override;
-    /// The keyframe at the context, null when there is none; an empty one to be filled for the context of the invalid
-    /// time.
+    /// A copy of the keyframe at the context, null if there is none. For the invalid time: an empty one, to be filled
+    /// with `setFromString`.
     boost::shared_ptr<SerialisedKeyframe> getSerialisedKeyframe(Context context) const override;
     /// Sets value, interpolation and shape at the keyframe's own time and view. Throws `std::bad_cast` for a keyframe
     /// of another type.
     void importKeyframe(const SerialisedKeyframe& keyframe) override;
-    /// A copy that shares keyframes with this parameter until one side changes.
+
+    /// A snapshot, which shares keyframes with this parameter until either changes.
     boost::shared_ptr<Bsc::MementoBase> exportState() const override;
-    /// Throws `std::bad_cast` for a snapshot of another kind, and for null. PARAMETER_ASSIGNED.
+    /// Restores a snapshot. Throws `std::bad_cast` for a snapshot of another kind, and for null. Emits
+    /// PARAMETER_ASSIGNED.
     void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override;
-    /// Whether more than one view has data of its own.
+    /// \}
+    /// \name Views
+    /// \{
+    /// Whether more than one view has data.
     bool isSplit() const override;
-    /// Nothing but the flag: data that views have stay.
+    /// Sets whether views may have data of their own. Data that views have stay. Emits nothing.
     void setSplittable(bool splittable) override;
+    /// Whether views may have data of their own.
     bool splittable() const override;
+    /// The length of `viewList()`.
     int numViews() const override;
-    /// The views with data of their own, in ascending order. The reference lives as long as the parameter, and shows
-    /// later changes; with more than 4096 views, ask again.
+    /// The views with data, in ascending order. The reference is valid as long as the parameter and follows later
+    /// changes; if there are more than 4096 views, call again after a change.
     const std::vector<View>& viewList() const override;
-    /// Gives `to` what `from` shows in `source` (this parameter for null). [VIEW_ADDED], VALUE_CHANGED.
+    /// Gives `to` a copy of what `from` shows in `source` (null: in this parameter). Does nothing if this parameter is
+    /// unsplittable or the source has another type. Emits [VIEW_ADDED], VALUE_CHANGED.
     void copyViewData(const View& from, const View& to, const ParameterWithoutType* source) override;
-    /// Gives a view without data a copy of what it shows. [VIEW_ADDED], VALUE_CHANGED.
+    /// Gives a view without data a copy of what it shows. Does nothing if the parameter is unsplittable. Emits
+    /// VIEW_ADDED, VALUE_CHANGED.
     void uniquifyView(const View& view) override;
-    /// Gives `hero`, if it has no data, a copy of what `from` shows; returns whether it did. [VIEW_ADDED],
-    /// VALUE_CHANGED.
+    /// Gives `hero` a copy of what `from` shows. Returns false if `hero` is invalid or has data, or if the parameter is
+    /// unsplittable. Emits VIEW_ADDED, VALUE_CHANGED.
     bool initialiseHeroView(const View& hero, const View& from) override;
-    /// Takes the data of a view away; false where it has none, and for the last one. VIEW_REMOVED.
+    /// Deletes the data of a view, which then reads the source data. Returns false for a view without data and for the
+    /// only view with data. Emits VIEW_REMOVED.
     bool deleteView(const View& view) override;
+    /// \}
+    /// \name Undoable edits
+    /// Each appends to the command without doing the edit.
+    /// \{
+    /// Appends a `ParameterAddKeyEdit`; returns the command.
     Bsc::CompositeCommand& vAddKeyframeCommand(const Context::Explicit& context,
                                                Bsc::CompositeCommand& command) override;
+    /// Appends a `ParameterAddKeyEdit` for each view of the state; returns the command.
     Bsc::CompositeCommand& vAddKeyframeCommand(const Frame& frame, const AnimationState& state,
                                                Bsc::CompositeCommand& command) override;
+    /// Appends a `ParameterDeleteKeyEdit`.
     void createKeyframeDeletion(const Context::Explicit& context, Bsc::CompositeCommand& command) override;
+    /// Appends a `ParameterDeleteKeyEdit` for each view of the state.
     void createKeyframeDeletion(const Frame& frame, const AnimationState& state,
                                 Bsc::CompositeCommand& command) override;
+    /// Appends a `ParameterDeleteAllKeysEdit`; returns the command.
     Bsc::CompositeCommand& vDeleteAllKeyframesCommand(const View& view, Bsc::CompositeCommand& command) override;
+    /// The type of the values: `typeid(T)`.
     virtual const std::type_info& tRawValueType() const;
+    /// Appends a `ParameterAddConstrainedParameterEdit`, the undoable form of `bAddConstrainedParameter`; nothing for
+    /// null. Returns the command.
     Bsc::CompositeCommand& bAddConstrainedParameterCommand(ParameterWithoutType* parameter,
                                                            Bsc::CompositeCommand& command) override;
-    /// Takes over keyframes, views, flags, extrapolation and view interpolation of a parameter of the same type, so
-    /// that this one shows the same at every time in every view. PARAMETER_ASSIGNED.
+    /// \}
+
+    /// Copies keyframes, views, flags, extrapolation and view interpolation from a parameter of the same type, so that
+    /// both have the same value at every time in every view. Does nothing for another type. Emits PARAMETER_ASSIGNED.
     void vCopyKeyframeDataFrom(const ParameterWithoutType* source) override;
-    /// Adds the value at the context; where its time is no frame, the static value of view 0.
+    /// Adds the value at the context to the hash; if the context's time is no frame, the static value of view 0.
     void calculateHash(Bsc::Hash& hash, const Context& context) const override;
-    // The hooks by which a type gets curves. Here: every segment holds the value of its first keyframe, and the range
-    // holds its ends. They may ask `keyframe()` again: one evaluation sees one list throughout.
+
+    /// \name Hooks for curves
+    /// A class overrides these to give its values curves. They run on every thread that evaluates. During one
+    /// evaluation, `keyframe()` and the other queries return the same list of keyframes throughout.
+    /// \{
+    /// The value at a time between two keyframes. Here: the value of the keyframe before.
     virtual T interpolateValue(const BoundingKeyframes& keyframes, const Context& context, Cache* cache) const;
+    /// The value at a time before the first or after the last keyframe; the other side of `keyframes` is empty. Here:
+    /// the value of that keyframe.
     virtual T extrapolateValue(const BoundingKeyframes& keyframes, const Context& context, Cache* cache) const;
-    /// Whether `extrapolateValue` can answer for a view without keyframes.
+    /// Whether `extrapolateValue` is called for a view without keyframes, with both sides empty. Here: false.
     virtual bool supportsExtrapolationFromNoKeys() const;
+    /// Whether the view has data of its own.
     virtual bool hasViewData(const View& view) const;
-    /// The interpolation of `from` when its segment, up to `to`, becomes of a kind: when a keyframe is added, and by
-    /// `vSetInterpolation`, where `from` still has its former kind and shape. The keyframes are copies. An override may
-    /// edit, and delete the parameter; the edit that asks goes on with the keyframes it then finds, and uses the result
-    /// only for a segment that still has both ends.
+    /// The interpolation of `from` when its segment, which ends at `to`, becomes of a kind. Called when a keyframe is
+    /// added, and by `vSetInterpolation`, where `from` has its former kind and shape. Here: the kind and four zeros.
+    ///
+    /// The keyframes are copies. An override may edit and even delete the parameter: the calling edit then continues
+    /// with the keyframes that it finds, and uses the result only if the segment still has both ends.
     virtual IType initialiseInterpolation(const KeyframeData<T>& from, const KeyframeData<T>& to,
                                           Interpolation kind) const;
-    /// Takes one line; its changes are not told, except VIEW_ADDED. Throws `std::runtime_error` for a malformed
-    /// keyframe.
+    /// \}
+
+    /// Reads one line without the parameter's name; returns whether it was taken. Emits nothing except VIEW_ADDED.
+    /// Throws `std::runtime_error` for a malformed keyframe.
     bool streamInValue(const QString& line, const ProjectFileVersion& version, TextConversion convert) override;
     ~Parameter() override;
 
-    /// The keyframes of one view, or its static value where there are none.
+    /// Writes the keyframes of one view, or its static value if it has none.
     void writeSingleViewValues(QTextStream& stream, const QString& prefix, const View& view,
                                bool forceViewPrefix) const;
-    /// The static value after the view's prefix.
+    /// Writes the static value after the view's prefix.
     void writeStaticValue(QTextStream& stream, const QString& prefix, const View& view) const;
 
     quint64 keyframeRevision() const override { return m_revision; }
-    /// Of a parameter with more than 64 keyframes and views: whether the views of these places have data, their
-    /// static values, the keyframes from the one before each place to the one after it, and the settings. Of a
-    /// smaller one, and for a class whose `exportState` takes something else, the whole state.
+    /// If the parameter has more than 64 keyframes and views: a snapshot of the settings and of the views of these
+    /// places: whether each has data, its static value, and its keyframes from the one before each place to the one
+    /// after it. Otherwise, and for a class that overrides `exportState`, a snapshot of the whole state.
     boost::shared_ptr<Bsc::MementoBase> exportStateAround(const detail::Places& places) const override;
     void retimeKeyframes(const boost::function<Time(Time)>& mapping) override;
 
+    /// \name Values
+    /// \{
     /// The static value that the view reads.
     T staticValue(const View& view) const;
-    /// Takes all views' data away. VIEW_REMOVED for each, in ascending order.
+    /// Deletes the data of all views, so that every view shows the default value. Emits VIEW_REMOVED for each, in
+    /// ascending order.
     void clearViewData();
-
-    /// The values at many times, as `value` gives them, in ascending order of time at the best speed. `out` has room
-    /// for all of them.
+    /// The values at `count` times in one view, as `value` returns them, stored in `out`, which must have room for
+    /// them. Fastest with times in ascending order. Safe on any thread.
     void sampleValues(const Time* times, int count, const View& view, T* out, Cache* cache = nullptr) const;
     /// The values at the frames from `first` to `last`, both included.
     QVector<T> sampleValues(const Frame& first, const Frame& last, const View& view, Cache* cache = nullptr) const;
-
-    /// How views without data of their own are made from those that have some.
+    /// \}
+    /// \name Views
+    /// \{
+    /// How the value of a view without data is computed from the views with data. Off in a new parameter.
     MVInterpolationParams viewInterpolation() const;
+    /// Emits nothing.
     void setViewInterpolation(const MVInterpolationParams& params);
-
-    /// The position at which a keyframe of the time belongs.
+    /// \}
+    /// \name Query keyframes
+    /// \{
+    /// The index at which a keyframe of that time belongs: the number of keyframes before it.
     unsigned int insertionIndex(const Time& time, const LockedKeyframes& keyframes) const;
-    /// The index of the keyframe at the time, or `KeyframeIndex::INVALID_INDEX`.
+    /// The index of the keyframe at exactly that time, or `KeyframeIndex::INVALID_INDEX`.
     unsigned int keyframeIndexForTime(const Time& time, const LockedKeyframes& keyframes) const;
+    /// The same among the keyframes that the context's view reads.
     unsigned int keyframeIndexForTime(const Context& context) const;
+    /// \}
 
 protected:
     using HeldTrack = detail::HeldTrack<T>;

@@ -18,15 +18,15 @@ namespace Prm {
 
 class ParameterWithoutType;
 
-/// Says what changed in a parameter. Observers receive it by reference with the signal
-/// `changed(Prm::ParameterChange&)`, on the thread that made the change, before the changing operation returns; the
-/// per-view locks are released by then. The pointers in it are good for that long only.
+/// A record of one change of a parameter. Observers receive it by reference with the signal
+/// `changed(Prm::ParameterChange&)`, on the thread that made the change, before the edit returns and after the per-view
+/// locks are released. The record and its pointers are valid during that call only.
 ///
 /// \snippet observing.cpp slot
-/// \threads Made, read and gone on the thread that edits: a queued connection would read a record that is no more.
+/// \threads The thread that edits. Queued connections must not be used: the record no longer exists when they run.
 class PRM_EXPORT ParameterChange {
 public:
-    /// The numbers are fixed.
+    /// The numbers never change.
     enum ChangeType : qint32 {
         KEYFRAME_ADDED = 0,
         KEYFRAME_REMOVED = 1,
@@ -50,18 +50,20 @@ public:
         NUM_CHANGE_TYPES = 19
     };
 
-    /// No change: what Qt makes when it needs an empty record.
+    /// An empty record, as Qt's meta-type system creates it.
     ParameterChange();
     ParameterChange(ChangeType ofType, ParameterWithoutType& ofParameter, unsigned int index);
-    /// The list belongs to the sender.
+    /// The sender owns the list.
     ParameterChange(ChangeType ofType, ParameterWithoutType* ofParameter, const QList<unsigned int>* indices);
     ParameterChange(ChangeType ofType, ParameterWithoutType& ofParameter, Bsc::CompositeCommand& registered,
                     const Context& at);
 
-    // Each builds the record and sends it through the parameter's `emitChange`. An index is a position in the list of
-    // keyframes of that view, -1 where the static value is meant.
+    /// \name Emit a change
+    /// Each builds a record and passes it to the parameter's `emitChange`. An index is a position in the view's list of
+    /// keyframes; -1 means the static value.
+    /// \{
     static void keyframeAdded(ParameterWithoutType& parameter, int index, const View& view);
-    /// The index is the one before the removal.
+    /// The index is that before the removal.
     static void keyframeRemoved(ParameterWithoutType& parameter, int index, const Context& context);
     static void keyframeChangedValue(ParameterWithoutType& parameter, int index, const View& view);
     static void keyframeChangedTimeValue(ParameterWithoutType& parameter, int index, const View& view);
@@ -78,20 +80,21 @@ public:
     static void hiddenParameterChanged(ParameterWithoutType& parameter);
     static void lockedParameterChanged(ParameterWithoutType& parameter);
     static void keyframeMoved(ParameterWithoutType& parameter, QList<unsigned int>& indices, const View& view);
-    /// Sent on `commandRegistrationChanged`, past the notification switches.
+    /// Emits `commandRegistrationChanged`; notification switches do not apply.
     static void commandRegistered(ParameterWithoutType& parameter, Bsc::CompositeCommand& command,
                                   const Context& context);
+    /// \}
 
     unsigned int getAffectedIndex() const { return affectedIndex; }
     const QList<unsigned int>* getAffectedIndices() const { return affectedIndices; }
-    /// The name of the type, or "Unknown parameterchange type, forgot to add?".
+    /// The name of the type; for an unknown type "Unknown parameterchange type, forgot to add?".
     QString typeToString() const;
 
-    /// Registers "Prm::ParameterChange&" beside the meta-type, once; without the alias the signal's signature could not
-    /// be matched by name.
+    /// The id of the meta-type. Also registers the name "Prm::ParameterChange&", by which Qt matches the signal's
+    /// signature.
     static int qMetaType();
 
-    /// Null only in a record that Qt made.
+    /// Null only in an empty record.
     ParameterWithoutType* parameter = nullptr;
     ChangeType type = NUM_CHANGE_TYPES;
     /// The keyframe concerned (types 0 to 4), else 0.
@@ -100,13 +103,13 @@ public:
     const QList<unsigned int>* affectedIndices = nullptr;
     /// The registered command (COMMAND_REGISTERED), else null.
     Bsc::CompositeCommand* command = nullptr;
-    /// The view concerned; for KEYFRAME_REMOVED and COMMAND_REGISTERED the whole context. VIEW_CLEARED does not name
-    /// the cleared view here.
+    /// The view concerned, at time 0; for KEYFRAME_REMOVED and COMMAND_REGISTERED also the time. VIEW_CLEARED does not
+    /// name the cleared view.
     Context context;
 };
 
-/// Lets one type of change through while the parameter's Qt signals are blocked, for as long as it lives. Permits nest,
-/// and may outlive the parameter.
+/// A scope in which one type of change is emitted although the parameter's Qt signals are blocked. Scopes may be
+/// nested, and the parameter may be deleted meanwhile.
 ///
 /// \snippet observing.cpp block
 /// \threads The thread that owns the parameter.

@@ -32,27 +32,27 @@ class RetimingPlan;
 class State;
 } // namespace detail
 
-/// A change of one parameter that can be done, undone, and done again. Edits know only the untyped interface, so they
-/// serve every kind of parameter, compounds as well.
+/// A change of one parameter that can be done, undone, and redone. Edits use the untyped interface only, so they work
+/// with every kind of parameter, compounds included.
 ///
-/// An edit does not own its parameter. Once that has died, doing and undoing do nothing. Either call leaves things as
-/// it found them when something throws, an observer for instance; then the exception goes on. Redo does the change
-/// anew, on whatever the parameter has become.
+/// An edit does not own its parameter. After the parameter was deleted, doing and undoing do nothing. If an observer or
+/// hook throws, the call restores the state before it and rethrows. Redoing does the change again, on the present state
+/// of the parameter.
 ///
 /// \snippet undo_stack.cpp offer
 /// \threads Made, done, undone and deleted on the thread that owns the parameter.
 class PRM_EXPORT ParameterEdit : public Bsc::Command {
 public:
-    /// The parameter's script name, followed by " (deleted)" once it has died. Empty for an edit of none.
+    /// The parameter's script name, followed by " (deleted)" after it was deleted. Empty without a parameter.
     QString usageLogInfo() const override;
     ~ParameterEdit() override;
 
 protected:
     explicit ParameterEdit(BasicParameter* edited);
 
-    /// Null once it has died.
+    /// Null after the parameter was deleted.
     BasicParameter* edited() const { return m_edited.data(); }
-    /// The same, null also where it does not animate.
+    /// The same; null also if the parameter is not animatable.
     ParameterWithoutType* parameter() const { return qobject_cast<ParameterWithoutType*>(m_edited.data()); }
 
 private:
@@ -61,17 +61,17 @@ private:
     QString m_scriptName;
 };
 
-/// An edit that takes the state of what it concerns each time it is done and puts it back when it is undone, which
-/// sends PARAMETER_ASSIGNED; `isImporting()` is true meanwhile. When doing it has changed nothing, no state is kept and
-/// undoing does nothing.
+/// An edit that takes a snapshot (memento) of what it concerns each time it is done, and restores it when it is undone.
+/// Restoring emits PARAMETER_ASSIGNED; `isImporting()` is true meanwhile. If doing changes nothing, no snapshot is kept
+/// and undoing does nothing.
 ///
-/// An edit of a part whose compound is keyed together concerns all parts: doing it may give them keyframes or delete
-/// theirs. Those that have changed are put back, too.
+/// An edit of a part whose compound is keyed together concerns all parts, because it may add or delete their keyframes.
+/// Undoing restores every part that changed.
 ///
-/// The state is of the whole parameter while that has at most 64 keyframes and views. Of a larger one it is the
-/// settings and the views that the edit concerns: their static values, and the keyframes from the one before each
-/// edited time to the one after it. What has been changed meanwhile by other means than edits that are undone before,
-/// undoing takes back in the first case and leaves alone in the second.
+/// If the parameter has at most 64 keyframes and views, the snapshot holds all of them. Otherwise it holds the settings
+/// and the views that the edit concerns: their static values, and the keyframes from the one before each edited time to
+/// the one after it. Changes made since by anything but edits that were undone: undoing reverts them in the first case
+/// and keeps them in the second.
 ///
 /// \snippet every_edit.cpp keyframes
 class PRM_EXPORT ParameterSnapshotEdit : public ParameterEdit {
@@ -83,29 +83,28 @@ public:
 protected:
     explicit ParameterSnapshotEdit(BasicParameter* edited);
 
-    /// Whether there is anything to do. Called with a living parameter, before the state is taken.
+    /// Whether there is anything to do. Called before the snapshot is taken; the parameter exists.
     virtual bool applies() = 0;
-    /// Does it. Observers may destroy the parameter.
+    /// Does the change. Observers may delete the parameter.
     virtual void apply() = 0;
-    /// Where alone in an animated parameter `apply` changes anything. Empty, as here, where that is not known.
+    /// The only places in an animatable parameter that `apply` changes. Empty, as here, if they are not known.
     virtual detail::Places places() const;
-    /// Of a living parameter; here around the places.
+    /// Takes the snapshot; the parameter exists. Here: around the places.
     virtual detail::State takeState() const;
-    /// Whether the state can be put back now. True here.
+    /// Whether the snapshot can be restored now. Here: true.
     virtual bool mayUndo(const detail::State& former) const;
 
 private:
     std::unique_ptr<const detail::State> m_former;
 };
 
-/// Adds a keyframe with the value that the parameter has there. Nothing where there is one already, or for a parameter
-/// that is not keyframed.
+/// Adds a keyframe with the present value. Does nothing if there is one already, or if the parameter is not keyframed.
 ///
 /// \snippet every_edit.cpp keyframes
 class PRM_EXPORT ParameterAddKeyEdit : public ParameterSnapshotEdit {
 public:
     ParameterAddKeyEdit(ParameterWithoutType& parameter, const Context& context);
-    /// Appends one edit; the second form one for each of the state's views.
+    /// Appends one edit; the second form, one for each of the state's views.
     static Bsc::CompositeCommand& appendToCommand(ParameterWithoutType& parameter, const Context::Explicit& context,
                                                   Bsc::CompositeCommand& command);
     static Bsc::CompositeCommand& appendToCommand(ParameterWithoutType& parameter, const Frame& frame,
@@ -126,7 +125,7 @@ private:
 class PRM_EXPORT ParameterDeleteKeyEdit : public ParameterSnapshotEdit {
 public:
     ParameterDeleteKeyEdit(ParameterWithoutType& parameter, const Context::Explicit& context);
-    /// Appends one edit; the second form one for each of the state's views.
+    /// Appends one edit; the second form, one for each of the state's views.
     static Bsc::CompositeCommand& appendToCommand(ParameterWithoutType& parameter, const Context::Explicit& context,
                                                   Bsc::CompositeCommand& command);
     static Bsc::CompositeCommand& appendToCommand(ParameterWithoutType& parameter, const Frame& frame,
@@ -157,7 +156,7 @@ private:
     View m_view;
 };
 
-/// Gives the keyframe at a time another kind of interpolation.
+/// Sets the kind of interpolation of the keyframe at a time.
 ///
 /// \snippet every_edit.cpp curves
 class PRM_EXPORT ParameterInterpolationEdit : public ParameterSnapshotEdit {
@@ -174,7 +173,7 @@ private:
     Context m_context;
 };
 
-/// Gives a keyframe, named by its position, other interpolation data.
+/// Sets kind and shape of the keyframe at an index.
 ///
 /// \snippet every_edit.cpp curves
 class PRM_EXPORT ParameterInterpolationDataEdit : public ParameterSnapshotEdit {
@@ -195,8 +194,8 @@ private:
     View m_view;
 };
 
-/// Sets the value at a context: keys it on a keyframed parameter whose context names a frame, else sets the static
-/// value of the view. As `setVariantValue`, but with any context: the view counts only for a splittable parameter.
+/// Sets the value at a context. If the parameter is keyframed and the time is a frame's, sets or adds the keyframe
+/// there; otherwise sets the static value of the view. An unsplittable parameter ignores the view.
 ///
 /// \snippet every_edit.cpp values
 class PRM_EXPORT ParameterSetValueEdit : public ParameterSnapshotEdit {
@@ -215,7 +214,7 @@ private:
     Context m_context;
 };
 
-/// Sets the static value of a view, also of a keyframed parameter; or the value of one that does not animate.
+/// Sets the static value of a view, also of a keyframed parameter; or the value of a parameter that is not animatable.
 ///
 /// \snippet every_edit.cpp values
 class PRM_EXPORT ParameterSetStaticValueEdit : public ParameterSnapshotEdit {
@@ -234,7 +233,7 @@ private:
     View m_view;
 };
 
-/// Resets at a context: as `vReset`.
+/// Does `vReset` at a context.
 ///
 /// \snippet every_edit.cpp keyframes
 class PRM_EXPORT ParameterResetEdit : public ParameterSnapshotEdit {
@@ -250,7 +249,7 @@ private:
     Context m_context;
 };
 
-/// Gives a view data of its own, equal to those that it shows.
+/// Gives a view a copy of the data that it shows (`uniquifyView`).
 ///
 /// \snippet every_edit.cpp views
 class PRM_EXPORT ParameterSplitViewEdit : public ParameterSnapshotEdit {
@@ -266,7 +265,7 @@ private:
     View m_view;
 };
 
-/// Takes a view's own data away, except from the only one that has some.
+/// Deletes the data of a view (`deleteView`). Does nothing for the only view with data.
 ///
 /// \snippet every_edit.cpp views
 class PRM_EXPORT ParameterDeleteViewEdit : public ParameterSnapshotEdit {
@@ -282,25 +281,26 @@ private:
     View m_view;
 };
 
-/// How keyframes are moved in time: those from `first` to `last`, both included, go from t to
+/// A mapping of time: keyframes from `first` to `last`, both included, move from t to
 /// `pivot + scale * (t - pivot) + shift`.
 ///
 /// \snippet every_edit.cpp times
 /// \threads A plain value.
 struct PRM_EXPORT Retiming {
-    /// All keyframes, later by so many frames.
+    /// Moves all keyframes later by a number of frames.
     static Retiming shifted(double frames);
-    /// All keyframes, farther from the pivot by a factor.
+    /// Multiplies the distance of all keyframes from the pivot by a factor.
     static Retiming scaled(double factor, Time pivot = Time());
-    /// The same of the keyframes of a range only.
+    /// The same mapping for the keyframes of a range only.
     Retiming between(Time from, Time to) const;
 
-    /// Whether the scale is above 0, and all numbers are finite. Another retiming does nothing.
+    /// Whether the scale is above 0 and all numbers are finite. Otherwise an edit with this mapping does nothing.
     bool isUsable() const;
+    /// Whether the time is in the range.
     bool concerns(Time time) const { return time >= first && time <= last; }
-    /// Where a keyframe of the range goes that is at this time.
+    /// The time to which a keyframe of the range moves from this time.
     Time operator()(Time time) const;
-    /// The same of any keyframe: one outside the range stays.
+    /// The same for any keyframe; outside the range, the same time.
     Time moved(Time time) const;
 
     Time first;
@@ -310,23 +310,23 @@ struct PRM_EXPORT Retiming {
     double shift = 0.0;
 };
 
-/// Moves a range of keyframes, in every view with data of its own; of a compound those of each part. Curves keep their
-/// shape.
+/// Moves a range of keyframes in every view with data; of a compound, those of each part. Curves keep their shape.
 ///
-/// The moved keyframes keep their order. One that comes to the time of a keyframe that stays takes its place; of
-/// several that come to the same time the last one is left. When any of them would come to a time that is none, nothing
-/// is moved. Sends, once all are moved, one KEYFRAME_MOVED for each view as long as no keyframe is passed or replaced,
-/// else KEYFRAME_REMOVED from the last position on, then KEYFRAME_ADDED from the first one on, and for a keyframe that
-/// was replaced KEYFRAME_CHANGED_VALUE and KEYFRAME_CHANGED_INTERPOLATION. A compound sends these with positions in its
-/// list of keyframes; each of its parts that has changed sends PARAMETER_ASSIGNED.
+/// The moved keyframes keep their order. A keyframe moved onto one that stays replaces it; of several moved to one time
+/// the last remains. If any would move to an invalid time, nothing is moved.
+///
+/// When all are moved, emits for each view: if no keyframe passed or replaced another, one KEYFRAME_MOVED; otherwise
+/// KEYFRAME_REMOVED in descending order of index, KEYFRAME_ADDED in ascending order, and for each keyframe that was
+/// replaced KEYFRAME_CHANGED_VALUE and KEYFRAME_CHANGED_INTERPOLATION. A compound emits these with positions in its
+/// union; each part that changed emits PARAMETER_ASSIGNED.
 ///
 /// \snippet every_edit.cpp times
 class PRM_EXPORT ParameterRetimeEdit : public ParameterSnapshotEdit {
 public:
     ParameterRetimeEdit(ParameterWithoutType& parameter, const Retiming& retiming);
     ~ParameterRetimeEdit() override;
-    /// Appends one edit, also for a compound; the last form one for each parameter of the set and its subsets. A set
-    /// that is a compound is retimed as one parameter.
+    /// Appends one edit, for a compound too; the last form, one for each parameter of the set and its subsets. A set
+    /// that is a compound counts as one parameter.
     static Bsc::CompositeCommand& appendToCommand(ParameterWithoutType& parameter, const Retiming& retiming,
                                                   Bsc::CompositeCommand& command);
     static Bsc::CompositeCommand& appendToCommand(CompoundParameter& parameter, const Retiming& retiming,
@@ -344,25 +344,25 @@ private:
     std::unique_ptr<const detail::RetimingPlan> m_plan;
 };
 
-/// Pastes keyframes from text, one a line as `textOf` gives them. A keyframe that is at one of their times already is
-/// replaced. Doing it throws `std::runtime_error` for a line that is no keyframe, before anything changes.
+/// Pastes keyframes from text with one keyframe a line, as `textOf` returns it. Existing keyframes at the same times
+/// are replaced. `doIt` throws `std::runtime_error` for a line that is no keyframe, before anything changes.
 ///
-/// Times and shapes are taken exactly as the text has them. What is pasted from `textOf` is what was copied, digit for
-/// digit. Lines of project text have six digits; then two keyframes that were close to each other may come to one
-/// time, of which the last is left: `losses` says so before.
+/// Times and shapes are read exactly. Text from `textOf` has all digits, so the pasted keyframes equal the copied ones.
+/// Lines of project text have six digits: two keyframes close to each other may then have the same time, and the last
+/// one is used. `losses` lists such keyframes beforehand.
 ///
 /// \snippet every_edit.cpp times
 class PRM_EXPORT ParameterPasteKeyframesEdit : public ParameterSnapshotEdit {
 public:
-    /// With a valid `at`, all are moved so that the first of them comes to that time. With a valid `view`, all go into
-    /// that view; otherwise each goes into the one that its line names.
+    /// With a valid `at`, all keyframes are shifted so that the first is at that time. With a valid `view`, all are
+    /// pasted into that view; otherwise each into the view that its line names.
     ParameterPasteKeyframesEdit(ParameterWithoutType& parameter, const QString& text, Time at = Time(Time::INVALID),
                                 const View& view = View(View::INVALID()));
-    /// A sentence on each keyframe of the text that would be lost, because a later line has the same time and view.
-    /// Throws as doing it.
+    /// One sentence for each keyframe of the text that is not pasted because a later line has the same time and view.
+    /// Throws as `doIt` does.
     QStringList losses() const;
-    /// The keyframes of a view from `first` to `last`, both included, in lines of project text whose numbers have all
-    /// digits that they need.
+    /// The keyframes of a view from `first` to `last`, both included, as lines of project text whose numbers have all
+    /// digits.
     static QString textOf(const ParameterWithoutType& parameter, const View& view, Time first, Time last);
 
 protected:
@@ -374,12 +374,13 @@ private:
     QString m_text;
     Time m_at;
     View m_view;
-    /// Those of the text, between the two steps of doing it.
+    /// The keyframes of the text, from `applies` to `apply`.
     std::vector<boost::shared_ptr<SerialisedKeyframe>> m_wanted;
 };
 
-/// An edit of one setting, put back through the same mutator, so that observers are notified both ways. Where the
-/// parameter does not return its own setting (it shows its master's, or is a compound), a state is put back instead.
+/// An edit of one setting. Undoing calls the same mutator with the former setting, so that doing and undoing emit the
+/// same change. If the parameter does not return its own setting (it has a master, or is a compound), a snapshot is
+/// restored instead.
 ///
 /// \snippet every_edit.cpp settings
 class PRM_EXPORT ParameterSettingEdit : public ParameterEdit {
@@ -404,7 +405,7 @@ private:
     std::unique_ptr<const detail::State> m_state;
 };
 
-/// Gives a parameter another extrapolation before its first keyframe; nothing on one that is not keyframed.
+/// Sets the extrapolation before the first keyframe. Does nothing if the parameter is not keyframed.
 ///
 /// \snippet every_edit.cpp curves
 class PRM_EXPORT ParameterExtrapolationBeforeEdit : public ParameterSettingEdit {
@@ -418,7 +419,7 @@ protected:
     void set(ParameterWithoutType& parameter, quint32 setting) const override;
 };
 
-/// Gives a parameter another extrapolation after its last keyframe; nothing on one that is not keyframed.
+/// Sets the extrapolation after the last keyframe. Does nothing if the parameter is not keyframed.
 ///
 /// \snippet every_edit.cpp curves
 class PRM_EXPORT ParameterExtrapolationAfterEdit : public ParameterSettingEdit {
@@ -432,7 +433,7 @@ protected:
     void set(ParameterWithoutType& parameter, quint32 setting) const override;
 };
 
-/// Hides a parameter from the user, or shows it again.
+/// Sets the hidden flag (`hide`).
 ///
 /// \snippet every_edit.cpp settings
 class PRM_EXPORT ParameterWithoutTypeHideEdit : public ParameterSettingEdit {
@@ -444,7 +445,7 @@ protected:
     void set(ParameterWithoutType& parameter, quint32 setting) const override;
 };
 
-/// Locks a parameter, or unlocks it. The flag is the host's to heed: the library edits a locked parameter as any other.
+/// Sets the locked flag (`setLocked`). The flag is for the host: the library edits locked parameters, too.
 ///
 /// \snippet every_edit.cpp settings
 class PRM_EXPORT ParameterWithoutTypeLockEdit : public ParameterSettingEdit {
@@ -456,9 +457,9 @@ protected:
     void set(ParameterWithoutType& parameter, quint32 setting) const override;
 };
 
-/// Makes one parameter the master of another, which is the one that is edited: undoing gives that one its own data and
-/// its former master back. Without a master where the former one has died, or, with a warning, where it has come to
-/// show the animation of the edited parameter.
+/// Makes one parameter the master of another. The edited parameter is the other one: undoing restores its data and its
+/// former master. It has no master afterwards if the former one was deleted or, with a warning, is now constrained to
+/// the edited parameter.
 ///
 /// \snippet every_edit.cpp links
 class PRM_EXPORT ParameterAddConstrainedParameterEdit : public ParameterSnapshotEdit {
@@ -474,8 +475,8 @@ private:
     QPointer<ParameterWithoutType> m_master;
 };
 
-/// Frees a parameter from its master, with a copy of the master's keyframes. Undoing does nothing when the master has
-/// died meanwhile; nor, with a warning, when it has come to show the animation of the freed parameter.
+/// Removes a parameter's master; the parameter keeps a copy of the master's keyframes (`bUnconstrain`). Undoing does
+/// nothing if the master was deleted or, with a warning, is now constrained to the edited parameter.
 ///
 /// \snippet every_edit.cpp links
 class PRM_EXPORT ParameterWithoutTypeUnconstrainEdit : public ParameterSnapshotEdit {

@@ -33,132 +33,185 @@ class Invariants;
 class NameIndex;
 } // namespace detail
 
-/// A named node of the tree of parameters: it lists the animatable parameters of one node of the host, further
-/// parameters that do not animate, and subsets. What project text writes and reads, and snapshots capture.
+/// A named node of the tree of parameters. It lists animatable parameters, parameters that do not animate, and subsets.
+/// Project text and snapshots are made of sets.
 ///
-/// Parameters and subsets added by shared pointer are kept alive, those added by reference are not; whatever dies
-/// leaves the sets that list it.
+/// The set shares ownership of members added by shared pointer and does not own those added by reference. A member that
+/// is deleted is removed from all sets that list it.
 ///
 /// \snippet parameter_panel.cpp set
 /// \threads One at a time, that of the parameters in it.
 class PRM_EXPORT ParameterSet : virtual public Bsc::MementoUndoable, public detail::Mortal {
 public:
-    /// The name is also the script name, with what that does not allow replaced.
+    /// \name Construct and assign
+    /// \{
+    /// The name is also the script name, with characters replaced as `setScriptName` does.
     explicit ParameterSet(const QString& name = {}, ParameterTree* tree = nullptr);
-    /// Lists the same members, outside any tree, which is not notified.
+    /// A set with the same names and members, in no tree. Trees are not notified.
     ParameterSet(const ParameterSet& other);
-    /// Removes all members, as `clearAllLists`, and lists those of the other set; stays in its own tree, which is
-    /// notified of the subsets that leave and come. Observers may delete either set meanwhile.
+    /// Removes all members, as `clearAllLists` does, then lists those of the other set. The set stays in its tree,
+    /// which is notified of the subsets removed and added. Observers may delete either set meanwhile.
     ParameterSet& operator=(const ParameterSet& other);
-    /// Tells the tree, leaves the sets that list this one, and frees owned members, last to first.
+    /// Notifies the tree, removes the set from the sets that list it, and releases its members, last to first.
     ~ParameterSet() override;
-
-    /// The untranslated name, and its display form.
+    /// \}
+    /// \name Names and project text
+    /// \{
+    /// Sets both the untranslated name and the one shown to users.
     virtual void setDisplayName(const QString& name);
+    /// Sets the untranslated name and the one shown to users.
     virtual void setDisplayName(const QString& name, const QString& displayName);
-    /// The name in paths: blanks, apostrophes and dots become "_".
+    /// Sets the name in paths; blanks, apostrophes and dots become "_".
     virtual void setScriptName(const QString& name);
-    /// Writes the name, the parameters and the subsets, depth first, after the path of script names; always true.
-    /// Subsets' lines begin at their own names when `withPrefixForSubsets` is false.
+    /// Writes the lines of the name, the parameters and the subsets, depth first, each after the path of script names;
+    /// returns true. If `withPrefixForSubsets` is false, the paths of subsets begin at the subset.
     virtual bool bStreamOut(QTextStream& stream, const QString& prefix, bool withPrefixForSubsets);
-    /// Passes one line to the member that it belongs to; true when it was taken. An empty line is. Members are asked in
-    /// turn from the one that took the last line, those whose names do not begin the line left out; so a line costs
-    /// O(log members), and one each for members of a host's own class that override `setFromScriptString`. What a
-    /// parameter throws for a malformed keyframe goes on to the caller.
+    /// Passes one line to the member whose name it begins with; returns whether the line was taken. An empty line is
+    /// taken. If several members match, the first one after the member that took the last line gets it. Takes
+    /// O(log members), and one call for each member of a host's class that overrides `setFromScriptString`. Throws what
+    /// the member throws, for example `std::runtime_error` for a malformed keyframe.
     virtual bool bStreamIn(const QString& line, const ProjectFileVersion& version);
-    /// Null and repeated members are ignored, with a warning also a compound that contains this set. A parameter
-    /// without a parent set gets this one.
+    /// \}
+    /// \name Members
+    /// \{
+    /// Adds an animatable parameter. Ignores null and members; ignores a compound that contains this set, with a
+    /// warning. If the parameter has no parent set, this set becomes it.
     virtual void addParameter(const boost::shared_ptr<ParameterWithoutType>& parameter);
+    /// The same without ownership.
     virtual void addParameter(ParameterWithoutType& parameter);
-    /// The names, and the states of all members and of all below them.
+    /// \}
+    /// \name Snapshots
+    /// \{
+    /// A snapshot of the names, and of the states of all parameters and subsets at every level.
     boost::shared_ptr<Bsc::MementoBase> exportState() const override;
-    /// Throws `std::bad_cast` for a snapshot of another kind, and for null; `std::logic_error` at the first member that
-    /// was added since, which leaves those before it restored. Members that were removed since are left alone. Where
-    /// memory runs out each member is restored or as it was, and doing it once more restores the others.
+    /// Restores a snapshot. Throws `std::bad_cast` for a snapshot of another kind, and for null. Throws
+    /// `std::logic_error` at the first member that was added since; the members before it are restored. Members removed
+    /// since do not change. If memory runs out, each member is restored or unchanged, and a second call restores the
+    /// rest.
     void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override;
-    /// Sets the name, and its translation in the context "Parameter" as display name.
+    /// \}
+    /// \name Names and project text
+    /// \{
+    /// Sets the untranslated name, and its translation in the context "Parameter" as the name shown to users.
     virtual void assignName(const QString& name);
 
-    /// What `bStreamOut` writes, without the set's own name in any path: text that this set itself reads back.
+    /// Writes what `bStreamOut` writes, without the set's own name in the paths: `bStreamIn` reads it back.
     void writeMembers(QTextStream& stream, const QString& path, bool withPrefixForSubsets);
 
+    /// The name in paths.
     const QString& scriptName() const { return m_scriptName; }
+    /// The untranslated name.
     const QString& name() const { return m_name; }
+    /// The name shown to users.
     const QString& displayName() const { return m_displayName; }
-
-    /// Adds a parameter, makes it splittable, and gives `view` data of its own.
+    /// \}
+    /// \name Members
+    /// \{
+    /// Adds a parameter, makes it splittable, and gives `view` a copy of what it shows.
     void addSplittableParameter(ParameterWithoutType& parameter, const View& view);
-    /// Lists a parameter that does not animate; the caller keeps owning it.
+    /// Adds a parameter that does not animate, without ownership.
     void addBasicParameter(BasicParameter& parameter);
-    /// The same, owned by the set.
+    /// The same; the set owns it.
     void adoptBasicParameter(std::unique_ptr<BasicParameter> parameter);
 
-    /// Adds a subset under a script name that no other subset has. False for null and repeated ones; false with a
-    /// warning for this set itself and for one that contains it. Warns of a subset without a script name.
+    /// Adds a subset, which gets a unique script name (`setUniqueName`) and joins the tree. Returns false for null and
+    /// for a subset of this set; returns false and warns for this set itself and for one that contains it. Warns if the
+    /// subset has no script name.
     bool addParameterSet(const boost::shared_ptr<ParameterSet>& subset);
+    /// The same without ownership.
     bool addParameterSet(ParameterSet& subset);
-    /// Inserts before the position, held to the list. Costs O(subsets after the position).
+    /// As `addParameterSet`, before the position; a position outside the list is clamped. Takes O(subsets after the
+    /// position).
     bool insertParameterSet(const boost::shared_ptr<ParameterSet>& subset, int position);
-    /// False for one that is not listed. It leaves the tree that this set belongs to.
+    /// Removes a subset, which leaves the tree. Returns false if it is not a subset of this set.
     bool removeParameterSet(const boost::shared_ptr<ParameterSet>& subset);
-    /// Removes all members; the tree is notified of subsets. Observers may delete the set meanwhile.
+    /// Removes all members; the tree is notified of the subsets. Observers may delete the set meanwhile.
     void clearAllLists();
-    /// Gives the subset a script name that is free in this set: "Blur" becomes "Blur_2", "Blur_2" becomes "Blur_3".
+    /// If another subset of this set has the subset's script name, gives it the next free one: "Blur" becomes "Blur_2",
+    /// "Blur_2" becomes "Blur_3".
     void setUniqueName(const boost::shared_ptr<ParameterSet>& subset);
 
+    /// The animatable parameters, in the order in which they were added.
     const std::vector<boost::shared_ptr<ParameterWithoutType>>& parameters() const {
         closeHoles(Parameters);
         return m_parameters;
     }
+    /// The parameters that do not animate.
     const std::vector<BasicParameter*>& basicParameters() const {
         closeHoles(BasicParameters);
         return m_basicParameters;
     }
+    /// The subsets.
     std::vector<ParameterSet*> subsets() const;
-
-    /// Finds by script name, exactly: own members first (moved ones last), then a dotted path through subsets and
-    /// compounds. Null when there is none. Costs O(log members) for each set on the path.
+    /// \}
+    /// \name Find and visit
+    /// Names are script names, compared exactly: first of members, `MovedParameter`s last, then as a path of subsets
+    /// and compounds with dots between. Null if there is none. Takes O(log members) for each set on the path.
+    /// \{
+    /// An animatable parameter, or one that does not animate.
     BasicParameter* parameterWithName(const QString& name) { return findParameter(name); }
     const BasicParameter* parameterWithName(const QString& name) const { return findParameter(name); }
+    /// An animatable parameter.
     ParameterWithoutType* parameterWTWithName(const QString& name) { return findAnimatedParameter(name); }
     const ParameterWithoutType* parameterWTWithName(const QString& name) const { return findAnimatedParameter(name); }
+    /// A subset.
     ParameterSet* subsetWithName(const QString& name) { return findSubset(name); }
     const ParameterSet* subsetWithName(const QString& name) const { return findSubset(name); }
 
-    /// Visits the own animatable parameters, then those of the subsets, depth first. A compound is one parameter. What
-    /// the function removes is not visited any more.
+    /// Calls the function for the animatable parameters of this set and then, if `recursive`, of the subsets, depth
+    /// first. A compound counts as one parameter. The function may remove members, which are then not visited.
     void forEachParameter(boost::function<void(ParameterWithoutType*)> function, bool recursive) const;
-    /// Visits all animatable parameters below, or the own ones, and after each compound its subparameters.
+    /// The same, and after each compound for its subparameters.
     void forEachParameterAndPart(const boost::function<void(ParameterWithoutType*)>& function,
                                  bool recursive = true) const;
+    /// Calls the function for the subsets and, if `recursive`, for theirs, depth first.
     void forEachSubset(boost::function<void(ParameterSet*)> function, bool recursive);
-
-    // The operations of the same name on every member parameter, and on the subparameters of compounds. Command
-    // registration is attached once to a parameter that is reached in several ways.
+    /// \}
+    /// \name Observers
+    /// The operations of `ParameterWithoutType`, for every animatable parameter of this set and the subparameters of
+    /// compounds, and if `recursive` of the subsets. Command registration is connected once to each parameter, even if
+    /// several paths lead to it.
+    /// \{
+    /// Connects `changed`.
     void attachObserver(const QObject* observer, const char* slot, bool recursive) const;
+    /// Disconnects `changed` from the observer.
     void detachObserver(const QObject* observer, bool recursive) const;
+    /// Disconnects `changed` from everything.
     void detachAllObservers(bool recursive) const;
+    /// Connects `commandRegistrationChanged`.
     void AttachCommandRegistrationObserver(QObject* observer, const char* slot, bool recursive);
+    /// Disconnects `commandRegistrationChanged` from the observer.
     void DetachCommandRegistrationObserver(QObject* observer, bool recursive);
-
+    /// \}
+    /// \name The host's tree
+    /// \{
+    /// The tree that is notified; null without one.
     ParameterTree* parameterTree() const { return m_tree; }
-    /// Moves this set, and all below that belong to `from`, to another tree; `from` is told before, `to` after. Nothing
-    /// for a set that does not belong to `from`.
+    /// Moves this set, and the sets below it that belong to `from`, to another tree. `from` is notified before, `to`
+    /// after. Does nothing if this set does not belong to `from`.
     void changeParameterTree(ParameterTree* from, ParameterTree* to);
+    /// Calls `ParameterTree::subtreeAdded` of this set's tree.
     void notifySubtreeAdded(ParameterSet* subset);
+    /// Calls `ParameterTree::subtreeRemoved` of this set's tree.
     void notifySubtreeRemoved(ParameterSet* subset);
-
-    /// Gives every animatable parameter below its path, the names of the sets above it joined by dots, as name prefix.
+    /// \}
+    /// \name Names and project text
+    /// \{
+    /// Sets the name prefix of every animatable parameter at every level: the names of the sets that contain it, joined
+    /// by dots, after `prefix`.
     void assignNamePrefixes(const QString& prefix = {});
-    /// Ties every parameter below whose master's name was read from text to that master: found by `find`, or by
-    /// extended name among the parameters below. Answers how many are still waiting; each is warned of.
+    /// Sets the masters that project text named, for the parameters at every level. A master is what `find` returns or,
+    /// without `find`, the parameter of that extended name at any level. Returns the number of masters that were not
+    /// found, with a warning for each.
     int resolveMasterParameters(const boost::function<ParameterWithoutType*(const QString&)>& find = {});
+    /// \}
 
 protected:
+    /// Whether the parameter is a member.
     bool lists(const BasicParameter& parameter) const;
-    /// By way of subsets, and of compounds among the parameters.
+    /// At any level, through subsets and compounds.
     bool isOrContains(const ParameterSet& set) const;
-    /// The first half of `bStreamIn`: without the set's own name.
+    /// `bStreamIn` for a line without the set's own name.
     bool readByMembers(const QString& line, const ProjectFileVersion& version);
 
 private:

@@ -31,15 +31,15 @@ namespace detail {
 class MasterLink;
 } // namespace detail
 
-/// An animatable parameter without its value type: identity and names, flags, the link to a master, the parameters it
-/// listens to, the notification switches, and the whole interface through which hosts, project text and sets drive it.
+/// The interface of an animatable parameter without its value type: names, flags, the link to a master, upstream
+/// parameters, notification, and all operations that hosts, project text and sets use. Times are in frames.
 ///
-/// Observers may do anything while they are told of a change: call back, throw, or delete the parameter; except that
-/// while they are told of its deletion they must not delete it again.
+/// While it receives a change, an observer may do anything: call back, throw, or delete the parameter. The exception is
+/// PARAMETER_DELETED, during which it must not delete the parameter.
 ///
 /// \snippet parameter_panel.cpp untyped
-/// \threads The owning thread edits, connects, and is told, inside the edit. What others may ask meanwhile says the
-/// concrete class, such as `Parameter`.
+/// \threads The owning thread edits and connects, and observers are called on it before the edit returns. The concrete
+/// class, for example `Parameter`, says what other threads may call.
 class PRM_EXPORT ParameterWithoutType : public BasicParameter {
     Q_OBJECT
 
@@ -47,133 +47,205 @@ public:
     using UpstreamParameters = Bsc::UniqBag<Bsc::detail::QPointerEx<ParameterWithoutType, QPointer>>;
     using TextConversion = boost::function<QString(const QString&)>;
 
-    /// For the host; nothing in the library reads it.
+    /// A flag for the host. The library does not read it.
     static bool s_processNotifications;
 
     ParameterWithoutType(bool locked, bool hidden, ParameterSet* parent);
-    /// Sends PARAMETER_DELETED first, unless a derived class already did. Masters and constrained parameters are left
-    /// alone; what they hold of this parameter turns empty.
+    /// Emits PARAMETER_DELETED, unless a derived class already did. The master, and parameters constrained to this one,
+    /// keep their state; their references to this parameter become null.
     ~ParameterWithoutType() override;
 
+    // The order of the virtual operations is part of the interface.
+
+    /// \name Names and project text
+    /// \{
+    /// The name in project text and scripts.
     const QString& scriptName() const override;
-    /// Reads a line that begins with the script name, or with one of the additional names, and a dot.
+    /// Reads a line that begins with the script name, or an additional one, and a dot; returns whether it did.
     bool setFromScriptString(const QString& line, const ProjectFileVersion& version) override;
 
-    /// Reads one line without the parameter's name. `convert`, if not empty, is applied to the text of a value first.
-    /// Throws `std::runtime_error` for a malformed keyframe.
+    /// Reads one line without the parameter's name; returns whether it was taken. `convert`, if not empty, is applied
+    /// to the text of a value first. Throws `std::runtime_error` for a malformed keyframe.
     virtual bool streamInValue(const QString& line, const ProjectFileVersion& version, TextConversion convert) = 0;
+    /// \}
 
 public Q_SLOTS:
-    /// Hears every change of the upstream parameters; does nothing here.
+    /// Receives every change of the upstream parameters. Does nothing here.
     virtual void onUpstreamParameterChanged(Prm::ParameterChange& change);
 
 public:
-    /// Copies locked, hidden, display name, script name, extra name and view selector. Sends nothing.
+    /// Copies locked, hidden, display name, script name, extra name and view selector. Emits nothing.
     virtual void assignFrom(const ParameterWithoutType& other);
 
-    /// Connects `changed` directly to the observer's slot, given as `SLOT(...)`. A null observer is ignored.
+    /// \name Observers
+    /// A null observer is ignored.
+    /// \{
+    /// Connects `changed` to the observer's slot, given as `SLOT(...)`, with a direct connection.
     virtual void attachObserver(const QObject* observer, const char* slot) const;
-    /// Cuts everything from `changed` to that observer. A null observer is ignored. Goes through all connections of
-    /// this parameter's `changed`: thousands of observers of one parameter leave sooner by `detachAllObservers`, or by
-    /// dying.
+    /// Disconnects `changed` from the observer. Takes O(observers of this parameter).
     virtual void detachObserver(const QObject* observer) const;
-    /// Cuts everything from `changed`.
+    /// Disconnects `changed` from everything.
     virtual void detachAllObservers() const;
-
-    /// The name shown to users, taken as it is. Sends nothing.
+    /// \}
+    /// \name Names and project text
+    /// \{
+    /// Sets the name shown to users. Emits nothing.
     virtual void setDisplayName(const QString& name);
-    /// The name in text and scripts: blanks and apostrophes become "_". Sends nothing.
+    /// Sets the name in project text and scripts; blanks and apostrophes become "_". Emits nothing.
     virtual void setScriptName(const QString& name);
-
-    /// Appends the undoable form of `bUnconstrain`.
+    /// \}
+    /// \name Masters
+    /// \{
+    /// Appends the undoable form of `bUnconstrain`; returns the command.
     virtual Bsc::CompositeCommand& bUnconstrainCommand(Bsc::CompositeCommand& command);
-    /// Appends the undoable form of `bRemoveConstrainedParameter`; nothing for a parameter that is not constrained.
+    /// Appends the undoable form of `bRemoveConstrainedParameter`, nothing if `parameter` is null or not constrained to
+    /// this one; returns the command.
     virtual Bsc::CompositeCommand& bRemoveConstrainedParameterCommand(ParameterWithoutType* parameter,
                                                                       Bsc::CompositeCommand& command);
-
-    // Kinds of curve. Extrapolation and default are the parameter's, the others those of one keyframe.
+    /// \}
+    /// \name Interpolation and extrapolation
+    /// Extrapolation and default interpolation belong to the parameter, other kinds to one keyframe.
+    /// \{
+    /// Sets how values continue before the first keyframe.
     virtual void vSetExtrapolationBefore(Extrapolation kind) = 0;
+    /// Sets how values continue after the last keyframe.
     virtual void vSetExtrapolationAfter(Extrapolation kind) = 0;
+    /// Sets the kind for keyframes that are added without one before them.
     virtual void vSetDefaultInterpolation(Interpolation kind) = 0;
+    /// Sets the kind of the keyframe at the context; returns false if there is none.
     virtual bool vSetInterpolation(Interpolation kind, const Context& context) = 0;
+    /// Sets kind and shape of one keyframe; does nothing if there is no such index.
     virtual void vSetInterpolationData(IType data, unsigned int index, const View& view) = 0;
+    /// How values continue before the first keyframe.
     virtual Extrapolation extrapolationBefore() const = 0;
+    /// How values continue after the last keyframe.
     virtual Extrapolation extrapolationAfter() const = 0;
+    /// The kind in effect at the context's time.
     virtual Interpolation interpolation(const Context& context) const = 0;
+    /// The kind of one keyframe.
     virtual Interpolation interpolation(const KeyframeIndex& keyframe) const = 0;
+    /// Kind and shape of one keyframe.
     virtual IType interpolationData(const KeyframeIndex& keyframe) const = 0;
+    /// Appends the undoable form of `vSetInterpolation`; returns the command.
     virtual Bsc::CompositeCommand& vSetInterpolationCommand(Interpolation kind, Context context,
                                                             Bsc::CompositeCommand& command) = 0;
+    /// Appends the undoable form of `vSetInterpolationData`; returns the command.
     virtual Bsc::CompositeCommand& vSetInterpolationDataCommand(Bsc::CompositeCommand& command, IType data,
                                                                 const KeyframeIndex& keyframe) = 0;
+    /// Appends the undoable form of `vSetExtrapolationBefore`; returns the command.
     virtual Bsc::CompositeCommand& vSetExtrapolationBeforeCommand(Extrapolation kind,
                                                                   Bsc::CompositeCommand& command) = 0;
+    /// Appends the undoable form of `vSetExtrapolationAfter`; returns the command.
     virtual Bsc::CompositeCommand& vSetExtrapolationAfterCommand(Extrapolation kind,
                                                                  Bsc::CompositeCommand& command) = 0;
-
-    // Keyframes of one view. Times are compared exactly.
+    /// \}
+    /// \name Query keyframes
+    /// Of one view, in ascending order of time; times are compared exactly. If nothing is found, the result is false
+    /// and output arguments keep their values.
+    /// \{
+    /// Whether the parameter may have keyframes.
     virtual bool isKeyframed() const = 0;
+    /// The number of keyframes.
     virtual unsigned int keyframeCount(const View& view) const = 0;
-    /// Time 0 where there is no such keyframe.
+    /// The time of the keyframe at the index, in the given view; time 0 if there is none.
     virtual Context keyframeTime(unsigned int index, const View& view) const = 0;
-    /// Maps every keyframe's time; the mapping must be strictly increasing. Sends nothing.
+    /// Replaces each keyframe's time, in every view, by what the mapping returns. The mapping must be strictly
+    /// increasing. Emits nothing.
     virtual void adjustKeyframesTime(const boost::function<Time(Time)>& mapping) = 0;
+    /// Whether a keyframe lies at exactly the context's time.
     virtual bool bKeyframeAt(const Context::Explicit& context) const = 0;
+    /// Stores the time of the nearest keyframe, the later one of two at the same distance.
     virtual bool bNearestKeyframeTime(const Context& context, Time& time) const = 0;
+    /// Stores the index of the nearest keyframe, the later one of two at the same distance.
     virtual bool bNearestKeyframeIndex(const Context& context, unsigned int& index) const = 0;
+    /// Stores the time and view of the last keyframe strictly before the context's time.
     virtual bool bPreviousKeyframe(const Context& context, Context& previous) const = 0;
+    /// Stores the time and view of the first keyframe strictly after the context's time.
     virtual bool bNextKeyframe(const Context& context, Context& next) const = 0;
-    /// The index of the new keyframe, or -1.
+    /// \}
+    /// \name Edit, copy and restore
+    /// An edit that does not apply does nothing.
+    /// \{
+    /// Adds a keyframe with the present value; returns its index, or -1 if none was added.
     virtual int iAddKeyframe(const Context& context) = 0;
-    /// Adds to each of the state's views; the last index added or -1, and 0 for a parameter that is not keyframed.
+    /// Adds one in each of the state's views; returns the last index added or -1, and 0 if the parameter is not
+    /// keyframed.
     virtual int iAddKeyframe(const Frame& frame, const AnimationState& state) = 0;
+    /// Deletes the keyframe at the context.
     virtual void vDeleteKeyframe(const Context::Explicit& context) = 0;
+    /// Deletes all keyframes of the view.
     virtual void vDeleteAllKeyframes(const View& view) = 0;
+    /// Deletes the keyframe at the context; in a view without keyframes, sets the default value.
     virtual void vReset(const Context& context) = 0;
+    /// A copy of the keyframe at the context, null if there is none. For the invalid time: an empty one, to be filled
+    /// with `setFromString`.
     virtual boost::shared_ptr<SerialisedKeyframe> getSerialisedKeyframe(Context context) const = 0;
+    /// Sets value, interpolation and shape at the keyframe's own time and view. Throws `std::bad_cast` for a keyframe
+    /// of another type.
     virtual void importKeyframe(const SerialisedKeyframe& keyframe) = 0;
-
-    // Views with data of their own.
+    /// \}
+    /// \name Views
+    /// \{
+    /// Whether more than one view has data.
     virtual bool isSplit() const = 0;
+    /// The length of `viewList()`.
     virtual int numViews() const = 0;
+    /// Sets whether views may have data of their own.
     virtual void setSplittable(bool splittable) = 0;
+    /// Whether views may have data of their own.
     virtual bool splittable() const = 0;
+    /// The views with data, in ascending order.
     virtual const std::vector<View>& viewList() const = 0;
+    /// Gives `to` a copy of what `from` shows in `source` (null: in this parameter).
     virtual void copyViewData(const View& from, const View& to, const ParameterWithoutType* source) = 0;
+    /// Gives a view without data a copy of what it shows.
     virtual void uniquifyView(const View& view) = 0;
+    /// Gives `hero`, if it has no data, a copy of what `from` shows; returns whether it did.
     virtual bool initialiseHeroView(const View& hero, const View& from) = 0;
+    /// Deletes the data of a view; false for a view without data and for the only view with data.
     virtual bool deleteView(const View& view) = 0;
-
-    // Undoable forms: each appends to the command.
+    /// \}
+    /// \name Undoable edits
+    /// Each appends edits to the command without doing them.
+    /// \{
+    /// Adds a keyframe; returns the command.
     virtual Bsc::CompositeCommand& vAddKeyframeCommand(const Context::Explicit& context,
                                                        Bsc::CompositeCommand& command) = 0;
+    /// Adds a keyframe in each of the state's views; returns the command.
     virtual Bsc::CompositeCommand& vAddKeyframeCommand(const Frame& frame, const AnimationState& state,
                                                        Bsc::CompositeCommand& command) = 0;
+    /// Deletes a keyframe.
     virtual void createKeyframeDeletion(const Context::Explicit& context, Bsc::CompositeCommand& command) = 0;
+    /// Deletes a keyframe in each of the state's views.
     virtual void createKeyframeDeletion(const Frame& frame, const AnimationState& state,
                                         Bsc::CompositeCommand& command) = 0;
+    /// Deletes all keyframes of the view; returns the command.
     virtual Bsc::CompositeCommand& vDeleteAllKeyframesCommand(const View& view, Bsc::CompositeCommand& command) = 0;
+    /// Makes this parameter the master of another; returns the command.
     virtual Bsc::CompositeCommand& bAddConstrainedParameterCommand(ParameterWithoutType* parameter,
                                                                    Bsc::CompositeCommand& command) = 0;
-
-    /// Takes over another parameter's keyframes and views; nothing from one of another type.
+    /// \}
+    /// \name Edit, copy and restore
+    /// \{
+    /// Copies another parameter's keyframes and views; does nothing for one of another type.
     virtual void vCopyKeyframeDataFrom(const ParameterWithoutType* source) = 0;
 
     boost::shared_ptr<Bsc::MementoBase> exportState() const override = 0;
     void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override = 0;
 
-    /// Another number whenever the times of keyframes, or the views that have some, may have changed; no two parameters
-    /// ever have the same one. 0 for kinds that do not count, as here.
+    /// A number that differs after each change of keyframes' times or of the views with keyframes, and differs between
+    /// any two parameters. 0, as here, if the class does not count.
     virtual quint64 keyframeRevision() const;
     /// A snapshot of at least what edits at these places can change, so that its cost need not grow with the number of
-    /// keyframes and views; of the whole state for no places. Here always the whole state, as `exportState` takes it.
+    /// keyframes and views; without places, of the whole state. Here the whole state, from `exportState`.
     virtual boost::shared_ptr<Bsc::MementoBase> exportStateAround(const detail::Places& places) const;
-    /// Whether a keyframe that one part gains or loses, all parts gain or lose. False for what has no parts.
+    /// Whether this is a compound whose parts are keyed together: adding or deleting a keyframe of one part does the
+    /// same to the others. Here: false.
     virtual bool keyframeTogether() const;
-    /// As `adjustKeyframesTime`, with a mapping of any kind: keyframes may pass each other. One that is moved to the
-    /// time of one that stays takes its place; of several that are moved to one time the last is left. Sends nothing.
-    /// Here the mapping must be strictly increasing.
+    /// As `adjustKeyframesTime`, but with any mapping: keyframes are sorted again. A keyframe moved onto one that stays
+    /// replaces it; of several moved to one time the last remains. Emits nothing. Here as `adjustKeyframesTime`.
     virtual void retimeKeyframes(const boost::function<Time(Time)>& mapping);
+    /// \}
 
 private:
     friend class ParameterSet;
@@ -183,119 +255,149 @@ private:
     template <class T> friend class Parameter;
 
 public:
+    /// \name Names and project text
+    /// \{
+    /// The name shown to users.
     const QString& displayName() const { return m_displayName; }
-    /// A third text, kept for the host and copied with the names.
+    /// A third name, for the host. Copied with the other names.
     const QString& extraName() const { return rarities().extraName; }
+    /// Emits nothing.
     void setExtraName(const QString& name);
-    /// The path to this parameter, given to it by what contains it.
+    /// The path to this parameter: the names of the sets that contain it, joined by dots.
     const QString& namePrefix() const { return m_namePrefix; }
+    /// Called by `ParameterSet::assignNamePrefixes`.
     void setNamePrefix(const QString& prefix) { m_namePrefix = prefix; }
-    /// The path, always a dot, and the script name.
+    /// The path, a dot (also after an empty path), and the script name.
     QString extendedName() const;
-    /// Another name under which lines are read; `convert` is applied to the text of the values read under it. Replaces
-    /// an earlier entry of that name.
+    /// Adds another name under which lines are read, compared case-sensitively. `convert` is applied to the text of
+    /// values read under it. Replaces an earlier entry of that name.
     void addAdditionalScriptName(const QString& name, const TextConversion& convert = {});
+    /// In ascending order.
     QStringList additionalScriptNames() const { return rarities().additionalScriptNames.keys(); }
-
+    /// \}
+    /// \name Flags for the host
+    /// \{
+    /// A flag for the host, and a line in project text.
     bool isHidden() const { return m_hidden; }
-    /// Sends PARAMETER_HIDDEN_CHANGED if the flag changes.
+    /// Emits PARAMETER_HIDDEN_CHANGED if the flag changes.
     void hide(bool hidden);
-    /// Appends the undoable form of `hide`.
+    /// Appends the undoable form of `hide`; returns the command.
     Bsc::CompositeCommand& hideCommand(bool hidden, Bsc::CompositeCommand& command);
+    /// A flag for the host. The library edits locked parameters, too.
     bool isLocked() const { return m_locked; }
-    /// Sends PARAMETER_LOCKED_CHANGED if the flag changes.
+    /// Emits PARAMETER_LOCKED_CHANGED if the flag changes.
     void setLocked(bool locked);
-    /// Appends the undoable form of `setLocked`.
+    /// Appends the undoable form of `setLocked`; returns the command.
     Bsc::CompositeCommand& setLockedCommand(bool locked, Bsc::CompositeCommand& command);
-
-    /// The parameter whose animation this one shows, null without one or when it has died.
+    /// \}
+    /// \name Masters
+    /// A constrained parameter shows the animation of its master. Threads may evaluate while masters are set.
+    /// \{
+    /// The master of this parameter; null without one, and after the master was deleted.
     PRM_ALWAYS_INLINE ParameterWithoutType* masterParameter() const {
         const Rarities* const made = m_rarities.load(std::memory_order_acquire);
         return made ? made->master.load(std::memory_order_acquire) : nullptr;
     }
-    /// The living parameters constrained to this one, in the order of addition.
+    /// The existing parameters constrained to this one, in the order in which they were added.
     QList<ParameterWithoutType*> constrainedParameters() const;
-    /// Makes this the master of `parameter`, which silently leaves a former master. False for null and for one that is
-    /// already constrained here; false with a warning for this parameter itself and where a circle would close. Sends
-    /// nothing. Threads may evaluate meanwhile, here and in the operations that free a parameter.
+    /// Makes this the master of `parameter`, instead of a former master. Returns false for null and for one already
+    /// constrained to this one; returns false and warns for this parameter itself and for one that is, directly or
+    /// through others, a master of this one. Emits nothing.
     bool bAddConstrainedParameter(ParameterWithoutType* parameter);
-    /// Gives `parameter` a copy of this master's keyframes and lets it go. False for one that is not constrained here.
+    /// Gives `parameter` a copy of this master's keyframes, then no master. Returns false for one that is not
+    /// constrained to this one.
     bool bRemoveConstrainedParameter(ParameterWithoutType* parameter);
-    /// Leaves the master with a copy of its keyframes. False without a master.
+    /// Gives this parameter a copy of its master's keyframes, then no master. Returns false without a master.
     bool bUnconstrain();
-    /// The master's name as it was read from project text, until it is resolved, or until the parameter is tied or
-    /// freed in another way.
+    /// The master's name that project text gave, until it is resolved (`ParameterSet::resolveMasterParameters`) or the
+    /// master is set or removed otherwise; then empty.
     const QString& pendingMasterParameterId() const { return rarities().pendingMasterParameterId; }
+    /// Stores the name only.
     void setPendingMasterParameterId(const QString& id);
-
-    /// The parameters that this one listens to; those that have died are empty pointers.
+    /// \}
+    /// \name Upstream parameters
+    /// \{
+    /// The parameters whose changes `onUpstreamParameterChanged` receives; a null pointer for each that was deleted.
     UpstreamParameters upstreamParameters() const;
-    /// Listens to these parameters and no others.
+    /// Connects the slot to these parameters and to no others.
     void setUpstreamParameters(const UpstreamParameters& parameters);
-
-    /// Calls the function with every keyframe of the view, in order. Throws `boost::bad_function_call` where an empty
-    /// function would have to be called.
+    /// \}
+    /// \name Query keyframes
+    /// \{
+    /// Calls the function with the time and view of every keyframe of the view, in order. Throws
+    /// `boost::bad_function_call` if the function is empty and there is a keyframe.
     void forEachKeyframeTime(boost::function<void(const Context&)> function, const View& view) const;
-    /// The same for every view of `viewList()`.
+    /// The same for every view of `viewList()`, in order.
     void forEachKeyframeTime(boost::function<void(const Context&)> function) const;
-
-    /// Marks, by its static value in each view, the views that are not the hero view; not owned, and gone when it dies.
-    /// The companion word is kept for the host. Both are copied by `assignFrom`.
+    /// \}
+    /// \name Views
+    /// \{
+    /// Sets the parameter whose static value is true in each view that is not the hero view. It is not owned; after it
+    /// was deleted there is no selector. `companion` is for the host. `assignFrom` copies both.
     void setViewSelector(Parameter<bool>* selector, quintptr companion = 0);
     /// Null without a selector.
     Parameter<bool>* viewSelector() const;
+    /// What `setViewSelector` stored for the host.
     quintptr viewSelectorCompanion() const { return rarities().viewSelectorCompanion; }
     /// The one view whose static value in the view selector is false; the invalid view when there is no selector, or
     /// not exactly one such view.
     View heroView() const;
-    /// Removes the keyframes, resets every view to the default value, and deletes all views but the hero view (or the
-    /// first one, when the last is the hero).
+    /// Deletes all keyframes and sets every view to the default value. If there is a hero view, then deletes views from
+    /// the last to the first until one is left; instead of the hero view it deletes the first.
     void resetAll();
-
-    // Notification. Types at or above NUM_CHANGE_TYPES have no switch: writing is ignored, reading gives false.
-    /// Sends `changed` if the type is enabled and the parameter's Qt signals are not blocked, or an override lets the
-    /// type through; blocking is as before afterwards, also when an observer throws.
+    /// \}
+    /// \name Notification
+    /// Types from NUM_CHANGE_TYPES on have no switch: setting it does nothing, reading it returns false.
+    /// \{
+    /// Emits `changed` if the type is enabled and the parameter's Qt signals are not blocked or the type overrides the
+    /// block. Afterwards signals are blocked as before, also if an observer throws.
     void emitChange(ParameterChange& change);
     /// False where `changed` certainly has no receivers, so that emitting can be skipped.
     bool isHeard() const;
     /// Switches every type.
     void enableNotifications(bool enabled);
     void enableNotifications(ParameterChange::ChangeType) = delete;
-    /// Switches one type and returns its former state.
+    /// Enables or disables one type; returns the former state.
     bool enableNotifications(ParameterChange::ChangeType type, bool enabled);
+    /// Whether the type is enabled; all are in a new parameter.
     bool notificationsEnabled(ParameterChange::ChangeType type) const;
-    /// Lets a type through while signals are blocked; returns the former state.
+    /// Sets whether the type is emitted while signals are blocked; returns the former state.
     bool overrideBlockedSignals(ParameterChange::ChangeType type, bool enabled);
+    /// Whether the type is emitted while signals are blocked; none is in a new parameter.
     bool overridesBlockedSignals(ParameterChange::ChangeType type) const;
 
+    /// Connects `commandRegistrationChanged` to the observer's slot, given as `SLOT(...)`.
     void AttachCommandRegistrationObserver(QObject* observer, const char* slot);
-    /// A null observer is ignored.
+    /// Disconnects `commandRegistrationChanged` from the observer; a null observer is ignored.
     void DetachCommandRegistrationObserver(QObject* observer);
+    /// Whether `commandRegistrationChanged` has a receiver.
     bool hasCommandRegistrationObserver() const;
-    /// Offers the command to the host's undo stack. Without an observer it is executed at once, and the caller keeps
-    /// owning it; with one, the observer takes over both the command and its execution. Notification switches do not
-    /// apply.
+    /// Passes a command to the host's undo stack. If there is an observer, it takes ownership and does the command;
+    /// otherwise the command is done at once, and the caller keeps ownership. Notification switches do not apply.
     void registerCompositeCommand(Bsc::CompositeCommand& command, const Context& context);
+    /// \}
 
 Q_SIGNALS:
+    /// A change of this parameter, emitted before the edit returns. The record is valid during the call only.
     void changed(Prm::ParameterChange& changeData);
+    /// A command for the host's undo stack (COMMAND_REGISTERED).
     void commandRegistrationChanged(Prm::ParameterChange& changeData);
 
 protected:
-    /// Remembers that somebody listens. A class that overrides this need not call it: its changes are always sent.
+    /// Notes that `changed` may have receivers. An override need not call it: changes of its class are always emitted.
     void connectNotify(const QMetaMethod& signal) override;
 
     /// Copies names, additional names, the four attributes of `copyOwnAttributes` and whether it is streamable; not
     /// parent, master, lists, switches or view selector.
     ParameterWithoutType(const ParameterWithoutType& other);
 
-    /// Sends PARAMETER_DELETED, once. Called first thing in the destructor of every concrete class, while the object is
-    /// still whole; a host's own kinds may do the same. The parameter then leaves its sets. An observer's exception is
-    /// caught and warned of.
+    /// Emits PARAMETER_DELETED, once, and removes the parameter from its sets. Every concrete class of the library
+    /// calls it first in its destructor, while the object is complete; a host's class may do the same. An exception of
+    /// an observer is caught, with a warning.
     void announceDeletion() noexcept;
 
     enum class NamePrefix { Copy, Keep };
-    /// What snapshots carry of the untyped part.
+    /// The untyped part of a snapshot.
     struct OwnAttributes {
         bool locked;
         bool hidden;
@@ -308,28 +410,29 @@ protected:
         }
     };
     OwnAttributes ownAttributes() const { return {m_locked, m_hidden, extraName(), m_namePrefix}; }
-    /// Sends nothing.
+    /// Emits nothing.
     void takeOwnAttributes(const OwnAttributes& attributes);
-    /// The same from another parameter, the name prefix only if asked for.
+    /// The same from another parameter; the name prefix only with `Copy`. Emits nothing.
     void copyOwnAttributes(const ParameterWithoutType& other, NamePrefix prefix);
 
-    // The lines that every animatable parameter has in project text: appended if they apply, read if it is theirs.
+    // The lines that every animatable parameter has in project text. Writing appends the line if it applies; reading
+    // returns whether it was that line.
     void writeHidden(QString& text, const QString& start) const;
     void writeMaster(QString& text, const QString& start) const;
     bool readHidden(const QString& line);
     bool readMaster(const QString& line);
 
-    /// One more, or one fewer, of the upstream parameters; false for one that is there already.
+    /// Adds one upstream parameter; false if it is one already.
     bool addUpstreamParameter(ParameterWithoutType& upstream);
     void removeUpstreamParameter(ParameterWithoutType& upstream);
-    /// Ends all connections from the upstream parameters to this one, which is dying.
+    /// Ends all connections from the upstream parameters to this one, which is being deleted.
     void disconnectUpstream() noexcept;
 
     /// Whether a line of project text is being read.
     bool isReadingIn() const { return m_readingIn; }
 
-    /// While it lives, text is read: signals are blocked, only VIEW_ADDED passes, and `isReadingIn()` holds. Puts
-    /// everything back, also when the parameter has died.
+    /// A scope in which text is read: signals are blocked except for VIEW_ADDED, and `isReadingIn()` is true. Its end
+    /// restores both; the parameter may be deleted meanwhile.
     class ReadingScope;
 
 private:
@@ -337,12 +440,12 @@ private:
     friend class detail::MasterLink;
     friend class ParameterSet;
 
-    /// Ties this parameter to a master, before one that is constrained to it or after all of them, or to none.
+    /// Sets the master, null for none. This parameter is listed there before the given one, or last.
     void tieTo(ParameterWithoutType* master, ParameterWithoutType* before);
     void linkTo(ParameterWithoutType* master, ParameterWithoutType* before);
     bool wouldCloseCircle(const ParameterWithoutType& parameter) const;
     const ParameterWithoutType* nextBelow(const ParameterWithoutType& top) const;
-    /// The one that follows among those constrained to the same master.
+    /// The next one constrained to the same master.
     ParameterWithoutType* nextConstrained() const { return rarities().nextConstrained; }
     void enlist(ParameterWithoutType& master, ParameterWithoutType* before);
     void delist();
@@ -351,14 +454,14 @@ private:
     void reconnectUpstream(quint64 connection);
     void connectTo(ParameterWithoutType& upstream, bool connected);
 
-    /// What few parameters have.
+    /// Data that most parameters do not have.
     struct Rarities {
         QMap<QString, TextConversion> additionalScriptNames;
         QString extraName;
         QString pendingMasterParameterId;
         /// Read by evaluation on other threads.
         std::atomic<ParameterWithoutType*> master{nullptr};
-        // The parameters constrained to this one are a list through them all.
+        // A linked list of the parameters constrained to this one.
         ParameterWithoutType* firstConstrained = nullptr;
         ParameterWithoutType* lastConstrained = nullptr;
         ParameterWithoutType* previousConstrained = nullptr;
@@ -368,9 +471,9 @@ private:
         QPointer<ParameterWithoutType> viewSelector;
         quintptr viewSelectorCompanion = 0;
     };
-    /// Empty ones for a parameter that has none.
+    /// Empty for a parameter without any.
     const Rarities& rarities() const;
-    /// For writing: made if need be.
+    /// For writing: created on the first call.
     Rarities& ownRarities();
 
     bool m_locked;
@@ -382,9 +485,9 @@ private:
     QString m_displayName;
     QString m_scriptName;
     QString m_namePrefix;
-    /// Made with the first of them; evaluation on other threads looks for the master.
+    /// Created with the first entry. Evaluation on other threads reads the master.
     std::atomic<Rarities*> m_rarities{nullptr};
-    /// 0 before the first connection to a signal; of an upstream parameter a number in the order of all connections.
+    /// 0 before the first connection to a signal; in an upstream parameter, a number in the order of all connections.
     std::atomic<quint64> m_lastConnected{0};
 };
 

@@ -7,19 +7,20 @@
 
 namespace Prm {
 
-/// A parameter without keyframes of its own: every operation has a harmless, non-animated answer, so that a kind like
-/// the compound parameter overrides only what it supports. In project text it has its hidden flag and its master.
+/// Implements the interface for a parameter without keyframes, so that a class such as the compound parameter overrides
+/// only what it supports. Unless said otherwise, edits do nothing, and queries return false, 0 or null; undoable forms
+/// return the command unchanged. In project text it has its hidden flag and its master.
 ///
 /// \snippet parameter_panel.cpp kind
 class PRM_EXPORT ParameterWithoutTypeBase : public ParameterWithoutType {
     Q_OBJECT
 
 public:
-    /// The untyped face of a per-view storage: which views have data of their own, in ascending order.
+    /// The untyped base of a per-view storage: the views with data, in ascending order.
     class PRM_EXPORT FastViewMapBase {
     public:
         virtual ~FastViewMapBase();
-        /// For the owning thread. The list follows each change; one of thousands of views only when it is asked again.
+        /// For the owning thread. The list follows each change; with thousands of views, only after another call.
         const std::vector<View>& viewList() const {
             if (m_isOutdated)
                 listViews();
@@ -40,22 +41,24 @@ public:
     };
 
     ParameterWithoutTypeBase(bool locked, bool hidden, ParameterSet* parent);
-    /// Copies names, flags and the animatable flag; a copy is in no set, and has no links and no observers.
+    /// Copies names and flags; the copy has no set, links or observers.
     ParameterWithoutTypeBase(const ParameterWithoutTypeBase& other);
     ~ParameterWithoutTypeBase() override;
 
-    /// Writes "hidden=1" when hidden, and the master's name when there is one.
+    /// Writes "hidden=1" if hidden, and the master's name if there is a master.
     bool bStreamOut(QTextStream& stream, const QString& prefix, bool withName) const override;
     using BasicParameter::setVariantValue;
     using BasicParameter::variantValue;
     /// An invalid variant.
     QVariant variantValue(const Context& context) const override;
     void setVariantValue(const QVariant& value, const Context& context) override;
-    /// Takes "hidden" and "MasterParameterId" lines.
+    /// Reads "hidden" and "MasterParameterId" lines.
     bool streamInValue(const QString& line, const ProjectFileVersion& version, TextConversion convert) override;
-    /// Copies the animatable flag as well when the other is of this kind.
+    /// As the base class; from a parameter of this class also the animatable flag.
     void assignFrom(const ParameterWithoutType& other) override;
 
+    /// \name Interpolation and extrapolation
+    /// \{
     void vSetExtrapolationBefore(Extrapolation kind) override;
     void vSetExtrapolationAfter(Extrapolation kind) override;
     void vSetDefaultInterpolation(Interpolation kind) override;
@@ -72,7 +75,9 @@ public:
                                                         const KeyframeIndex& keyframe) override;
     Bsc::CompositeCommand& vSetExtrapolationBeforeCommand(Extrapolation kind, Bsc::CompositeCommand& command) override;
     Bsc::CompositeCommand& vSetExtrapolationAfterCommand(Extrapolation kind, Bsc::CompositeCommand& command) override;
-
+    /// \}
+    /// \name Keyframes
+    /// \{
     bool isKeyframed() const override;
     unsigned int keyframeCount(const View& view) const override;
     Context keyframeTime(unsigned int index, const View& view) const override;
@@ -89,18 +94,22 @@ public:
     void vReset(const Context& context) override;
     boost::shared_ptr<SerialisedKeyframe> getSerialisedKeyframe(Context context) const override;
     void importKeyframe(const SerialisedKeyframe& keyframe) override;
-
+    /// \}
+    /// \name Views
+    /// \{
     bool isSplit() const override;
     int numViews() const override;
     void setSplittable(bool splittable) override;
     bool splittable() const override;
-    /// View 0 alone.
+    /// Only view 0.
     const std::vector<View>& viewList() const override;
     void copyViewData(const View& from, const View& to, const ParameterWithoutType* source) override;
     void uniquifyView(const View& view) override;
     bool initialiseHeroView(const View& hero, const View& from) override;
     bool deleteView(const View& view) override;
-
+    /// \}
+    /// \name Undoable edits
+    /// \{
     Bsc::CompositeCommand& vAddKeyframeCommand(const Context::Explicit& context,
                                                Bsc::CompositeCommand& command) override;
     Bsc::CompositeCommand& vAddKeyframeCommand(const Frame& frame, const AnimationState& state,
@@ -111,15 +120,17 @@ public:
     Bsc::CompositeCommand& vDeleteAllKeyframesCommand(const View& view, Bsc::CompositeCommand& command) override;
     Bsc::CompositeCommand& bAddConstrainedParameterCommand(ParameterWithoutType* parameter,
                                                            Bsc::CompositeCommand& command) override;
+    /// \}
 
     void vCopyKeyframeDataFrom(const ParameterWithoutType* source) override;
 
-    /// An empty snapshot, ignored when it comes back.
+    /// An empty snapshot; restoring it does nothing.
     boost::shared_ptr<Bsc::MementoBase> exportState() const override;
     void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override;
 
-    /// Whether the host offers to animate this parameter: a note for its interface that the library does not read.
+    /// A flag for the host: whether its user interface offers to animate this parameter. The library does not read it.
     bool isAnimatable() const { return m_animatable; }
+    /// Emits nothing.
     void setAnimatable(bool animatable) { m_animatable = animatable; }
 
 private:

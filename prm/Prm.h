@@ -1,6 +1,6 @@
 #pragma once
 
-/// The index of the house: every public class under the header that declares it.
+/// An index: every public class under the header that declares it.
 namespace Prm {
 
 // prm/Time.h
@@ -30,14 +30,14 @@ template <class T> struct KeyframeData; // one keyframe: time, value, interpolat
 struct BoundingKeyframes;
 
 // prm/ViewInterpolation.h
-struct MVInterpolationParams; // how a view without data is made from those that have some
+struct MVInterpolationParams; // how the value of a view without data is computed
 
 // prm/TextStreamOperators.h
 // text of bool, unsigned char, QPoint and QPointF
 
 // prm/ValueType.h
 template <class T> struct GeneralValueType;
-template <class T> struct ValueType; // all that the library knows of a type of values
+template <class T> struct ValueType; // what the library needs to know of a type of values
 
 // prm/ProjectFileVersion.h
 class BuildVersion;
@@ -68,7 +68,7 @@ class NumericParameterWithoutType;
 class SerialisedKeyframe;
 
 // prm/ParameterEdits.h
-class ParameterEdit; // a change that can be undone; its kinds:
+class ParameterEdit; // a change that can be undone; derived classes:
 class ParameterSnapshotEdit;
 class ParameterSettingEdit;
 class ParameterAddKeyEdit;
@@ -106,8 +106,8 @@ template <class T> class NumericParameter;
 
 // prm/StaticParameter.h
 template <class T> class StaticParameter;
-template <class T> class VirtualParameter;     // its value is a variable of the host's
-template <class T> class OwnedStaticParameter; // keeps its value itself
+template <class T> class VirtualParameter;     // its value is a variable of the host
+template <class T> class OwnedStaticParameter; // stores its value itself
 
 // prm/MovedParameter.h
 class MovedParameter;

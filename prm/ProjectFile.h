@@ -27,89 +27,92 @@ class ProjectLines;
 struct ProjectLine;
 } // namespace detail
 
-/// What became of one line while a project text was loaded, or what saving cannot hold.
+/// A finding about one line of a loaded project text.
 ///
 /// \snippet saving_and_loading.cpp load
 /// \threads A plain value.
 struct ProjectFileFinding {
     enum Reason {
-        Malformed,        ///< a keyframe that cannot be taken apart; not written back
-        Unknown,          ///< no member takes the line; kept, and written back after the sets
-        Refused,          ///< a member has the name, but did not take the line; kept like an unknown one
-        UnresolvedMaster, ///< the master cannot be found; kept like an unknown one
+        Malformed,        ///< a keyframe that cannot be parsed; not written back
+        Unknown,          ///< no member has the name; kept, and written back after the sets
+        Refused,          ///< a member has the name but did not take the line; kept like an unknown one
+        UnresolvedMaster, ///< the master was not found; kept like an unknown one
         IncompleteHeader, ///< the text ends, or something else begins, before the header is complete
         NewerHeader,      ///< written in a newer format than this library knows
-        Unreadable,       ///< taken, but not whole: the explanation says what saving will not write back
-        NotUtf8,          ///< bytes that are no UTF-8: not read; kept, and always written back
+        Unreadable,       ///< read in part: the explanation says what saving will not write back
+        NotUtf8,          ///< not UTF-8: not read; kept, and always written back
         ConflictMarker,   ///< a marker that version control writes around a conflict; the text is not loaded
-        NoProjectText     ///< no line is one of project text; the text is not loaded
+        NoProjectText     ///< no line is project text; the text is not loaded
     };
     /// Counted from 1.
     int lineNumber = 0;
     QString text;
     Reason reason = Unknown;
-    /// What of the line is at fault, such as "value 'hello' is not a number"; often empty.
+    /// What is wrong with the line, such as "value 'hello' is not a number"; often empty.
     QString explanation;
 
-    /// The reason, or the explanation where there is one, in a few plain words, not translated, such as "malformed
-    /// keyframe, dropped".
+    /// The explanation, or without one the reason, in a few words, not translated, such as "malformed keyframe,
+    /// dropped".
     PRM_EXPORT QString reasonToString() const;
 };
 
-/// The safe way of a whole project in and out of a file: the version header, then the sets below a root set without a
-/// name. Texts are UTF-8.
+/// Loads and saves a whole project: the version header, then the sets below a root set without a name. Texts are UTF-8.
 ///
-/// Loading never throws for what is in the file. Every line ends in one of three ways: it is taken whole; it is kept
-/// and written back, so that an older program does not destroy a newer one's work; or the report says what could not be
-/// read, and `saveLosses` says it again. A kept line never replaces what was done after loading: one that a member
-/// would take by the time of saving, or that names the master of a parameter that was tied or freed since, is not
-/// written.
+/// Loading never throws because of the contents of the file. Each line is either read completely; or kept and written
+/// back, so that an older program does not lose what a newer one wrote; or it is in the report, and `saveLosses` names
+/// it again. A kept line never overrides a later edit: it is not written if a member would take it at the time of
+/// saving, or if it names the master of a parameter whose master was set or removed since.
 ///
 /// \snippet saving_and_loading.cpp load
-/// \threads The thread of the sets below the root: loading edits them, and saving gives the parameters in them their
-/// name prefixes.
+/// \threads The owning thread of the sets below the root: loading edits them, and saving sets the name prefixes of
+/// their parameters.
 class PRM_EXPORT ProjectFile {
 public:
     using Report = QVector<ProjectFileFinding>;
     using FindMaster = boost::function<ParameterWithoutType*(const QString&)>;
 
-    /// The sets are below the root, which must outlive this object.
+    /// The root, which has the sets as subsets, must outlive this object. `application` is passed to
+    /// `ProjectFileVersion`.
     explicit ProjectFile(ParameterSet& root, const QString& application = {});
     ~ProjectFile();
     ProjectFile(const ProjectFile&) = delete;
     ProjectFile& operator=(const ProjectFile&) = delete;
 
-    /// How masters are found after loading; by extended name without a function.
+    /// Sets the function that finds masters after loading. Without one, they are found by extended name.
     void setFindMaster(const FindMaster& find);
 
-    /// Reads a file into the sets. False, with `errorString()`, when it cannot be read, when version control has left
-    /// conflict markers in it, and when it is no project text: then nothing but `report()` and `errorString()` has
-    /// changed. What else is wrong in it is in the report alone.
+    /// Reads a file into the sets. Returns false, and sets `errorString()`, if the file cannot be read, has conflict
+    /// markers of a version control system, or is no project text; then only `report()` and `errorString()` change.
+    /// Other faults are in the report only.
     ///
-    /// Passes on what an observer or a conversion throws, and `std::bad_alloc`: the sets are sound but hold a part of
-    /// the text, each line whole or not at all, and are not to be saved over it; loading once more completes them.
+    /// Throws what an observer or a conversion throws, and `std::bad_alloc`. The sets are then valid but incomplete:
+    /// each line was read completely or not at all. Do not save them over the file; loading again completes them.
     bool load(const QString& fileName);
     /// The same for a text, given as UTF-8.
     bool loadText(const QByteArray& text);
 
+    /// The findings of the last load, in the order of lines.
     const Report& report() const { return m_report; }
-    /// The header of the file that was loaded.
+    /// The header of the loaded file.
     const ProjectFileVersion& version() const { return m_version; }
-    /// The lines kept by loading, in their order, with the bytes that they had.
+    /// The kept lines, in order, with their original bytes.
     const QList<QByteArray>& keptLines() const { return m_keptLines; }
 
-    /// Writes the sets to a file, through a temporary one beside it: the former file is whole until the new one is.
-    /// False, with `errorString()`, when the disk did not take it, and for a target that exists and is no regular file.
+    /// Writes the sets to a file, through a temporary file in the same folder: the former file stays complete until it
+    /// is replaced. Returns false, and sets `errorString()`, if writing fails, or if the target exists and is no
+    /// regular file.
     bool save(const QString& fileName);
-    /// The whole text as `save` writes it. Gives the parameters below the root their name prefixes.
+    /// The text that `save` writes. Sets the name prefixes of the parameters below the root.
     QByteArray text() const;
-    /// What the format cannot hold, in plain words: to be asked before saving. Until the sets are saved or a text is
-    /// loaded, also what loading could not read, by line. Gives the parameters below the root their name prefixes.
+    /// One sentence for each thing that saving would lose: what the format cannot represent and, until the sets are
+    /// saved or another text is loaded, what loading could not read. Call it before saving. Sets the name prefixes of
+    /// the parameters below the root.
     QStringList saveLosses() const;
 
-    /// The time of writing in the header; the present time unless set.
+    /// Sets the time of writing in the header. By default it is the present time.
     void setTimeOfWriting(const QDateTime& time) { m_timeOfWriting = time; }
 
+    /// Why `load` or `save` returned false.
     const QString& errorString() const { return m_error; }
 
 private:
@@ -117,9 +120,9 @@ private:
     struct KeptLine {
         int lineNumber = 0;
         QByteArray bytes;
-        /// Written whatever members there are.
+        /// Written even if a member would take it.
         bool always = false;
-        /// Of a line that names a master: the parameter that waits for it, and the name.
+        /// Of a line that names a master: the constrained parameter, and the name.
         QPointer<QObject> constrained;
         QString masterId;
     };
@@ -145,10 +148,10 @@ private:
     ProjectFileVersion m_version;
     Report m_report;
     QList<QByteArray> m_keptLines;
-    /// Lines that name a master; each is kept, at its place, if that master is not found.
+    /// Lines that name a master; each is kept, in order, if that master is not found.
     QVector<KeptLine> m_masterLines;
     QVector<KeptLine> m_kept;
-    /// While loading: the members by path, made with the first line that is not taken.
+    /// While loading: the members by path, created for the first line that is not taken.
     std::unique_ptr<detail::MemberPaths> m_members;
     /// The text of the line that is being read.
     QString m_text;

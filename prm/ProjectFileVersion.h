@@ -11,7 +11,7 @@ namespace Prm {
 
 class ParameterSet;
 
-/// The versions of the project text's format. Several names share a value: they mark features that came together.
+/// The versions of the project text's format. Names with the same value mark features of the same version.
 namespace StreamVersion {
 
 inline constexpr quint32 invalid = 0;
@@ -21,10 +21,10 @@ inline constexpr quint32 v2018 = 2018;
 inline constexpr quint32 projectMerging = 2019;
 inline constexpr quint32 v2019 = 2019;
 inline constexpr quint32 mvInternal = 3000;
-/// From here on the header also carries the product's name and version.
+/// Since this version the header has the product's name and version.
 inline constexpr quint32 versionInfo2 = 3001;
 inline constexpr quint32 v4_1 = 3001;
-/// From here on a list of views, and a value without a view, reset a parameter's views.
+/// Since this version a list of views, and a value without a view, reset a parameter's views.
 inline constexpr quint32 anyViewList = 3001;
 inline constexpr quint32 trackLayerBelow = 3002;
 inline constexpr quint32 latest = 3002;
@@ -39,7 +39,7 @@ class PRM_EXPORT BuildVersion {
 public:
     /// 0.0.0 build 0.
     BuildVersion() = default;
-    /// From texts such as "4.1.2 beta" and "12". What is no number counts as 0, and so does a version without a dot.
+    /// From texts such as "4.1.2 beta" and "12". A part that is no number is 0, and so is a version without a dot.
     BuildVersion(const QString& version, const QString& build);
 
     int majorNumber() const { return m_major; }
@@ -58,37 +58,35 @@ private:
     qint32 m_build = 0;
 };
 
-/// What the header of a project text says: the version of its format, and the product that wrote it. Every reader gets
-/// the version of its file, to tell old text from new.
+/// The header of a project text: the version of its format, and the product that wrote it. Readers receive it, so that
+/// they can read old versions.
 ///
 /// \snippet saving_and_loading.cpp version
 /// \threads One at a time, together with the parameters that are bound to its fields.
 class PRM_EXPORT ProjectFileVersion {
 public:
-    /// A header not yet read.
+    /// A header that was not read yet.
     ProjectFileVersion() = default;
-    /// A header for text about to be written: the latest version, the product as the host names it for `application`,
-    /// and the present time.
+    /// A header for writing: the latest version, the product (`Product::productName(application)` and so on), and the
+    /// present time.
     explicit ProjectFileVersion(const QString& application);
 
-    /// The time of writing, invalid when it is not known.
+    /// The time of writing, invalid if it is not known.
     QDateTime timestamp() const;
-    /// Text in ISO 8601 form, in UTC.
+    /// The time of writing in ISO 8601 form, in UTC.
     const QString& timestampText() const { return m_timestamp; }
     void setTimestamp(const QDateTime& time);
 
     operator BuildVersion() const { return {productVersion, productBuildNumber}; }
 
-    /// Adds five virtual parameters, bound to the fields of this object, that the set then owns: FileVersion,
-    /// ProductName, ProductBuildNumber, ProductVersion and FileTimestamp. Written by a set without a name, they are the
+    /// Adds five virtual parameters, which the set owns and which refer to the fields of this object: FileVersion,
+    /// ProductName, ProductBuildNumber, ProductVersion and FileTimestamp. A set without a name writes them as the
     /// header.
     void initialiseProperties(ParameterSet& set);
-    /// Reads the header from the start of a text, and leaves the stream at the first line after it. With the written
-    /// order that is the FileTimestamp line: the time of writing stays unknown. A header that is cut short is looked
-    /// for up to the end of the text.
+    /// Reads lines until `atEnd()`. In the written order the FileTimestamp line is next, so the time of writing stays
+    /// unknown. If the header is incomplete, reads to the end of the text.
     void read(QTextStream& stream);
-    /// Whether the header has been read far enough: the version alone before `StreamVersion::versionInfo2`, product
-    /// name and version from there on.
+    /// Whether the header has been read: the version, and since `StreamVersion::versionInfo2` product name and version.
     bool atEnd() const;
 
     quint32 streamVersion = StreamVersion::invalid;

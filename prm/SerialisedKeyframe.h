@@ -7,22 +7,24 @@
 
 namespace Prm {
 
-/// One keyframe held as a value of its own, to be copied between parameters of the same type or through text.
+/// A copy of one keyframe, for copying between parameters of the same type or as text.
 ///
 /// \snippet parameter_panel.cpp copy
-/// \threads The thread that owns the parameter it was copied from: that of a compound points to the subparameters.
+/// \threads The owning thread of the parameter from which it was copied: a compound's refers to the subparameters.
 class PRM_EXPORT SerialisedKeyframe {
 public:
     virtual ~SerialisedKeyframe();
+    /// Time and view.
     virtual Context context() const = 0;
-    /// Shifts the time by that many frames.
+    /// Adds a number of frames to the time.
     virtual void adjustTime(float delta) = 0;
+    /// The keyframe as a line of project text.
     virtual QString toString() const = 0;
-    /// Throws `std::runtime_error` for a text that is no keyframe line.
+    /// Reads what `toString` returns. Throws `std::runtime_error` for a text that is no keyframe line.
     virtual void setFromString(const QString& text) = 0;
-    /// Whether the other is of the same kind and exactly like this one in place, value and interpolation. False here.
+    /// Whether the other has the same type, time, view, value and interpolation, compared exactly. Here: false.
     virtual bool equals(const SerialisedKeyframe& other) const;
-    /// As `toString`, with all digits that its numbers need. The same as `toString` here.
+    /// As `toString`, with all digits of the numbers. Here: as `toString`.
     virtual QString toExactString() const;
 
 protected:

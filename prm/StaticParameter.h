@@ -8,11 +8,11 @@
 
 namespace Prm {
 
-/// A setting that never animates: one value for all times and views, in one line of project text. Every successful set
-/// sends `valueChanged()` once, after the value is stored, also when it is equal to the former one.
+/// A parameter that does not animate: one value for all times and views, in one line of project text. Setting the value
+/// emits `valueChanged()` once, after the value is stored, also if it is the same.
 ///
-/// Provided for `unsigned int` (decimal) and `QString` (between double quotes, unescaped: a text with a line break
-/// does not survive in project text).
+/// Provided for `unsigned int` (decimal) and `QString` (between double quotes, not escaped: a text with a line break
+/// cannot be read back from project text).
 ///
 /// \snippet parameter_panel.cpp static
 /// \threads The owning thread only.
@@ -20,24 +20,26 @@ template <class T> class PRM_EXPORT StaticParameter : public BasicParameter {
 public:
     ~StaticParameter() override;
 
-    /// One line: the prefix, the name and a dot if asked for, "value=" and the value.
+    /// Writes one line: the prefix, if `withName` the name and a dot, "value=" and the value.
     bool bStreamOut(QTextStream& stream, const QString& prefix, bool withName) const override;
-    /// Takes "<name>.value=<text>"; the key is compared without regard to case. What is no number counts as 0.
+    /// Reads "<name>.value=<text>"; the key is not case-sensitive. A text that is no number is read as 0.
     bool setFromScriptString(const QString& line, const ProjectFileVersion& version) override;
     const QString& scriptName() const override;
     using BasicParameter::setVariantValue;
     using BasicParameter::variantValue;
     QVariant variantValue(const Context& context) const override;
-    /// A variant that does not convert gives 0, or the empty text.
+    /// A variant that does not convert sets 0 or the empty text.
     void setVariantValue(const QVariant& variant, const Context& context) override;
 
-    /// Stores the value and nothing else.
+    /// Stores the value; emits nothing.
     virtual void doSetValue(const T& value) = 0;
+    /// Calls `doSetValue`, then emits `valueChanged()`.
     virtual void setValue(const T& value);
+    /// The stored value.
     virtual T value() const = 0;
-    /// Script name and value.
+    /// A snapshot of script name and value.
     boost::shared_ptr<Bsc::MementoBase> exportState() const override;
-    /// Throws `std::bad_cast` for a snapshot of another kind, and for null.
+    /// Restores a snapshot. Throws `std::bad_cast` for a snapshot of another kind, and for null.
     void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override;
 
 protected:
@@ -49,7 +51,7 @@ private:
     QString m_scriptName;
 };
 
-/// A static parameter whose value lives in a variable of someone else, which must outlive it.
+/// A static parameter whose value is a variable of the host, which must outlive the parameter.
 ///
 /// \snippet parameter_panel.cpp static
 /// \threads The owning thread only; the variable is read and written without a lock.
@@ -65,7 +67,7 @@ private:
     T* m_target;
 };
 
-/// A static parameter that keeps its value itself.
+/// A static parameter that stores its value itself.
 ///
 /// \snippet parameter_panel.cpp static
 template <class T> class PRM_EXPORT OwnedStaticParameter : public StaticParameter<T> {

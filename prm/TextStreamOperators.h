@@ -9,8 +9,8 @@ class QTextStream;
 namespace Prm {
 
 // The text of plain values, for types that Qt's text streams lack or write otherwise (`Frame` has its own, in
-// prm/Time.h). What the stream's owner has set (base, notation, precision, locale, field width) neither counts nor
-// changes. Text that holds no number reads as 0.
+// prm/Time.h). The stream's settings (base, notation, precision, locale, field width) are neither used nor changed.
+// Text without a number reads as 0.
 
 /// The integer 1 or 0; every other integer reads as true.
 PRM_EXPORT QTextStream& operator<<(QTextStream& stream, bool value);
@@ -20,7 +20,7 @@ PRM_EXPORT QTextStream& operator>>(QTextStream& stream, bool& value);
 PRM_EXPORT QTextStream& operator<<(QTextStream& stream, unsigned char value);
 PRM_EXPORT QTextStream& operator>>(QTextStream& stream, unsigned char& value);
 
-/// x, then y. Nothing is written between them: who wants to read them back writes a blank of his own.
+/// x, then y, with nothing between them: to read them back, write a blank between them.
 PRM_EXPORT QTextStream& operator<<(QTextStream& stream, const QPoint& value);
 PRM_EXPORT QTextStream& operator>>(QTextStream& stream, QPoint& value);
 

@@ -11,9 +11,8 @@ namespace Prm {
 
 class BaseContext;
 
-/// A point on the timeline, counted in frames: 1.0 is one frame, fractions lie between frames, negative times are
-/// legal. A time that cannot be used (NaN, or above `LAST`) is always stored as `INVALID_TIME_VALUE`, so that times
-/// compare as plain doubles and never hold NaN.
+/// A point on the timeline in frames: 1.0 is one frame, fractions lie between frames, and times may be negative. NaN,
+/// and times above `LAST`, are stored as `INVALID_TIME_VALUE`, so that times compare like plain doubles.
 ///
 /// \snippet times_and_views.cpp time
 /// \threads A plain value.
@@ -25,7 +24,7 @@ public:
     static constexpr double INVALID_TIME_VALUE = 4294967295.0;
     static constexpr double LARGEST_VALID_VALUE = 2147483646.0;
 
-    /// Reserved markers at the top of the valid range. The library never interprets them.
+    /// Reserved markers at the top of the valid range. The library treats them as any other time.
     static const Time FIRST;
     static const Time LAST;
 
@@ -76,7 +75,7 @@ public:
     static constexpr Invalid INVALID{};
     static constexpr quint32 INVALID_FRAME_VALUE = 0xFFFFFFFFu;
 
-    /// The largest ordinary frame, and two reserved markers just above it that the library never interprets.
+    /// The largest ordinary frame, and two reserved markers above it. The library treats them as any other frame.
     static const Frame MAX;
     static const Frame FIRST;
     static const Frame LAST;
@@ -84,7 +83,8 @@ public:
     /// Frame 0.
     constexpr Frame() = default;
     constexpr Frame(Invalid) : m_number(INVALID_FRAME_VALUE) {}
-    /// The frame that holds the context's time: truncated towards zero to 64 bits, its low 32 bits given to `fromUInt`.
+    /// The frame of the context's time: truncated towards zero to 64 bits, of which the low 32 are passed to
+    /// `fromUInt`.
     Frame(const BaseContext& context);
     Frame& operator=(const BaseContext& context);
 
@@ -130,9 +130,9 @@ inline constexpr Frame Frame::MAX = Frame::fromInt(2147483644);
 inline constexpr Frame Frame::FIRST = Frame::fromInt(2147483645);
 inline constexpr Frame Frame::LAST = Frame::fromInt(2147483646);
 
-/// An unsigned decimal number, whatever the stream's own number settings are.
+/// Writes an unsigned decimal number; the stream's number settings are not used.
 PRM_EXPORT QTextStream& operator<<(QTextStream& stream, const Frame& frame);
-/// Stores the number as read, also one that no factory would make.
+/// Stores the number as read, without the checks of the factories.
 PRM_EXPORT QTextStream& operator>>(QTextStream& stream, Frame& frame);
 
 PRM_EXPORT QDebug operator<<(QDebug debug, Time time);

@@ -19,22 +19,22 @@ template <class T> struct ValueType;
 
 namespace detail {
 
-/// Adds a text's length and its bytes in UTF-8: so two texts never hash as two others whose letters follow each other
-/// in the same order.
+/// Adds a text's length and its bytes in UTF-8, so that two texts in a row differ from two others with the same joined
+/// text.
 PRM_EXPORT void addTextToHash(Bsc::Hash& hash, const QString& text);
 
 } // namespace detail
 
-/// The general answers of `ValueType<T>`, for specialisations to start from: T's own `==`, its text stream operators,
-/// and its `QVariant` conversions (T must be declared with Q_DECLARE_METATYPE).
+/// The general implementation of `ValueType<T>`, from which specialisations derive: T's `==`, its text stream
+/// operators, and its `QVariant` conversions (T must be declared with Q_DECLARE_METATYPE).
 ///
 /// \snippet own_value_type.cpp type
-/// \threads Functions without state: several threads may be in each of them at once, in those of a specialisation too.
+/// \threads Safe on any thread; the functions of a specialisation must be, too.
 template <class T> struct GeneralValueType {
-    /// The name in "Prm::Parameter<name>", by which the parameter's meta-type is registered.
+    /// The name in "Prm::Parameter<name>", the name of the parameter's meta-type.
     static QString name() { return QString::fromLatin1(QMetaType::typeName(qMetaTypeId<T>())); }
 
-    /// Must be exact: an edit between values that count as equal is lost.
+    /// Must be exact: setting a value that is equal to the present one does nothing.
     static bool equal(const T& a, const T& b) { return a == b; }
 
     /// Appends the value's text, without a line break and in the C locale.
@@ -42,7 +42,7 @@ template <class T> struct GeneralValueType {
         QTextStream stream(&text, QIODevice::WriteOnly | QIODevice::Append);
         stream << value;
     }
-    /// Reads what `write` has appended; text that is none leaves what the stream operator makes of it.
+    /// Reads what `write` appended. For other text, the result is that of the stream operator.
     static T read(const QString& text) {
         QString copy = text;
         QTextStream stream(&copy, QIODevice::ReadOnly);
@@ -63,8 +63,8 @@ template <class T> struct GeneralValueType {
         return *static_cast<const T*>(converted.constData());
     }
 
-    /// Adds the bytes that tell values apart, the same on every machine: here the written text and its length. Values
-    /// of different lengths must add their length, too.
+    /// Adds bytes that are the same on every machine and differ between values: here the length of the written text and
+    /// the text. Values of different lengths must add their length, too.
     static void addToHash(Bsc::Hash& hash, const T& value) {
         QString text;
         ValueType<T>::write(text, value);
@@ -72,13 +72,13 @@ template <class T> struct GeneralValueType {
     }
 };
 
-/// All that the library must know of the values of a parameter. A type of the host's specialises it, normally starting
-/// from `GeneralValueType`, and replaces what does not suit it. Types that blend, so that they can have curves, add
-/// three more things:
+/// What the library needs to know of the values of a parameter. A host specialises it for a type of its own, normally
+/// derived from `GeneralValueType`, and replaces what differs. For a type that blends, so that it can have curves, the
+/// specialisation adds:
 ///
-///     static constexpr int componentCount;                    // how many numbers make up a value
-///     static double component(const T& value, int i);         // the i-th of them
-///     static T fromComponents(const double* components);      // a value of these numbers
+///     static constexpr int componentCount;                    // the number of components of a value
+///     static double component(const T& value, int i);         // the i-th component
+///     static T fromComponents(const double* components);      // the value with these components
 ///
 /// \snippet own_value_type.cpp type
 template <class T> struct ValueType : GeneralValueType<T> {};
@@ -93,7 +93,7 @@ template <class T> struct Blends<T, std::void_t<decltype(ValueType<T>::component
 /// Whether values of the type can be blended.
 template <class T> inline constexpr bool blends = detail::Blends<T>::value;
 
-/// Whether copying and comparing values calls no function of a host's.
+/// Whether copying and comparing values calls no function of a host.
 template <class T> inline constexpr bool isPlain = std::is_arithmetic_v<T> || std::is_same_v<T, QPointF>;
 
 namespace detail {
@@ -113,43 +113,42 @@ private:
 
 } // namespace detail
 
-/// Switches: they hold, and do not blend. Read as an integer, in the notations of a text stream (`0x10`, `0b11`); every
-/// one but 0 is true.
+/// Booleans; they do not blend.
 template <> struct PRM_EXPORT ValueType<bool> : GeneralValueType<bool> {
     /// The integer 1 or 0.
     static void write(QString& text, const bool& value);
-    /// Reads an integer as the stream operator does, so also "0x10" and "0b11"; every one but 0 is true.
+    /// Reads an integer as the stream operator does, "0x10" and "0b11" included; all except 0 are true.
     static bool read(const QString& text);
     static void addToHash(Bsc::Hash& hash, const bool& value);
 };
 
-/// Whole numbers: they blend as numbers do, and the result is rounded.
+/// Whole numbers; they blend, and the result is rounded.
 template <> struct PRM_EXPORT ValueType<int> : GeneralValueType<int> {
     static void write(QString& text, const int& value);
     static int read(const QString& text);
     static constexpr int componentCount = 1;
     static double component(const int& value, int) { return value; }
-    /// Rounded half away from zero and held to the type's range; NaN gives 0.
+    /// Rounded half away from zero and clamped to the type's range; NaN gives 0.
     static int fromComponents(const double* components);
     static int fromVariant(const QVariant& variant);
     static void addToHash(Bsc::Hash& hash, const int& value);
 };
 
-/// Whole numbers from 0 on: they blend as numbers do, and the result is rounded.
+/// Whole numbers from 0 on; they blend, and the result is rounded.
 template <> struct PRM_EXPORT ValueType<unsigned int> : GeneralValueType<unsigned int> {
     static void write(QString& text, const unsigned int& value);
     static unsigned int read(const QString& text);
     static constexpr int componentCount = 1;
     static double component(const unsigned int& value, int) { return value; }
-    /// Rounded half away from zero and held to the type's range; NaN gives 0.
+    /// Rounded half away from zero and clamped to the type's range; NaN gives 0.
     static unsigned int fromComponents(const double* components);
     static unsigned int fromVariant(const QVariant& variant);
     static void addToHash(Bsc::Hash& hash, const unsigned int& value);
 };
 
-/// Numbers.
+/// Numbers; they blend.
 template <> struct PRM_EXPORT ValueType<double> : GeneralValueType<double> {
-    /// NaN equals NaN, or setting it would count as a change every time.
+    /// NaN equals NaN; otherwise setting it would be a change every time.
     static bool equal(const double& a, const double& b);
     /// The shortest text that reads back as the same number.
     static void write(QString& text, const double& value);
@@ -160,7 +159,7 @@ template <> struct PRM_EXPORT ValueType<double> : GeneralValueType<double> {
     static void addToHash(Bsc::Hash& hash, const double& value);
 };
 
-/// Texts: they hold, and do not blend.
+/// Texts; they do not blend.
 template <> struct PRM_EXPORT ValueType<QString> : GeneralValueType<QString> {
     /// Between double quotes, escaped.
     static void write(QString& text, const QString& value);
@@ -168,9 +167,9 @@ template <> struct PRM_EXPORT ValueType<QString> : GeneralValueType<QString> {
     static void addToHash(Bsc::Hash& hash, const QString& value);
 };
 
-/// Points, each coordinate blending alone.
+/// Points; each coordinate blends.
 template <> struct PRM_EXPORT ValueType<QPointF> : GeneralValueType<QPointF> {
-    /// Not QPointF's own comparison, which is fuzzy.
+    /// Exact, unlike QPointF's own comparison.
     static bool equal(const QPointF& a, const QPointF& b);
     /// x, a blank, and y, each as the shortest text that reads back as the same number.
     static void write(QString& text, const QPointF& value);
@@ -181,7 +180,7 @@ template <> struct PRM_EXPORT ValueType<QPointF> : GeneralValueType<QPointF> {
     static void addToHash(Bsc::Hash& hash, const QPointF& value);
 };
 
-/// Points of whole numbers: they hold, and do not blend.
+/// Points of whole numbers; they do not blend.
 template <> struct PRM_EXPORT ValueType<QPoint> : GeneralValueType<QPoint> {
     /// x, a blank, and y.
     static void write(QString& text, const QPoint& value);

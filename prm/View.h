@@ -9,8 +9,8 @@ class QDebug;
 
 namespace Prm {
 
-/// One view of a project, for example the left eye: an id, numbered from 0 in the order of the registry `Views`.
-/// Ids are compared and tested as signed numbers where that matters: every id with the top bit set is invalid.
+/// One view of a project, for example the left eye: an id, which counts from 0 in the order of the registry `Views`.
+/// Every id with the top bit set, that is, negative as a signed number, is invalid.
 ///
 /// \snippet stereo_offset.cpp split
 /// \threads A plain value.
@@ -28,8 +28,8 @@ public:
     /// "view[N]." with the id in decimal, the prefix of this view's lines in project text.
     QString toString() const;
 
-    /// Takes a leading "view[N]." off the text, once, and stores N in `view`. The prefix is case-sensitive and N is a
-    /// decimal number up to 2147483646; without such a prefix both arguments are left alone and the answer is false.
+    /// Removes one leading "view[N]." from the text and stores N in `view`. The prefix is case-sensitive, N a decimal
+    /// number up to 2147483646. Without such a prefix, returns false and changes neither argument.
     static bool extractStringPrefix(QString& text, View& view);
     static bool extractStringPrefix(QStringView& text, View& view);
 

@@ -6,8 +6,8 @@
 
 namespace Prm {
 
-/// What a keyframed, splittable parameter shows in a view between those that have data of their own. Views are weighted
-/// by their ids; outside the range of the views with data the nearest one counts.
+/// How the value of a keyframed, splittable parameter is computed in a view without data. Views with data are weighted
+/// by the distance of their ids; outside their range the nearest one is used.
 ///
 /// \snippet in_between_camera.cpp between
 /// \threads A plain value.
