@@ -394,23 +394,17 @@ private:
     PRM_ALWAYS_INLINE bool asksHooks() const;
     PRM_NEVER_INLINE bool learnsToAskHooks() const;
     const void* asTyped(const std::type_info& valueType) const override;
+    class Evaluation;
     const Parameter& shownParameter() const;
     template <class Own, class General>
     auto askShown(const Own& own, const General& general) const -> decltype(own(std::declval<const Parameter&>()));
     template <class Choose> HeldTrack hold(const View& view, const Choose& choose) const;
     View sourceView(const FastViewMap& map, const View& view, bool apart, detail::SourceViews& sources) const;
     PRM_ALWAYS_INLINE T ownValue(const Context& context, Cache* cache) const;
-    PRM_NEVER_INLINE void ownValues(const Context& context, const Time* times, int count, T* out, Cache* cache) const;
-    void blendedValues(const detail::SourceViews& sources, const Context& context, const Time* times, int count,
-                       T* out, Cache* cache) const;
-    void heldValues(const HeldTrack& held, const Context& context, const Time* times, int count, T* out,
-                    Cache* cache) const;
-    T hookedValue(const HeldTrack& held, const Context& context, int& cursor, Cache* cache) const;
     detail::Outside outside() const { return {m_extrapolationBefore, m_extrapolationAfter}; }
 
     /// "None" for the questions about keyframes.
     bool hidesKeyframesOf(const View& view) const;
-    bool hasDataToEdit(const View& view) const;
     template <class Question>
     auto askKeyframes(const View& view, decltype(std::declval<Question>()(KeyframeVector())) none,
                       const Question& question) const -> decltype(none);
@@ -419,23 +413,13 @@ private:
     PVData* targetData(const View& view, const detail::Track<T>* contents = nullptr);
     PVData* ownData(const View& view, const detail::Track<T>* contents);
     static bool storeStaticValue(PVData& data, const T& value);
+    static bool storeKeyframeValue(PVData& data, int position, const T& value);
     int insertKeyframe(const View& view, Time time, const T& value);
-    int setStoredValue(PVData& data, Time time, const T& value, const View& view);
     bool giveViewData(const View& view, const detail::Track<T>& contents);
     void takeKeyframeData(const Parameter& source, bool withDefaultInterpolation);
     struct Settings;
-    Settings settings() const;
-    void takeSettings(const Settings& settings);
-    void checkVariantAccess(const Context& context) const;
-
-    KeyframeVector keyframesToWrite(const View& view) const;
-    static void addViewList(QString& text, const QString& start, const std::vector<View>& views);
-    void addViewValues(QString& text, const QString& start, const View& view, bool forceViewPrefix) const;
-    void addStaticValue(QString& text, const QString& start, const View& view) const;
-    void readViewList(const QString& line);
-    template <class Change> void readIntoView(const View& view, const Change& change);
-    template <class Change> void readNewViews(const Change& change);
-    bool readExtrapolation(const QString& line);
+    class LineReading;
+    detail::Track<T> writtenTrack(const View& view) const;
 
     friend class detail::Invariants;
     friend void detail::default_Parameter_setVariantValue_impl<T>(Parameter& parameter, const QVariant& variant,

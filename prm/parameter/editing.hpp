@@ -20,6 +20,15 @@ template <class T> bool Parameter<T>::storeStaticValue(PVData& data, const T& va
     return true;
 }
 
+/// The same of a keyframe, if there is one at the position.
+template <class T> bool Parameter<T>::storeKeyframeValue(PVData& data, int position, const T& value) {
+    if (position < 0 || ValueType<T>::equal(data.keyframes.at(position).value, value))
+        return false;
+    LockedKeyframes lock(&data);
+    lock.keyframes()[position].value = value;
+    return true;
+}
+
 /// The position of the new keyframe; -1 where there is one at the time, and where the hook that shapes its segment has
 /// deleted the parameter or made it static.
 template <class T> int Parameter<T>::insertKeyframe(const View& view, Time time, const T& value) {
@@ -47,36 +56,24 @@ template <class T> int Parameter<T>::insertKeyframe(const View& view, Time time,
 template <class T> int Parameter<T>::vSetValue(const T& value, const Context& context) {
     const View view = context.view;
     const Time time = context.time;
-    PVData* data = targetData(view);
-    if (!data)
-        return -1;
     const detail::LifeGuard guard(*this);
-    if (isKeyframed() && time.isValid() && detail::positionAt(data->keyframes, time) < 0) {
-        const int position = insertKeyframe(view, time, value);
-        if (position >= 0) {
-            ParameterChange::keyframeAdded(*this, position, view);
+    PVData* data = targetData(view);
+    if (data && isKeyframed() && time.isValid() && detail::positionAt(data->keyframes, time) < 0) {
+        const int added = insertKeyframe(view, time, value);
+        if (added >= 0) {
+            ParameterChange::keyframeAdded(*this, added, view);
             if (guard.alive())
-                ParameterChange::keyframeChangedValue(*this, position, view);
-            return position;
+                ParameterChange::keyframeChangedValue(*this, added, view);
+            return added;
         }
         data = guard.alive() ? targetData(view) : nullptr;
     }
-    return data ? setStoredValue(*data, time, value, view) : -1;
-}
-
-/// Sets the value of the keyframe at the time, or the static value.
-template <class T> int Parameter<T>::setStoredValue(PVData& data, Time time, const T& value, const View& view) {
-    const bool keyed = isKeyframed() && time.isValid();
-    const int position = keyed ? detail::positionAt(data.keyframes, time) : -1;
-    if (!keyed) {
-        if (!storeStaticValue(data, value))
-            return -1;
-    } else {
-        if (position < 0 || ValueType<T>::equal(data.keyframes.at(position).value, value))
-            return position;
-        LockedKeyframes lock(&data);
-        lock.keyframes()[position].value = value;
-    }
+    if (!data)
+        return -1;
+    const bool isStatic = !isKeyframed() || !time.isValid();
+    const int position = isStatic ? -1 : detail::positionAt(data->keyframes, time);
+    if (isStatic ? !storeStaticValue(*data, value) : !storeKeyframeValue(*data, position, value))
+        return position;
     ParameterChange::keyframeChangedValue(*this, position, view);
     return position;
 }
@@ -171,7 +168,7 @@ template <class T> bool Parameter<T>::vSetInterpolation(Interpolation kind, cons
     const Time time = context.time;
     int position = -1;
     const auto find = [&] {
-        PVData* const data = isKeyframed() && hasDataToEdit(view) ? targetData(view) : nullptr;
+        PVData* const data = hidesKeyframesOf(view) ? nullptr : targetData(view);
         position = data ? detail::positionAt(data->keyframes, time) : -1;
         return position >= 0 ? data : nullptr;
     };
@@ -200,7 +197,7 @@ template <class T> bool Parameter<T>::vSetInterpolation(Interpolation kind, cons
 
 template <class T> void Parameter<T>::vSetInterpolationData(IType itype, unsigned int index, const View& view) {
     const View addressed = view;
-    if (!isKeyframed() || !hasDataToEdit(addressed))
+    if (hidesKeyframesOf(addressed))
         return;
     PVData* const data = targetData(addressed);
     if (!data || index >= static_cast<unsigned int>(data->keyframes.size()))
@@ -210,11 +207,6 @@ template <class T> void Parameter<T>::vSetInterpolationData(IType itype, unsigne
         lock.keyframes()[static_cast<int>(index)].interpolationData = itype;
     }
     ParameterChange::keyframeChangedInterpolation(*this, static_cast<int>(index), addressed);
-}
-
-/// Whether an edit of existing keyframes can apply: it never splits a view off.
-template <class T> bool Parameter<T>::hasDataToEdit(const View& view) const {
-    return !splittable() || hasViewData(view);
 }
 
 template <class T> void Parameter<T>::vSetExtrapolationBefore(Extrapolation kind) {

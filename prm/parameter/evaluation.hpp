@@ -129,6 +129,96 @@ View Parameter<T>::sourceView(const FastViewMap& map, const View& view, bool apa
     return sources.empty() ? view : sources[0];
 }
 
+/// Values of one parameter without its master, wherever they come from: several views, hooks, a host's functions. They
+/// are made from copies of the data, so that other code may run meanwhile.
+template <class T> class Parameter<T>::Evaluation {
+public:
+    Evaluation(const Parameter& parameter, const Context& context, Cache* cache)
+        : m_parameter(parameter), m_context(context), m_cache(cache), m_asksHooks(parameter.asksHooks()) {}
+
+    void operator()(const Time* times, int count, T* out) {
+        for (int attempt = 0; !isFromOneState(times, count, out, attempt < patience); ++attempt) {
+        }
+    }
+
+private:
+    static constexpr int patience = 8;
+
+    /// False where an assignment has changed meanwhile what a class of a host's says of itself.
+    bool isFromOneState(const Time* times, int count, T* out, bool mayAskAgain) {
+        const bool keyframed = m_asksHooks && m_parameter.isKeyframed();
+        const bool apart = m_asksHooks && m_parameter.splittable();
+        detail::SourceViews sources;
+        {
+            const HeldTrack held = m_parameter.hold(m_context.view, [&](const FastViewMap& map) {
+                const bool told = m_asksHooks ? apart : m_parameter.Parameter::splittable();
+                return m_parameter.sourceView(map, m_context.view, told, sources);
+            });
+            if (m_asksHooks && mayAskAgain &&
+                (m_parameter.isKeyframed() != keyframed || m_parameter.splittable() != apart))
+                return false;
+            if (!(m_asksHooks ? keyframed : held.settings.keyframed))
+                std::fill_n(out, count, held.track.staticValue);
+            else if (sources.size() < 2)
+                evaluate(held, times, count, out);
+        }
+        if (sources.size() > 1)
+            blend(sources, times, count, out);
+        return true;
+    }
+
+    /// One view after the other: each contributes values that it had meanwhile.
+    void blend(const detail::SourceViews& sources, const Time* times, int count, T* out) {
+        if constexpr (blends<T>) {
+            const auto weights = detail::sourceWeights(sources, m_context.view);
+            QVarLengthArray<detail::WeightedSum<T>, 4> sums(count);
+            for (int s = 0; s < sources.size(); ++s) {
+                evaluate(holdAgain(sources[s]), times, count, out);
+                for (int i = 0; i < count; ++i)
+                    sums[i].add(out[i], weights[static_cast<std::size_t>(s)]);
+            }
+            std::transform(sums.begin(), sums.end(), out, [](const auto& sum) { return sum.value(); });
+        }
+    }
+
+    HeldTrack holdAgain(View view) const {
+        return m_parameter.hold(view, [=](const FastViewMap&) { return view; });
+    }
+
+    void evaluate(const HeldTrack& held, const Time* times, int count, T* out) {
+        if (!m_asksHooks)
+            return detail::evaluate(held.track, held.settings.outside, times, count, out);
+        int cursor = 0;
+        for (int i = 0; i < count; ++i) {
+            // A hook has edited the keyframes.
+            if (!held.isTrue())
+                return evaluate(holdAgain(held.asked), times + i, count - i, out + i);
+            m_context.time = times[i];
+            out[i] = askHooks(held, cursor);
+        }
+    }
+
+    T askHooks(const HeldTrack& held, int& cursor) const {
+        const KeyframeVector& keyframes = held.track.keyframes;
+        if (keyframes.isEmpty())
+            return m_parameter.supportsExtrapolationFromNoKeys()
+                       ? m_parameter.extrapolateValue({}, m_context, m_cache)
+                       : held.track.staticValue;
+        const detail::Bracket at =
+            detail::bracketNear(keyframes.constData(), keyframes.size(), m_context.time, cursor);
+        if (at.before == at.after)
+            return keyframes.at(detail::firstAtTime(keyframes, at.before)).value;
+        const BoundingKeyframes around = detail::named(at, held.view, m_parameter);
+        return at.before < 0 || at.after < 0 ? m_parameter.extrapolateValue(around, m_context, m_cache)
+                                             : m_parameter.interpolateValue(around, m_context, m_cache);
+    }
+
+    const Parameter& m_parameter;
+    Context m_context;
+    Cache* const m_cache;
+    const bool m_asksHooks;
+};
+
 template <class T> T Parameter<T>::value(const Context& context, Cache* cache) const {
     return askShown([&](const Parameter& shown) { return shown.ownValue(context, cache); },
                     [&](const Parameter& shown) { return shown.value(context, cache); });
@@ -155,89 +245,15 @@ template <class T> T Parameter<T>::ownValue(const Context& context, Cache* cache
         }
     }
     T value{};
-    ownValues(context, &context.time, 1, &value, cache);
+    Evaluation(*this, context, cache)(&context.time, 1, &value);
     return value;
-}
-
-/// The values at some times, wherever they come from. The context's own time does not matter.
-template <class T>
-void Parameter<T>::ownValues(const Context& context, const Time* times, int count, T* out, Cache* cache) const {
-    constexpr int patience = 8;
-    const bool asks = asksHooks();
-    for (int attempt = 0;; ++attempt) {
-        const bool keyframed = asks && isKeyframed();
-        const bool apart = asks && splittable();
-        detail::SourceViews sources;
-        {
-            const HeldTrack held = hold(context.view, [&](const FastViewMap& map) {
-                return sourceView(map, context.view, asks ? apart : Parameter::splittable(), sources);
-            });
-            // An assignment changes them together with the data.
-            if (asks && (isKeyframed() != keyframed || splittable() != apart) && attempt < patience)
-                continue;
-            if (!(asks ? keyframed : held.settings.keyframed)) {
-                std::fill_n(out, count, held.track.staticValue);
-                return;
-            }
-            if (sources.size() < 2)
-                return heldValues(held, context, times, count, out, cache);
-        }
-        return blendedValues(sources, context, times, count, out, cache);
-    }
-}
-
-/// One view after the other: each contributes values that it had meanwhile.
-template <class T>
-void Parameter<T>::blendedValues(const detail::SourceViews& sources, const Context& context, const Time* times,
-                                 int count, T* out, Cache* cache) const {
-    if constexpr (blends<T>) {
-        const auto weights = detail::sourceWeights(sources, context.view);
-        QVarLengthArray<detail::WeightedSum<T>, 4> sums(count);
-        for (int s = 0; s < sources.size(); ++s) {
-            const HeldTrack held = hold(sources[s], [&](const FastViewMap&) { return sources[s]; });
-            heldValues(held, context, times, count, out, cache);
-            for (int i = 0; i < count; ++i)
-                sums[i].add(out[i], weights[static_cast<std::size_t>(s)]);
-        }
-        std::transform(sums.begin(), sums.end(), out, [](const auto& sum) { return sum.value(); });
-    }
-}
-
-template <class T>
-void Parameter<T>::heldValues(const HeldTrack& held, const Context& context, const Time* times, int count, T* out,
-                              Cache* cache) const {
-    if (!asksHooks())
-        return detail::evaluate(held.track, held.settings.outside, times, count, out);
-    Context at = context;
-    int cursor = 0;
-    for (int i = 0; i < count; ++i) {
-        // A hook has edited the keyframes.
-        if (!held.isTrue())
-            return heldValues(hold(held.asked, [&](const FastViewMap&) { return held.asked; }), context, times + i,
-                              count - i, out + i, cache);
-        at.time = times[i];
-        out[i] = hookedValue(held, at, cursor, cache);
-    }
-}
-
-template <class T>
-T Parameter<T>::hookedValue(const HeldTrack& held, const Context& context, int& cursor, Cache* cache) const {
-    const KeyframeVector& keyframes = held.track.keyframes;
-    if (keyframes.isEmpty())
-        return supportsExtrapolationFromNoKeys() ? extrapolateValue({}, context, cache) : held.track.staticValue;
-    const detail::Bracket at = detail::bracketNear(keyframes.constData(), keyframes.size(), context.time, cursor);
-    if (at.before == at.after)
-        return keyframes.at(detail::firstAtTime(keyframes, at.before)).value;
-    const BoundingKeyframes around = detail::named(at, held.view, *this);
-    return at.before < 0 || at.after < 0 ? extrapolateValue(around, context, cache)
-                                         : interpolateValue(around, context, cache);
 }
 
 template <class T>
 void Parameter<T>::sampleValues(const Time* times, int count, const View& view, T* out, Cache* cache) const {
     askShown(
         [&](const Parameter& shown) {
-            shown.ownValues(Context(Time(), view), times, count, out, cache);
+            Evaluation(shown, Context(Time(), view), cache)(times, count, out);
             return true;
         },
         [&](const Parameter& shown) {

@@ -27,34 +27,35 @@ public:
 
 /// What a state holds beside the views.
 template <class T> struct Parameter<T>::Settings {
-    bool keyframed = false;
-    bool splittable = false;
-    quint8 viewInterpolation = 0;
-    Extrapolation before = Extrapolation::Constant;
-    Extrapolation after = Extrapolation::Constant;
-    Interpolation defaultInterpolation = Interpolation::Constant;
-    OwnAttributes own;
+    explicit Settings(const Parameter& parameter)
+        : keyframed(parameter.m_keyframed), splittable(parameter.m_splittable),
+          viewInterpolation(parameter.m_viewInterpolation), before(parameter.m_extrapolationBefore),
+          after(parameter.m_extrapolationAfter), defaultInterpolation(parameter.m_defaultInterpolation),
+          own(parameter.ownAttributes()) {}
+
+    void putBack(Parameter& parameter) const {
+        parameter.m_keyframed.store(keyframed);
+        parameter.m_splittable.store(splittable);
+        parameter.m_viewInterpolation.store(viewInterpolation);
+        parameter.m_extrapolationBefore.store(before);
+        parameter.m_extrapolationAfter.store(after);
+        parameter.m_defaultInterpolation.store(defaultInterpolation);
+        parameter.takeOwnAttributes(own);
+    }
 
     auto tied() const {
         return std::tie(keyframed, splittable, viewInterpolation, before, after, defaultInterpolation, own);
     }
     friend bool operator==(const Settings& a, const Settings& b) { return a.tied() == b.tied(); }
+
+    bool keyframed;
+    bool splittable;
+    quint8 viewInterpolation;
+    Extrapolation before;
+    Extrapolation after;
+    Interpolation defaultInterpolation;
+    OwnAttributes own;
 };
-
-template <class T> auto Parameter<T>::settings() const -> Settings {
-    return {m_keyframed,          m_splittable,           m_viewInterpolation, m_extrapolationBefore,
-            m_extrapolationAfter, m_defaultInterpolation, ownAttributes()};
-}
-
-template <class T> void Parameter<T>::takeSettings(const Settings& settings) {
-    m_keyframed.store(settings.keyframed);
-    m_splittable.store(settings.splittable);
-    m_viewInterpolation.store(settings.viewInterpolation);
-    m_extrapolationBefore.store(settings.before);
-    m_extrapolationAfter.store(settings.after);
-    m_defaultInterpolation.store(settings.defaultInterpolation);
-    takeOwnAttributes(settings.own);
-}
 
 /// Of a small parameter the whole. Of another one the settings, and of some views whether they have data, the static
 /// value, and stretches of their keyframes; these share nothing with the list, which the following edit so need not
@@ -63,7 +64,7 @@ template <class T> class Parameter<T>::StateAround : public detail::PartialState
 public:
     using Stretch = detail::KeyframeStretch<T>;
 
-    StateAround(const Parameter& parameter, const detail::Places& places) : m_settings(parameter.settings()) {
+    StateAround(const Parameter& parameter, const detail::Places& places) : m_settings(parameter) {
         if (places.empty() || isSmall(parameter)) {
             m_whole = boost::make_shared<ParameterMemento>(parameter);
             return;
@@ -77,7 +78,7 @@ public:
             one.fill(parameter);
     }
     /// The present state of the same stretches. What a former state would take away is taken whole.
-    StateAround(const Parameter& parameter, const StateAround& former) : m_settings(parameter.settings()) {
+    StateAround(const Parameter& parameter, const StateAround& former) : m_settings(parameter) {
         if (former.m_whole)
             m_whole = boost::make_shared<ParameterMemento>(parameter);
         for (const OfView& one : former.m_views) {
@@ -91,7 +92,7 @@ public:
 
     bool equals(const BasicParameter& parameter) const override {
         const auto* const typed = dynamic_cast<const Parameter*>(&parameter);
-        return typed && typed->settings() == m_settings && (!m_whole || sameViews(m_whole->state, *typed)) &&
+        return typed && Settings(*typed) == m_settings && (!m_whole || sameViews(m_whole->state, *typed)) &&
                std::all_of(m_views.begin(), m_views.end(), [&](const OfView& one) { return one.equals(*typed); });
     }
     boost::shared_ptr<Bsc::MementoBase> present(const BasicParameter& parameter) const override {
@@ -102,7 +103,7 @@ public:
             putBackWhole(parameter);
         for (const OfView& one : m_views)
             one.putBack(parameter);
-        parameter.takeSettings(m_settings);
+        m_settings.putBack(parameter);
         ++parameter.m_revision;
     }
 

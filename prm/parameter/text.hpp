@@ -22,30 +22,60 @@ namespace Prm {
 
 namespace detail {
 
-template <class T> QString valueText(const T& value) {
-    QString text;
-    ValueType<T>::write(text, value);
-    return text;
+template <class T> void addStaticValue(QString& text, const QString& start, const T& value) {
+    QString written;
+    ValueType<T>::write(written, value);
+    addLine(text, start, ParameterStrings::value, written);
+}
+
+/// The keyframes of a view, or the static value where there are none; that without the view's prefix if it may be.
+template <class T>
+void addTrack(QString& text, const QString& start, const View& view, const Track<T>& track, bool mayOmitView) {
+    QString value;
+    for (const KeyframeData<T>& keyframe : track.keyframes) {
+        value.resize(0);
+        ValueType<T>::write(value, keyframe.value);
+        text += start;
+        writeKeyframe(text, view, keyframe.time, value, keyframe.interpolationData);
+        text += QLatin1Char('\n');
+    }
+    if (track.keyframes.isEmpty()) {
+        const bool omits = mayOmitView && view == View(View::defaultViewId());
+        addStaticValue(text, omits ? start : start + view.toString(), track.staticValue);
+    }
+}
+
+inline void addViewList(QString& text, const QString& start, const std::vector<View>& views) {
+    QString list(QLatin1Char('['));
+    for (const View view : views) {
+        list += QString::number(view.id());
+        if (view != views.back())
+            list += QLatin1String(", ");
+    }
+    addLine(text, start, ParameterStrings::views, list + QLatin1Char(']'));
+}
+
+inline void send(QTextStream& stream, const QString& text) {
+    const PlainNumbers plain(stream);
+    stream << text << Qt::flush;
 }
 
 } // namespace detail
 
 template <class T> bool Parameter<T>::bStreamOut(QTextStream& stream, const QString& prefix, bool withName) const {
     const QString start = detail::lineStart(prefix, scriptName(), withName);
-    const View defaultView;
     QString text;
     const std::vector<View> views = viewList();
-    const bool onlyDefaultView = views.size() == 1 && views.front() == defaultView;
-    if (onlyDefaultView && keyframesToWrite(defaultView).isEmpty()) {
-        addViewValues(text, start, defaultView, false);
-    } else {
-        addViewList(text, start, views);
-        for (const View view : views)
-            addViewValues(text, start, view, true);
-    }
+    const bool onlyDefaultView = views.size() == 1 && views.front() == View(View::defaultViewId());
+    const bool omitsView = onlyDefaultView && writtenTrack(views.front()).keyframes.isEmpty();
+    if (!omitsView)
+        detail::addViewList(text, start, views);
+    for (const View view : views)
+        detail::addTrack(text, start, view, writtenTrack(view), omitsView);
     for (const View view : views) {
-        if (!keyframesToWrite(view).isEmpty())
-            addStaticValue(text, start + view.toString(), view);
+        const detail::Track<T> track = writtenTrack(view);
+        if (!track.keyframes.isEmpty())
+            detail::addStaticValue(text, start + view.toString(), track.staticValue);
     }
     writeHidden(text, start);
     if (isKeyframed()) {
@@ -53,163 +83,158 @@ template <class T> bool Parameter<T>::bStreamOut(QTextStream& stream, const QStr
         detail::addLine(text, start, ParameterStrings::after, qstrExtrapolationTypeString(m_extrapolationAfter));
     }
     writeMaster(text, start);
-    const detail::PlainNumbers plain(stream);
-    stream << text << Qt::flush;
+    detail::send(stream, text);
     return true;
+}
+
+/// The data of a view, without keyframes where the parameter is not keyframed.
+template <class T> detail::Track<T> Parameter<T>::writtenTrack(const View& view) const {
+    const PVData& data = m_views.resolve(view);
+    return {data.staticValue, isKeyframed() ? data.keyframes : KeyframeVector()};
 }
 
 template <class T>
 void Parameter<T>::writeSingleViewValues(QTextStream& stream, const QString& prefix, const View& view,
                                          bool forceViewPrefix) const {
     QString text;
-    addViewValues(text, prefix, view, forceViewPrefix);
-    const detail::PlainNumbers plain(stream);
-    stream << text << Qt::flush;
+    detail::addTrack(text, prefix, view, writtenTrack(view), !forceViewPrefix);
+    detail::send(stream, text);
 }
 
 template <class T>
 void Parameter<T>::writeStaticValue(QTextStream& stream, const QString& prefix, const View& view) const {
     QString text;
-    addStaticValue(text, prefix + view.toString(), view);
-    const detail::PlainNumbers plain(stream);
-    stream << text << Qt::flush;
+    detail::addStaticValue(text, prefix + view.toString(), m_views.resolve(view).staticValue);
+    detail::send(stream, text);
 }
 
-/// The keyframes of a view, none where the parameter is not keyframed.
-template <class T> auto Parameter<T>::keyframesToWrite(const View& view) const -> KeyframeVector {
-    return isKeyframed() ? m_views.resolve(view).keyframes : KeyframeVector();
-}
+/// Reads one line into a parameter: one function for each kind of line, false where it is of another kind.
+template <class T> class Parameter<T>::LineReading {
+public:
+    LineReading(Parameter& parameter, const ProjectFileVersion& version, const TextConversion& convert)
+        : m_parameter(parameter), m_resetsViews(version.streamVersion >= StreamVersion::anyViewList),
+          m_convert(convert) {}
 
-template <class T> void Parameter<T>::addViewList(QString& text, const QString& start, const std::vector<View>& views) {
-    QString list(QLatin1Char('['));
-    for (const View view : views) {
-        list += QString::number(view.id());
-        if (view != views.back())
-            list += QLatin1String(", ");
+    bool read(const QString& line) {
+        if (readViewList(line))
+            return true;
+        QStringView unprefixed = line;
+        View view;
+        const bool prefixed = View::extractStringPrefix(unprefixed, view);
+        if (readKeyframe(unprefixed, view))
+            return true;
+        const QString rest = unprefixed.toString();
+        return readStaticValue(rest, view, prefixed) || m_parameter.readHidden(rest) ||
+               detail::hasKey(rest, ParameterStrings::isKeyframed) || readExtrapolation(rest) ||
+               m_parameter.readMaster(rest);
     }
-    detail::addLine(text, start, ParameterStrings::views, list + QLatin1Char(']'));
-}
 
-template <class T>
-void Parameter<T>::addViewValues(QString& text, const QString& start, const View& view, bool forceViewPrefix) const {
-    const KeyframeVector keyframes = keyframesToWrite(view);
-    QString value;
-    for (const KeyframeData<T>& keyframe : keyframes) {
-        value.resize(0);
-        ValueType<T>::write(value, keyframe.value);
-        text += start;
-        detail::writeKeyframe(text, view, keyframe.time, value, keyframe.interpolationData);
-        text += QLatin1Char('\n');
+private:
+    bool readViewList(const QString& line) {
+        if (!detail::beginsWith(line, ParameterStrings::views))
+            return false;
+        if (!m_resetsViews)
+            return true;
+        const View defaultView;
+        const std::vector<View> views = detail::parseViewList(line);
+        intoNewViews([&] {
+            const detail::LifeGuard guard(m_parameter);
+            for (const View view : views) {
+                if (!guard.alive())
+                    return;
+                m_parameter.targetData(view);
+            }
+            if (guard.alive() && m_parameter.splittable() &&
+                std::find(views.begin(), views.end(), defaultView) == views.end())
+                m_parameter.deleteView(defaultView);
+        });
+        return true;
     }
-    if (keyframes.isEmpty()) {
-        const bool prefixed = forceViewPrefix || view != View(View::defaultViewId());
-        addStaticValue(text, prefixed ? start + view.toString() : start, view);
-    }
-}
 
-template <class T> void Parameter<T>::addStaticValue(QString& text, const QString& start, const View& view) const {
-    detail::addLine(text, start, ParameterStrings::value, detail::valueText(m_views.resolve(view).staticValue));
-}
+    bool readKeyframe(QStringView line, View view) {
+        if (!detail::hasKey(line, ParameterStrings::keyframes))
+            return false;
+        TypedSerialisedKeyframe keyframe;
+        keyframe.view = view;
+        keyframe.valueMapper = m_convert;
+        keyframe.setFromText(line);
+        if (!m_parameter.isKeyframed())
+            detail::LineNotes::addLoss("keyframe of a parameter that is not animated");
+        intoView(view, [&] { m_parameter.importKeyframe(keyframe); });
+        return true;
+    }
+
+    bool readStaticValue(const QString& line, View view, bool prefixed) {
+        if (!detail::hasKey(line, ParameterStrings::value))
+            return false;
+        const QString text = detail::textBehind(line);
+        const T value = ValueType<T>::read(m_convert ? m_convert(text) : text);
+        const auto store = [&] {
+            if (PVData* const data = m_parameter.targetData(view))
+                storeStaticValue(*data, value);
+        };
+        if (prefixed || !m_resetsViews)
+            intoView(view, store);
+        else
+            intoNewViews(store);
+        return true;
+    }
+
+    bool readExtrapolation(const QString& line) {
+        const bool after = detail::hasKey(line, ParameterStrings::after);
+        if (!after && !detail::hasKey(line, ParameterStrings::before))
+            return false;
+        Extrapolation kind{};
+        const QString name = detail::textBetween(line);
+        if (bStringToExtrapolationType(name, kind))
+            (after ? m_parameter.m_extrapolationAfter : m_parameter.m_extrapolationBefore).store(kind);
+        else
+            detail::LineNotes::addLoss("extrapolation", name, "is not known");
+        return true;
+    }
+
+    /// Begins with no views; where that throws all are as they were.
+    template <class Change> void intoNewViews(const Change& change) {
+        const FastViewMap former(m_parameter.m_views, T());
+        const detail::LifeGuard guard(m_parameter);
+        const auto renew = [&] {
+            m_parameter.clearViewData();
+            if (guard.alive())
+                change();
+        };
+        detail::changeOrGoBack(m_parameter, renew, [&] {
+            m_parameter.m_views.assignViews(former, [&] { m_parameter.m_isSplit.store(former.count() > 1); });
+            ++m_parameter.m_revision;
+        });
+    }
+
+    /// Where that throws, a view that it has begun is taken away again.
+    template <class Change> void intoView(const View& view, const Change& change) {
+        const View target = m_parameter.splittable() ? view : View(View::defaultViewId());
+        if (target != view)
+            detail::LineNotes::addLoss("view of a parameter that has one view only");
+        if (m_parameter.m_views.findRealViewData(target)) {
+            change();
+            return;
+        }
+        const bool hadNone = m_parameter.m_views.count() == 0;
+        detail::changeOrGoBack(m_parameter, change, [&] {
+            if (hadNone)
+                m_parameter.Parameter::clearViewData();
+            else
+                m_parameter.Parameter::deleteView(target);
+        });
+    }
+
+    Parameter& m_parameter;
+    const bool m_resetsViews;
+    const TextConversion& m_convert;
+};
 
 template <class T>
 bool Parameter<T>::streamInValue(const QString& line, const ProjectFileVersion& version, TextConversion convert) {
     const ReadingScope reading(*this);
-    const bool resetsViews = version.streamVersion >= StreamVersion::anyViewList;
-    if (detail::beginsWith(line, ParameterStrings::views)) {
-        if (resetsViews)
-            readViewList(line);
-        return true;
-    }
-    QStringView behindView = line;
-    View view;
-    const bool prefixed = View::extractStringPrefix(behindView, view);
-    if (detail::hasKey(behindView, ParameterStrings::keyframes)) {
-        TypedSerialisedKeyframe keyframe;
-        keyframe.view = view;
-        keyframe.valueMapper = convert;
-        keyframe.setFromText(behindView);
-        if (!isKeyframed())
-            detail::LineNotes::addLoss("keyframe of a parameter that is not animated");
-        readIntoView(view, [&] { importKeyframe(keyframe); });
-        return true;
-    }
-    const QString rest = behindView.toString();
-    if (detail::hasKey(rest, ParameterStrings::value)) {
-        const QString text = detail::textBehind(rest);
-        const T value = ValueType<T>::read(convert ? convert(text) : text);
-        const auto store = [&] {
-            if (PVData* const data = targetData(view))
-                storeStaticValue(*data, value);
-        };
-        if (prefixed || !resetsViews)
-            readIntoView(view, store);
-        else
-            readNewViews(store);
-        return true;
-    }
-    return readHidden(rest) || detail::hasKey(rest, ParameterStrings::isKeyframed) || readExtrapolation(rest) ||
-           readMaster(rest);
-}
-
-/// Begins with no views; where that throws all are as they were.
-template <class T> template <class Change> void Parameter<T>::readNewViews(const Change& change) {
-    const FastViewMap former(m_views, T());
-    const detail::LifeGuard guard(*this);
-    const auto renew = [&] {
-        clearViewData();
-        if (guard.alive())
-            change();
-    };
-    detail::changeOrGoBack(*this, renew, [&] {
-        m_views.assignViews(former, [&] { m_isSplit.store(former.count() > 1); });
-        ++m_revision;
-    });
-}
-
-/// Where that throws it leaves no view behind that it has begun.
-template <class T> template <class Change> void Parameter<T>::readIntoView(const View& view, const Change& change) {
-    const View target = splittable() ? view : View(View::defaultViewId());
-    if (target != view)
-        detail::LineNotes::addLoss("view of a parameter that has one view only");
-    if (m_views.findRealViewData(target)) {
-        change();
-        return;
-    }
-    const bool hadNone = m_views.count() == 0;
-    detail::changeOrGoBack(*this, change, [&] {
-        if (hadNone)
-            Parameter::clearViewData();
-        else
-            Parameter::deleteView(target);
-    });
-}
-
-template <class T> void Parameter<T>::readViewList(const QString& line) {
-    const View defaultView;
-    const std::vector<View> views = detail::parseViewList(line);
-    readNewViews([&] {
-        const detail::LifeGuard guard(*this);
-        for (const View view : views) {
-            if (!guard.alive())
-                return;
-            targetData(view);
-        }
-        if (guard.alive() && splittable() && std::find(views.begin(), views.end(), defaultView) == views.end())
-            deleteView(defaultView);
-    });
-}
-
-template <class T> bool Parameter<T>::readExtrapolation(const QString& line) {
-    const bool after = detail::hasKey(line, ParameterStrings::after);
-    if (!after && !detail::hasKey(line, ParameterStrings::before))
-        return false;
-    Extrapolation kind{};
-    const QString name = detail::textBetween(line);
-    if (bStringToExtrapolationType(name, kind))
-        (after ? m_extrapolationAfter : m_extrapolationBefore).store(kind);
-    else
-        detail::LineNotes::addLoss("extrapolation", name, "is not known");
-    return true;
+    return LineReading(*this, version, convert).read(line);
 }
 
 template <class T> boost::shared_ptr<SerialisedKeyframe> Parameter<T>::getSerialisedKeyframe(Context context) const {

@@ -16,6 +16,13 @@ namespace detail {
 /// Throws an error whose text is translated in the context "Parameter".
 [[noreturn]] PRM_EXPORT void throwTranslated(const char* text);
 
+inline void checkVariantAccess(const ParameterWithoutType& parameter, const Context& context) {
+    if (!parameter.splittable() && context.view != View(View::defaultViewId()))
+        throwTranslated("Parameter not splittable");
+    if (!parameter.isKeyframed() && Frame(context).isValid())
+        throwTranslated("Parameter not animated");
+}
+
 template <class T>
 void default_Parameter_setVariantValue_impl(Parameter<T>& parameter, const QVariant& variant, const Context& context) {
     const T value = ValueType<T>::fromVariant(variant);
@@ -31,15 +38,8 @@ void default_Parameter_setVariantValue_impl(Parameter<T>& parameter, const QVari
 
 } // namespace detail
 
-template <class T> void Parameter<T>::checkVariantAccess(const Context& context) const {
-    if (!splittable() && context.view != View(View::defaultViewId()))
-        detail::throwTranslated("Parameter not splittable");
-    if (!isKeyframed() && Frame(context).isValid())
-        detail::throwTranslated("Parameter not animated");
-}
-
 template <class T> void Parameter<T>::setVariantValue(const QVariant& variant, const Context& context) {
-    checkVariantAccess(context);
+    detail::checkVariantAccess(*this, context);
     const detail::KeptException kept(*this);
     setVariantValue(variant, context, std::nothrow);
     kept.goOn();
@@ -52,7 +52,7 @@ void Parameter<T>::setVariantValue(const QVariant& variant, const Context& conte
 }
 
 template <class T> QVariant Parameter<T>::variantValue(const Context& context) const {
-    checkVariantAccess(context);
+    detail::checkVariantAccess(*this, context);
     const detail::KeptException kept(*this);
     QVariant found = variantValue(context, std::nothrow);
     kept.goOn();

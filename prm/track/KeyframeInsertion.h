@@ -7,21 +7,6 @@
 
 namespace Prm::detail {
 
-/// Puts a keyframe after the last one, which must be before it, as `KeyframeInsertion` does for curves that shape
-/// their segments by `initialShape`. Nothing is built elsewhere and copied.
-template <class T>
-PRM_ALWAYS_INLINE int appendKeyframe(QVector<KeyframeData<T>>& keyframes, Time time, const T& value) {
-    const int position = keyframes.size();
-    keyframes.append(keyframes.constLast());
-    KeyframeData<T>* const added = keyframes.data() + position;
-    added->time = time;
-    added->value = value;
-    IType& former = added[-1].interpolationData;
-    added->interpolationData = IType(former.interpolation);
-    former = initialShape(former, former.interpolation);
-    return position;
-}
-
 /// A keyframe to be inserted, and the segment that gets a shape with it. The keyframe takes over the interpolation of
 /// the one before it (`first` when there is none), shaped when one follows. Appending shapes the former last keyframe
 /// anew, except while text is read, whose keyframes bring their own shapes. No other keyframe is touched.
