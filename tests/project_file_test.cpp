@@ -320,6 +320,29 @@ TEST(ProjectFile, MastersAreKeptUnderEveryName) {
     EXPECT_EQ(project.centre.masterParameter(), &project.size);
 }
 
+TEST(ProjectFile, ALineThatAMovedParameterDropsIsReported) {
+    Project project;
+    MovedParameter old("old");
+    project.blur.addBasicParameter(old);
+    const QByteArray lines = "blur.old.value=3\nblur.old.hidden=1\nblur.old.value=4\n";
+    for (int loaded = 0; loaded < 2; ++loaded) {
+        ASSERT_TRUE(project.file.loadText(header + lines));
+        EXPECT_EQ(findings(project.file),
+                  "6 dropped for line 7: the moved parameter has no target yet, and keeps one line\n"
+                  "7 dropped for line 8: the moved parameter has no target yet, and keeps one line\n");
+        EXPECT_TRUE(project.file.saveLosses().join('\n').contains("old: a line was read"));
+    }
+    {
+        OwnedStaticParameter<QString> refusing("text");
+        EXPECT_FALSE(old.setMigrationFunction([](auto...) { return false; }));
+        EXPECT_FALSE(old.setTargetParam(refusing));
+    }
+    EXPECT_TRUE(old.isWaiting());
+    EXPECT_FALSE(old.setMigrationFunction([](auto...) { return true; }));
+    EXPECT_TRUE(old.setTargetParam(project.size));
+    EXPECT_FALSE(old.isWaiting());
+}
+
 TEST(ProjectFile, AnExceptionIsTheHosts) {
     Project project;
     project.size.addAdditionalScriptName("width", [](const QString& text) -> QString {
