@@ -17,8 +17,8 @@ namespace {
 /// A button stands in the list, has no value, and sends a change when it is pressed.
 class Button : public Prm::ParameterWithoutTypeBase {
 public:
-    explicit Button(const QString& name) : ParameterWithoutTypeBase(false, false, nullptr) { setScriptName(name); }
-    ~Button() override { announceDeletion(); } // here, where it is still a button
+    explicit Button(const QString& name) { setScriptName(name); }
+    ~Button() override { announceDeletion(); } // optional: observers of its deletion still find a button
     void press() { Prm::ParameterChange::valueChanged(*this, View()); }
 };
 // [kind]

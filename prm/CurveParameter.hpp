@@ -12,14 +12,13 @@ template <class T> CurveParameter<T>::CurveParameter() : CurveParameter(QString(
 
 template <class T>
 CurveParameter<T>::CurveParameter(const QString& name, const T& value, ParameterOptions options, ParameterSet* parent)
-    : ParameterWithoutType(options.testFlag(Locked), options.testFlag(Hidden), parent), Parameter<T>(name, value,
-                                                                                                     options, parent) {
+    : Parameter<T>(name, value, options, parent) {
     this->setKnownClass(typeid(CurveParameter));
 }
 
 template <class T>
 CurveParameter<T>::CurveParameter(const CurveParameter& other)
-    : Bsc::MementoUndoable(other), ParameterWithoutType(other), Parameter<T>(static_cast<const Parameter<T>&>(other)) {
+    : ParameterWithoutType(), Parameter<T>(static_cast<const Parameter<T>&>(other)) {
     this->setKnownClass(typeid(CurveParameter));
 }
 

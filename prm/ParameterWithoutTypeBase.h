@@ -40,7 +40,7 @@ public:
         mutable bool m_isOutdated = false;
     };
 
-    ParameterWithoutTypeBase(bool locked, bool hidden, ParameterSet* parent);
+    explicit ParameterWithoutTypeBase(bool locked = false, bool hidden = false, ParameterSet* parent = nullptr);
     /// Copies names and flags; the copy has no set, links or observers.
     ParameterWithoutTypeBase(const ParameterWithoutTypeBase& other);
     ~ParameterWithoutTypeBase() override;

@@ -1,5 +1,6 @@
 #include "host/bsc/CompositeCommand.h"
 #include "prm/NumericParameter.h"
+#include "prm/ParameterSet.h"
 #include "prm/ParameterWithoutTypeBase.h"
 #include "prm/ProjectFileVersion.h"
 #include "tests/parameter/Keying.h"
@@ -67,10 +68,32 @@ TEST(ParameterChange, RareOnesFillTheirRecords) {
     p.detachAllObservers();
 }
 
-/// A host's own kind, which does not announce itself.
+/// Kinds of a host's own, which neither construct the virtual base nor announce their deletion.
 struct OwnKind : Parameter<int> {
-    OwnKind() : ParameterWithoutType(false, false, nullptr), Parameter("own", 6) {}
+    using Parameter::Parameter;
 };
+struct OwnNumber : NumericParameter<int> {
+    using NumericParameter::NumericParameter;
+    OwnNumber(const OwnNumber& other) : ParameterWithoutType(), NumericParameter(other) {}
+};
+struct DerivedNumber : OwnNumber {
+    using OwnNumber::OwnNumber;
+};
+
+TEST(Untyped, DerivedKindsNeedNotConstructTheVirtualBase) {
+    ParameterSet set;
+    DerivedNumber whole("derived", 6, Locked | Hidden, &set);
+    EXPECT_TRUE(whole.isLocked() && whole.isHidden() && !whole.isKeyframed());
+    EXPECT_EQ(whole.parentSet(), &set);
+    EXPECT_EQ(whole.defaultValue(), 6);
+    whole.setDisplayName("Derived");
+    whole.addAdditionalScriptName("old");
+    whole.setStreamable(false);
+    const DerivedNumber copy(whole);
+    EXPECT_TRUE(copy.isLocked() && copy.isHidden() && !copy.isStreamable() && !copy.parentSet());
+    EXPECT_EQ(copy.displayName() + copy.scriptName() + copy.additionalScriptNames().join(' '), "Derivedderivedold");
+    EXPECT_FALSE(OwnKind().isLocked());
+}
 
 TEST(Deletion, IsToldOnceByTheWholeParameter) {
     const std::pair<ParameterWithoutType* (*)(), const std::type_info&> rows[] = {
@@ -79,7 +102,8 @@ TEST(Deletion, IsToldOnceByTheWholeParameter) {
         {[]() -> ParameterWithoutType* { return new Parameter<int>("typed", 6); }, typeid(Parameter<int>)},
         {[]() -> ParameterWithoutType* { return new NumericParameter<int>("numeric", 6); },
          typeid(NumericParameter<int>)},
-        {[]() -> ParameterWithoutType* { return new OwnKind; }, typeid(Parameter<int>)},
+        {[]() -> ParameterWithoutType* { return new OwnKind("own", 6); }, typeid(Parameter<int>)},
+        {[]() -> ParameterWithoutType* { return new DerivedNumber("own", 6); }, typeid(NumericParameter<int>)},
     };
     for (const auto& [make, kind] : rows) {
         SCOPED_TRACE(kind.name());

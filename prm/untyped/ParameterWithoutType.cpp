@@ -55,17 +55,31 @@ ParameterWithoutType::ParameterWithoutType(bool locked, bool hidden, ParameterSe
     : BasicParameter(parent), m_locked(locked), m_hidden(hidden), m_notificationEnabled(allTypes) {}
 
 ParameterWithoutType::ParameterWithoutType(const ParameterWithoutType& other)
-    : Bsc::MementoUndoable(other), BasicParameter(other), m_locked(false), m_hidden(false),
-      m_notificationEnabled(allTypes), m_displayName(other.m_displayName), m_scriptName(other.m_scriptName) {
+    : BasicParameter(other), m_locked(false), m_hidden(false), m_notificationEnabled(allTypes) {
+    initialise(other);
+}
+
+void ParameterWithoutType::initialise(bool locked, bool hidden, ParameterSet* parent) {
+    m_locked = m_locked || locked;
+    m_hidden = m_hidden || hidden;
+    if (parent)
+        setParentSet(parent);
+}
+
+void ParameterWithoutType::initialise(const ParameterWithoutType& other) {
+    setStreamable(other.isStreamable());
+    m_displayName = other.m_displayName;
+    m_scriptName = other.m_scriptName;
     if (!other.rarities().additionalScriptNames.isEmpty())
         ownRarities().additionalScriptNames = other.rarities().additionalScriptNames;
     copyOwnAttributes(other, NamePrefix::Copy);
 }
 
 ParameterWithoutType::~ParameterWithoutType() {
-    announceDeletion();
     dropLinks();
     leaveSets();
+    announceDeletion();
+    dropLinks();
     delete m_rarities.load();
 }
 
