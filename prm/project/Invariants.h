@@ -2,6 +2,7 @@
 
 #include "prm/Export.h"
 
+#include <QSet>
 #include <QString>
 
 namespace Prm {
@@ -28,7 +29,7 @@ PRM_EXPORT QString verify(const CompoundParameter& compound);
 /// A friend of all that it looks into.
 class Invariants {
 public:
-    static const char* brokenIn(const ParameterWithoutType& parameter);
+    const char* brokenIn(const ParameterWithoutType& parameter);
     static const char* brokenIn(const ParameterSet& set);
     /// Of the sets that list the parameter, or the set, from outside; as long as those sets are.
     static const char* brokenAround(const BasicParameter& parameter);
@@ -37,9 +38,12 @@ public:
 private:
     template <class T> static const char* brokenInStorage(const ParameterWithoutType& parameter);
     static const char* brokenInKeyframes(const ParameterWithoutType& parameter);
-    static const char* brokenInLinks(const ParameterWithoutType& parameter);
+    const char* brokenInLinks(const ParameterWithoutType& parameter);
+    bool leadsToCircle(const ParameterWithoutType& parameter);
     static const char* brokenInUnion(const CompoundParameter& compound);
     static const char* brokenInNames(const ParameterSet& set);
+
+    QSet<const ParameterWithoutType*> m_withoutCircle;
 };
 
 } // namespace detail
