@@ -57,7 +57,7 @@ std::vector<std::unique_ptr<Bench::Receiver>> receivers(const QObject& sender, q
     for (qint64 i = 0; i < count; ++i) {
         made.push_back(std::make_unique<Bench::Receiver>());
         QObject::connect(&sender, SIGNAL(changed(Prm::ParameterChange&)), made.back().get(),
-                         SLOT(hear(Prm::ParameterChange&)), Qt::DirectConnection);
+                         SLOT(onChanged(Prm::ParameterChange&)), Qt::DirectConnection);
     }
     return made;
 }
@@ -126,7 +126,7 @@ template <class Act> void editBatches(benchmark::State& state, bool isObserved, 
                 Q_EMIT sender.changed(change);
         }
         state.PauseTiming();
-        received = isObserved ? observing.front()->heard : received;
+        received = isObserved ? observing.front()->received : received;
         parameter.reset();
         observing.clear();
         state.ResumeTiming();
