@@ -1,4 +1,4 @@
-// Edits, and what is told of them.
+// Edits, and emitting their changes.
 
 #include "bench/Curves.h"
 #include "bench/Signals.h"
@@ -50,7 +50,7 @@ void appendToVector(benchmark::State& state) {
 }
 BENCHMARK(appendToVector)->Arg(1000)->Arg(10000)->Arg(100000);
 
-// --- being told; argument: the number of receivers -------------------------------------------------------------------
+// --- emitting a change; argument: the number of receivers ------------------------------------------------------------
 
 std::vector<std::unique_ptr<Bench::Receiver>> receivers(const QObject& sender, qint64 count) {
     std::vector<std::unique_ptr<Bench::Receiver>> made;
