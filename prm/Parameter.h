@@ -362,7 +362,7 @@ public:
     /// \{
     /// How the value of a view without data is computed from the views with data. Off in a new parameter.
     MVInterpolationParams viewInterpolation() const;
-    /// Emits nothing.
+    /// Sets how the value of a view without data is computed. Emits nothing.
     void setViewInterpolation(const MVInterpolationParams& params);
     /// \}
     /// \name Query keyframes
