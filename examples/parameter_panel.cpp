@@ -24,7 +24,7 @@ public:
 // [kind]
 
 // [basic]
-/// One line of the panel: any kind of parameter answers with a variant.
+/// One line of the panel: any kind of parameter has its value as a variant.
 QString lineOf(const Prm::BasicParameter& parameter, const Context& context) {
     const QVariant value = parameter.variantValue(context, std::nothrow);
     return parameter.scriptName() + ": " + (value.isValid() ? value.toString() : QStringLiteral("(none)"));

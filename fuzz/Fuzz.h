@@ -32,7 +32,7 @@ inline const QtMessageHandler speaking =
 
 #define HOLD(promise) ((promise) ? void() : Fuzz::fail(#promise))
 
-/// With what stands behind a NUL, and with a byte-order mark, which Qt would take off at the beginning. The size is
+/// With what follows a NUL, and with a byte-order mark, which Qt would remove at the beginning. The size is
 /// never -1, which the compiler cannot know.
 inline QString textOf(const QByteArray& bytes) {
     const QByteArray marked = ':' + bytes;

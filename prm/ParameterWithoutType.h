@@ -261,7 +261,7 @@ public:
     const QString& displayName() const { return m_displayName; }
     /// A third name, for the host. Copied with the other names.
     const QString& extraName() const { return rarities().extraName; }
-    /// Emits nothing.
+    /// Sets the third name. Emits nothing.
     void setExtraName(const QString& name);
     /// The path to this parameter: the names of the sets that contain it, joined by dots.
     const QString& namePrefix() const { return m_namePrefix; }
@@ -312,7 +312,7 @@ public:
     /// The master's name that project text gave, until it is resolved (`ParameterSet::resolveMasterParameters`) or the
     /// master is set or removed otherwise; then empty.
     const QString& pendingMasterParameterId() const { return rarities().pendingMasterParameterId; }
-    /// Stores the name only.
+    /// Sets this name; no master is searched.
     void setPendingMasterParameterId(const QString& id);
     /// \}
     /// \name Upstream parameters

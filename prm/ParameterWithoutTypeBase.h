@@ -130,7 +130,7 @@ public:
 
     /// A flag for the host: whether its user interface offers to animate this parameter. The library does not read it.
     bool isAnimatable() const { return m_animatable; }
-    /// Emits nothing.
+    /// Sets the flag. Emits nothing.
     void setAnimatable(bool animatable) { m_animatable = animatable; }
 
 private:

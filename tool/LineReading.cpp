@@ -48,7 +48,7 @@ std::size_t lastDotBefore(std::string_view line, std::size_t end) {
     return end == 0 ? std::string_view::npos : line.rfind('.', end - 1);
 }
 
-/// Where the key begins: behind the last dot before "=" or "Key(". The declaration of a keyframe has a dot of its own.
+/// Where the key begins: after the last dot before "=" or "Key(". The declaration of a keyframe has a dot of its own.
 std::size_t keyStart(std::string_view line) {
     const std::size_t call = line.find(declaration);
     const std::size_t end = std::min({line.find('='), call, line.size()});

@@ -9,7 +9,7 @@
 
 namespace Tool {
 
-/// What a line of project text says of its parameter or group; `None` is a line that nobody would take.
+/// What a line of project text says of its parameter or group; `None` is a line that belongs to nothing.
 enum class Key : quint8 {
     None,
     Header,
@@ -29,13 +29,13 @@ struct LineReading {
     Key key = Key::None;
     /// The dotted path of the parameter, or of the group for `Key::Name`.
     std::string_view path;
-    /// What the parameter's own reader is given: everything behind the path, from the view's prefix on.
+    /// The text for the parameter's own reader: everything after the path, from the view's prefix on.
     std::string_view entry;
     /// The view that the line names, invalid when it names none.
     Prm::View view = Prm::View::INVALID();
 };
 
-/// Takes a line without its end apart. A dot behind "=" or "Key(" never counts.
+/// Splits a line without its end. A dot after "=" or "Key(" does not count.
 LineReading readLine(std::string_view line);
 
 /// What stands behind the first "=".

@@ -33,7 +33,7 @@ void OutputFile::write(const QByteArray& bytes) {
     m_bytes = bytes;
     if (!isReplaced())
         return;
-    // The file that is to take the other's place would stay behind.
+    // Otherwise the file that is to replace the other one would be left.
     m_held.emplace();
     if (!m_file.open(QIODevice::WriteOnly))
         fail(m_file);

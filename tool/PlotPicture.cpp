@@ -204,7 +204,7 @@ private:
         m_writer.writeEndElement();
     }
 
-    /// False for what would hide behind another one.
+    /// False for what would be hidden by another one.
     static bool isNew(QSet<QPair<int, int>>& drawn, QPointF place) {
         const QPair<int, int> pixel(qRound(place.x()), qRound(place.y()));
         const bool isNew = !drawn.contains(pixel);

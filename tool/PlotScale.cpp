@@ -58,7 +58,7 @@ QVector<PlotTick> ticks(const PlotRange& range, int most) {
     // Room for one more, as a range may begin and end on a tick.
     double step = roundStep(range.length() / std::max(most - 1, 1));
     QVector<PlotTick> found = ticksAt(range, step);
-    // One alone does not tell the scale.
+    // One alone does not show the scale.
     while (found.size() < 2) {
         step = roundStep(finer * step);
         found = ticksAt(range, step);

@@ -14,7 +14,7 @@ constexpr int rowsPerTick = 4;
 constexpr int columnsPerTick = 12;
 constexpr int leastColumns = 10;
 
-/// Told apart by signs where there are no colours.
+/// Distinguished by signs without colours.
 constexpr std::array<ushort, 6> signs{0x25CF, 0x25C6, 0x25A0, 0x25B2, 0x25C7, 0x25A1};
 constexpr ushort handleEnd = 0x25E6;
 /// As terminals number them: cyan, yellow, magenta, green, red, blue.
@@ -26,7 +26,7 @@ public:
         : m_plot(plot), m_size(size), m_valueTicks(ticks(plot.values, std::max(2, size.rows / rowsPerTick))),
           m_labelWidth(widest(m_valueTicks)), m_columns(std::max(leastColumns, size.columns - m_labelWidth - 3)),
           m_canvas(m_columns, size.rows) {
-        // Keyframes stand above all lines.
+        // Keyframes are drawn over all lines.
         for (std::size_t i = 0; i < plot.curves.size(); ++i)
             drawLines(plot.curves[i], static_cast<int>(i));
         for (std::size_t i = 0; i < plot.curves.size(); ++i)

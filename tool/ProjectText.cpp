@@ -141,7 +141,7 @@ QByteArray ProjectText::bytes() const {
     return text;
 }
 
-/// Gives lines to the header until it is complete, marks those that it took, and answers whether it is complete.
+/// Gives lines to the header until it is complete, marks those that it took, and returns whether it is complete.
 bool ProjectText::takeHeaderLines(int count, Prm::ProjectFileVersion& version) {
     Prm::ParameterSet properties;
     version.initialiseProperties(properties);
@@ -152,8 +152,8 @@ bool ProjectText::takeHeaderLines(int count, Prm::ProjectFileVersion& version) {
     return version.atEnd();
 }
 
-/// Marks the lines of the header and answers where the rest begins. The time of writing directly behind it belongs to
-/// it. Of a header that is never complete, only what stands at the beginning counts.
+/// Marks the lines of the header and returns where the rest begins. The time of writing directly after it belongs to
+/// it. Of a header that is never complete, only the lines at the beginning count.
 int ProjectText::readHeader() {
     m_hasCompleteHeader = takeHeaderLines(lineCount(), m_version);
     int end = 0;

@@ -14,7 +14,7 @@ QByteArray readInput(const QString& name, qint64 most = largestInput);
 /// A file as messages name it.
 QString inputName(const QString& file);
 
-/// Writes to standard output. Throws `Problem` when that does not take it all, such as a pipe that nobody reads.
+/// Writes to standard output. Throws `Problem` if that does not accept all of it, such as a pipe without a reader.
 void print(const QByteArray& text);
 /// Writes a file, which is in its place as a whole or not at all; "-" is standard output. Throws `Problem`.
 void writeOutput(const QString& name, const QByteArray& bytes);

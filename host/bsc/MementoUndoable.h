@@ -9,8 +9,7 @@ namespace Bsc {
 
 /// An object whose state can be taken as a snapshot and put back. Meant as a virtual base.
 ///
-/// States are put back through `Bsc::importState`, not by calling the two import operations alone: only then does
-/// `isImporting` tell the truth.
+/// Restore states with `Bsc::importState`, which sets `isImporting`, and not by calling the two import operations.
 ///
 /// \snippet host_services.cpp snapshot
 /// \threads One at a time.

@@ -7,7 +7,7 @@ namespace Prm::detail {
 class LifeGuard;
 
 /// Base of objects that an observer may destroy while one of their own operations is still running. A `LifeGuard` on
-/// that operation's stack tells afterwards whether the object is still there. Costs one pointer, allocates nothing,
+/// that operation's stack knows afterwards whether the object still exists. Costs one pointer, allocates nothing,
 /// and belongs to the thread that owns the object.
 class Mortal {
 protected:

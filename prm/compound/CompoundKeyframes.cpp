@@ -226,7 +226,7 @@ IType CompoundParameter::interpolationData(const KeyframeIndex& keyframe) const 
     return first->interpolationData({first, keyframe.view, index});
 }
 
-/// The keyframes of the subparameters at one time; in text one line for each, behind its name.
+/// The keyframes of the subparameters at one time; in text one line for each, after its name.
 class CompoundParameter::CompoundKeyframe : public SerialisedKeyframe {
 public:
     struct Part {

@@ -136,7 +136,7 @@ public:
         return insert(view, contents);
     }
 
-    /// What a read of the view answers from: its own data, the source data, or the template. For the owning thread.
+    /// The data that the view reads: its own data, the source data, or the template. For the owning thread.
     const Block& resolve(View view) const {
         if (const Block* own = findRealViewData(view))
             return *own;
@@ -316,7 +316,7 @@ private:
         return taken;
     }
 
-    /// Leaves the blocks to whoever retires them.
+    /// Gives up ownership of the blocks; the caller retires them.
     static void letGo(Blocks blocks) {
         static_cast<void>(blocks.one.release());
         if (blocks.several)

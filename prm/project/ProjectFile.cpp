@@ -28,7 +28,7 @@ QString textOf(const QByteArray& line) {
     return detail::ProjectLine{0, line.constData(), line.size()}.text();
 }
 
-/// Some disks refuse only now what they seemed to take. Qt asks as well, and does not look at the answer.
+/// Some disks report a failed write only now. Qt syncs as well, but ignores the result.
 bool isOnDisk(const QSaveFile& file) {
 #ifdef Q_OS_UNIX
     return ::fsync(file.handle()) == 0;
@@ -174,7 +174,7 @@ void ProjectFile::readLines(const QByteArray& text) {
     resolveMasters();
 }
 
-/// The number of the last line that the header may stand in.
+/// The number of the last line that may belong to the header.
 int ProjectFile::readHeader(detail::ProjectLines& lines) {
     Header header;
     int end = 0;

@@ -26,7 +26,7 @@ bool isChangedByUtf8(const QString& text) {
     return QString::fromUtf8(text.toUtf8()) != text;
 }
 
-/// What becomes of any text that is written as it stands; empty when it is read back.
+/// What is lost of a text that is not escaped; empty if it can be read back.
 QString lossOfRawText(const QString& text) {
     if (breaksLine(text))
         return QStringLiteral("holds a line break");
@@ -114,7 +114,7 @@ private:
 
 using Names = QMap<QString, int>;
 
-/// Whether the lines of a name may be taken by a member whose name is what stands before one of its dots.
+/// Whether the lines of a name may be taken by a member with the part before one of its dots as name.
 bool beginsWithAnother(const QString& name, const Names& names) {
     int dot = name.indexOf(QLatin1Char('.'));
     while (dot >= 0 && !names.contains(name.left(dot)))
@@ -191,7 +191,7 @@ void collectCompound(const ParameterWithoutType& parameter, const ParameterSet& 
                           .arg(parameter.extendedName()));
 }
 
-/// A parameter with a master answers for that one; a snapshot of it has its own data alone.
+/// A parameter with a master returns what the master has; a snapshot has its own data only.
 void collectOwn(const ParameterWithoutType& parameter, QStringList& losses) {
     const boost::shared_ptr<Bsc::MementoBase> snapshot =
         parameter.masterParameter() ? parameter.exportState() : nullptr;

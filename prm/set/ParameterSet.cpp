@@ -64,7 +64,7 @@ ParameterSet::~ParameterSet() {
     exchangeTree(m_tree, nullptr);
     while (!m_parents.isEmpty())
         m_parents.last().set->removeSubset(*this);
-    // What dies may add others.
+    // Members that are deleted may add others.
     while (hasMembers())
         letGoOfMembers();
 }

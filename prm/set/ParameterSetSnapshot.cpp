@@ -17,7 +17,7 @@ namespace Prm {
 
 namespace {
 
-/// Tells a member from another one that came to be at the same address later: parameters are guarded, sets numbered.
+/// Distinguishes a member from a later one at the same address: parameters are guarded, sets numbered.
 struct Identity {
     QPointer<const QObject> parameter;
     quint64 setNumber = 0;
@@ -92,7 +92,7 @@ void ParameterSet::doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) {
     });
 }
 
-/// As they stand, without the rules for new names.
+/// Without the rules for new names.
 void ParameterSet::takeNames(const QString& scriptName, const QString& name, const QString& displayName) {
     takeScriptName(scriptName);
     m_name = name;

@@ -160,7 +160,7 @@ bool ParameterWithoutType::setFromScriptString(const QString& line, const Projec
     QString rest;
     if (detail::behindName(line, m_scriptName, rest))
         return streamInValue(rest, version, {});
-    // A copy: reading may tell observers, and those may add names.
+    // A copy: reading may notify observers, and those may add names.
     const QMap<QString, TextConversion> additionalNames = rarities().additionalScriptNames;
     for (auto name = additionalNames.cbegin(); name != additionalNames.cend(); ++name) {
         if (detail::behindName(line, name.key(), rest))

@@ -70,7 +70,7 @@ Table list(Project& project, const std::vector<int>& nodes) {
     return table;
 }
 
-/// The tree of the wanted parameters. Each group stands once, before the first of its parameters.
+/// The tree of the wanted parameters. Each group is listed once, before the first of its parameters.
 class Tree {
 public:
     explicit Tree(Project& project) : m_project(project), m_text(project.text()) {}

@@ -106,7 +106,7 @@ private:
             m_root.addSubset(composition.set);
     }
 
-    /// What belongs to the composition itself, behind its layers.
+    /// What belongs to the composition itself, after its layers.
     void importRest(Composition& composition, bool isRoot) {
         QJsonObject rest = composition.json;
         rest.remove(layersKey);

@@ -11,7 +11,7 @@ namespace Tool {
 
 namespace {
 
-// Names stand in every line of what is below them.
+// Every line of what is below a name contains it.
 const int longestName = 60;
 
 struct Name {

@@ -17,7 +17,7 @@ const QLatin1String effectsKey("ef");
 const QLatin1String effectValueKey("v");
 const QLatin1String expressionKey("x");
 
-// Roughly what the library takes; a path stands before each line of the text as well.
+// Roughly the memory of the library; each line of the text has a path, too.
 const qint64 bytesOfSet = 1000;
 const qint64 bytesOfParameter = 1200;
 const qint64 bytesOfCompound = 3000;
@@ -101,7 +101,7 @@ void LottieObject::importNamedObject(const QString& key, const QJsonObject& obje
     const QString name = memberName(place.kind, key);
     ImportedSet set = place.set.makeSubset(name, object.value(nameKey).toString());
     reportName(object, place.jsonPath, set);
-    // Members of texts are told apart by what they are called.
+    // Members of texts are distinguished by their names.
     const bool named = name == QLatin1String("style") || name == QLatin1String("selector");
     importMembers(object, {set, place.jsonPath, named ? name : kindOfObject(object, key)});
     if (!set.isEmpty())

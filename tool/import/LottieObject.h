@@ -29,7 +29,7 @@ public:
     void change(const QString& jsonPath, const QString& parameter, const QString& reason);
     void leaveOut(const QString& jsonPath, const QString& reason);
     void leaveOutSetting(const QString& jsonPath);
-    /// Tells when a name cannot be held as it stands.
+    /// Reports a name that must be changed.
     void reportName(const QJsonObject& object, const QString& jsonPath, const ImportedSet& set);
 
 private:
