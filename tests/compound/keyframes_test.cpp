@@ -73,8 +73,10 @@ TEST(Compound, SendsWhatItsSubparametersSend) {
     }
     Position p;
     QList<unsigned int> forwarded;
-    QObject::connect(&p.whole, &CompoundParameter::changed,
-                     [&](ParameterChange& change) { forwarded = *change.getAffectedIndices(); });
+    QObject::connect(&p.whole, &CompoundParameter::changed, [&](ParameterChange& change) {
+        if (change.type == ParameterChange::KEYFRAME_MOVED)
+            forwarded = *change.getAffectedIndices();
+    });
     QList<unsigned int> moved{1, 0};
     ParameterChange::keyframeMoved(*p.y, moved, View(0));
     EXPECT_EQ(forwarded, (QList<unsigned int>{2, 2}));
