@@ -1,17 +1,9 @@
 // Projects of given lines, loaded and saved.
 
 #include "host/product/ProductInfo.h"
-#include "prm/CompoundParameter.h"
-#include "prm/MovedParameter.h"
-#include "prm/NumericParameter.h"
-#include "prm/ParameterEdits.h"
-#include "prm/ParameterSet.h"
-#include "prm/ProjectFile.h"
-#include "prm/StaticParameter.h"
-#include "tests/support/Warnings.h"
+#include "tests/support/Library.h"
 
 #include <QFile>
-#include <QFileInfo>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 

@@ -1,21 +1,10 @@
-#include "host/bsc/CompositeCommand.h"
-#include "prm/NumericParameter.h"
-#include "prm/ParameterSet.h"
-#include "prm/ParameterWithoutTypeBase.h"
-#include "prm/ProjectFileVersion.h"
-#include "tests/parameter/Keying.h"
 #include "tests/support/ChangeRecorder.h"
-#include "tests/support/Warnings.h"
+#include "tests/support/Library.h"
 
 #include <QDebug>
-#include <QTextStream>
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <memory>
-#include <stdexcept>
 #include <typeinfo>
-#include <utility>
 
 using namespace Prm;
 using Change = ParameterChange;

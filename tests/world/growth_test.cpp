@@ -1,19 +1,9 @@
 // What grows with a project must not grow faster than it: counted in allocations and bytes, never timed.
 
-#include "prm/CompoundParameter.h"
-#include "prm/MoveKeyframeEdit.h"
-#include "prm/NumericParameter.h"
-#include "prm/ParameterEdits.h"
-#include "prm/ProjectFile.h"
-#include "tests/parameter/Keying.h"
 #include "tests/support/Allocations.h"
+#include "tests/support/Library.h"
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
-
-#include <algorithm>
-#include <memory>
-#include <vector>
 
 using namespace Prm;
 

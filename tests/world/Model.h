@@ -2,31 +2,17 @@
 
 // A plain, slow model of a parameter.
 
-#include "prm/AnimationState.h"
-#include "prm/NumericParameter.h"
-#include "prm/Views.h"
 #include "prm/track/BezierEasing.h"
-#include "tests/parameter/Keying.h"
+#include "tests/support/Library.h"
 
 #include <algorithm>
-#include <cmath>
 #include <map>
-#include <stdexcept>
 
-namespace Modelled {
+namespace Worlds {
 
 using namespace Prm;
 using Mode = MVInterpolationParams::Mode;
 using Key = KeyframeData<double>;
-using P = NumericParameter<double>;
-
-/// Parameter and model are not the same.
-struct Difference : std::runtime_error {
-    using runtime_error::runtime_error;
-};
-#define HOLDS(condition) ((condition) ? void() : throw Modelled::Difference(#condition))
-
-constexpr quint32 largest = 2147483646;
 
 // --- curves ----------------------------------------------------------------------------------------------------------
 
@@ -259,7 +245,7 @@ struct Model {
     }
 
     /// Of several views the last goes first, in place of the hero the first one, once.
-    void resetAll(View hero) {
+    void resetAll(View hero = View::INVALID()) {
         for (const View view : viewList()) {
             vDeleteAllKeyframes(view);
             vReset(Context(Time(), view));
@@ -366,4 +352,4 @@ struct Model {
     }
 };
 
-} // namespace Modelled
+} // namespace Worlds
