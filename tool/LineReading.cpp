@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cmath>
 
 namespace Tool {
 
@@ -104,6 +105,11 @@ std::string_view keyframeTimeText(std::string_view line) {
         return {};
     const std::string_view rest = line.substr(start + declaration.size());
     return rest.substr(0, std::min(rest.find(','), rest.size()));
+}
+
+float keyframeTime(std::string_view line) {
+    const float time = toText(keyframeTimeText(line)).toFloat();
+    return std::isnan(time) ? 0.0F : time;
 }
 
 QString toText(std::string_view bytes) {

@@ -3,7 +3,6 @@
 #include "prm/View.h"
 
 #include <QByteArray>
-#include <QString>
 
 #include <string_view>
 
@@ -42,6 +41,8 @@ LineReading readLine(std::string_view line);
 std::string_view textBehindEquals(std::string_view line);
 /// The text of the time in a keyframe's declaration, empty where there is none.
 std::string_view keyframeTimeText(std::string_view line);
+/// That time as the library reads it, but 0 where it is no number.
+float keyframeTime(std::string_view line);
 QString toText(std::string_view bytes);
 /// The bytes where they are.
 std::string_view toView(const QByteArray& bytes);

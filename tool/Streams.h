@@ -1,15 +1,14 @@
 #pragma once
 
+#include "tool/Budget.h"
+
 #include <QByteArray>
-#include <QString>
 
 namespace Tool {
 
-constexpr qint64 largestInput = qint64(1) << 30;
-
 /// The whole file, or standard input for "-". Throws `Problem` with one line that names the file, also for one that has
 /// more than `most` bytes, or the markers of a merge conflict.
-QByteArray readInput(const QString& name, qint64 most = largestInput);
+QByteArray readInput(const QString& name, qint64 most = Most::bytesOfInput);
 
 /// A file as messages name it.
 QString inputName(const QString& file);
@@ -21,8 +20,12 @@ void writeOutput(const QString& name, const QByteArray& bytes);
 /// The text with a mark in place of all that is not to be seen, and could end a line or command a terminal.
 QString printable(QString text);
 /// One line on standard error, with the name of the program.
-void tell(const QString& message);
+template <class... Parts> void tell(const char* pattern, const Parts&... parts);
 /// Lines on standard error.
 void report(const QString& lines);
+
+template <class... Parts> void tell(const char* pattern, const Parts&... parts) {
+    report("prm: " + message(pattern, parts...));
+}
 
 } // namespace Tool

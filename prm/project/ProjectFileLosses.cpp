@@ -11,7 +11,6 @@
 #include <QMap>
 
 #include <algorithm>
-#include <cmath>
 
 namespace Prm {
 
@@ -31,10 +30,6 @@ QString lossOfRawText(const QString& text) {
     if (breaksLine(text))
         return QStringLiteral("holds a line break");
     return isChangedByUtf8(text) ? QStringLiteral("holds half a surrogate pair") : QString();
-}
-
-double timeAfterSaving(Time time) {
-    return static_cast<double>(QString::number(time.toDouble(), 'g', 6).toFloat());
 }
 
 /// Collects the losses of one parameter behind its path.
@@ -72,12 +67,12 @@ private:
         int merged = 0;
         int customKinds = 0;
         int shapes = 0;
-        double former = -HUGE_VAL;
+        Time former;
         const unsigned int count = m_parameter.keyframeCount(view);
         for (unsigned int i = 0; i < count; ++i) {
             const Time time = m_parameter.keyframeTime(i, view).time;
-            const double saved = timeAfterSaving(time);
-            moved += saved != time.toDouble() ? 1 : 0;
+            const Time saved = writtenTime(time);
+            moved += saved != time ? 1 : 0;
             merged += i > 0 && saved == former ? 1 : 0;
             former = saved;
             const IType data = m_parameter.interpolationData(KeyframeIndex(&m_parameter, view, i));

@@ -22,6 +22,9 @@ TEST(Time, FromNumbers) {
         {"minus infinite", Time::fromDouble(-INFINITY), -INFINITY},
         {"invalid", Time::fromUInt(invalid), invalid},
         {"sum", Time::fromInt(2147483646) + 1.0, invalid},
+        {"written with six digits", writtenTime(Time::fromInt(-1234567)), -1234570},
+        {"read in single precision", writtenTime(Time::fromDouble(0.1)), static_cast<double>(0.1F)},
+        {"written out of range", writtenTime(Time::INVALID), invalid},
     };
     for (const auto& [name, time, expected] : rows) {
         EXPECT_EQ(time.toDouble(), expected) << name;

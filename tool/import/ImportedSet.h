@@ -35,6 +35,7 @@ public:
 
 private:
     QString pathOf(const QString& name) const;
+    template <class T> QString add(const boost::shared_ptr<T>& parameter);
 
     boost::shared_ptr<Prm::ParameterSet> m_set;
     QString m_path;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tool/import/ImportBudget.h"
+#include "tool/Budget.h"
 #include "tool/import/ImportReport.h"
 #include "tool/import/ImportedSet.h"
 
@@ -14,7 +14,7 @@ namespace Tool {
 /// set or in the report, whether it is known here or not.
 class LottieObject {
 public:
-    LottieObject(ImportReport& report, ImportBudget& budget) : m_report(report), m_budget(budget) {}
+    LottieObject(ImportReport& report, Budget& budget) : m_report(report), m_budget(budget) {}
 
     /// Where the members of an object come from and go to. `kind` chooses their names.
     struct Place {
@@ -46,7 +46,7 @@ private:
     void add(const ImportEntry& entry);
 
     ImportReport& m_report;
-    ImportBudget& m_budget;
+    Budget& m_budget;
 };
 
 } // namespace Tool
