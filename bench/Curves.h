@@ -67,7 +67,7 @@ private:
     std::vector<Key> m_keys;
 };
 
-/// Floor b: the same under a recursive mutex for which nobody else asks.
+/// Floor b: the same under a recursive mutex that no other thread locks.
 class LockedCurve : public PlainCurve {
 public:
     using PlainCurve::PlainCurve;
@@ -148,7 +148,7 @@ template <class Curve> [[gnu::noinline]] double sumOf(const Curve& curve, const 
     return sum;
 }
 
-/// Argument: the number of keyframes. The values must be those of the floor, their sum as exactly as told.
+/// Argument: the number of keyframes. The values must be those of the floor, their sum within the tolerance.
 template <class Curve, class Floor>
 void evaluate(benchmark::State& state, const Curve& curve, Order order, double tolerance = 1e-6) {
     const int keyframes = static_cast<int>(state.range(0));

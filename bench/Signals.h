@@ -9,9 +9,9 @@ namespace Bench {
 class Receiver : public QObject {
     Q_OBJECT
 public:
-    int heard = 0;
+    int received = 0;
 public Q_SLOTS:
-    void hear(Prm::ParameterChange& change) { heard += change.type; }
+    void onChanged(Prm::ParameterChange& change) { received += change.type; }
 };
 
 class BareSender : public QObject {

@@ -1,4 +1,4 @@
-// Edits, and what is told of them.
+// Edits, and emitting their changes.
 
 #include "bench/Curves.h"
 #include "bench/Signals.h"
@@ -50,14 +50,14 @@ void appendToVector(benchmark::State& state) {
 }
 BENCHMARK(appendToVector)->Arg(1000)->Arg(10000)->Arg(100000);
 
-// --- being told; argument: the number of receivers -------------------------------------------------------------------
+// --- emitting a change; argument: the number of receivers ------------------------------------------------------------
 
 std::vector<std::unique_ptr<Bench::Receiver>> receivers(const QObject& sender, qint64 count) {
     std::vector<std::unique_ptr<Bench::Receiver>> made;
     for (qint64 i = 0; i < count; ++i) {
         made.push_back(std::make_unique<Bench::Receiver>());
         QObject::connect(&sender, SIGNAL(changed(Prm::ParameterChange&)), made.back().get(),
-                         SLOT(hear(Prm::ParameterChange&)), Qt::DirectConnection);
+                         SLOT(onChanged(Prm::ParameterChange&)), Qt::DirectConnection);
     }
     return made;
 }
@@ -126,7 +126,7 @@ template <class Act> void editBatches(benchmark::State& state, bool isObserved, 
                 Q_EMIT sender.changed(change);
         }
         state.PauseTiming();
-        received = isObserved ? observing.front()->heard : received;
+        received = isObserved ? observing.front()->received : received;
         parameter.reset();
         observing.clear();
         state.ResumeTiming();

@@ -136,7 +136,7 @@ public:
             if (i % 20 == 17 && i >= kinds)
                 m_layers[static_cast<std::size_t>(i - kinds)]->parameter().bAddConstrainedParameter(
                     &m_layers.back()->parameter());
-            m_layers.back()->parameter().attachObserver(&m_observer, SLOT(hear(Prm::ParameterChange&)));
+            m_layers.back()->parameter().attachObserver(&m_observer, SLOT(onChanged(Prm::ParameterChange&)));
         }
     }
 
@@ -168,7 +168,7 @@ public:
         }
     }
 
-    int changesReceived() const { return m_observer.heard; }
+    int changesReceived() const { return m_observer.received; }
 
 private:
     static void fill(Layer& layer, int number) {

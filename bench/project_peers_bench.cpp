@@ -1,6 +1,6 @@
-// What stands beside project text: the least that could be done, bytes written to a reserved buffer, and split and
-// parsed with from_chars; and what Qt offers instead. The content is the same: the same keyframes come out of each, in
-// plain memory, which is less than the library has to do.
+// What project text is compared with: the least that could be done, bytes written to a reserved buffer, and split and
+// parsed with from_chars; and what Qt has. The content is the same: each reads the same keyframes into plain memory,
+// which is less than the library has to do.
 
 #include "bench/ProjectText.h"
 
@@ -211,7 +211,7 @@ QVector<double> shapeOf(const Keyframe& keyframe) {
     return isBezier(keyframe) ? QVector<double>{shape.x1, shape.y1, shape.x2, shape.y2} : QVector<double>();
 }
 
-/// How a keyframe stands in JSON, and how it is taken from there.
+/// Writes a keyframe as JSON, and reads it.
 struct JsonForm {
     QJsonValue (*write)(const Keyframe& keyframe);
     Keyframe (*read)(const QJsonValue& value);

@@ -28,11 +28,11 @@ int main() {
     out << "the keyframe nearest to frame 5 is at " << nearest.toDouble() << '\n';
 
     int removed = 0;
-    const auto hear = [&](Prm::ParameterChange& change) {
+    const auto onChanged = [&](Prm::ParameterChange& change) {
         if (change.type == Prm::ParameterChange::KEYFRAME_REMOVED)
             ++removed;
     };
-    QObject::connect(&enabled, &Prm::ParameterWithoutType::changed, &enabled, hear, Qt::DirectConnection);
+    QObject::connect(&enabled, &Prm::ParameterWithoutType::changed, &enabled, onChanged, Qt::DirectConnection);
 
     // Without its last keyframe a parameter keeps that keyframe's value, at all times.
     enabled.vDeleteKeyframe(Context::Explicit(Time::fromInt(3), View()));

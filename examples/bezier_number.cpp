@@ -1,4 +1,4 @@
-// A number that starts slowly along a Bezier segment, and goes on in a straight line behind its last keyframe.
+// A number that starts slowly along a Bezier segment, and continues in a straight line after its last keyframe.
 
 #include "prm/NumericParameter.h"
 
@@ -25,7 +25,7 @@ int main() {
     out << "frame 6, slow at both ends: " << slowAtBothEnds << '\n';
 
     // [shape]
-    // Two control points of a curve from (0,0) to (1,1): x is a part of the segment's time, y of its change in value.
+    // Two control points of a curve from (0,0) to (1,1): x is a fraction of the segment's time, y of its change.
     const Prm::IType slowStart(Interpolation::Bezier, 1.0 / 3.0, 0.0, 2.0 / 3.0, 2.0 / 3.0);
     height.vSetInterpolationData(slowStart, 0, View());
     height.vSetExtrapolationAfter(Extrapolation::Linear);

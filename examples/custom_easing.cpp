@@ -25,9 +25,7 @@ double bounce(const IType& shape, double x) {
 /// A kind of its own: whatever the segment says, half of the way is taken at once, the other half at the next keyframe.
 class HalfSteps : public Prm::NumericParameter<double> {
 public:
-    explicit HalfSteps(const QString& scriptName)
-        : ParameterWithoutType(false, false, nullptr), NumericParameter(scriptName) {}
-    ~HalfSteps() override { announceDeletion(); }
+    using NumericParameter::NumericParameter;
 
     double interpolateValue(const Prm::BoundingKeyframes& around, const Prm::Context&, Prm::Cache*) const override {
         const double from = keyframeValue(around.before.index, around.before.view);

@@ -23,7 +23,7 @@ QStringList textOf(const Prm::ParameterWithoutType& parameter) {
     return text.split('\n', Qt::SkipEmptyParts);
 }
 
-/// Whether the parameter is in the end as it was.
+/// Whether the parameter is the same at the end.
 bool doAndUndo(const char* title, Prm::ParameterWithoutType& parameter, Bsc::CompositeCommand& command) {
     QTextStream out(stdout);
     const QStringList before = textOf(parameter);
@@ -49,7 +49,7 @@ int main() {
     // [keyframes]
     keyframes.push_back(new Prm::ParameterAddKeyEdit(angle, frame(10)));
     keyframes.push_back(new Prm::ParameterDeleteKeyEdit(angle, {frame(20), View()}));
-    keyframes.push_back(new Prm::ParameterResetEdit(angle, frame(0))); // that one goes as well
+    keyframes.push_back(new Prm::ParameterResetEdit(angle, frame(0))); // deletes that one as well
     keyframes.push_back(new Prm::ParameterDeleteAllKeysEdit(angle, View()));
     // [keyframes]
     // [curves]
@@ -73,7 +73,7 @@ int main() {
     times.push_back(new Prm::ParameterPasteKeyframesEdit(angle, copied, frame(100)));
     // [times]
     // [links]
-    links.push_back(new Prm::ParameterAddConstrainedParameterEdit(other, angle)); // angle shows what other has
+    links.push_back(new Prm::ParameterAddConstrainedParameterEdit(other, angle)); // angle shows the animation of other
     links.push_back(new Prm::ParameterWithoutTypeUnconstrainEdit(angle));         // and keeps a copy of it
     // [links]
     // [settings]

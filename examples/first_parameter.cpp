@@ -5,15 +5,15 @@
 
 #include <QTextStream>
 
-// Hears every change, before the call that makes it returns.
+// Receives every change before the call that makes it returns.
 class Observer : public QObject {
     Q_OBJECT
 public:
-    int heard = 0;
+    int received = 0;
 public Q_SLOTS:
-    void hear(Prm::ParameterChange& change) {
-        ++heard;
-        QTextStream(stdout) << "    heard " << change.typeToString() << '\n';
+    void onChanged(Prm::ParameterChange& change) {
+        ++received;
+        QTextStream(stdout) << "    received " << change.typeToString() << '\n';
     }
 };
 
@@ -21,7 +21,7 @@ int main() {
     QTextStream out(stdout);
     Prm::NumericParameter<double> opacity("opacity");
     Observer observer;
-    opacity.attachObserver(&observer, SLOT(hear(Prm::ParameterChange&)));
+    opacity.attachObserver(&observer, SLOT(onChanged(Prm::ParameterChange&)));
 
     out << "opacity is 0 at frame 0 and 1 at frame 24:" << Qt::endl;
     opacity.vSetValue(0.0, Prm::Time::fromInt(0));
@@ -29,7 +29,7 @@ int main() {
 
     for (int frame = 0; frame <= 24; frame += 6)
         out << "frame " << frame << ": " << opacity.value(Prm::Time::fromInt(frame)) << '\n';
-    return opacity.value(Prm::Time::fromInt(12)) == 0.5 && observer.heard == 4 ? 0 : 1;
+    return opacity.value(Prm::Time::fromInt(12)) == 0.5 && observer.received == 4 ? 0 : 1;
 }
 
 // A class with Q_OBJECT in a source file needs this line, with that file's name.

@@ -1,4 +1,4 @@
-// What a host and the library share: commands, snapshots, hashes, bags, settings, and a tree that is told of its sets.
+// What a host and the library share: commands, snapshots, hashes, bags, settings, and a tree that is notified of sets.
 
 #include "host/bsc/CompositeCommand.h"
 #include "host/bsc/Hash.h"
@@ -14,7 +14,7 @@ using Prm::Time;
 namespace {
 
 // [command]
-/// A step of the host's own, for the same undo stack as the edits of parameters.
+/// A command of the host, for the same undo stack as the edits of parameters.
 class Rename : public Bsc::Command {
 public:
     Rename(Prm::ParameterSet& set, const QString& name) : m_set(set), m_other(name) {}
@@ -34,7 +34,7 @@ private:
 // [command]
 
 // [tree]
-/// Keeps a panel of the host's in step with the sets.
+/// Updates a panel of the host when sets are added and removed.
 struct Tree : Prm::ParameterTree {
     void subtreeAdded(Prm::ParameterSet* subtree) override { shown << subtree->scriptName(); }
     void subtreeRemoved(Prm::ParameterSet* subtree) override { shown.removeOne(subtree->scriptName()); }
@@ -69,7 +69,7 @@ int main() {
     // [snapshot]
     const boost::shared_ptr<Bsc::MementoBase> before = opacity.exportState();
     opacity.vSetValue(1.0, Time::fromInt(3));
-    Bsc::importState(opacity, before); // sends PARAMETER_ASSIGNED; isImporting() is true meanwhile
+    Bsc::importState(opacity, before); // emits PARAMETER_ASSIGNED; isImporting() is true meanwhile
     // [snapshot]
 
     // [bag]

@@ -1,4 +1,4 @@
-// A rig of cameras, 0 to 10, of which only the outer two are keyed: the others are made from these two.
+// A rig of cameras, 0 to 10, of which only the outer two have keyframes: the others are computed from these two.
 
 #include "prm/CurveParameter.h"
 

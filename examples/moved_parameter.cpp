@@ -12,7 +12,7 @@ using Number = Prm::NumericParameter<double>;
 
 namespace {
 
-/// As an old program wrote it: the lens in the logo, and how transparent it is, in percent.
+/// What an old program wrote: the softness in the logo, and how transparent it is, in percent.
 constexpr char oldFile[] = R"(FileVersion.value=2019
 logo.softness.value=4
 logo.transparency.keyframes.append( Key( 0, 100, Linear ) )
@@ -27,7 +27,7 @@ QString opacityOf(const QString& transparency) {
     return text;
 }
 
-/// Gets the line under the name of the target, and reads it with the values converted.
+/// Receives the line under the name of the target, and reads it with the values converted.
 bool readTransparency(Prm::BasicParameter* target, const QString& line, const Prm::ProjectFileVersion& version) {
     auto* const opacity = qobject_cast<Prm::ParameterWithoutType*>(target);
     return opacity && opacity->streamInValue(line.section('.', 1), version, opacityOf);
@@ -51,17 +51,17 @@ int main() {
     root.addParameterSet(lens);
 
     // [name]
-    // Only the name is new: the parameter knows the old one.
+    // Only the name is new: the parameter also reads lines with the old one.
     scale.addAdditionalScriptName("size");
     // [name]
     // [moved]
-    // The set is new: a moved parameter is where the old one was.
+    // The set is new: a moved parameter in the old place passes lines on.
     Prm::MovedParameter softness("softness");
     softness.setTargetParam(blur);
     logo.addBasicParameter(softness);
     // [moved]
     // [converted]
-    // What the numbers mean is new: a migration function reads the lines.
+    // The unit is new: a migration function reads the lines.
     Prm::MovedParameter transparency("transparency");
     transparency.setMigrationFunction(readTransparency);
     transparency.setTargetParam(opacity);
@@ -76,7 +76,7 @@ int main() {
     for (const int frame : {0, 5, 10})
         out << "logo.opacity " << opacity.value(Time::fromInt(frame)) << " at frame " << frame << '\n';
 
-    // The new names alone are written.
+    // Only the new names are written.
     const QByteArray text = project.text();
     out << text.mid(text.indexOf("logo.name"));
     const bool read = blur.value(Time()) == 4.0 && scale.value(Time()) == 3.0 && opacity.value(Time::fromInt(5)) == 0.4;

@@ -1,4 +1,4 @@
-// Hearing of changes, with a slot and with a lambda, and hearing of fewer of them.
+// Receiving changes, with a slot and with a lambda, and receiving fewer of them.
 
 #include "host/bsc/ScopedSignalBlocker.h"
 #include "prm/NumericParameter.h"
@@ -20,7 +20,7 @@ public:
     QStringList lines;
 
 public Q_SLOTS:
-    void hear(Prm::ParameterChange& change) {
+    void onChanged(Prm::ParameterChange& change) {
         QString line = change.typeToString();
         // The first five types concern one keyframe, or the static value, which has no index.
         if (change.type <= ParameterChange::KEYFRAME_CHANGED_INTERPOLATION &&
@@ -45,7 +45,7 @@ int main() {
     Prm::NumericParameter<double> opacity("opacity");
     Journal journal;
     // [attach]
-    opacity.attachObserver(&journal, SLOT(hear(Prm::ParameterChange&)));
+    opacity.attachObserver(&journal, SLOT(onChanged(Prm::ParameterChange&)));
     // [attach]
 
     int redrawn = 0;
@@ -64,13 +64,13 @@ int main() {
     // [switch]
     // One type of change fewer, for all observers of the parameter.
     opacity.enableNotifications(ParameterChange::KEYFRAME_CHANGED_VALUE, false);
-    opacity.vSetValue(0.5, Time::fromInt(12)); // only KEYFRAME_ADDED is heard
+    opacity.vSetValue(0.5, Time::fromInt(12)); // only KEYFRAME_ADDED is emitted
     opacity.enableNotifications(ParameterChange::KEYFRAME_CHANGED_VALUE, true);
     // [switch]
 
     // [block]
     {
-        // A hundred edits, told as one. What a removal frees has to be freed at once, so that is let through.
+        // A hundred edits, announced as one change. Removals are still emitted, so that data can be freed at once.
         const Bsc::ScopedSignalBlocker silence(opacity);
         const Prm::ScopedSignalPermit removals(opacity, ParameterChange::KEYFRAME_REMOVED);
         for (int frame = 100; frame < 200; ++frame)

@@ -1,4 +1,4 @@
-// A colour of the host's as the value of a parameter, with curves.
+// A colour type of the host as the value of a parameter, with curves.
 
 // [include]
 #include "prm/CurveParameter.hpp"

@@ -17,14 +17,14 @@ namespace {
 /// A button stands in the list, has no value, and sends a change when it is pressed.
 class Button : public Prm::ParameterWithoutTypeBase {
 public:
-    explicit Button(const QString& name) : ParameterWithoutTypeBase(false, false, nullptr) { setScriptName(name); }
-    ~Button() override { announceDeletion(); } // here, where it is still a button
+    explicit Button(const QString& name) { setScriptName(name); }
+    ~Button() override { announceDeletion(); } // optional: observers of its deletion still find a button
     void press() { Prm::ParameterChange::valueChanged(*this, View()); }
 };
 // [kind]
 
 // [basic]
-/// One line of the panel: any kind of parameter answers with a variant.
+/// One line of the panel: any kind of parameter has its value as a variant.
 QString lineOf(const Prm::BasicParameter& parameter, const Context& context) {
     const QVariant value = parameter.variantValue(context, std::nothrow);
     return parameter.scriptName() + ": " + (value.isValid() ? value.toString() : QStringLiteral("(none)"));

@@ -1,4 +1,4 @@
-// A position made of two numbers: keyed, valued, undone and written as one.
+// A position made of two numbers: edited, undone and written as one.
 
 #include "host/bsc/CompositeCommand.h"
 #include "prm/CompoundParameter.h"

@@ -1,4 +1,4 @@
-// A project in and out of a file: what could not be read, what cannot be written, and a file that is never half.
+// Saving and loading a project: what could not be read, what cannot be written, and a file that is always complete.
 
 #include "prm/NumericParameter.h"
 #include "prm/ParameterSet.h"
@@ -13,7 +13,7 @@ using Prm::Time;
 
 namespace {
 
-/// What a newer version of this program wrote, and somebody edited by hand.
+/// A file that a newer version of this program wrote, and that was then edited by hand.
 constexpr char written[] = R"(FileVersion.value=3002
 ProductName.value="Studio"
 ProductBuildNumber.value="7"
@@ -56,7 +56,7 @@ int main(int argc, char** argv) {
 
     // [load]
     Prm::ProjectFile project(root);
-    if (!project.load(fileName)) // it cannot be read, holds a conflict, or is no project: nothing was edited
+    if (!project.load(fileName)) // the file cannot be read, has a conflict, or is no project: nothing was edited
         out << project.errorString() << '\n';
     for (const Prm::ProjectFileFinding& finding : project.report())
         out << "line " << finding.lineNumber << ": " << finding.reasonToString() << ": " << finding.text << '\n';
@@ -78,7 +78,7 @@ int main(int argc, char** argv) {
     // [save]
     const bool saved = project.save(fileName);
     if (!saved)
-        out << project.errorString() << '\n'; // and the file is what it was
+        out << project.errorString() << '\n'; // the file has not changed
     // [save]
     out << "saved:\n" << contents(fileName);
 

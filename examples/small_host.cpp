@@ -27,7 +27,7 @@ public:
         root.addParameterSet(logo);
         root.AttachCommandRegistrationObserver(this, SLOT(take(Prm::ParameterChange&)), true);
     }
-    /// Keys a value in the current view, which goes its own way from then on.
+    /// Sets a keyframe in the current view, which has data of its own from then on.
     void set(Prm::ParameterWithoutType& parameter, const QVariant& value, int frame) {
         auto* const command = new Bsc::CompositeCommand;
         const Prm::Context at(Prm::Time::fromInt(frame), views.currentView());

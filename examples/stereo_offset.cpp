@@ -12,10 +12,10 @@ using Prm::View;
 class Recorder : public QObject {
     Q_OBJECT
 public:
-    QStringList heard;
+    QStringList received;
 public Q_SLOTS:
-    void hear(Prm::ParameterChange& change) {
-        heard << change.typeToString() + " in view " + QString::number(change.context.view.id());
+    void onChanged(Prm::ParameterChange& change) {
+        received << change.typeToString() + " in view " + QString::number(change.context.view.id());
     }
 };
 
@@ -35,9 +35,9 @@ int main() {
     const bool shared = !offset.isSplit() && offset.value(Context(start, right)) == 3.0;
 
     Recorder recorder;
-    offset.attachObserver(&recorder, SLOT(hear(Prm::ParameterChange&)));
+    offset.attachObserver(&recorder, SLOT(onChanged(Prm::ParameterChange&)));
     // [split]
-    // A copy of what the right eye has shown so far. Without it, the next line would start an empty curve there.
+    // A copy of what the right eye has shown. Without it, the next line would start an empty curve there.
     offset.uniquifyView(right);
     offset.vSetValue(-3.0, Context(start, right));
     // [split]
@@ -49,11 +49,11 @@ int main() {
     show("joined again");
     const bool joined = !offset.isSplit() && offset.value(Context(start, right)) == 3.0;
 
-    for (const QString& line : qAsConst(recorder.heard))
-        out << "    heard " << line << '\n';
+    for (const QString& line : qAsConst(recorder.received))
+        out << "    received " << line << '\n';
     const QStringList expected{"VIEW_ADDED in view 1", "VALUE_CHANGED in view 1", "KEYFRAME_CHANGED_VALUE in view 1",
                                "VIEW_REMOVED in view 1"};
-    return shared && split && joined && recorder.heard == expected ? 0 : 1;
+    return shared && split && joined && recorder.received == expected ? 0 : 1;
 }
 
 #include "stereo_offset.moc"

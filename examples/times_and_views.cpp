@@ -1,4 +1,4 @@
-// When and where: times, frames and contexts; the views of a project, and which of them an edit reaches.
+// Times, frames and contexts; the views of a project, and which of them an edit concerns.
 
 #include "prm/NumericParameter.h"
 #include "prm/ProxyScale.h"
@@ -31,14 +31,14 @@ int main() {
     // [context]
     Prm::NumericParameter<double> offset("offset");
     offset.vSetValue(3.0, Context(Time::fromInt(0)));         // a time alone means view 0
-    offset.vSetValue(-3.0, Context(Time::fromInt(0), right)); // and now view 1 has data of its own
-    // Where nothing else must be reached, the view has to be said.
+    offset.vSetValue(-3.0, Context(Time::fromInt(0), right)); // now view 1 has data of its own
+    // For exactly one keyframe, the view must be given.
     offset.vDeleteKeyframe(Context::Explicit(Time::fromInt(0), right));
     // [context]
     out << "left " << offset.value(halfway) << ", right " << offset.value({halfway, right}) << '\n';
 
     // [state]
-    // Whether a button says "in all views" or not: the flags know, and the views turn them into a list.
+    // Whether an edit concerns all views or the current one: the flags say so, and the views turn them into a list.
     Prm::AnimationFlags flags;
     flags.setAllViews(true);
     const Prm::AnimationState everywhere(flags, &views);

@@ -1,4 +1,4 @@
-// A host's undo: it hears of every command that a parameter offers, keeps it, and takes it back and forth.
+// A host's undo stack: it receives every command that a parameter registers, and undoes and redoes it.
 
 #include "host/bsc/CompositeCommand.h"
 #include "prm/NumericParameter.h"
@@ -15,7 +15,7 @@ using Prm::Time;
 
 namespace {
 // [stack]
-/// Owns the commands. Each stays one step, however many parameters it concerns; a new one forgets those undone.
+/// Owns the commands. Each is one step, however many parameters it concerns; a new one deletes those undone.
 class UndoStack : public QObject {
     Q_OBJECT
 
@@ -32,7 +32,7 @@ public:
 public Q_SLOTS:
     void take(Prm::ParameterChange& change) {
         std::unique_ptr<Bsc::CompositeCommand> command(change.command);
-        command->doIt(); // when this throws, nothing has changed, and the command goes
+        command->doIt(); // if this throws, nothing has changed, and the command is deleted
         m_commands.resize(m_done);
         m_commands.push_back(std::move(command));
         ++m_done;

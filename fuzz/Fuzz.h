@@ -4,9 +4,11 @@
 
 #include <QByteArray>
 #include <QList>
+#include <QLocale>
 #include <QString>
 
 #include <algorithm>
+#include <clocale>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -16,14 +18,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace Fuzz {
 
-/// Warnings are part of what bad input leads to.
-inline const QtMessageHandler speaking =
-    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& message) {
+/// Warnings are part of what bad input leads to. Decimal commas must reach no file.
+inline const QtMessageHandler prepared = [] {
+    std::setlocale(LC_ALL, "de_DE.UTF-8");
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    return qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& message) {
         if (type != QtFatalMsg)
             return;
         std::fprintf(stderr, "%s\n", qPrintable(message));
         std::abort();
     });
+}();
 
 [[noreturn]] inline void fail(const char* promise, const QString& more = {}) {
     std::fprintf(stderr, "Broken: %s\n%s\n", promise, qPrintable(QString(more).replace(QChar(0), "\\0")));
@@ -32,7 +37,7 @@ inline const QtMessageHandler speaking =
 
 #define HOLD(promise) ((promise) ? void() : Fuzz::fail(#promise))
 
-/// With what stands behind a NUL, and with a byte-order mark, which Qt would take off at the beginning. The size is
+/// With what follows a NUL, and with a byte-order mark, which Qt would remove at the beginning. The size is
 /// never -1, which the compiler cannot know.
 inline QString textOf(const QByteArray& bytes) {
     const QByteArray marked = ':' + bytes;
@@ -62,19 +67,5 @@ inline void intact(const QString& broken) {
 inline QByteArray bytesOf(const std::uint8_t* data, std::size_t size) {
     return {reinterpret_cast<const char*>(data), static_cast<int>(size)};
 }
-
-/// An input taken as choices, 0 behind its end.
-class Choices {
-public:
-    Choices(const std::uint8_t* data, std::size_t size) : m_next(data), m_end(data + size) {}
-
-    bool atEnd() const { return m_next == m_end; }
-    int below(int count) { return m_next == m_end ? 0 : *m_next++ % count; }
-    bool yes() { return below(2) != 0; }
-
-private:
-    const std::uint8_t* m_next;
-    const std::uint8_t* m_end;
-};
 
 } // namespace Fuzz

@@ -4,10 +4,10 @@
 #include "prm/ParameterSet.h"
 #include "prm/ProjectFile.h"
 #include "prm/project/Invariants.h"
+#include "tool/Problem.h"
 #include "tool/import/AnimationImport.h"
 
 #include <QDateTime>
-#include <QTextStream>
 
 using namespace Prm;
 
@@ -18,13 +18,14 @@ extern "C" const char* __lsan_default_suppressions() {
 }
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const Tool::ImportResult result = Tool::importAnimation(Fuzz::bytesOf(data, size));
-    HOLD(result.root ? result.error.isEmpty() : !result.error.isEmpty() && !result.error.contains('\n'));
-    if (!result.root)
+    Tool::ImportResult result;
+    try {
+        result = Tool::importAnimation(Fuzz::bytesOf(data, size));
+    } catch (const Tool::Problem& problem) {
+        HOLD(!problem.text().isEmpty() && !problem.text().contains('\n'));
         return 0;
-    QString summary;
-    QTextStream stream(&summary);
-    result.report.summarise(stream);
+    }
+    HOLD(!result.report.summary().isEmpty());
     HOLD(result.report.table().count('\n') == result.report.entries().size() + 1);
     Fuzz::intact(detail::verify(*result.root));
     ProjectFile file(*result.root, QStringLiteral("fuzz"));

@@ -1,46 +1,149 @@
-// Any bytes through the tool's reading of project text: they come back as they were, and everything can be asked.
+// Any bytes through the tool: they come back as they were, everything can be asked, and an edit is read back as it was
+// meant to be, while the lines of others are not touched.
 
 #include "fuzz/Fuzz.h"
-#include "tool/BuiltParameter.h"
+#include "prm/MoveKeyframeEdit.h"
+#include "prm/ParameterEdits.h"
 #include "tool/Checks.h"
-#include "tool/Problem.h"
+#include "tool/Project.h"
 #include "tool/ProjectDiff.h"
+#include "tool/edit/ParameterPatch.h"
+
+#include <QTextStream>
 
 using namespace Tool;
 
 namespace {
 
+/// Of which lines of every kind come about, whole and broken.
+const QList<QByteArray> pieces =
+    QByteArray("a|b.|a.b.|view[1].|view[0].|view[4000000000].|keyframes|.append( |Key( |BezierKey( |1|-2.5|1e39|nan|, |"
+               "Linear|Constant| ) )|value=|views=[0, 1]|views=[7|hidden=1|before=Linear|after=|MasterParameterId=a.b|"
+               "name=\"x\"|\"t\\\"|0 1|=|.|\n|\n|\r\n|\n\n|FileVersion.value=3002\n|FileVersion.value=2019\n|"
+               "ProductName.value=\"p\"\n|ProductVersion.value=\"1.2\"\n|FileTimestamp.value=\"\"\n|\xEF\xBB\xBF|"
+               "\xFF\xC0|NUL|a.keyframes.append( Key( 1, 2, Linear ) )\n|a.b.view[3].value=1\n|"
+               "a.keyframes.append( Key( 5.0,  x, Custom2 ) )\r\n|a.keyframes.append( Key( inf, 5, Linear ) )\n|"
+               "a.view[1].keyframes.append( BezierKey( 3, 2, 0, 0.123456789, 1, 1 ) )\n|"
+               "a.view[1].keyframes.append( Key( -2, 4, Linear ) )\n|a.keyframes.append( Key( 1, 3, Linear ) )\n|"
+               "a.value=2\n|a.views=[1, 0]\n|a.MasterParameterId=b\n|b.MasterParameterId=a\n")
+        .split('|');
+
+QByteArray pieced(Fuzz::Choices choices) {
+    QByteArray text;
+    while (!choices.atEnd()) {
+        const QByteArray& piece = pieces.at(choices.below(pieces.size()));
+        text += piece == "NUL" ? QByteArray(1, 0) : piece;
+    }
+    return text;
+}
+
+QByteArray written(const FileParameter::Data& parameter) {
+    QString text;
+    QTextStream stream(&text);
+    parameter.bStreamOut(stream, QString(), false);
+    return text.toUtf8();
+}
+
+/// The lines are read in the order that takes the least time, and say the same as in their own.
+void checkOrder(const ProjectText& text, const FileParameter& parameter) {
+    FileParameter::Data expected;
+    for (const int line : text.node(parameter.node()).lines) {
+        if (toView(toText(text.line(line)).toUtf8()) != text.line(line))
+            return;
+        try {
+            expected.streamInValue(toText(text.reading(line).entry), text.version(),
+                                   [](const QString& value) { return "0 " + value; });
+        } catch (const std::runtime_error&) {
+            continue;
+        }
+    }
+    Fuzz::same("any order of reading", written(expected), written(parameter.data()));
+}
+
 void readEverything(const ProjectText& text) {
-    Kinds kinds(text, KindRules());
-    Masters masters;
-    for (int node = 1; node < static_cast<int>(text.nodes().size()); ++node) {
+    Kinds kinds(text);
+    for (int node = 1; node < text.nodeCount(); ++node) {
         const QString path = text.path(node);
         HOLD(text.findNode(path.toStdString()) == node || path.contains(QChar(0xFFFD)));
         HOLD(text.node(node).parent < node);
         if (!text.node(node).isParameter())
             continue;
-        BuiltParameter built(text, node, kinds.of(node));
+        const FileParameter parameter(text, node);
+        checkOrder(text, parameter);
         try {
-            built.followMasters(text, masters);
+            kinds.sampler(parameter, kinds.of(parameter))({Prm::Time::fromInt(-1), Prm::Time::fromInt(3)},
+                                                          Prm::View(1));
         } catch (const Problem&) {
             continue;
         }
-        built.sample({Prm::Time::fromInt(-1), Prm::Time::fromInt(3)}, Prm::View(1));
     }
+    for (const Finding& finding : findingsIn(text))
+        HOLD(finding.line >= 0 && finding.line < std::max(text.lineCount(), 1));
+}
+
+void edit(FileParameter::Data& parameter, Fuzz::Choices& choices) {
+    const double times[] = {1, 3, 4.5};
+    const Prm::Context place(Prm::Time::fromDouble(times[choices.below(3)]),
+                             Prm::View(static_cast<quint32>(choices.below(3))));
+    const int what = choices.below(4);
+    if (what == 0)
+        Prm::ParameterRetimeEdit(parameter, Prm::Retiming::shifted(choices.below(5) - 2)).doIt();
+    else if (what == 1)
+        Prm::MoveKeyframeEdit(parameter, {Prm::Time::fromInt(5), place.view}, place).doIt();
+    else if (what == 2)
+        Prm::ParameterSplitViewEdit(parameter, place.view).doIt();
+    else
+        parameter.vSetValue({"7", FileValue::noLine}, place);
+}
+
+QByteArray linesOfOthers(const ProjectText& text, int node) {
+    const std::vector<int>& own = text.node(node).lines;
+    QByteArray lines;
+    for (int i = 0; i < text.lineCount(); ++i) {
+        if (!std::binary_search(own.begin(), own.end(), i))
+            lines += toBytes(text.line(i)) + '\n';
+    }
+    return lines;
+}
+
+void editEverything(const ProjectText& text, Fuzz::Choices& choices) {
+    for (int node = 1; node < text.nodeCount(); ++node) {
+        if (!text.node(node).isParameter())
+            continue;
+        const FileParameter parameter(text, node);
+        const FileViews before = parameter.views();
+        edit(parameter.data(), choices);
+        QByteArray bytes;
+        try {
+            bytes = bytesWith(text, changedLines(text, before, parameter, text.version()));
+        } catch (const Problem&) {
+            continue; // The format holds only so many digits.
+        }
+        const ProjectText edited(bytes);
+        const int again = edited.findNode(text.reading(text.node(node).lines.front()).path);
+        HOLD(again >= 0);
+        Fuzz::same("the lines of others", linesOfOthers(text, node), linesOfOthers(edited, again));
+        const FileParameter read(edited, again);
+        Fuzz::same("an edit is read back", written(parameter.data()), written(read.data()));
+    }
+}
+
+void check(const QByteArray& bytes, Fuzz::Choices choices) {
+    const ProjectText text(bytes);
+    Fuzz::same("what is not edited is saved as it was", bytes, text.bytes());
+    readEverything(text);
+    editEverything(text, choices);
+    HOLD(differences(text, ProjectText(bytes)).empty());
+    // The half of a text against the whole.
+    const ProjectText half(bytes.left(bytes.size() / 2));
+    HOLD(differences(half, text).empty() == differences(text, half).empty());
 }
 
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const QByteArray bytes = Fuzz::bytesOf(data, size);
-    const ProjectText text(bytes);
-    Fuzz::same("what is not edited is saved as it was", bytes, text.bytes());
-    readEverything(text);
-    for (const Finding& finding : findingsIn(text))
-        HOLD(finding.line >= 0 && finding.line < std::max(text.lineCount(), 1));
-    HOLD(differences(text, ProjectText(bytes)).empty());
-    // The half of a text against the whole.
-    const ProjectText half(bytes.left(bytes.size() / 2));
-    HOLD(differences(half, text).empty() == differences(text, half).empty());
+    const Fuzz::Choices choices(data, size);
+    check(Fuzz::bytesOf(data, size), choices);
+    check(pieced(choices), choices);
     return 0;
 }

@@ -1,30 +1,16 @@
 // Histories of commands over parameters of all kinds, compounds, sets and masters: what is undone, and what is done
 // again, is exactly as it was. Beside that, compounds are the union of their parts, in keyframes, values and views.
 
-#include "fuzz/Calls.h"
-#include "prm/ProjectFile.h"
+#include "fuzz/Fuzz.h"
+#include "tests/world/Acts.h"
 
-#include <QTextStream>
-
-#include <cmath>
-#include <memory>
-
-using namespace Prm;
-using namespace Fuzz;
+using namespace Worlds;
 
 namespace {
 
 constexpr int stepSize = 16;
-const View asked[] = {View(0), View(1), View(2), View(3), View(5), View(2147483646)};
-const double askedTimes[] = {-1.5, 0, 1.25, 3, 20};
 
-/// Names after a blank each in PRM_FUZZ_WITHOUT: parts of the world, and of the names of calls, that are left out.
-bool isLeftOut(const char* name) {
-    static const QList<QByteArray> without = qgetenv("PRM_FUZZ_WITHOUT").split(' ');
-    return std::any_of(without.begin(), without.end(),
-                       [=](const QByteArray& part) { return !part.isEmpty() && QByteArray(name).contains(part); });
-}
-
+/// With PRM_FUZZ_TRACE in the environment, each step is printed.
 template <class... More> void trace(const char* what, const More&... more) {
     static const bool isWanted = qEnvironmentVariableIsSet("PRM_FUZZ_TRACE");
     if (!isWanted)
@@ -35,76 +21,10 @@ template <class... More> void trace(const char* what, const More&... more) {
     std::fprintf(stderr, "%s\n", qPrintable(line));
 }
 
-QString shown(const Context& at) {
-    return QStringLiteral("%1@%2").arg(at.time.isValid() ? at.time.toDouble() : NAN).arg(at.view.id());
-}
-
-// What a parameter is, exactly.
-
-QString exact(double value) {
-    return QString::number(value, 'g', 17);
-}
-QString exact(const QPointF& value) {
-    return exact(value.x()) + '/' + exact(value.y());
-}
-QString exact(const QString& value) {
-    return value;
-}
-
-/// With the values of its parts for a compound.
-QString exact(const QVariant& value) {
-    if (value.type() == QVariant::PointF)
-        return exact(value.toPointF());
-    QString all = value.toString();
-    for (const QVariant& part : value.value<QVector<QVariant>>())
-        all += ' ' + exact(part);
-    return all;
-}
-
-template <class T> bool addStorage(QTextStream& out, const P& parameter) {
-    const auto* const typed = dynamic_cast<const Parameter<T>*>(&parameter);
-    if (!typed)
-        return false;
-    const QString name = parameter.scriptName();
-    out << name << " default kind " << static_cast<quint32>(typed->defaultInterpolation()) << '\n';
-    for (const View view : std::vector<View>(parameter.viewList())) {
-        out << name << " view " << view.id() << " static " << exact(typed->staticValue(view)) << '\n';
-        for (unsigned i = 0; i < parameter.keyframeCount(view); ++i) {
-            const KeyframeData<T> key = typed->keyframe(i, view);
-            const IType& curve = key.interpolationData;
-            out << name << " view " << view.id() << " key " << exact(key.time.toDouble()) << " = " << exact(key.value)
-                << ' ' << static_cast<quint32>(curve.interpolation);
-            for (const double number : {curve.x1, curve.y1, curve.x2, curve.y2})
-                out << ' ' << exact(number);
-            out << '\n';
-        }
-    }
-    return true;
-}
-
-void addValues(QTextStream& out, const P& parameter) {
-    for (const View view : asked) {
-        out << parameter.scriptName() << " shows in " << view.id();
-        for (const double time : askedTimes) {
-            out << ' ' << exact(parameter.variantValue(Context(Time::fromDouble(time), view), std::nothrow));
-        }
-        out << '\n';
-    }
-}
-
-void addSettings(QTextStream& out, const P& parameter) {
-    out << parameter.scriptName() << " hidden " << parameter.isHidden() << " locked " << parameter.isLocked()
-        << " keyed " << parameter.isKeyframed() << " splittable " << parameter.splittable() << " split "
-        << parameter.isSplit() << " before " << static_cast<quint32>(parameter.extrapolationBefore()) << " after "
-        << static_cast<quint32>(parameter.extrapolationAfter()) << " pending " << parameter.pendingMasterParameterId()
-        << " tied to " << (parameter.masterParameter() ? parameter.masterParameter()->scriptName() : QString())
-        << " ties";
-    for (const P* tied : parameter.constrainedParameters())
-        out << ' ' << tied->scriptName();
-    out << " views";
-    for (const View view : std::vector<View>(parameter.viewList()))
-        out << ' ' << view.id();
-    out << " of " << parameter.numViews() << '\n';
+void trace(const Act& act, const P& own, const P& other, const A& a) {
+    const auto shown = [](const Context& at) { return QString("%1@%2 ").arg(at.time.toDouble()).arg(at.view.id()); };
+    trace(act.name, " of ", own.scriptName(), ", other ", other.scriptName(), " at ", shown(a.at), "to ", shown(a.to),
+          " value ", a.value, " number ", a.number, " kind ", a.kind, a.yes ? " yes" : " no");
 }
 
 /// A compound is its parts, asked one by one.
@@ -138,13 +58,11 @@ public:
 
     void run() {
         Choices first = nextStep();
-        const unsigned int together = isLeftOut("together") ? 0 : static_cast<unsigned>(first.below(8));
+        const auto together = static_cast<unsigned>(first.below(8));
         m_isWatched = first.below(3) > 0;
         m_world = std::make_unique<World>(first, World::Options{10, together, first.yes()});
         trace("together ", together, m_world->options.isObserved ? ", observed" : "");
-        for (int i = 0; i < setCount; ++i)
-            m_root.addParameterSet(*m_world->set(i));
-        m_file.setTimeOfWriting(QDateTime(QDate(2021, 3, 1), QTime(), Qt::UTC));
+        m_project.enlist(*m_world);
         while (m_left > 0 && build(nextStep())) {
         }
         m_states.push_back(state());
@@ -156,6 +74,7 @@ public:
         travelTo(0);
         m_isWatched = true;
         travelTo(m_commands.size());
+        saveAndLoad();
         travelTo(0);
     }
 
@@ -193,43 +112,33 @@ private:
     }
 
     void addPart(int listing, P& part) {
-        const bool isNested = listing >= setCount && dynamic_cast<CompoundParameter*>(&part);
-        const bool isTwice = listing >= setCount && m_parts.contains(&part);
-        if ((isNested && isLeftOut("nested")) || (isTwice && isLeftOut("twice")))
-            return;
         trace("set ", listing, " lists ", part.scriptName());
-        m_world->set(listing)->addParameter(m_world->slots[static_cast<std::size_t>(m_world->numberOf(&part))].owner);
-        if (listing >= setCount)
-            m_parts.insert(&part);
+        const int number = m_world->numberOf(&part);
+        m_world->set(listing)->addParameter(m_world->owner(number));
+        m_listed.emplace_back(listing, number);
     }
 
     static void tie(P& master, P& tied) {
-        if (isLeftOut("masters"))
-            return;
         trace(qPrintable(master.scriptName()), " ties ", tied.scriptName());
         master.bAddConstrainedParameter(&tied);
     }
 
     static void interpolateViews(P& own, int mode) {
-        auto* const number = dynamic_cast<Parameter<double>*>(&own);
-        if (!number || isLeftOut("interpolated"))
-            return;
         trace(qPrintable(own.scriptName()), " interpolates views ", mode);
-        number->setViewInterpolation({static_cast<MVInterpolationParams::Mode>(mode)});
+        onNumber(own, [&](auto& number) { number.setViewInterpolation({static_cast<Mode>(mode)}); });
     }
 
     static void setValue(P& own, const A& a) {
-        trace(qPrintable(own.scriptName()), " = ", a.value, " at ", shown(a.at));
+        trace(qPrintable(own.scriptName()), " = ", a.value);
         own.setVariantValue(fitting(own, a.value), a.at, std::nothrow);
     }
 
     static void edit(P& own, P& other, Choices& step) {
-        const int row = step.below(static_cast<int>(std::size(edits)));
+        const Act& act = chosen(allEdits(), step);
         const A a(step);
-        trace(qPrintable(own.scriptName()), " edit ", row, ' ', other.scriptName(), " at ", shown(a.at), " view ",
-              a.view.id(), " to ", shown(a.to), " value ", a.value, " number ", a.number, " kind ", a.kind,
-              a.yes ? " yes" : " no");
-        edits[row](own, other, a);
+        trace(act, own, other, a);
+        Command none;
+        act.run(none, own, other, a);
     }
 
     // Doing and undoing.
@@ -251,31 +160,15 @@ private:
     }
 
     void addCall(Choices& step) {
-        constexpr int first = static_cast<int>(std::size(commands));
-        constexpr int all = first + static_cast<int>(std::size(moreCommands));
-        const int row = step.below(all);
-        const Offer& offer = row < first ? commands[row] : moreCommands[row - first];
+        const Act& act = chosen(allCommands(), step);
         P& own = *parameter(step.below(m_world->parameterCount));
         P& other = *parameter(step.below(m_world->parameterCount));
         A a(step);
-        aim(a, own, step.below(16));
-        if (isLeftOut(offer.name))
-            return;
+        a.aim(own, step.below(16));
         if (!m_pending)
             m_pending = std::make_unique<Command>();
-        trace(qPrintable(own.scriptName()), ": ", offer.name, ", other ", other.scriptName(), " at ", shown(a.at),
-              " view ", a.view.id(), " to ", shown(a.to), " value ", a.value, " number ", a.number, " kind ", a.kind,
-              a.yes ? " yes" : " no");
-        offer.add(*m_pending, own, other, a);
-    }
-
-    /// Mostly at a keyframe that there is.
-    static void aim(A& a, const P& own, int choice) {
-        const QVector<Context> keyframes = own.allKeyframes();
-        if (choice < 6 || keyframes.isEmpty())
-            return;
-        a.at = keyframes.at(choice % keyframes.size());
-        a.view = a.at.view;
+        trace(act, own, other, a);
+        act.run(*m_pending, own, other, a);
     }
 
     void finishCommand() {
@@ -311,38 +204,71 @@ private:
     void expect(const char* what) const {
         const QByteArray& former = m_states[m_done];
         if (!former.isEmpty() && (m_isWatched || m_done == 0))
-            same(what, former, state());
+            Fuzz::same(what, former, state());
     }
 
     QByteArray state() const {
-        intact(detail::verify(m_root));
-        QString text;
-        QTextStream out(&text);
-        for (int i = 0; i < m_world->parameterCount; ++i) {
-            const P& one = *parameter(i);
-            intact(detail::verify(one));
-            addSettings(out, one);
-            if (const auto* const compound = dynamic_cast<const CompoundParameter*>(&one)) {
-                for (const View view : asked)
-                    compareWithParts(*compound, view);
-                // What is remembered of one view must be right later.
-                compareWithParts(*compound, asked[m_done % 3]);
-                continue;
-            }
-            HOLD(addStorage<double>(out, one) || addStorage<int>(out, one) || addStorage<bool>(out, one) ||
-                 addStorage<QString>(out, one) || addStorage<QPointF>(out, one));
-            addValues(out, one);
+        Fuzz::intact(detail::verify(m_project.root) + m_world->broken());
+        for (int i = m_world->options.plainCount; i < m_world->parameterCount; ++i) {
+            for (const View view : asked)
+                compareWithParts(dynamic_cast<const CompoundParameter&>(*parameter(i)), view);
+            // What is remembered of one view must be right later.
+            compareWithParts(dynamic_cast<const CompoundParameter&>(*parameter(i)), asked[m_done % 3]);
         }
-        out.flush();
-        return text.toUtf8() + m_file.text();
+        return m_world->state() + m_project.file.text();
     }
+
+    /// A project that can be saved without losses comes back in an equal world.
+    void saveAndLoad() {
+        if (!m_project.file.saveLosses().isEmpty())
+            return;
+        World world(Choices(nullptr, 0), m_world->options);
+        Project project;
+        project.enlist(world);
+        for (const auto& [listing, number] : m_listed)
+            world.set(listing)->addParameter(world.owner(number));
+        for (int i = 0; i < world.parameterCount; ++i)
+            makeAlike(*world.parameter(i), *parameter(i));
+        const QByteArray text = m_project.file.text();
+        HOLD(project.file.loadText(text));
+        for (const ProjectFileFinding& finding : project.file.report()) {
+            // A master outside the project is not found again.
+            if (finding.reason == ProjectFileFinding::UnresolvedMaster)
+                return;
+            Fuzz::fail("what was saved is well formed", finding.text);
+        }
+        Fuzz::same("saved, loaded and saved", text, project.file.text());
+    }
+
+    /// In all but its data.
+    static void makeAlike(P& fresh, const P& own) {
+        fresh.setScriptName(own.scriptName());
+        if (dynamic_cast<const CompoundParameter*>(&own))
+            return;
+        fresh.assignFrom(own);
+        fresh.hide(false);
+        for (const View view : std::vector<View>(fresh.viewList())) {
+            fresh.vDeleteAllKeyframes(view);
+            fresh.vReset({Time::INVALID, view});
+        }
+    }
+
+    struct Project {
+        Project() { file.setTimeOfWriting(QDateTime(QDate(2021, 3, 1), QTime(), Qt::UTC)); }
+        void enlist(World& world) {
+            for (int i = 0; i < setCount; ++i)
+                root.addParameterSet(*world.set(i));
+        }
+        ParameterSet root;
+        ProjectFile file{root};
+    };
 
     const std::uint8_t* m_data;
     std::size_t m_left;
     std::unique_ptr<World> m_world;
-    QSet<const P*> m_parts;
-    ParameterSet m_root;
-    ProjectFile m_file{m_root};
+    Project m_project;
+    /// By the numbers of sets and parameters.
+    std::vector<std::pair<int, int>> m_listed;
     std::unique_ptr<Command> m_pending;
     std::vector<std::unique_ptr<Command>> m_commands;
     /// Before each command, and after the last.

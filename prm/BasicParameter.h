@@ -68,12 +68,12 @@ public:
 
     /// Whether the parameter is written to project text. True for a new parameter.
     bool isStreamable() const { return m_streamable; }
-    /// Emits nothing.
+    /// Sets whether the parameter is written to project text. Emits nothing.
     void setStreamable(bool streamable) { m_streamable = streamable; }
 
     /// The set given to the constructor, otherwise the first set that the parameter was added to; may be null.
     ParameterSet* parentSet() const { return m_parentSet; }
-    /// Does not add the parameter to the set.
+    /// Sets the parent set; does not add the parameter to it.
     void setParentSet(ParameterSet* parent) { m_parentSet = parent; }
 
 Q_SIGNALS:

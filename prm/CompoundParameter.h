@@ -206,6 +206,7 @@ private:
     class CompoundKeyframe;
     class SwitchedOff;
     using Parts = std::vector<QPointer<ParameterWithoutType>>;
+    using PartWalk = SetWalk<ParameterWithoutType>;
 
     /// The union of the keyframes of one view at a revision.
     struct Union {
@@ -224,8 +225,6 @@ private:
     const BasicParameter& life() const { return *this; }
     bool mayTake(const ParameterWithoutType& parameter) const;
     Parts listedParts() const;
-    template <class Act> void forEachSubparameter(const Act& act) const;
-    template <class Test> bool anySubparameter(const Test& test) const;
     const ParameterWithoutType* firstWith(const Context::Explicit& keyframe) const;
     const ParameterWithoutType* firstKeyframed() const;
     const UnionKeyframes& keyframesOf(const View& view) const;

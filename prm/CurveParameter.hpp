@@ -12,14 +12,13 @@ template <class T> CurveParameter<T>::CurveParameter() : CurveParameter(QString(
 
 template <class T>
 CurveParameter<T>::CurveParameter(const QString& name, const T& value, ParameterOptions options, ParameterSet* parent)
-    : ParameterWithoutType(options.testFlag(Locked), options.testFlag(Hidden), parent), Parameter<T>(name, value,
-                                                                                                     options, parent) {
+    : Parameter<T>(name, value, options, parent) {
     this->setEvaluated();
 }
 
 template <class T>
 CurveParameter<T>::CurveParameter(const CurveParameter& other)
-    : Bsc::MementoUndoable(other), ParameterWithoutType(other), Parameter<T>(static_cast<const Parameter<T>&>(other)) {
+    : ParameterWithoutType(), Parameter<T>(static_cast<const Parameter<T>&>(other)) {
     this->setEvaluated();
 }
 
@@ -48,8 +47,8 @@ T CurveParameter<T>::interpolateValue(const BoundingKeyframes& around, const Con
 template <class T>
 T CurveParameter<T>::extrapolateValue(const BoundingKeyframes& around, const Context& context, Cache*) const {
     const bool before = around.before.view == View::INVALID();
-    const detail::Track<T> track = this->ask(before ? around.after.view : around.before.view,
-                                             [](const auto& read, View) { return read; });
+    const detail::Track<T> track =
+        this->ask(before ? around.after.view : around.before.view, [](const auto& read, View) { return read; });
     if (track.keyframes.isEmpty())
         return track.staticValue;
     const Extrapolation kind = before ? this->extrapolationBefore() : this->extrapolationAfter();

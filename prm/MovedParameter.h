@@ -13,7 +13,8 @@ namespace Prm {
 /// A placeholder in a set under a parameter's old script name. It reads the lines that old files have under that name,
 /// and passes them to its target, the parameter that has the value now, as soon as both are known. It writes nothing.
 ///
-/// With a target, each line is passed on; without one, or after it was deleted, the last line is kept.
+/// While a target is set, each line is passed on. Without one the last line is kept; `ProjectFile` reports those that
+/// it has replaced. A target that was deleted counts as none.
 ///
 /// \snippet moved_parameter.cpp converted
 /// \threads The owning thread, which is that of its target as well.
@@ -24,7 +25,7 @@ public:
     using Migration = boost::function<bool(BasicParameter*, const QString&, const ProjectFileVersion&)>;
 
     explicit MovedParameter(const QString& oldScriptName);
-    /// Warns if a line was read and there has never been a target.
+    /// Warns of a line that no target has taken, unless there is a target.
     ~MovedParameter() override;
 
     const QString& scriptName() const override;
@@ -38,8 +39,8 @@ public:
     /// Passes on the line that was read; returns whether it was taken, false without a target. Throws
     /// `boost::bad_function_call` for an empty migration function.
     bool passValueToTargetParameter() const;
-    /// Whether a line was read and there has never been a target.
-    bool isWaiting() const { return !m_hadTarget && !m_streamedText.isEmpty(); }
+    /// Whether a line was read without a target, and none has taken it since.
+    bool isWaiting() const { return m_isWaiting; }
 
     bool bStreamOut(QTextStream& stream, const QString& prefix, bool withName) const override;
     using BasicParameter::setVariantValue;
@@ -60,7 +61,7 @@ private:
 
     QString m_scriptName;
     QPointer<BasicParameter> m_target;
-    bool m_hadTarget = false;
+    mutable bool m_isWaiting = false;
     QString m_streamedText;
     ProjectFileVersion m_streamedVersion;
     Migration m_migration;

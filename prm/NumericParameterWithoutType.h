@@ -12,7 +12,7 @@ namespace Prm {
 class PRM_EXPORT NumericParameterWithoutType : virtual public ParameterWithoutType {
 public:
     /// Unlocked and visible.
-    explicit NumericParameterWithoutType(ParameterSet* parent);
+    explicit NumericParameterWithoutType(ParameterSet* parent = nullptr);
     ~NumericParameterWithoutType() override;
 
 protected:

@@ -86,7 +86,8 @@ public:
     /// \{
     /// Without names, keyframed and splittable, with a default value of `T()`.
     Parameter();
-    /// Stores the default value for views that get data later; no view has data yet.
+    /// Stores the default value for views that get data later; no view has data yet. The default interpolation is
+    /// Linear if values blend, otherwise Constant.
     explicit Parameter(const QString& scriptName, const T& defaultValue = T(),
                        ParameterOptions options = Keyframed | Splittable, ParameterSet* parent = nullptr);
     /// A detached copy for snapshots: names, flags, keyframes and views are copied; the default value, the observers,
@@ -365,7 +366,7 @@ public:
     /// \{
     /// How the value of a view without data is computed from the views with data. Off in a new parameter.
     MVInterpolationParams viewInterpolation() const;
-    /// Emits nothing.
+    /// Sets how the value of a view without data is computed. Emits nothing.
     void setViewInterpolation(const MVInterpolationParams& params);
     /// \}
     /// \name Query keyframes

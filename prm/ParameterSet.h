@@ -39,6 +39,9 @@ class NameIndex;
 /// The set shares ownership of members added by shared pointer and does not own those added by reference. A member that
 /// is deleted is removed from all sets that list it.
 ///
+/// Operations on what is below a set, its destruction included, recurse: trees may have up to 1000 levels. Deeper ones
+/// may exhaust the stack, which ends the process.
+///
 /// \snippet parameter_panel.cpp set
 /// \threads One at a time, that of the parameters in it.
 class PRM_EXPORT ParameterSet : virtual public Bsc::MementoUndoable, public detail::Mortal {
@@ -207,6 +210,8 @@ public:
     /// \}
 
 protected:
+    template <class Member> class SetWalk;
+
     /// Whether the parameter is a member.
     bool lists(const BasicParameter& parameter) const;
     /// At any level, through subsets and compounds.
@@ -218,17 +223,12 @@ private:
     friend class BasicParameter;
     friend class detail::Invariants;
     class MementoImpl;
-    class SubsetVisit;
     struct Subset {
         ParameterSet* set = nullptr;
         boost::shared_ptr<ParameterSet> owner;
     };
 
     static quint64 nextNumber();
-
-    void writeBelow(QTextStream& stream, QString& path, bool withPrefixForSubsets);
-    void writeBehind(QTextStream& stream, QString& path, bool withPrefixForSubsets);
-    void assignGrowingPrefix(QString& path);
 
     void takeNames(const QString& scriptName, const QString& name, const QString& displayName);
     void takeScriptName(const QString& name);
@@ -237,7 +237,7 @@ private:
     void joinTree(ParameterSet& subset);
     void copyMembersFrom(const ParameterSet& other);
     void letGoOfMembers();
-    void letGoOfSubsets(boost::shared_ptr<ParameterSet>& dying);
+    bool isOrIsAbove(const ParameterSet& set, QSet<const ParameterSet*>& shared) const;
     void enlist(BasicParameter& parameter, int list);
     void delist(BasicParameter& parameter);
     void exchangeTree(ParameterTree* from, ParameterTree* to);
@@ -294,17 +294,14 @@ private:
     template <class Result, class Own> Result* find(QStringView name, const Own& own, Searched& searched) const;
 
     class Rest;
-    /// A set and the rest of the line that is for it.
-    struct Descent;
-    enum class Reading { NotMine, Refused, Taken, Below };
-    Reading readByAny(Rest& rest, const ProjectFileVersion& version, Descent& below);
+    enum class Reading { NotMine, Refused, Taken };
+    bool readRest(Rest& rest, const ProjectFileVersion& version);
+    Reading readByAny(Rest& rest, const ProjectFileVersion& version);
     class Order;
-    Reading readInOrder(const Order& order, int from, int to, Rest& rest, const ProjectFileVersion& version,
-                        Descent& below);
+    Reading readInOrder(const Order& order, int from, int to, Rest& rest, const ProjectFileVersion& version);
     std::vector<int> stepsThatMayTake(const Order& order, QStringView line) const;
-    Reading offerTo(int list, int index, Rest& rest, const ProjectFileVersion& version, Descent& below);
-    static Reading offerToSubset(const Subset& listed, QStringView line, const ProjectFileVersion& version,
-                                 Descent& below);
+    Reading offerTo(int list, int index, Rest& rest, const ProjectFileVersion& version);
+    static Reading offerToSubset(const Subset& listed, QStringView line, const ProjectFileVersion& version);
     bool readName(const QString& line);
 
     mutable std::vector<boost::shared_ptr<ParameterWithoutType>> m_parameters;
@@ -320,17 +317,12 @@ private:
     quint32 m_membership = 0;
     /// Given to no other set.
     const quint64 m_number = nextNumber();
-    /// The last one that came by here, of those that look for circles.
-    mutable quint64 m_lastWalk = 0;
     int m_lastHitList = 0;
     int m_lastHitIndex = 0;
     QString m_scriptName;
     QString m_name;
     QString m_displayName;
     ParameterTree* m_tree;
-    // Destructors go through trees without asking for memory, so the lists of what is still to be done are these.
-    ParameterSet* m_nextToMove = nullptr;
-    boost::shared_ptr<ParameterSet> m_nextDying;
 };
 
 } // namespace Prm

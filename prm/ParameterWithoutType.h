@@ -50,9 +50,10 @@ public:
     /// A flag for the host. The library does not read it.
     static bool s_processNotifications;
 
-    ParameterWithoutType(bool locked, bool hidden, ParameterSet* parent);
-    /// Emits PARAMETER_DELETED, unless a derived class already did. The master, and parameters constrained to this one,
-    /// keep their state; their references to this parameter become null.
+    explicit ParameterWithoutType(bool locked = false, bool hidden = false, ParameterSet* parent = nullptr);
+    /// Emits PARAMETER_DELETED, unless a derived class already did. Since nothing but this class is left of the object
+    /// then, it leaves its sets and links first. The master, and parameters constrained to this one, keep their state;
+    /// their references to this parameter become null.
     ~ParameterWithoutType() override;
 
     // The order of the virtual operations is part of the interface.
@@ -261,7 +262,7 @@ public:
     const QString& displayName() const { return m_displayName; }
     /// A third name, for the host. Copied with the other names.
     const QString& extraName() const { return rarities().extraName; }
-    /// Emits nothing.
+    /// Sets the third name. Emits nothing.
     void setExtraName(const QString& name);
     /// The path to this parameter: the names of the sets that contain it, joined by dots.
     const QString& namePrefix() const { return m_namePrefix; }
@@ -312,7 +313,7 @@ public:
     /// The master's name that project text gave, until it is resolved (`ParameterSet::resolveMasterParameters`) or the
     /// master is set or removed otherwise; then empty.
     const QString& pendingMasterParameterId() const { return rarities().pendingMasterParameterId; }
-    /// Stores the name only.
+    /// Sets this name; no master is searched.
     void setPendingMasterParameterId(const QString& id);
     /// \}
     /// \name Upstream parameters
@@ -391,9 +392,16 @@ protected:
     /// parent, master, lists, switches or view selector.
     ParameterWithoutType(const ParameterWithoutType& other);
 
+    // For constructors of classes that have this one as a virtual base: the most derived class constructs that base,
+    // usually with the default arguments.
+    /// Sets the flags that are true, and the set unless it is null.
+    void initialise(bool locked, bool hidden, ParameterSet* parent);
+    /// Copies what the copy constructor copies.
+    void initialise(const ParameterWithoutType& other);
+
     /// Emits PARAMETER_DELETED, once, and removes the parameter from its sets. Every concrete class of the library
-    /// calls it first in its destructor, while the object is complete; a host's class may do the same. An exception of
-    /// an observer is caught, with a warning.
+    /// calls it first in its destructor; a host's class may do the same, so that observers find the complete object. An
+    /// exception of an observer is caught, with a warning.
     void announceDeletion() noexcept;
 
     enum class NamePrefix { Copy, Keep };

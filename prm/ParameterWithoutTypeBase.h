@@ -40,7 +40,7 @@ public:
         mutable bool m_isOutdated = false;
     };
 
-    ParameterWithoutTypeBase(bool locked, bool hidden, ParameterSet* parent);
+    explicit ParameterWithoutTypeBase(bool locked = false, bool hidden = false, ParameterSet* parent = nullptr);
     /// Copies names and flags; the copy has no set, links or observers.
     ParameterWithoutTypeBase(const ParameterWithoutTypeBase& other);
     ~ParameterWithoutTypeBase() override;
@@ -130,7 +130,7 @@ public:
 
     /// A flag for the host: whether its user interface offers to animate this parameter. The library does not read it.
     bool isAnimatable() const { return m_animatable; }
-    /// Emits nothing.
+    /// Sets the flag. Emits nothing.
     void setAnimatable(bool animatable) { m_animatable = animatable; }
 
 private:

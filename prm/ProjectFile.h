@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QPointer>
@@ -122,8 +123,9 @@ private:
         QByteArray bytes;
         /// Written even if a member would take it.
         bool always = false;
-        /// Of a line that names a master: the constrained parameter, and the name.
-        QPointer<QObject> constrained;
+        /// The moved parameter in which the line waits for its target; or the parameter whose master the line names,
+        /// and that name.
+        QPointer<QObject> parameter;
         QString masterId;
     };
 
@@ -134,6 +136,7 @@ private:
     void reportLosses(const detail::ProjectLine& line, const detail::LineNotes& notes);
     void keep(const detail::ProjectLine& line, ProjectFileFinding::Reason reason, bool always);
     void keepNotTaken(const detail::ProjectLine& line);
+    void noteWaiting(const detail::ProjectLine& line, QObject* moved);
     void resolveMasters();
     static bool isWaiting(const KeptLine& line);
     void finish();
@@ -150,6 +153,8 @@ private:
     QList<QByteArray> m_keptLines;
     /// Lines that name a master; each is kept, in order, if that master is not found.
     QVector<KeptLine> m_masterLines;
+    /// While loading: the lines that wait in moved parameters, by parameter.
+    QHash<QObject*, KeptLine> m_waitingLines;
     QVector<KeptLine> m_kept;
     /// While loading: the members by path, created for the first line that is not taken.
     std::unique_ptr<detail::MemberPaths> m_members;

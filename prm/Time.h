@@ -64,6 +64,11 @@ private:
 inline constexpr Time Time::FIRST = Time::fromDouble(2147483645.0);
 inline constexpr Time Time::LAST = Time::fromDouble(2147483646.0);
 
+/// The time that a keyframe at `time` has after it was saved and loaded: project text has six significant digits, and
+/// its times are read in single precision. A time that is returned as it is survives; keyframes for whose times this is
+/// the same become one.
+PRM_EXPORT Time writtenTime(Time time);
+
 /// A whole frame number.
 ///
 /// \snippet times_and_views.cpp time

@@ -14,27 +14,31 @@ public:
     Arguments(const QString& command, const QString& purpose, const QStringList& words);
 
     // --- declare -----------------------------------------------------------------------------------------------------
+    /// The next argument without a name. `syntax` says how often it comes, if not once: "[NAME...]", "NAME...".
     Arguments& positional(const QString& name, const QString& purpose, const QString& syntax = {});
     Arguments& option(const QStringList& names, const QString& purpose, const QString& value = {});
+    Arguments& option(const char* name, const QString& purpose, const QString& value = {}) {
+        return option(QStringList(name), purpose, value);
+    }
     /// --json and --csv.
     Arguments& tableOptions();
     /// Shown at the end of the help: the text of a command line that works.
     Arguments& example(const QString& line);
 
     // --- read --------------------------------------------------------------------------------------------------------
-    /// False when the user asked for help, which is then printed. Throws `WrongUse` for unknown options, and when there
-    /// are fewer positional arguments than `least` or more than `most` (-1: any number).
-    bool read(int least, int most);
+    /// False when the user asked for help, which is then printed. Throws `WrongUse` for unknown options, and for more
+    /// or fewer positional arguments than were declared.
+    bool read();
 
     // --- ask ---------------------------------------------------------------------------------------------------------
-    /// The command and all words behind it, as they were given.
-    const QStringList& words() const { return m_words; }
     QStringList rest() const { return m_parser.positionalArguments(); }
     QString file() const { return rest().value(0); }
     QStringList patterns() const { return rest().mid(1); }
     bool has(const QString& option) const { return m_parser.isSet(option); }
     QString value(const QString& option) const { return m_parser.value(option); }
     QStringList values(const QString& option) const { return m_parser.values(option); }
+    /// Which of two options is given. Throws `WrongUse` when it is neither or both.
+    bool hasFirstOf(const char* one, const char* other) const;
     TableForm tableForm() const;
 
 private:
@@ -43,6 +47,8 @@ private:
     QCommandLineParser m_parser;
     QSet<QString> m_takingValues;
     QStringList m_positionals;
+    int m_needed = 0;
+    bool m_isOpen = false;
     QString m_command;
     QStringList m_words;
     QStringList m_examples;

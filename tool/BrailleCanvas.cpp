@@ -43,7 +43,7 @@ QChar BrailleCanvas::character(int column, int row) const {
     const Cell& cell = this->cell(column, row);
     if (!cell.sign.isNull())
         return cell.sign;
-    return cell.dots == 0 ? QLatin1Char(' ') : QChar(static_cast<ushort>(emptyBraille + cell.dots));
+    return cell.dots == 0 ? ' ' : QChar(static_cast<ushort>(emptyBraille + cell.dots));
 }
 
 int BrailleCanvas::colour(int column, int row) const {

@@ -6,7 +6,7 @@ namespace Tool {
 
 class Arguments;
 
-/// One command of the program. It declares its arguments, reads them and answers the exit code; it throws `Problem`
+/// One command of the program. It declares its arguments, reads them and returns the exit code; it throws `Problem`
 /// for what it cannot use.
 struct Command {
     const char* name;
@@ -14,7 +14,7 @@ struct Command {
     int (*run)(Arguments& arguments);
 };
 
-/// All commands, in the order of the help. Each stands in tool/commands/, in a file of its name.
+/// All commands, in the order of the help. Each is in tool/commands/, in the file of its name.
 const std::vector<Command>& commands();
 
 int importAnimation(Arguments& arguments);

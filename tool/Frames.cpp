@@ -1,91 +1,83 @@
 #include "tool/Frames.h"
 
-#include "tool/Problem.h"
+#include "tool/Budget.h"
 #include "tool/Streams.h"
 
-#include <QStringList>
-
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <cmath>
 
 namespace Tool {
 
 namespace {
 
-constexpr int most = 1000000;
+const QString dots = "..";
 
 double readNumber(const QString& text) {
     bool isNumber = false;
     const double number = text.trimmed().toDouble(&isNumber);
     if (!isNumber || !std::isfinite(number) || !Prm::Time::fromDouble(number).isValid())
-        throw WrongUse(QStringLiteral("'%1' is not a frame").arg(text));
+        throw WrongUse("'%1' is not a frame", text);
     return number;
-}
-
-void checkCount(double count) {
-    if (count > most)
-        throw WrongUse(QStringLiteral("more than %1 frames").arg(most));
 }
 
 /// Every time is counted from the first, so that steps such as 0.1 do not add up their errors. The small part lets a
 /// range end on its last frame where the division falls just short of it.
-void addRange(QVector<Prm::Time>& times, double first, double last, double step) {
+void addRange(QVector<Prm::Time>& times, double first, double last, double step, Budget& budget) {
     if (step == 0 || (last - first) / step < 0)
-        throw WrongUse(QStringLiteral("step %1 does not lead from %2 to %3").arg(step).arg(first).arg(last));
+        throw WrongUse("step %1 does not lead from %2 to %3", step, first, last);
     const double steps = std::floor((last - first) / step * (1 + 1e-12) + 1e-9);
-    checkCount(times.size() + steps + 1);
+    budget.spend<WrongUse>(static_cast<qint64>(std::min<double>(steps, Most::frames)) + 1);
     for (int i = 0; i <= static_cast<int>(steps); ++i)
         times.append(Prm::Time::fromDouble(first + i * step));
 }
 
-void addFrames(QVector<Prm::Time>& times, const QString& text) {
-    const QLatin1String dots("..");
+void addFrames(QVector<Prm::Time>& times, const QString& text, Budget& budget) {
     const int range = text.indexOf(dots);
     if (range < 0) {
+        budget.spend<WrongUse>(1);
         times.append(Prm::Time::fromDouble(readNumber(text)));
-        checkCount(times.size());
         return;
     }
     const QString end = text.mid(range + dots.size());
-    const int cross = end.indexOf(QLatin1Char('x'));
+    const int cross = end.indexOf('x');
     const double step = cross < 0 ? 1 : readNumber(end.mid(cross + 1));
-    addRange(times, readNumber(text.left(range)), readNumber(end.left(cross)), step);
+    addRange(times, readNumber(text.left(range)), readNumber(end.left(cross)), step, budget);
 }
 
 } // namespace
 
 QVector<Prm::Time> readFrames(const QString& text) {
     QVector<Prm::Time> times;
-    for (const QString& part : text.split(QLatin1Char(',')))
-        addFrames(times, part);
+    Budget budget(Most::frames, "more than %1 frames");
+    for (const QString& part : text.split(','))
+        addFrames(times, part, budget);
     return times;
 }
 
 QVector<Prm::Time> readTimesFile(const QString& file) {
-    const QStringList parts = QString::fromUtf8(readInput(file))
-                                  .simplified()
-                                  .replace(QLatin1Char(' '), QLatin1Char(','))
-                                  .split(QLatin1Char(','), Qt::SkipEmptyParts);
+    const QString text = QString::fromUtf8(readInput(file)).simplified().replace(' ', ',');
+    const QStringList parts = text.split(',', Qt::SkipEmptyParts);
     if (parts.isEmpty())
-        throw Problem(QStringLiteral("%1: has no frames").arg(file));
+        throw Problem("%1: has no frames", file);
     try {
-        return readFrames(parts.join(QLatin1Char(',')));
+        return readFrames(parts.join(','));
     } catch (const WrongUse& problem) {
-        throw Problem(QStringLiteral("%1: ").arg(file) + QString::fromUtf8(problem.what()));
+        throw Problem("%1: %2", file, problem.text());
     }
 }
 
 std::pair<Prm::Time, Prm::Time> readRange(const QString& text) {
     constexpr double narrowest = 1e-9;
-    const QLatin1String dots("..");
     const int range = text.indexOf(dots);
     if (range < 0)
-        throw WrongUse(QStringLiteral("'%1' is not a range A..B").arg(text));
+        throw WrongUse("'%1' is not a range A..B", text);
     const double first = readNumber(text.left(range));
     const double last = readNumber(text.mid(range + dots.size()));
     const double length = last - first;
     if (!std::isfinite(length) || !(length > narrowest * std::max(std::abs(first), std::abs(last))))
-        throw WrongUse(QStringLiteral("nothing lies between the frames of '%1'").arg(text));
+        throw WrongUse("nothing lies between the frames of '%1'", text);
     return {Prm::Time::fromDouble(first), Prm::Time::fromDouble(last)};
 }
 
@@ -93,8 +85,42 @@ Prm::View readView(const QString& text) {
     bool isNumber = false;
     const Prm::View view(text.toUInt(&isNumber));
     if (!isNumber || !view.isValid())
-        throw WrongUse(QStringLiteral("'%1' is not a view").arg(text));
+        throw WrongUse("'%1' is not a view", text);
     return view;
+}
+
+bool isFrame(Prm::Time time) {
+    return time.isValid() && time.toDouble() >= -Prm::Time::LARGEST_VALID_VALUE;
+}
+
+double writtenFrame(Prm::Time time) {
+    std::array<char, 32> text{};
+    const auto frame = static_cast<float>(Prm::writtenTime(time).toDouble());
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), frame).ptr;
+    return QByteArray(text.data(), static_cast<int>(end - text.data())).toDouble();
+}
+
+double numberOption(const Arguments& arguments, const QString& option, double otherwise) {
+    if (!arguments.has(option))
+        return otherwise;
+    bool isNumber = false;
+    const double number = arguments.value(option).toDouble(&isNumber);
+    if (!isNumber || !std::isfinite(number))
+        throw WrongUse("--%1 needs a number", option);
+    return number;
+}
+
+Prm::Time timeOption(const Arguments& arguments, const QString& option, Prm::Time otherwise) {
+    if (!arguments.has(option))
+        return otherwise;
+    const Prm::Time time = Prm::Time::fromDouble(numberOption(arguments, option));
+    if (!isFrame(time))
+        throw WrongUse("'%1' is not a frame", arguments.value(option));
+    return time;
+}
+
+Prm::View viewOption(const Arguments& arguments, Prm::View otherwise) {
+    return arguments.has("view") ? readView(arguments.value("view")) : otherwise;
 }
 
 } // namespace Tool

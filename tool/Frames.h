@@ -2,8 +2,8 @@
 
 #include "prm/Time.h"
 #include "prm/View.h"
+#include "tool/Arguments.h"
 
-#include <QString>
 #include <QVector>
 
 #include <utility>
@@ -22,5 +22,17 @@ std::pair<Prm::Time, Prm::Time> readRange(const QString& text);
 
 /// The number of a view. Throws `WrongUse`.
 Prm::View readView(const QString& text);
+
+/// Whether a keyframe can be there.
+bool isFrame(Prm::Time time);
+
+/// The number that a file has for a time, in its shortest form: 0.1, although single precision has only what is near.
+double writtenFrame(Prm::Time time);
+
+// What an option says, otherwise the last argument. They throw `WrongUse`.
+
+double numberOption(const Arguments& arguments, const QString& option, double otherwise = 0);
+Prm::Time timeOption(const Arguments& arguments, const QString& option, Prm::Time otherwise = Prm::Time());
+Prm::View viewOption(const Arguments& arguments, Prm::View otherwise = Prm::View());
 
 } // namespace Tool

@@ -1,68 +1,63 @@
 #include "tool/KeyframeDiff.h"
 
+#include "tool/FileParameter.h"
+
 #include <QHash>
 #include <QQueue>
+
+#include <algorithm>
 
 namespace Tool {
 
 namespace {
 
-using Keys = std::vector<ParameterState::Keyframe>;
-
-const ParameterState::Keyframe& at(const Keys& keys, int index) {
-    return keys[static_cast<std::size_t>(index)];
-}
-
-bool looksLike(const ParameterState::Keyframe& a, const ParameterState::Keyframe& b) {
-    return a.value == b.value && a.curve == b.curve;
-}
-
-QString look(const ParameterState::Keyframe& key) {
-    return key.curve + QLatin1Char('\n') + key.value;
-}
+using Keys = std::vector<FileKeyframe>;
 
 class Comparison {
 public:
     Comparison(const Keys& from, const Keys& to) : m_from(from), m_to(to) {}
 
     KeyframeDiff holdingTimes() const {
-        KeyframeDiff diff = paired([](bool) { return true; });
+        KeyframeDiff diff = paired(true);
         moveAlike(diff);
         return diff;
     }
 
     KeyframeDiff holdingValues() const {
-        KeyframeDiff diff = paired([](bool isAlike) { return isAlike; });
+        KeyframeDiff diff = paired(false);
         moveAlike(diff);
         changeAtSameTimes(diff);
         return diff;
     }
 
 private:
-    /// Pairs keyframes at equal times where `mayPair`, given whether they look alike, lets it.
-    template <class MayPair> KeyframeDiff paired(const MayPair& mayPair) const {
+    const FileKeyframe& from(int index) const { return m_from[static_cast<std::size_t>(index)]; }
+    const FileKeyframe& to(int index) const { return m_to[static_cast<std::size_t>(index)]; }
+
+    static bool haveSameCurve(const FileKeyframe& a, const FileKeyframe& b) {
+        return a.interpolationData == b.interpolationData ||
+               curveText(a.interpolationData) == curveText(b.interpolationData);
+    }
+
+    static QString look(const FileKeyframe& key) { return curveText(key.interpolationData) + '\n' + key.value.text; }
+
+    /// Pairs keyframes at equal times: all of them, or those that look alike.
+    KeyframeDiff paired(bool pairsAll) const {
         KeyframeDiff diff;
-        const auto pair = [&](int a, int b) {
-            const bool isAlike = looksLike(at(m_from, a), at(m_to, b));
-            if (mayPair(isAlike)) {
-                if (!isAlike)
-                    diff.changed.emplace_back(a, b);
-            } else {
-                diff.removed.push_back(a);
-                diff.added.push_back(b);
-            }
-        };
-        int a = 0;
-        int b = 0;
         const int countA = static_cast<int>(m_from.size());
         const int countB = static_cast<int>(m_to.size());
-        while (a < countA || b < countB) {
-            if (b == countB || (a < countA && at(m_from, a).time < at(m_to, b).time))
-                diff.removed.push_back(a++);
-            else if (a == countA || at(m_to, b).time < at(m_from, a).time)
-                diff.added.push_back(b++);
-            else
-                pair(a++, b++);
+        for (int a = 0, b = 0; a < countA || b < countB;) {
+            const bool isA = b == countB || (a < countA && from(a).time <= to(b).time);
+            const bool isB = a == countA || (b < countB && to(b).time <= from(a).time);
+            const bool isAlike = isA && isB && from(a).value == to(b).value && haveSameCurve(from(a), to(b));
+            if (isA && isB && !isAlike && pairsAll)
+                diff.changed.emplace_back(a, b);
+            if (isA && !isAlike && !(isB && pairsAll))
+                diff.removed.push_back(a);
+            if (isB && !isAlike && !(isA && pairsAll))
+                diff.added.push_back(b);
+            a += isA ? 1 : 0;
+            b += isB ? 1 : 0;
         }
         return diff;
     }
@@ -71,23 +66,19 @@ private:
     void moveAlike(KeyframeDiff& diff) const {
         QHash<QString, QQueue<int>> gone;
         for (const int a : diff.removed)
-            gone[look(at(m_from, a))].enqueue(a);
-        std::vector<bool> isMoved(m_from.size());
+            gone[look(from(a))].enqueue(a);
         std::vector<int> added;
         for (const int b : diff.added) {
-            const auto alike = gone.find(look(at(m_to, b)));
-            if (alike == gone.end() || alike->isEmpty()) {
+            const auto alike = gone.find(look(to(b)));
+            if (alike == gone.end() || alike->isEmpty())
                 added.push_back(b);
-                continue;
-            }
-            diff.moved.emplace_back(alike->dequeue(), b);
-            isMoved[static_cast<std::size_t>(diff.moved.back().first)] = true;
+            else
+                diff.moved.emplace_back(alike->dequeue(), b);
         }
         std::vector<int> removed;
-        for (const int a : diff.removed) {
-            if (!isMoved[static_cast<std::size_t>(a)])
-                removed.push_back(a);
-        }
+        for (const QQueue<int>& rest : qAsConst(gone))
+            removed.insert(removed.end(), rest.begin(), rest.end());
+        std::sort(removed.begin(), removed.end());
         diff.added.swap(added);
         diff.removed.swap(removed);
     }
@@ -95,19 +86,18 @@ private:
     void changeAtSameTimes(KeyframeDiff& diff) const {
         std::vector<int> removed;
         std::vector<int> added;
-        std::size_t next = 0;
-        const auto addUpTo = [&](double time) {
-            for (; next < diff.added.size() && at(m_to, diff.added[next]).time < time; ++next)
-                added.push_back(diff.added[next]);
-        };
-        for (const int a : diff.removed) {
-            addUpTo(at(m_from, a).time);
-            if (next < diff.added.size() && at(m_to, diff.added[next]).time == at(m_from, a).time)
-                diff.changed.emplace_back(a, diff.added[next++]);
+        auto a = diff.removed.begin();
+        auto b = diff.added.begin();
+        while (a != diff.removed.end() && b != diff.added.end()) {
+            if (from(*a).time == to(*b).time)
+                diff.changed.emplace_back(*a++, *b++);
+            else if (from(*a).time < to(*b).time)
+                removed.push_back(*a++);
             else
-                removed.push_back(a);
+                added.push_back(*b++);
         }
-        added.insert(added.end(), diff.added.begin() + static_cast<std::ptrdiff_t>(next), diff.added.end());
+        removed.insert(removed.end(), a, diff.removed.end());
+        added.insert(added.end(), b, diff.added.end());
         diff.added.swap(added);
         diff.removed.swap(removed);
     }
@@ -120,8 +110,8 @@ private:
 
 KeyframeDiff compareKeyframes(const Keys& from, const Keys& to) {
     const Comparison comparison(from, to);
-    const KeyframeDiff byTime = comparison.holdingTimes();
-    const KeyframeDiff byValue = comparison.holdingValues();
+    KeyframeDiff byTime = comparison.holdingTimes();
+    KeyframeDiff byValue = comparison.holdingValues();
     return byValue.size() < byTime.size() ? byValue : byTime;
 }
 

@@ -1,14 +1,14 @@
 #pragma once
 
-#include "tool/ParameterState.h"
+#include "tool/FileValue.h"
 
 #include <utility>
 #include <vector>
 
 namespace Tool {
 
-/// What became of the keyframes of a view, as pairs of their places before and after; -1 where there is none. Keyframes
-/// that did not change are left out.
+/// What became of the keyframes of a view, as pairs of their places before and after. Keyframes that did not change are
+/// left out.
 struct KeyframeDiff {
     /// Gone at one time and new at another, with the same value and curve.
     std::vector<std::pair<int, int>> moved;
@@ -21,8 +21,8 @@ struct KeyframeDiff {
 };
 
 /// The shorter of two readings: one that holds on to the times of keyframes, and one that holds on to their values, so
-/// that a curve moved as a whole has only moved. Both lists are in ascending order of time.
-KeyframeDiff compareKeyframes(const std::vector<ParameterState::Keyframe>& from,
-                              const std::vector<ParameterState::Keyframe>& to);
+/// that a curve moved as a whole has only moved. Both lists are in ascending order of time; values are compared as
+/// texts.
+KeyframeDiff compareKeyframes(const std::vector<FileKeyframe>& from, const std::vector<FileKeyframe>& to);
 
 } // namespace Tool

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cmath>
 
 namespace Tool {
 
@@ -48,7 +49,7 @@ std::size_t lastDotBefore(std::string_view line, std::size_t end) {
     return end == 0 ? std::string_view::npos : line.rfind('.', end - 1);
 }
 
-/// Where the key begins: behind the last dot before "=" or "Key(". The declaration of a keyframe has a dot of its own.
+/// Where the key begins: after the last dot before "=" or "Key(". The declaration of a keyframe has a dot of its own.
 std::size_t keyStart(std::string_view line) {
     const std::size_t call = line.find(declaration);
     const std::size_t end = std::min({line.find('='), call, line.size()});
@@ -104,6 +105,11 @@ std::string_view keyframeTimeText(std::string_view line) {
         return {};
     const std::string_view rest = line.substr(start + declaration.size());
     return rest.substr(0, std::min(rest.find(','), rest.size()));
+}
+
+float keyframeTime(std::string_view line) {
+    const float time = toText(keyframeTimeText(line)).toFloat();
+    return std::isnan(time) ? 0.0F : time;
 }
 
 QString toText(std::string_view bytes) {

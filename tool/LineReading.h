@@ -3,13 +3,12 @@
 #include "prm/View.h"
 
 #include <QByteArray>
-#include <QString>
 
 #include <string_view>
 
 namespace Tool {
 
-/// What a line of project text says of its parameter or group; `None` is a line that nobody would take.
+/// What a line of project text says of its parameter or group; `None` is a line that belongs to nothing.
 enum class Key : quint8 {
     None,
     Header,
@@ -29,19 +28,21 @@ struct LineReading {
     Key key = Key::None;
     /// The dotted path of the parameter, or of the group for `Key::Name`.
     std::string_view path;
-    /// What the parameter's own reader is given: everything behind the path, from the view's prefix on.
+    /// The text for the parameter's own reader: everything after the path, from the view's prefix on.
     std::string_view entry;
     /// The view that the line names, invalid when it names none.
     Prm::View view = Prm::View::INVALID();
 };
 
-/// Takes a line without its end apart. A dot behind "=" or "Key(" never counts.
+/// Splits a line without its end. A dot after "=" or "Key(" does not count.
 LineReading readLine(std::string_view line);
 
 /// What stands behind the first "=".
 std::string_view textBehindEquals(std::string_view line);
 /// The text of the time in a keyframe's declaration, empty where there is none.
 std::string_view keyframeTimeText(std::string_view line);
+/// That time as the library reads it, but 0 where it is no number.
+float keyframeTime(std::string_view line);
 QString toText(std::string_view bytes);
 /// The bytes where they are.
 std::string_view toView(const QByteArray& bytes);

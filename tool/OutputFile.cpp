@@ -1,6 +1,5 @@
 #include "tool/OutputFile.h"
 
-#include "tool/Problem.h"
 #include "tool/Streams.h"
 
 #include <QFile>
@@ -26,14 +25,14 @@ HeldSignals::~HeldSignals() {
 
 OutputFile::OutputFile(const QString& name) : m_name(name), m_file(name) {
     if (name.isEmpty())
-        throw Problem(QStringLiteral("the file name is empty"));
+        throw Problem("the file name is empty");
 }
 
 void OutputFile::write(const QByteArray& bytes) {
     m_bytes = bytes;
     if (!isReplaced())
         return;
-    // The file that is to take the other's place would stay behind.
+    // Otherwise the file that is to replace the other one would be left.
     m_held.emplace();
     if (!m_file.open(QIODevice::WriteOnly))
         fail(m_file);
@@ -59,7 +58,7 @@ void OutputFile::commit() {
     if (m_file.isOpen() && !m_file.commit())
         fail(m_file);
     m_held.reset();
-    if (m_name == QLatin1String("-"))
+    if (m_name == "-")
         print(m_bytes);
     else if (!isReplaced())
         writeDirectly();
@@ -67,7 +66,7 @@ void OutputFile::commit() {
 
 bool OutputFile::isReplaced() const {
     const QFileInfo info(m_name);
-    return m_name != QLatin1String("-") && (!info.exists() || info.isFile() || info.isDir());
+    return m_name != "-" && (!info.exists() || info.isFile() || info.isDir());
 }
 
 void OutputFile::writeDirectly() {
@@ -77,7 +76,7 @@ void OutputFile::writeDirectly() {
 }
 
 void OutputFile::fail(const QIODevice& device) const {
-    throw Problem(QStringLiteral("%1: cannot be written: %2").arg(m_name, device.errorString()));
+    throw Problem("%1: cannot be written: %2", m_name, device.errorString());
 }
 
 } // namespace Tool

@@ -45,8 +45,8 @@ struct PlotRequest {
     int samples = 1000;
 };
 
-/// Samples the curves. Parameters without numbers are told of, and left out; throws `Problem` when no curve is left, or
-/// too many.
+/// Samples the curves. Parameters without numbers are left out, with a message; throws `Problem` when no curve is left,
+/// or too many.
 Plot plotOf(Project& project, const PlotRequest& request);
 
 /// Whether a value can be drawn.

@@ -1,5 +1,7 @@
 #include "tool/PlotPicture.h"
 
+#include "tool/Problem.h"
+
 #include <QRectF>
 #include <QSet>
 #include <QXmlStreamWriter>
@@ -23,15 +25,15 @@ constexpr int pixelsPerValueTick = 50;
 
 QString text(double number) {
     QString text = QString::number(number, 'f', 2);
-    while (text.endsWith(QLatin1Char('0')))
+    while (text.endsWith('0'))
         text.chop(1);
-    if (text.endsWith(QLatin1Char('.')))
+    if (text.endsWith('.'))
         text.chop(1);
     return text;
 }
 
 QString colour(std::size_t curve) {
-    return QLatin1String(colours[curve % colours.size()]);
+    return colours[curve % colours.size()];
 }
 
 /// Of the points that fall on one pixel's width, only as many as show: the outer ones, in their order.
@@ -80,9 +82,9 @@ private:
     using Attributes = std::initializer_list<std::pair<const char*, QString>>;
 
     void start(const char* name, const Attributes& attributes) {
-        m_writer.writeStartElement(QLatin1String(name));
+        m_writer.writeStartElement(name);
         for (const auto& [key, value] : attributes)
-            m_writer.writeAttribute(QLatin1String(key), value);
+            m_writer.writeAttribute(key, value);
     }
 
     void element(const char* name, const Attributes& attributes) {
@@ -93,17 +95,16 @@ private:
     void line(QPointF from, QPointF to, const Attributes& attributes = {}) {
         start("line", {{"x1", text(from.x())}, {"y1", text(from.y())}, {"x2", text(to.x())}, {"y2", text(to.y())}});
         for (const auto& [key, value] : attributes)
-            m_writer.writeAttribute(QLatin1String(key), value);
+            m_writer.writeAttribute(key, value);
         m_writer.writeEndElement();
     }
 
     void dot(QPointF place, const char* radius, const QString& fill) {
-        element("circle",
-                {{"cx", text(place.x())}, {"cy", text(place.y())}, {"r", QLatin1String(radius)}, {"fill", fill}});
+        element("circle", {{"cx", text(place.x())}, {"cy", text(place.y())}, {"r", radius}, {"fill", fill}});
     }
 
     void write(QPointF place, const char* anchor, const QString& words) {
-        start("text", {{"x", text(place.x())}, {"y", text(place.y())}, {"text-anchor", QLatin1String(anchor)}});
+        start("text", {{"x", text(place.x())}, {"y", text(place.y())}, {"text-anchor", anchor}});
         m_writer.writeCharacters(words);
         m_writer.writeEndElement();
     }
@@ -116,17 +117,17 @@ private:
     void startPicture() {
         const QString width = text(m_size.width());
         const QString height = text(m_size.height());
-        start("svg", {{"xmlns", QStringLiteral("http://www.w3.org/2000/svg")},
+        start("svg", {{"xmlns", "http://www.w3.org/2000/svg"},
                       {"width", width},
                       {"height", height},
-                      {"viewBox", QStringLiteral("0 0 %1 %2").arg(width, height)},
-                      {"font-family", QStringLiteral("sans-serif")},
-                      {"font-size", QStringLiteral("12")}});
-        element("rect", {{"width", width}, {"height", height}, {"fill", QStringLiteral("#ffffff")}});
+                      {"viewBox", message("0 0 %1 %2", width, height)},
+                      {"font-family", "sans-serif"},
+                      {"font-size", "12"}});
+        element("rect", {{"width", width}, {"height", height}, {"fill", "#ffffff"}});
     }
 
     void drawAxes() {
-        start("g", {{"stroke", QStringLiteral("#dddddd")}});
+        start("g", {{"stroke", "#dddddd"}});
         const auto frameTicks =
             ticks(m_plot.frames, std::max(2, static_cast<int>(m_area.width()) / pixelsPerFrameTick));
         const auto x = [this](const PlotTick& tick) { return place({tick.number, 0}).x(); };
@@ -136,24 +137,21 @@ private:
         for (const PlotTick& tick : m_valueTicks)
             line({m_area.left(), y(tick)}, {m_area.right(), y(tick)});
         m_writer.writeEndElement();
-        start("g", {{"stroke", QStringLiteral("#333333")}});
+        start("g", {{"stroke", "#333333"}});
         line(m_area.bottomLeft(), m_area.bottomRight());
         line(m_area.topLeft(), m_area.bottomLeft());
         m_writer.writeEndElement();
-        start("g", {{"fill", QStringLiteral("#333333")}});
+        start("g", {{"fill", "#333333"}});
         for (const PlotTick& tick : frameTicks)
             write({x(tick), m_area.bottom() + 16}, "middle", tick.label);
         for (const PlotTick& tick : m_valueTicks)
             write({m_area.left() - 6, y(tick) + 4}, "end", tick.label);
-        write({m_area.right(), m_area.bottom() + 32}, "end", QStringLiteral("frames"));
+        write({m_area.right(), m_area.bottom() + 32}, "end", "frames");
         m_writer.writeEndElement();
     }
 
     void drawCurve(const PlotCurve& curve, std::size_t index) {
-        start("g", {{"fill", QStringLiteral("none")},
-                    {"stroke", colour(index)},
-                    {"stroke-width", QStringLiteral("2")},
-                    {"stroke-linejoin", QStringLiteral("round")}});
+        start("g", {{"fill", "none"}, {"stroke", colour(index)}, {"stroke-width", "2"}, {"stroke-linejoin", "round"}});
         QVector<QPointF> run;
         for (const QPointF& point : curve.points) {
             if (isDrawable(point.y()))
@@ -170,32 +168,30 @@ private:
     void drawRun(QVector<QPointF>& run) {
         QStringList words;
         for (const QPointF& point : thinned(run))
-            words.append(text(point.x()) + QLatin1Char(',') + text(point.y()));
+            words.append(text(point.x()) + ',' + text(point.y()));
         if (!words.isEmpty())
-            element("polyline", {{"points", words.join(QLatin1Char(' '))}});
+            element("polyline", {{"points", words.join(' ')}});
         run.clear();
     }
 
     void drawHandles(const PlotCurve& curve, std::size_t index) {
         if (curve.handles.isEmpty())
             return;
-        start("g", {{"class", QStringLiteral("handles")},
-                    {"stroke", colour(index)},
-                    {"stroke-width", QStringLiteral("0.75")},
-                    {"stroke-opacity", QStringLiteral("0.7")}});
+        start("g",
+              {{"class", "handles"}, {"stroke", colour(index)}, {"stroke-width", "0.75"}, {"stroke-opacity", "0.7"}});
         QSet<QPair<int, int>> drawn;
         for (const PlotCurve::Handle& handle : curve.handles) {
             if (!isNew(drawn, place(handle.end)))
                 continue;
             line(place(handle.keyframe), place(handle.end));
             if (handle.endIsShown)
-                dot(place(handle.end), "2.5", QStringLiteral("#ffffff"));
+                dot(place(handle.end), "2.5", "#ffffff");
         }
         m_writer.writeEndElement();
     }
 
     void drawKeyframes(const PlotCurve& curve, std::size_t index) {
-        start("g", {{"class", QStringLiteral("keyframes")}});
+        start("g", {{"class", "keyframes"}});
         QSet<QPair<int, int>> drawn;
         for (const QPointF& keyframe : curve.keyframes) {
             if (isDrawable(keyframe.y()) && isNew(drawn, place(keyframe)))
@@ -204,7 +200,7 @@ private:
         m_writer.writeEndElement();
     }
 
-    /// False for what would hide behind another one.
+    /// False for what would be hidden by another one.
     static bool isNew(QSet<QPair<int, int>>& drawn, QPointF place) {
         const QPair<int, int> pixel(qRound(place.x()), qRound(place.y()));
         const bool isNew = !drawn.contains(pixel);
@@ -217,7 +213,7 @@ private:
         for (std::size_t i = 0; i < m_plot.curves.size(); ++i) {
             const double y = bottom + legendRow * static_cast<double>(i);
             const double x = m_area.left();
-            line({x, y}, {x + 24, y}, {{"stroke", colour(i)}, {"stroke-width", QStringLiteral("2")}});
+            line({x, y}, {x + 24, y}, {{"stroke", colour(i)}, {"stroke-width", "2"}});
             dot({x + 12, y}, "4", colour(i));
             write({x + 32, y + 4}, "start", m_plot.curves[i].name);
         }

@@ -21,7 +21,7 @@ QString label(double number, double step) {
     constexpr double plainFrom = 1e-5;
     constexpr double plainTo = 1e7;
     if (number == 0)
-        return QStringLiteral("0");
+        return "0";
     const int digits = static_cast<int>(std::ceil(std::log10(std::abs(number) / step) - 1e-9)) + 1;
     const bool isPlain = step >= plainFrom && std::abs(number) < plainTo;
     const int decimals = std::max(0, -static_cast<int>(std::floor(std::log10(step) + 1e-9)));
@@ -58,7 +58,7 @@ QVector<PlotTick> ticks(const PlotRange& range, int most) {
     // Room for one more, as a range may begin and end on a tick.
     double step = roundStep(range.length() / std::max(most - 1, 1));
     QVector<PlotTick> found = ticksAt(range, step);
-    // One alone does not tell the scale.
+    // One alone does not show the scale.
     while (found.size() < 2) {
         step = roundStep(finer * step);
         found = ticksAt(range, step);

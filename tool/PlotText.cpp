@@ -1,6 +1,7 @@
 #include "tool/PlotText.h"
 
 #include "tool/BrailleCanvas.h"
+#include "tool/Problem.h"
 
 #include <algorithm>
 #include <array>
@@ -14,7 +15,7 @@ constexpr int rowsPerTick = 4;
 constexpr int columnsPerTick = 12;
 constexpr int leastColumns = 10;
 
-/// Told apart by signs where there are no colours.
+/// Distinguished by signs without colours.
 constexpr std::array<ushort, 6> signs{0x25CF, 0x25C6, 0x25A0, 0x25B2, 0x25C7, 0x25A1};
 constexpr ushort handleEnd = 0x25E6;
 /// As terminals number them: cyan, yellow, magenta, green, red, blue.
@@ -26,7 +27,7 @@ public:
         : m_plot(plot), m_size(size), m_valueTicks(ticks(plot.values, std::max(2, size.rows / rowsPerTick))),
           m_labelWidth(widest(m_valueTicks)), m_columns(std::max(leastColumns, size.columns - m_labelWidth - 3)),
           m_canvas(m_columns, size.rows) {
-        // Keyframes stand above all lines.
+        // Keyframes are drawn over all lines.
         for (std::size_t i = 0; i < plot.curves.size(); ++i)
             drawLines(plot.curves[i], static_cast<int>(i));
         for (std::size_t i = 0; i < plot.curves.size(); ++i)
@@ -36,11 +37,11 @@ public:
     QString text() const {
         QString text;
         for (int row = 0; row < m_size.rows; ++row)
-            text += valueLabel(row) + canvasRow(row) + QLatin1Char('\n');
+            text += valueLabel(row) + canvasRow(row) + '\n';
         text += frameAxis();
         for (int i = 0; i < static_cast<int>(m_plot.curves.size()); ++i) {
-            text += QString(m_labelWidth + 2, QLatin1Char(' ')) + coloured(sign(i), i) + QLatin1Char(' ') +
-                    m_plot.curves[static_cast<std::size_t>(i)].name + QLatin1Char('\n');
+            text += QString(m_labelWidth + 2, ' ') + coloured(sign(i), i) + ' ' +
+                    m_plot.curves[static_cast<std::size_t>(i)].name + '\n';
         }
         return text;
     }
@@ -89,14 +90,13 @@ private:
             return qRound(down(each.number)) / BrailleCanvas::dotsDown == row;
         });
         const bool isTick = tick != m_valueTicks.end();
-        return (isTick ? tick->label : QString()).rightJustified(m_labelWidth) + QLatin1Char(' ') +
-               QChar(isTick ? 0x2524 : 0x2502);
+        return (isTick ? tick->label : QString()).rightJustified(m_labelWidth) + ' ' + QChar(isTick ? 0x2524 : 0x2502);
     }
 
     QString canvasRow(int row) const {
         QString text;
         int last = m_columns;
-        while (last > 0 && m_canvas.character(last - 1, row) == QLatin1Char(' '))
+        while (last > 0 && m_canvas.character(last - 1, row) == ' ')
             --last;
         for (int column = 0; column < last; ++column)
             text += coloured(m_canvas.character(column, row), m_canvas.colour(column, row));
@@ -106,14 +106,12 @@ private:
     QString coloured(QChar character, int curve) const {
         if (!m_size.hasColours || curve == BrailleCanvas::none)
             return character;
-        return QStringLiteral("\x1b[%1m%2\x1b[0m")
-            .arg(colours[static_cast<std::size_t>(curve) % colours.size()])
-            .arg(character);
+        return message("\x1b[%1m%2\x1b[0m", colours[static_cast<std::size_t>(curve) % colours.size()], character);
     }
 
     QString frameAxis() const {
         QString axis(m_columns, QChar(0x2500));
-        QString labels(m_labelWidth + 2 + m_columns, QLatin1Char(' '));
+        QString labels(m_labelWidth + 2 + m_columns, ' ');
         int free = 0;
         for (const PlotTick& tick : ticks(m_plot.frames, std::max(2, m_columns / columnsPerTick))) {
             const int column = qRound(across(tick.number)) / BrailleCanvas::dotsAcross;
@@ -124,10 +122,9 @@ private:
             labels.replace(start, tick.label.size(), tick.label);
             free = start + tick.label.size() + 1;
         }
-        while (labels.endsWith(QLatin1Char(' ')))
+        while (labels.endsWith(' '))
             labels.chop(1);
-        return QString(m_labelWidth + 1, QLatin1Char(' ')) + QChar(0x2514) + axis + QLatin1Char('\n') + labels +
-               QLatin1Char('\n');
+        return QString(m_labelWidth + 1, ' ') + QChar(0x2514) + axis + '\n' + labels + '\n';
     }
 
     const Plot& m_plot;

@@ -1,6 +1,5 @@
 #include "tool/Project.h"
 
-#include "tool/Problem.h"
 #include "tool/Streams.h"
 
 #include <algorithm>
@@ -11,45 +10,79 @@ namespace {
 
 KindRules rulesOf(const Arguments& arguments) {
     KindRules rules;
-    for (const QString& file : arguments.values(QStringLiteral("types"))) {
+    for (const QString& file : arguments.values("types")) {
         int number = 0;
-        for (const QString& line : QString::fromUtf8(readInput(file)).split(QLatin1Char('\n'))) {
+        for (const QString& line : QString::fromUtf8(readInput(file)).split('\n')) {
             ++number;
             const QString rule = line.trimmed();
-            if (!rule.isEmpty() && !rule.startsWith(QLatin1Char('#')))
-                rules.add(rule, QStringLiteral("%1:%2: ").arg(file).arg(number));
+            if (!rule.isEmpty() && !rule.startsWith('#'))
+                rules.add(rule, message("%1:%2: ", file, number));
         }
     }
-    for (const QString& rule : arguments.values(QStringLiteral("type")))
-        rules.add(rule, QStringLiteral("--type: "));
+    for (const QString& rule : arguments.values("type"))
+        rules.add(rule, "--type: ");
     return rules;
 }
 
 } // namespace
 
+Kinds::Kinds(const ProjectText& text, KindRules rules)
+    : m_text(text), m_rules(std::move(rules)), m_guesses(static_cast<std::size_t>(text.nodeCount())) {}
+
+Kind Kinds::of(const FileParameter& parameter) {
+    const auto guess = [this](int node) -> Kind& { return m_guesses[static_cast<std::size_t>(node)]; };
+    const int start = parameter.node();
+    std::vector<int> followers;
+    int node = start;
+    for (; node >= 0 && !guess(node); node = m_text.masterOf(node)) {
+        guess(node) = node == start ? parameter.writtenKind() : FileParameter(m_text, node).writtenKind();
+        if (guess(node))
+            break;
+        // What stays when the masters form a circle.
+        guess(node) = &ValueKind::opaque;
+        followers.push_back(node);
+    }
+    for (const int follower : followers)
+        guess(follower) = node < 0 ? &ValueKind::opaque : guess(node);
+    return m_rules.kindOf(m_text.path(start), guess(start));
+}
+
+/// Where the chain of masters ends, the node itself without one.
+int Kinds::lastMaster(int node) const {
+    std::vector<int> chain{node};
+    for (int master = m_text.masterOf(node); master >= 0; master = m_text.masterOf(master)) {
+        if (std::find(chain.begin(), chain.end(), master) != chain.end())
+            break;
+        if (chain.size() > Most::masters)
+            throw Problem("%1: follows more than %2 others", m_text.path(node), Most::masters);
+        chain.push_back(master);
+    }
+    return chain.back();
+}
+
+Sampler Kinds::sampler(const FileParameter& parameter, Kind kind) {
+    const int last = lastMaster(parameter.node());
+    if (last == parameter.node())
+        return kind->sampler(parameter);
+    Sampler& sampler = m_samplers[{last, kind}];
+    if (!sampler)
+        sampler = kind->sampler(FileParameter(m_text, last));
+    return sampler;
+}
+
 void Project::declare(Arguments& arguments) {
-    arguments.positional(QStringLiteral("FILE"), QStringLiteral("A project text, - for standard input."))
-        .option({QStringLiteral("type")},
-                QStringLiteral("How the values of parameters are read: switch, number, point or text."),
-                QStringLiteral("PATTERN=TYPE"))
-        .option({QStringLiteral("types")}, QStringLiteral("A file of such rules, one to a line."),
-                QStringLiteral("FILE"));
+    arguments.positional("FILE", "A project text, - for standard input.")
+        .option("type", "How the values of parameters are read: switch, number, point or text.", "PATTERN=TYPE")
+        .option("types", "A file of such rules, one to a line.", "FILE");
 }
 
 void Project::declareWithPatterns(Arguments& arguments, const QString& syntax) {
     declare(arguments);
-    arguments.positional(QStringLiteral("PATTERN"), QStringLiteral("Paths of parameters or groups, or shell patterns."),
-                         syntax);
+    arguments.positional("PATTERN", "Paths of parameters or groups, or shell patterns.", syntax);
 }
 
 Project::Project(const Arguments& arguments)
     : m_name(arguments.file()), m_text(m_name), m_kinds(m_text, rulesOf(arguments)) {}
-
-BuiltParameter Project::shown(int node) {
-    BuiltParameter parameter = built(node);
-    parameter.followMasters(m_text, m_masters);
-    return parameter;
-}
 
 std::vector<int> Project::parameters(const QStringList& patterns) const {
     std::vector<PathPattern> wanted;
@@ -57,7 +90,7 @@ std::vector<int> Project::parameters(const QStringList& patterns) const {
         wanted.emplace_back(pattern);
     std::vector<bool> isUsed(wanted.size());
     std::vector<int> found;
-    for (int i = 0; i < static_cast<int>(m_text.nodes().size()); ++i) {
+    for (int i = 0; i < m_text.nodeCount(); ++i) {
         if (!m_text.node(i).isParameter())
             continue;
         const QString path = m_text.path(i);
@@ -71,8 +104,7 @@ std::vector<int> Project::parameters(const QStringList& patterns) const {
     }
     const auto unused = std::find(isUsed.begin(), isUsed.end(), false);
     if (unused != isUsed.end())
-        throw Problem(QStringLiteral("%1: no parameter or group '%2'")
-                          .arg(m_name, patterns.at(static_cast<int>(unused - isUsed.begin()))));
+        throw Problem("%1: no parameter or group '%2'", m_name, patterns.at(static_cast<int>(unused - isUsed.begin())));
     return found;
 }
 

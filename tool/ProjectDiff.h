@@ -20,7 +20,7 @@ struct Difference {
     QString what;
     /// "added", "removed", "moved", "changed".
     QString change;
-    /// The keyframe's, in the first text where it stands there.
+    /// That of the keyframe, in the first text if it is there.
     QVariant frame;
     QVariant from;
     QVariant to;
@@ -29,7 +29,7 @@ struct Difference {
 };
 
 /// What leads from one text to the other: the header, then groups and parameters in the order of the first text, then
-/// those that only the second one has, then lines that nobody takes. Takes about linear time.
+/// those that only the second one has, then lines that belong to nothing. Takes about linear time.
 std::vector<Difference> differences(const ProjectText& from, const ProjectText& to);
 
 /// What the bytes of texts that say the same differ in, for people; empty for equal bytes.

@@ -1,7 +1,6 @@
 #include "tool/ProjectText.h"
 
 #include "prm/ParameterSet.h"
-#include "tool/Problem.h"
 #include "tool/Progress.h"
 #include "tool/Streams.h"
 
@@ -9,7 +8,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <unordered_map>
 
 namespace Tool {
 
@@ -18,77 +16,18 @@ namespace {
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 constexpr int longestIndentation = 1000;
 
-/// Calls the function with every name of a path, until it answers false.
+/// Calls the function with every name of a path.
 template <class Visit> void forEachName(std::string_view path, const Visit& visit) {
-    std::size_t start = 0;
-    while (start <= path.size()) {
+    for (std::size_t start = 0; start <= path.size();) {
         const std::size_t end = std::min(path.find('.', start), path.size());
-        if (!visit(path.substr(start, end - start)))
-            return;
+        visit(path.substr(start, end - start));
         start = end + 1;
     }
 }
 
 } // namespace
 
-/// Finds nodes by parent and name.
-class ProjectText::Index {
-public:
-    explicit Index(std::vector<Node>& nodes) : m_nodes(nodes) {}
-
-    int nodeOf(std::string_view path) {
-        int node = root;
-        forEachName(path, [&](std::string_view name) {
-            node = childOf(node, name);
-            return true;
-        });
-        return node;
-    }
-
-    int find(std::string_view path) const {
-        int node = root;
-        forEachName(path, [&](std::string_view name) {
-            node = findChild(node, name);
-            return node >= 0;
-        });
-        return node;
-    }
-
-    int findChild(int parent, std::string_view name) const {
-        const auto found = m_places.find({parent, name});
-        return found == m_places.end() ? -1 : found->second;
-    }
-
-private:
-    struct Place {
-        int parent;
-        std::string_view name;
-        bool operator==(const Place& other) const { return parent == other.parent && name == other.name; }
-    };
-    struct Hash {
-        std::size_t operator()(const Place& place) const {
-            return std::hash<std::string_view>()(place.name) ^
-                   (static_cast<std::size_t>(place.parent) * 0x9E3779B97F4A7C15u);
-        }
-    };
-
-    int childOf(int parent, std::string_view name) {
-        const auto [found, isNew] = m_places.try_emplace({parent, name}, static_cast<int>(m_nodes.size()));
-        if (isNew) {
-            m_nodes[static_cast<std::size_t>(parent)].children.push_back(found->second);
-            Node node;
-            node.parent = parent;
-            node.name = name;
-            m_nodes.push_back(std::move(node));
-        }
-        return found->second;
-    }
-
-    std::vector<Node>& m_nodes;
-    std::unordered_map<Place, int, Hash> m_places;
-};
-
-ProjectText::ProjectText(const QByteArray& text) : m_text(text), m_nodes(1), m_index(std::make_unique<Index>(m_nodes)) {
+ProjectText::ProjectText(const QByteArray& text) : m_text(text), m_nodes(1) {
     splitLines();
     readLines(readHeader());
 }
@@ -98,13 +37,11 @@ ProjectText::ProjectText(const QString& file) : ProjectText(readInput(file)) {
     if (std::any_of(m_lines.begin(), m_lines.end(), isKnown))
         return;
     const QByteArray start = m_text.left(longestIndentation).trimmed();
-    const QString hint = start.startsWith('{') ? QStringLiteral("; prm import reads animations (JSON)")
-                         : m_text.isEmpty()    ? QStringLiteral(", it is empty")
-                                               : QString();
-    throw Problem(QStringLiteral("%1: not a project text").arg(inputName(file)) + hint);
+    const char* const hint = start.startsWith('{') ? "; prm import reads animations (JSON)"
+                             : m_text.isEmpty()    ? ", it is empty"
+                                                   : "";
+    throw Problem("%1: not a project text%2", inputName(file), hint);
 }
-
-ProjectText::~ProjectText() = default;
 
 void ProjectText::splitLines() {
     const char* const begin = m_text.constData();
@@ -137,11 +74,11 @@ QByteArray ProjectText::bytes() const {
     QByteArray text;
     text.reserve(m_text.size());
     for (int i = 0; i < lineCount(); ++i)
-        text.append(raw(i).data(), static_cast<int>(raw(i).size()));
+        text += toBytes(raw(i));
     return text;
 }
 
-/// Gives lines to the header until it is complete, marks those that it took, and answers whether it is complete.
+/// Gives lines to the header until it is complete, marks those that it took, and returns whether it is complete.
 bool ProjectText::takeHeaderLines(int count, Prm::ProjectFileVersion& version) {
     Prm::ParameterSet properties;
     version.initialiseProperties(properties);
@@ -152,8 +89,8 @@ bool ProjectText::takeHeaderLines(int count, Prm::ProjectFileVersion& version) {
     return version.atEnd();
 }
 
-/// Marks the lines of the header and answers where the rest begins. The time of writing directly behind it belongs to
-/// it. Of a header that is never complete, only what stands at the beginning counts.
+/// Marks the lines of the header and returns where the rest begins. The time of writing directly after it belongs to
+/// it. Of a header that is never complete, only the lines at the beginning count.
 int ProjectText::readHeader() {
     m_hasCompleteHeader = takeHeaderLines(lineCount(), m_version);
     int end = 0;
@@ -179,10 +116,10 @@ void ProjectText::readLines(int first) {
     for (int i = first; i < lineCount(); ++i) {
         progress.step();
         const LineReading reading = this->reading(i);
-        if (reading.key == Key::None || std::count(reading.path.begin(), reading.path.end(), '.') >= deepest)
+        if (reading.key == Key::None || std::count(reading.path.begin(), reading.path.end(), '.') >= Most::levels)
             continue;
         m_lines[static_cast<std::size_t>(i)].key = reading.key;
-        Node& node = m_nodes[static_cast<std::size_t>(m_index->nodeOf(reading.path))];
+        Node& node = m_nodes[static_cast<std::size_t>(makeNode(reading.path))];
         if (reading.key == Key::Name)
             node.nameLine = i;
         else
@@ -192,25 +129,59 @@ void ProjectText::readLines(int first) {
     }
 }
 
+/// The node of a path, made where it is missing, like those above it.
+int ProjectText::makeNode(std::string_view path) {
+    int node = root;
+    forEachName(path, [&](std::string_view name) {
+        const auto [found, isNew] = m_places.try_emplace({node, name}, nodeCount());
+        if (isNew) {
+            m_nodes[static_cast<std::size_t>(node)].children.push_back(found->second);
+            Node child;
+            child.parent = node;
+            child.name = name;
+            m_nodes.push_back(std::move(child));
+        }
+        node = found->second;
+    });
+    return node;
+}
+
 /// The names from below an ancestor down to the node.
 QString ProjectText::pathFrom(int ancestor, int node) const {
     QStringList names;
     for (int i = node; i != ancestor; i = this->node(i).parent)
         names.prepend(toText(this->node(i).name));
-    return names.join(QLatin1Char('.'));
+    return names.join('.');
 }
 
 int ProjectText::findNode(std::string_view path) const {
-    return m_index->find(path);
+    int node = root;
+    forEachName(path, [&](std::string_view name) { node = findChild(node, name); });
+    return node;
 }
 
 int ProjectText::findChild(int parent, std::string_view name) const {
-    return m_index->findChild(parent, name);
+    const auto found = m_places.find({parent, name});
+    return found == m_places.end() ? -1 : found->second;
+}
+
+int ProjectText::masterOf(int node) const {
+    const int line = this->node(node).masterLine;
+    if (line < 0)
+        return -1;
+    const std::string_view path = textBehindEquals(this->line(line));
+    const int master = findNode(path.substr(0, path.find('=')));
+    return master >= 0 && this->node(master).isParameter() ? master : -1;
+}
+
+QString ProjectText::groupName(int node) const {
+    const int line = this->node(node).nameLine;
+    return line < 0 ? QString() : toText(textBehindEquals(this->line(line)));
 }
 
 int ProjectText::groupOf(int node) const {
     int group = this->node(node).parent;
-    while (group != root && this->node(group).isParameter() && this->node(group).nameLine < 0)
+    while (group != root && !isGroup(group))
         group = this->node(group).parent;
     return group;
 }

@@ -3,10 +3,8 @@
 #include "prm/ProjectFileVersion.h"
 #include "tool/LineReading.h"
 
-#include <QByteArray>
-#include <QString>
-
-#include <memory>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace Tool {
@@ -14,10 +12,9 @@ namespace Tool {
 /// The project text of any application: its lines with all their bytes, and what they say of groups and parameters.
 /// What a line says is only a reading of it; `bytes()` gives back what was read, whatever that was.
 ///
-/// Paths deeper than `deepest` levels are not followed; such lines belong to nobody, like others that nobody takes.
+/// Paths deeper than `Most::levels` are not followed; such lines are unknown, like others that nothing takes.
 class ProjectText {
 public:
-    static constexpr int deepest = 1000;
     static constexpr int root = 0;
 
     /// A group or a parameter. Both look the same from outside: a parameter has lines of its own.
@@ -39,7 +36,6 @@ public:
     /// Reads a file, "-" for standard input. Throws `Problem` when it cannot be read, or is not a project text: no line
     /// of it belongs to a header, a group or a parameter.
     explicit ProjectText(const QString& file);
-    ~ProjectText();
     ProjectText(const ProjectText&) = delete;
     ProjectText& operator=(const ProjectText&) = delete;
 
@@ -59,14 +55,20 @@ public:
     bool hasCompleteHeader() const { return m_hasCompleteHeader; }
 
     /// The first node is the root; the others follow in the order of the file, parents before their children.
-    const std::vector<Node>& nodes() const { return m_nodes; }
+    int nodeCount() const { return static_cast<int>(m_nodes.size()); }
     const Node& node(int index) const { return m_nodes[static_cast<std::size_t>(index)]; }
     QString path(int node) const { return pathFrom(root, node); }
     /// -1 when there is none.
     int findNode(std::string_view path) const;
-    /// -1 when there is none.
+    /// -1 when there is none, or no parent.
     int findChild(int parent, std::string_view name) const;
+    /// The parameter that the last master line of a node names, -1 without such a line or parameter.
+    int masterOf(int node) const;
 
+    /// Whether the node is named as a group, or only a step of paths.
+    bool isGroup(int node) const { return this->node(node).nameLine >= 0 || !this->node(node).isParameter(); }
+    /// What a group is called, with its quotes; null without a name.
+    QString groupName(int node) const;
     /// The deepest group that holds the node. What is a parameter, and not named as a group, holds nothing: what seems
     /// to be below it is a neighbour whose name has a dot.
     int groupOf(int node) const;
@@ -79,12 +81,20 @@ private:
         Key key = Key::None;
     };
 
-    class Index;
+    /// A node by its parent and name.
+    using Place = std::pair<int, std::string_view>;
+    struct Hash {
+        std::size_t operator()(const Place& place) const {
+            return std::hash<std::string_view>()(place.second) ^
+                   (static_cast<std::size_t>(place.first) * 0x9E3779B97F4A7C15u);
+        }
+    };
 
     void splitLines();
     int readHeader();
     bool takeHeaderLines(int count, Prm::ProjectFileVersion& version);
     void readLines(int first);
+    int makeNode(std::string_view path);
     QString pathFrom(int ancestor, int node) const;
 
     QByteArray m_text;
@@ -92,7 +102,7 @@ private:
     std::vector<Node> m_nodes;
     Prm::ProjectFileVersion m_version;
     bool m_hasCompleteHeader = false;
-    std::unique_ptr<Index> m_index;
+    std::unordered_map<Place, int, Hash> m_places;
 };
 
 } // namespace Tool

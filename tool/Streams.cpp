@@ -1,7 +1,6 @@
 #include "tool/Streams.h"
 
 #include "tool/OutputFile.h"
-#include "tool/Problem.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -24,10 +23,10 @@ QByteArray readAll(QFile& file, const QString& name, qint64 most) {
     for (QByteArray piece = file.read(1 << 20); !piece.isEmpty(); piece = file.read(1 << 20)) {
         text += piece;
         if (text.size() > most)
-            throw Problem(QStringLiteral("%1: larger than %2 MiB").arg(name).arg(most >> 20));
+            throw Problem("%1: larger than %2 MiB", name, most >> 20);
     }
     if (file.error() != QFile::NoError)
-        throw Problem(QStringLiteral("%1: %2").arg(name, file.errorString()));
+        throw Problem("%1: %2", name, file.errorString());
     return text;
 }
 
@@ -48,10 +47,8 @@ void refuseConflicts(const QByteArray& text, const QString& name) {
     int number = 1;
     for (int start = text.startsWith("\xEF\xBB\xBF") ? 3 : 0; start < text.size(); ++number) {
         if (isConflictMarker(text.constData() + start))
-            throw Problem(QStringLiteral("%1:%2: unresolved merge conflict, the line begins with '%3'")
-                              .arg(name)
-                              .arg(number)
-                              .arg(QString::fromUtf8(text.mid(start, 7))));
+            throw Problem("%1:%2: unresolved merge conflict, the line begins with '%3'", name, number,
+                          text.mid(start, 7));
         const int feed = text.indexOf('\n', start);
         start = feed < 0 ? text.size() : feed + 1;
     }
@@ -60,21 +57,21 @@ void refuseConflicts(const QByteArray& text, const QString& name) {
 } // namespace
 
 QString inputName(const QString& file) {
-    return file == QLatin1String("-") ? QStringLiteral("standard input") : file;
+    return file == "-" ? "standard input" : file;
 }
 
 QByteArray readInput(const QString& name, qint64 most) {
     static bool isStandardRead = false;
-    const bool isStandard = name == QLatin1String("-");
+    const bool isStandard = name == "-";
     if (isStandard && std::exchange(isStandardRead, true))
-        throw Problem(QStringLiteral("standard input can be read only once"));
+        throw Problem("standard input can be read only once");
     if (name.isEmpty())
-        throw Problem(QStringLiteral("the file name is empty"));
+        throw Problem("the file name is empty");
     if (!isStandard && QFileInfo(name).isDir())
-        throw Problem(QStringLiteral("%1: is a directory").arg(name));
+        throw Problem("%1: is a directory", name);
     QFile file(isStandard ? QString() : name);
     if (!open(file))
-        throw Problem(QStringLiteral("%1: %2").arg(name, file.errorString()));
+        throw Problem("%1: %2", name, file.errorString());
     QByteArray text = readAll(file, inputName(name), most);
     refuseConflicts(text, inputName(name));
     return text;
@@ -84,7 +81,7 @@ void print(const QByteArray& text) {
     QFile out;
     const bool isWritten = out.open(stdout, QIODevice::WriteOnly) && out.write(text) == text.size() && out.flush();
     if (!isWritten)
-        throw Problem(QStringLiteral("standard output: %1").arg(out.errorString()));
+        throw Problem("standard output: %1", out.errorString());
 }
 
 void writeOutput(const QString& name, const QByteArray& bytes) {
@@ -101,13 +98,9 @@ QString printable(QString text) {
     return text;
 }
 
-void tell(const QString& message) {
-    report(QStringLiteral("prm: ") + message);
-}
-
 void report(const QString& lines) {
     QByteArray text;
-    for (const QString& line : lines.split(QLatin1Char('\n')))
+    for (const QString& line : lines.split('\n'))
         text += printable(line).toUtf8() + '\n';
     std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stderr);
 }

@@ -25,17 +25,17 @@ template <class T> QString valueText(const QVariant& value) {
 /// For people: a line break would end the row.
 QString shownText(const QVariant& value) {
     QString text = plainText(value);
-    const bool isBroken = std::any_of(text.begin(), text.end(), [](QChar c) { return c < QLatin1Char(' '); });
+    const bool isBroken = std::any_of(text.begin(), text.end(), [](QChar c) { return c < ' '; });
     return isBroken ? valueText<QString>(text) : text;
 }
 
 QString csvText(const QVariant& value) {
     QString text = plainText(value);
-    const QString special = QStringLiteral(",\"\r\n");
+    const QString special = ",\"\r\n";
     if (std::none_of(text.begin(), text.end(), [&](QChar c) { return special.contains(c); }))
         return text;
-    text.replace(QLatin1Char('"'), QLatin1String("\"\""));
-    return QLatin1Char('"') + text + QLatin1Char('"');
+    text.replace('"', "\"\"");
+    return '"' + text + '"';
 }
 
 QJsonValue jsonValue(const QVariant& value) {
@@ -58,7 +58,7 @@ QString plainText(const QVariant& value) {
         QStringList texts;
         for (const QVariant& part : value.toList())
             texts.append(plainText(part));
-        return texts.join(QLatin1String(", "));
+        return texts.join(", ");
     }
     default:
         return value.toString();
@@ -68,7 +68,7 @@ QString plainText(const QVariant& value) {
 void Table::add(const QVector<QVariant>& row) {
     for (const QVariant& value : row) {
         if (value.userType() == QMetaType::QString)
-            m_limit.add(value.toString().size());
+            m_budget.spend(value.toString().size());
     }
     m_rows.push_back(row);
 }
@@ -98,7 +98,7 @@ QByteArray Table::plain() const {
         QString line;
         for (int i = 0; i < count; ++i)
             line += cellAt(i).leftJustified(widths[i] + 2);
-        while (line.endsWith(QLatin1Char(' ')))
+        while (line.endsWith(' '))
             line.chop(1);
         text += line.toUtf8() + '\n';
     };
@@ -114,7 +114,7 @@ QByteArray Table::csv() const {
         QStringList texts;
         for (const auto& cell : cells)
             texts.append(csvText(cell));
-        text += texts.join(QLatin1Char(',')).toUtf8() + '\n';
+        text += texts.join(',').toUtf8() + '\n';
     };
     addRow(m_headings);
     for (const QVector<QVariant>& row : m_rows)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tool/TextLimit.h"
+#include "tool/Budget.h"
 
 #include <QByteArray>
 #include <QStringList>
@@ -36,7 +36,7 @@ private:
 
     QStringList m_headings;
     std::vector<QVector<QVariant>> m_rows;
-    TextLimit m_limit;
+    TextBudget m_budget;
 };
 
 } // namespace Tool

@@ -1,21 +1,115 @@
 #include "tool/ValueKind.h"
 
-#include "tool/BuiltParameter.h"
+#include "prm/NumericParameter.h"
+#include "tool/FileParameter.h"
 #include "tool/Problem.h"
 
 #include <algorithm>
-#include <array>
+#include <cmath>
 
 namespace Tool {
 
 namespace {
 
-constexpr std::array<std::pair<ValueKind, const char*>, 6> names{{{ValueKind::Opaque, "opaque"},
-                                                                  {ValueKind::Text, "text"},
-                                                                  {ValueKind::Point, "point"},
-                                                                  {ValueKind::Number, "number"},
-                                                                  {ValueKind::NumberOrSwitch, "number?"},
-                                                                  {ValueKind::Switch, "switch"}}};
+template <class T> QVariant valueOf(const QString& text) {
+    return QVariant::fromValue(Prm::ValueType<T>::read(text));
+}
+
+template <class T> QString writtenAs(const T& value) {
+    QString text;
+    Prm::ValueType<T>::write(text, value);
+    return text;
+}
+
+template <class T> QString rewritten(const QString& text) {
+    return writtenAs(Prm::ValueType<T>::read(text));
+}
+
+QString trimmed(const QString& text) {
+    return text.trimmed();
+}
+
+QString refused(const QString& /*given*/, const QString& path) {
+    throw Problem("%1: its values are of no known type, so none can be set", path);
+}
+
+QString writtenText(const QString& given, const QString& /*path*/) {
+    return writtenAs(given);
+}
+
+QString writtenNumber(const QString& given, const QString& path) {
+    return writtenAs(finiteNumber(given, path));
+}
+
+QString writtenPoint(const QString& given, const QString& path) {
+    const QStringList parts = given.simplified().split(' ');
+    if (parts.size() != 2)
+        throw Problem("%1: '%2' is not a point (two numbers)", path, given);
+    return writtenAs(QPointF(finiteNumber(parts[0], path), finiteNumber(parts[1], path)));
+}
+
+QString writtenSwitch(const QString& given, const QString& path) {
+    if (given != "0" && given != "1")
+        throw Problem("%1: '%2' is not a switch (0 or 1)", path, given);
+    return given;
+}
+
+/// A parameter of the library's, with the keyframes and values of the file as what they mean.
+template <class Parameter, class T> std::shared_ptr<Parameter> typed(const FileParameter& file) {
+    const auto valueOf = [&](const FileValue& value) {
+        return value.text.isNull() ? T() : Prm::ValueType<T>::read(file.shown(value.text));
+    };
+    auto parameter = std::make_shared<Parameter>();
+    const FileViews views = file.views();
+    for (const auto& [id, data] : views) {
+        const Prm::View view(id);
+        parameter->vSetValue(valueOf(data.value), {Prm::Time::INVALID, view});
+        for (const FileKeyframe& key : data.keys)
+            parameter->vSetValue(valueOf(key.value), {key.time, view});
+        // Appending a keyframe shapes the segment before it.
+        for (std::size_t i = 0; i < data.keys.size(); ++i)
+            parameter->vSetInterpolationData(data.keys[i].interpolationData, static_cast<unsigned int>(i), view);
+    }
+    // The first view that is given data brings view 0 along.
+    if (views.count(Prm::View::defaultViewId()) == 0)
+        parameter->deleteView(Prm::View());
+    parameter->vSetExtrapolationBefore(file.data().extrapolationBefore());
+    parameter->vSetExtrapolationAfter(file.data().extrapolationAfter());
+    return parameter;
+}
+
+template <class Parameter, class T> Sampler samplerOf(const FileParameter& file) {
+    return [parameter = typed<Parameter, T>(file)](const QVector<Prm::Time>& times, Prm::View view) {
+        QVector<T> values(times.size());
+        parameter->sampleValues(times.constData(), times.size(), view, values.data());
+        QVector<QVariant> variants;
+        variants.reserve(times.size());
+        for (const T& value : values)
+            variants.append(QVariant::fromValue(value));
+        return variants;
+    };
+}
+
+Sampler noValues(const FileParameter& /*file*/) {
+    return [](const QVector<Prm::Time>& times, Prm::View /*view*/) { return QVector<QVariant>(times.size()); };
+}
+
+bool isAnything(const QString& /*text*/) {
+    return true;
+}
+
+/// Known only when the user says so.
+bool isNothing(const QString& /*text*/) {
+    return false;
+}
+
+bool isQuoted(const QString& text) {
+    return text.startsWith('"');
+}
+
+bool isZeroOrOne(const QString& text) {
+    return text == "0" || text == "1";
+}
 
 bool isNumber(const QString& text) {
     bool isOne = false;
@@ -23,141 +117,64 @@ bool isNumber(const QString& text) {
     return isOne;
 }
 
-ValueKind kindOfValue(const QString& value) {
-    const QString text = value.trimmed();
-    if (text.startsWith(QLatin1Char('"')))
-        return ValueKind::Text;
-    if (text == QLatin1String("0") || text == QLatin1String("1"))
-        return ValueKind::NumberOrSwitch;
-    if (isNumber(text))
-        return ValueKind::Number;
-    const QStringList parts = text.simplified().split(QLatin1Char(' '));
-    return parts.size() == 2 && isNumber(parts[0]) && isNumber(parts[1]) ? ValueKind::Point : ValueKind::Opaque;
+bool isPoint(const QString& text) {
+    const QStringList parts = text.simplified().split(' ');
+    return parts.size() == 2 && isNumber(parts[0]) && isNumber(parts[1]);
 }
 
-/// None for a parameter without values.
-std::optional<ValueKind> kindOfValues(const ProjectText& text, int node) {
-    std::optional<ValueKind> kind;
-    buildRaw(text, node, [&](const QString& value) {
-        kind = kind ? commonKind(*kind, kindOfValue(value)) : kindOfValue(value);
-        return value;
-    });
-    return kind;
-}
+constexpr auto texts = samplerOf<Prm::Parameter<QString>, QString>;
+constexpr auto numbers = samplerOf<Prm::NumericParameter<double>, double>;
+constexpr auto points = samplerOf<Prm::PointParameter, QPointF>;
+constexpr auto switches = samplerOf<Prm::Parameter<bool>, bool>;
 
-/// "[abc]" or "[!abc]" at a place of a shell pattern; empty where no bracket closes it.
-QString characterSet(const QString& pattern, int start) {
-    const bool isNegated = pattern.mid(start + 1, 1) == QLatin1String("!");
-    const int first = start + (isNegated ? 2 : 1);
-    const int end = pattern.indexOf(QLatin1Char(']'), first + 1);
-    if (end < 0)
-        return {};
-    const QString members = pattern.mid(first, end - first).replace(QLatin1Char('\\'), QLatin1String("\\\\"));
-    return (isNegated ? QStringLiteral("[^") : QStringLiteral("[")) + members + QLatin1Char(']');
-}
+// clang-format off
+constexpr ValueKind rows[] = {
+//   name       isLike       told   numeric drawn  value             normalised          written        sampler
+    {"text",    isQuoted,    true,  false,  false, valueOf<QString>, rewritten<QString>, writtenText,   texts},
+    {"number?", isZeroOrOne, false, true,   true,  valueOf<double>,  rewritten<double>,  writtenNumber, numbers},
+    {"number",  isNumber,    true,  true,   true,  valueOf<double>,  rewritten<double>,  writtenNumber, numbers},
+    {"point",   isPoint,     true,  false,  true,  valueOf<QPointF>, rewritten<QPointF>, writtenPoint,  points},
+    {"switch",  isNothing,   true,  false,  true,  valueOf<bool>,    rewritten<bool>,    writtenSwitch, switches},
+    {"opaque",  isAnything,  false, false,  false, valueOf<QString>, trimmed,            refused,       noValues},
+};
+// clang-format on
 
-QString regularExpressionOf(const QString& shellPattern) {
-    QString text;
-    for (int i = 0; i < shellPattern.size(); ++i) {
-        const QChar c = shellPattern.at(i);
-        const QString set = c == QLatin1Char('[') ? characterSet(shellPattern, i) : QString();
-        if (c == QLatin1Char('*'))
-            text += QLatin1String(".*");
-        else if (c == QLatin1Char('?'))
-            text += QLatin1Char('.');
-        else
-            text += set.isEmpty() ? QRegExp::escape(c) : set;
-        if (!set.isEmpty())
-            i = shellPattern.indexOf(QLatin1Char(']'), i + (shellPattern.at(i + 1) == QLatin1Char('!') ? 3 : 2));
-    }
-    return text;
-}
-
-std::optional<ValueKind> settledKind(const QString& name) {
-    for (const auto& [kind, kindName] : names) {
-        if (name == QLatin1String(kindName) && kind != ValueKind::Opaque && kind != ValueKind::NumberOrSwitch)
-            return kind;
-    }
-    return {};
+template <class Matches> Kind firstRow(const Matches& matches) {
+    const auto* const row = std::find_if(std::begin(rows), std::end(rows), matches);
+    return row == std::end(rows) ? nullptr : row;
 }
 
 } // namespace
 
-QString kindName(ValueKind kind) {
-    const auto* const found =
-        std::find_if(names.begin(), names.end(), [&](const auto& name) { return name.first == kind; });
-    return QLatin1String(found->second);
+const ValueKind& ValueKind::text = rows[0];
+const ValueKind& ValueKind::numberOrSwitch = rows[1];
+const ValueKind& ValueKind::number = rows[2];
+const ValueKind& ValueKind::point = rows[3];
+const ValueKind& ValueKind::opaque = rows[5];
+
+Kind kindOfValue(const QString& text) {
+    const QString trimmed = text.trimmed();
+    return firstRow([&](const ValueKind& kind) { return kind.isLike(trimmed); });
 }
 
-ValueKind commonKind(ValueKind a, ValueKind b) {
-    const auto isNumeric = [](ValueKind kind) {
-        return kind == ValueKind::Number || kind == ValueKind::NumberOrSwitch;
-    };
-    if (a == b || a == ValueKind::Text)
+Kind commonKind(Kind a, Kind b) {
+    if (a == b || a == &ValueKind::text)
         return a;
-    return isNumeric(a) && isNumeric(b) ? ValueKind::Number : ValueKind::Opaque;
+    return a->isNumeric && b->isNumeric ? &ValueKind::number : &ValueKind::opaque;
 }
 
-/// Matches what the shell pattern does, and all below that.
-PathPattern::PathPattern(const QString& pattern)
-    : m_pattern(pattern), m_shellPattern(regularExpressionOf(pattern) + QStringLiteral("(?:\\..*)?")) {}
-
-bool PathPattern::matches(const QString& path) const {
-    const bool isBelow =
-        path.startsWith(m_pattern) && path.size() > m_pattern.size() && path.at(m_pattern.size()) == QLatin1Char('.');
-    return path == m_pattern || isBelow || m_shellPattern.exactMatch(path);
+Kind kindToldAs(const QString& name) {
+    return firstRow([&](const ValueKind& kind) { return kind.canBeTold && name == kind.name; });
 }
 
-void KindRules::add(const QString& rule, const QString& place) {
-    const int equals = rule.lastIndexOf(QLatin1Char('='));
-    const std::optional<ValueKind> kind = settledKind(rule.mid(equals + 1));
-    if (equals <= 0)
-        throw Problem(place + QStringLiteral("'%1' is not PATTERN=TYPE").arg(rule));
-    if (!kind)
-        throw Problem(place +
-                      QStringLiteral("'%1' is not a type (switch, number, point or text)").arg(rule.mid(equals + 1)));
-    m_rules.emplace_back(PathPattern(rule.left(equals)), *kind);
-}
-
-ValueKind KindRules::kindOf(const QString& path, ValueKind guess) const {
-    const auto rule =
-        std::find_if(m_rules.rbegin(), m_rules.rend(), [&](const auto& each) { return each.first.matches(path); });
-    return rule == m_rules.rend() ? guess : rule->second;
-}
-
-Kinds::Kinds(const ProjectText& text, const KindRules& rules)
-    : m_text(text), m_rules(rules), m_guesses(text.nodes().size()) {}
-
-ValueKind Kinds::of(int node) {
-    return m_rules.kindOf(m_text.path(node), guess(node));
-}
-
-bool Kinds::isContradicted(int node) {
-    const ValueKind told = of(node);
-    if (told == guess(node) || told == ValueKind::Text)
-        return false;
-    const std::optional<ValueKind> written = kindOfValues(m_text, node);
-    const bool isNumeric = written == ValueKind::Number || written == ValueKind::NumberOrSwitch;
-    return written && (told == ValueKind::Point || !isNumeric);
-}
-
-ValueKind Kinds::guess(int node) {
-    std::vector<int> followers;
-    int known = node;
-    while (known >= 0 && !m_guesses[static_cast<std::size_t>(known)]) {
-        auto& kind = m_guesses[static_cast<std::size_t>(known)];
-        kind = kindOfValues(m_text, known);
-        if (kind)
-            break;
-        // What stays when the masters form a circle.
-        kind = ValueKind::Opaque;
-        followers.push_back(known);
-        known = masterOf(m_text, known);
-    }
-    const ValueKind kind = known < 0 ? ValueKind::Opaque : *m_guesses[static_cast<std::size_t>(known)];
-    for (const int follower : followers)
-        m_guesses[static_cast<std::size_t>(follower)] = kind;
-    return kind;
+double finiteNumber(const QString& text, const QString& path) {
+    bool isNumber = false;
+    const double number = text.toDouble(&isNumber);
+    if (std::isinf(number))
+        throw Problem("%1: '%2' is too large", path, text);
+    if (!isNumber || std::isnan(number))
+        throw Problem("%1: '%2' is not a number", path, text);
+    return number;
 }
 
 } // namespace Tool

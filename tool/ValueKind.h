@@ -1,68 +1,57 @@
 #pragma once
 
-#include "tool/ProjectText.h"
+#include "prm/Time.h"
+#include "prm/View.h"
+#include "tool/FileValue.h"
 
-#include <QRegExp>
-#include <QStringList>
+#include <QVariant>
+#include <QVector>
 
-#include <optional>
-#include <vector>
+#include <functional>
 
 namespace Tool {
 
-/// How the values of a parameter are read.
-enum class ValueKind : quint8 {
-    Opaque,         ///< listed and kept, but not evaluated
-    Text,           ///< the first value stands between double quotes
-    Point,          ///< two numbers each
-    Number,         ///< one number each
-    NumberOrSwitch, ///< one number each, all 0 or 1; read as numbers until somebody settles it
-    Switch          ///< only when told so
+class FileParameter;
+
+/// The values at times, in their order: numbers, switches, texts, points; null where values are of no known type.
+using Sampler = std::function<QVector<QVariant>(const QVector<Prm::Time>& times, Prm::View view)>;
+
+/// How the values of a parameter are read: a row of one table.
+struct ValueKind {
+    static const ValueKind& opaque;         ///< listed and kept, but not evaluated
+    static const ValueKind& text;           ///< the first value is between double quotes
+    static const ValueKind& number;         ///< one number each
+    static const ValueKind& numberOrSwitch; ///< 0 and 1 alone: numbers until the user says what they are
+    static const ValueKind& point;          ///< two numbers each
+
+    /// With a "?" where it is not settled.
+    const char* name;
+    /// Whether a value, without blanks around it, looks like one of this kind. The first row that says so counts.
+    bool (*isLike)(const QString& text);
+    /// Whether the user can say that values are of this kind.
+    bool canBeTold;
+    /// Whether the values are one number each, to which an offset can be added.
+    bool isNumeric;
+    bool canBeDrawn;
+    QVariant (*value)(const QString& text);
+    /// The same text for all ways of writing a value.
+    QString (*normalised)(const QString& text);
+    /// What a person would write, as a file has it. Throws `Problem`.
+    QString (*written)(const QString& given, const QString& path);
+    /// Reads a parameter as values of this kind.
+    Sampler (*sampler)(const FileParameter& parameter);
 };
 
-/// "number", with a "?" behind what is not settled.
-QString kindName(ValueKind kind);
+using Kind = const ValueKind*;
+
+/// The kind of one value, as a guess.
+Kind kindOfValue(const QString& text);
 /// The kind of values of two kinds. A text that begins as one stays one.
-ValueKind commonKind(ValueKind a, ValueKind b);
+Kind commonKind(Kind a, Kind b);
+/// The kind of that name, if the user can choose it, otherwise null.
+Kind kindToldAs(const QString& name);
 
-/// Whether a pattern names a path: the path itself, a group above it, or a shell pattern (`*`, `?`, `[...]`).
-class PathPattern {
-public:
-    explicit PathPattern(const QString& pattern);
-    bool matches(const QString& path) const;
-
-private:
-    QString m_pattern;
-    QRegExp m_shellPattern;
-};
-
-/// What the user knows of the kinds, as "PATTERN=switch", "number", "point" or "text". The last that matches counts.
-class KindRules {
-public:
-    /// Throws `Problem` for a rule that is none, with the place of the rule before the message.
-    void add(const QString& rule, const QString& place);
-    /// The kind that is told for a path, otherwise `guess`.
-    ValueKind kindOf(const QString& path, ValueKind guess) const;
-
-private:
-    std::vector<std::pair<PathPattern, ValueKind>> m_rules;
-};
-
-/// The kinds of all parameters of a text, each guessed from all its values when it is first asked for. A parameter
-/// without values is of its master's kind.
-class Kinds {
-public:
-    Kinds(const ProjectText& text, const KindRules& rules);
-    ValueKind of(int node);
-    /// Whether some values are not of the kind that the user has told.
-    bool isContradicted(int node);
-
-private:
-    ValueKind guess(int node);
-
-    const ProjectText& m_text;
-    KindRules m_rules;
-    std::vector<std::optional<ValueKind>> m_guesses;
-};
+/// The format holds infinite values and such as are no number, but no curve goes through them. Throws `Problem`.
+double finiteNumber(const QString& text, const QString& path);
 
 } // namespace Tool

@@ -1,5 +1,6 @@
 // One main path of the library, a thousand times, for a profiler that collects inside `counted` only: see
-// bench/instructions/count.sh. Without an argument, the names of the paths; "--stamp" tells what the counts depend on.
+// bench/instructions/count.sh. Without an argument prints the names of the paths, with "--stamp" what the counts depend
+// on.
 
 #include "bench/Curves.h"
 #include "bench/ProjectText.h"

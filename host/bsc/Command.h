@@ -7,10 +7,11 @@
 /// What Prm expects of its host. A host may supply headers and classes of its own under these names.
 namespace Bsc {
 
-/// One step that can be done and undone. A new command has done nothing yet; from then on `doIt` and `undoIt` are
-/// called in turn, any number of times.
+/// One step that can be done and undone. A new command has done nothing; then `doIt` and `undoIt` are called
+/// alternately, any number of times.
 ///
-/// Either call may throw. It then leaves things as it found them: a command whose `doIt` threw is never undone.
+/// Either call may throw; it must then restore the state before it (strong guarantee). A command whose `doIt` threw is
+/// not undone.
 ///
 /// \snippet host_services.cpp command
 /// \threads Done and undone on the thread of what it changes.
@@ -18,7 +19,7 @@ class PRM_HOST_EXPORT Command {
 public:
     virtual void doIt() = 0;
     virtual void undoIt() = 0;
-    /// A word on what the command concerns, for the usage log. May be empty, as it is here.
+    /// What the command concerns, in one word, for the usage log. May be empty. Here: empty.
     virtual QString usageLogInfo() const;
     virtual ~Command();
 

@@ -11,7 +11,7 @@ namespace {
 void warnOfFailedRollBack() noexcept {
     try {
         qWarning("Bsc::CompositeCommand: a command failed while it was rolled back");
-    } catch (...) { // NOLINT(bugprone-empty-catch): nobody is left to tell
+    } catch (...) { // NOLINT(bugprone-empty-catch): nothing more can be done
     }
 }
 

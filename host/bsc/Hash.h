@@ -8,9 +8,9 @@
 
 namespace Bsc {
 
-/// Hashes a stream of bytes to 128 bits (XXH3). Only the bytes and their order count, not how they were cut into
-/// pieces; equal bytes give equal results on every machine, in every run, so that results can name files in a shared
-/// cache. Not for secrets: whoever chooses the bytes can make two streams collide.
+/// Hashes a stream of bytes to 128 bits (XXH3). The result depends only on the bytes and their order, and is the same
+/// on every machine and in every run, so that it can name files in a shared cache. Not for secrets: collisions can be
+/// made on purpose.
 ///
 /// A copy continues from the state of the original.
 ///
@@ -24,9 +24,8 @@ public:
     Hash& operator=(const Hash& other);
     ~Hash();
 
-    /// Adds bytes as they lie in memory. Numbers have to be brought into one byte order first where machines of
-    /// different order shall agree. No bytes change nothing, also with null; null with a size throws
-    /// `std::invalid_argument`.
+    /// Adds bytes of memory. Convert numbers to one byte order first if machines of different byte orders must agree.
+    /// Size 0 does nothing, even with null; null with another size throws `std::invalid_argument`.
     void addData(const void* data, std::size_t size);
     /// The hash of all bytes so far. More may be added afterwards.
     HashValue result() const;
@@ -35,7 +34,7 @@ private:
     struct Release {
         void operator()(void* state) const noexcept;
     };
-    /// Made and sized by the hashing library, whose header stays out of this one.
+    /// Allocated by the hashing library, whose header is not included here.
     std::unique_ptr<void, Release> m_state;
 };
 

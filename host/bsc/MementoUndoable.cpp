@@ -9,23 +9,23 @@ namespace Bsc {
 class MementoUndoable::ImportScope {
 public:
     explicit ImportScope(MementoUndoable& object) noexcept
-        : m_object(&object), m_outer(object.m_innermostImport), m_wasImporting(object.m_importing) {
-        object.m_innermostImport = this;
-        object.m_importing = true;
+        : m_object(&object), m_outer(object.m_import.innermost), m_wasImporting(object.m_import.isRunning) {
+        object.m_import.innermost = this;
+        object.m_import.isRunning = true;
     }
 
     ~ImportScope() {
         if (!m_object)
             return;
         putFlagBack();
-        m_object->m_innermostImport = m_outer;
+        m_object->m_import.innermost = m_outer;
     }
 
     ImportScope(const ImportScope&) = delete;
     ImportScope& operator=(const ImportScope&) = delete;
 
     bool objectIsAlive() const noexcept { return m_object != nullptr; }
-    void putFlagBack() noexcept { m_object->m_importing = m_wasImporting; }
+    void putFlagBack() noexcept { m_object->m_import.isRunning = m_wasImporting; }
 
     /// Tells this scope and all outer ones that the object is gone.
     void disconnectChain() noexcept {
@@ -40,8 +40,8 @@ private:
 };
 
 MementoUndoable::~MementoUndoable() {
-    if (m_innermostImport)
-        m_innermostImport->disconnectChain();
+    if (m_import.innermost)
+        m_import.innermost->disconnectChain();
 }
 
 void MementoUndoable::postImportState() {}

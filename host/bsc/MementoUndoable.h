@@ -9,8 +9,7 @@ namespace Bsc {
 
 /// An object whose state can be taken as a snapshot and put back. Meant as a virtual base.
 ///
-/// States are put back through `Bsc::importState`, not by calling the two import operations alone: only then does
-/// `isImporting` tell the truth.
+/// Restore states with `Bsc::importState`, which sets `isImporting`, and not by calling the two import operations.
 ///
 /// \snippet host_services.cpp snapshot
 /// \threads One at a time.
@@ -26,21 +25,29 @@ public:
     virtual boost::shared_ptr<MementoBase> exportState() const = 0;
 
     /// Whether a state is being put back right now.
-    bool isImporting() const noexcept { return m_importing; }
+    bool isImporting() const noexcept { return m_import.isRunning; }
 
 protected:
+    // Defaulted, so that the copy constructors of derived classes need not name this base.
     MementoUndoable() = default;
-    /// Importing belongs to the object and not to its state: a copy is not importing, and assignment changes nothing.
-    MementoUndoable(const MementoUndoable&) noexcept {}
-    MementoUndoable& operator=(const MementoUndoable&) noexcept { return *this; }
+    MementoUndoable(const MementoUndoable&) = default;
+    MementoUndoable& operator=(const MementoUndoable&) = default;
 
 private:
     class ImportScope;
     friend PRM_HOST_EXPORT void importState(MementoUndoable& object, boost::shared_ptr<MementoBase> snapshot,
                                             bool flagDuringPost);
 
-    ImportScope* m_innermostImport = nullptr;
-    bool m_importing = false;
+    /// Importing belongs to the object and not to its state: a copy is not importing, and assignment changes nothing.
+    struct Import {
+        Import() = default;
+        Import(const Import&) noexcept {}
+        Import& operator=(const Import&) noexcept { return *this; }
+
+        ImportScope* innermost = nullptr;
+        bool isRunning = false;
+    };
+    Import m_import;
 };
 
 /// Puts a snapshot back: `doImportState`, then `postImportState`. `isImporting` is true during the first, and during

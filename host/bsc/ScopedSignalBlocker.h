@@ -5,8 +5,8 @@
 
 namespace Bsc {
 
-/// Blocks the signals of an object for a scope, unless they were blocked already: whoever blocked them unblocks them.
-/// The object may be null, and may die within the scope.
+/// Blocks the signals of an object for a scope. Does nothing if they are blocked already. The object may be null, and
+/// may be deleted within the scope.
 ///
 /// \snippet observing.cpp block
 /// \threads The thread of the object whose signals are blocked.

@@ -10,14 +10,14 @@
 
 namespace Bsc {
 
-/// A collection without repeats; adding, finding and removing take constant time. Its elements carry no order of their
-/// own, and are visited in the order in which they were first added, so that every run visits them alike.
+/// A collection without repeats; adding, finding and removing take constant time. Iteration is in the order in which
+/// the elements were first added, so that it is the same in every run.
 ///
-/// T is copyable, has `==`, and a `qHash` found beside it; both must stay the same while an element is in the bag.
+/// T is copyable, has `==`, and a `qHash` in its namespace; both must not change while an element is in the bag.
 /// Iterators and references stay valid until their element is removed or the bag is assigned to.
 ///
 /// \snippet host_services.cpp bag
-/// \threads Any number may read a bag that none changes, as with a standard container.
+/// \threads As a standard container: any number of threads may read a bag that none changes.
 template <class T> class UniqBag {
 public:
     using value_type = T;
@@ -40,7 +40,7 @@ public:
     }
     ~UniqBag() = default;
 
-    /// Whether the value was new. An exception changes nothing.
+    /// Returns whether the value was new. An exception changes nothing.
     bool insert(const T& value) {
         if (contains(value))
             return false;
@@ -50,7 +50,7 @@ public:
         return true;
     }
 
-    /// Whether the value was there. It may be given as a reference to the element itself.
+    /// Returns whether the value was there. The argument may be a reference to the element itself.
     bool erase(const T& value) {
         const auto found = m_positions.find(&value);
         if (found == m_positions.end())
@@ -77,7 +77,7 @@ public:
         m_positions.swap(other.m_positions);
     }
 
-    /// The same elements, in whatever order they were added.
+    /// Whether both have the same elements, in any order.
     friend bool operator==(const UniqBag& a, const UniqBag& b) { return a.size() == b.size() && b.holdsAllOf(a); }
     friend bool operator!=(const UniqBag& a, const UniqBag& b) { return !(a == b); }
 

@@ -12,20 +12,20 @@ namespace Product {
 /// The settings of the running product.
 ///
 /// \snippet host_services.cpp settings
-/// \threads Any; a source is called on the thread that asks, with no lock held.
+/// \threads Any. A source is called on the calling thread, without a lock.
 class PRM_HOST_EXPORT Settings {
 public:
     using Source = std::function<QVariant(const QString& key, const QVariant& defaultValue, bool systemWide)>;
 
-    /// The value stored under a key, or the default when nothing usable is stored there. With `systemWide` a key that
-    /// the user has not set for this product is also looked up in what the user has set for the whole organisation, and
-    /// then in what the machine sets for all users.
+    /// The value stored under a key, or the default if nothing usable is stored there. With `systemWide`, a key that
+    /// the user has not set for this product is searched in the user's settings for the whole organisation, and then in
+    /// the settings for all users of the machine.
     ///
-    /// Reads the `QSettings` of the organisation and application that `QCoreApplication` names, afresh each time.
+    /// Reads the `QSettings` of the organisation and application that `QCoreApplication` names, at each call.
     static QVariant value(const QString& key, const QVariant& defaultValue = QVariant(), bool systemWide = true);
 
-    /// From now on `value` asks this function, which may throw and may be called from several threads at once. An
-    /// invalid answer counts as nothing stored. Null puts `QSettings` back.
+    /// Sets a function that `value` calls from now on. It may throw, and may be called from several threads at once. An
+    /// invalid result means that nothing is stored. Null restores `QSettings`.
     static void replaceSource(Source source);
 };
 

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <utility>
+
 namespace Prm::detail {
 
 class LifeGuard;
 
 /// Base of objects that an observer may destroy while one of their own operations is still running. A `LifeGuard` on
-/// that operation's stack tells afterwards whether the object is still there. Costs one pointer, allocates nothing,
+/// that operation's stack knows afterwards whether the object still exists. Costs one pointer, allocates nothing,
 /// and belongs to the thread that owns the object.
 class Mortal {
 protected:
@@ -29,19 +31,24 @@ private:
 /// Knows whether the object that it was made for is still alive.
 class LifeGuard {
 public:
-    explicit LifeGuard(const Mortal& object) : m_object(&object), m_next(object.m_guards) { object.m_guards = this; }
+    explicit LifeGuard(const Mortal& object) : m_object(&object) { enter(); }
+    /// Of the same object, if it is alive.
+    LifeGuard(const LifeGuard& other) noexcept : m_object(other.m_object) { enter(); }
+    LifeGuard& operator=(const LifeGuard&) = delete;
     ~LifeGuard() {
         if (m_object)
             leave();
     }
-    LifeGuard(const LifeGuard&) = delete;
-    LifeGuard& operator=(const LifeGuard&) = delete;
 
     bool alive() const { return m_object != nullptr; }
 
 private:
     friend class Mortal;
 
+    void enter() noexcept {
+        if (m_object)
+            m_next = std::exchange(m_object->m_guards, this);
+    }
     void leave() {
         LifeGuard** link = &m_object->m_guards;
         while (*link != this)
@@ -50,7 +57,7 @@ private:
     }
 
     const Mortal* m_object;
-    LifeGuard* m_next;
+    LifeGuard* m_next = nullptr;
 };
 
 #if defined(__GNUC__) && !defined(__clang__) && __GNUC__ >= 12

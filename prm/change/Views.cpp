@@ -154,7 +154,7 @@ std::vector<View> Views::currentViews() const {
 }
 
 void Views::setCurrentView(const View& view) {
-    // The argument may be the reference that `currentView` answered.
+    // The argument may be the reference that `currentView` returned.
     const View chosen = view;
     const Lock lock(m_mutex);
     m_currentViews.assign(1, chosen);

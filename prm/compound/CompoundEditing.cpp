@@ -2,9 +2,10 @@
 
 #include "host/bsc/CompositeCommand.h"
 #include "prm/AnimationState.h"
+#include "prm/CompoundParameter.h"
 #include "prm/ParameterEdits.h"
-#include "prm/compound/CompoundWalk.hpp"
 #include "prm/edits/KeyframeMoves.h"
+#include "prm/set/SetWalk.h"
 
 #include <QSet>
 
@@ -99,17 +100,17 @@ int CompoundParameter::iAddKeyframe(const Frame& frame, const AnimationState& st
 
 void CompoundParameter::vDeleteKeyframe(const Context::Explicit& context) {
     const Context::Explicit at = context;
-    forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t) { parameter.vDeleteKeyframe(at); });
+    PartWalk(*this).forEach([&](ParameterWithoutType& parameter) { parameter.vDeleteKeyframe(at); });
 }
 
 void CompoundParameter::vDeleteAllKeyframes(const View& view) {
     const View cleared = view;
-    forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t) { parameter.vDeleteAllKeyframes(cleared); });
+    PartWalk(*this).forEach([&](ParameterWithoutType& parameter) { parameter.vDeleteAllKeyframes(cleared); });
 }
 
 void CompoundParameter::vReset(const Context& context) {
     const Context at = context;
-    forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t) { parameter.vReset(at); });
+    PartWalk(*this).forEach([&](ParameterWithoutType& parameter) { parameter.vReset(at); });
 }
 
 void CompoundParameter::adjustKeyframesTime(const boost::function<Time(Time)>& mapping) {
@@ -131,24 +132,22 @@ void CompoundParameter::retimeKeyframes(const boost::function<Time(Time)>& mappi
 }
 
 void CompoundParameter::vSetExtrapolationBefore(Extrapolation kind) {
-    forEachSubparameter([=](ParameterWithoutType& parameter, std::size_t) { parameter.vSetExtrapolationBefore(kind); });
+    PartWalk(*this).forEach([=](ParameterWithoutType& parameter) { parameter.vSetExtrapolationBefore(kind); });
 }
 
 void CompoundParameter::vSetExtrapolationAfter(Extrapolation kind) {
-    forEachSubparameter([=](ParameterWithoutType& parameter, std::size_t) { parameter.vSetExtrapolationAfter(kind); });
+    PartWalk(*this).forEach([=](ParameterWithoutType& parameter) { parameter.vSetExtrapolationAfter(kind); });
 }
 
 void CompoundParameter::vSetDefaultInterpolation(Interpolation kind) {
-    forEachSubparameter(
-        [=](ParameterWithoutType& parameter, std::size_t) { parameter.vSetDefaultInterpolation(kind); });
+    PartWalk(*this).forEach([=](ParameterWithoutType& parameter) { parameter.vSetDefaultInterpolation(kind); });
 }
 
 bool CompoundParameter::vSetInterpolation(Interpolation kind, const Context& context) {
     const Context at = context;
     bool anySet = false;
-    forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t) {
-        anySet = parameter.vSetInterpolation(kind, at) || anySet;
-    });
+    PartWalk(*this).forEach(
+        [&](ParameterWithoutType& parameter) { anySet = parameter.vSetInterpolation(kind, at) || anySet; });
     return anySet;
 }
 
@@ -156,7 +155,7 @@ void CompoundParameter::vSetInterpolationData(IType data, unsigned int index, co
     if (index >= keyframeCount(view))
         return;
     const Context at = keyframeTime(index, view);
-    forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t) {
+    PartWalk(*this).forEach([&](ParameterWithoutType& parameter) {
         unsigned int position = 0;
         const Context written = detail::writtenAt(parameter, at);
         if (parameter.bKeyframeAt(Context::Explicit(written)) && parameter.bNearestKeyframeIndex(written, position))
@@ -165,7 +164,7 @@ void CompoundParameter::vSetInterpolationData(IType data, unsigned int index, co
 }
 
 void CompoundParameter::setSplittable(bool splittable) {
-    forEachSubparameter([=](ParameterWithoutType& parameter, std::size_t) { parameter.setSplittable(splittable); });
+    PartWalk(*this).forEach([=](ParameterWithoutType& parameter) { parameter.setSplittable(splittable); });
 }
 
 void CompoundParameter::copyViewData(const View& from, const View& to, const ParameterWithoutType* source) {
@@ -175,7 +174,7 @@ void CompoundParameter::copyViewData(const View& from, const View& to, const Par
     const View shown = from;
     const View taking = to;
     const Parts sources = other->listedParts();
-    forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t i) {
+    PartWalk(*this).forEach([&](ParameterWithoutType& parameter, std::size_t i) {
         if (sources[i])
             parameter.copyViewData(shown, taking, source ? sources[i].data() : nullptr);
     });
@@ -183,24 +182,22 @@ void CompoundParameter::copyViewData(const View& from, const View& to, const Par
 
 void CompoundParameter::uniquifyView(const View& view) {
     const View split = view;
-    forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t) { parameter.uniquifyView(split); });
+    PartWalk(*this).forEach([&](ParameterWithoutType& parameter) { parameter.uniquifyView(split); });
 }
 
 bool CompoundParameter::initialiseHeroView(const View& hero, const View& from) {
     const View taking = hero;
     const View shown = from;
     bool any = false;
-    forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t) {
-        any = parameter.initialiseHeroView(taking, shown) || any;
-    });
+    PartWalk(*this).forEach(
+        [&](ParameterWithoutType& parameter) { any = parameter.initialiseHeroView(taking, shown) || any; });
     return any;
 }
 
 bool CompoundParameter::deleteView(const View& view) {
     const View removed = view;
     bool any = false;
-    forEachSubparameter(
-        [&](ParameterWithoutType& parameter, std::size_t) { any = parameter.deleteView(removed) || any; });
+    PartWalk(*this).forEach([&](ParameterWithoutType& parameter) { any = parameter.deleteView(removed) || any; });
     return any;
 }
 

@@ -1,9 +1,10 @@
 // A compound's keyframes and views: the union of those of its subparameters.
 
 #include "prm/AnimationState.h"
+#include "prm/CompoundParameter.h"
 #include "prm/SerialisedKeyframe.h"
-#include "prm/compound/CompoundWalk.hpp"
 #include "prm/edits/KeyframeMoves.h"
+#include "prm/set/SetWalk.h"
 #include "prm/text/LineParts.h"
 #include "prm/track/KeyframeRevision.h"
 #include "prm/track/KeyframeSearch.h"
@@ -11,6 +12,7 @@
 #include <QStringList>
 #include <boost/make_shared.hpp>
 
+#include <algorithm>
 #include <stdexcept>
 #include <typeinfo>
 
@@ -136,7 +138,7 @@ QVector<Context> CompoundParameter::allKeyframes() const {
 }
 
 bool CompoundParameter::isKeyframed() const {
-    return anySubparameter([](const ParameterWithoutType& parameter) { return parameter.isKeyframed(); });
+    return firstKeyframed() != nullptr;
 }
 
 unsigned int CompoundParameter::keyframeCount(const View& view) const {
@@ -224,7 +226,7 @@ IType CompoundParameter::interpolationData(const KeyframeIndex& keyframe) const 
     return first->interpolationData({first, keyframe.view, index});
 }
 
-/// The keyframes of the subparameters at one time; in text one line for each, behind its name.
+/// The keyframes of the subparameters at one time; in text one line for each, after its name.
 class CompoundParameter::CompoundKeyframe : public SerialisedKeyframe {
 public:
     struct Part {
@@ -349,9 +351,15 @@ boost::shared_ptr<SerialisedKeyframe> CompoundParameter::getSerialisedKeyframe(C
 void CompoundParameter::importKeyframe(const SerialisedKeyframe& keyframe) {
     // A copy: observers of the first change may release the original.
     const std::vector<CompoundKeyframe::Part> parts = dynamic_cast<const CompoundKeyframe&>(keyframe).parts;
-    forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t i) {
-        if (i < parts.size() && parts[i].keyframe)
-            parameter.importKeyframe(*parts[i].keyframe);
+    // Its own keyframe goes back by part, since observers may have reordered them; another compound's goes by position.
+    const bool isOwn = std::any_of(parts.begin(), parts.end(),
+                                   [&](const auto& part) { return part.parameter && lists(*part.parameter); });
+    PartWalk(*this).forEach([&](ParameterWithoutType& parameter, std::size_t place) {
+        const auto part = isOwn ? std::find_if(parts.begin(), parts.end(),
+                                               [&](const auto& one) { return one.parameter == &parameter; })
+                                : parts.begin() + static_cast<std::ptrdiff_t>(std::min(place, parts.size()));
+        if (part != parts.end() && part->keyframe)
+            parameter.importKeyframe(*part->keyframe);
     });
 }
 
@@ -375,11 +383,13 @@ int CompoundParameter::numViews() const {
 }
 
 bool CompoundParameter::isSplit() const {
-    return anySubparameter([](const ParameterWithoutType& parameter) { return parameter.isSplit(); });
+    return std::any_of(parameters().begin(), parameters().end(),
+                       [](const auto& parameter) { return parameter->isSplit(); });
 }
 
 bool CompoundParameter::splittable() const {
-    return anySubparameter([](const ParameterWithoutType& parameter) { return parameter.splittable(); });
+    return std::any_of(parameters().begin(), parameters().end(),
+                       [](const auto& parameter) { return parameter->splittable(); });
 }
 
 } // namespace Prm

@@ -1,7 +1,7 @@
 #include "prm/CompoundParameter.h"
 
 #include "prm/Parameter.h"
-#include "prm/compound/CompoundWalk.hpp"
+#include "prm/set/SetWalk.h"
 #include "prm/text/LineParts.h"
 
 #include <QDebug>
@@ -34,9 +34,8 @@ CompoundParameter::CompoundParameter(const QString& name, bool keyframeTogether,
 }
 
 CompoundParameter::CompoundParameter(const CompoundParameter& other)
-    : Bsc::MementoUndoable(other), ParameterWithoutTypeBase(other), ParameterSet(other),
-      m_keyframeTogether(other.m_keyframeTogether) {
-    forEachSubparameter([this](ParameterWithoutType& parameter, std::size_t) { addUpstreamParameter(parameter); });
+    : ParameterWithoutTypeBase(other), ParameterSet(other), m_keyframeTogether(other.m_keyframeTogether) {
+    PartWalk(*this).forEach([this](ParameterWithoutType& parameter) { addUpstreamParameter(parameter); });
 }
 
 CompoundParameter::~CompoundParameter() {
@@ -123,7 +122,7 @@ void CompoundParameter::setVariantValue(const QVariant& value, const Context& co
         return;
     }
     const Context at = context;
-    forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t i) {
+    PartWalk(*this).forEach([&](ParameterWithoutType& parameter, std::size_t i) {
         parameter.setVariantValue(values.at(static_cast<int>(i)), at);
     });
 }
@@ -181,7 +180,7 @@ bool CompoundParameter::streamInValue(const QString& line, const ProjectFileVers
     if (!convert) {
         taken = readByMembers(line, version);
     } else {
-        forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t) {
+        PartWalk(*this).forEach([&](ParameterWithoutType& parameter) {
             QString rest;
             if (!taken && detail::behindName(line, parameter.scriptName(), rest))
                 taken = parameter.streamInValue(rest, version, convert);

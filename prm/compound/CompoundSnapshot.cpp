@@ -1,7 +1,8 @@
 // The state of a compound's parts, taken and put back.
 
 #include "host/bsc/MementoUndoable.h"
-#include "prm/compound/CompoundWalk.hpp"
+#include "prm/CompoundParameter.h"
+#include "prm/set/SetWalk.h"
 #include "prm/untyped/PartialState.h"
 #include "prm/untyped/Restoring.h"
 
@@ -78,7 +79,7 @@ void CompoundParameter::doImportState(boost::shared_ptr<Bsc::MementoBase> snapsh
     const auto* const memento = dynamic_cast<const MementoImpl*>(snapshot.get());
     if (!memento)
         return;
-    forEachSubparameter([&](ParameterWithoutType& parameter, std::size_t i) {
+    PartWalk(*this).forEach([&](ParameterWithoutType& parameter, std::size_t i) {
         if (i < memento->states.size())
             Bsc::importState(parameter, memento->states[i]);
     });

@@ -91,7 +91,7 @@ public:
         return taken;
     }
 
-    /// Leaves the blocks to whoever retires them.
+    /// Gives up ownership of the blocks; the caller retires them.
     void release() {
         for (Piece& piece : m_pieces) {
             for (Owned& block : piece)

@@ -131,7 +131,7 @@ public:
         return insert(view, contents);
     }
 
-    /// What a read of the view answers from: its own data, the source data, or the template. For the owning thread.
+    /// The data that the view reads: its own data, the source data, or the template. For the owning thread.
     const Block& resolve(View view) const {
         if (const Block* own = findRealViewData(view))
             return *own;
@@ -184,11 +184,10 @@ public:
     Block& templateData() { return m_template; }
     const Block& templateData() const { return m_template; }
 
-    /// Protects the block that answers for a view, and returns it: for any thread. The view is that which `choose` finds
-    /// when it is shown the map, with which the block and the parameter's settings are of one state. It is not asked
-    /// while all views read one block.
-    template <class Choose>
-    PRM_ALWAYS_INLINE const Block& protect(Protection& protection, const Choose& choose) const {
+    /// Protects the block that answers for a view, and returns it: for any thread. The view is that which `choose`
+    /// finds when it is shown the map, with which the block and the parameter's settings are of one state. It is not
+    /// asked while all views read one block.
+    template <class Choose> PRM_ALWAYS_INLINE const Block& protect(Protection& protection, const Choose& choose) const {
         const Block* const only = m_only.load(std::memory_order_acquire);
         return only && protection.protect(only, m_only) ? *only : protectListed(protection, choose);
     }
@@ -274,7 +273,7 @@ private:
         return taken;
     }
 
-    /// Leaves the blocks to whoever retires them.
+    /// Gives up ownership of the blocks; the caller retires them.
     static void letGo(Blocks blocks) {
         static_cast<void>(blocks.one.release());
         if (blocks.several)
@@ -359,8 +358,8 @@ private:
     Block m_template;
 };
 
-/// A copy of the data that a view reads, and of its keyframes as long as nobody changes them: for questions during which
-/// code of a host's may run.
+/// A copy of the data that a view reads, and of its keyframes as long as nobody changes them: for questions during
+/// which code of a host's may run.
 template <class T> class HeldTrack : public HeldCopy {
 public:
     /// What an assignment changes together with the data.

@@ -7,17 +7,11 @@ template <class T> NumericParameter<T>::NumericParameter() : NumericParameter(QS
 template <class T>
 NumericParameter<T>::NumericParameter(const QString& name, const T& value, ParameterOptions options,
                                       ParameterSet* parent)
-    : ParameterWithoutType(options.testFlag(Locked), options.testFlag(Hidden), parent), CurveParameter<T>(name, value,
-                                                                                                          options,
-                                                                                                          parent),
-      NumericParameterWithoutType(parent) {
-}
+    : CurveParameter<T>(name, value, options, parent) {}
 
 template <class T>
 NumericParameter<T>::NumericParameter(const NumericParameter& other)
-    : Bsc::MementoUndoable(other), ParameterWithoutType(other), CurveParameter<T>(other),
-      NumericParameterWithoutType(other) {
-}
+    : ParameterWithoutType(), CurveParameter<T>(other), NumericParameterWithoutType(other) {}
 
 template <class T> NumericParameter<T>::~NumericParameter() {
     this->announceDeletion();

@@ -58,7 +58,7 @@ public:
     }
 
     Time time;
-    /// The invalid view stands for none.
+    /// The invalid view means none.
     View view = View::INVALID();
     AnimationFlags flags;
     T value{};

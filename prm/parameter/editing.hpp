@@ -1,6 +1,6 @@
 #pragma once
 
-// The direct edits of keyframes, static values and kinds of curve. Each guards, changes, and tells.
+// The direct edits of keyframes, static values and kinds of curve. Each guards, changes, and notifies.
 
 #include "prm/Parameter.h"
 #include "prm/text/LineNotes.h"
@@ -139,7 +139,7 @@ template <class T> void Parameter<T>::vDeleteAllKeyframes(const View& view) {
         lock.keyframes().swap(removed);
         ++m_revision;
     }
-    // Not the factory: observers of this change are never told which view was cleared.
+    // Not the factory: this change does not name the view that was cleared.
     ParameterChange change(ParameterChange::VIEW_CLEARED, *this, 0);
     emitChange(change);
 }

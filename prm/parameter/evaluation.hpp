@@ -201,11 +201,9 @@ private:
     T askHooks(const HeldTrack& held, int& cursor) const {
         const KeyframeVector& keyframes = held.track.keyframes;
         if (keyframes.isEmpty())
-            return m_parameter.supportsExtrapolationFromNoKeys()
-                       ? m_parameter.extrapolateValue({}, m_context, m_cache)
-                       : held.track.staticValue;
-        const detail::Bracket at =
-            detail::bracketNear(keyframes.constData(), keyframes.size(), m_context.time, cursor);
+            return m_parameter.supportsExtrapolationFromNoKeys() ? m_parameter.extrapolateValue({}, m_context, m_cache)
+                                                                 : held.track.staticValue;
+        const detail::Bracket at = detail::bracketNear(keyframes.constData(), keyframes.size(), m_context.time, cursor);
         if (at.before == at.after)
             return keyframes.at(detail::firstAtTime(keyframes, at.before)).value;
         const BoundingKeyframes around = detail::named(at, held.view, m_parameter);
@@ -295,9 +293,7 @@ IType Parameter<T>::initialiseInterpolation(const KeyframeData<T>&, const Keyfra
 
 template <class T> Extrapolation Parameter<T>::extrapolationBefore() const {
     return askShown(
-        [](const Parameter& shown) {
-            return shown.isKeyframed() ? shown.outside().before : Extrapolation::Constant;
-        },
+        [](const Parameter& shown) { return shown.isKeyframed() ? shown.outside().before : Extrapolation::Constant; },
         [](const Parameter& shown) { return shown.extrapolationBefore(); });
 }
 

@@ -25,9 +25,9 @@ template <class T> Parameter<T>::Parameter() : Parameter(QString()) {}
 
 template <class T>
 Parameter<T>::Parameter(const QString& name, const T& value, ParameterOptions options, ParameterSet* parent)
-    : ParameterWithoutType(options.testFlag(Locked), options.testFlag(Hidden), parent),
-      m_keyframed(options.testFlag(Keyframed)), m_splittable(options.testFlag(Splittable)),
+    : m_keyframed(options.testFlag(Keyframed)), m_splittable(options.testFlag(Splittable)),
       m_defaultInterpolation(blends<T> ? Interpolation::Linear : Interpolation::Constant), m_views(value) {
+    initialise(options.testFlag(Locked), options.testFlag(Hidden), parent);
     ParameterWithoutType::setScriptName(name);
     if (!blends<T>)
         setEvaluated();
@@ -35,11 +35,12 @@ Parameter<T>::Parameter(const QString& name, const T& value, ParameterOptions op
 
 template <class T>
 Parameter<T>::Parameter(const Parameter& other)
-    : Bsc::MementoUndoable(other), ParameterWithoutType(other), m_keyframed(other.m_keyframed.load()),
-      m_splittable(other.m_splittable.load()), m_isSplit(other.m_isSplit.load()),
-      m_viewInterpolation(other.m_viewInterpolation.load()), m_extrapolationBefore(other.m_extrapolationBefore.load()),
+    : ParameterWithoutType(), m_keyframed(other.m_keyframed.load()), m_splittable(other.m_splittable.load()),
+      m_isSplit(other.m_isSplit.load()), m_viewInterpolation(other.m_viewInterpolation.load()),
+      m_extrapolationBefore(other.m_extrapolationBefore.load()),
       m_extrapolationAfter(other.m_extrapolationAfter.load()),
       m_defaultInterpolation(other.m_defaultInterpolation.load()), m_views(other.m_views, T()) {
+    initialise(other);
     if (!blends<T>)
         setEvaluated();
 }

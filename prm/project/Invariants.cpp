@@ -38,6 +38,19 @@ const char* Invariants::brokenInKeyframes(const ParameterWithoutType& parameter)
     return ascending ? nullptr : "keyframes are not in ascending order of valid times";
 }
 
+/// Looks at each parameter once, however many look for circles above them.
+bool Invariants::leadsToCircle(const ParameterWithoutType& parameter) {
+    QSet<const ParameterWithoutType*> passed;
+    const ParameterWithoutType* one = &parameter;
+    for (; one && one->masterParameter() && !m_withoutCircle.contains(one); one = one->masterParameter()) {
+        if (passed.contains(one))
+            return true;
+        passed.insert(one);
+    }
+    m_withoutCircle.unite(passed);
+    return false;
+}
+
 const char* Invariants::brokenInLinks(const ParameterWithoutType& parameter) {
     const ParameterWithoutType* previous = nullptr;
     for (const ParameterWithoutType* one = parameter.rarities().firstConstrained; one; one = one->nextConstrained()) {
@@ -52,15 +65,7 @@ const char* Invariants::brokenInLinks(const ParameterWithoutType& parameter) {
     const ParameterWithoutType* const master = parameter.masterParameter();
     if (master && !parameter.nextConstrained() && master->rarities().lastConstrained != &parameter)
         return "the master does not list the parameter";
-    const ParameterWithoutType* slow = &parameter;
-    const ParameterWithoutType* fast = &parameter;
-    while (fast && fast->masterParameter()) {
-        slow = slow->masterParameter();
-        fast = fast->masterParameter()->masterParameter();
-        if (fast == slow)
-            return "the masters form a circle";
-    }
-    return nullptr;
+    return leadsToCircle(parameter) ? "the masters form a circle" : nullptr;
 }
 
 const char* Invariants::brokenInUnion(const CompoundParameter& compound) {
@@ -157,60 +162,53 @@ QString named(const QString& name, const char* broken) {
     return broken ? name + QLatin1String(": ") + QLatin1String(broken) : QString();
 }
 
-/// Of everything below a set, each once, in a list of its own: trees are deeper than stacks.
-class Walk {
+/// Of everything below a set, each once.
+class Below {
 public:
-    explicit Walk(const ParameterSet& top) : m_top(top), m_sets{&top} {}
+    explicit Below(const ParameterSet& top) : m_top(top) {}
 
-    QString broken() {
+    QString brokenIn(const ParameterSet& set) {
+        if (const char* broken = Invariants::brokenIn(set))
+            return named(set.scriptName(), broken);
         QString found;
-        while (found.isEmpty() && !m_sets.empty()) {
-            const ParameterSet* const set = m_sets.back();
-            m_sets.pop_back();
-            found = brokenIn(*set);
+        for (const auto& parameter : set.parameters()) {
+            if (const char* broken = m_invariants.brokenIn(*parameter))
+                return named(parameter->scriptName(), broken);
+            if (const auto* const compound = dynamic_cast<const ParameterSet*>(parameter.get()))
+                found = found.isEmpty() ? brokenBelow(*compound) : found;
         }
+        for (const ParameterSet* subset : set.subsets())
+            found = found.isEmpty() ? brokenBelow(*subset) : found;
         return found;
     }
 
 private:
-    QString brokenIn(const ParameterSet& set) {
-        if (const char* broken = Invariants::brokenIn(set))
-            return named(set.scriptName(), broken);
-        for (const auto& parameter : set.parameters()) {
-            if (const char* broken = Invariants::brokenIn(*parameter))
-                return named(parameter->scriptName(), broken);
-            goTo(dynamic_cast<const ParameterSet*>(parameter.get()));
-        }
-        for (const ParameterSet* subset : set.subsets())
-            goTo(subset);
-        return named(set.scriptName(), m_circle ? "the set contains itself" : nullptr);
-    }
-    void goTo(const ParameterSet* set) {
-        m_circle = m_circle || set == &m_top;
-        if (!set || m_seen.contains(set))
-            return;
-        m_seen.insert(set);
-        m_sets.push_back(set);
+    QString brokenBelow(const ParameterSet& set) {
+        if (&set == &m_top)
+            return named(set.scriptName(), "the set contains itself");
+        if (m_seen.contains(&set))
+            return {};
+        m_seen.insert(&set);
+        return brokenIn(set);
     }
 
     const ParameterSet& m_top;
-    std::vector<const ParameterSet*> m_sets;
+    Invariants m_invariants;
     QSet<const ParameterSet*> m_seen;
-    bool m_circle = false;
 };
 
 } // namespace
 
 QString verify(const ParameterSet& set) {
     const QString around = named(set.scriptName(), Invariants::brokenAround(set));
-    return around.isEmpty() ? Walk(set).broken() : around;
+    return around.isEmpty() ? Below(set).brokenIn(set) : around;
 }
 
 QString verify(const BasicParameter& parameter) {
     const char* broken = Invariants::brokenAround(parameter);
     const auto* const animated = dynamic_cast<const ParameterWithoutType*>(&parameter);
     if (!broken && animated)
-        broken = Invariants::brokenIn(*animated);
+        broken = Invariants().brokenIn(*animated);
     const auto* const set = dynamic_cast<const ParameterSet*>(&parameter);
     return broken || !set ? named(parameter.scriptName(), broken) : verify(*set);
 }

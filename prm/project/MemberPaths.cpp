@@ -10,8 +10,7 @@
 namespace Prm::detail {
 
 MemberPaths::MemberPaths(const ParameterSet& root) {
-    QString start;
-    collect(root, start);
+    collect(root, {});
 }
 
 void MemberPaths::add(const QString& path, Kind kind) {
@@ -27,7 +26,7 @@ MemberPaths::Kind MemberPaths::kindOf(const BasicParameter& parameter) {
     return isStatic ? Static : Other;
 }
 
-void MemberPaths::collect(const ParameterSet& set, QString& start) {
+void MemberPaths::collect(const ParameterSet& set, const QString& start) {
     for (const auto& parameter : set.parameters()) {
         const auto* const compound = dynamic_cast<const ParameterSet*>(parameter.get());
         const QStringList names = QStringList(parameter->scriptName()) + parameter->additionalScriptNames();
@@ -35,23 +34,15 @@ void MemberPaths::collect(const ParameterSet& set, QString& start) {
             if (!name.isEmpty())
                 add(start + name, kindOf(*parameter));
             if (compound)
-                collectBelow(*compound, lineStart({}, name, true), start);
+                collect(*compound, lineStart(start, name, true));
         }
     }
     for (const BasicParameter* parameter : set.basicParameters())
         add(start + parameter->scriptName(), kindOf(*parameter));
     for (const ParameterSet* subset : set.subsets()) {
         add(start + subset->scriptName(), Set);
-        collectBelow(*subset, subset->scriptName() + QLatin1Char('.'), start);
+        collect(*subset, start + subset->scriptName() + QLatin1Char('.'));
     }
-}
-
-/// Leaves the start as it was: a deep tree does not copy it at every level.
-void MemberPaths::collectBelow(const ParameterSet& below, const QString& nameAndDot, QString& start) {
-    const int length = start.size();
-    start += nameAndDot;
-    collect(below, start);
-    start.resize(length);
 }
 
 MemberPaths::Match MemberPaths::match(const QString& line) const {

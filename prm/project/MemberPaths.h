@@ -26,8 +26,7 @@ private:
     /// What is at a path; a set and a parameter may share one. `Other`: moved parameters, and kinds of a host's own.
     enum Kind : quint8 { Set = 1, Animated = 2, Compound = 4, Static = 8, Other = 16 };
 
-    void collect(const ParameterSet& set, QString& start);
-    void collectBelow(const ParameterSet& below, const QString& nameAndDot, QString& start);
+    void collect(const ParameterSet& set, const QString& start);
     void add(const QString& path, Kind kind);
     static Kind kindOf(const BasicParameter& parameter);
     static bool reads(quint8 kinds, QStringView rest);

@@ -28,7 +28,7 @@ QString textOf(const QByteArray& line) {
     return detail::ProjectLine{0, line.constData(), line.size()}.text();
 }
 
-/// Some disks refuse only now what they seemed to take. Qt asks as well, and does not look at the answer.
+/// Some disks report a failed write only now. Qt syncs as well, but ignores the result.
 bool isOnDisk(const QSaveFile& file) {
 #ifdef Q_OS_UNIX
     return ::fsync(file.handle()) == 0;
@@ -174,7 +174,7 @@ void ProjectFile::readLines(const QByteArray& text) {
     resolveMasters();
 }
 
-/// The number of the last line that the header may stand in.
+/// The number of the last line that may belong to the header.
 int ProjectFile::readHeader(detail::ProjectLines& lines) {
     Header header;
     int end = 0;
@@ -216,6 +216,7 @@ void ProjectFile::readLine(const detail::ProjectLine& line, detail::LineNotes& n
         return;
     }
     reportLosses(line, notes);
+    noteWaiting(line, notes.waitingIn);
     for (const detail::LineNotes::Master& master : qAsConst(notes.masters))
         m_masterLines.append({line.number, line.bytes(), false, master.parameter, master.id});
 }
@@ -239,6 +240,18 @@ void ProjectFile::keepNotTaken(const detail::ProjectLine& line) {
     keep(line, match == Match::None ? ProjectFileFinding::Unknown : ProjectFileFinding::Refused, match == Match::Read);
 }
 
+/// A moved parameter without a target keeps its last line alone.
+void ProjectFile::noteWaiting(const detail::ProjectLine& line, QObject* moved) {
+    if (!moved)
+        return;
+    KeptLine& former = m_waitingLines[moved];
+    if (former.parameter == moved)
+        report(former.lineNumber, textOf(former.bytes), ProjectFileFinding::Unreadable,
+               QStringLiteral("dropped for line %1: the moved parameter has no target yet, and keeps one line")
+                   .arg(line.number));
+    former = {line.number, line.bytes(), false, moved, {}};
+}
+
 void ProjectFile::resolveMasters() {
     if (m_root.resolveMasterParameters(m_findMaster) == 0)
         return;
@@ -251,7 +264,7 @@ void ProjectFile::resolveMasters() {
 }
 
 bool ProjectFile::isWaiting(const KeptLine& line) {
-    const auto* const parameter = qobject_cast<const ParameterWithoutType*>(line.constrained.data());
+    const auto* const parameter = qobject_cast<const ParameterWithoutType*>(line.parameter.data());
     return parameter && parameter->pendingMasterParameterId() == line.masterId;
 }
 
@@ -269,6 +282,7 @@ void ProjectFile::finish() {
                 QStringLiteral("line %1: %2").arg(QString::number(finding.lineNumber), finding.reasonToString()));
     }
     m_members.reset();
+    m_waitingLines.clear();
     m_text.clear();
 }
 
@@ -279,7 +293,7 @@ QList<QByteArray> ProjectFile::linesToWrite() const {
         return lines;
     const detail::MemberPaths members(m_root);
     for (const KeptLine& line : m_kept) {
-        const auto* const constrained = qobject_cast<const ParameterWithoutType*>(line.constrained.data());
+        const auto* const constrained = qobject_cast<const ParameterWithoutType*>(line.parameter.data());
         const bool isStale = constrained ? !isWaiting(line) || constrained->masterParameter()
                                          : members.match(textOf(line.bytes)) == detail::MemberPaths::Match::Read;
         if (line.always || !isStale)

@@ -11,7 +11,6 @@
 #include <QMap>
 
 #include <algorithm>
-#include <cmath>
 
 namespace Prm {
 
@@ -26,15 +25,11 @@ bool isChangedByUtf8(const QString& text) {
     return QString::fromUtf8(text.toUtf8()) != text;
 }
 
-/// What becomes of any text that is written as it stands; empty when it is read back.
+/// What is lost of a text that is not escaped; empty if it can be read back.
 QString lossOfRawText(const QString& text) {
     if (breaksLine(text))
         return QStringLiteral("holds a line break");
     return isChangedByUtf8(text) ? QStringLiteral("holds half a surrogate pair") : QString();
-}
-
-double timeAfterSaving(Time time) {
-    return static_cast<double>(QString::number(time.toDouble(), 'g', 6).toFloat());
 }
 
 /// Collects the losses of one parameter behind its path.
@@ -72,12 +67,12 @@ private:
         int merged = 0;
         int customKinds = 0;
         int shapes = 0;
-        double former = -HUGE_VAL;
+        Time former;
         const unsigned int count = m_parameter.keyframeCount(view);
         for (unsigned int i = 0; i < count; ++i) {
             const Time time = m_parameter.keyframeTime(i, view).time;
-            const double saved = timeAfterSaving(time);
-            moved += saved != time.toDouble() ? 1 : 0;
+            const Time saved = writtenTime(time);
+            moved += saved != time ? 1 : 0;
             merged += i > 0 && saved == former ? 1 : 0;
             former = saved;
             const IType data = m_parameter.interpolationData(KeyframeIndex(&m_parameter, view, i));
@@ -114,7 +109,7 @@ private:
 
 using Names = QMap<QString, int>;
 
-/// Whether the lines of a name may be taken by a member whose name is what stands before one of its dots.
+/// Whether the lines of a name may be taken by a member with the part before one of its dots as name.
 bool beginsWithAnother(const QString& name, const Names& names) {
     int dot = name.indexOf(QLatin1Char('.'));
     while (dot >= 0 && !names.contains(name.left(dot)))
@@ -191,7 +186,7 @@ void collectCompound(const ParameterWithoutType& parameter, const ParameterSet& 
                           .arg(parameter.extendedName()));
 }
 
-/// A parameter with a master answers for that one; a snapshot of it has its own data alone.
+/// A parameter with a master returns what the master has; a snapshot has its own data only.
 void collectOwn(const ParameterWithoutType& parameter, QStringList& losses) {
     const boost::shared_ptr<Bsc::MementoBase> snapshot =
         parameter.masterParameter() ? parameter.exportState() : nullptr;

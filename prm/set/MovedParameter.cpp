@@ -1,5 +1,6 @@
 #include "prm/MovedParameter.h"
 
+#include "prm/text/LineNotes.h"
 #include "prm/text/LineParts.h"
 #include "prm/untyped/MayWarn.h"
 
@@ -22,7 +23,7 @@ MovedParameter::MovedParameter(const QString& oldScriptName)
 
 MovedParameter::~MovedParameter() {
     leaveSets();
-    if (isWaiting() && detail::mayWarn())
+    if (m_isWaiting && !m_target && detail::mayWarn())
         qWarning() << "MovedParameter[" << m_scriptName << "]: streamed in" << m_streamedText
                    << "but never given target parameter";
 }
@@ -37,7 +38,11 @@ bool MovedParameter::setFromScriptString(const QString& line, const ProjectFileV
         return false;
     m_streamedVersion = version;
     m_streamedText = rest;
-    return !m_target || passValueToTargetParameter();
+    m_isWaiting = !m_target;
+    if (m_target)
+        return passValueToTargetParameter();
+    detail::LineNotes::addWaiting(*this);
+    return true;
 }
 
 bool MovedParameter::leadsBack(const BasicParameter& target) const {
@@ -55,7 +60,6 @@ bool MovedParameter::setTargetParam(BasicParameter& target) {
         return false;
     }
     m_target = &target;
-    m_hadTarget = true;
     return !m_streamedText.isEmpty() && passValueToTargetParameter();
 }
 
@@ -70,7 +74,11 @@ bool MovedParameter::passValueToTargetParameter() const {
     const Migration migrate = m_migration;
     const QString line = m_target->scriptName() + QLatin1Char('.') + m_streamedText;
     const ProjectFileVersion version = m_streamedVersion;
-    return migrate(m_target, line, version);
+    const detail::LifeGuard guard(*this);
+    const bool isTaken = migrate(m_target, line, version);
+    if (isTaken && guard.alive())
+        m_isWaiting = false;
+    return isTaken;
 }
 
 bool MovedParameter::bStreamOut(QTextStream&, const QString&, bool) const {

@@ -12,8 +12,8 @@
 
 namespace Prm::detail {
 
-/// The members of a set by the hashes of their script names. Equal hashes of different names are not told apart: what
-/// is found may have the name and is to be asked. Members are known by their addresses, which are only compared.
+/// The members of a set by the hashes of their script names. Different names may have equal hashes, so the caller
+/// compares the names of what is found. Members are stored as addresses, which are only compared.
 class NameIndex {
 public:
     using Key = quint64;
@@ -51,7 +51,7 @@ public:
         keys << anyName << keyOf(name);
         return keys;
     }
-    /// Of the names that stand before a dot of the text.
+    /// Of the names before each dot of the text.
     Keys keysOfPrefixes(QStringView text) const {
         Keys keys;
         keys << anyName;
@@ -70,7 +70,7 @@ public:
             act(*entry);
     }
 
-    // The numbers behind the stems of counted names, as runs.
+    // The numbers after the stems of numbered names, as runs.
     void takeNumber(const QString& stem, quint64 number) { m_numbers[stem].add(number); }
     void freeNumber(const QString& stem, quint64 number) {
         const auto runs = m_numbers.find(stem);

@@ -2,7 +2,7 @@
 
 #include "prm/ParameterWithoutType.h"
 #include "prm/set/NameIndex.h"
-#include "prm/set/SubsetVisit.hpp"
+#include "prm/set/SetWalk.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -36,8 +36,8 @@ ParameterSet::ParameterSet(const QString& name, ParameterTree* tree) : m_tree(tr
 }
 
 ParameterSet::ParameterSet(const ParameterSet& other)
-    : Bsc::MementoUndoable(other), detail::Mortal(other), m_scriptName(other.m_scriptName), m_name(other.m_name),
-      m_displayName(other.m_displayName), m_tree(nullptr) {
+    : detail::Mortal(other), m_scriptName(other.m_scriptName), m_name(other.m_name), m_displayName(other.m_displayName),
+      m_tree(nullptr) {
     copyMembersFrom(other);
 }
 
@@ -55,7 +55,7 @@ ParameterSet& ParameterSet::operator=(const ParameterSet& other) {
     m_displayName = source.m_displayName;
     copyMembersFrom(source);
     if (m_tree)
-        SubsetVisit(*this).forEach([this](ParameterSet& subset) { joinTree(subset); });
+        SetWalk<ParameterSet>(*this).forEach([this](ParameterSet& subset) { joinTree(subset); });
     return *this;
 }
 
@@ -64,7 +64,7 @@ ParameterSet::~ParameterSet() {
     exchangeTree(m_tree, nullptr);
     while (!m_parents.isEmpty())
         m_parents.last().set->removeSubset(*this);
-    // What dies may add others.
+    // Members that are deleted may add others.
     while (hasMembers())
         letGoOfMembers();
 }
@@ -96,13 +96,13 @@ void ParameterSet::copyMembersFrom(const ParameterSet& other) {
     }
 }
 
-/// Takes all members off before any of them dies: what dies may call back, and delete this set. Owned subsets below go
-/// one after the other, so that a deep tree does not need a deep stack. Allocates nothing, for this is what a
-/// destructor does.
+/// Takes all members off before any of them dies: what dies may call back, and delete this set. Allocates nothing, for
+/// this is what a destructor does.
 void ParameterSet::letGoOfMembers() {
     auto parameters = std::exchange(m_parameters, {});
     const auto basicParameters = std::exchange(m_basicParameters, {});
     auto owned = std::exchange(m_ownedBasicParameters, {});
+    auto subsets = std::exchange(m_subsets, {});
     for (const auto& parameter : parameters) {
         if (parameter)
             delist(*parameter);
@@ -111,37 +111,18 @@ void ParameterSet::letGoOfMembers() {
         if (parameter)
             delist(*parameter);
     }
+    for (const Subset& subset : subsets) {
+        if (subset.set)
+            subset.set->m_parents.remove(this);
+    }
     for (std::atomic<int>& holes : m_holes)
         holes.store(0);
-    boost::shared_ptr<ParameterSet> dying;
-    letGoOfSubsets(dying);
+    m_names.reset();
+    ++m_membership;
     // From here on this set may be gone.
     freeLastToFirst(parameters);
     freeLastToFirst(owned);
-    while (dying) {
-        const boost::shared_ptr<ParameterSet> subset = std::move(dying);
-        dying = std::move(subset->m_nextDying);
-        if (subset.use_count() == 1)
-            subset->letGoOfSubsets(dying);
-    }
-}
-
-/// Puts those that nothing else owns in front of the list.
-void ParameterSet::letGoOfSubsets(boost::shared_ptr<ParameterSet>& dying) {
-    std::vector<Subset> leaving;
-    leaving.swap(m_subsets);
-    m_holes[Subsets].store(0);
-    m_names.reset();
-    ++m_membership;
-    for (Subset& subset : leaving) {
-        if (!subset.set)
-            continue;
-        subset.set->m_parents.remove(this);
-        if (subset.owner.use_count() != 1)
-            continue;
-        subset.owner->m_nextDying = std::move(dying);
-        dying = std::move(subset.owner);
-    }
+    freeLastToFirst(subsets);
 }
 
 void ParameterSet::delist(BasicParameter& parameter) {
@@ -229,7 +210,7 @@ void ParameterSet::clearAllLists() {
     const auto isInTree = [this](const Subset& subset) { return subset.set->m_tree == m_tree; };
     // Those as well that come while the tree is notified of others.
     while (guard.alive() && m_tree && std::any_of(listedSubsets().begin(), listedSubsets().end(), isInTree)) {
-        SubsetVisit(*this).forEach([&](ParameterSet& subset) {
+        SetWalk<ParameterSet>(*this).forEach([&](ParameterSet& subset) {
             if (subset.m_tree != m_tree)
                 return;
             const detail::LifeGuard subsetGuard(subset);

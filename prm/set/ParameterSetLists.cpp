@@ -87,7 +87,7 @@ void ParameterSet::removeAt(int list, int place) {
     ++m_membership;
     std::atomic<int>& holes = m_holes[static_cast<std::size_t>(list)];
     inList(list, [&](auto& members) {
-        // What the set owned alone dies last.
+        // Members that only the set owned are deleted last.
         [[maybe_unused]] const auto leaving = std::exchange(members[static_cast<std::size_t>(place)], {});
         int count = holes.load(std::memory_order_relaxed) + 1;
         for (; !members.empty() && !addressOf(members.back()); --count)

@@ -2,7 +2,7 @@
 
 #include "prm/ParameterSet.h"
 #include "prm/ParameterWithoutType.h"
-#include "prm/set/SubsetVisit.hpp"
+#include "prm/set/SetWalk.h"
 
 #include <QDebug>
 #include <QHash>
@@ -14,18 +14,9 @@ namespace Prm {
 
 void ParameterSet::forEachParameter(boost::function<void(ParameterWithoutType*)> function, bool recursive) const {
     const detail::LifeGuard guard(*this);
-    std::vector<QPointer<ParameterWithoutType>> parameters;
-    parameters.reserve(m_parameters.size());
-    for (const auto& parameter : this->parameters())
-        parameters.emplace_back(parameter.get());
-    for (const auto& parameter : parameters) {
-        if (!guard.alive())
-            return;
-        if (parameter && parameter->isListedIn(this))
-            function(parameter.data());
-    }
+    SetWalk<ParameterWithoutType>(*this).forEach([&](ParameterWithoutType& parameter) { function(&parameter); });
     if (recursive && guard.alive())
-        SubsetVisit(*this).forEach([&](const ParameterSet& subset) { subset.forEachParameter(function, true); });
+        SetWalk<ParameterSet>(*this).forEach([&](ParameterSet& subset) { subset.forEachParameter(function, true); });
 }
 
 void ParameterSet::forEachParameterAndPart(const boost::function<void(ParameterWithoutType*)>& function,
@@ -42,7 +33,7 @@ void ParameterSet::forEachParameterAndPart(const boost::function<void(ParameterW
 
 void ParameterSet::forEachSubset(boost::function<void(ParameterSet*)> function, bool recursive) {
     const detail::LifeGuard guard(*this);
-    SubsetVisit(*this).forEach([&](ParameterSet& subset) {
+    SetWalk<ParameterSet>(*this).forEach([&](ParameterSet& subset) {
         const detail::LifeGuard subsetGuard(subset);
         function(&subset);
         if (recursive && guard.alive() && subsetGuard.alive() && listsSubset(subset))
@@ -81,24 +72,15 @@ void ParameterSet::DetachCommandRegistrationObserver(QObject* observer, bool rec
 }
 
 void ParameterSet::assignNamePrefixes(const QString& prefix) {
-    QString path = prefix;
-    assignGrowingPrefix(path);
-}
-
-/// Leaves the path as it was: a deep tree does not copy it at every level.
-void ParameterSet::assignGrowingPrefix(QString& path) {
-    const int length = path.size();
-    if (length > 0 && !m_scriptName.isEmpty())
-        path += QLatin1Char('.');
-    path += m_scriptName;
+    const bool isJoined = !prefix.isEmpty() && !m_scriptName.isEmpty();
+    const QString path = isJoined ? prefix + QLatin1Char('.') + m_scriptName : prefix + m_scriptName;
     for (const auto& parameter : parameters()) {
         parameter->setNamePrefix(path);
         if (auto* const compound = dynamic_cast<ParameterSet*>(parameter.get()))
-            compound->assignGrowingPrefix(path);
+            compound->assignNamePrefixes(path);
     }
     for (const Subset& subset : listedSubsets())
-        subset.set->assignGrowingPrefix(path);
-    path.resize(length);
+        subset.set->assignNamePrefixes(path);
 }
 
 int ParameterSet::resolveMasterParameters(const boost::function<ParameterWithoutType*(const QString&)>& find) {

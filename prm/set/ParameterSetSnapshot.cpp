@@ -3,7 +3,7 @@
 #include "prm/BasicParameter.h"
 #include "prm/ParameterSet.h"
 #include "prm/ParameterWithoutType.h"
-#include "prm/set/SubsetVisit.hpp"
+#include "prm/set/SetWalk.h"
 
 #include <QPointer>
 #include <boost/make_shared.hpp>
@@ -17,7 +17,7 @@ namespace Prm {
 
 namespace {
 
-/// Tells a member from another one that came to be at the same address later: parameters are guarded, sets numbered.
+/// Distinguishes a member from a later one at the same address: parameters are guarded, sets numbered.
 struct Identity {
     QPointer<const QObject> parameter;
     quint64 setNumber = 0;
@@ -79,26 +79,20 @@ void ParameterSet::doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) {
     takeNames(memento->scriptName, memento->name, memento->displayName);
     // Observers of one member's state may add members, which are not visited, and remove or destroy others and this
     // set.
-    const detail::LifeGuard guard(*this);
-    const auto restoreParameters = [&](const std::vector<QPointer<BasicParameter>>& parameters) {
-        for (const auto& parameter : parameters) {
-            if (guard.alive() && parameter && parameter->isListedIn(this))
-                Bsc::importState(*parameter, memento->stateOf(*parameter, {parameter.data(), 0}));
-        }
+    const SetWalk<ParameterWithoutType> animated(*this);
+    const SetWalk<BasicParameter> basic(*this);
+    const SetWalk<ParameterSet> below(*this);
+    const auto restoreParameter = [&](BasicParameter& parameter) {
+        Bsc::importState(parameter, memento->stateOf(parameter, {&parameter, 0}));
     };
-    std::vector<QPointer<BasicParameter>> animated;
-    for (const auto& parameter : parameters())
-        animated.emplace_back(parameter.get());
-    const std::vector<QPointer<BasicParameter>> basic(basicParameters().begin(), basicParameters().end());
-    const SubsetVisit below(*this);
-    restoreParameters(animated);
-    restoreParameters(basic);
+    animated.forEach(restoreParameter);
+    basic.forEach(restoreParameter);
     below.forEach([&](ParameterSet& subset) {
         Bsc::importState(subset, memento->stateOf(subset, {nullptr, subset.m_number}));
     });
 }
 
-/// As they stand, without the rules for new names.
+/// Without the rules for new names.
 void ParameterSet::takeNames(const QString& scriptName, const QString& name, const QString& displayName) {
     takeScriptName(scriptName);
     m_name = name;

@@ -37,12 +37,6 @@ bool ParameterSet::bStreamOut(QTextStream& stream, const QString& prefix, bool w
 }
 
 void ParameterSet::writeMembers(QTextStream& stream, const QString& path, bool withPrefixForSubsets) {
-    QString growing = path;
-    writeBelow(stream, growing, withPrefixForSubsets);
-}
-
-/// Leaves the path as it was.
-void ParameterSet::writeBelow(QTextStream& stream, QString& path, bool withPrefixForSubsets) {
     if (!m_name.isEmpty()) {
         if (m_name.contains(QLatin1Char('\n')) || m_name.contains(QLatin1Char('\r')))
             qWarning() << "ParameterSet: a name with a line break will not be read back:" << m_name;
@@ -53,25 +47,11 @@ void ParameterSet::writeBelow(QTextStream& stream, QString& path, bool withPrefi
         parameter->streamOut(stream, path, true);
     for (const BasicParameter* parameter : basicParameters())
         parameter->streamOut(stream, path, true);
-    QString none;
     for (const Subset& subset : listedSubsets())
-        subset.set->writeBehind(stream, withPrefixForSubsets ? path : none, withPrefixForSubsets);
+        subset.set->bStreamOut(stream, withPrefixForSubsets ? path : QString(), withPrefixForSubsets);
 }
 
-/// What `bStreamOut` does, but a plain set extends the path itself: a deep tree does not copy it at every level.
-void ParameterSet::writeBehind(QTextStream& stream, QString& path, bool withPrefixForSubsets) {
-    if (typeid(*this) != typeid(ParameterSet)) {
-        bStreamOut(stream, path, withPrefixForSubsets);
-        return;
-    }
-    const int length = path.size();
-    path += detail::lineStart({}, m_scriptName, true);
-    writeBelow(stream, path, withPrefixForSubsets);
-    path.resize(length);
-}
-
-/// What is left of a line behind the names of sets. It becomes a text of its own only for a parameter, so that a deep
-/// tree does not copy the line at every level.
+/// What is left of a line after the names of sets. It becomes a text of its own for a parameter alone.
 class ParameterSet::Rest {
 public:
     explicit Rest(const QString& line) : m_text(line), m_view(m_text) {}
@@ -90,35 +70,26 @@ private:
     QStringView m_view;
 };
 
-struct ParameterSet::Descent {
-    Subset into;
-    QStringView line;
-};
-
-/// Goes down plain sets one after the other, so that a deep tree does not need a deep stack.
 bool ParameterSet::bStreamIn(const QString& line, const ProjectFileVersion& version) {
     // The caller's own may change while observers are told. NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const QString whole = line;
-    Descent next{{this, nullptr}, whole};
-    while (!next.line.isEmpty()) {
-        const Subset into = std::move(next.into);
-        Rest rest(next.line);
-        const detail::LifeGuard guard(*into.set);
-        const Reading reading = into.set->readByAny(rest, version, next);
-        if (reading == Reading::NotMine)
-            return guard.alive() && into.set->readName(rest.text());
-        if (reading != Reading::Below)
-            return reading == Reading::Taken;
-    }
-    return true;
+    Rest rest(whole);
+    return readRest(rest, version);
+}
+
+bool ParameterSet::readRest(Rest& rest, const ProjectFileVersion& version) {
+    if (rest.view().isEmpty())
+        return true;
+    const detail::LifeGuard guard(*this);
+    const Reading reading = readByAny(rest, version);
+    if (reading != Reading::NotMine)
+        return reading == Reading::Taken;
+    return guard.alive() && readName(rest.text());
 }
 
 bool ParameterSet::readByMembers(const QString& line, const ProjectFileVersion& version) {
     Rest rest(line);
-    Descent below{};
-    const Reading reading = readByAny(rest, version, below);
-    return reading == Reading::Below ? below.into.set->bStreamIn(below.line.toString(), version)
-                                     : reading == Reading::Taken;
+    return readByAny(rest, version) == Reading::Taken;
 }
 
 /// The order in which the members are asked for a line: the list of the one that took the last line first, and each
@@ -159,25 +130,25 @@ private:
     std::array<int, NumLists> m_lengths{};
 };
 
-ParameterSet::Reading ParameterSet::readByAny(Rest& rest, const ProjectFileVersion& version, Descent& below) {
+ParameterSet::Reading ParameterSet::readByAny(Rest& rest, const ProjectFileVersion& version) {
     if (m_lastHitList < Parameters || m_lastHitList > Subsets)
         return Reading::NotMine;
     const detail::LifeGuard guard(*this);
     const Order order(*this);
     const quint32 membership = m_membership;
     const int few = std::min(order.count(), fewMembers);
-    Reading reading = readInOrder(order, 0, few, rest, version, below);
+    Reading reading = readInOrder(order, 0, few, rest, version);
     if (reading != Reading::NotMine || !guard.alive() || few == order.count())
         return reading;
     // Where many members may take any line it is no use to look for further ones.
     if (4 * names().countForAnyName() > order.count())
-        return readInOrder(order, few, order.count(), rest, version, below);
+        return readInOrder(order, few, order.count(), rest, version);
     for (const int step : stepsThatMayTake(order, rest.view())) {
         // What was asked may have changed the lists.
         if (m_membership != membership)
-            return readInOrder(order, step, order.count(), rest, version, below);
+            return readInOrder(order, step, order.count(), rest, version);
         if (step >= few)
-            reading = readInOrder(order, step, step + 1, rest, version, below);
+            reading = readInOrder(order, step, step + 1, rest, version);
         if (reading != Reading::NotMine || !guard.alive())
             return reading;
     }
@@ -201,14 +172,14 @@ std::vector<int> ParameterSet::stepsThatMayTake(const Order& order, QStringView 
 
 /// Offers the line to the members from one step on, up to another.
 ParameterSet::Reading ParameterSet::readInOrder(const Order& order, int from, int to, Rest& rest,
-                                                const ProjectFileVersion& version, Descent& below) {
+                                                const ProjectFileVersion& version) {
     const detail::LifeGuard guard(*this);
     for (int step = from; step < to && guard.alive(); ++step) {
         const auto [list, place] = order.memberAt(step);
         // A reader may have removed members.
         if (place >= lengthOf(list) || !memberAt(list, place))
             continue;
-        const Reading reading = offerTo(list, place, rest, version, below);
+        const Reading reading = offerTo(list, place, rest, version);
         if (reading == Reading::NotMine)
             continue;
         if (guard.alive()) {
@@ -221,23 +192,22 @@ ParameterSet::Reading ParameterSet::readInOrder(const Order& order, int from, in
 }
 
 ParameterSet::Reading ParameterSet::offerToSubset(const Subset& listed, QStringView line,
-                                                  const ProjectFileVersion& version, Descent& below) {
+                                                  const ProjectFileVersion& version) {
     QStringView rest;
     if (!detail::behindName(line, listed.set->scriptName(), rest))
         return Reading::NotMine;
     // Kept alive: its observers may take it out of the set.
-    Subset subset = listed;
-    if (typeid(*subset.set) != typeid(ParameterSet))
-        return subset.set->bStreamIn(rest.toString(), version) ? Reading::Taken : Reading::Refused;
-    below = {std::move(subset), rest};
-    return Reading::Below;
+    const Subset subset = listed;
+    Rest below(rest);
+    const bool isPlain = typeid(*subset.set) == typeid(ParameterSet);
+    const bool taken = isPlain ? subset.set->readRest(below, version) : subset.set->bStreamIn(below.text(), version);
+    return taken ? Reading::Taken : Reading::Refused;
 }
 
-ParameterSet::Reading ParameterSet::offerTo(int list, int index, Rest& rest, const ProjectFileVersion& version,
-                                            Descent& below) {
+ParameterSet::Reading ParameterSet::offerTo(int list, int index, Rest& rest, const ProjectFileVersion& version) {
     const auto position = static_cast<std::size_t>(index);
     if (list == Subsets)
-        return offerToSubset(m_subsets[position], rest.view(), version, below);
+        return offerToSubset(m_subsets[position], rest.view(), version);
     // Kept alive as well.
     const auto owner = list == Parameters ? m_parameters[position] : nullptr;
     BasicParameter* const parameter = owner ? owner.get() : m_basicParameters[position];

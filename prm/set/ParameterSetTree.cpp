@@ -19,30 +19,26 @@ std::vector<ParameterSet*> ParameterSet::subsets() const {
     return sets;
 }
 
-/// Asked upwards, from the set that would contain: there are few sets above one, but there may be many below. A set
-/// that is a parameter as well is below those that list it as that. Each is asked about once, by however many ways it
-/// is reached.
 bool ParameterSet::isOrContains(const ParameterSet& set) const {
-    if (m_subsets.empty() && m_parameters.empty())
-        return &set == this;
-    const quint64 walk = nextNumber();
-    std::vector<const ParameterSet*> above{&set};
-    while (!above.empty()) {
-        const ParameterSet* const next = above.back();
-        above.pop_back();
-        if (next == this)
-            return true;
-        if (std::exchange(next->m_lastWalk, walk) == walk)
-            continue;
-        for (const detail::Listing& parent : next->m_parents)
-            above.push_back(parent.set);
-        if (typeid(*next) == typeid(ParameterSet))
-            continue;
-        const auto* const parameter = dynamic_cast<const BasicParameter*>(next);
-        for (const detail::Listing& listing : parameter ? parameter->m_listedIn : detail::Listings())
-            above.push_back(listing.set);
+    QSet<const ParameterSet*> shared;
+    return &set == this || (!(m_subsets.empty() && m_parameters.empty()) && isOrIsAbove(set, shared));
+}
+
+/// Asked upwards: there are few sets above one, but there may be many below. A set that is a parameter as well is below
+/// those that list it as that. What several sets list is asked about once.
+bool ParameterSet::isOrIsAbove(const ParameterSet& set, QSet<const ParameterSet*>& shared) const {
+    if (&set == this)
+        return true;
+    const auto* const parameter = dynamic_cast<const BasicParameter*>(&set);
+    const detail::Listings& listed = parameter ? parameter->m_listedIn : detail::Listings();
+    if (set.m_parents.size() + listed.size() > 1) {
+        if (shared.contains(&set))
+            return false;
+        shared.insert(&set);
     }
-    return false;
+    const auto leadsHere = [&](const detail::Listing& above) { return isOrIsAbove(*above.set, shared); };
+    return std::any_of(set.m_parents.begin(), set.m_parents.end(), leadsHere) ||
+           std::any_of(listed.begin(), listed.end(), leadsHere);
 }
 
 void ParameterSet::setScriptName(const QString& name) {
@@ -122,22 +118,11 @@ bool ParameterSet::removeParameterSet(const boost::shared_ptr<ParameterSet>& sub
 }
 
 void ParameterSet::exchangeTree(ParameterTree* from, ParameterTree* to) {
-    if (from == to)
+    if (from == to || m_tree != from)
         return;
-    ParameterSet* waiting = nullptr;
-    const auto exchange = [&](ParameterSet& set) {
-        if (set.m_tree != from)
-            return;
-        set.m_tree = to;
-        set.m_nextToMove = std::exchange(waiting, &set);
-    };
-    exchange(*this);
-    while (waiting) {
-        const ParameterSet& set = *waiting;
-        waiting = std::exchange(waiting->m_nextToMove, nullptr);
-        for (const Subset& subset : set.listedSubsets())
-            exchange(*subset.set);
-    }
+    m_tree = to;
+    for (const Subset& subset : listedSubsets())
+        subset.set->exchangeTree(from, to);
 }
 
 void ParameterSet::changeParameterTree(ParameterTree* from, ParameterTree* to) {

@@ -18,8 +18,8 @@ namespace {
     throw MalformedKeyframe(QString::fromLatin1(message).arg(line.toString()).toStdString());
 }
 
-/// A few characters in place, for appending one by one to a text costs more than to make them. Those behind the end
-/// are never looked at. NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
+/// A few characters on the stack: appending them one by one to a text takes longer than making them. Those after the
+/// end are never read. NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init)
 class Characters {
 public:
     void add(QLatin1String text) { m_end = std::copy(text.begin(), text.end(), m_end); }

@@ -37,6 +37,11 @@ void LineNotes::addMaster(QObject& parameter, const QString& id) {
         t_notes->masters.append({&parameter, id});
 }
 
+void LineNotes::addWaiting(QObject& parameter) {
+    if (t_notes)
+        t_notes->waitingIn = &parameter;
+}
+
 void LineNotes::addInsertion() {
     if (t_notes)
         t_notes->hasInserted = true;
@@ -45,6 +50,7 @@ void LineNotes::addInsertion() {
 void LineNotes::clear() {
     losses.clear();
     masters.clear();
+    waitingIn.clear();
     hasInserted = false;
 }
 

@@ -29,6 +29,8 @@ public:
     static void addLoss(const char* what, QStringView text, const char* problem);
     static void addLoss(const char* loss);
     static void addMaster(QObject& parameter, const QString& id);
+    /// The line waits in a moved parameter for its target, in place of the one that waited there before.
+    static void addWaiting(QObject& parameter);
     /// A keyframe before the end of a long list.
     static void addInsertion();
 
@@ -39,6 +41,7 @@ public:
 
     QStringList losses;
     QVector<Master> masters;
+    QPointer<QObject> waitingIn;
     bool hasInserted = false;
 
 private:

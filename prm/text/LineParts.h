@@ -12,7 +12,7 @@ namespace Prm::detail {
 
 // The parts of one parameter line, `<prefix><key>=<text>`, written and read.
 
-/// What stands before the keys of a parameter: the prefix and, if asked for and not empty, the name and a dot.
+/// The text before the keys of a parameter: the prefix and, if asked for and not empty, the name and a dot.
 inline QString lineStart(const QString& prefix, const QString& name, bool withName) {
     return withName && !name.isEmpty() ? prefix + name + QLatin1Char('.') : prefix;
 }
@@ -41,7 +41,7 @@ inline bool behindName(const QString& line, const QString& name, QString& rest) 
 inline bool hasKey(QStringView line, QStringView key) {
     if (line.isEmpty())
         return false;
-    // Most keys are told apart by their first letters, long before Qt has folded any.
+    // Most keys differ in their first letters, which are compared faster than Qt folds case.
     const ushort first = line.front().unicode();
     const bool mayBegin = first >= 128 || (first | 32) == (key.front().unicode() | 32);
     return mayBegin && (beginsWith(line, key) || line.startsWith(key, Qt::CaseInsensitive));
@@ -56,13 +56,13 @@ inline QString textBetween(const QString& line) {
     return line.mid(start + 1, end < 0 ? -1 : end - start - 1);
 }
 
-/// Everything behind the first "=".
+/// Everything after the first "=".
 inline QString textBehind(const QString& line) {
     const int start = line.indexOf(QLatin1Char('='));
     return start < 0 ? QString() : line.mid(start + 1);
 }
 
-/// Whether the rest of a line, behind the name, has a key that every animatable parameter reads.
+/// Whether the rest of a line, after the name, has a key that every animatable parameter reads.
 inline bool isUntypedLine(QStringView rest) {
     return hasKey(rest, ParameterStrings::hidden) || hasKey(rest, ParameterStrings::masterParameterId);
 }

@@ -7,7 +7,7 @@
 
 namespace Prm::detail {
 
-// Numbers in project text, as Qt writes and reads them in the C locale, in a fraction of the time.
+// Numbers in project text, as Qt writes and reads them in the C locale, in less time.
 
 /// Appends `QString::number(number, 'g', 6)`.
 PRM_EXPORT void addSixDigits(QString& text, double number);

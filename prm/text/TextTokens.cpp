@@ -223,7 +223,7 @@ std::vector<View> parseViewList(const QString& text) {
         LineNotes::addLoss("list of views", text, "has no brackets");
         return views;
     }
-    // With the brackets the wrong way round the length is negative, and everything behind the opening one counts.
+    // If the brackets are in the wrong order the length is negative, and everything after the opening one is used.
     const QVector<QStringRef> parts = text.midRef(opening + 1, closing - opening - 1).split(comma, Qt::SkipEmptyParts);
     for (const QStringRef& part : parts) {
         bool isNumber = false;

@@ -13,18 +13,19 @@ namespace Prm::detail {
 
 // The characters of project text. Nothing here throws for what a text holds. Positions count UTF-16 code units.
 
-/// The next token of a comma-separated list from `pos` on, without the white space before it; `pos` moves behind the
+/// The next token of a comma-separated list from `pos` on, without the white space before it; `pos` moves after the
 /// comma that ends it. Null when there is none left. A token that opens with a double quote may hold commas, up to a
 /// quote that ends the text or is followed by a comma and a blank, and may be empty without being null. An escaped
 /// quote comes out as the quote and then the backslash: readers of old files rely on it.
 PRM_EXPORT QString getToken(const QString& text, int& pos);
 
 /// Splits "...Key( <time>, <value>, <interpolation> ) )", or "...BezierKey( <time>, <value>, <four numbers> ) )". The
-/// value is taken as it stands: it may hold commas, for only the first and the last (or the fourth from the end)
-/// separate. On false all outputs are without meaning, but `itype` is untouched unless its own text was read.
+/// value is not parsed: it may contain commas, because only the first and the last (or the fourth from the end)
+/// separate. If the result is false, the outputs have no meaning, but `itype` is unchanged unless its own text was
+/// read.
 PRM_EXPORT bool parseKeyframeDeclaration(QStringView declaration, QStringView& timeText, QStringView& valueText,
                                          IType& itype);
-/// The same into texts of their own.
+/// The same with copies of the texts.
 PRM_EXPORT bool parseKeyframeDeclaration(QString declaration, QString& timeText, QString& valueText, IType& itype);
 
 /// The views listed between the first "[" and the first "]"; what is no number is left out, and noted.

@@ -14,7 +14,7 @@ namespace Prm::detail {
 
 PRM_EXPORT double curvedProgress(const IType& shape, double x);
 
-/// The part of a segment's change that is reached at part x, in [0,1], of its time. A custom kind that nobody
+/// The fraction of a segment's change that is reached at fraction x, in [0,1], of its time. A custom kind that is not
 /// registered is a straight line.
 inline double segmentProgress(const IType& shape, double x) {
     return shape.interpolation == Interpolation::Linear ? x : curvedProgress(shape, x);
@@ -24,7 +24,7 @@ inline double segmentProgress(const IType& shape, double x) {
 PRM_EXPORT double startSlope(const IType& shape);
 PRM_EXPORT double endSlope(const IType& shape);
 
-/// The time inside the range that a custom kind shows; false when nobody registered the kind.
+/// The time inside the range that a custom kind shows; false if the kind is not registered.
 PRM_EXPORT bool mapIntoRange(Extrapolation kind, Time time, Time first, Time last, Time& inside);
 
 PRM_EXPORT double mixFar(double from, double to, double part);

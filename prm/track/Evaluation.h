@@ -22,7 +22,8 @@ template <class Keyframe> bool asksHost(const QVector<Keyframe>& keyframes, Brac
 }
 
 /// The value at a time before all keyframes, or after them. There must be a keyframe.
-template <class T> T outsideValue(const QVector<KeyframeData<T>>& keyframes, bool before, Extrapolation kind, Time time) {
+template <class T>
+T outsideValue(const QVector<KeyframeData<T>>& keyframes, bool before, Extrapolation kind, Time time) {
     const int count = keyframes.size();
     const KeyframeData<T>& edge = before ? keyframes.first() : keyframes.last();
     if constexpr (blends<T>) {
@@ -58,8 +59,7 @@ PRM_ALWAYS_INLINE T valueAround(const QVector<KeyframeData<T>>& keyframes, Brack
 }
 
 /// The value at a time. `cursor` is the position where the last time was found; any number will do.
-template <class T>
-PRM_ALWAYS_INLINE T evaluate(const Track<T>& track, Outside outside, Time time, int& cursor) {
+template <class T> PRM_ALWAYS_INLINE T evaluate(const Track<T>& track, Outside outside, Time time, int& cursor) {
     const QVector<KeyframeData<T>>& keyframes = track.keyframes;
     if (keyframes.isEmpty())
         return track.staticValue;

@@ -7,8 +7,8 @@
 
 namespace Prm::detail {
 
-// Searches in a list of keyframes, or of whatever has a time, in ascending order. Times are compared exactly. On a list
-// out of order the answers are without meaning, but always positions of the list.
+// Searches in a list of keyframes, or of anything with a time, in ascending order. Times are compared exactly. In a
+// list that is not ascending the results have no meaning, but are always positions in the list.
 
 /// The position of the first keyframe that is not before the time, or the number of keyframes. The steps are added, not
 /// chosen: a processor cannot foresee which half it will be.
@@ -24,7 +24,7 @@ template <class Keyframe> int lowerBound(const Keyframe* keyframes, int count, T
     return static_cast<int>(first - keyframes) + (first->time < time ? 1 : 0);
 }
 
-/// The same, at once for the last keyframe and behind it, where most edits are.
+/// The same, faster for the last keyframe and after it, where most edits are.
 template <class Keyframe> PRM_ALWAYS_INLINE int lowerBound(const QVector<Keyframe>& keyframes, Time time) {
     const Keyframe* const first = keyframes.constData();
     const int last = keyframes.size() - 1;
@@ -64,7 +64,7 @@ template <class Keyframe> int nearestPosition(const QVector<Keyframe>& keyframes
     return ahead <= behind ? next : next - 1;
 }
 
-/// The position of the first keyframe that, from the first on, is at or behind the time, then one further if it is at
+/// The position of the first keyframe that, from the first on, is at or after the time, then one further if it is at
 /// the time; -1 when there is none.
 template <class Keyframe> int nextPosition(const QVector<Keyframe>& keyframes, Time time) {
     for (int i = 0; i < keyframes.size(); ++i) {
@@ -128,7 +128,7 @@ template <class Keyframe> Bracket bracket(const Keyframe* keyframes, int count, 
 }
 
 /// The same, for times that often come in order: looks at the segment of the last time, which `last` keeps, and at the
-/// one behind it before it searches. Any number will do for `last`.
+/// one after it before it searches. `last` may be any number.
 template <class Keyframe>
 PRM_ALWAYS_INLINE Bracket bracketNear(const Keyframe* keyframes, int count, Time time, int& last) {
     if (isInSegment(keyframes, count, time, last))

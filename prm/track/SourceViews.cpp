@@ -13,7 +13,7 @@ double distance(View a, View b) {
     return std::abs(static_cast<double>(a.id()) - static_cast<double>(b.id()));
 }
 
-/// `above` is the first view behind `view`, neither the first nor the end of the list.
+/// `above` is the first view after `view`, neither the first nor the end of the list.
 View nearer(Position above, View view) {
     const View below = *(above - 1);
     return distance(below, view) <= distance(*above, view) ? below : *above;

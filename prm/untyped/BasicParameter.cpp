@@ -7,8 +7,7 @@ namespace Prm {
 BasicParameter::BasicParameter(ParameterSet* parent) : m_parentSet(parent) {}
 
 BasicParameter::BasicParameter(const BasicParameter& other)
-    : Bsc::MementoUndoable(other), QObject(nullptr), detail::Mortal(other), m_parentSet(nullptr),
-      m_streamable(other.m_streamable) {}
+    : QObject(nullptr), detail::Mortal(other), m_parentSet(nullptr), m_streamable(other.m_streamable) {}
 
 BasicParameter::~BasicParameter() {
     leaveSets();

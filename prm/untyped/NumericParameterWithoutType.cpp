@@ -2,11 +2,14 @@
 
 namespace Prm {
 
-NumericParameterWithoutType::NumericParameterWithoutType(ParameterSet* parent)
-    : ParameterWithoutType(false, false, parent) {}
+NumericParameterWithoutType::NumericParameterWithoutType(ParameterSet* parent) {
+    initialise(false, false, parent);
+}
 
 NumericParameterWithoutType::NumericParameterWithoutType(const NumericParameterWithoutType& other)
-    : Bsc::MementoUndoable(other), ParameterWithoutType(other) {}
+    : ParameterWithoutType() {
+    initialise(other);
+}
 
 NumericParameterWithoutType::~NumericParameterWithoutType() = default;
 

@@ -61,17 +61,31 @@ ParameterWithoutType::ParameterWithoutType(bool locked, bool hidden, ParameterSe
 }
 
 ParameterWithoutType::ParameterWithoutType(const ParameterWithoutType& other)
-    : Bsc::MementoUndoable(other), BasicParameter(other), m_locked(false), m_hidden(false),
-      m_notificationEnabled(allTypes), m_displayName(other.m_displayName), m_scriptName(other.m_scriptName) {
+    : BasicParameter(other), m_locked(false), m_hidden(false), m_notificationEnabled(allTypes) {
+    initialise(other);
+}
+
+void ParameterWithoutType::initialise(bool locked, bool hidden, ParameterSet* parent) {
+    m_locked = m_locked || locked;
+    m_hidden = m_hidden || hidden;
+    if (parent)
+        setParentSet(parent);
+}
+
+void ParameterWithoutType::initialise(const ParameterWithoutType& other) {
+    setStreamable(other.isStreamable());
+    m_displayName = other.m_displayName;
+    m_scriptName = other.m_scriptName;
     if (!other.rarities().additionalScriptNames.isEmpty())
         ownRarities().additionalScriptNames = other.rarities().additionalScriptNames;
     copyOwnAttributes(other, NamePrefix::Copy);
 }
 
 ParameterWithoutType::~ParameterWithoutType() {
-    announceDeletion();
     dropLinks();
     leaveSets();
+    announceDeletion();
+    dropLinks();
     delete m_rarities.load();
 }
 
@@ -152,7 +166,7 @@ bool ParameterWithoutType::setFromScriptString(const QString& line, const Projec
     QString rest;
     if (detail::behindName(line, m_scriptName, rest))
         return streamInValue(rest, version, {});
-    // A copy: reading may tell observers, and those may add names.
+    // A copy: reading may notify observers, and those may add names.
     const QMap<QString, TextConversion> additionalNames = rarities().additionalScriptNames;
     for (auto name = additionalNames.cbegin(); name != additionalNames.cend(); ++name) {
         if (detail::behindName(line, name.key(), rest))

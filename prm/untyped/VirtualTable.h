@@ -5,8 +5,8 @@
 
 namespace Prm::detail {
 
-// C++ has no question for whether a class overrides a virtual operation. The virtual tables of the Itanium C++ ABI, which
-// g++ and clang have in common, answer it.
+// C++ has no question for whether a class overrides a virtual operation. The virtual tables of the Itanium C++ ABI,
+// which g++ and clang have in common, answer it.
 
 /// The virtual table of an object; it tells classes apart. Null where the layout of objects is not known.
 inline const char* virtualTableOf(const void* object) {
@@ -20,11 +20,10 @@ inline const char* virtualTableOf(const void* object) {
 #endif
 }
 
-/// The function that a virtual operation calls by a table of `Object`, the class that declares the operation; null where
-/// there is no table. It is only to be compared: an override has an address of its own, and so has a copy of an inline
-/// function in another library.
-template <class Object, class Operation>
-const void* implementationIn(const char* table, Operation Object::*operation) {
+/// The function that a virtual operation calls by a table of `Object`, the class that declares the operation; null
+/// where there is no table. It is only to be compared: an override has an address of its own, and so has a copy of an
+/// inline function in another library.
+template <class Object, class Operation> const void* implementationIn(const char* table, Operation Object::*operation) {
 #if defined(__GXX_ABI_VERSION) && !defined(_MSC_VER)
     struct {
         std::intptr_t pointer;

@@ -1,12 +1,19 @@
 #include "prm/Time.h"
 
 #include "prm/Context.h"
+#include "prm/text/NumberText.h"
 #include "prm/text/PlainNumbers.h"
 
 #include <QDebug>
 #include <QTextStream>
 
 namespace Prm {
+
+Time writtenTime(Time time) {
+    QString text;
+    detail::addSixDigits(text, time.toDouble());
+    return Time::fromFloat(detail::toFloat(text));
+}
 
 Frame::Frame(const BaseContext& context) {
     *this = context;

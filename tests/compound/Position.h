@@ -1,17 +1,8 @@
 #pragma once
 
-#include "prm/CompoundParameter.h"
-#include "prm/NumericParameter.h"
-#include "tests/parameter/Keying.h"
-
-#include <QTextStream>
-#include <gtest/gtest.h>
-
-#include <string>
+#include "tests/support/Library.h"
 
 namespace Prm {
-
-using Number = NumericParameter<double>;
 
 /// Keyframes at 1 and 5, and at 5 and 9.
 struct Position {
@@ -29,10 +20,8 @@ struct Position {
         return text;
     }
     std::string text(const QString& prefix = {}) const {
-        QString written;
-        QTextStream stream(&written);
-        EXPECT_TRUE(whole.streamOut(stream, prefix, true));
-        return written.toStdString();
+        const ParameterWithoutType& parameter = whole;
+        return lines(parameter, prefix);
     }
 
     boost::shared_ptr<Number> x{new Number("x")};

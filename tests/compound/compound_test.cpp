@@ -1,25 +1,12 @@
 // A compound as a parameter and as a set.
 
 #include "host/bsc/Hash.h"
-#include "prm/CompoundParameter.h"
-#include "prm/MoveKeyframeEdit.h"
-#include "prm/NumericParameter.h"
-#include "prm/ParameterEdits.h"
-#include "prm/ProjectFile.h"
-#include "prm/ProjectFileVersion.h"
-#include "prm/SerialisedKeyframe.h"
 #include "tests/compound/Position.h"
 #include "tests/support/ChangeRecorder.h"
-#include "tests/support/Warnings.h"
 
-#include <QTextStream>
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <array>
-#include <random>
-#include <stdexcept>
-#include <vector>
 
 using namespace Prm;
 using Values = QVector<QVariant>;
@@ -28,17 +15,13 @@ namespace {
 
 /// The outer compound keys two inner ones together; an observer of a part of one of them is notified in between.
 TEST(Compound, MayDieWhileItForwards) {
-    using Change = ParameterChange;
-    struct Row {
-        Change::ChangeType type;
-        void (*act)(Number&);
+    using Type = ParameterChange::ChangeType;
+    const std::pair<Type, void (*)(Number&)> rows[] = {
+        {Type::KEYFRAME_REMOVED, [](Number& part) { part.vDeleteKeyframe(Context::Explicit(at(5))); }},
+        {Type::KEYFRAME_ADDED, [](Number& part) { part.iAddKeyframe(at(7)); }},
+        {Type::KEYFRAME_CHANGED_VALUE, [](Number& part) { part.vSetValue(9, at(7)); }},
     };
-    const Row rows[] = {
-        {Change::KEYFRAME_REMOVED, [](Number& part) { part.vDeleteKeyframe(Context::Explicit(at(5))); }},
-        {Change::KEYFRAME_ADDED, [](Number& part) { part.iAddKeyframe(at(7)); }},
-        {Change::KEYFRAME_CHANGED_VALUE, [](Number& part) { part.vSetValue(9, at(7)); }},
-    };
-    for (const Row& row : rows) {
+    for (const auto& [type, act] : rows) {
         Number parts[3];
         auto inner = boost::make_shared<CompoundParameter>("inner", true);
         auto outer = boost::make_shared<CompoundParameter>("outer", true);
@@ -48,13 +31,13 @@ TEST(Compound, MayDieWhileItForwards) {
         inner->addParameter(parts[2]);
         outer->addParameter(parts[0]);
         outer->addParameter(inner);
-        QObject::connect(&parts[1], &Number::changed, [&](Change& change) {
-            if (change.type == row.type || change.type == Change::KEYFRAME_ADDED)
+        QObject::connect(&parts[1], &Number::changed, [&, awaited = type](ParameterChange& change) {
+            if (change.type == awaited || change.type == Type::KEYFRAME_ADDED)
                 outer.reset();
         });
-        row.act(parts[0]);
+        act(parts[0]);
         EXPECT_FALSE(outer);
-        EXPECT_TRUE(parts[0].notificationsEnabled(row.type) && inner->notificationsEnabled(row.type));
+        EXPECT_TRUE(parts[0].notificationsEnabled(type) && inner->notificationsEnabled(type));
     }
 }
 

@@ -1,25 +1,14 @@
 // What the random edits of the model do not reach.
 
-#include "prm/NumericParameter.h"
-#include "prm/ParameterWithoutTypeBase.h"
-#include "prm/SerialisedKeyframe.h"
-#include "prm/project/Invariants.h"
-#include "tests/parameter/Keying.h"
 #include "tests/support/ChangeRecorder.h"
-#include "tests/support/Errors.h"
+#include "tests/support/Library.h"
 
 #include <QCoreApplication>
 #include <QTranslator>
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <functional>
 #include <limits>
-#include <memory>
-#include <stdexcept>
 #include <type_traits>
-#include <utility>
-#include <vector>
 
 using namespace Prm;
 

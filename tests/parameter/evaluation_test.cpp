@@ -1,20 +1,14 @@
 #include "host/bsc/Hash.h"
 #include "host/bsc/HashValue.h"
 #include "prm/CurveKinds.h"
-#include "prm/NumericParameter.h"
-#include "tests/parameter/Keying.h"
 #include "tests/support/Allocations.h"
-#include "tests/support/Warnings.h"
+#include "tests/support/Library.h"
 
-#include <QMetaType>
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstring>
 #include <limits>
-#include <memory>
 #include <set>
-#include <vector>
 
 using namespace Prm;
 using Mode = MVInterpolationParams::Mode;

@@ -20,8 +20,7 @@ Colour Prm::ValueType<Colour>::read(const QString& text) {
 template class Prm::Parameter<Colour>;
 template class Prm::CurveParameter<Colour>;
 
-DimmedColour::DimmedColour(const Prm::NumericParameter<double>& brightness)
-    : ParameterWithoutType(false, false, nullptr), m_brightness(brightness) {}
+DimmedColour::DimmedColour(const Prm::NumericParameter<double>& brightness) : m_brightness(brightness) {}
 
 Colour DimmedColour::interpolateValue(const Prm::BoundingKeyframes& around, const Prm::Context& context,
                                       Prm::Cache* cache) const {

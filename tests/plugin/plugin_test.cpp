@@ -1,7 +1,7 @@
 // A value type that the library does not know, in a shared object that this program links to.
 
-#include "tests/parameter/Keying.h"
 #include "tests/plugin/Colour.h"
+#include "tests/support/Library.h"
 
 #include <gtest/gtest.h>
 

@@ -1,33 +1,11 @@
 // Sets: names, members, lines, trees.
 
-#include "host/bsc/CompositeCommand.h"
-#include "prm/CompoundParameter.h"
-#include "prm/MovedParameter.h"
-#include "prm/NumericParameter.h"
-#include "prm/ParameterSet.h"
-#include "prm/ParameterTree.h"
-#include "prm/ProjectFile.h"
-#include "prm/ProjectFileVersion.h"
-#include "prm/SerialisedKeyframe.h"
-#include "prm/StaticParameter.h"
-#include "prm/project/Invariants.h"
-#include "tests/parameter/Keying.h"
 #include "tests/support/ChangeRecorder.h"
-#include "tests/support/Errors.h"
-#include "tests/support/Warnings.h"
-#include "tests/text/Lines.h"
+#include "tests/support/Library.h"
 
-#include <QTextStream>
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <array>
-#include <functional>
-#include <initializer_list>
-#include <memory>
-#include <string>
-#include <tuple>
-#include <vector>
 
 using namespace Prm;
 
@@ -291,7 +269,7 @@ QByteArray textOf(int count, bool deep) {
 }
 
 TEST(ParameterSet, MayBeDeepOrWide) {
-    EXPECT_TRUE(textOf(10000, true).contains(".s.s.name="));
+    EXPECT_TRUE(textOf(1000, true).contains(".s.s.name="));
     EXPECT_TRUE(textOf(300000, false).contains("\ns_300000.name=\"n\""));
 }
 

@@ -1,14 +1,6 @@
-#include "prm/CompoundParameter.h"
-#include "prm/NumericParameter.h"
-#include "prm/ParameterSet.h"
-#include "prm/StaticParameter.h"
-#include "tests/parameter/Keying.h"
-#include "tests/support/Errors.h"
+#include "tests/support/Library.h"
 
-#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
-
-#include <stdexcept>
 
 using namespace Prm;
 using Number = NumericParameter<double>;

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
 #include <execinfo.h>
@@ -128,87 +127,64 @@ int alive() {
 }
 
 void failAt(int n) {
-    failed = false;
+    failed = failed && n == 0;
     staying = false;
     failing = n > 0 ? count + n : 0;
 }
 
 namespace {
 
-void failFrom(int n) {
-    failAt(n);
-    staying = true;
-}
-
-/// What became of one attempt.
-struct Outcome {
-    bool failed = false;
-    bool threw = false;
-    int spared = 0;
-};
-
-Outcome attempted(const Attempt& attempt, int n, void (*fail)(int)) {
-    Outcome outcome;
-    fail(n);
-    const int intended = failing;
-    try {
-        attempt.act();
-    } catch (const std::bad_alloc&) {
-        outcome.threw = true;
-    }
-    outcome.failed = failed;
-    outcome.spared = failing - intended;
-    return outcome;
-}
-
-/// Counts the failures up, until one does not come any more.
-void countUp(const std::function<Outcome(int n)>& attempt) {
-    constexpr int most = 100000;
-    // Looking at callers and throwing take memory for good when they are first done.
+/// Makes attempts, so many allocations further on each time, until none fails any more. Nothing may leak.
+template <class Make> void countUp(int step, const Make& attempt) {
+    // Looking at callers and throwing take memory for good when they are first done, and so may the first attempt.
     isBeneathQtCaller();
-    for (int n = 0; n < most; ++n) {
+    attempt(0);
+    for (int n = 1; n < 100000; n += step) {
         const int before = alive();
-        const Outcome outcome = attempt(n);
-        // What is made once and kept is there after the first attempt, in which nothing fails.
-        EXPECT_TRUE(n == 0 || alive() == before) << "failure " << n << " leaks " << alive() - before;
-        if (n > 0 && !outcome.failed)
+        const int spared = attempt(n);
+        EXPECT_EQ(alive(), before) << "failure " << n << " leaks";
+        if (!failed)
             return;
-        n += outcome.spared;
+        n += spared;
     }
     ADD_FAILURE() << "never came through";
 }
 
-} // namespace
-
-void failForGood(const std::function<Attempt()>& make) {
-    for (const bool isFreedMeanwhile : {false, true}) {
-        countUp([&](int n) {
-            auto attempt = std::make_unique<Attempt>(make());
-            const Outcome outcome = attempted(*attempt, n, failFrom);
-            if (isFreedMeanwhile)
-                attempt.reset();
-            failAt(0);
-            if (attempt)
-                attempt->state();
-            return outcome;
-        });
+/// How many allocations beneath Qt's callers were spared before the one that failed.
+int run(const std::function<void()>& act, int n, bool isForGood) {
+    failAt(n);
+    staying = isForGood;
+    const int intended = failing;
+    try {
+        act();
+    } catch (const std::bad_alloc&) {
     }
+    return failing - intended;
 }
 
+} // namespace
+
 void failOnce(const std::function<Attempt()>& make, const std::function<bool(const std::string&)>& isAllowed) {
-    countUp([&](int n) {
+    countUp(1, [&](int n) {
         const Attempt attempt = make();
-        const Outcome outcome = attempted(attempt, n, failAt);
+        const int spared = run(attempt.act, n, false);
         failAt(0);
         const std::string state = attempt.state();
-        EXPECT_TRUE(isAllowed(state)) << "failure " << n << (outcome.threw ? "" : ", not thrown") << "\n" << state;
-        return outcome;
+        EXPECT_TRUE(isAllowed(state)) << "failure " << n << "\n" << state;
+        return spared;
     });
 }
 
-void failEach(const std::function<Attempt()>& make, const std::function<bool(const std::string&)>& isAllowed) {
-    failOnce(make, isAllowed);
-    failForGood(make);
+void failForGood(const std::function<Attempt()>& make, const std::function<bool(const std::string&)>& isAllowed) {
+    countUp(3, [&](int n) {
+        auto attempt = std::make_unique<Attempt>(make());
+        const int spared = run(attempt->act, n, true);
+        if (n % 2 == 0)
+            attempt.reset();
+        failAt(0);
+        EXPECT_TRUE(!attempt || isAllowed(attempt->state())) << "failure " << n;
+        return spared;
+    });
 }
 
 } // namespace Allocations

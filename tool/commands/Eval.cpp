@@ -1,6 +1,5 @@
 #include "tool/Commands.h"
 #include "tool/Frames.h"
-#include "tool/Problem.h"
 #include "tool/Progress.h"
 #include "tool/Project.h"
 #include "tool/Streams.h"
@@ -9,34 +8,26 @@ namespace Tool {
 
 namespace {
 
-constexpr qint64 mostValues = 10000000;
-
 QVector<Prm::Time> timesOf(const Arguments& arguments) {
-    const QString frames = QStringLiteral("frames");
-    const QString file = QStringLiteral("times-from");
-    if (arguments.has(frames) == arguments.has(file))
-        throw WrongUse(QStringLiteral("one of --frames and --times-from is needed"));
-    const QVector<Prm::Time> times =
-        arguments.has(frames) ? readFrames(arguments.value(frames)) : readTimesFile(arguments.value(file));
-    return times;
+    return arguments.hasFirstOf("frames", "times-from") ? readFrames(arguments.value("frames"))
+                                                        : readTimesFile(arguments.value("times-from"));
 }
 
-Prm::View viewOf(const Arguments& arguments) {
-    const QString view = QStringLiteral("view");
-    return arguments.has(view) ? readView(arguments.value(view)) : Prm::View();
+/// Whether some values are not of the kind that the user has told.
+bool isContradicted(Kind told, Kind written) {
+    if (!written || told == written || told == &ValueKind::text)
+        return false;
+    return told == &ValueKind::point || !written->isNumeric;
 }
 
 /// Whether all values can be evaluated. Says why not, or what else the user should know.
-bool canBeEvaluated(Project& project, int node) {
-    const QString path = project.text().path(node);
-    const ValueKind kind = project.kindOf(node);
-    if (kind == ValueKind::NumberOrSwitch)
-        tell(QStringLiteral("%1: number or switch, read as a number; --type %1=switch settles it").arg(path));
-    if (kind == ValueKind::Opaque)
-        tell(QStringLiteral("%1: cannot be evaluated, its values are of no known type").arg(path));
-    else if (project.hasContradictedKind(node))
-        tell(QStringLiteral("%1: some values are not of type %2, and are read as far as possible")
-                 .arg(path, kindName(kind)));
+bool canBeEvaluated(const FileParameter& parameter, Kind kind, const QString& path) {
+    if (kind == &ValueKind::numberOrSwitch)
+        tell("%1: number or switch, read as a number; --type %1=switch settles it", path);
+    if (kind == &ValueKind::opaque)
+        tell("%1: cannot be evaluated, its values are of no known type", path);
+    else if (isContradicted(kind, parameter.writtenKind()))
+        tell("%1: some values are not of type %2, and are read as far as possible", path, kind->name);
     else
         return true;
     return false;
@@ -46,32 +37,31 @@ bool canBeEvaluated(Project& project, int node) {
 
 int evaluate(Arguments& arguments) {
     Project::declareWithPatterns(arguments);
-    arguments
-        .option({QStringLiteral("frames")}, QStringLiteral("A..B, A..BxSTEP or single frames, separated by commas."),
-                QStringLiteral("FRAMES"))
-        .option({QStringLiteral("times-from")}, QStringLiteral("Reads the frames from a file."), QStringLiteral("FILE"))
-        .option({QStringLiteral("view")}, QStringLiteral("The view to look at, 0 unless given."), QStringLiteral("N"))
+    arguments.option("frames", "A..B, A..BxSTEP or single frames, separated by commas.", "FRAMES")
+        .option("times-from", "Reads the frames from a file.", "FILE")
+        .option("view", "The view to look at, 0 unless given.", "N")
         .tableOptions()
-        .example(QStringLiteral("prm eval project.prm blur.size --frames 0..100x5 --view 1"));
-    if (!arguments.read(2, -1))
+        .example("prm eval project.prm blur.size --frames 0..100x5 --view 1");
+    if (!arguments.read())
         return Fine;
     const TableForm form = arguments.tableForm();
     const QVector<Prm::Time> times = timesOf(arguments);
-    const Prm::View view = viewOf(arguments);
+    const Prm::View view = viewOption(arguments);
     Project project(arguments);
     const std::vector<int> nodes = project.parameters(arguments.patterns());
-    if (times.size() * static_cast<qint64>(nodes.size()) > mostValues)
-        throw Problem(QStringLiteral("more than %1 values").arg(mostValues));
+    Budget(Most::values, "more than %1 values").spend(times.size() * static_cast<qint64>(nodes.size()));
 
-    QStringList headings(QStringLiteral("frame"));
+    QStringList headings("frame");
     std::vector<QVector<QVariant>> columns;
     bool isComplete = true;
     Progress progress("evaluating", nodes.size());
     for (const int node : nodes) {
         progress.step();
+        const FileParameter parameter = project.parameter(node);
+        const Kind kind = project.kinds().of(parameter);
         headings.append(project.text().path(node));
-        isComplete = canBeEvaluated(project, node) && isComplete;
-        columns.push_back(project.shown(node).sample(times, view));
+        isComplete = canBeEvaluated(parameter, kind, headings.back()) && isComplete;
+        columns.push_back(project.kinds().sampler(parameter, kind)(times, view));
     }
     Table table(headings);
     for (int i = 0; i < times.size(); ++i) {

@@ -1,5 +1,4 @@
 #include "tool/Commands.h"
-#include "tool/Problem.h"
 #include "tool/Progress.h"
 #include "tool/Project.h"
 #include "tool/Streams.h"
@@ -24,42 +23,38 @@ struct Summary {
 
 Summary summarise(Project& project, int node) {
     Summary summary;
-    const ProjectText& text = project.text();
-    summary.kind = kindName(project.kindOf(node));
-    const auto parameter = buildRaw(text, node);
-    for (const Prm::View view : parameter->viewList()) {
-        const unsigned int count = parameter->keyframeCount(view);
-        summary.views.append(static_cast<double>(view.id()));
-        summary.keys.append(static_cast<double>(count));
-        if (count == 0)
+    const FileParameter parameter = project.parameter(node);
+    summary.kind = project.kinds().of(parameter)->name;
+    for (const auto& [view, data] : parameter.views()) {
+        summary.views.append(static_cast<double>(view));
+        summary.keys.append(static_cast<double>(data.keys.size()));
+        if (data.keys.empty())
             continue;
-        const double first = parameter->keyframeTime(0, view).time.toDouble();
-        const double last = parameter->keyframeTime(count - 1, view).time.toDouble();
+        const double first = data.keys.front().time.toDouble();
+        const double last = data.keys.back().time.toDouble();
         summary.first = summary.first.isNull() ? first : std::min(summary.first.toDouble(), first);
         summary.last = summary.last.isNull() ? last : std::max(summary.last.toDouble(), last);
     }
-    summary.isHidden = parameter->isHidden();
-    summary.master = parameter->pendingMasterParameterId();
+    summary.isHidden = parameter.isHidden();
+    summary.master = parameter.master();
     return summary;
 }
 
 QString remarks(const Summary& summary) {
     QStringList remarks;
     if (summary.isHidden)
-        remarks.append(QStringLiteral("hidden"));
+        remarks.append("hidden");
     if (!summary.master.isEmpty())
-        remarks.append(QStringLiteral("follows ") + summary.master);
-    return remarks.join(QLatin1String(", "));
+        remarks.append("follows " + summary.master);
+    return remarks.join(", ");
 }
 
-QVariant range(const Summary& summary) {
-    return summary.first.isNull() ? QString()
-                                  : plainText(summary.first) + QLatin1String("..") + plainText(summary.last);
+QString range(const Summary& summary) {
+    return summary.first.isNull() ? QString() : plainText(summary.first) + ".." + plainText(summary.last);
 }
 
 Table list(Project& project, const std::vector<int>& nodes) {
-    Table table({QStringLiteral("path"), QStringLiteral("type"), QStringLiteral("views"), QStringLiteral("keys"),
-                 QStringLiteral("first"), QStringLiteral("last"), QStringLiteral("hidden"), QStringLiteral("master")});
+    Table table({"path", "type", "views", "keys", "first", "last", "hidden", "master"});
     Progress progress("listing", nodes.size());
     for (const int node : nodes) {
         progress.step();
@@ -70,14 +65,14 @@ Table list(Project& project, const std::vector<int>& nodes) {
     return table;
 }
 
-/// The tree of the wanted parameters. Each group stands once, before the first of its parameters.
+/// The tree of the wanted parameters. Each group is listed once, before the first of its parameters.
 class Tree {
 public:
     explicit Tree(Project& project) : m_project(project), m_text(project.text()) {}
 
     /// Parameters come in the order of the tree, so that everything of a group stands together.
     Table table(const std::vector<int>& nodes) {
-        m_isWanted.assign(m_text.nodes().size(), false);
+        m_isWanted.assign(static_cast<std::size_t>(m_text.nodeCount()), false);
         for (const int node : nodes) {
             for (int i = node; !m_isWanted[static_cast<std::size_t>(i)]; i = m_text.node(i).parent)
                 m_isWanted[static_cast<std::size_t>(i)] = true;
@@ -95,20 +90,13 @@ private:
     }
 
     void addNode(int node, int depth) {
-        const bool isGroup = m_text.node(node).nameLine >= 0 || !m_text.node(node).isParameter();
+        const bool isGroup = m_text.isGroup(node);
+        const QString name = m_text.groupName(node);
         if (isGroup)
-            addGroup(node, depth);
+            m_table.add({indented(node, depth) + (name.isNull() ? name : ' ' + name)});
         if (m_text.node(node).isParameter())
             addParameter(node, depth);
         addChildren(node, isGroup ? depth + 1 : depth);
-    }
-
-    void addGroup(int node, int depth) {
-        const int line = m_text.node(node).nameLine;
-        QString text = indented(node, depth);
-        if (line >= 0)
-            text += QLatin1Char(' ') + toText(textBehindEquals(m_text.line(line)));
-        m_table.add({text});
     }
 
     void addParameter(int node, int depth) {
@@ -118,22 +106,21 @@ private:
     }
 
     QString indented(int node, int depth) const {
-        return QString(2 * std::min(depth, deepestIndentation), QLatin1Char(' ')) + m_text.nameInGroup(node);
+        return QString(2 * std::min(depth, deepestIndentation), ' ') + m_text.nameInGroup(node);
     }
 
     Project& m_project;
     const ProjectText& m_text;
     std::vector<bool> m_isWanted;
-    Table m_table{{QStringLiteral("name"), QStringLiteral("type"), QStringLiteral("views"), QStringLiteral("keys"),
-                   QStringLiteral("frames"), QString()}};
+    Table m_table{{"name", "type", "views", "keys", "frames", ""}};
 };
 
 } // namespace
 
 int listParameters(Arguments& arguments) {
-    Project::declareWithPatterns(arguments, QStringLiteral("[PATTERN...]"));
-    arguments.tableOptions().example(QStringLiteral("prm ls project.prm blur"));
-    if (!arguments.read(1, -1))
+    Project::declareWithPatterns(arguments, "[PATTERN...]");
+    arguments.tableOptions().example("prm ls project.prm blur");
+    if (!arguments.read())
         return Fine;
     Project project(arguments);
     const std::vector<int> nodes = project.parameters(arguments.patterns());

@@ -3,7 +3,6 @@
 #include "tool/PlotCurves.h"
 #include "tool/PlotPicture.h"
 #include "tool/PlotText.h"
-#include "tool/Problem.h"
 #include "tool/Project.h"
 #include "tool/Streams.h"
 #include "tool/TerminalSize.h"
@@ -32,17 +31,16 @@ int sizeOf(const Arguments& arguments, const QString& option, const Limits& limi
     bool isNumber = false;
     const int size = arguments.value(option).toInt(&isNumber);
     if (!isNumber || size < limits.least || size > limits.most)
-        throw WrongUse(QStringLiteral("--%1 is a number from %2 to %3").arg(option).arg(limits.least).arg(limits.most));
+        throw WrongUse("--%1 is a number from %2 to %3", option, limits.least, limits.most);
     return size;
 }
 
 std::vector<Prm::View> viewsOf(const Arguments& arguments) {
-    const QString view = QStringLiteral("view");
-    const bool areAll = arguments.has(QStringLiteral("all-views"));
-    if (areAll && arguments.has(view))
-        throw WrongUse(QStringLiteral("--view and --all-views exclude each other"));
+    const bool areAll = arguments.has("all-views");
+    if (areAll && arguments.has("view"))
+        throw WrongUse("--view and --all-views exclude each other");
     std::vector<Prm::View> views;
-    for (const QString& text : arguments.values(view)) {
+    for (const QString& text : arguments.values("view")) {
         const Prm::View wanted = readView(text);
         if (std::find(views.begin(), views.end(), wanted) == views.end())
             views.push_back(wanted);
@@ -55,8 +53,8 @@ std::vector<Prm::View> viewsOf(const Arguments& arguments) {
 PlotRequest requestOf(const Arguments& arguments) {
     PlotRequest request;
     request.views = viewsOf(arguments);
-    if (arguments.has(QStringLiteral("frames"))) {
-        const auto [first, last] = readRange(arguments.value(QStringLiteral("frames")));
+    if (arguments.has("frames")) {
+        const auto [first, last] = readRange(arguments.value("frames"));
         request.frames = PlotRange{first.toDouble(), last.toDouble()};
     }
     return request;
@@ -64,32 +62,28 @@ PlotRequest requestOf(const Arguments& arguments) {
 
 /// Where the picture goes. Throws `WrongUse` when that is where the project is.
 QString pictureName(const Arguments& arguments) {
-    QString name = arguments.value(QStringLiteral("o"));
+    QString name = arguments.value("o");
     const QFileInfo info(name);
-    if (name != QLatin1String("-") && info.exists() && info == QFileInfo(arguments.file()))
-        throw WrongUse(QStringLiteral("the project text would be overwritten"));
+    if (name != "-" && info.exists() && info == QFileInfo(arguments.file()))
+        throw WrongUse("the project text would be overwritten");
     return name;
 }
 
 void declare(Arguments& arguments) {
     Project::declareWithPatterns(arguments);
-    arguments
-        .option({QStringLiteral("frames")}, QStringLiteral("The frames to show, otherwise those with keyframes."),
-                QStringLiteral("A..B"))
-        .option({QStringLiteral("view")}, QStringLiteral("A view to show, 0 unless given; may be repeated."),
-                QStringLiteral("N"))
-        .option({QStringLiteral("all-views")}, QStringLiteral("Shows each view that has keyframes or a value."))
-        .option({QStringLiteral("o"), QStringLiteral("output")},
-                QStringLiteral("Writes a picture (SVG) instead, - for standard output."), QStringLiteral("FILE"))
-        .option({QStringLiteral("width")}, QStringLiteral("Characters, or pixels of the picture."), QStringLiteral("N"))
-        .option({QStringLiteral("height")}, QStringLiteral("Of the curves, in lines or pixels."), QStringLiteral("N"))
-        .example(QStringLiteral("prm plot project.prm blur.size --all-views"))
-        .example(QStringLiteral("prm plot project.prm 'blur.*' --frames 0..100 -o blur.svg"));
+    arguments.option("frames", "The frames to show, otherwise those with keyframes.", "A..B")
+        .option("view", "A view to show, 0 unless given; may be repeated.", "N")
+        .option("all-views", "Shows each view that has keyframes or a value.")
+        .option({"o", "output"}, "Writes a picture (SVG) instead, - for standard output.", "FILE")
+        .option("width", "Characters, or pixels of the picture.", "N")
+        .option("height", "Of the curves, in lines or pixels.", "N")
+        .example("prm plot project.prm blur.size --all-views")
+        .example("prm plot project.prm 'blur.*' --frames 0..100 -o blur.svg");
 }
 
 void plotPicture(const Arguments& arguments, PlotRequest request) {
-    const int width = sizeOf(arguments, QStringLiteral("width"), pixelLimits, 960);
-    const int height = sizeOf(arguments, QStringLiteral("height"), pixelLimits, 540);
+    const int width = sizeOf(arguments, "width", pixelLimits, 960);
+    const int height = sizeOf(arguments, "height", pixelLimits, 540);
     const QString name = pictureName(arguments);
     Project project(arguments);
     request.parameters = project.parameters(arguments.patterns());
@@ -99,8 +93,8 @@ void plotPicture(const Arguments& arguments, PlotRequest request) {
 
 void plotInTerminal(const Arguments& arguments, PlotRequest request) {
     const int usual = std::min(std::max(terminalColumns(), columnLimits.least), columnLimits.most);
-    const TextSize size{sizeOf(arguments, QStringLiteral("width"), columnLimits, usual),
-                        sizeOf(arguments, QStringLiteral("height"), rowLimits, 20), wantsColours()};
+    const TextSize size{sizeOf(arguments, "width", columnLimits, usual), sizeOf(arguments, "height", rowLimits, 20),
+                        wantsColours()};
     Project project(arguments);
     request.parameters = project.parameters(arguments.patterns());
     request.samples = 4 * size.columns;
@@ -111,10 +105,10 @@ void plotInTerminal(const Arguments& arguments, PlotRequest request) {
 
 int plot(Arguments& arguments) {
     declare(arguments);
-    if (!arguments.read(2, -1))
+    if (!arguments.read())
         return Fine;
     const PlotRequest request = requestOf(arguments);
-    if (arguments.has(QStringLiteral("o")))
+    if (arguments.has("o"))
         plotPicture(arguments, request);
     else
         plotInTerminal(arguments, request);

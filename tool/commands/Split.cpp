@@ -1,7 +1,6 @@
 #include "prm/ParameterEdits.h"
 #include "tool/Commands.h"
 #include "tool/Frames.h"
-#include "tool/Problem.h"
 #include "tool/edit/Editing.h"
 
 namespace Tool {
@@ -9,35 +8,32 @@ namespace Tool {
 namespace {
 
 void addOffset(const EditedParameter& edited, Prm::View view, double offset) {
-    const auto& parameter = edited.parameter();
-    for (unsigned int i = 0; i < parameter.keyframeCount(view); ++i)
-        edited.setValue(edited.sum(parameter.keyframeValue(i, view), offset),
-                        {parameter.keyframeTime(i, view).time, view});
-    const WrittenValue value = parameter.staticValue(view);
+    FileParameter::Data& data = edited.data;
+    for (unsigned int i = 0; i < data.keyframeCount(view); ++i)
+        data.vSetValue(edited.sum(data.keyframeValue(i, view), offset), {data.keyframeTime(i, view).time, view});
+    const FileValue value = data.staticValue(view);
     if (!value.text.isNull())
-        edited.setValue(edited.sum(value, offset), {Prm::Time(Prm::Time::INVALID), view});
+        data.vSetValue(edited.sum(value, offset), {Prm::Time::INVALID, view});
 }
 
 } // namespace
 
 int split(Arguments& arguments) {
-    const QString viewName = QStringLiteral("view");
-    const QString offsetName = QStringLiteral("offset");
     Project::declareWithPatterns(arguments);
-    arguments.option({viewName}, QStringLiteral("The view that gets a copy of what it shows."), QStringLiteral("N"))
-        .option({offsetName}, QStringLiteral("Added to the numbers of the copy."), QStringLiteral("D"));
+    arguments.option("view", "The view that gets a copy of what it shows.", "N")
+        .option("offset", "Added to the numbers of the copy.", "D");
     declareOutput(arguments);
-    arguments.example(QStringLiteral("prm split project.prm blur.size --view 1 --offset 2.5 --in-place"));
-    if (!arguments.read(2, -1))
+    arguments.example("prm split project.prm blur.size --view 1 --offset 2.5 --in-place");
+    if (!arguments.read())
         return Fine;
-    if (!arguments.has(viewName))
-        throw WrongUse(QStringLiteral("--view is needed"));
-    const Prm::View view = readView(arguments.value(viewName));
-    const double offset = arguments.has(offsetName) ? numberOption(arguments, offsetName) : 0;
+    if (!arguments.has("view"))
+        throw WrongUse("--view is needed");
+    const Prm::View view = viewOption(arguments);
+    const double offset = numberOption(arguments, "offset");
     return editProject(arguments, arguments.patterns(), [&](const EditedParameter& edited) {
-        if (edited.parameter().viewList().empty() || edited.parameter().hasViewData(view))
+        if (edited.data.viewList().empty() || edited.data.hasViewData(view))
             return;
-        Prm::ParameterSplitViewEdit(edited.parameter(), view).doIt();
+        Prm::ParameterSplitViewEdit(edited.data, view).doIt();
         if (offset != 0)
             addOffset(edited, view, offset);
     });

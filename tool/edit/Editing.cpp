@@ -1,9 +1,8 @@
 #include "tool/edit/Editing.h"
 
-#include "tool/Problem.h"
+#include "tool/Frames.h"
 #include "tool/Progress.h"
 #include "tool/Streams.h"
-#include "tool/edit/ParameterPatch.h"
 
 #include <algorithm>
 #include <cmath>
@@ -12,141 +11,64 @@ namespace Tool {
 
 namespace {
 
-const QString inPlace = QStringLiteral("in-place");
-const QString output = QStringLiteral("output");
-
-template <class T> QString writtenAs(const T& value) {
-    QString text;
-    Prm::ValueType<T>::write(text, value);
-    return text;
-}
-
-/// The format holds infinite values and such as are no number, but no curve goes through them.
-double finiteFrom(const QString& text, const QString& path) {
-    bool isNumber = false;
-    const double number = text.toDouble(&isNumber);
-    if (std::isinf(number))
-        throw Problem(QStringLiteral("%1: '%2' is too large").arg(path, text));
-    if (!isNumber || std::isnan(number))
-        throw Problem(QStringLiteral("%1: '%2' is not a number").arg(path, text));
-    return number;
-}
-
-QPointF pointFrom(const QString& text, const QString& path) {
-    const QStringList parts = text.simplified().split(QLatin1Char(' '));
-    if (parts.size() != 2)
-        throw Problem(QStringLiteral("%1: '%2' is not a point (two numbers)").arg(path, text));
-    return {finiteFrom(parts[0], path), finiteFrom(parts[1], path)};
-}
-
-bool switchFrom(const QString& text, const QString& path) {
-    if (text != QLatin1String("0") && text != QLatin1String("1"))
-        throw Problem(QStringLiteral("%1: '%2' is not a switch (0 or 1)").arg(path, text));
-    return text == QLatin1String("1");
-}
-
-QString valueText(const QString& text, const QString& path, ValueKind kind) {
-    switch (kind) {
-    case ValueKind::Number:
-    case ValueKind::NumberOrSwitch:
-        return writtenAs(finiteFrom(text, path));
-    case ValueKind::Point:
-        return writtenAs(pointFrom(text, path));
-    case ValueKind::Switch:
-        return writtenAs(switchFrom(text, path));
-    case ValueKind::Text:
-        return writtenAs(text);
-    case ValueKind::Opaque:
-        break;
-    }
-    throw Problem(QStringLiteral("%1: its values are of no known type, so none can be set").arg(path));
-}
-
-bool hasKeyframe(const WrittenState::ViewData& data, double time) {
+bool hasKeyframe(const FileView& data, Prm::Time time) {
     const auto found = std::lower_bound(data.keys.begin(), data.keys.end(), time,
-                                        [](const WrittenState::Keyframe& key, double at) { return key.time < at; });
+                                        [](const FileKeyframe& key, Prm::Time at) { return key.time < at; });
     return found != data.keys.end() && found->time == time;
 }
 
 /// Times that the file will not give as they are now.
-void tellMovedTimes(const QString& path, const WrittenState& before, const WrittenState& after) {
-    for (const auto& [view, data] : after.views) {
-        const auto former = before.views.find(view);
-        for (const WrittenState::Keyframe& key : data.keys) {
-            const QString saved = QString::number(key.time, 'g', 6);
-            if (!(former != before.views.end() && hasKeyframe(former->second, key.time)) &&
-                static_cast<double>(saved.toFloat()) != static_cast<double>(static_cast<float>(key.time)))
-                tell(QStringLiteral("%1: frame %2 is written as %3")
-                         .arg(path, plainText(key.time), plainText(saved.toDouble())));
+void tellMovedTimes(const QString& path, const FileViews& before, const FileViews& after) {
+    for (const auto& [view, data] : after) {
+        const auto former = before.find(view);
+        for (const FileKeyframe& key : data.keys) {
+            const bool isNew = former == before.end() || !hasKeyframe(former->second, key.time);
+            const Prm::Time read = Prm::Time::fromFloat(static_cast<float>(key.time.toDouble()));
+            if (isNew && Prm::writtenTime(key.time) != read)
+                tell("%1: frame %2 is written as %3", path, plainText(key.time.toDouble()),
+                     plainText(writtenFrame(key.time)));
         }
     }
 }
 
 LineChanges changesTo(Project& project, int node, const Edit& edit) {
-    const ProjectText& text = project.text();
-    WrittenParameter written(linesOf(text, node), text.version());
-    const WrittenState before = written.state();
-    const QString path = text.path(node);
-    edit({written, path, project.kindOf(node)});
-    const WrittenState after = written.state();
-    if (before.views == after.views)
+    const FileParameter parameter = project.parameter(node);
+    const FileViews before = parameter.views();
+    const QString path = project.text().path(node);
+    edit({parameter, parameter.data(), path, project.kinds().of(parameter)});
+    const FileViews after = parameter.views();
+    if (before == after)
         return {};
     tellMovedTimes(path, before, after);
-    return changedLines(text, node, before, written);
+    return changedLines(project.text(), before, parameter, project.text().version());
 }
 
 } // namespace
 
-WrittenValue EditedParameter::value(const QString& text) const {
-    return {written.text(valueText(text, path, kind).toUtf8()), WrittenValue::noLine};
+FileValue EditedParameter::value(const QString& given) const {
+    return {file.text(kind->written(given, path)), FileValue::noLine};
 }
 
-WrittenValue EditedParameter::sum(const WrittenValue& value, double offset) const {
-    if (kind != ValueKind::Number && kind != ValueKind::NumberOrSwitch)
-        throw Problem(QStringLiteral("%1: only numbers have an offset").arg(path));
-    const double number = finiteFrom(value.text.trimmed(), path) + offset;
-    if (!std::isfinite(number))
-        throw Problem(QStringLiteral("%1: %2 with that offset is too large").arg(path, value.text.trimmed()));
-    return {writtenAs(number), value.line};
-}
-
-void EditedParameter::setValue(const WrittenValue& value, const Prm::Context& context) const {
-    parameter().vSetValue(value, context);
+FileValue EditedParameter::sum(const FileValue& value, double offset) const {
+    if (!kind->isNumeric)
+        throw Problem("%1: only numbers have an offset", path);
+    const double sum = finiteNumber(value.text.trimmed(), path) + offset;
+    if (!std::isfinite(sum))
+        throw Problem("%1: %2 with that offset is too large", path, value.text.trimmed());
+    return {plainText(sum), value.line};
 }
 
 void declareOutput(Arguments& arguments) {
-    arguments
-        .option({QStringLiteral("o"), output}, QStringLiteral("Writes to a file, - for standard output."),
-                QStringLiteral("OUT"))
-        .option({inPlace}, QStringLiteral("Writes to FILE itself."));
+    arguments.option({"o", "output"}, "Writes to a file, - for standard output.", "OUT")
+        .option("in-place", "Writes to FILE itself.");
 }
 
 QString outputOf(const Arguments& arguments) {
-    const bool isInPlace = arguments.has(inPlace);
-    if (isInPlace == arguments.has(output))
-        throw WrongUse(QStringLiteral("one of -o and --in-place is needed"));
-    if (isInPlace && arguments.file() == QLatin1String("-"))
-        throw WrongUse(QStringLiteral("--in-place needs a file, not standard input"));
-    return isInPlace ? arguments.file() : arguments.value(output);
-}
-
-double numberOption(const Arguments& arguments, const QString& option) {
-    bool isNumber = false;
-    const double number = arguments.value(option).toDouble(&isNumber);
-    if (!isNumber || !std::isfinite(number))
-        throw WrongUse(QStringLiteral("--%1 needs a number").arg(option));
-    return number;
-}
-
-bool isFrame(Prm::Time time) {
-    return time.isValid() && time.toDouble() >= -Prm::Time::LARGEST_VALID_VALUE;
-}
-
-Prm::Time timeOption(const Arguments& arguments, const QString& option) {
-    const Prm::Time time = Prm::Time::fromDouble(numberOption(arguments, option));
-    if (!isFrame(time))
-        throw WrongUse(QStringLiteral("'%1' is not a frame").arg(arguments.value(option)));
-    return time;
+    if (arguments.hasFirstOf("o", "in-place"))
+        return arguments.value("o");
+    if (arguments.file() == "-")
+        throw WrongUse("--in-place needs a file, not standard input");
+    return arguments.file();
 }
 
 int editProject(const Arguments& arguments, const QStringList& patterns, const Edit& edit) {
@@ -159,14 +81,15 @@ int editProject(const Arguments& arguments, const QStringList& patterns, const E
         progress.step();
         changes.merge(changesTo(project, node, edit));
     }
-    return writeEdited(arguments, project.text(), bytesWith(project.text(), changes));
+    return writeEdited(arguments, project.text(), changes);
 }
 
-int writeEdited(const Arguments& arguments, const ProjectText& text, const QByteArray& bytes) {
+int writeEdited(const Arguments& arguments, const ProjectText& text, const LineChanges& changes) {
+    const QByteArray bytes = bytesWith(text, changes);
     const bool isChanged = bytes != text.bytes();
     if (!isChanged)
-        tell(QStringLiteral("nothing changed"));
-    if (isChanged || !arguments.has(inPlace))
+        tell("nothing changed");
+    if (isChanged || !arguments.has("in-place"))
         writeOutput(outputOf(arguments), bytes);
     return isChanged ? Fine : Findings;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tool/Project.h"
-#include "tool/edit/WrittenParameter.h"
+#include "tool/edit/ParameterPatch.h"
 
 #include <functional>
 
@@ -9,42 +9,30 @@ namespace Tool {
 
 /// One parameter that a user edits, with what an edit needs to know of it.
 struct EditedParameter {
-    WrittenParameter& written;
+    const FileParameter& file;
+    /// Without a way back for each step, which would be a copy of all keyframes.
+    FileParameter::Data& data;
     QString path;
-    ValueKind kind;
+    Kind kind;
 
-    WrittenParameter::Edited& parameter() const { return written.parameter(); }
-    /// A value for the parameter from a text that a person would write, in the form of its kind. Throws `Problem`.
-    WrittenValue value(const QString& text) const;
+    /// A value for the parameter from a text that a person would write. Throws `Problem`.
+    FileValue value(const QString& given) const;
     /// A number added to it. Values of other kinds throw `Problem`.
-    WrittenValue sum(const WrittenValue& value, double offset) const;
-    /// Without a way back, which would be a copy of all keyframes for each of them.
-    void setValue(const WrittenValue& value, const Prm::Context& context) const;
+    FileValue sum(const FileValue& value, double offset) const;
 };
 
 /// What is done to each parameter that the patterns name.
 using Edit = std::function<void(const EditedParameter& edited)>;
 
-// --- declare ---------------------------------------------------------------------------------------------------------
-
 void declareOutput(Arguments& arguments);
-
-// --- ask -------------------------------------------------------------------------------------------------------------
-
 /// Where to write. Throws `WrongUse` unless one place is named.
 QString outputOf(const Arguments& arguments);
-double numberOption(const Arguments& arguments, const QString& option);
-/// Whether a keyframe can go there.
-bool isFrame(Prm::Time time);
-Prm::Time timeOption(const Arguments& arguments, const QString& option);
 
-// --- do --------------------------------------------------------------------------------------------------------------
-
-/// Edits the parameters, writes the text, and answers the exit code. Lines of others keep their bytes.
+/// Edits the parameters, writes the text, and returns the exit code. Lines of others keep their bytes.
 int editProject(const Arguments& arguments, const QStringList& patterns, const Edit& edit);
 
 /// Writes what an edit has made of the file: all of it or nothing. When nothing has changed, a file of its own is
 /// written all the same.
-int writeEdited(const Arguments& arguments, const ProjectText& text, const QByteArray& bytes);
+int writeEdited(const Arguments& arguments, const ProjectText& text, const LineChanges& changes);
 
 } // namespace Tool

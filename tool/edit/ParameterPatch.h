@@ -1,29 +1,43 @@
 #pragma once
 
-#include "tool/ProjectText.h"
-#include "tool/edit/WrittenParameter.h"
-
-#include <QByteArray>
+#include "tool/FileParameter.h"
 
 #include <map>
+#include <optional>
 #include <vector>
 
 namespace Tool {
 
-/// What stands in place of lines, which may be nothing. Other lines keep their bytes.
-using LineChanges = std::map<int, std::vector<QByteArray>>;
+using Lines = std::vector<QByteArray>;
+
+/// What becomes of a line of the file.
+struct LineChange {
+    Lines before;
+    /// In its place; none where it keeps its bytes.
+    std::optional<Lines> own;
+    Lines after;
+
+    /// All of them, of a line with these bytes.
+    Lines lines(const QByteArray& bytes) const {
+        Lines all = before;
+        for (const Lines& more : {own.value_or(Lines{bytes}), after})
+            all.insert(all.end(), more.begin(), more.end());
+        return all;
+    }
+};
+
+/// The lines that are not named here keep their bytes.
+using LineChanges = std::map<int, LineChange>;
 
 /// The whole text with such changes. Lines that are new end as the line does whose place they take; a text without a
 /// last line end keeps having none.
 QByteArray bytesWith(const ProjectText& text, const LineChanges& changes);
 
-/// The fewest changes to a parameter's lines that make it say what an edit has made of it: keyframes and values that
-/// are as before stay where they stand. Throws `Problem` when the format cannot hold it, such as two keyframes whose
-/// times are written alike.
-LineChanges changedLines(const ProjectText& text, int node, const WrittenState& before, const WrittenParameter& edited);
-
-/// The same with all lines of keyframes and values anew, at the place of the first, for a reader of that version.
-LineChanges allLines(const ProjectText& text, int node, const WrittenState& before, const WrittenParameter& edited,
-                     const Prm::ProjectFileVersion& version);
+/// The fewest changes to a parameter's lines that make it say to a reader of that version what an edit has made of it.
+/// Where these are not enough, as with lines in an order that undoes some of them, all its keyframes and values anew,
+/// at the place of the first, as a project would be saved. Throws `Problem` when the format cannot hold it, such as two
+/// keyframes whose times are written alike.
+LineChanges changedLines(const ProjectText& text, const FileViews& before, const FileParameter& edited,
+                         const Prm::ProjectFileVersion& version);
 
 } // namespace Tool

@@ -31,7 +31,7 @@ struct Composition {
 
 class Animation {
 public:
-    Animation(const QJsonObject& json, ImportReport& report, ImportBudget& budget)
+    Animation(const QJsonObject& json, ImportReport& report, Budget& budget)
         : m_json(json), m_objects(report, budget) {}
 
     boost::shared_ptr<Prm::ParameterSet> import() {
@@ -47,9 +47,7 @@ public:
     }
 
 private:
-    static QString pathOfElement(const QString& list, int index) {
-        return QStringLiteral("%1[%2]").arg(list).arg(index);
-    }
+    static QString pathOfElement(const QString& list, int index) { return message("%1[%2]", list, index); }
 
     void nameLayers(Composition& composition) {
         const QJsonArray layers = composition.json.value(layersKey).toArray();
@@ -73,16 +71,13 @@ private:
             const QJsonObject asset = assets.at(i).toObject();
             const QString path = pathOfElement(assetsKey, i);
             if (!asset.value(layersKey).isArray()) {
-                m_objects.leaveOut(path, QStringLiteral("an image, a sound or other data"));
+                m_objects.leaveOut(path, "an image, a sound or other data");
                 continue;
             }
             const QString id = asset.value(QLatin1String("id")).toString();
             const QString title = asset.value(nameKey).toString(id);
-            m_compositions.push_back({asset,
-                                      path,
-                                      m_root.makeSubset(title.isEmpty() ? QStringLiteral("composition") : title, title),
-                                      {},
-                                      {}});
+            m_compositions.push_back(
+                {asset, path, m_root.makeSubset(title.isEmpty() ? "composition" : title, title), {}, {}});
             nameLayers(m_compositions.back());
             if (!m_pathOfComposition.contains(id))
                 m_pathOfComposition.insert(id, m_compositions.back().set.path());
@@ -99,14 +94,14 @@ private:
             if (layers.at(i).isObject())
                 importLayer(layers.at(i).toObject(), path, set, composition);
             else
-                m_objects.leaveOut(path, QStringLiteral("it is no layer"));
+                m_objects.leaveOut(path, "it is no layer");
         }
         importRest(composition, isRoot);
         if (!isRoot)
             m_root.addSubset(composition.set);
     }
 
-    /// What belongs to the composition itself, behind its layers.
+    /// What belongs to the composition itself, after its layers.
     void importRest(Composition& composition, bool isRoot) {
         QJsonObject rest = composition.json;
         rest.remove(layersKey);
@@ -114,7 +109,7 @@ private:
             rest.remove(frameRateKey);
         if (isRoot)
             rest.remove(assetsKey);
-        const QString kind = isRoot ? QStringLiteral("animation") : QStringLiteral("asset");
+        const QString kind = isRoot ? "animation" : "asset";
         m_objects.importMembers(rest, {composition.set, composition.jsonPath, kind});
     }
 
@@ -122,7 +117,7 @@ private:
         importFrameRate(composition, set);
         importTiming(layer, path, set);
         importReferences(layer, path, set, composition);
-        m_objects.importMembers(layer, {set, path, QStringLiteral("layer")});
+        m_objects.importMembers(layer, {set, path, "layer"});
         composition.set.addSubset(set);
     }
 
@@ -131,7 +126,7 @@ private:
         const QJsonValue rate = own ? composition.json.value(frameRateKey) : m_json.value(frameRateKey);
         const QString path = own ? jsonPathOf(composition.jsonPath, frameRateKey) : QString(frameRateKey);
         if (rate.isDouble())
-            m_objects.hold(path, set.addStillNumber(QStringLiteral("frame_rate"), rate.toDouble()));
+            m_objects.hold(path, set.addStillNumber("frame_rate", rate.toDouble()));
     }
 
     /// Takes the layer's times, and removes them from it.
@@ -139,19 +134,18 @@ private:
         const std::pair<const char*, const char*> timings[] = {
             {"ip", "in"}, {"op", "out"}, {"st", "start"}, {"sr", "stretch"}};
         for (const auto& timing : timings) {
-            const QString key = QString::fromLatin1(timing.first);
+            const QString key = timing.first;
             const QJsonValue value = layer.value(key);
             if (!value.isDouble())
                 continue;
-            m_objects.hold(jsonPathOf(path, key),
-                           set.addStillNumber(QString::fromLatin1(timing.second), value.toDouble()));
+            m_objects.hold(jsonPathOf(path, key), set.addStillNumber(timing.second, value.toDouble()));
             layer.remove(key);
         }
     }
 
     void importReferences(QJsonObject& layer, const QString& path, ImportedSet& set, const Composition& composition) {
-        const QString parentKey = QStringLiteral("parent");
-        const QString sourceKey = QStringLiteral("refId");
+        const QString parentKey = "parent";
+        const QString sourceKey = "refId";
         // Not by take(), which leaks when memory runs out.
         const QJsonValue parent = layer.value(parentKey);
         const QJsonValue source = layer.value(sourceKey);
@@ -159,10 +153,10 @@ private:
         layer.remove(sourceKey);
         if (!parent.isUndefined())
             importReference(parentKey, composition.pathOfLayer.value(parent.toInt(-1)), jsonPathOf(path, parentKey),
-                            set, QStringLiteral("it names no layer of its composition"));
+                            set, "it names no layer of its composition");
         if (!source.isUndefined())
-            importReference(QStringLiteral("composition"), m_pathOfComposition.value(source.toString()),
-                            jsonPathOf(path, sourceKey), set, QStringLiteral("it names no composition of the file"));
+            importReference("composition", m_pathOfComposition.value(source.toString()), jsonPathOf(path, sourceKey),
+                            set, "it names no composition of the file");
     }
     void importReference(const QString& name, const QString& target, const QString& path, ImportedSet& set,
                          const QString& obstacle) {
@@ -182,56 +176,55 @@ private:
 QString lineAndColumn(const QByteArray& text, int offset) {
     const QByteArray before = text.left(std::max(0, offset));
     const int column = before.size() - before.lastIndexOf('\n');
-    return QStringLiteral("%1:%2").arg(before.count('\n') + 1).arg(column);
+    return message("%1:%2", before.count('\n') + 1, column);
 }
 
 /// Roughly what reading takes: brackets around nothing are small in a file, and large in memory.
 bool isTooManyValues(const QByteArray& json) {
     const qint64 bytesOfList = 160;
     const qint64 bytesOfValue = 24;
-    const qint64 mostBytes = 768LL << 20;
     const auto lists = std::count_if(json.begin(), json.end(), [](char c) { return c == '[' || c == '{'; });
     const auto values = std::count(json.begin(), json.end(), ',');
-    return lists * bytesOfList + values * bytesOfValue > mostBytes;
+    return lists * bytesOfList + values * bytesOfValue > Most::bytesOfJson;
 }
 
-QString whyNoAnimation(const QJsonDocument& document) {
+QJsonObject readAnimation(const QByteArray& json) {
+    if (json.trimmed().isEmpty())
+        throw Problem("1:1: the file is empty");
+    if (json.size() > Most::bytesOfAnimation || isTooManyValues(json))
+        throw Problem("1:1: the file is too large (%1 bytes)", json.size());
+    QJsonParseError parsing{};
+    const QJsonDocument document = QJsonDocument::fromJson(json, &parsing);
+    if (parsing.error != QJsonParseError::NoError)
+        throw Problem("%1: %2", lineAndColumn(json, parsing.offset), parsing.errorString());
     if (!document.isObject())
-        return QStringLiteral("1:1: no Lottie animation: the outermost value is no object");
-    const QJsonObject json = document.object();
-    if (!json.value(layersKey).isArray())
-        return QStringLiteral("1:1: no Lottie animation: the outermost object has no list \"layers\"");
+        throw Problem("1:1: no Lottie animation: the outermost value is no object");
+    QJsonObject animation = document.object();
+    if (!animation.value(layersKey).isArray())
+        throw Problem("1:1: no Lottie animation: the outermost object has no list \"layers\"");
     const QLatin1String timings[] = {frameRateKey, QLatin1String("ip"), QLatin1String("op")};
-    if (std::none_of(std::begin(timings), std::end(timings), [&](auto key) { return json.value(key).isDouble(); }))
-        return QStringLiteral("1:1: no Lottie animation: the outermost object has no number \"fr\", \"ip\" or \"op\"");
-    return {};
+    if (std::none_of(std::begin(timings), std::end(timings), [&](auto key) { return animation.value(key).isDouble(); }))
+        throw Problem("1:1: no Lottie animation: the outermost object has no number \"fr\", \"ip\" or \"op\"");
+    return animation;
+}
+
+/// Keeps what is made in proportion to what is read: long names over deep trees would multiply. A short static property
+/// is 13 bytes of JSON and more than a kilobyte as a parameter; small files need room to start with.
+Budget memoryFor(qint64 inputSize) {
+    const qint64 bytesPerByte = 200;
+    const qint64 bytesAtLeast = 256LL << 20;
+    const qint64 bytesAtMost = 1LL << 30;
+    return {std::min(bytesAtMost, std::max(bytesAtLeast, inputSize * bytesPerByte)),
+            "the import ends here, because it would take too much memory"};
 }
 
 } // namespace
 
 ImportResult importAnimation(const QByteArray& json) {
     ImportResult result;
-    const auto fail = [&](const QString& error) {
-        result = ImportResult();
-        result.error = error;
-        return result;
-    };
-    if (json.trimmed().isEmpty())
-        return fail(QStringLiteral("1:1: the file is empty"));
-    if (json.size() > largestAnimation || isTooManyValues(json))
-        return fail(QStringLiteral("1:1: the file is too large (%1 bytes)").arg(json.size()));
-    QJsonParseError parsing{};
-    const QJsonDocument document = QJsonDocument::fromJson(json, &parsing);
-    if (parsing.error != QJsonParseError::NoError)
-        return fail(QStringLiteral("%1: %2").arg(lineAndColumn(json, parsing.offset), parsing.errorString()));
-    if (const QString why = whyNoAnimation(document); !why.isEmpty())
-        return fail(why);
-    try {
-        ImportBudget budget(json.size());
-        result.root = Animation(document.object(), result.report, budget).import();
-    } catch (const ImportFailure& failure) {
-        return fail(QStringLiteral("%1: %2").arg(failure.place(), QString::fromUtf8(failure.what())));
-    }
+    const QJsonObject animation = readAnimation(json);
+    Budget memory = memoryFor(json.size());
+    result.root = Animation(animation, result.report, memory).import();
     return result;
 }
 

@@ -14,16 +14,10 @@ namespace Tool {
 
 /// What an animation file came to.
 struct ImportResult {
-    /// A root without a name, with a set for each layer and for each precomposition; null when there is an error.
+    /// A root without a name, with a set for each layer and for each precomposition.
     boost::shared_ptr<Prm::ParameterSet> root;
     ImportReport report;
-    /// Why there is no root, in one line that begins with the place: "3:17: ..." by line and column, counted from 1, or
-    /// a JSON path.
-    QString error;
 };
-
-/// The most that is read of one file.
-constexpr qint64 largestAnimation = 64LL << 20;
 
 /// Makes parameters of a Lottie file (JSON animation). Times are frames of the file; names that are in use get a
 /// number. Nothing is dropped silently: whatever is not held stands in the report.
@@ -33,6 +27,9 @@ constexpr qint64 largestAnimation = 64LL << 20;
 ///     layer.transform       numbers such as opacity; compounds such as position, of x, y and z
 ///     layer.Fill_1          what the layer draws, nested as there
 ///     layer.effects.Blur    effects; masks and styles likewise
+///
+/// Throws `Problem` with one line that begins with the place: "3:17: ..." by line and column, counted from 1, or a JSON
+/// path.
 ImportResult importAnimation(const QByteArray& json);
 
 } // namespace Tool

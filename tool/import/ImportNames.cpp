@@ -1,5 +1,7 @@
 #include "tool/import/ImportNames.h"
 
+#include "tool/Problem.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -11,7 +13,7 @@ namespace Tool {
 
 namespace {
 
-// Names stand in every line of what is below them.
+// Every line of what is below a name contains it.
 const int longestName = 60;
 
 struct Name {
@@ -150,14 +152,14 @@ template <std::size_t count> const Name* find(const Name (&table)[count], const 
 } // namespace
 
 QString ImportNames::take(const QString& wanted) {
-    QString name = wanted.isEmpty() ? QStringLiteral("unnamed") : wanted.left(longestName);
+    QString name = wanted.isEmpty() ? "unnamed" : wanted.left(longestName);
     for (QChar& c : name) {
-        if (!c.isLetterOrNumber() && !c.isMark() && c != QLatin1Char('-'))
-            c = QLatin1Char('_');
+        if (!c.isLetterOrNumber() && !c.isMark() && c != '-')
+            c = '_';
     }
     QString candidate = name;
     for (int& count = m_counts[name]; m_taken.contains(candidate);)
-        candidate = QStringLiteral("%1_%2").arg(name).arg(++count + 1);
+        candidate = message("%1_%2", name, ++count + 1);
     m_taken.insert(candidate);
     return candidate;
 }
@@ -166,7 +168,7 @@ QString onOneLine(const QString& name) {
     QString line = name;
     for (QChar& c : line) {
         if (c.category() == QChar::Other_Control)
-            c = QLatin1Char(' ');
+            c = ' ';
     }
     return line;
 }
@@ -175,26 +177,24 @@ QString kindOfObject(const QJsonObject& object, const QString& key) {
     QString type = object.value(QLatin1String("ty")).toString();
     if (!type.isEmpty())
         return type;
-    static const QHash<QString, QString> kinds{{QStringLiteral("ks"), QStringLiteral("tr")},
-                                               {QStringLiteral("t"), QStringLiteral("text")},
-                                               {QStringLiteral("masksProperties"), QStringLiteral("mask")}};
+    static const QHash<QString, QString> kinds{{"ks", "tr"}, {"t", "text"}, {"masksProperties", "mask"}};
     return kinds.value(key, key);
 }
 
 QString memberName(const QString& kind, const QString& key) {
     const Name* const found = find(memberNames, kind, key);
-    return found ? QString::fromLatin1(found->name) : key;
+    return found ? found->name : key;
 }
 
 QString kindName(const QString& kind, const QString& listKey) {
     const Name* const found = find(kindNames, kind, listKey);
-    return found ? QString::fromLatin1(found->name) : listKey;
+    return found ? found->name : listKey;
 }
 
 QString layerTypeName(int type) {
     static const std::array<const char*, 7> names{"precomposition", "solid", "image", "null", "shape", "text", "audio"};
     if (type == 13)
-        return QStringLiteral("camera");
+        return "camera";
     const bool known = type >= 0 && type < static_cast<int>(names.size());
     return QString::fromLatin1(known ? names.at(static_cast<std::size_t>(type)) : "layer");
 }
@@ -219,9 +219,9 @@ bool isBookkeeping(const QString& key) {
 }
 
 QString jsonPathOf(const QString& path, const QString& key) {
-    const auto isPlain = [](QChar c) { return c.unicode() < 128 && (c.isLetterOrNumber() || c == QLatin1Char('_')); };
+    const auto isPlain = [](QChar c) { return c.unicode() < 128 && (c.isLetterOrNumber() || c == '_'); };
     if (!key.isEmpty() && std::all_of(key.begin(), key.end(), isPlain))
-        return path.isEmpty() ? key : path + QLatin1Char('.') + key;
+        return path.isEmpty() ? key : path + '.' + key;
     // A list of one text, written as JSON, is the quoted key in brackets.
     return path + QString::fromUtf8(QJsonDocument(QJsonArray{key}).toJson(QJsonDocument::Compact));
 }

@@ -8,7 +8,7 @@ class QJsonObject;
 
 namespace Tool {
 
-/// The script names of one set, parameters and subsets together: project text tells them apart by nothing else.
+/// The script names of one set, parameters and subsets together: project text distinguishes them by nothing else.
 class ImportNames {
 public:
     /// A free name made of the wanted one, which may be any text: "Fill 1", and "Fill_1_2" for the next one like it.
@@ -23,8 +23,7 @@ private:
 /// A name for a set as project text can hold it: on one line.
 QString onOneLine(const QString& name);
 
-/// What an object of the file is, by which the names of its members are chosen: the type that it states, or the key
-/// that it stands under.
+/// What an object of the file is, by which the names of its members are chosen: its stated type, or its key.
 QString kindOfObject(const QJsonObject& object, const QString& key);
 /// The readable name of a member, such as "opacity" for "o"; the key itself where none is known.
 QString memberName(const QString& kind, const QString& key);
@@ -34,7 +33,7 @@ QString layerTypeName(int type);
 bool isColour(const QString& kind, const QString& key);
 /// "x", "y", "z", "w", or "r", "g", "b", "a"; beyond those the number, counted from 1.
 QString componentName(int index, bool colour);
-/// Lists whose elements stand in the set itself, because the list is all that the set is about.
+/// Lists whose elements are members of the set itself, because the set consists of the list only.
 bool isListWithoutSet(const QString& kind, const QString& key);
 /// What only identifies an object, or names it, and has no effect on the picture.
 bool isBookkeeping(const QString& key);

@@ -1,39 +1,25 @@
 #include "tool/import/ImportReport.h"
 
-#include <QTextStream>
+#include "tool/Problem.h"
 
 #include <algorithm>
+#include <array>
 
 namespace Tool {
 
 namespace {
 
-QString outcomeName(ImportEntry::Outcome outcome) {
-    switch (outcome) {
-    case ImportEntry::Held:
-        return QStringLiteral("held");
-    case ImportEntry::Changed:
-        return QStringLiteral("changed");
-    default:
-        return QStringLiteral("left out");
-    }
+constexpr std::array<const char*, 3> outcomeNames{"held", "changed", "left out"};
+
+/// What the user has to know of.
+bool isLoss(const ImportEntry& entry) {
+    return entry.outcome != ImportEntry::Held && !entry.isSetting;
 }
 
 } // namespace
 
-int ImportReport::count(ImportEntry::Outcome outcome) const {
-    return static_cast<int>(std::count_if(m_entries.begin(), m_entries.end(),
-                                          [&](const ImportEntry& entry) { return entry.outcome == outcome; }));
-}
-
-int ImportReport::settingsLeftOut() const {
-    return static_cast<int>(
-        std::count_if(m_entries.begin(), m_entries.end(), [](const ImportEntry& entry) { return entry.isSetting; }));
-}
-
 bool ImportReport::hasLosses() const {
-    return std::any_of(m_entries.begin(), m_entries.end(),
-                       [](const ImportEntry& entry) { return entry.outcome != ImportEntry::Held && !entry.isSetting; });
+    return std::any_of(m_entries.begin(), m_entries.end(), isLoss);
 }
 
 void ImportReport::addShiftedTimes(int keyframes, double greatestShift) {
@@ -45,29 +31,30 @@ void ImportReport::addShiftedTimes(int keyframes, double greatestShift) {
 QByteArray ImportReport::table() const {
     QByteArray text("json_path\tparameter\toutcome\twhy\n");
     for (const ImportEntry& entry : m_entries) {
-        text += entry.jsonPath.toUtf8() + '\t' + entry.parameter.toUtf8() + '\t' + outcomeName(entry.outcome).toUtf8() +
-                '\t' + entry.reason.toUtf8() + '\n';
+        const QStringList cells{entry.jsonPath, entry.parameter, outcomeNames.at(entry.outcome), entry.reason};
+        text += cells.join('\t').toUtf8() + '\n';
     }
     return text;
 }
 
-void ImportReport::summarise(QTextStream& out) const {
+QString ImportReport::summary() const {
+    QString text;
+    std::array<int, 3> counts{};
+    int settings = 0;
     for (const ImportEntry& entry : m_entries) {
-        if (entry.outcome == ImportEntry::Held || entry.isSetting)
-            continue;
-        out << outcomeName(entry.outcome) << ": " << entry.jsonPath;
-        if (!entry.parameter.isEmpty())
-            out << " (" << entry.parameter << ')';
-        out << ": " << entry.reason << '\n';
+        ++counts.at(entry.outcome);
+        settings += entry.isSetting ? 1 : 0;
+        const QString parameter = entry.parameter.isEmpty() ? QString() : message(" (%1)", entry.parameter);
+        if (isLoss(entry))
+            text += message("%1: %2%3: %4\n", outcomeNames.at(entry.outcome), entry.jsonPath, parameter, entry.reason);
     }
-    out << count(ImportEntry::Held) << " held, " << count(ImportEntry::Changed) << " changed, "
-        << count(ImportEntry::LeftOut) << " left out";
-    if (settingsLeftOut() > 0)
-        out << " (" << settingsLeftOut() << " of them settings that do not animate)";
-    out << '\n';
+    text += message("%1 held, %2 changed, %3 left out", counts[0], counts[1], counts[2]);
+    if (settings > 0)
+        text += message(" (%1 of them settings that do not animate)", settings);
     if (m_shiftedKeyframes > 0)
-        out << "in project text, which rounds times, " << m_shiftedKeyframes << " keyframes of " << m_shiftedProperties
-            << " properties move by up to " << m_greatestShift << " frames\n";
+        text += message("\nin project text, which rounds times, %1 keyframes of %2 properties move by up to %3 frames",
+                        m_shiftedKeyframes, m_shiftedProperties, m_greatestShift);
+    return text;
 }
 
 } // namespace Tool

@@ -4,8 +4,6 @@
 #include <QString>
 #include <QVector>
 
-class QTextStream;
-
 namespace Tool {
 
 /// What became of one entry of the animation file.
@@ -26,21 +24,16 @@ class ImportReport {
 public:
     void add(const ImportEntry& entry) { m_entries.append(entry); }
     const QVector<ImportEntry>& entries() const { return m_entries; }
-    int count(ImportEntry::Outcome outcome) const;
-    int settingsLeftOut() const;
     /// Whether anything that animates, or could, is not held as it is.
     bool hasLosses() const;
 
     /// Times that project text writes differently, with six digits.
     void addShiftedTimes(int keyframes, double greatestShift);
-    int propertiesWithShiftedTimes() const { return m_shiftedProperties; }
-    int shiftedKeyframes() const { return m_shiftedKeyframes; }
-    double greatestShift() const { return m_greatestShift; }
 
     /// A line for each entry, columns separated by tabs, behind a line with their names.
     QByteArray table() const;
     /// What is not held, one line each, and the counts.
-    void summarise(QTextStream& out) const;
+    QString summary() const;
 
 private:
     QVector<ImportEntry> m_entries;

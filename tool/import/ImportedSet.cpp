@@ -14,7 +14,7 @@ using Number = Prm::NumericParameter<double>;
 ImportedSet::ImportedSet() : m_set(boost::make_shared<Prm::ParameterSet>()) {}
 
 QString ImportedSet::pathOf(const QString& name) const {
-    return m_path.isEmpty() ? name : m_path + QLatin1Char('.') + name;
+    return m_path.isEmpty() ? name : m_path + '.' + name;
 }
 
 bool ImportedSet::isEmpty() const {
@@ -46,33 +46,31 @@ void ImportedSet::addSubset(const ImportedSet& subset) {
     m_set->addParameterSet(subset.m_set);
 }
 
+template <class T> QString ImportedSet::add(const boost::shared_ptr<T>& parameter) {
+    m_set->addParameter(parameter);
+    return pathOf(parameter->scriptName());
+}
+
 QString ImportedSet::addCurve(const QString& wantedName, const LottieCurve& curve) {
-    const QString name = m_names.take(wantedName);
-    const auto number = boost::make_shared<Number>(name, curve.value);
+    const auto number = boost::make_shared<Number>(m_names.take(wantedName), curve.value);
     number->vSetValue(curve.value, Prm::Context(Prm::Time::INVALID));
     for (const auto& key : curve.keyframes) {
         const int index = number->vSetValue(key.value, key.time);
         number->vSetInterpolationData(key.interpolationData, static_cast<unsigned int>(index), Prm::View());
     }
-    m_set->addParameter(number);
-    return pathOf(name);
+    return add(number);
 }
 
 QString ImportedSet::addStillNumber(const QString& wantedName, double value) {
-    const QString name = m_names.take(wantedName);
-    const auto number = boost::make_shared<Number>(name, value, Prm::ParameterOptions(Prm::Splittable));
+    const auto number = boost::make_shared<Number>(m_names.take(wantedName), value, Prm::Splittable);
     number->vSetValue(value, Prm::Context());
-    m_set->addParameter(number);
-    return pathOf(name);
+    return add(number);
 }
 
 QString ImportedSet::addText(const QString& wantedName, const QString& text) {
-    const QString name = m_names.take(wantedName);
-    const auto parameter =
-        boost::make_shared<Prm::Parameter<QString>>(name, text, Prm::ParameterOptions(Prm::Splittable));
+    const auto parameter = boost::make_shared<Prm::Parameter<QString>>(m_names.take(wantedName), text, Prm::Splittable);
     parameter->vSetValue(text, Prm::Context());
-    m_set->addParameter(parameter);
-    return pathOf(name);
+    return add(parameter);
 }
 
 } // namespace Tool

@@ -24,7 +24,7 @@ public:
     /// A compound for this set, not listed yet, which takes numbers only.
     ImportedSet makeCompound(const QString& wantedName);
     void addCompound(const ImportedSet& compound);
-    /// Adders answer the path of what was added.
+    /// Adders return the path of what was added.
     QString addCurve(const QString& wantedName, const LottieCurve& curve);
     QString addStillNumber(const QString& wantedName, double value);
     QString addText(const QString& wantedName, const QString& text);
@@ -35,6 +35,7 @@ public:
 
 private:
     QString pathOf(const QString& name) const;
+    template <class T> QString add(const boost::shared_ptr<T>& parameter);
 
     boost::shared_ptr<Prm::ParameterSet> m_set;
     QString m_path;

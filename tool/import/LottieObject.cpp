@@ -17,7 +17,7 @@ const QLatin1String effectsKey("ef");
 const QLatin1String effectValueKey("v");
 const QLatin1String expressionKey("x");
 
-// Roughly what the library takes; a path stands before each line of the text as well.
+// Roughly the memory of the library; each line of the text has a path, too.
 const qint64 bytesOfSet = 1000;
 const qint64 bytesOfParameter = 1200;
 const qint64 bytesOfCompound = 3000;
@@ -62,14 +62,14 @@ void LottieObject::leaveOut(const QString& jsonPath, const QString& reason) {
 }
 
 void LottieObject::leaveOutSetting(const QString& jsonPath) {
-    add({jsonPath, {}, ImportEntry::LeftOut, QStringLiteral("a setting that does not animate"), true});
+    add({jsonPath, {}, ImportEntry::LeftOut, "a setting that does not animate", true});
 }
 
 void LottieObject::reportName(const QJsonObject& object, const QString& jsonPath, const ImportedSet& set) {
     m_budget.spend(bytesOfSet + set.path().size(), jsonPath);
     const QString name = object.value(nameKey).toString();
     if (onOneLine(name) != name)
-        change(jsonPathOf(jsonPath, nameKey), set.path(), QStringLiteral("line breaks in the name become blanks"));
+        change(jsonPathOf(jsonPath, nameKey), set.path(), "line breaks in the name become blanks");
 }
 
 void LottieObject::importMembers(const QJsonObject& object, const Place& place) {
@@ -101,7 +101,7 @@ void LottieObject::importNamedObject(const QString& key, const QJsonObject& obje
     const QString name = memberName(place.kind, key);
     ImportedSet set = place.set.makeSubset(name, object.value(nameKey).toString());
     reportName(object, place.jsonPath, set);
-    // Members of texts are told apart by what they are called.
+    // Members of texts are distinguished by their names.
     const bool named = name == QLatin1String("style") || name == QLatin1String("selector");
     importMembers(object, {set, place.jsonPath, named ? name : kindOfObject(object, key)});
     if (!set.isEmpty())
@@ -110,12 +110,12 @@ void LottieObject::importNamedObject(const QString& key, const QJsonObject& obje
 
 void LottieObject::importProperty(const QJsonObject& json, const Place& place, const QString& name, bool colour) {
     if (json.value(expressionKey).isString())
-        leaveOut(jsonPathOf(place.jsonPath, expressionKey), QStringLiteral("an expression"));
+        leaveOut(jsonPathOf(place.jsonPath, expressionKey), "an expression");
     LottieProperty property = readLottieProperty(json);
     if (!property.obstacle.isEmpty())
         return leaveOut(place.jsonPath, property.obstacle);
     if (json.value(expressionKey).isString())
-        property.changes.prepend(QStringLiteral("held as it is without its expression"));
+        property.changes.prepend("held as it is without its expression");
     if (property.components.size() > 1)
         m_budget.spend(bytesOfCompound, place.jsonPath);
     for (const LottieCurve& curve : property.components) {
@@ -128,7 +128,7 @@ void LottieObject::importProperty(const QJsonObject& json, const Place& place, c
     if (changes.isEmpty())
         hold(place.jsonPath, path);
     else
-        change(place.jsonPath, path, changes.join(QStringLiteral("; ")));
+        change(place.jsonPath, path, changes.join("; "));
 }
 
 QString LottieObject::addComponents(const LottieProperty& property, ImportedSet& set, const QString& name,
@@ -148,15 +148,12 @@ QStringList LottieObject::changesOnSaving(const LottieProperty& property) {
     QStringList changes;
     if (loss.shiftedTimes > 0) {
         m_report.addShiftedTimes(loss.shiftedTimes, loss.greatestShift);
-        changes.append(QStringLiteral("in project text, times move by up to %2: %1")
-                           .arg(loss.shiftedTimes)
-                           .arg(loss.greatestShift));
+        changes.append(message("in project text, times move by up to %2: %1", loss.shiftedTimes, loss.greatestShift));
     }
     if (loss.mergedTimes > 0)
-        changes.append(
-            QStringLiteral("in project text, keyframes merge with the one before them: %1").arg(loss.mergedTimes));
+        changes.append(message("in project text, keyframes merge with the one before them: %1", loss.mergedTimes));
     if (loss.roundedHandles > 0)
-        changes.append(QStringLiteral("in project text, numbers of handles are rounded: %1").arg(loss.roundedHandles));
+        changes.append(message("in project text, numbers of handles are rounded: %1", loss.roundedHandles));
     return changes;
 }
 
@@ -175,10 +172,10 @@ void LottieObject::importSeparated(const QJsonObject& object, const Place& place
 }
 
 void LottieObject::importGradient(const QJsonObject& object, const QString& jsonPath) {
-    const QString colours = jsonPathOf(jsonPath, QStringLiteral("k"));
-    leaveOut(colours, QStringLiteral("the colours of a gradient"));
+    const QString colours = jsonPathOf(jsonPath, "k");
+    leaveOut(colours, "the colours of a gradient");
     if (object.value(QLatin1String("k")).toObject().value(expressionKey).isString())
-        leaveOut(jsonPathOf(colours, expressionKey), QStringLiteral("an expression"));
+        leaveOut(jsonPathOf(colours, expressionKey), "an expression");
 }
 
 void LottieObject::importList(const QString& key, const QJsonArray& list, const Place& place) {
@@ -199,7 +196,7 @@ void LottieObject::importList(const QString& key, const QJsonArray& list, const 
 void LottieObject::importElements(const QString& key, const QJsonArray& list, const Place& place) {
     for (int i = 0; i < list.size(); ++i) {
         const QJsonValue element = list.at(i);
-        const Place here{place.set, QStringLiteral("%1[%2]").arg(place.jsonPath).arg(i), place.kind};
+        const Place here{place.set, message("%1[%2]", place.jsonPath, i), place.kind};
         if (element.isObject())
             importElement(key, element.toObject(), here);
         else
@@ -209,7 +206,7 @@ void LottieObject::importElements(const QString& key, const QJsonArray& list, co
 
 void LottieObject::importElement(const QString& key, const QJsonObject& element, const Place& place) {
     const QString title = element.value(nameKey).toString();
-    const QString kind = place.kind == QLatin1String("text") ? QStringLiteral("animator") : kindOfObject(element, key);
+    const QString kind = place.kind == QLatin1String("text") ? "animator" : kindOfObject(element, key);
     const QString name = title.isEmpty() ? kindName(kind, key) : title;
     const QJsonValue value = element.value(effectValueKey);
     if (value.isObject() && isLottieProperty(value.toObject())) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tool/import/ImportBudget.h"
+#include "tool/Budget.h"
 #include "tool/import/ImportReport.h"
 #include "tool/import/ImportedSet.h"
 
@@ -14,7 +14,7 @@ namespace Tool {
 /// set or in the report, whether it is known here or not.
 class LottieObject {
 public:
-    LottieObject(ImportReport& report, ImportBudget& budget) : m_report(report), m_budget(budget) {}
+    LottieObject(ImportReport& report, Budget& budget) : m_report(report), m_budget(budget) {}
 
     /// Where the members of an object come from and go to. `kind` chooses their names.
     struct Place {
@@ -29,7 +29,7 @@ public:
     void change(const QString& jsonPath, const QString& parameter, const QString& reason);
     void leaveOut(const QString& jsonPath, const QString& reason);
     void leaveOutSetting(const QString& jsonPath);
-    /// Tells when a name cannot be held as it stands.
+    /// Reports a name that must be changed.
     void reportName(const QJsonObject& object, const QString& jsonPath, const ImportedSet& set);
 
 private:
@@ -46,7 +46,7 @@ private:
     void add(const ImportEntry& entry);
 
     ImportReport& m_report;
-    ImportBudget& m_budget;
+    Budget& m_budget;
 };
 
 } // namespace Tool

@@ -1,5 +1,7 @@
 #include "tool/import/LottieProperty.h"
 
+#include "tool/Problem.h"
+
 #include <QJsonArray>
 #include <QJsonObject>
 
@@ -40,10 +42,10 @@ QVector<double> numbers(const QJsonValue& json) {
 QString whatIsNoNumber(const QJsonValue& json) {
     const QJsonObject object = json.isArray() ? json.toArray().at(0).toObject() : json.toObject();
     if (object.contains(QLatin1String("v")))
-        return QStringLiteral("a path");
+        return "a path";
     if (object.contains(QLatin1String("t")) || object.contains(QLatin1String("f")))
-        return QStringLiteral("a text document");
-    return QStringLiteral("its value is no number and no list of numbers");
+        return "a text document";
+    return "its value is no number and no list of numbers";
 }
 
 bool isAnimated(const QJsonValue& value) {
@@ -69,7 +71,7 @@ public:
         for (int i = 0; i < static_cast<int>(m_property.components.size()); ++i)
             m_property.components[static_cast<std::size_t>(i)] = component(i);
         if (m_heldHandles > 0)
-            change(QStringLiteral("handles outside their segment's time are held to it: %1").arg(m_heldHandles));
+            change(message("handles outside their segment's time are held to it: %1", m_heldHandles));
     }
 
 private:
@@ -87,7 +89,7 @@ private:
         key.json = json.toObject();
         const QJsonValue time = key.json.value(QLatin1String("t"));
         if (!time.isDouble() || !(std::abs(time.toDouble()) <= Prm::Time::LARGEST_VALID_VALUE))
-            return fail(QStringLiteral("keyframe %1 has no usable time").arg(index));
+            return fail(message("keyframe %1 has no usable time", index));
         key.time = time.toDouble();
         const QJsonValue hold = key.json.value(QLatin1String("h"));
         key.hold = hold.toInt() == 1 || hold.toBool();
@@ -104,7 +106,7 @@ private:
         if (std::is_sorted(m_keys.begin(), m_keys.end(), earlier))
             return;
         std::stable_sort(m_keys.begin(), m_keys.end(), earlier);
-        change(QStringLiteral("the keyframes are put in the order of time"));
+        change("the keyframes are put in the order of time");
     }
 
     /// Gives every keyframe a value: in older files it may stand as the end of the segment before.
@@ -112,7 +114,7 @@ private:
         int jumps = 0;
         int unknown = 0;
         if (m_keys.empty() || m_keys.front().value.isEmpty())
-            return fail(QStringLiteral("the first keyframe has no value"));
+            return fail("the first keyframe has no value");
         for (std::size_t i = 1; i < m_keys.size(); ++i) {
             const Key& former = m_keys[i - 1];
             Key& key = m_keys[i];
@@ -124,9 +126,9 @@ private:
             }
         }
         if (unknown > 0)
-            change(QStringLiteral("keyframes without a value take the former one's: %1").arg(unknown));
+            change(message("keyframes without a value take the former one's: %1", unknown));
         if (jumps > 0)
-            change(QStringLiteral("segments end at the next keyframe's value instead of their own: %1").arg(jumps));
+            change(message("segments end at the next keyframe's value instead of their own: %1", jumps));
     }
 
     /// One long keyframe among many short ones would make all of them long.
@@ -140,7 +142,7 @@ private:
             longest = std::max({longest, key.value.size(), key.end.size()});
         }
         if (static_cast<qint64>(m_keys.size()) * longest > alwaysAllowed + most * written)
-            fail(QStringLiteral("most of its keyframes lack most components"));
+            fail("most of its keyframes lack most components");
     }
 
     void mergeSimultaneous() {
@@ -150,7 +152,7 @@ private:
         const auto merged = std::distance(m_keys.begin(), firstKept);
         m_keys.erase(m_keys.begin(), firstKept);
         if (merged > 0)
-            change(QStringLiteral("keyframes at the time of another one are left out: %1").arg(merged));
+            change(message("keyframes at the time of another one are left out: %1", merged));
     }
 
     void straighten() {
@@ -163,7 +165,7 @@ private:
                           : 0;
         }
         if (curved > 0)
-            change(QStringLiteral("segments with spatial tangents become straight: %1").arg(curved));
+            change(message("segments with spatial tangents become straight: %1", curved));
     }
     static bool isTangent(const QJsonValue& json) {
         const QVector<double> tangent = numbers(json);
@@ -174,7 +176,7 @@ private:
         const auto fewer = [](const Key& a, const Key& b) { return a.value.size() < b.value.size(); };
         const auto range = std::minmax_element(m_keys.begin(), m_keys.end(), fewer);
         if (range.first->value.size() != range.second->value.size())
-            change(QStringLiteral("components that some keyframes lack count as 0"));
+            change("components that some keyframes lack count as 0");
         return range.second->value.size();
     }
 
@@ -232,32 +234,30 @@ LottieProperty readLottieProperty(const QJsonObject& json) {
     for (const double number : numbers(value))
         property.components.push_back({number, {}});
     if (value.isUndefined())
-        property.obstacle = QStringLiteral("its value stands elsewhere, in a slot");
+        property.obstacle = "its value stands elsewhere, in a slot";
     else if (value.isArray() && value.toArray().isEmpty())
-        property.obstacle = QStringLiteral("it has no value");
+        property.obstacle = "it has no value";
     else if (property.components.empty())
         property.obstacle = whatIsNoNumber(value);
     return property;
 }
 
 LossInText lossInText(const LottieProperty& property) {
-    const auto inText = [](double number) { return QString::number(number, 'g', 6); };
     LossInText loss;
-    for (std::size_t i = 0; i < property.components.size(); ++i) {
-        double former = -HUGE_VAL;
-        for (const auto& key : property.components[i].keyframes) {
+    for (const LottieCurve& curve : property.components) {
+        Prm::Time former = Prm::Time::INVALID;
+        for (const auto& key : curve.keyframes) {
             const Prm::IType& shape = key.interpolationData;
             for (const double number : {shape.x1, shape.y1, shape.x2, shape.y2})
-                loss.roundedHandles += inText(number).toDouble() != number ? 1 : 0;
+                loss.roundedHandles += QString::number(number, 'g', 6).toDouble() != number ? 1 : 0;
             // The components have the same times.
-            if (i > 0)
+            if (&curve != &property.components.front())
                 continue;
-            const double time = key.time.toDouble();
-            const auto saved = static_cast<double>(inText(time).toFloat());
-            loss.shiftedTimes += saved != time ? 1 : 0;
-            loss.mergedTimes += saved == former ? 1 : 0;
-            loss.greatestShift = std::max(loss.greatestShift, std::abs(saved - time));
-            former = saved;
+            const Prm::Time written = Prm::writtenTime(key.time);
+            loss.shiftedTimes += written != key.time ? 1 : 0;
+            loss.mergedTimes += written == former ? 1 : 0;
+            loss.greatestShift = std::max(loss.greatestShift, std::abs(written - key.time));
+            former = written;
         }
     }
     return loss;

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "prm/ParameterSet.h"
+#include "prm/ParameterWithoutType.h"
+
+#include <type_traits>
+#include <vector>
+
+namespace Prm {
+
+/// Calls a visitor with the members of one list of a set, as the list was when the walk was made:
+/// `ParameterWithoutType`, `BasicParameter` or `ParameterSet`. The visitor may do anything: members that leave or die
+/// meanwhile are passed over, those that come are not visited, and when the set dies the walk ends. Owned subsets stay
+/// alive as long as the walk.
+///
+/// A visitor that goes further down makes a walk of its own. What calls no code of a host goes over the lists
+/// themselves.
+template <class Member> class ParameterSet::SetWalk {
+public:
+    explicit SetWalk(const ParameterSet& set)
+        : m_set(set), m_guard(set), m_visits(listOf(set).begin(), listOf(set).end()) {}
+
+    /// The visitor takes the member and, if it can, its place in the list.
+    template <class Visitor> void forEach(const Visitor& visitor) const {
+        for (std::size_t place = 0; place < m_visits.size() && m_guard.alive(); ++place) {
+            const Visit& visit = m_visits[place];
+            if (!visit.guard.alive() || !isListed(*visit.member))
+                continue;
+            if constexpr (std::is_invocable_v<const Visitor&, Member&, std::size_t>)
+                visitor(*visit.member, place);
+            else
+                visitor(*visit.member);
+        }
+    }
+
+private:
+    struct Visit {
+        explicit Visit(const boost::shared_ptr<ParameterWithoutType>& listed) : member(listed.get()), guard(*listed) {}
+        explicit Visit(BasicParameter* listed) : member(listed), guard(*listed) {}
+        explicit Visit(const Subset& listed) : member(listed.set), guard(*listed.set), owner(listed.owner) {}
+
+        Member* member;
+        detail::LifeGuard guard;
+        boost::shared_ptr<ParameterSet> owner;
+    };
+
+    static const auto& listOf(const ParameterSet& set) {
+        if constexpr (std::is_same_v<Member, ParameterWithoutType>)
+            return set.parameters();
+        else if constexpr (std::is_same_v<Member, BasicParameter>)
+            return set.basicParameters();
+        else
+            return set.listedSubsets();
+    }
+    bool isListed(const BasicParameter& parameter) const { return m_set.lists(parameter); }
+    bool isListed(const ParameterSet& subset) const { return m_set.listsSubset(subset); }
+
+    const ParameterSet& m_set;
+    detail::LifeGuard m_guard;
+    std::vector<Visit> m_visits;
+};
+
+} // namespace Prm

@@ -1,0 +1,243 @@
+#pragma once
+
+// Every mutator and every undoable edit, a row each, for tests and fuzz targets alike. Rows are added at the end of a
+// table, so that seeds keep their meaning.
+
+#include "tests/world/Model.h"
+#include "tests/world/World.h"
+
+#include <vector>
+
+namespace Worlds {
+
+using A = Arguments;
+
+/// Mutators act at once; edits are added to the command.
+struct Act {
+    const char* name;
+    int (*run)(Command& c, P& own, P& other, const A& a);
+    /// The same on the model; null where that has no such operation.
+    int (*model)(Model& own, Model& other, const A& a) = nullptr;
+};
+
+template <class Do> int outcomeOf(const Do& act) {
+    if constexpr (std::is_integral_v<decltype(act())>)
+        return static_cast<int>(act());
+    else
+        return static_cast<void>(act()), 0;
+}
+
+#define RUN(Kind, ...)                                                                                                 \
+    Kind& own, [[maybe_unused]] Kind& other, [[maybe_unused]] const A& a) {                                            \
+        return outcomeOf([&]() -> decltype(auto) { return __VA_ARGS__; });                                                            \
+    }
+// clang-format off
+#define ACT(...) { #__VA_ARGS__, []([[maybe_unused]] Command& c, RUN(P, __VA_ARGS__) }
+#define MODELLED(...) { #__VA_ARGS__, [](Command&, RUN(P, __VA_ARGS__), [](RUN(Model, __VA_ARGS__) }
+// clang-format on
+
+const char* const textLines[] = {"views=[0, 1]",
+                                 "views=[5]",
+                                 "value=3",
+                                 "view[2].value=4",
+                                 "hidden=1",
+                                 "before=Linear",
+                                 "keyframes.append( Key( 1, 2, Linear ) )",
+                                 "view[1].keyframes.append( BezierKey( 2, 3, 0, 0, 1, 1 ) )",
+                                 "keyframes.append( Key(",
+                                 "name=\"set\"",
+                                 "former.value=1",
+                                 "count.value=1",
+                                 "count.value=2"};
+
+inline void readLine(P& parameter, int number) {
+    parameter.streamInValue(QString::fromLatin1(textLines[number]), version(), {});
+}
+
+inline void importFrom(P& own, const P& other, const Context& at) {
+    if (const auto keyframe = other.getSerialisedKeyframe(at))
+        own.importKeyframe(*keyframe);
+}
+
+/// The value in the form that the parameter takes: a list for each part of a compound, a point, a text that has to be
+/// escaped.
+inline QVariant fitting(const P& own, double value) {
+    const auto* const compound = dynamic_cast<const CompoundParameter*>(&own);
+    if (dynamic_cast<const PointParameter*>(&own))
+        return QPointF(value, -value);
+    if (dynamic_cast<const Parameter<QString>*>(&own))
+        return QString("a, \"\\b\" )\n\u20ac=x").repeated(static_cast<int>(value)) + QString::number(value);
+    if (!compound)
+        return value;
+    QVariantList all;
+    for (const P* part : compound->subparameters())
+        all.append(fitting(*part, value++));
+    return all;
+}
+
+// What only numbers have.
+template <class Do> int onNumber(P& own, const Do& act) {
+    auto* const number = dynamic_cast<Number*>(&own);
+    return number ? outcomeOf([&] { return act(*number); }) : 0;
+}
+template <class Do> int onNumber(Model& own, const Do& act) {
+    return outcomeOf([&] { return act(own); });
+}
+
+inline void resetAround(View hero, Model& model) {
+    model.resetAll(hero);
+}
+inline void resetAround(View hero, P& parameter) {
+    Parameter<bool> selector(QStringLiteral("selector"), false, Splittable);
+    selector.vSetValue(true, still());
+    if (hero.isValid())
+        selector.vSetValue(false, still(hero.id()));
+    parameter.setViewSelector(&selector);
+    parameter.resetAll();
+}
+
+const Act edits[] = {
+    ACT(own.setVariantValue(fitting(own, a.value), a.at)),
+    MODELLED(own.setVariantValue(a.value, a.at, std::nothrow)),
+    ACT(own.setVariantValue(QVariantList{a.value, a.value}, a.at)),
+    MODELLED(own.iAddKeyframe(a.at)),
+    MODELLED(own.iAddKeyframe(a.frame(), AnimationState(AnimationFlags(4)))),
+    MODELLED(own.vDeleteKeyframe(Context::Explicit(a.at))),
+    MODELLED(own.vDeleteAllKeyframes(a.view)),
+    MODELLED(own.vReset(a.at)),
+    MODELLED(own.resetAll()),
+    MODELLED(own.vSetInterpolation(a.interpolation(), a.at)),
+    MODELLED(own.vSetInterpolationData(a.shape(), a.index(), a.view)),
+    MODELLED(own.vSetExtrapolationBefore(a.extrapolation())),
+    MODELLED(own.vSetExtrapolationAfter(a.extrapolation())),
+    MODELLED(own.setSplittable(a.yes)),
+    MODELLED(own.copyViewData(a.view, a.to.view, a.yes ? nullptr : &other)),
+    MODELLED(own.uniquifyView(a.view)),
+    MODELLED(own.deleteView(a.view)),
+    MODELLED(own.vCopyKeyframeDataFrom(&other)),
+    MODELLED(own.assignFrom(other)),
+    ACT(own.hide(a.yes)),
+    MODELLED(own.adjustKeyframesTime([&](Time time) { return time + (a.number - 4); })),
+    ACT(importFrom(own, other, a.at)),
+    ACT(readLine(own, a.number)),
+    MODELLED(own.initialiseHeroView(a.view, a.to.view)),
+    MODELLED(own.vSetDefaultInterpolation(a.interpolation())),
+    MODELLED(own.iAddKeyframe(a.frame(), a.views())),
+    MODELLED(own.adjustKeyframesTime([&](Time time) { return a.moved(time); })),
+    MODELLED(own.doImportState(other.exportState())),
+    MODELLED(onNumber(own, [&](auto& number) { return number.vSetValue(a.value, a.at); })),
+    MODELLED(onNumber(own, [&](auto& number) { number.vSetDefault(a.value); })),
+    MODELLED(onNumber(own, [&](auto& number) { number.setViewInterpolation({static_cast<Mode>(a.kind - 1)}); })),
+    MODELLED(onNumber(own, [&](auto& number) { number.clearViewData(); })),
+    MODELLED(resetAround(a.view, own)),
+};
+
+template <class Kind, class... More> void add(Command& command, P& own, const More&... more) {
+    command.push_back(new Kind(own, more...));
+}
+
+inline void addPaste(Command& command, P& own, P& other, const A& a) {
+    const QString text = ParameterPasteKeyframesEdit::textOf(other, a.view, Time::fromInt(-9), Time::fromInt(9));
+    add<ParameterPasteKeyframesEdit>(command, own, a.yes ? text : text + "x", a.to.time, a.to.view);
+}
+
+inline AnimationState allViews() {
+    return AnimationState(AnimationFlags(4));
+}
+
+const Act commands[] = {
+    ACT(own.vAddKeyframeCommand(Context::Explicit(a.at), c)),
+    ACT(own.createKeyframeDeletion(Context::Explicit(a.at), c)),
+    ACT(own.vDeleteAllKeyframesCommand(a.view, c)),
+    ACT(own.vSetInterpolationCommand(a.interpolation(), a.at, c)),
+    ACT(own.vSetInterpolationDataCommand(c, a.shape(), {&own, a.view, a.index()})),
+    ACT(add<ParameterSetValueEdit>(c, own, a.value, a.at)),
+    ACT(add<ParameterSetStaticValueEdit>(c, own, a.value, a.view)),
+    ACT(add<ParameterResetEdit>(c, own, a.at)),
+    ACT(add<ParameterSplitViewEdit>(c, own, a.view)),
+    ACT(add<ParameterDeleteViewEdit>(c, own, a.view)),
+    ACT(add<ParameterRetimeEdit>(c, own, a.retiming())),
+    ACT(addPaste(c, own, other, a)),
+    ACT(own.vSetExtrapolationBeforeCommand(a.extrapolation(), c)),
+    ACT(add<ParameterWithoutTypeHideEdit>(c, own, a.yes)),
+    ACT(add<ParameterWithoutTypeLockEdit>(c, own, a.yes)),
+    ACT(other.bAddConstrainedParameterCommand(&own, c)),
+    ACT(own.bUnconstrainCommand(c)),
+    ACT(add<MoveKeyframeEdit>(c, own, a.at, Context(a.to.time, a.view))),
+    ACT(own.vSetExtrapolationAfterCommand(a.extrapolation(), c)),
+    ACT(own.vAddKeyframeCommand(a.frame(), allViews(), c)),
+    ACT(own.createKeyframeDeletion(a.frame(), allViews(), c)),
+    ACT(other.bRemoveConstrainedParameterCommand(&own, c)),
+};
+
+inline void moveSet(ParameterSet* set, const A& a, Command& c) {
+    if (set)
+        MoveKeyframeEdit::appendToCommand(*set, Frame(a.at), Frame(a.to), c);
+}
+
+inline void retimeSet(ParameterSet* set, const A& a, Command& c) {
+    if (set)
+        ParameterRetimeEdit::appendToCommand(*set, a.retiming(), c);
+}
+
+/// The other forms, of sets and of compounds too.
+const Act moreCommands[] = {
+    ACT(add<ParameterSetValueEdit>(c, own, fitting(own, a.value), a.at)),
+    ACT(add<ParameterSetStaticValueEdit>(c, own, fitting(own, a.value), a.view)),
+    ACT(add<ParameterAddKeyEdit>(c, own, a.at)),
+    ACT(add<ParameterDeleteKeyEdit>(c, own, Context::Explicit(a.at))),
+    ACT(add<ParameterInterpolationEdit>(c, own, a.interpolation(), a.at)),
+    ACT(add<ParameterInterpolationDataEdit>(c, own, a.shape(), a.index(), a.view)),
+    ACT(add<ParameterExtrapolationBeforeEdit>(c, own, a.extrapolation())),
+    ACT(add<ParameterExtrapolationAfterEdit>(c, own, a.extrapolation())),
+    ACT(c.push_back(new ParameterAddConstrainedParameterEdit(other, own))),
+    ACT(add<ParameterWithoutTypeUnconstrainEdit>(c, own)),
+    ACT(own.hideCommand(a.yes, c)),
+    ACT(own.setLockedCommand(a.yes, c)),
+    ACT(MoveKeyframeEdit::appendToCommand(own, Frame(a.at), Frame(a.to), a.view, c)),
+    ACT(MoveKeyframeEdit::appendToCommand(own, Frame(a.at), Frame(a.to), c)),
+    ACT(moveSet(dynamic_cast<ParameterSet*>(&own), a, c)),
+    ACT(moveSet(own.parentSet(), a, c)),
+    ACT(retimeSet(dynamic_cast<ParameterSet*>(&own), a, c)),
+    ACT(retimeSet(own.parentSet(), a, c)),
+};
+
+inline std::vector<const Act*> rowsOf(const std::initializer_list<std::pair<const Act*, std::size_t>>& tables) {
+    std::vector<const Act*> rows;
+    for (const auto& [table, size] : tables)
+        for (std::size_t i = 0; i < size; ++i)
+            rows.push_back(table + i);
+    return rows;
+}
+
+inline const std::vector<const Act*>& allCommands() {
+    static const auto rows = rowsOf({{commands, std::size(commands)}, {moreCommands, std::size(moreCommands)}});
+    return rows;
+}
+
+inline const std::vector<const Act*>& allEdits() {
+    static const auto rows = rowsOf({{edits, std::size(edits)}});
+    return rows;
+}
+
+inline const Act& chosen(const std::vector<const Act*>& rows, Choices& choose) {
+    return *rows[static_cast<std::size_t>(choose.below(static_cast<int>(rows.size())))];
+}
+
+inline void read(const P& parameter) {
+    for (const Context& at : {Context(), Context(Time::fromDouble(1.25), View(2)), Context(Time::INVALID)}) {
+        Context found;
+        static_cast<void>(parameter.variantValue(at, std::nothrow));
+        static_cast<void>(parameter.bNextKeyframe(at, found) || parameter.bPreviousKeyframe(at, found));
+        unsigned int index = 0;
+        static_cast<void>(parameter.bNearestKeyframeTime(at, found.time) || parameter.bNearestKeyframeIndex(at, index));
+        static_cast<void>(parameter.interpolation(at));
+        static_cast<void>(parameter.interpolation(KeyframeIndex(&parameter, at.view, 0)));
+        static_cast<void>(parameter.interpolationData(KeyframeIndex(&parameter, at.view, 0)));
+    }
+    static_cast<void>(stateOf(parameter));
+    static_cast<void>(parameter.allKeyframes());
+    static_cast<void>(parameter.extrapolationBefore() == parameter.extrapolationAfter() && parameter.numViews() > 1);
+}
+
+} // namespace Worlds

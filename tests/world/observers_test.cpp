@@ -1,0 +1,113 @@
+// From within each change that an act sends, an observer does each of the worst things. What then becomes of the act
+// is described in docs/locks-and-notification.md.
+
+#include "tests/world/Acts.h"
+
+#include <gtest/gtest.h>
+
+using namespace Worlds;
+using Type = ParameterChange::ChangeType;
+
+namespace {
+
+/// Where acts find something to do, or views to make.
+const A places[] = {{at(10), at(12), 5, 6, true, 2}, {at(5, 1), at(6), 2, 1, false, 3}, {at(4, 3), still(2), 3, 4, true, 1}};
+
+/// One act of a keyed number, or of a part, in a world of its own. The observer acts once, at the first change of a type.
+struct Disturbed {
+    using Disturb = std::function<void(Disturbed&)>;
+
+    Disturbed(const Act& act, const A& a, Who who, Type type, const Disturb& disturb)
+        : own(world.parameter(who)), former(world.state()) {
+        const auto hear = [&](const ParameterChange& change) {
+            heard.push_back(change.type);
+            if (change.type == type && !std::exchange(acted, true))
+                disturb(*this);
+        };
+        for (const auto signal : {&P::changed, &P::commandRegistrationChanged})
+            QObject::connect(own, signal, hear);
+        Command command;
+        try {
+            act.run(command, *own, *world.parameter(Master), a);
+            command.doIt();
+        } catch (const std::runtime_error& error) {
+            threw = error.what();
+        }
+        if (own)
+            own->detachAllObservers();
+        EXPECT_EQ(world.broken(), QString());
+        state = world.state();
+    }
+    void destroy(Who who) {
+        world.root.clearAllLists();
+        for (const int set : {0, setCount, setCount + 1, setCount + 2})
+            world.set(set)->clearAllLists();
+        world.slots[who].owner.reset();
+    }
+
+    Exhibits world;
+    QPointer<P> own;
+    std::string former;
+    std::string state;
+    std::string threw;
+    std::vector<Type> heard;
+    bool acted = false;
+};
+
+void disturbEach(const Act& act, bool isCommand, const A& a, Who who) {
+    const auto nothing = [](Disturbed&) {};
+    const Disturbed undisturbed(act, a, who, ParameterChange::NUM_CHANGE_TYPES, nothing);
+    const bool isLine = std::string(act.name).find("readLine") == 0;
+    const std::set<Type> types(undisturbed.heard.begin(), undisturbed.heard.end());
+    for (const Type type : types) {
+        SCOPED_TRACE(std::string(act.name) + " " + ParameterChange(type, nullptr, nullptr).typeToString().toStdString());
+
+        const Disturbed deleting(act, a, who, type, [=](Disturbed& d) { d.destroy(who); });
+        EXPECT_TRUE(deleting.acted && !deleting.own);
+        EXPECT_EQ(deleting.heard.back(), ParameterChange::PARAMETER_DELETED) << "nothing more is sent";
+
+        const Disturbed throwing(act, a, who, type, [](Disturbed&) { throw std::runtime_error("observer"); });
+        EXPECT_EQ(throwing.threw, act.name == edits[1].name ? "" : "observer");
+        // What has been sent has happened, save commands and lines of text, which are taken back.
+        const bool isUndone = throwing.state == throwing.former;
+        const bool isSingle = undisturbed.heard.size() == 1;
+        EXPECT_TRUE(isCommand ? isUndone : !isSingle || throwing.state == undisturbed.state || (isLine && isUndone));
+
+        const Disturbed members(act, a, who, type, [](Disturbed& d) {
+            const auto made = boost::make_shared<Number>("new");
+            d.world.root.clearAllLists();
+            d.world.root.addParameterSet(boost::make_shared<ParameterSet>("set"));
+            d.world.root.addParameter(made);
+            d.world.list(Pair, Text);
+        });
+        EXPECT_TRUE(members.acted && members.threw.empty());
+        EXPECT_EQ(members.world.root.parameters().size() + members.world.root.subsets().size(), 2U);
+
+        const Disturbed views(act, a, who, type, [](Disturbed& d) {
+            d.own->uniquifyView(View(7));
+            d.own->deleteView(View(1));
+            d.own->deleteView(View(0));
+        });
+        EXPECT_TRUE(views.acted && views.threw.empty());
+    }
+}
+
+TEST(Observers, FromWithinEachChangeOfEachAct) {
+    const Warnings quiet;
+    for (const auto& [who, a] : {std::pair(Keyed, places[0]), {Keyed, places[1]}, {X, places[2]}}) {
+        for (const Act* act : allEdits())
+            disturbEach(*act, false, a, who);
+        for (const Act* act : allCommands())
+            disturbEach(*act, true, a, who);
+    }
+}
+
+TEST(Observers, OfADeletionAreReported) {
+    const Warnings warnings;
+    auto number = std::make_unique<Number>("number");
+    QObject::connect(number.get(), &P::changed, [](const ParameterChange&) { throw std::runtime_error("observer"); });
+    number.reset();
+    EXPECT_TRUE(Warnings::text().contains("threw an exception"));
+}
+
+} // namespace

@@ -1,0 +1,153 @@
+#include "tool/FileParameter.h"
+
+#include "prm/CurveParameter.hpp"
+#include "tool/Table.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <stdexcept>
+
+namespace Tool {
+
+namespace {
+
+/// Where a line may be among those around it, as a time: that of a keyframe, first what is neither about keyframes nor
+/// values, last what sets a static value. None for a line that clears what was read before it.
+std::optional<float> placeOf(const LineReading& line, const Prm::ProjectFileVersion& version) {
+    constexpr float last = HUGE_VALF;
+    const bool clears = version.streamVersion >= Prm::StreamVersion::anyViewList;
+    switch (line.key) {
+    case Key::Keyframe: {
+        const float time = keyframeTime(line.entry);
+        return std::isinf(time) ? last : time;
+    }
+    case Key::Views:
+        return clears ? std::nullopt : std::optional(last);
+    case Key::Value:
+        return clears && !line.view.isValid() ? std::nullopt : std::optional(last);
+    default:
+        return -last;
+    }
+}
+
+/// The lines in the order in which they are read fastest. Between lines that clear, the order is free, save that the
+/// last of equal places counts; in ascending order, no keyframe has to be put before others.
+std::vector<FileLine> inReadingOrder(const std::vector<FileLine>& lines, const Prm::ProjectFileVersion& version) {
+    std::vector<std::pair<std::optional<float>, const FileLine*>> places;
+    places.reserve(lines.size());
+    for (const FileLine& line : lines)
+        places.emplace_back(placeOf(readLine(line.bytes), version), &line);
+    const auto clears = [](const auto& place) { return !place.first; };
+    for (auto run = places.begin(); run != places.end();) {
+        run = std::find_if_not(run, places.end(), clears);
+        const auto end = std::find_if(run, places.end(), clears);
+        std::stable_sort(run, end, [](const auto& a, const auto& b) { return *a.first < *b.first; });
+        run = end;
+    }
+    std::vector<FileLine> ordered;
+    ordered.reserve(lines.size());
+    for (const auto& [place, line] : places)
+        ordered.push_back(*line);
+    return ordered;
+}
+
+/// The library's own names know one custom kind.
+template <class Enum> QString kindText(Enum kind, const QString& name) {
+    if (kind < Enum::Custom0)
+        return name;
+    return message("Custom%1", static_cast<quint32>(kind) - static_cast<quint32>(Enum::Custom0));
+}
+
+QString extrapolationText(Prm::Extrapolation kind) {
+    return kindText(kind, Prm::qstrExtrapolationTypeString(kind));
+}
+
+} // namespace
+
+FileParameter::FileParameter(const ProjectText& text, int node)
+    : FileParameter(node, linesOf(text, node), text.version()) {}
+
+FileParameter::FileParameter(int node, const std::vector<FileLine>& lines, const Prm::ProjectFileVersion& version)
+    : m_node(node), m_data(std::make_unique<Data>()),
+      m_isUtf8(std::all_of(lines.begin(), lines.end(),
+                           [](const FileLine& line) { return toView(toText(line.bytes).toUtf8()) == line.bytes; })) {
+    for (const FileLine& line : inReadingOrder(lines, version))
+        read(line, version);
+    std::sort(m_refused.begin(), m_refused.end());
+}
+
+void FileParameter::read(const FileLine& line, const Prm::ProjectFileVersion& version) {
+    const LineReading reading = readLine(line.bytes);
+    const bool isByByte = !m_isUtf8 && isData(reading.key);
+    const QString entry = isByByte ? QString::fromLatin1(toBytes(reading.entry)) : toText(reading.entry);
+    const QString number = QString::number(line.line) + ' ';
+    const auto withLine = [&](const QString& value) {
+        const Kind kind = kindOfValue(shown(value));
+        m_writtenKind = m_writtenKind ? commonKind(m_writtenKind, kind) : kind;
+        return QString(number + value);
+    };
+    try {
+        m_data->streamInValue(entry, version, withLine);
+    } catch (const std::runtime_error&) {
+        m_refused.push_back(line.line);
+    }
+}
+
+FileViews FileParameter::views() const {
+    FileViews views;
+    for (const Prm::View view : m_data->viewList()) {
+        FileView& data = views[view.id()];
+        data.value = m_data->staticValue(view);
+        const unsigned int count = m_data->keyframeCount(view);
+        data.keys.reserve(count);
+        for (unsigned int i = 0; i < count; ++i)
+            data.keys.push_back(m_data->keyframe(i, view));
+    }
+    return views;
+}
+
+QString FileParameter::before() const {
+    return extrapolationText(m_data->extrapolationBefore());
+}
+
+QString FileParameter::after() const {
+    return extrapolationText(m_data->extrapolationAfter());
+}
+
+std::vector<FileLine> linesOf(const ProjectText& text, int node) {
+    std::vector<FileLine> lines;
+    lines.reserve(text.node(node).lines.size());
+    for (const int line : text.node(node).lines)
+        lines.push_back({line, text.line(line)});
+    return lines;
+}
+
+bool isData(Key key) {
+    return key == Key::Views || key == Key::Keyframe || key == Key::Value;
+}
+
+QString curveText(const Prm::IType& shape) {
+    QString text = kindText(shape.interpolation, Prm::qstrInterpolationTypeString(shape.interpolation));
+    if (shape.interpolation == Prm::Interpolation::Bezier) {
+        for (const double number : {shape.x1, shape.y1, shape.x2, shape.y2})
+            text += ' ' + plainText(number);
+    }
+    return text;
+}
+
+} // namespace Tool
+
+Tool::FileValue Prm::ValueType<Tool::FileValue>::read(const QString& text) {
+    const int blank = text.indexOf(' ');
+    return {text.mid(blank + 1), text.leftRef(blank).toInt()};
+}
+
+Tool::FileValue Prm::ValueType<Tool::FileValue>::fromComponents(const double* components) {
+    Tool::FileValue value;
+    ValueType<double>::write(value.text, *components);
+    return value;
+}
+
+template class Prm::Parameter<Tool::FileValue>;
+template class Prm::CurveParameter<Tool::FileValue>;

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "tool/ValueKind.h"
+
+#include <QRegExp>
+
+namespace Tool {
+
+/// Whether a pattern names a path: the path itself, a group above it, or a shell pattern (`*`, `?`, `[...]`).
+class PathPattern {
+public:
+    explicit PathPattern(const QString& pattern);
+    bool matches(const QString& path) const;
+
+private:
+    QString m_pattern;
+    QRegExp m_shellPattern;
+};
+
+/// What the user knows of the kinds, as "PATTERN=switch", "number", "point" or "text". The last that matches counts.
+class KindRules {
+public:
+    /// Throws `Problem` for a rule that is none, with the place of the rule before the message.
+    void add(const QString& rule, const QString& place);
+    /// The kind that the user says for a path, otherwise `guess`.
+    Kind kindOf(const QString& path, Kind guess) const;
+
+private:
+    std::vector<std::pair<PathPattern, Kind>> m_rules;
+};
+
+} // namespace Tool
