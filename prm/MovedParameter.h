@@ -47,11 +47,11 @@ public:
     using BasicParameter::variantValue;
     /// \name Values
     /// Those of the target; without one, queries return nothing and edits do nothing.
-    /// \{
+    //@{
     QVariant variantValue(const Context& context) const override;
     void setVariantValue(const QVariant& value, const Context& context) override;
     QVector<Context> allKeyframes() const override;
-    /// \}
+    //@}
     /// Null: there is no state.
     boost::shared_ptr<Bsc::MementoBase> exportState() const override;
     void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override;

@@ -61,7 +61,7 @@ public:
     /// \name Emit a change
     /// Each builds a record and passes it to the parameter's `emitChange`. An index is a position in the view's list of
     /// keyframes; -1 means the static value.
-    /// \{
+    //@{
     static void keyframeAdded(ParameterWithoutType& parameter, int index, const View& view);
     /// The index is that before the removal.
     static void keyframeRemoved(ParameterWithoutType& parameter, int index, const Context& context);
@@ -83,7 +83,7 @@ public:
     /// Emits `commandRegistrationChanged`; notification switches do not apply.
     static void commandRegistered(ParameterWithoutType& parameter, Bsc::CompositeCommand& command,
                                   const Context& context);
-    /// \}
+    //@}
 
     unsigned int getAffectedIndex() const { return affectedIndex; }
     const QList<unsigned int>* getAffectedIndices() const { return affectedIndices; }
