@@ -35,6 +35,7 @@ class PRM_EXPORT CompoundParameter : public ParameterWithoutTypeBase, public Par
 public:
     /// \name Construct and assign
     //@{
+    /// Parent set and tree may be null.
     explicit CompoundParameter(const QString& scriptName = {}, bool keyframeTogether = false,
                                ParameterSet* parent = nullptr, ParameterTree* tree = nullptr);
     /// A compound of the same subparameters, in no set and no tree.

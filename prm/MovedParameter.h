@@ -24,6 +24,7 @@ public:
     /// was taken.
     using Migration = boost::function<bool(BasicParameter*, const QString&, const ProjectFileVersion&)>;
 
+    /// Without a target.
     explicit MovedParameter(const QString& oldScriptName);
     /// Warns of a line that no target has taken, unless there is a target.
     ~MovedParameter() override;

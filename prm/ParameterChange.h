@@ -52,9 +52,11 @@ public:
 
     /// An empty record, as Qt's meta-type system creates it.
     ParameterChange();
+    /// `index` becomes `affectedIndex`.
     ParameterChange(ChangeType ofType, ParameterWithoutType& ofParameter, unsigned int index);
     /// The sender owns the list.
     ParameterChange(ChangeType ofType, ParameterWithoutType* ofParameter, const QList<unsigned int>* indices);
+    /// For COMMAND_REGISTERED.
     ParameterChange(ChangeType ofType, ParameterWithoutType& ofParameter, Bsc::CompositeCommand& registered,
                     const Context& at);
 
@@ -85,7 +87,9 @@ public:
                                   const Context& context);
     //@}
 
+    /// The field `affectedIndex`.
     unsigned int getAffectedIndex() const { return affectedIndex; }
+    /// The field `affectedIndices`.
     const QList<unsigned int>* getAffectedIndices() const { return affectedIndices; }
     /// The name of the type; for an unknown type "Unknown parameterchange type, forgot to add?".
     QString typeToString() const;
@@ -115,6 +119,8 @@ public:
 /// \threads The thread that owns the parameter.
 class PRM_EXPORT ScopedSignalPermit {
 public:
+    /// Overrides the block for one type (`overrideBlockedSignals`) until the scope ends, then restores the former
+    /// state.
     ScopedSignalPermit(ParameterWithoutType& parameter, ParameterChange::ChangeType type);
     ~ScopedSignalPermit();
     ScopedSignalPermit(const ScopedSignalPermit&) = delete;
