@@ -18,6 +18,7 @@
 #include <random>
 #include <thread>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -69,9 +70,6 @@ private:
 /// A class of a host, with a hook.
 class Noisy : public Prm::NumericParameter<double> {
 public:
-    Noisy() : Prm::ParameterWithoutType(false, false, nullptr) {}
-    ~Noisy() override { announceDeletion(); }
-
     double interpolateValue(const Prm::BoundingKeyframes& around, const Context& context,
                             Prm::Cache* cache) const override {
         return NumericParameter::interpolateValue(around, context, cache) + 0.125;

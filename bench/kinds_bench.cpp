@@ -19,18 +19,11 @@ using Number = Prm::NumericParameter<double>;
 // --- classes of a host -----------------------------------------------------------------------------------------------
 
 /// Overrides nothing that evaluation uses.
-class Derived : public Number {
-public:
-    Derived() : Prm::ParameterWithoutType(false, false, nullptr) {}
-    ~Derived() override { announceDeletion(); }
-};
+class Derived : public Number {};
 
 /// Overrides one hook, and uses what it overrides.
 class WithHook : public Number {
 public:
-    WithHook() : Prm::ParameterWithoutType(false, false, nullptr) {}
-    ~WithHook() override { announceDeletion(); }
-
     double interpolateValue(const BoundingKeyframes& around, const Context& context, Cache* cache) const override {
         return Number::interpolateValue(around, context, cache) + 0.0;
     }

@@ -1,4 +1,4 @@
-// Interpolations of the host's own: a ball that falls and bounces, and a kind of parameter that goes in steps.
+// Interpolations of the host: a ball that falls and bounces, and a class of parameter that changes in steps.
 
 #include "prm/CurveKinds.h"
 #include "prm/NumericParameter.h"
@@ -22,7 +22,7 @@ double bounce(const IType& shape, double x) {
 // [bounce]
 
 // [hook]
-/// A kind of its own: whatever the segment says, half of the way is taken at once, the other half at the next keyframe.
+/// A class of a host: of each change, one half happens at once, the other half at the next keyframe.
 class HalfSteps : public Prm::NumericParameter<double> {
 public:
     using NumericParameter::NumericParameter;

@@ -14,7 +14,7 @@ using Prm::View;
 namespace {
 
 // [kind]
-/// A button stands in the list, has no value, and sends a change when it is pressed.
+/// A button is in the list, has no value, and emits a change when it is pressed.
 class Button : public Prm::ParameterWithoutTypeBase {
 public:
     explicit Button(const QString& name) { setScriptName(name); }

@@ -1,6 +1,6 @@
 // Sequences of calls over parameters, compounds, sets, their text and commands, with an observer that reads,
 // throws, deletes, or makes further calls, and by a host that does so when its tree changes or a text is read. After
-// each call all invariants hold, and the host knows the sets of its tree; where nobody interfered, membership and
+// each call all invariants hold, and the host knows the sets of its tree; if nothing interfered, membership and
 // masters are as in plain lists, what was undone or restored is as it was, and what threw has not happened.
 
 #include "fuzz/Fuzz.h"

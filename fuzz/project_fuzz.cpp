@@ -93,7 +93,7 @@ bool isLosslessNow(const ProjectFile& file) {
     return std::all_of(losses.begin(), losses.end(), [](const QString& loss) { return loss.startsWith("line "); });
 }
 
-/// What is kept stands in the report, in the order of the lines, and in the file.
+/// What is kept is in the report, in the order of the lines, and in the file.
 void account(const ProjectFile& file, const QByteArray& loaded, const QByteArray& saved) {
     QByteArray kept;
     int last = 0;

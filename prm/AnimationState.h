@@ -26,12 +26,14 @@ public:
     explicit constexpr AnimationFlags(quint32 packed)
         : m_flags{{(packed & 1u) != 0, (packed & 2u) != 0, (packed & 4u) != 0, (packed & 8u) != 0}} {}
 
+    /// The four flags as a number.
     constexpr quint32 packed() const {
         return (m_flags[0] ? 1u : 0u) | (m_flags[1] ? 2u : 0u) | (m_flags[2] ? 4u : 0u) | (m_flags[3] ? 8u : 0u);
     }
 
     /// Whether an edit concerns every view of the project instead of the current ones.
     constexpr bool allViews() const { return m_flags[2]; }
+    /// Sets whether an edit concerns every view.
     void setAllViews(bool allViews) { m_flags[2] = allViews; }
 
     friend constexpr bool operator==(const AnimationFlags& a, const AnimationFlags& b) {
@@ -60,6 +62,7 @@ public:
     /// The provider's views for these flags; without a provider only view 0.
     std::vector<View> views() const;
 
+    /// The provider given to the constructor; may be null.
     const IViewsProvider* provider() const { return m_provider; }
 
     /// For the host; the library does not read it.

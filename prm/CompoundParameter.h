@@ -34,15 +34,16 @@ class PRM_EXPORT CompoundParameter : public ParameterWithoutTypeBase, public Par
 
 public:
     /// \name Construct and assign
-    /// \{
+    //@{
+    /// Parent set and tree may be null.
     explicit CompoundParameter(const QString& scriptName = {}, bool keyframeTogether = false,
                                ParameterSet* parent = nullptr, ParameterTree* tree = nullptr);
     /// A compound of the same subparameters, in no set and no tree.
     CompoundParameter(const CompoundParameter& other);
     ~CompoundParameter() override;
-    /// \}
+    //@}
     /// \name Subparameters
-    /// \{
+    //@{
     /// Whether the subparameters are keyed together.
     bool keyframeTogether() const override { return m_keyframeTogether; }
     /// In the order in which they were added.
@@ -54,19 +55,19 @@ public:
     /// warning.
     void addParameter(const boost::shared_ptr<ParameterWithoutType>& parameter) override;
     void addParameter(ParameterWithoutType& parameter) override;
-    /// \}
+    //@}
     /// \name Names
     /// Setters set the name of the parameter and that of the set.
-    /// \{
+    //@{
     using ParameterWithoutTypeBase::displayName;
     using ParameterWithoutTypeBase::scriptName;
     void setScriptName(const QString& name) override;
     void setDisplayName(const QString& name) override;
     void setDisplayName(const QString& name, const QString& displayName) override;
     void assignName(const QString& name) override;
-    /// \}
+    //@}
     /// \name Values
-    /// \{
+    //@{
     using ParameterWithoutTypeBase::setVariantValue;
     using ParameterWithoutTypeBase::variantValue;
     /// The subparameters' values, in their order. Throws what a subparameter throws.
@@ -77,10 +78,10 @@ public:
     int qMetaType() const override;
     /// Adds nothing: a compound has no value besides those of its subparameters.
     void calculateHash(Bsc::Hash& hash, const Context& context) const override;
-    /// \}
+    //@}
     /// \name Query keyframes
     /// Of the union in one view.
-    /// \{
+    //@{
     /// The union, in ascending order of time.
     QList<Context> allKeyframesTime(const View& view) const;
     QVector<Context> allKeyframes() const override;
@@ -93,10 +94,10 @@ public:
     bool bPreviousKeyframe(const Context& context, Context& previous) const override;
     bool bNextKeyframe(const Context& context, Context& next) const override;
     quint64 keyframeRevision() const override;
-    /// \}
+    //@}
     /// \name Edit keyframes
     /// Each is forwarded to all subparameters.
-    /// \{
+    //@{
     /// Returns the position in the union, or -1 if no subparameter got a keyframe.
     int iAddKeyframe(const Context& context) override;
     int iAddKeyframe(const Frame& frame, const AnimationState& state) override;
@@ -105,11 +106,11 @@ public:
     void vReset(const Context& context) override;
     void adjustKeyframesTime(const boost::function<Time(Time)>& mapping) override;
     void retimeKeyframes(const boost::function<Time(Time)>& mapping) override;
-    /// \}
+    //@}
     /// \name Interpolation and extrapolation
     /// Setters are forwarded to all subparameters. Extrapolation is that of the first keyframed subparameter,
     /// interpolation that of the first subparameter with that keyframe.
-    /// \{
+    //@{
     void vSetExtrapolationBefore(Extrapolation kind) override;
     void vSetExtrapolationAfter(Extrapolation kind) override;
     void vSetDefaultInterpolation(Interpolation kind) override;
@@ -120,17 +121,17 @@ public:
     Interpolation interpolation(const Context& context) const override;
     Interpolation interpolation(const KeyframeIndex& keyframe) const override;
     IType interpolationData(const KeyframeIndex& keyframe) const override;
-    /// \}
+    //@}
     /// \name Copy and paste
-    /// \{
+    //@{
     /// The keyframes of the subparameters at the time, by position; null if none has one.
     boost::shared_ptr<SerialisedKeyframe> getSerialisedKeyframe(Context context) const override;
     /// Throws `std::bad_cast` for a keyframe of another kind.
     void importKeyframe(const SerialisedKeyframe& keyframe) override;
-    /// \}
+    //@}
     /// \name Views
     /// Queries return true if they are true of any subparameter; edits are forwarded to all.
-    /// \{
+    //@{
     bool isSplit() const override;
     int numViews() const override;
     void setSplittable(bool splittable) override;
@@ -142,10 +143,10 @@ public:
     void uniquifyView(const View& view) override;
     bool initialiseHeroView(const View& hero, const View& from) override;
     bool deleteView(const View& view) override;
-    /// \}
+    //@}
     /// \name Undoable edits
     /// Each appends one edit of the compound to the command.
-    /// \{
+    //@{
     Bsc::CompositeCommand& vSetInterpolationCommand(Interpolation kind, Context context,
                                                     Bsc::CompositeCommand& command) override;
     Bsc::CompositeCommand& vSetInterpolationDataCommand(Bsc::CompositeCommand& command, IType data,
@@ -160,13 +161,13 @@ public:
     void createKeyframeDeletion(const Frame& frame, const AnimationState& state,
                                 Bsc::CompositeCommand& command) override;
     Bsc::CompositeCommand& vDeleteAllKeyframesCommand(const View& view, Bsc::CompositeCommand& command) override;
-    /// \}
+    //@}
     /// As the base class; from a compound also `keyframeTogether`.
     void assignFrom(const ParameterWithoutType& other) override;
 
     /// \name Observers
     /// Of the compound itself and of every subparameter.
-    /// \{
+    //@{
     void attachObserver(const QObject* observer, const char* slot) const override;
     void detachObserver(const QObject* observer) const override;
     void detachAllObservers() const override;
@@ -177,23 +178,23 @@ public:
     using ParameterSet::detachObserver;
     using ParameterWithoutTypeBase::AttachCommandRegistrationObserver;
     using ParameterWithoutTypeBase::DetachCommandRegistrationObserver;
-    /// \}
+    //@}
     /// \name Project text
-    /// \{
+    //@{
     /// Writes the subparameters' lines, after the prefix and, if there is one, the script name and a dot.
     bool bStreamOut(QTextStream& stream, const QString& prefix, bool withName) const override;
     bool bStreamOut(QTextStream& stream, const QString& prefix, bool withName) override;
     bool setFromScriptString(const QString& line, const ProjectFileVersion& version) override;
     /// Reads a line of a subparameter, without the compound's name, and the lines of the base class.
     bool streamInValue(const QString& line, const ProjectFileVersion& version, TextConversion convert) override;
-    /// \}
+    //@}
     /// \name Snapshots
-    /// \{
+    //@{
     /// The subparameters' snapshots, restored by position. Restoring a snapshot of another kind, or null, does nothing.
     boost::shared_ptr<Bsc::MementoBase> exportState() const override;
     boost::shared_ptr<Bsc::MementoBase> exportStateAround(const detail::Places& places) const override;
     void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override;
-    /// \}
+    //@}
 
 public Q_SLOTS:
     /// Re-emits changes of the subparameters' keyframes and values, with positions in the union.

@@ -21,6 +21,7 @@ namespace Prm {
 /// \threads As `Parameter`. Hooks and registered functions run on every thread that evaluates.
 template <class T> class PRM_EXPORT CurveParameter : public Parameter<T> {
 public:
+    /// Constructors as those of `Parameter`.
     CurveParameter();
     explicit CurveParameter(const QString& scriptName, const T& defaultValue = T(),
                             ParameterOptions options = Keyframed | Splittable, ParameterSet* parent = nullptr);

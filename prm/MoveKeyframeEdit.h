@@ -14,6 +14,7 @@ namespace Prm {
 /// \snippet position.cpp move
 class PRM_EXPORT MoveKeyframeEdit : public ParameterSnapshotEdit {
 public:
+    /// From a keyframe's time and view to another time.
     MoveKeyframeEdit(ParameterWithoutType& parameter, const Context& from, const Context& to);
 
     /// Moves without undo; returns whether there was a keyframe to move. Emits KEYFRAME_REMOVED, then the changes of

@@ -24,6 +24,7 @@ public:
     /// was taken.
     using Migration = boost::function<bool(BasicParameter*, const QString&, const ProjectFileVersion&)>;
 
+    /// Without a target.
     explicit MovedParameter(const QString& oldScriptName);
     /// Warns of a line that no target has taken, unless there is a target.
     ~MovedParameter() override;
@@ -47,11 +48,11 @@ public:
     using BasicParameter::variantValue;
     /// \name Values
     /// Those of the target; without one, queries return nothing and edits do nothing.
-    /// \{
+    //@{
     QVariant variantValue(const Context& context) const override;
     void setVariantValue(const QVariant& value, const Context& context) override;
     QVector<Context> allKeyframes() const override;
-    /// \}
+    //@}
     /// Null: there is no state.
     boost::shared_ptr<Bsc::MementoBase> exportState() const override;
     void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override;

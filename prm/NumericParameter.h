@@ -12,6 +12,7 @@ namespace Prm {
 /// \snippet first_parameter.cpp first
 template <class T> class PRM_EXPORT NumericParameter : public CurveParameter<T>, public NumericParameterWithoutType {
 public:
+    /// Constructors as those of `Parameter`.
     NumericParameter();
     explicit NumericParameter(const QString& scriptName, const T& defaultValue = T(),
                               ParameterOptions options = Keyframed | Splittable, ParameterSet* parent = nullptr);

@@ -83,7 +83,7 @@ public:
 
     /// \name Construct and assign
     /// The order of the virtual operations, here and below, is part of the interface.
-    /// \{
+    //@{
     /// Without names, keyframed and splittable, with a default value of `T()`.
     Parameter();
     /// Stores the default value for views that get data later; no view has data yet. The default interpolation is
@@ -100,9 +100,9 @@ public:
     /// Copies names, flags, keyframes, views and default interpolation from a parameter of the same type, but not the
     /// default value. Emits PARAMETER_ASSIGNED. From a parameter of another type, or from itself, as the base class.
     void assignFrom(const ParameterWithoutType& other) override;
-    /// \}
+    //@}
     /// \name Values
-    /// \{
+    //@{
     /// The value at the context's time in its view. Safe on any thread. The first of these that applies:
     /// - the value of the master, if there is one of the same type;
     /// - the static value, if the parameter is not keyframed or the view it reads has no keyframes;
@@ -141,7 +141,7 @@ public:
     QVariant variantValue(const Context& context, const std::nothrow_t&) const override;
     /// The keyframes of all views in the order of `viewList()`, ascending in time within a view.
     QVector<Context> allKeyframes() const override;
-    /// \}
+    //@}
 
     /// Writes all lines of the parameter; returns true.
     bool bStreamOut(QTextStream& stream, const QString& prefix, bool withName) const override;
@@ -150,7 +150,7 @@ public:
     /// Setters do nothing if the parameter is not keyframed, and those of a keyframe do nothing if it is splittable and
     /// the view has no data; the default interpolation can always be set. Getters, except for the default
     /// interpolation, return what the master has if there is a master.
-    /// \{
+    //@{
     /// Sets how values continue before the first keyframe. Emits PARAMETER_CHANGED_EXTRAPOLATION_BEFORE, also if the
     /// kind is the same.
     void vSetExtrapolationBefore(Extrapolation kind) override;
@@ -190,12 +190,12 @@ public:
     Bsc::CompositeCommand& vSetExtrapolationBeforeCommand(Extrapolation kind, Bsc::CompositeCommand& command) override;
     /// Appends a `ParameterExtrapolationAfterEdit`; returns the command.
     Bsc::CompositeCommand& vSetExtrapolationAfterCommand(Extrapolation kind, Bsc::CompositeCommand& command) override;
-    /// \}
+    //@}
     /// \name Query keyframes
     /// Queries concern the keyframes of one view, in ascending order of time; times are compared exactly. The result is
     /// 0 or false, and output arguments keep their values, if the parameter is not keyframed, or if it is splittable
     /// and the view has no data. Safe on any thread.
-    /// \{
+    //@{
     /// The id of the meta-type "Prm::Parameter<name of T>".
     int qMetaType() const override;
     /// Whether a value set at a time becomes a keyframe.
@@ -219,11 +219,11 @@ public:
     bool bPreviousKeyframe(const Context& context, Context& previous) const override;
     /// Stores the time and view of the first keyframe strictly after the context's time; false if there is none.
     bool bNextKeyframe(const Context& context, Context& next) const override;
-    /// \}
+    //@}
     /// \name Edit, copy and restore
     /// These do nothing if the parameter is not keyframed, except for `vReset` and `importKeyframe`. Deleting does
     /// nothing in a view without data if the parameter is splittable.
-    /// \{
+    //@{
     /// Adds a keyframe with the present value; returns its index, or -1 if there is one at that time already. Emits
     /// [VIEW_ADDED], KEYFRAME_ADDED.
     int iAddKeyframe(const Context& context) override;
@@ -252,9 +252,9 @@ public:
     /// Restores a snapshot. Throws `std::bad_cast` for a snapshot of another kind, and for null. Emits
     /// PARAMETER_ASSIGNED.
     void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override;
-    /// \}
+    //@}
     /// \name Views
-    /// \{
+    //@{
     /// Whether more than one view has data.
     bool isSplit() const override;
     /// Sets whether views may have data of their own. Data that views have stay. Emits nothing.
@@ -278,10 +278,10 @@ public:
     /// Deletes the data of a view, which then reads the source data. Returns false for a view without data and for the
     /// only view with data. Emits VIEW_REMOVED.
     bool deleteView(const View& view) override;
-    /// \}
+    //@}
     /// \name Undoable edits
     /// Each appends to the command without doing the edit.
-    /// \{
+    //@{
     /// Appends a `ParameterAddKeyEdit`; returns the command.
     Bsc::CompositeCommand& vAddKeyframeCommand(const Context::Explicit& context,
                                                Bsc::CompositeCommand& command) override;
@@ -301,7 +301,7 @@ public:
     /// null. Returns the command.
     Bsc::CompositeCommand& bAddConstrainedParameterCommand(ParameterWithoutType* parameter,
                                                            Bsc::CompositeCommand& command) override;
-    /// \}
+    //@}
 
     /// Copies keyframes, views, flags, extrapolation and view interpolation from a parameter of the same type, so that
     /// both have the same value at every time in every view. Does nothing for another type. Emits PARAMETER_ASSIGNED.
@@ -312,7 +312,7 @@ public:
     /// \name Hooks for curves
     /// A class overrides these to give its values curves. They run on every thread that evaluates. During one
     /// evaluation, `keyframe()` and the other queries return the same list of keyframes throughout.
-    /// \{
+    //@{
     /// The value at a time between two keyframes. Here: the value of the keyframe before.
     virtual T interpolateValue(const BoundingKeyframes& keyframes, const Context& context, Cache* cache) const;
     /// The value at a time before the first or after the last keyframe; the other side of `keyframes` is empty. Here:
@@ -329,7 +329,7 @@ public:
     /// with the keyframes that it finds, and uses the result only if the segment still has both ends.
     virtual IType initialiseInterpolation(const KeyframeData<T>& from, const KeyframeData<T>& to,
                                           Interpolation kind) const;
-    /// \}
+    //@}
 
     /// Reads one line without the parameter's name; returns whether it was taken. Emits nothing except VIEW_ADDED.
     /// Throws `std::runtime_error` for a malformed keyframe.
@@ -350,7 +350,7 @@ public:
     void retimeKeyframes(const boost::function<Time(Time)>& mapping) override;
 
     /// \name Values
-    /// \{
+    //@{
     /// The static value that the view reads.
     T staticValue(const View& view) const;
     /// Deletes the data of all views, so that every view shows the default value. Emits VIEW_REMOVED for each, in
@@ -361,23 +361,23 @@ public:
     void sampleValues(const Time* times, int count, const View& view, T* out, Cache* cache = nullptr) const;
     /// The values at the frames from `first` to `last`, both included.
     QVector<T> sampleValues(const Frame& first, const Frame& last, const View& view, Cache* cache = nullptr) const;
-    /// \}
+    //@}
     /// \name Views
-    /// \{
+    //@{
     /// How the value of a view without data is computed from the views with data. Off in a new parameter.
     MVInterpolationParams viewInterpolation() const;
     /// Sets how the value of a view without data is computed. Emits nothing.
     void setViewInterpolation(const MVInterpolationParams& params);
-    /// \}
+    //@}
     /// \name Query keyframes
-    /// \{
+    //@{
     /// The index at which a keyframe of that time belongs: the number of keyframes before it.
     unsigned int insertionIndex(const Time& time, const LockedKeyframes& keyframes) const;
     /// The index of the keyframe at exactly that time, or `KeyframeIndex::INVALID_INDEX`.
     unsigned int keyframeIndexForTime(const Time& time, const LockedKeyframes& keyframes) const;
     /// The same among the keyframes that the context's view reads.
     unsigned int keyframeIndexForTime(const Context& context) const;
-    /// \}
+    //@}
 
 protected:
     using HeldTrack = detail::HeldTrack<T>;

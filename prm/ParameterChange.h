@@ -52,16 +52,18 @@ public:
 
     /// An empty record, as Qt's meta-type system creates it.
     ParameterChange();
+    /// `index` becomes `affectedIndex`.
     ParameterChange(ChangeType ofType, ParameterWithoutType& ofParameter, unsigned int index);
     /// The sender owns the list.
     ParameterChange(ChangeType ofType, ParameterWithoutType* ofParameter, const QList<unsigned int>* indices);
+    /// For COMMAND_REGISTERED.
     ParameterChange(ChangeType ofType, ParameterWithoutType& ofParameter, Bsc::CompositeCommand& registered,
                     const Context& at);
 
     /// \name Emit a change
     /// Each builds a record and passes it to the parameter's `emitChange`. An index is a position in the view's list of
     /// keyframes; -1 means the static value.
-    /// \{
+    //@{
     static void keyframeAdded(ParameterWithoutType& parameter, int index, const View& view);
     /// The index is that before the removal.
     static void keyframeRemoved(ParameterWithoutType& parameter, int index, const Context& context);
@@ -83,9 +85,11 @@ public:
     /// Emits `commandRegistrationChanged`; notification switches do not apply.
     static void commandRegistered(ParameterWithoutType& parameter, Bsc::CompositeCommand& command,
                                   const Context& context);
-    /// \}
+    //@}
 
+    /// The field `affectedIndex`.
     unsigned int getAffectedIndex() const { return affectedIndex; }
+    /// The field `affectedIndices`.
     const QList<unsigned int>* getAffectedIndices() const { return affectedIndices; }
     /// The name of the type; for an unknown type "Unknown parameterchange type, forgot to add?".
     QString typeToString() const;
@@ -115,6 +119,8 @@ public:
 /// \threads The thread that owns the parameter.
 class PRM_EXPORT ScopedSignalPermit {
 public:
+    /// Overrides the block for one type (`overrideBlockedSignals`) until the scope ends, then restores the former
+    /// state.
     ScopedSignalPermit(ParameterWithoutType& parameter, ParameterChange::ChangeType type);
     ~ScopedSignalPermit();
     ScopedSignalPermit(const ScopedSignalPermit&) = delete;

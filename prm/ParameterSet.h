@@ -47,7 +47,7 @@ class NameIndex;
 class PRM_EXPORT ParameterSet : virtual public Bsc::MementoUndoable, public detail::Mortal {
 public:
     /// \name Construct and assign
-    /// \{
+    //@{
     /// The name is also the script name, with characters replaced as `setScriptName` does.
     explicit ParameterSet(const QString& name = {}, ParameterTree* tree = nullptr);
     /// A set with the same names and members, in no tree. Trees are not notified.
@@ -57,9 +57,9 @@ public:
     ParameterSet& operator=(const ParameterSet& other);
     /// Notifies the tree, removes the set from the sets that list it, and releases its members, last to first.
     ~ParameterSet() override;
-    /// \}
+    //@}
     /// \name Names and project text
-    /// \{
+    //@{
     /// Sets both the untranslated name and the one shown to users.
     virtual void setDisplayName(const QString& name);
     /// Sets the untranslated name and the one shown to users.
@@ -74,17 +74,17 @@ public:
     /// O(log members), and one call for each member of a host's class that overrides `setFromScriptString`. Throws what
     /// the member throws, for example `std::runtime_error` for a malformed keyframe.
     virtual bool bStreamIn(const QString& line, const ProjectFileVersion& version);
-    /// \}
+    //@}
     /// \name Members
-    /// \{
+    //@{
     /// Adds an animatable parameter. Ignores null and members; ignores a compound that contains this set, with a
     /// warning. If the parameter has no parent set, this set becomes it.
     virtual void addParameter(const boost::shared_ptr<ParameterWithoutType>& parameter);
     /// The same without ownership.
     virtual void addParameter(ParameterWithoutType& parameter);
-    /// \}
+    //@}
     /// \name Snapshots
-    /// \{
+    //@{
     /// A snapshot of the names, and of the states of all parameters and subsets at every level.
     boost::shared_ptr<Bsc::MementoBase> exportState() const override;
     /// Restores a snapshot. Throws `std::bad_cast` for a snapshot of another kind, and for null. Throws
@@ -92,9 +92,9 @@ public:
     /// since do not change. If memory runs out, each member is restored or unchanged, and a second call restores the
     /// rest.
     void doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) override;
-    /// \}
+    //@}
     /// \name Names and project text
-    /// \{
+    //@{
     /// Sets the untranslated name, and its translation in the context "Parameter" as the name shown to users.
     virtual void assignName(const QString& name);
 
@@ -107,9 +107,9 @@ public:
     const QString& name() const { return m_name; }
     /// The name shown to users.
     const QString& displayName() const { return m_displayName; }
-    /// \}
+    //@}
     /// \name Members
-    /// \{
+    //@{
     /// Adds a parameter, makes it splittable, and gives `view` a copy of what it shows.
     void addSplittableParameter(ParameterWithoutType& parameter, const View& view);
     /// Adds a parameter that does not animate, without ownership.
@@ -146,11 +146,11 @@ public:
     }
     /// The subsets.
     std::vector<ParameterSet*> subsets() const;
-    /// \}
+    //@}
     /// \name Find and visit
     /// Names are script names, compared exactly: first of members, `MovedParameter`s last, then as a path of subsets
     /// and compounds with dots between. Null if there is none. Takes O(log members) for each set on the path.
-    /// \{
+    //@{
     /// An animatable parameter, or one that does not animate.
     BasicParameter* parameterWithName(const QString& name) { return findParameter(name); }
     const BasicParameter* parameterWithName(const QString& name) const { return findParameter(name); }
@@ -169,12 +169,12 @@ public:
                                  bool recursive = true) const;
     /// Calls the function for the subsets and, if `recursive`, for theirs, depth first.
     void forEachSubset(boost::function<void(ParameterSet*)> function, bool recursive);
-    /// \}
+    //@}
     /// \name Observers
     /// The operations of `ParameterWithoutType`, for every animatable parameter of this set and the subparameters of
     /// compounds, and if `recursive` of the subsets. Command registration is connected once to each parameter, even if
     /// several paths lead to it.
-    /// \{
+    //@{
     /// Connects `changed`.
     void attachObserver(const QObject* observer, const char* slot, bool recursive) const;
     /// Disconnects `changed` from the observer.
@@ -185,9 +185,9 @@ public:
     void AttachCommandRegistrationObserver(QObject* observer, const char* slot, bool recursive);
     /// Disconnects `commandRegistrationChanged` from the observer.
     void DetachCommandRegistrationObserver(QObject* observer, bool recursive);
-    /// \}
+    //@}
     /// \name The host's tree
-    /// \{
+    //@{
     /// The tree that is notified; null without one.
     ParameterTree* parameterTree() const { return m_tree; }
     /// Moves this set, and the sets below it that belong to `from`, to another tree. `from` is notified before, `to`
@@ -197,9 +197,9 @@ public:
     void notifySubtreeAdded(ParameterSet* subset);
     /// Calls `ParameterTree::subtreeRemoved` of this set's tree.
     void notifySubtreeRemoved(ParameterSet* subset);
-    /// \}
+    //@}
     /// \name Names and project text
-    /// \{
+    //@{
     /// Sets the name prefix of every animatable parameter at every level: the names of the sets that contain it, joined
     /// by dots, after `prefix`.
     void assignNamePrefixes(const QString& prefix = {});
@@ -207,7 +207,7 @@ public:
     /// without `find`, the parameter of that extended name at any level. Returns the number of masters that were not
     /// found, with a warning for each.
     int resolveMasterParameters(const boost::function<ParameterWithoutType*(const QString&)>& find = {});
-    /// \}
+    //@}
 
 protected:
     template <class Member> class SetWalk;

@@ -59,7 +59,7 @@ public:
     // The order of the virtual operations is part of the interface.
 
     /// \name Names and project text
-    /// \{
+    //@{
     /// The name in project text and scripts.
     const QString& scriptName() const override;
     /// Reads a line that begins with the script name, or an additional one, and a dot; returns whether it did.
@@ -68,7 +68,7 @@ public:
     /// Reads one line without the parameter's name; returns whether it was taken. `convert`, if not empty, is applied
     /// to the text of a value first. Throws `std::runtime_error` for a malformed keyframe.
     virtual bool streamInValue(const QString& line, const ProjectFileVersion& version, TextConversion convert) = 0;
-    /// \}
+    //@}
 
 public Q_SLOTS:
     /// Receives every change of the upstream parameters. Does nothing here.
@@ -80,33 +80,33 @@ public:
 
     /// \name Observers
     /// A null observer is ignored.
-    /// \{
+    //@{
     /// Connects `changed` to the observer's slot, given as `SLOT(...)`, with a direct connection.
     virtual void attachObserver(const QObject* observer, const char* slot) const;
     /// Disconnects `changed` from the observer. Takes O(observers of this parameter).
     virtual void detachObserver(const QObject* observer) const;
     /// Disconnects `changed` from everything.
     virtual void detachAllObservers() const;
-    /// \}
+    //@}
     /// \name Names and project text
-    /// \{
+    //@{
     /// Sets the name shown to users. Emits nothing.
     virtual void setDisplayName(const QString& name);
     /// Sets the name in project text and scripts; blanks and apostrophes become "_". Emits nothing.
     virtual void setScriptName(const QString& name);
-    /// \}
+    //@}
     /// \name Masters
-    /// \{
+    //@{
     /// Appends the undoable form of `bUnconstrain`; returns the command.
     virtual Bsc::CompositeCommand& bUnconstrainCommand(Bsc::CompositeCommand& command);
     /// Appends the undoable form of `bRemoveConstrainedParameter`, nothing if `parameter` is null or not constrained to
     /// this one; returns the command.
     virtual Bsc::CompositeCommand& bRemoveConstrainedParameterCommand(ParameterWithoutType* parameter,
                                                                       Bsc::CompositeCommand& command);
-    /// \}
+    //@}
     /// \name Interpolation and extrapolation
     /// Extrapolation and default interpolation belong to the parameter, other kinds to one keyframe.
-    /// \{
+    //@{
     /// Sets how values continue before the first keyframe.
     virtual void vSetExtrapolationBefore(Extrapolation kind) = 0;
     /// Sets how values continue after the last keyframe.
@@ -139,11 +139,11 @@ public:
     /// Appends the undoable form of `vSetExtrapolationAfter`; returns the command.
     virtual Bsc::CompositeCommand& vSetExtrapolationAfterCommand(Extrapolation kind,
                                                                  Bsc::CompositeCommand& command) = 0;
-    /// \}
+    //@}
     /// \name Query keyframes
     /// Of one view, in ascending order of time; times are compared exactly. If nothing is found, the result is false
     /// and output arguments keep their values.
-    /// \{
+    //@{
     /// Whether the parameter may have keyframes.
     virtual bool isKeyframed() const = 0;
     /// The number of keyframes.
@@ -163,10 +163,10 @@ public:
     virtual bool bPreviousKeyframe(const Context& context, Context& previous) const = 0;
     /// Stores the time and view of the first keyframe strictly after the context's time.
     virtual bool bNextKeyframe(const Context& context, Context& next) const = 0;
-    /// \}
+    //@}
     /// \name Edit, copy and restore
     /// An edit that does not apply does nothing.
-    /// \{
+    //@{
     /// Adds a keyframe with the present value; returns its index, or -1 if none was added.
     virtual int iAddKeyframe(const Context& context) = 0;
     /// Adds one in each of the state's views; returns the last index added or -1, and 0 if the parameter is not
@@ -184,9 +184,9 @@ public:
     /// Sets value, interpolation and shape at the keyframe's own time and view. Throws `std::bad_cast` for a keyframe
     /// of another type.
     virtual void importKeyframe(const SerialisedKeyframe& keyframe) = 0;
-    /// \}
+    //@}
     /// \name Views
-    /// \{
+    //@{
     /// Whether more than one view has data.
     virtual bool isSplit() const = 0;
     /// The length of `viewList()`.
@@ -205,10 +205,10 @@ public:
     virtual bool initialiseHeroView(const View& hero, const View& from) = 0;
     /// Deletes the data of a view; false for a view without data and for the only view with data.
     virtual bool deleteView(const View& view) = 0;
-    /// \}
+    //@}
     /// \name Undoable edits
     /// Each appends edits to the command without doing them.
-    /// \{
+    //@{
     /// Adds a keyframe; returns the command.
     virtual Bsc::CompositeCommand& vAddKeyframeCommand(const Context::Explicit& context,
                                                        Bsc::CompositeCommand& command) = 0;
@@ -225,9 +225,8 @@ public:
     /// Makes this parameter the master of another; returns the command.
     virtual Bsc::CompositeCommand& bAddConstrainedParameterCommand(ParameterWithoutType* parameter,
                                                                    Bsc::CompositeCommand& command) = 0;
-    /// \}
-    /// \name Edit, copy and restore
-    /// \{
+    //@}
+
     /// Copies another parameter's keyframes and views; does nothing for one of another type.
     virtual void vCopyKeyframeDataFrom(const ParameterWithoutType* source) = 0;
 
@@ -246,7 +245,6 @@ public:
     /// As `adjustKeyframesTime`, but with any mapping: keyframes are sorted again. A keyframe moved onto one that stays
     /// replaces it; of several moved to one time the last remains. Emits nothing. Here as `adjustKeyframesTime`.
     virtual void retimeKeyframes(const boost::function<Time(Time)>& mapping);
-    /// \}
 
 private:
     friend class ParameterSet;
@@ -257,7 +255,7 @@ private:
 
 public:
     /// \name Names and project text
-    /// \{
+    //@{
     /// The name shown to users.
     const QString& displayName() const { return m_displayName; }
     /// A third name, for the host. Copied with the other names.
@@ -275,9 +273,9 @@ public:
     void addAdditionalScriptName(const QString& name, const TextConversion& convert = {});
     /// In ascending order.
     QStringList additionalScriptNames() const { return rarities().additionalScriptNames.keys(); }
-    /// \}
+    //@}
     /// \name Flags for the host
-    /// \{
+    //@{
     /// A flag for the host, and a line in project text.
     bool isHidden() const { return m_hidden; }
     /// Emits PARAMETER_HIDDEN_CHANGED if the flag changes.
@@ -290,10 +288,10 @@ public:
     void setLocked(bool locked);
     /// Appends the undoable form of `setLocked`; returns the command.
     Bsc::CompositeCommand& setLockedCommand(bool locked, Bsc::CompositeCommand& command);
-    /// \}
+    //@}
     /// \name Masters
     /// A constrained parameter shows the animation of its master. Threads may evaluate while masters are set.
-    /// \{
+    //@{
     /// The master of this parameter; null without one, and after the master was deleted.
     PRM_ALWAYS_INLINE ParameterWithoutType* masterParameter() const {
         const Rarities* const made = m_rarities.load(std::memory_order_acquire);
@@ -315,24 +313,24 @@ public:
     const QString& pendingMasterParameterId() const { return rarities().pendingMasterParameterId; }
     /// Sets this name; no master is searched.
     void setPendingMasterParameterId(const QString& id);
-    /// \}
+    //@}
     /// \name Upstream parameters
-    /// \{
+    //@{
     /// The parameters whose changes `onUpstreamParameterChanged` receives; a null pointer for each that was deleted.
     UpstreamParameters upstreamParameters() const;
     /// Connects the slot to these parameters and to no others.
     void setUpstreamParameters(const UpstreamParameters& parameters);
-    /// \}
+    //@}
     /// \name Query keyframes
-    /// \{
+    //@{
     /// Calls the function with the time and view of every keyframe of the view, in order. Throws
     /// `boost::bad_function_call` if the function is empty and there is a keyframe.
     void forEachKeyframeTime(boost::function<void(const Context&)> function, const View& view) const;
     /// The same for every view of `viewList()`, in order.
     void forEachKeyframeTime(boost::function<void(const Context&)> function) const;
-    /// \}
+    //@}
     /// \name Views
-    /// \{
+    //@{
     /// Sets the parameter whose static value is true in each view that is not the hero view. It is not owned; after it
     /// was deleted there is no selector. `companion` is for the host. `assignFrom` copies both.
     void setViewSelector(Parameter<bool>* selector, quintptr companion = 0);
@@ -346,10 +344,10 @@ public:
     /// Deletes all keyframes and sets every view to the default value. If there is a hero view, then deletes views from
     /// the last to the first until one is left; instead of the hero view it deletes the first.
     void resetAll();
-    /// \}
+    //@}
     /// \name Notification
     /// Types from NUM_CHANGE_TYPES on have no switch: setting it does nothing, reading it returns false.
-    /// \{
+    //@{
     /// Emits `changed` if the type is enabled and the parameter's Qt signals are not blocked or the type overrides the
     /// block. Afterwards signals are blocked as before, also if an observer throws.
     void emitChange(ParameterChange& change);
@@ -376,7 +374,7 @@ public:
     /// Passes a command to the host's undo stack. If there is an observer, it takes ownership and does the command;
     /// otherwise the command is done at once, and the caller keeps ownership. Notification switches do not apply.
     void registerCompositeCommand(Bsc::CompositeCommand& command, const Context& context);
-    /// \}
+    //@}
 
 Q_SIGNALS:
     /// A change of this parameter, emitted before the edit returns. The record is valid during the call only.
@@ -446,7 +444,6 @@ protected:
 private:
     friend class detail::Invariants;
     friend class detail::MasterLink;
-    friend class ParameterSet;
 
     /// Sets the master, null for none. This parameter is listed there before the given one, or last.
     void tieTo(ParameterWithoutType* master, ParameterWithoutType* before);

@@ -58,7 +58,7 @@ public:
     void assignFrom(const ParameterWithoutType& other) override;
 
     /// \name Interpolation and extrapolation
-    /// \{
+    //@{
     void vSetExtrapolationBefore(Extrapolation kind) override;
     void vSetExtrapolationAfter(Extrapolation kind) override;
     void vSetDefaultInterpolation(Interpolation kind) override;
@@ -75,9 +75,9 @@ public:
                                                         const KeyframeIndex& keyframe) override;
     Bsc::CompositeCommand& vSetExtrapolationBeforeCommand(Extrapolation kind, Bsc::CompositeCommand& command) override;
     Bsc::CompositeCommand& vSetExtrapolationAfterCommand(Extrapolation kind, Bsc::CompositeCommand& command) override;
-    /// \}
+    //@}
     /// \name Keyframes
-    /// \{
+    //@{
     bool isKeyframed() const override;
     unsigned int keyframeCount(const View& view) const override;
     Context keyframeTime(unsigned int index, const View& view) const override;
@@ -94,9 +94,9 @@ public:
     void vReset(const Context& context) override;
     boost::shared_ptr<SerialisedKeyframe> getSerialisedKeyframe(Context context) const override;
     void importKeyframe(const SerialisedKeyframe& keyframe) override;
-    /// \}
+    //@}
     /// \name Views
-    /// \{
+    //@{
     bool isSplit() const override;
     int numViews() const override;
     void setSplittable(bool splittable) override;
@@ -107,9 +107,9 @@ public:
     void uniquifyView(const View& view) override;
     bool initialiseHeroView(const View& hero, const View& from) override;
     bool deleteView(const View& view) override;
-    /// \}
+    //@}
     /// \name Undoable edits
-    /// \{
+    //@{
     Bsc::CompositeCommand& vAddKeyframeCommand(const Context::Explicit& context,
                                                Bsc::CompositeCommand& command) override;
     Bsc::CompositeCommand& vAddKeyframeCommand(const Frame& frame, const AnimationState& state,
@@ -120,7 +120,7 @@ public:
     Bsc::CompositeCommand& vDeleteAllKeyframesCommand(const View& view, Bsc::CompositeCommand& command) override;
     Bsc::CompositeCommand& bAddConstrainedParameterCommand(ParameterWithoutType* parameter,
                                                            Bsc::CompositeCommand& command) override;
-    /// \}
+    //@}
 
     void vCopyKeyframeDataFrom(const ParameterWithoutType* source) override;
 

@@ -47,6 +47,7 @@ public:
     int patchNumber() const { return m_patch; }
     int buildNumber() const { return m_build; }
 
+    /// Compares major, minor, patch and build number, in this order.
     bool operator<(const BuildVersion& other) const;
     bool operator==(const BuildVersion& other) const;
     bool operator!=(const BuildVersion& other) const { return !(*this == other); }
@@ -75,8 +76,10 @@ public:
     QDateTime timestamp() const;
     /// The time of writing in ISO 8601 form, in UTC.
     const QString& timestampText() const { return m_timestamp; }
+    /// Sets the time of writing; stored in UTC.
     void setTimestamp(const QDateTime& time);
 
+    /// The version and build number of the product.
     operator BuildVersion() const { return {productVersion, productBuildNumber}; }
 
     /// Adds five virtual parameters, which the set owns and which refer to the fields of this object: FileVersion,

@@ -57,6 +57,7 @@ private:
 /// \threads The owning thread only; the variable is read and written without a lock.
 template <class T> class PRM_EXPORT VirtualParameter : public StaticParameter<T> {
 public:
+    /// `target` must outlive the parameter; the parent set may be null.
     VirtualParameter(const QString& scriptName, T& target, ParameterSet* parent = nullptr);
     ~VirtualParameter() override;
 
@@ -72,6 +73,7 @@ private:
 /// \snippet parameter_panel.cpp static
 template <class T> class PRM_EXPORT OwnedStaticParameter : public StaticParameter<T> {
 public:
+    /// The parent set may be null.
     explicit OwnedStaticParameter(const QString& scriptName, const T& value = T(), ParameterSet* parent = nullptr);
     ~OwnedStaticParameter() override;
 

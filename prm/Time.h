@@ -42,7 +42,9 @@ public:
         return time;
     }
 
+    /// In frames.
     constexpr double toDouble() const { return m_frames; }
+    /// Whether the time is at most `LARGEST_VALID_VALUE`.
     constexpr bool isValid() const { return m_frames <= LARGEST_VALID_VALUE; }
 
     friend constexpr bool operator==(Time a, Time b) { return a.m_frames == b.m_frames; }
@@ -106,7 +108,9 @@ public:
     /// As `fromFloat`, with the bound 2147483646.
     static constexpr Frame fromDouble(double number) { return truncated(number, 2147483646.0); }
 
+    /// The number; `INVALID_FRAME_VALUE` for the invalid frame.
     constexpr quint32 toUInt() const { return m_number; }
+    /// Whether this is not the invalid frame. Reserved markers are valid.
     constexpr bool isValid() const { return m_number != INVALID_FRAME_VALUE; }
 
     friend constexpr bool operator==(Frame a, Frame b) { return a.m_number == b.m_number; }

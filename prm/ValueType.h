@@ -51,6 +51,7 @@ template <class T> struct GeneralValueType {
         return value;
     }
 
+    /// The value in T's own meta-type.
     static QVariant toVariant(const T& value) { return QVariant::fromValue(value); }
     /// A variant that does not convert gives `T()`.
     static T fromVariant(const QVariant& variant) {

@@ -18,11 +18,14 @@ class PRM_EXPORT View {
 public:
     constexpr View(quint32 id = 0) : m_id(id) {}
 
+    /// The id of the first view, 0.
     static constexpr quint32 defaultViewId() { return 0; }
     /// The invalid view (all bits set): one object for the whole process.
     static const View& INVALID();
 
+    /// The id, also of an invalid view.
     constexpr quint32 id() const { return m_id; }
+    /// Whether the id is at most 2147483647.
     constexpr bool isValid() const { return static_cast<qint32>(m_id) >= 0; }
 
     /// "view[N]." with the id in decimal, the prefix of this view's lines in project text.

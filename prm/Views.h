@@ -23,14 +23,21 @@ class IAnimationStateProvider;
 class PRM_EXPORT IViewsProvider {
 public:
     virtual ~IViewsProvider();
+    /// A pointer for the host; may be null.
     virtual const IAnimationStateProvider* stateProvider() const = 0;
+    /// The long name of a view, for example "Left".
     virtual QString viewName(const View& view) const = 0;
+    /// The short name of a view, for example "L".
     virtual QString viewNameShort(const View& view) const = 0;
     /// All views if the flags say so, otherwise the current views.
     virtual std::vector<View> views(const AnimationFlags& flags) const = 0;
+    /// All views of the project, in order.
     virtual std::vector<View> allViews() const = 0;
+    /// Makes one view the only current view.
     virtual void setCurrentView(const View& view) = 0;
+    /// The first current view.
     virtual const View& currentView() const = 0;
+    /// The views that are being edited.
     virtual std::vector<View> currentViews() const = 0;
 };
 
@@ -68,6 +75,7 @@ public:
     const QStringList& viewNames(const View& view) const;
     QString viewName(const View& view) const override;
     QString viewNameShort(const View& view) const override;
+    /// The number of views.
     std::size_t viewCount() const;
 
     /// The position of a view, or the largest `std::size_t` if it is not registered.

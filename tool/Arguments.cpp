@@ -43,7 +43,7 @@ Arguments& Arguments::example(const QString& line) {
     return *this;
 }
 
-/// Negative numbers behind "--", or they would be taken for options. All others keep their order.
+/// Negative numbers after "--"; otherwise they would be read as options. All others keep their order.
 QStringList Arguments::wordsToParse() const {
     const int end = m_words.contains("--") ? m_words.indexOf("--") : m_words.size();
     QStringList words;

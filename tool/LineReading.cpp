@@ -114,7 +114,7 @@ float keyframeTime(std::string_view line) {
 
 QString toText(std::string_view bytes) {
     const QString text = QString::fromUtf8(bytes.data(), static_cast<int>(bytes.size()));
-    // Qt takes it off, but here a text never stands at the beginning of a file.
+    // Qt removes it, but here a text is never at the beginning of a file.
     return bytes.compare(0, 3, "\xEF\xBB\xBF") == 0 ? QChar(QChar::ByteOrderMark) + text : text;
 }
 

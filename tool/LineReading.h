@@ -37,7 +37,7 @@ struct LineReading {
 /// Splits a line without its end. A dot after "=" or "Key(" does not count.
 LineReading readLine(std::string_view line);
 
-/// What stands behind the first "=".
+/// The text after the first "=".
 std::string_view textBehindEquals(std::string_view line);
 /// The text of the time in a keyframe's declaration, empty where there is none.
 std::string_view keyframeTimeText(std::string_view line);

@@ -27,7 +27,7 @@ public:
     bool objectIsAlive() const noexcept { return m_object != nullptr; }
     void putFlagBack() noexcept { m_object->m_import.isRunning = m_wasImporting; }
 
-    /// Tells this scope and all outer ones that the object is gone.
+    /// Notes in this scope and all outer ones that the object was destroyed.
     void disconnectChain() noexcept {
         for (ImportScope* scope = this; scope; scope = scope->m_outer)
             scope->m_object = nullptr;

@@ -14,8 +14,8 @@ namespace Bsc::detail {
 PRM_HOST_EXPORT QWeakPointer<const QObject> lifeOf(const QObject* object);
 
 /// A guarded pointer whose identity survives what it points to, so that it can be an element of a `UniqBag` or a key of
-/// a `QHash`. Once the object dies it gives null, and still equals, with the same hash, the pointers that were made to
-/// that object, and no others: neither null nor a pointer to a new object at the same address.
+/// a `QHash`. Once the object is deleted it returns null, and still equals, with the same hash, the pointers that were
+/// made to that object, and no others: neither null nor a pointer to a new object at the same address.
 ///
 /// Used as `QPointerEx<Foo, QPointer>`. Foo derives from QObject, not virtually, and may be incomplete where the type
 /// is only named. The same thread rules as for QPointer.
@@ -35,7 +35,7 @@ public:
     T* operator->() const { return data(); }
     T& operator*() const { return *data(); }
 
-    /// Whether there is no object to use: none was ever set, or it has died.
+    /// Whether there is no object to use: none was ever set, or it was deleted.
     bool isNull() const { return m_life.isNull(); }
     explicit operator bool() const { return !isNull(); }
 

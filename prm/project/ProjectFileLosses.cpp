@@ -32,7 +32,7 @@ QString lossOfRawText(const QString& text) {
     return isChangedByUtf8(text) ? QStringLiteral("holds half a surrogate pair") : QString();
 }
 
-/// Collects the losses of one parameter behind its path.
+/// Collects the losses of one parameter, each after its path.
 class Losses {
 public:
     Losses(const ParameterWithoutType& parameter, QStringList& list) : m_parameter(parameter), m_list(list) {}

@@ -96,8 +96,8 @@ void ParameterSet::copyMembersFrom(const ParameterSet& other) {
     }
 }
 
-/// Takes all members off before any of them dies: what dies may call back, and delete this set. Allocates nothing, for
-/// this is what a destructor does.
+/// Removes all members before any of them is deleted, because a deletion may call back, and delete this set. Allocates
+/// nothing, because the destructor calls it.
 void ParameterSet::letGoOfMembers() {
     auto parameters = std::exchange(m_parameters, {});
     const auto basicParameters = std::exchange(m_basicParameters, {});

@@ -9,12 +9,11 @@
 namespace Prm {
 
 /// Calls a visitor with the members of one list of a set, as the list was when the walk was made:
-/// `ParameterWithoutType`, `BasicParameter` or `ParameterSet`. The visitor may do anything: members that leave or die
-/// meanwhile are passed over, those that come are not visited, and when the set dies the walk ends. Owned subsets stay
-/// alive as long as the walk.
+/// `ParameterWithoutType`, `BasicParameter` or `ParameterSet`. The visitor may do anything: members that are removed or
+/// deleted meanwhile are skipped, those that are added are not visited, and if the set is deleted the walk ends. Owned
+/// subsets are kept until the walk ends.
 ///
-/// A visitor that goes further down makes a walk of its own. What calls no code of a host goes over the lists
-/// themselves.
+/// A visitor that descends makes another walk. Operations that call no code of a host iterate over the lists directly.
 template <class Member> class ParameterSet::SetWalk {
 public:
     explicit SetWalk(const ParameterSet& set)

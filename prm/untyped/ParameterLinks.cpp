@@ -1,4 +1,4 @@
-// The links of a parameter to others: its master, the parameters constrained to it, and those that it listens to.
+// The links of a parameter to others: its master, the parameters constrained to it, and its upstream parameters.
 
 #include "prm/ParameterWithoutType.h"
 #include "prm/untyped/Masters.h"
@@ -106,7 +106,7 @@ void ParameterWithoutType::linkTo(ParameterWithoutType* master, ParameterWithout
     ++detail::masterChanges;
 }
 
-/// Of a parameter that dies.
+/// For a parameter that is being deleted.
 void ParameterWithoutType::dropLinks() {
     while (ParameterWithoutType* const constrained = rarities().firstConstrained)
         constrained->linkTo(nullptr, nullptr);
@@ -141,7 +141,7 @@ bool ParameterWithoutType::bRemoveConstrainedParameter(ParameterWithoutType* par
     } catch (const std::bad_alloc&) {
         throw; // nothing was copied
     } catch (...) {
-        letGo(); // copied, and told of
+        letGo(); // copied and announced
         throw;
     }
     letGo();

@@ -33,7 +33,7 @@ private:
 };
 
 /// The state of what an edit concerns: of the edited parameter around some places, and of all that change with it
-/// because a compound keys them together. Parameters that have died since are passed over.
+/// because a compound keys them together. Parameters that were deleted since are skipped.
 class State {
 public:
     State(BasicParameter& edited, const Places& places);

@@ -82,7 +82,7 @@ TEST(Compound, SendsWhatItsSubparametersSend) {
     EXPECT_EQ(forwarded, (QList<unsigned int>{2, 2}));
 }
 
-// Every addition makes the connections anew, so an observer of a part that came between two of them is told first.
+// Every addition makes the connections anew, so an observer of a part that came between two of them is notified first.
 TEST(Compound, HearsItsPartsBehindThoseWhoCameBeforeTheLastOne) {
     for (const bool between : {true, false}) {
         Number parts[3];

@@ -170,7 +170,7 @@ TEST(CompositeCommand, AllOrNothingBothWays) {
 struct Undoable;
 using Act = void (*)(Undoable&);
 
-/// Does as it is told while it is imported, and writes down each operation with the flag that it saw.
+/// Calls a function while it is imported, and writes down each operation with the flag that it saw.
 struct Undoable : virtual Bsc::MementoUndoable {
     Undoable(Act whileImported, Act afterwards, QString& told) : during(whileImported), after(afterwards), log(&told) {}
     boost::shared_ptr<Bsc::MementoBase> exportState() const override { return nullptr; }

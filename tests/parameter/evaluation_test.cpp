@@ -287,7 +287,7 @@ struct CustomKinds {
 
 TEST(Curves, KindsOfSegmentsAndTheLinesThatContinueThem) {
     const CustomKinds kinds;
-    // A quarter and half way from 2 at time 10 to 10 at time 20, and five frames behind, where the chord gives 14.
+    // A quarter and half way from 2 at time 10 to 10 at time 20, and five frames after, where the chord gives 14.
     const std::tuple<const char*, IType, double, double, double> rows[] = {
         {"no named kind is written as constant", IType(), 2, 2, 10},
         {"linear ignores its numbers", {Interpolation::Linear, 1, 0, 1, 0}, 4, 6, 14},

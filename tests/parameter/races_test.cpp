@@ -27,7 +27,7 @@ struct Watchdog {
     Q_DISABLE_COPY(Watchdog)
 };
 
-/// Does the same over and over on several threads, until it dies.
+/// Does the same over and over on several threads, until it is destroyed.
 class Crowd {
 public:
     Crowd(int count, const std::function<void()>& act) : m_passes(static_cast<std::size_t>(count)) {
@@ -63,7 +63,7 @@ private:
     std::vector<std::thread> m_threads;
 };
 
-// --- whatever a reader is told was true at some time -----------------------------------------------------------------
+// --- every value that a reader gets was the value at some time -------------------------------------------------------
 
 template <class T> QString text(const T& value) {
     QString text;
@@ -115,7 +115,8 @@ template <class T> std::vector<QString (*)(const Parameter<T>&, quint32)> questi
     };
 }
 
-/// A parameter that is asked, and two that it takes over and is tied to. All acts, in an order that is random and fixed.
+/// A parameter that is asked, and two that it takes over and is tied to. All acts, in an order that is random and
+/// fixed.
 template <class Kind, class T> struct Script {
     static T value(double number) { return ValueType<T>::fromVariant(fitting(Kind(), number)); }
 

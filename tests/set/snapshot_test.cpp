@@ -7,7 +7,7 @@ using Number = NumericParameter<double>;
 
 namespace {
 
-/// Counts what it is told of restoring.
+/// Counts restorations.
 struct Counting : Number {
     explicit Counting(int& restored)
         : ParameterWithoutType(false, false, nullptr), Number("counting"), m_restored(restored) {}

@@ -22,14 +22,14 @@ void failAt(int n);
 /// One attempt of an operation, on a world of its own.
 struct Attempt {
     std::function<void()> act;
-    /// Tells one state of the world from another.
+    /// Distinguishes states of the world.
     std::function<std::string()> state;
 };
 /// Makes an attempt for every n at which an allocation fails, until none does. Each ends with `std::bad_alloc` or
 /// comes through, leaves a state for which the last argument holds, and frees what it took.
 void failOnce(const std::function<Attempt()>& make, const std::function<bool(const std::string&)>& isAllowed);
-/// The same for every third n, with memory that stays exhausted from there on: until the attempt has ended, or until its
-/// world has been destroyed as well. Nothing ends the process.
+/// The same for every third n, with memory that stays exhausted from there on: until the attempt has ended, or until
+/// its world has been destroyed as well. Nothing ends the process.
 void failForGood(const std::function<Attempt()>& make, const std::function<bool(const std::string&)>& isAllowed);
 
 } // namespace Allocations

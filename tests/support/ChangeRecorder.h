@@ -8,7 +8,7 @@
 #include <string>
 #include <utility>
 
-/// Turns the changes that an observer hears into lines: "TYPE index view", index -1 for a static value.
+/// Turns the changes that an observer receives into lines: "TYPE index view", index -1 for a static value.
 class ChangeRecorder : public QObject {
     Q_OBJECT
 

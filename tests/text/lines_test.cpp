@@ -23,7 +23,7 @@ void makeExample(Parameter<bool>& flag) {
 #define BOTH "before=Constant\nafter=Constant\n"
 #define SPLIT "views=[0, 1]\nview[0].value=1\nview[1].value=0\nhidden=1\n" BOTH
 TEST(ParameterText, LinesAreRead) {
-    // The lines that the example reads, what is then written, without its name, and what is heard.
+    // The lines that the example reads, what is then written, without its name, and what is emitted.
     const std::tuple<const char*, quint32, QString, const char*, const char*> rows[] = {
         {"a value resets", 3001, "value=0", "value=0\nhidden=1\n" BOTH, ""},
         {"an old one does not", 3000, "VALUE=0", "views=[0, 1]\nview[0].value=0\nview[1].value=0\nhidden=1\n" BOTH, ""},

@@ -28,7 +28,7 @@ TEST(ParameterChange, HasNamesInTheirOrder) {
     EXPECT_EQ(none.typeToString(), "Unknown parameterchange type, forgot to add?");
 }
 
-// Those that edits send are heard by other tests.
+// Other tests check the changes that edits emit.
 TEST(ParameterChange, RareOnesFillTheirRecords) {
     ParameterWithoutTypeBase p(false, false, nullptr);
     p.setScriptName("p");
@@ -112,7 +112,7 @@ TEST(Deletion, IsToldOnceByTheWholeParameter) {
     }
 }
 
-/// Knows what it hears from upstream.
+/// Records what it receives from upstream.
 class Fake : public ParameterWithoutTypeBase {
 public:
     explicit Fake(const QString& name = "fake") : ParameterWithoutTypeBase(false, false, nullptr) {
@@ -202,7 +202,7 @@ TEST(Notification, ObserversComeAndGo) {
     EXPECT_EQ(b.take(), "");
 }
 
-/// Whoever overrides this may forget to pass it on.
+/// An override may not call the base class.
 class Forgetful : public NumericParameter<double> {
 public:
     Forgetful() : ParameterWithoutType(false, false, nullptr) {}
@@ -210,7 +210,7 @@ public:
     void connectNotify(const QMetaMethod&) override {}
 };
 
-// What nobody hears is not sent, so whoever comes late must still be noticed.
+// Changes without receivers are not emitted, so receivers that connect later must be noticed.
 TEST(Notification, IsHeardHoweverOneIsConnected) {
     using Connect = std::function<void(ParameterWithoutType&, ChangeRecorder&)>;
     const auto hear = [](ChangeRecorder& recorder) { return [&](Change& change) { recorder.onChanged(change); }; };

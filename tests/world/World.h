@@ -1,7 +1,7 @@
 #pragma once
 
 // The world of the acts: parameters of every kind, compounds and sets that come and go, an observer of all of them, a
-// host that is told of sets, plain lists of who is where, and the exact state of it all.
+// host that is notified of sets, plain lists of who is where, and the exact state of it all.
 
 #include "tests/support/ChangeRecorder.h"
 #include "tests/support/Library.h"
@@ -113,7 +113,7 @@ inline QByteArray stateOf(ParameterSet& set) {
     return all;
 }
 
-/// A parameter, until it says that it dies.
+/// A parameter, until PARAMETER_DELETED.
 struct Slot {
     boost::shared_ptr<P> owner;
     QPointer<P> parameter;
@@ -154,7 +154,7 @@ struct Lists {
     }
 };
 
-/// Knows the sets that it was told of, as hosts do.
+/// Records the sets that it was notified of, as hosts do.
 struct Host : ParameterTree {
     void subtreeAdded(ParameterSet* subtree) override {
         learn(*subtree, [this](ParameterSet* set) { known.insert(set); });
@@ -173,7 +173,7 @@ struct Host : ParameterTree {
     }
 
     std::set<const ParameterSet*> known;
-    /// Called whenever the host is told of something.
+    /// Called whenever the host is notified.
     std::function<void()> then = [] {};
 };
 
@@ -206,7 +206,7 @@ public:
     }
     Q_DISABLE_COPY(World)
 
-    /// The first one is the top of the host's tree. Each has a member that tells the host when it is read.
+    /// The first one is the top of the host's tree. Each has a member that notifies the host when it is read.
     void makeSet(std::size_t number) {
         owners[number] = boost::make_shared<ParameterSet>(QStringLiteral("set"), number == 0 ? &host : nullptr);
         sets[number] = owners[number];
@@ -380,7 +380,9 @@ struct Exhibits : World {
     void list(Who compound, Who part) const {
         dynamic_cast<CompoundParameter&>(*parameter(compound)).addParameter(owner(part));
     }
-    std::string state() { return (broken() + detail::verify(root)).toStdString() + (World::state() + file.text()).data(); }
+    std::string state() {
+        return (broken() + detail::verify(root)).toStdString() + (World::state() + file.text()).data();
+    }
 
     ParameterSet root;
     ProjectFile file{root};

@@ -13,7 +13,7 @@ QVector<Prm::Time> timesOf(const Arguments& arguments) {
                                                         : readTimesFile(arguments.value("times-from"));
 }
 
-/// Whether some values are not of the kind that the user has told.
+/// Whether some values are not of the kind that the user has given.
 bool isContradicted(Kind told, Kind written) {
     if (!written || told == written || told == &ValueKind::text)
         return false;

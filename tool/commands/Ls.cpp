@@ -70,7 +70,7 @@ class Tree {
 public:
     explicit Tree(Project& project) : m_project(project), m_text(project.text()) {}
 
-    /// Parameters come in the order of the tree, so that everything of a group stands together.
+    /// Parameters come in the order of the tree, so that everything of a group is together.
     Table table(const std::vector<int>& nodes) {
         m_isWanted.assign(static_cast<std::size_t>(m_text.nodeCount()), false);
         for (const int node : nodes) {

@@ -20,7 +20,7 @@ struct ImportResult {
 };
 
 /// Makes parameters of a Lottie file (JSON animation). Times are frames of the file; names that are in use get a
-/// number. Nothing is dropped silently: whatever is not held stands in the report.
+/// number. Nothing is dropped silently: everything that is not imported is in the report.
 ///
 ///     layer                 frame_rate, in, out, start, stretch; parent and composition: the path of another set;
 ///                           time_remap, in seconds of that composition

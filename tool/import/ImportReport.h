@@ -30,7 +30,7 @@ public:
     /// Times that project text writes differently, with six digits.
     void addShiftedTimes(int keyframes, double greatestShift);
 
-    /// A line for each entry, columns separated by tabs, behind a line with their names.
+    /// A line for each entry, columns separated by tabs, after a line with their names.
     QByteArray table() const;
     /// What is not held, one line each, and the counts.
     QString summary() const;

@@ -109,7 +109,7 @@ private:
         change("the keyframes are put in the order of time");
     }
 
-    /// Gives every keyframe a value: in older files it may stand as the end of the segment before.
+    /// Gives every keyframe a value: in older files it may be the end of the segment before.
     void complete() {
         int jumps = 0;
         int unknown = 0;
