@@ -28,8 +28,8 @@ struct Attempt {
 /// Makes an attempt for every n at which an allocation fails, until none does. Each ends with `std::bad_alloc` or
 /// comes through, leaves a state for which the last argument holds, and frees what it took.
 void failOnce(const std::function<Attempt()>& make, const std::function<bool(const std::string&)>& isAllowed);
-/// The same for every third n, with memory that stays exhausted from there on: until the attempt has ended, or until its
-/// world has been destroyed as well. Nothing ends the process.
+/// The same for every third n, with memory that stays exhausted from there on: until the attempt has ended, or until
+/// its world has been destroyed as well. Nothing ends the process.
 void failForGood(const std::function<Attempt()>& make, const std::function<bool(const std::string&)>& isAllowed);
 
 } // namespace Allocations

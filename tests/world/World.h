@@ -380,7 +380,9 @@ struct Exhibits : World {
     void list(Who compound, Who part) const {
         dynamic_cast<CompoundParameter&>(*parameter(compound)).addParameter(owner(part));
     }
-    std::string state() { return (broken() + detail::verify(root)).toStdString() + (World::state() + file.text()).data(); }
+    std::string state() {
+        return (broken() + detail::verify(root)).toStdString() + (World::state() + file.text()).data();
+    }
 
     ParameterSet root;
     ProjectFile file{root};
