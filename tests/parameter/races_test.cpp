@@ -131,6 +131,9 @@ template <class Kind, class T> struct Script {
             Choices choose(bytes.data(), bytes.size());
             const Act& act = chosen(i % 3 ? allEdits() : allCommands(), choose);
             A a(choose);
+            // The views that make a blended value are read one after another.
+            if (QByteArray(act.name).contains("setViewInterpolation"))
+                a.kind = 1 + a.kind % 2;
             Kind& own = choose.below(4) > 0 ? asked : first;
             Kind& other = choose.yes() && &own != &first ? first : second;
             steps.push_back([this, &act, a, &own, &other, byHand = i % 2 > 0]() mutable {
