@@ -3,6 +3,8 @@
 #include "fuzz/Fuzz.h"
 #include "tests/world/Acts.h"
 
+#include <cstring>
+
 using namespace Worlds;
 
 namespace {
@@ -86,6 +88,19 @@ void compareLookup(const Number& real, const Data& shown, const Context& at) {
     alike("nearest", time.toDouble(), count > 0 ? shown.keys[nearest].time.toDouble() : 0);
 }
 
+/// In the order of time and against it, and at no time.
+void compareSamples(const Number& real, View view) {
+    std::vector<Time> times{Time::INVALID};
+    for (int i = 0; i < 60; ++i)
+        times.push_back(Time::fromDouble(i < 40 ? 0.375 * i - 4 : (i * 7919) % 17));
+    std::vector<double> sampled(times.size(), -1);
+    real.sampleValues(times.data(), static_cast<int>(times.size()), view, sampled.data());
+    for (std::size_t i = 0; i < times.size(); ++i) {
+        const double value = real.value({times[i], view});
+        HOLD(std::memcmp(&value, &sampled[i], sizeof value) == 0);
+    }
+}
+
 void compare(Both& pair) {
     const Number& real = pair.real;
     Model& model = pair.model;
@@ -102,6 +117,7 @@ void compare(Both& pair) {
     HOLD(real.extrapolationAfter() == kept(model.after));
     for (const quint32 id : {0u, 1u, 2u, 3u, 4u, 5u, 7u, 2147483646u, ~0u}) {
         compareKeys(real, model, View(id));
+        compareSamples(real, View(id));
         for (double time = -4; time < 12; time += 0.75) {
             const Context where = at(time, id);
             const Data& data = model.read(where.view);
@@ -116,7 +132,8 @@ void compare(Both& pair) {
 
 std::vector<const Act*> modelled() {
     std::vector<const Act*> rows;
-    std::copy_if(allEdits().begin(), allEdits().end(), std::back_inserter(rows), [](const Act* row) { return row->model; });
+    std::copy_if(allEdits().begin(), allEdits().end(), std::back_inserter(rows),
+                 [](const Act* row) { return row->model; });
     return rows;
 }
 

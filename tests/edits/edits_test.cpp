@@ -126,9 +126,8 @@ const Row rows[] = {
      }),
      Keyed, "RAVII", "P"},
     {"edits a set that is a compound", Position, built(editAsSet), X, nullptr, "PP"},
-    {"shifts a set", Keyed, built([](P& own, Command& c) {
-         ParameterRetimeEdit::appendToCommand(*own.parentSet(), Retiming::shifted(7), c);
-     }),
+    {"shifts a set", Keyed,
+     built([](P& own, Command& c) { ParameterRetimeEdit::appendToCommand(*own.parentSet(), Retiming::shifted(7), c); }),
      Keyed, "MM", "P"},
     {"one of each builder", Keyed, built(buildOneOfEach), Keyed, "AAIIBFRRHLC", "PLHPPFBPPPP"},
 };
@@ -154,10 +153,8 @@ const Row silentRows[] = {
     {"shifts past the end", Keyed, edit<ParameterRetimeEdit>(Retiming::shifted(3e9)), Keyed, "", ""},
     {"scales backwards", Keyed, edit<ParameterRetimeEdit>(Retiming::scaled(-1)), Keyed, "", ""},
     {"pastes what is there", Plain, edit<ParameterPasteKeyframesEdit>(pasted), Plain, "", ""},
-    {"closes a circle", Tied, [](P& own) {
-         return new ParameterAddConstrainedParameterEdit(own, *own.masterParameter());
-     },
-     Tied, "", ""},
+    {"closes a circle", Tied,
+     [](P& own) { return new ParameterAddConstrainedParameterEdit(own, *own.masterParameter()); }, Tied, "", ""},
     {"frees the free", Keyed, edit<ParameterWithoutTypeUnconstrainEdit>(), Keyed, "", ""},
 };
 

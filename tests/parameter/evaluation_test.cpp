@@ -152,30 +152,11 @@ TEST(Evaluation, SubclassesMayRedefineTheGuardsAndTheViews) {
     EXPECT_EQ(parameter.keyframeCount(View(1)), 1u);
 }
 
-TEST(Evaluation, SampledValuesAreTheSameBitForBit) {
-    NumericParameter<double> parameter;
-    parameter.setViewInterpolation({Mode::Smooth});
-    parameter.vSetValue(5, at(1, 10));
-    for (int i = 0; i < 40; ++i)
-        parameter.vSetValue(std::sin(i), at(1.7 * i - 5, i % 2 ? 4 : 0));
-    parameter.vSetExtrapolationAfter(Extrapolation::Linear);
-    std::vector<Time> times{Time::INVALID};
-    for (int i = 0; i < 400; ++i)
-        times.push_back(Time::fromDouble(i < 300 ? 0.25 * i - 7 : (i * 7919) % 71));
-    for (const quint32 view : {0u, 2u, 4u, 12u, ~0u, 4u}) {
-        std::vector<double> sampled(times.size(), -1);
-        parameter.sampleValues(times.data(), static_cast<int>(times.size()), View(view), sampled.data());
-        for (std::size_t i = 0; i < times.size(); ++i) {
-            const double value = parameter.value({times[i], View(view)});
-            EXPECT_EQ(std::memcmp(&value, &sampled[i], sizeof value), 0) << view << " at " << times[i].toDouble();
-        }
-        // The second time view 4 is asked, its own data do not count.
-        parameter.setSplittable(view != ~0u);
-    }
-    const QVector<double> frames = parameter.sampleValues(Frame::fromInt(3), Frame::fromInt(9), View(2));
-    EXPECT_EQ(frames.size(), 7);
-    EXPECT_EQ(frames.last(), parameter.value(at(9, 2)));
-    EXPECT_TRUE(parameter.sampleValues(Frame::fromInt(3), Frame::fromInt(2), View()).isEmpty());
+TEST(Evaluation, AllFramesAreSampled) {
+    Number number;
+    key(number, {{0, 1.}, {10, 2.}});
+    EXPECT_EQ(number.sampleValues(Frame::fromInt(4), Frame::fromInt(6), View(2)), (QVector<double>{1.4, 1.5, 1.6}));
+    EXPECT_TRUE(number.sampleValues(Frame::fromInt(3), Frame::fromInt(2), View()).isEmpty());
 }
 
 template <class Kind, class T> int allocationsWith(const T& a, const T& b, Mode mode) {

@@ -17,7 +17,8 @@ std::string answersAt(const Number& number, const Context& place) {
     Context next;
     Context previous;
     const bool hasNearest = number.bNearestKeyframeIndex(place, nearest);
-    const int all[] = {static_cast<int>(number.keyframeIndexForTime(place)), hasNearest ? static_cast<int>(nearest) : -1,
+    const int all[] = {static_cast<int>(number.keyframeIndexForTime(place)),
+                       hasNearest ? static_cast<int>(nearest) : -1,
                        found(number, number.bNextKeyframe(place, next), next),
                        found(number, number.bPreviousKeyframe(place, previous), previous)};
     EXPECT_EQ(number.bKeyframeAt(Context::Explicit(place)), all[0] >= 0);
@@ -28,10 +29,8 @@ TEST(Lookup, EveryQuestionAtATime) {
     Number number;
     key(number, {{-4.5, 0.}, {0, 1.}, {1, 2.}, {10, 3.}, {20, 4.}});
     const std::tuple<const char*, double, const char*> rows[] = {
-        {"tie goes to the later one", 15, "-1 4 4 3"},
-        {"no tolerance", std::nextafter(20.0, 0.0), "-1 4 4 3"},
-        {"zero has no sign", -0.0, "1 1 2 0"},
-        {"the invalid time is after all", NAN, "-1 4 -1 4"},
+        {"tie goes to the later one", 15, "-1 4 4 3"}, {"no tolerance", std::nextafter(20.0, 0.0), "-1 4 4 3"},
+        {"zero has no sign", -0.0, "1 1 2 0"},         {"the invalid time is after all", NAN, "-1 4 -1 4"},
         {"before all", -HUGE_VAL, "-1 0 0 -1"},
     };
     for (const auto& [name, time, expected] : rows)
@@ -47,7 +46,8 @@ TEST(Lookup, OfEveryLength) {
             const int next = time < 0 ? 0 : time / 2 + 1;
             const int exact = time >= 0 && time % 2 == 0 ? time / 2 : -1;
             const QString expected = QString("%1 %2 %3 %4").arg(exact).arg(after).arg(next > last ? -1 : next);
-            EXPECT_EQ(answersAt(number, at(time)), expected.arg(time < 0 ? -1 : (time - 1) / 2 - (time == 0)).toStdString())
+            EXPECT_EQ(answersAt(number, at(time)),
+                      expected.arg(time < 0 ? -1 : (time - 1) / 2 - (time == 0)).toStdString())
                 << last << ' ' << time;
         }
     }

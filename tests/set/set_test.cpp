@@ -32,6 +32,7 @@ TEST(ParameterSet, SubsetsGetUniqueNames) {
     const auto third = boost::make_shared<ParameterSet>("x");
     root.insertParameterSet(third, 1);
     EXPECT_EQ(root.subsets().at(1), third.get());
+    EXPECT_FALSE(root.insertParameterSet(third, 0) || root.addParameterSet(third)) << "is listed already";
     EXPECT_TRUE(root.removeParameterSet(third));
     EXPECT_FALSE(root.removeParameterSet(third));
     Warnings warnings;
@@ -183,32 +184,6 @@ TEST(ParameterSet, ItsTreeIsNotified) {
         EXPECT_EQ(tree.text, told);
         EXPECT_EQ(old->parameterTree(), nullptr);
         EXPECT_EQ(detail::verify(*old), QString());
-    }
-}
-
-TEST(ParameterSet, ObserversOfADeletionMayDeleteSets) {
-    using Sets = std::array<std::unique_ptr<ParameterSet>, 2>;
-    const std::tuple<const char*, void (*)(Sets&), std::size_t> rows[] = {
-        {"the one that is cleared", [](Sets& sets) { sets[0]->clearAllLists(); }, 0},
-        {"the one that is assigned", [](Sets& sets) { *sets[0] = *sets[1]; }, 0},
-        {"the source of the assignment", [](Sets& sets) { *sets[0] = *sets[1]; }, 1},
-        {"the one that dies", [](Sets& sets) { delete sets[0].release(); }, 1},
-    };
-    for (const auto& [name, act, deleted] : rows) {
-        SCOPED_TRACE(name);
-        Sets sets{std::make_unique<ParameterSet>("a"), std::make_unique<ParameterSet>("b")};
-        for (int i = 0; i < 2; ++i) {
-            const auto member = boost::make_shared<NumericParameter<double>>("member");
-            sets[0]->addParameter(member);
-            sets[0]->addParameterSet(boost::make_shared<ParameterSet>("below"));
-            QObject::connect(member.get(), &ParameterWithoutType::changed,
-                             [&sets, index = deleted] { sets[index].reset(); });
-        }
-        sets[1]->addParameterSet(boost::make_shared<ParameterSet>("new"));
-        act(sets);
-        EXPECT_FALSE(sets[deleted]);
-        for (const auto& set : sets)
-            EXPECT_TRUE(!set || detail::verify(*set).isEmpty());
     }
 }
 

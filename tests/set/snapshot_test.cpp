@@ -129,16 +129,4 @@ TEST(SetSnapshot, OtherKindsAndNullAreBadCasts) {
     EXPECT_EQ(tree.state(), before);
 }
 
-TEST(SetSnapshot, ObserversMayTakeTheTreeApart) {
-    Tree tree;
-    auto snapshot = tree.root.exportState();
-    QObject::connect(tree.top.get(), &Number::changed, [&] {
-        tree.below.reset();
-        tree.root.clearAllLists();
-        tree.root.addParameter(boost::make_shared<Number>("new"));
-    });
-    EXPECT_NO_THROW(tree.root.doImportState(snapshot));
-    EXPECT_EQ(tree.restored, 0);
-}
-
 } // namespace

@@ -29,7 +29,7 @@ template <class Do> int outcomeOf(const Do& act) {
 
 #define RUN(Kind, ...)                                                                                                 \
     Kind& own, [[maybe_unused]] Kind& other, [[maybe_unused]] const A& a) {                                            \
-        return outcomeOf([&]() -> decltype(auto) { return __VA_ARGS__; });                                                            \
+        return outcomeOf([&]() -> decltype(auto) { return __VA_ARGS__; });                                             \
     }
 // clang-format off
 #define ACT(...) { #__VA_ARGS__, []([[maybe_unused]] Command& c, RUN(P, __VA_ARGS__) }

@@ -73,7 +73,8 @@ void expectSound(const Row& row) {
     const auto make = [&] {
         const auto stage = std::make_shared<Stage>();
         row.before(*stage);
-        return Attempt{[=] { row.act(*stage); }, [=] {
+        return Attempt{[=] { row.act(*stage); },
+                       [=] {
                            const QString broken = stage->broken() + detail::verify(stage->root);
                            return (broken + detail::verify(stage->other)).toStdString();
                        }};
@@ -86,9 +87,8 @@ void expectSound(const Row& row) {
 TEST_F(Faults, ActsLeaveTheWorldSound) {
     const Warnings quiet;
     for (const Act* act : allEdits()) {
-        expectSound({act->name, [=](Stage& s) {
-                         act->run(s.command, *s.parameter(X), *s.parameter(Master), elsewhere);
-                     }});
+        expectSound(
+            {act->name, [=](Stage& s) { act->run(s.command, *s.parameter(X), *s.parameter(Master), elsewhere); }});
     }
     for (const Act* act : allCommands()) {
         const Do make = [=](Stage& s) { act->run(s.command, *s.parameter(X), *s.parameter(Master), somewhere); };
@@ -137,7 +137,8 @@ TEST_F(Faults, SavingLeavesTheFormerFileOrTheNewOne) {
     const auto make = [&] {
         QFile file(name);
         EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write("former") == 6);
-        return Attempt{[&] { world.file.save(name); }, [=] {
+        return Attempt{[&] { world.file.save(name); },
+                       [=] {
                            QFile now(name);
                            EXPECT_TRUE(now.open(QIODevice::ReadOnly));
                            return now.readAll().toStdString();

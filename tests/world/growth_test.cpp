@@ -11,20 +11,32 @@ namespace {
 
 struct Project {
     boost::shared_ptr<ParameterSet> root = boost::make_shared<ParameterSet>("root");
-    std::vector<boost::shared_ptr<NumericParameter<double>>> numbers;
+    std::vector<boost::shared_ptr<Number>> numbers;
     std::vector<std::unique_ptr<Bsc::Command>> done;
 
-    NumericParameter<double>& add(ParameterSet& set) {
-        numbers.push_back(boost::make_shared<NumericParameter<double>>(QString("n%1").arg(numbers.size())));
+    Number& add(ParameterSet& set) {
+        numbers.push_back(boost::make_shared<Number>(QString("n%1").arg(numbers.size())));
         set.addParameter(numbers.back());
         return *numbers.back();
     }
+    Number& addKeyed(int count) {
+        Number& number = add(*root);
+        for (int i = 0; i < count; ++i)
+            number.vSetValue(i * 0.5, at(i));
+        return number;
+    }
+    CompoundParameter& addGroup(bool together, int parts) {
+        const auto group = boost::make_shared<CompoundParameter>(together ? "together" : "apart", together);
+        root->addParameter(group);
+        for (int i = 0; i < parts; ++i)
+            add(*group);
+        return *group;
+    }
+    void finish(Bsc::Command* edit) {
+        done.emplace_back(edit);
+        edit->doIt();
+    }
 };
-
-void keyMany(NumericParameter<double>& number, int count) {
-    for (int i = 0; i < count; ++i)
-        number.vSetValue(i * 0.5, at(i));
-}
 
 void chain(Project& project, int size) {
     boost::shared_ptr<ParameterSet> set = project.root;
@@ -34,52 +46,60 @@ void chain(Project& project, int size) {
         set->addParameterSet(below);
         set = below;
     }
-    keyMany(project.add(*set), 2);
+    key(project.add(*set), {{0, 1.}, {1, 2.}});
 }
 
 /// Observers come between the parts.
 void keyTogether(Project& project, int size) {
-    const auto group = boost::make_shared<CompoundParameter>("group", true);
-    project.root->addParameter(group);
+    CompoundParameter& group = project.addGroup(true, 0);
     for (int i = 0; i < size; ++i)
-        QObject::connect(&project.add(*group), &ParameterWithoutType::changed, [](ParameterChange&) {});
+        QObject::connect(&project.add(group), &ParameterWithoutType::changed, [](ParameterChange&) {});
     for (const quint32 view : {0u, 3u})
-        group->iAddKeyframe(at(1, view));
-    group->setVariantValue(QVariant::fromValue(QVector<QVariant>(size, 2.)), at(7));
+        group.iAddKeyframe(at(1, view));
+    group.setVariantValue(QVariant::fromValue(QVector<QVariant>(size, 2.)), at(7));
 }
 
 /// Asked about two views in turn after each edit.
 void keyCompound(Project& project, int size) {
     for (const bool together : {false, true}) {
-        const auto group = boost::make_shared<CompoundParameter>(together ? "together" : "apart", together);
-        project.root->addParameter(group);
-        for (int i = 0; i < 3; ++i)
-            project.add(*group);
-        const auto ask = [&] { return group->keyframeCount(View(0)) + group->keyframeCount(View(7)); };
-        for (int i = 0; i < 2 * size; ++i) {
-            group->iAddKeyframe(at(i));
-            ask();
-        }
-        for (int i = 0; i < size; ++i) {
-            group->vDeleteKeyframe(Context::Explicit(at(i)));
-            ask();
+        CompoundParameter& group = project.addGroup(together, 3);
+        for (int i = 0; i < 3 * size; ++i) {
+            if (i < 2 * size)
+                group.iAddKeyframe(at(i));
+            else
+                group.vDeleteKeyframe(Context::Explicit(at(i - 2 * size)));
+            EXPECT_LT(group.keyframeCount(View(7)), group.keyframeCount(View(0)));
         }
     }
 }
 
 void edit(Project& project, int size) {
-    NumericParameter<double>& number = project.add(*project.root);
-    for (int i = 0; i < size; ++i) {
-        project.done.push_back(std::make_unique<ParameterSetValueEdit>(number, i, at(i)));
-        project.done.back()->doIt();
-    }
+    Number& number = project.addKeyed(0);
+    for (int i = 0; i < size; ++i)
+        project.finish(new ParameterSetValueEdit(number, i, at(i)));
     for (auto command = project.done.rbegin(); command != project.done.rend(); ++command)
         (*command)->undoIt();
 }
 
-void finish(Project& project, Bsc::Command* edit) {
-    project.done.emplace_back(edit);
-    edit->doIt();
+void move(Project& project, int size) {
+    Number& number = project.addKeyed(size);
+    for (int i = 0; i < size; ++i)
+        project.finish(new MoveKeyframeEdit(number, at(i), at(i + 0.5)));
+    project.finish(new ParameterRetimeEdit(number, Retiming::shifted(size * 0.75).between(Time(), at(size / 2.).time)));
+}
+
+void editViews(Project& project, int size) {
+    Number& number = project.addKeyed(0);
+    for (quint32 view = 0; view < static_cast<quint32>(size); ++view)
+        project.finish(new ParameterSetValueEdit(number, 1., at(1, view)));
+    for (quint32 view = 0; view < static_cast<quint32>(size); ++view)
+        project.finish(new ParameterDeleteViewEdit(number, View(view)));
+}
+
+void editPart(Project& project, int size) {
+    CompoundParameter& group = project.addGroup(true, 3);
+    for (int i = 0; i < size; ++i)
+        project.finish(new ParameterSetValueEdit(*group.parameters().front(), i, at(i)));
 }
 
 struct Row {
@@ -91,55 +111,17 @@ const Row rows[] = {
     {"parameters",
      [](Project& project, int size) {
          for (int i = 0; i < size; ++i)
-             keyMany(project.add(*project.root), 3);
+             project.addKeyed(3);
      },
      250},
-    {"keyframes", [](Project& project, int size) { keyMany(project.add(*project.root), size); }, 2000},
-    {"views",
-     [](Project& project, int size) {
-         NumericParameter<double>& number = project.add(*project.root);
-         for (int view = 0; view < size; ++view)
-             number.vSetValue(view, at(1, static_cast<quint32>(view)));
-     },
-     250},
+    {"keyframes", [](Project& project, int size) { project.addKeyed(size); }, 2000},
     {"sets", chain, 250},
     {"parts of a compound", keyTogether, 25},
     {"keyframes of a compound", keyCompound, 250},
     {"undo steps", edit, 1000},
-    {"moves on a long list",
-     [](Project& project, int size) {
-         NumericParameter<double>& number = project.add(*project.root);
-         keyMany(number, size);
-         for (int i = 0; i < size; ++i)
-             finish(project, new MoveKeyframeEdit(number, at(i), at(i + 0.5)));
-     },
-     500},
-    {"views edited and deleted",
-     [](Project& project, int size) {
-         NumericParameter<double>& number = project.add(*project.root);
-         for (quint32 view = 0; view < static_cast<quint32>(size); ++view)
-             finish(project, new ParameterSetValueEdit(number, 1., at(1, view)));
-         for (quint32 view = 0; view < static_cast<quint32>(size); ++view)
-             finish(project, new ParameterDeleteViewEdit(number, View(view)));
-     },
-     250},
-    {"edits of a part",
-     [](Project& project, int size) {
-         const auto group = boost::make_shared<CompoundParameter>("group", true);
-         for (int i = 0; i < 3; ++i)
-             group->addParameter(boost::make_shared<NumericParameter<double>>(QString("p%1").arg(i)));
-         for (int i = 0; i < size; ++i)
-             finish(project, new ParameterSetValueEdit(*group->parameters().front(), i, at(i)));
-     },
-     250},
-    {"keyframes that pass others",
-     [](Project& project, int size) {
-         NumericParameter<double>& number = project.add(*project.root);
-         keyMany(number, size);
-         finish(project, new ParameterRetimeEdit(
-                             number, Retiming::shifted(size * 0.75).between(Time(), Time::fromInt(size / 2))));
-     },
-     1000},
+    {"moves on a long list", move, 500},
+    {"views edited and deleted", editViews, 250},
+    {"edits of a part", editPart, 250},
 };
 
 /// Of building, saving and loading: allocations, and the bytes that they ask for, which show copies as well.

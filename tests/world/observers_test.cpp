@@ -11,9 +11,11 @@ using Type = ParameterChange::ChangeType;
 namespace {
 
 /// Where acts find something to do, or views to make.
-const A places[] = {{at(10), at(12), 5, 6, true, 2}, {at(5, 1), at(6), 2, 1, false, 3}, {at(4, 3), still(2), 3, 4, true, 1}};
+const A places[] = {
+    {at(10), at(12), 5, 6, true, 2}, {at(5, 1), at(6), 2, 1, false, 3}, {at(4, 3), still(2), 3, 4, true, 1}};
 
-/// One act of a keyed number, or of a part, in a world of its own. The observer acts once, at the first change of a type.
+/// One act of a keyed number, or of a part, in a world of its own. The observer acts once, at the first change of a
+/// type.
 struct Disturbed {
     using Disturb = std::function<void(Disturbed&)>;
 
@@ -60,11 +62,15 @@ void disturbEach(const Act& act, bool isCommand, const A& a, Who who) {
     const bool isLine = std::string(act.name).find("readLine") == 0;
     const std::set<Type> types(undisturbed.heard.begin(), undisturbed.heard.end());
     for (const Type type : types) {
-        SCOPED_TRACE(std::string(act.name) + " " + ParameterChange(type, nullptr, nullptr).typeToString().toStdString());
+        SCOPED_TRACE(std::string(act.name) + " " +
+                     ParameterChange(type, nullptr, nullptr).typeToString().toStdString());
 
         const Disturbed deleting(act, a, who, type, [=](Disturbed& d) { d.destroy(who); });
         EXPECT_TRUE(deleting.acted && !deleting.own);
         EXPECT_EQ(deleting.heard.back(), ParameterChange::PARAMETER_DELETED) << "nothing more is sent";
+
+        const Disturbed orphaned(act, a, who, type, [](Disturbed& d) { d.destroy(Position), d.destroy(Outer); });
+        EXPECT_TRUE(orphaned.acted && orphaned.own && orphaned.threw.empty());
 
         const Disturbed throwing(act, a, who, type, [](Disturbed&) { throw std::runtime_error("observer"); });
         EXPECT_EQ(throwing.threw, act.name == edits[1].name ? "" : "observer");
