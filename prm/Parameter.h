@@ -382,9 +382,9 @@ public:
 protected:
     using HeldTrack = detail::HeldTrack<T>;
 
-    /// What a question makes of the data that a view reads, and of the view to which they belong. Within a hook these
-    /// are the data with which the evaluation began, unless the hook has edited them. The question must not run code of
-    /// a host's, beside the virtual operations of this class.
+    /// The result of a function of the data that a view reads, and of the view to which they belong. Within a hook,
+    /// these are the data with which the evaluation began, unless the hook has edited them. The function must not call
+    /// code of a host, except for the virtual operations of this class.
     template <class Question> auto ask(const View& view, const Question& question) const;
     /// For the constructor of the class whose hooks do what `detail::evaluate` does.
     void setEvaluated() { evaluatedTable().store(detail::virtualTableOf(this), std::memory_order_relaxed); }

@@ -117,10 +117,10 @@ public:
         return view.isValid() && view.id() < m_slots ? ownBlock(view) : nullptr;
     }
 
-    /// What a write to the view changes: its own data, made when there is none. View 0 gets data before any other view
-    /// does. A view whose id is no valid one stands for the source data.
+    /// What a write to the view changes: its own data, created if there are none. View 0 gets data before any other
+    /// view. An invalid view means the source data.
     Block& operator[](View view) { return obtain(view, m_template); }
-    /// The same; data that have to be made begin with these contents, so that no reader sees them empty.
+    /// The same; data that are created have these contents from the start, so that no reader sees them empty.
     Block& obtain(View view, const Track<T>& contents) {
         if (!view.isValid())
             return count() == 0 ? (*this)[View(View::defaultViewId())] : *sourceBlock();
@@ -184,9 +184,9 @@ public:
     Block& templateData() { return m_template; }
     const Block& templateData() const { return m_template; }
 
-    /// Protects the block that answers for a view, and returns it: for any thread. The view is that which `choose`
-    /// finds when it is shown the map, with which the block and the parameter's settings are of one state. It is not
-    /// asked while all views read one block.
+    /// Protects the block that a view reads, and returns it. Safe on any thread. `choose` is called with the map and
+    /// returns the view; block, map and the parameter's settings are then of one state. It is not called while all
+    /// views read one block.
     template <class Choose> PRM_ALWAYS_INLINE const Block& protect(Protection& protection, const Choose& choose) const {
         const Block* const only = m_only.load(std::memory_order_acquire);
         return only && protection.protect(only, m_only) ? *only : protectListed(protection, choose);
@@ -347,8 +347,8 @@ private:
         }
     }
 
-    /// How many ids, from 0 on, are told apart; all others read the source data. First, in the room that the base
-    /// leaves.
+    /// Ids below this number may have data; all others read the source data. First, in the padding after the base
+    /// class.
     quint32 m_slots = 0;
     /// The block that every view reads; null when several views have data, and the lists must be asked.
     std::atomic<Block*> m_only{&m_template};
@@ -358,8 +358,8 @@ private:
     Block m_template;
 };
 
-/// A copy of the data that a view reads, and of its keyframes as long as nobody changes them: for questions during
-/// which code of a host's may run.
+/// A copy of the data that a view reads, which shares its keyframes until they change. For evaluations during which
+/// code of a host may run.
 template <class T> class HeldTrack : public HeldCopy {
 public:
     /// What an assignment changes together with the data.

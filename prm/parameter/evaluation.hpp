@@ -19,7 +19,7 @@ template <class T> std::atomic<const char*>& Parameter<T>::evaluatedTable() {
     return table;
 }
 
-/// Whether this object's class, and not that of `evaluatedTable`, says what a virtual operation does.
+/// Whether this object's class implements a virtual operation otherwise than the class of `evaluatedTable`.
 template <class T> template <class Operation> bool Parameter<T>::overrides(Operation operation) const {
     const char* const table = evaluatedTable().load(std::memory_order_relaxed);
     const void* const evaluated = detail::implementationIn<Parameter>(table, operation);
@@ -53,9 +53,9 @@ template <class T> const void* Parameter<T>::asTyped(const std::type_info& value
     return valueType == typeid(T) ? this : nullptr;
 }
 
-/// The parameter that answers for this one: up the chain of masters with values of this type to the last, or to the
-/// first of a class that overrides the question. A chain is walked here, not by recursion; so of very many masters of a
-/// host's own classes, one asking the other, the rest are not asked what they override.
+/// The parameter whose animation this one shows: the last one in the chain of masters with values of this type, or the
+/// first one of a class that overrides evaluation. The chain is walked in a loop, not by recursion; in a very long
+/// chain of classes of a host, overrides are ignored from a certain depth on.
 template <class T> const Parameter<T>& Parameter<T>::shownParameter() const {
     const Parameter* shown = this;
     while (const ParameterWithoutType* const master = shown->masterParameter()) {
@@ -69,9 +69,9 @@ template <class T> const Parameter<T>& Parameter<T>::shownParameter() const {
     return *shown;
 }
 
-/// What `own` says of this parameter, or of the one that answers for it; `general` asks a class that overrides the
-/// question. Where masters change meanwhile they are asked again: the former master may show what this parameter never
-/// did. Not without end, for a hook may change them each time.
+/// The result of `own` for the parameter whose animation this one shows, or of `general` if its class overrides
+/// evaluation. Repeated if masters change meanwhile, because the former master may by then show what this parameter
+/// never did; not without end, because a hook may change masters each time.
 template <class T>
 template <class Own, class General>
 auto Parameter<T>::askShown(const Own& own, const General& general) const
@@ -102,7 +102,7 @@ template <class T> template <class Question> auto Parameter<T>::ask(const View& 
     return question(static_cast<const detail::Track<T>&>(data), data.view);
 }
 
-/// A copy of the data of the view that is chosen, or that with which an evaluation of the view around this one began.
+/// A copy of the data of the chosen view; within an evaluation of that view, the copy with which it began.
 template <class T>
 template <class Choose>
 auto Parameter<T>::hold(const View& view, const Choose& choose) const -> HeldTrack {
@@ -113,7 +113,7 @@ auto Parameter<T>::hold(const View& view, const Choose& choose) const -> HeldTra
     return HeldTrack(m_views, data, view, {m_keyframed, outside()}, protection);
 }
 
-/// The first of the views from which a value in this one is made, and all of them if they may be several.
+/// The first of the source views of a view; `sources` has all of them with view interpolation.
 template <class T>
 View Parameter<T>::sourceView(const FastViewMap& map, const View& view, bool apart,
                               detail::SourceViews& sources) const {

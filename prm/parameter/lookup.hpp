@@ -33,7 +33,7 @@ template <class T> bool Parameter<T>::hidesKeyframesOf(const View& view) const {
     return !isKeyframed() || (splittable() && !hasViewData(view));
 }
 
-/// What a question makes of the keyframes of a view, `none` where it has no answer. Guards and answer concern one
+/// The result of a query of the keyframes of a view; `none` if it has no keyframes to query. Guards and query use one
 /// state.
 template <class T>
 template <class Question>
@@ -48,7 +48,7 @@ auto Parameter<T>::askKeyframes(const View& view, decltype(std::declval<Question
     });
 }
 
-/// The position that a search finds in the list of a view, -1 where the question has no answer.
+/// The position that a search finds in the list of a view; -1 if there is none.
 template <class T> template <class Find> int Parameter<T>::findKeyframe(const View& view, const Find& find) const {
     return askKeyframes(view, -1,
                         [&](const KeyframeVector& keyframes) { return keyframes.isEmpty() ? -1 : find(keyframes); });

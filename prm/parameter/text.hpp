@@ -256,7 +256,7 @@ template <class T> boost::shared_ptr<SerialisedKeyframe> Parameter<T>::getSerial
 
 template <class T> void Parameter<T>::importKeyframe(const SerialisedKeyframe& keyframe) {
     const auto& original = dynamic_cast<const TypedSerialisedKeyframe&>(keyframe);
-    // Copies: observers of the first change may let go of the original.
+    // Copies: observers of the first change may delete the original.
     const Context context = original.context();
     const T value = original.value;
     const IType itype = original.itype;

@@ -14,7 +14,7 @@ template <class T> int Parameter<T>::numViews() const {
     return static_cast<int>(viewList().size());
 }
 
-/// Puts contents into a view, made if need be, and tells.
+/// Stores contents in a view, creating its data if need be, and notifies.
 template <class T> bool Parameter<T>::giveViewData(const View& view, const detail::Track<T>& contents) {
     const View addressed = view;
     const T staticValue = contents.staticValue;

@@ -71,7 +71,7 @@ private:
 };
 
 bool ParameterSet::bStreamIn(const QString& line, const ProjectFileVersion& version) {
-    // The caller's own may change while observers are told. NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    // A copy: observers may change the caller's text. NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const QString whole = line;
     Rest rest(whole);
     return readRest(rest, version);

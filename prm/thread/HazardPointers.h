@@ -12,16 +12,16 @@
 
 namespace Prm::detail {
 
-/// How evaluation on any thread lives beside the edits of the owning thread: by hazard pointers.
+/// Hazard pointers: reading on any thread while the owning thread edits.
 ///
 /// A thread that reads a block first publishes the block's address in a record of its own (it *protects* the block).
 /// The owning thread edits a block in place while it has the block *exclusively*: it marks the block, then waits until
-/// no record of another thread names it; a reader that finds the mark takes its pointer back and tries again. A block
-/// that has been thrown away is *retired*: deleted once no record names it. Publishing and marking are sequentially
-/// consistent, so of a reader and a writer that meet at least one sees the other.
+/// no record of another thread names it. A reader that finds the mark withdraws its pointer and tries again. A block
+/// that is no longer reachable is *retired*: it is deleted when no record names it. Publishing and marking are
+/// sequentially consistent, so of a reader and a writer at the same time at least one sees the other.
 ///
-/// Readers write to their own records only, so they do not slow each other down. No code of a host's runs while a block
-/// is protected. So protections do not nest, a writer waits only briefly, and nothing here can wait in a circle.
+/// Readers write only to their own records, so they do not slow each other down. No code of a host runs while a block
+/// is protected. So protections do not nest, a writer waits only briefly, and there is no deadlock.
 
 class HazardPointers;
 class HeldCopy;
@@ -32,7 +32,7 @@ PRM_EXPORT void retire(Protected* block);
 class PRM_EXPORT Protected {
 public:
     Protected() = default;
-    /// A copy is another block, which nobody reads or edits yet.
+    /// A copy is another block, which no thread reads or edits yet.
     Protected(const Protected&) {}
     Protected& operator=(const Protected&) { return *this; }
     virtual ~Protected();
@@ -75,7 +75,7 @@ private:
     std::atomic<bool> m_taken{true};
 };
 
-/// Lets other threads go on, longer with every attempt.
+/// Lets other threads run, longer with every attempt (back-off).
 PRM_EXPORT void waitALittle(int attempt);
 
 /// What this thread protects until the scope ends: one block, and meanwhile perhaps another one, its guide, whose lists
@@ -87,8 +87,8 @@ public:
     Protection(const Protection&) = delete;
     Protection& operator=(const Protection&) = delete;
 
-    /// Whether the block that the source named a moment ago may be read from now on: it is still the one, and nobody
-    /// edits it. It may have been deleted before. Otherwise nothing is protected.
+    /// Protects the block that was read from the source. Returns false, with nothing protected, if the source has
+    /// changed, in which case the block may already be deleted, or if a thread edits the block.
     template <class Block> bool protect(const Block* block, const std::atomic<Block*>& source) {
         return publish(0, block, [&] { return source.load() == block; });
     }
@@ -120,8 +120,8 @@ private:
     HazardPointers& m_thread;
 };
 
-/// Keeps every other thread out of some blocks, which are going to be edited in place or exchanged for others. Of one
-/// block scopes may nest.
+/// A scope in which no other thread reads some blocks, so that they can be edited in place or replaced. Scopes of one
+/// block may be nested.
 class PRM_EXPORT Exclusive {
 public:
     explicit Exclusive(Protected& block);
@@ -143,8 +143,8 @@ private:
 /// Deletes a block that is no longer reachable, once no thread reads it.
 PRM_EXPORT void retire(Protected* block);
 
-/// A copy of a block's contents that this thread goes on reading while code of a host's runs; the copies of a thread
-/// are a stack. An edit on this thread ends the use of those that it makes untrue.
+/// A copy of a block's contents that this thread reads while code of a host runs. The copies of a thread are a stack.
+/// An edit on this thread invalidates the copies of the blocks that it changes.
 class PRM_EXPORT HeldCopy {
 public:
     HeldCopy(const HeldCopy&) = delete;

@@ -14,7 +14,7 @@ template <class Keyframe> int firstAtTime(const QVector<Keyframe>& keyframes, in
     return found > 0 && keyframes.at(found - 1).time == time ? lowerBound(keyframes, time) : found;
 }
 
-/// Whether a function that a host registered says what the value is there.
+/// Whether a function that a host registered computes the value there.
 template <class Keyframe> bool asksHost(const QVector<Keyframe>& keyframes, Bracket at, Outside outside) {
     if (at.before < 0 || at.after < 0)
         return (at.before < 0 ? outside.before : outside.after) >= Extrapolation::Custom0;

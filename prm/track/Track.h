@@ -7,13 +7,13 @@
 
 namespace Prm::detail {
 
-/// The keyframes of one view, in ascending order of time, and the value that counts where there are none.
+/// The keyframes of one view, in ascending order of time, and the value if there are none.
 template <class T> struct Track {
     T staticValue{};
     QVector<KeyframeData<T>> keyframes;
 };
 
-/// How values go on outside the keyframes.
+/// How values continue outside the keyframes.
 struct Outside {
     Extrapolation before = Extrapolation::Constant;
     Extrapolation after = Extrapolation::Constant;

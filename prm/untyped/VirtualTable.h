@@ -5,10 +5,10 @@
 
 namespace Prm::detail {
 
-// C++ has no question for whether a class overrides a virtual operation. The virtual tables of the Itanium C++ ABI,
-// which g++ and clang have in common, answer it.
+// C++ cannot tell whether a class overrides a virtual operation; the virtual tables of the Itanium C++ ABI, which g++
+// and clang use, show it.
 
-/// The virtual table of an object; it tells classes apart. Null where the layout of objects is not known.
+/// The virtual table of an object, which is different for each class. Null if the layout of objects is not known.
 inline const char* virtualTableOf(const void* object) {
 #if defined(__GXX_ABI_VERSION) && !defined(_MSC_VER)
     const char* table = nullptr;
