@@ -7,6 +7,7 @@
 #include "prm/track/KeyframeInsertion.h"
 #include "prm/track/KeyframeStretch.h"
 
+#include <algorithm>
 #include <vector>
 
 namespace Prm {
@@ -255,21 +256,25 @@ template <class T> void Parameter<T>::adjustKeyframesTime(const boost::function<
     const detail::LifeGuard guard(*this);
     const std::vector<View> views = viewList();
     for (const View view : views) {
+        const PVData* const shown = m_views.findRealViewData(view);
+        if (!shown || shown->keyframes.isEmpty())
+            continue;
+        const KeyframeVector list = shown->keyframes;
+        std::vector<Time> mapped;
+        mapped.reserve(static_cast<std::size_t>(list.size()));
+        for (const KeyframeData<T>& keyframe : list)
+            mapped.push_back(map(keyframe.time));
+        if (!guard.alive())
+            return;
+        // The mapping may have edited this very list, or removed it.
         PVData* const data = m_views.findRealViewData(view);
         if (!data)
             continue;
         LockedKeyframes lock(data);
-        const int count = data->keyframes.size();
-        for (int i = 0; i < count; ++i) {
-            const Time mapped = map(data->keyframes.at(i).time);
-            // The mapping may have edited this very list, or thrown it away.
-            if (!guard.alive() || i >= data->keyframes.size())
-                break;
-            lock.keyframes()[i].time = mapped;
-            ++m_revision;
-        }
-        if (!guard.alive())
-            return;
+        const int count = std::min(list.size(), data->keyframes.size());
+        for (int i = 0; i < count; ++i)
+            lock.keyframes()[i].time = mapped[static_cast<std::size_t>(i)];
+        ++m_revision;
     }
 }
 

@@ -188,14 +188,19 @@ private:
     void evaluate(const HeldTrack& held, const Time* times, int count, T* out) {
         if (!m_asksHooks)
             return detail::evaluate(held.track, held.settings.outside, times, count, out);
+        for (int done = askHooks(held, times, count, out); done < count;)
+            done += askHooks(holdAgain(held.asked), times + done, count - done, out + done);
+    }
+
+    /// Returns after how many times a hook has edited the keyframes, so that the others need a new copy.
+    int askHooks(const HeldTrack& held, const Time* times, int count, T* out) {
         int cursor = 0;
-        for (int i = 0; i < count; ++i) {
-            // A hook has edited the keyframes.
-            if (!held.isTrue())
-                return evaluate(holdAgain(held.asked), times + i, count - i, out + i);
-            m_context.time = times[i];
-            out[i] = askHooks(held, cursor);
+        int done = 0;
+        while (done < count && (done == 0 || held.isTrue())) {
+            m_context.time = times[done];
+            out[done++] = askHooks(held, cursor);
         }
+        return done;
     }
 
     T askHooks(const HeldTrack& held, int& cursor) const {

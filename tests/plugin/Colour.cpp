@@ -28,3 +28,14 @@ Colour DimmedColour::interpolateValue(const Prm::BoundingKeyframes& around, cons
     const double part = m_brightness.value(context);
     return {full.red * part, full.green * part, full.blue * part};
 }
+
+/// For a program that knows nothing of the library.
+extern "C" Q_DECL_EXPORT double dimmedRed() {
+    Prm::NumericParameter<double> brightness;
+    brightness.vSetValue(0, Prm::Context(Prm::Time::fromInt(0)));
+    brightness.vSetValue(1, Prm::Context(Prm::Time::fromInt(10)));
+    DimmedColour dimmed(brightness);
+    dimmed.vSetValue({1, 1, 1}, Prm::Context(Prm::Time::fromInt(0)));
+    dimmed.vSetValue({1, 1, 1}, Prm::Context(Prm::Time::fromInt(10)));
+    return dimmed.value(Prm::Context(Prm::Time::fromInt(5))).red;
+}
