@@ -26,13 +26,14 @@ void keyMany(NumericParameter<double>& number, int count) {
         number.vSetValue(i * 0.5, at(i));
 }
 
-void chain(Project& project, int size) {
+/// Ten levels deep: what is deeper has longer paths.
+void chains(Project& project, int size) {
     boost::shared_ptr<ParameterSet> set = project.root;
     for (int i = 0; i < size; ++i) {
         const auto below = boost::make_shared<ParameterSet>();
         below->setScriptName("s"); // without a name, which would be a line as long as the path
         set->addParameterSet(below);
-        set = below;
+        set = i % 10 == 9 ? project.root : below;
     }
     keyMany(project.add(*set), 2);
 }
@@ -102,7 +103,7 @@ const Row rows[] = {
              number.vSetValue(view, at(1, static_cast<quint32>(view)));
      },
      250},
-    {"sets", chain, 250},
+    {"sets", chains, 250},
     {"parts of a compound", keyTogether, 25},
     {"keyframes of a compound", keyCompound, 250},
     {"undo steps", edit, 1000},
