@@ -75,7 +75,9 @@ void ParameterSet::assignNamePrefixes(const QString& prefix) {
     const bool isJoined = !prefix.isEmpty() && !m_scriptName.isEmpty();
     const QString path = isJoined ? prefix + QLatin1Char('.') + m_scriptName : prefix + m_scriptName;
     for (const auto& parameter : parameters()) {
-        parameter->setNamePrefix(path);
+        // One that is right keeps its memory, so that a save that fails changes nothing.
+        if (parameter->namePrefix() != path)
+            parameter->setNamePrefix(path);
         if (auto* const compound = dynamic_cast<ParameterSet*>(parameter.get()))
             compound->assignNamePrefixes(path);
     }

@@ -213,6 +213,24 @@ TEST(Compound, ItsKeyframesTravelAsOne) {
     EXPECT_THROW(p.x->importKeyframe(*taken), std::bad_cast);
 }
 
+// As an observer may have done in the middle of a move.
+TEST(Compound, ItsKeyframeGoesBackByPartWhenPartsWereReordered) {
+    Number x("x");
+    Parameter<bool> on("on");
+    CompoundParameter whole("whole");
+    whole.addParameter(x);
+    whole.addParameter(on);
+    x.vSetValue(3, at(1));
+    on.vSetValue(true, at(1));
+    const auto keyframe = whole.getSerialisedKeyframe(at(1));
+    whole.vDeleteKeyframe(Context::Explicit(at(1)));
+    whole.clearAllLists();
+    whole.addParameter(on);
+    whole.addParameter(x);
+    whole.importKeyframe(*keyframe);
+    EXPECT_TRUE(x.bKeyframeAt(Context::Explicit(at(1))) && x.value(at(1)) == 3 && on.value(at(1)));
+}
+
 /// Of a part that shows other data in a view there is nothing to move, and one for which all views are one moves there.
 TEST(Compound, MovesTheKeyframesThatItsPartsHaveInAView) {
     const std::tuple<const char*, bool, bool, int, const char*> rows[] = {

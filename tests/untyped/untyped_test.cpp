@@ -112,6 +112,30 @@ TEST(Deletion, IsToldOnceByTheWholeParameter) {
     }
 }
 
+/// Of which nothing but the untyped part has been made when the construction of the rest fails.
+struct Unfinished : virtual ParameterWithoutType {
+    Unfinished(ParameterSet& set, ParameterWithoutType& constrained) {
+        set.addParameter(*this);
+        bAddConstrainedParameter(&constrained);
+        connect(this, &ParameterWithoutType::changed, [&](const Change& change) {
+            EXPECT_EQ(change.type, Change::PARAMETER_DELETED);
+            EXPECT_TRUE(set.parameters().empty());
+            EXPECT_EQ(constrained.interpolation(Context()), Interpolation::Linear);
+        });
+    }
+};
+struct Failing : Unfinished, NumericParameter<double> {
+    Failing(ParameterSet& set, ParameterWithoutType& constrained)
+        : Unfinished(set, constrained), NumericParameter("failing", fail()) {}
+    static double fail() { throw std::runtime_error("no value"); }
+};
+
+TEST(Deletion, OfAnUntypedPartIsNotifiedAfterItHasLeftSetsAndLinks) {
+    ParameterSet set;
+    NumericParameter<double> constrained;
+    EXPECT_THROW(Failing(set, constrained), std::runtime_error);
+}
+
 /// Records what it receives from upstream.
 class Fake : public ParameterWithoutTypeBase {
 public:

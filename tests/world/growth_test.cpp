@@ -38,13 +38,14 @@ struct Project {
     }
 };
 
-void chain(Project& project, int size) {
+/// Ten levels deep: what is deeper has longer paths.
+void chains(Project& project, int size) {
     boost::shared_ptr<ParameterSet> set = project.root;
     for (int i = 0; i < size; ++i) {
         const auto below = boost::make_shared<ParameterSet>();
         below->setScriptName("s"); // without a name, which would be a line as long as the path
         set->addParameterSet(below);
-        set = below;
+        set = i % 10 == 9 ? project.root : below;
     }
     key(project.add(*set), {{0, 1.}, {1, 2.}});
 }
@@ -115,7 +116,7 @@ const Row rows[] = {
      },
      250},
     {"keyframes", [](Project& project, int size) { project.addKeyed(size); }, 2000},
-    {"sets", chain, 250},
+    {"sets", chains, 250},
     {"parts of a compound", keyTogether, 25},
     {"keyframes of a compound", keyCompound, 250},
     {"undo steps", edit, 1000},
