@@ -336,6 +336,11 @@ TEST(Edits, AMoveTakesItsStepsInTheirOrder) {
 TEST(Edits, OfMastersCloseNoCircleOutOfTurn) {
     Number a("a");
     Number b("b");
+    auto gone = std::make_unique<Number>("gone");
+    ParameterAddConstrainedParameterEdit none(*gone, b);
+    gone.reset();
+    none.doIt();
+    EXPECT_EQ(b.masterParameter(), nullptr);
     Number c("c");
     ParameterAddConstrainedParameterEdit show(a, b);
     ParameterWithoutTypeUnconstrainEdit leave(b);

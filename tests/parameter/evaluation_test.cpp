@@ -29,6 +29,14 @@ TEST(Evaluation, ATypeThatDoesNotBlendStepsAndHolds) {
     }
 }
 
+TEST(Evaluation, OfTwoViewsEquallyFarTheLowerOneIsBlended) {
+    Number number;
+    number.setViewInterpolation({Mode::Smooth});
+    for (const quint32 view : {0u, 2u, 4u, 6u})
+        key(number, {{0, view == 0 ? 8. : 0.}}, view);
+    EXPECT_EQ(number.value(at(0, 3)), -1);
+}
+
 TEST(Evaluation, DisorderedKeyframesGiveValuesWithinReach) {
     NumericParameter<double> parameter;
     key(parameter, {{1, 1.}, {2, 2.}, {3, 3.}, {4, 4.}, {5, 5.}, {6, 6.}});

@@ -178,13 +178,15 @@ template <class Kind, class T> void seeOnlyWhatWas() {
         askAll([&](std::size_t question, const QString& answer) { answers[question].insert(answer); });
     };
     // What observers see on the way counts as well.
-    const auto connection = QObject::connect(&script.asked, &P::changed, note);
+    for (const Kind* one : {&script.asked, &script.first, &script.second})
+        QObject::connect(one, &P::changed, note);
     for (int round = 0; round < 2; ++round) {
         script.beginAnew();
         for (const auto& step : script.steps)
             step(), note();
     }
-    QObject::disconnect(connection);
+    for (const Kind* one : {&script.asked, &script.first, &script.second})
+        one->detachAllObservers();
     std::mutex mutex;
     std::set<std::size_t> wrong;
     const Crowd crowd(readers, [&] {

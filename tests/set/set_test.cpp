@@ -71,6 +71,17 @@ TEST(ParameterSet, FindsWatchesAndForgets) {
     EXPECT_EQ(root.parameterWithName("a.p.q"), nullptr);
 }
 
+TEST(ParameterSet, WalksToTheBottom) {
+    ParameterSet sets[5];
+    for (int i = 1; i < 5; ++i)
+        sets[i - 1].addParameterSet(sets[i]);
+    for (const bool recursive : {false, true}) {
+        int count = 0;
+        sets[0].forEachSubset([&](ParameterSet*) { ++count; }, recursive);
+        EXPECT_EQ(count, recursive ? 4 : 1);
+    }
+}
+
 TEST(ParameterSet, WritesAndReadsItsLines) {
     Parameter<bool> enable("enable", true, Splittable);
     Parameter<bool> invert("invert", false, Splittable);

@@ -36,19 +36,19 @@ template <class Do> int outcomeOf(const Do& act) {
 #define MODELLED(...) { #__VA_ARGS__, [](Command&, RUN(P, __VA_ARGS__), [](RUN(Model, __VA_ARGS__) }
 // clang-format on
 
-const char* const textLines[] = {"views=[0, 1]",
-                                 "views=[5]",
-                                 "value=3",
-                                 "view[2].value=4",
-                                 "hidden=1",
-                                 "before=Linear",
-                                 "keyframes.append( Key( 1, 2, Linear ) )",
-                                 "view[1].keyframes.append( BezierKey( 2, 3, 0, 0, 1, 1 ) )",
-                                 "keyframes.append( Key(",
-                                 "name=\"set\"",
-                                 "former.value=1",
-                                 "count.value=1",
-                                 "count.value=2"};
+inline const char* const textLines[] = {"views=[0, 1]",
+                                        "views=[5]",
+                                        "value=3",
+                                        "view[2].value=4",
+                                        "hidden=1",
+                                        "before=Linear",
+                                        "keyframes.append( Key( 1, 2, Linear ) )",
+                                        "view[1].keyframes.append( BezierKey( 2, 3, 0, 0, 1, 1 ) )",
+                                        "keyframes.append( Key(",
+                                        "name=\"set\"",
+                                        "former.value=1",
+                                        "count.value=1",
+                                        "count.value=2"};
 
 inline void readLine(P& parameter, int number) {
     parameter.streamInValue(QString::fromLatin1(textLines[number]), version(), {});
@@ -96,7 +96,7 @@ inline void resetAround(View hero, P& parameter) {
     parameter.resetAll();
 }
 
-const Act edits[] = {
+inline const Act edits[] = {
     ACT(own.setVariantValue(fitting(own, a.value), a.at)),
     MODELLED(own.setVariantValue(a.value, a.at, std::nothrow)),
     ACT(own.setVariantValue(QVariantList{a.value, a.value}, a.at)),
@@ -145,7 +145,7 @@ inline AnimationState allViews() {
     return AnimationState(AnimationFlags(4));
 }
 
-const Act commands[] = {
+inline const Act commands[] = {
     ACT(own.vAddKeyframeCommand(Context::Explicit(a.at), c)),
     ACT(own.createKeyframeDeletion(Context::Explicit(a.at), c)),
     ACT(own.vDeleteAllKeyframesCommand(a.view, c)),
@@ -181,7 +181,7 @@ inline void retimeSet(ParameterSet* set, const A& a, Command& c) {
 }
 
 /// The other forms, of sets and of compounds too.
-const Act moreCommands[] = {
+inline const Act moreCommands[] = {
     ACT(add<ParameterSetValueEdit>(c, own, fitting(own, a.value), a.at)),
     ACT(add<ParameterSetStaticValueEdit>(c, own, fitting(own, a.value), a.view)),
     ACT(add<ParameterAddKeyEdit>(c, own, a.at)),

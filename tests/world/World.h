@@ -74,8 +74,8 @@ inline void addSettings(QTextStream& out, const P& parameter) {
     out << " of " << parameter.numViews();
 }
 
-const View asked[] = {View(0), View(1), View(2), View(3), View(5), View(2147483646)};
-const double askedTimes[] = {-1.5, 0, 1.25, 3, 20};
+inline const View asked[] = {View(0), View(1), View(2), View(3), View(5), View(2147483646)};
+inline const double askedTimes[] = {-1.5, 0, 1.25, 3, 20};
 
 inline void addTiesAndValues(QTextStream& out, const P& parameter) {
     out << "before " << static_cast<quint32>(parameter.extrapolationBefore()) << " after "

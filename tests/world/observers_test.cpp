@@ -40,11 +40,12 @@ struct Disturbed {
         EXPECT_EQ(world.broken(), QString());
         state = world.state();
     }
-    void destroy(Who who) {
+    void destroy(std::initializer_list<Who> all) {
         world.root.clearAllLists();
         for (const int set : {0, setCount, setCount + 1, setCount + 2})
             world.set(set)->clearAllLists();
-        world.slots[who].owner.reset();
+        for (const Who who : all)
+            world.slots[who].owner.reset();
     }
 
     Exhibits world;
@@ -65,11 +66,11 @@ void disturbEach(const Act& act, bool isCommand, const A& a, Who who) {
         SCOPED_TRACE(std::string(act.name) + " " +
                      ParameterChange(type, nullptr, nullptr).typeToString().toStdString());
 
-        const Disturbed deleting(act, a, who, type, [=](Disturbed& d) { d.destroy(who); });
+        const Disturbed deleting(act, a, who, type, [=](Disturbed& d) { d.destroy({who}); });
         EXPECT_TRUE(deleting.acted && !deleting.own);
         EXPECT_EQ(deleting.heard.back(), ParameterChange::PARAMETER_DELETED) << "nothing more is sent";
 
-        const Disturbed orphaned(act, a, who, type, [](Disturbed& d) { d.destroy(Position), d.destroy(Outer); });
+        const Disturbed orphaned(act, a, who, type, [](Disturbed& d) { d.destroy({Position, Outer}); });
         EXPECT_TRUE(orphaned.acted && orphaned.own && orphaned.threw.empty());
 
         const Disturbed throwing(act, a, who, type, [](Disturbed&) { throw std::runtime_error("observer"); });
