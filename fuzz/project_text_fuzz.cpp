@@ -68,11 +68,10 @@ void readEverything(const ProjectText& text) {
         HOLD(text.node(node).parent < node);
         if (!text.node(node).isParameter())
             continue;
-        const FileParameter parameter(text, node);
+        const FileParameter parameter = kinds.read(node);
         checkOrder(text, parameter);
         try {
-            kinds.sampler(parameter, kinds.of(parameter))({Prm::Time::fromInt(-1), Prm::Time::fromInt(3)},
-                                                          Prm::View(1));
+            kinds.sampler(parameter)({Prm::Time::fromInt(-1), Prm::Time::fromInt(3)}, Prm::View(1));
         } catch (const Problem&) {
             continue;
         }

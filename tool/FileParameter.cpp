@@ -52,6 +52,14 @@ std::vector<FileLine> inReadingOrder(const std::vector<FileLine>& lines, const P
     return ordered;
 }
 
+std::vector<FileLine> linesOf(const ProjectText& text, int node) {
+    std::vector<FileLine> lines;
+    lines.reserve(text.node(node).lines.size());
+    for (const int line : text.node(node).lines)
+        lines.push_back({line, text.line(line)});
+    return lines;
+}
+
 /// The library's own names know one custom kind.
 template <class Enum> QString kindText(Enum kind, const QString& name) {
     if (kind < Enum::Custom0)
@@ -65,13 +73,15 @@ QString extrapolationText(Prm::Extrapolation kind) {
 
 } // namespace
 
-FileParameter::FileParameter(const ProjectText& text, int node)
-    : FileParameter(node, linesOf(text, node), text.version()) {}
+FileParameter::FileParameter(const ProjectText& text, int node) : FileParameter(linesOf(text, node), text.version()) {
+    m_node = node;
+    m_path = text.path(node);
+}
 
-FileParameter::FileParameter(int node, const std::vector<FileLine>& lines, const Prm::ProjectFileVersion& version)
-    : m_node(node), m_data(std::make_unique<Data>()),
-      m_isUtf8(std::all_of(lines.begin(), lines.end(),
-                           [](const FileLine& line) { return toView(toText(line.bytes).toUtf8()) == line.bytes; })) {
+FileParameter::FileParameter(const std::vector<FileLine>& lines, const Prm::ProjectFileVersion& version)
+    : m_data(std::make_unique<Data>()), m_isUtf8(std::all_of(lines.begin(), lines.end(), [](const FileLine& line) {
+          return toView(toText(line.bytes).toUtf8()) == line.bytes;
+      })) {
     for (const FileLine& line : inReadingOrder(lines, version))
         read(line, version);
     std::sort(m_refused.begin(), m_refused.end());
@@ -107,20 +117,27 @@ FileViews FileParameter::views() const {
     return views;
 }
 
+FileValue FileParameter::newValue(const QString& given) const {
+    const QString text = m_kind->written(given, m_path);
+    return {m_isUtf8 ? text : QString::fromLatin1(text.toUtf8()), FileValue::noLine};
+}
+
+FileValue FileParameter::sum(const FileValue& value, double offset) const {
+    const QString text = value.text.trimmed();
+    if (!m_kind->isNumeric)
+        throw Problem("%1: only numbers have an offset", m_path);
+    const double sum = finiteNumber(text, m_path) + offset;
+    if (!std::isfinite(sum))
+        throw Problem("%1: %2 with that offset is too large", m_path, text);
+    return {plainText(sum), value.line};
+}
+
 QString FileParameter::before() const {
     return extrapolationText(m_data->extrapolationBefore());
 }
 
 QString FileParameter::after() const {
     return extrapolationText(m_data->extrapolationAfter());
-}
-
-std::vector<FileLine> linesOf(const ProjectText& text, int node) {
-    std::vector<FileLine> lines;
-    lines.reserve(text.node(node).lines.size());
-    for (const int line : text.node(node).lines)
-        lines.push_back({line, text.line(line)});
-    return lines;
 }
 
 bool isData(Key key) {

@@ -27,15 +27,20 @@ public:
     /// As the lines of the file say.
     FileParameter(const ProjectText& text, int node);
     /// As these lines would say to a reader of that version.
-    FileParameter(int node, const std::vector<FileLine>& lines, const Prm::ProjectFileVersion& version);
+    FileParameter(const std::vector<FileLine>& lines, const Prm::ProjectFileVersion& version);
 
+    /// -1 for lines that are in no file.
     int node() const { return m_node; }
+    const QString& path() const { return m_path; }
     Data& data() const { return *m_data; }
     FileViews views() const;
     /// The lines that cannot be read, ascending.
     const std::vector<int>& refused() const { return m_refused; }
     /// What all values have in common, those included that others replace; null without values.
     Kind writtenKind() const { return m_writtenKind; }
+    /// How the values are read, once that is settled (see `Kinds`).
+    Kind kind() const { return m_kind; }
+    void setKind(Kind kind) { m_kind = kind; }
 
     // --- settings ----------------------------------------------------------------------------------------------------
     QString before() const;
@@ -44,25 +49,30 @@ public:
     /// The path of the master, empty without one.
     const QString& master() const { return m_data->pendingMasterParameterId(); }
 
+    // --- values ------------------------------------------------------------------------------------------------------
+    QVariant meaning(const FileValue& value) const { return m_kind->value(shown(value.text)); }
+    /// A value from a text that a person would write. Throws `Problem`.
+    FileValue newValue(const QString& given) const;
+    /// A number added to it. Values of other kinds throw `Problem`.
+    FileValue sum(const FileValue& value, double offset) const;
+
     // --- between the texts of values and the bytes of the file -------------------------------------------------------
     /// A parameter with a line that is no UTF-8 is read byte by byte, so that nothing is lost.
     QByteArray bytes(const QString& text) const { return m_isUtf8 ? text.toUtf8() : text.toLatin1(); }
-    QString text(const QString& shown) const { return m_isUtf8 ? shown : QString::fromLatin1(shown.toUtf8()); }
     /// For people, and for what a value means.
     QString shown(const QString& text) const { return m_isUtf8 ? text : QString::fromUtf8(text.toLatin1()); }
 
 private:
     void read(const FileLine& line, const Prm::ProjectFileVersion& version);
 
-    int m_node;
+    int m_node = -1;
+    QString m_path;
     std::unique_ptr<Data> m_data;
     std::vector<int> m_refused;
     Kind m_writtenKind = nullptr;
+    Kind m_kind = &ValueKind::opaque;
     bool m_isUtf8 = true;
 };
-
-/// The lines of a parameter as they are in the file.
-std::vector<FileLine> linesOf(const ProjectText& text, int node);
 
 /// Whether a line is about keyframes and values, which edits change.
 bool isData(Key key);

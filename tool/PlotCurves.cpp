@@ -151,26 +151,24 @@ PlotRange valuesOf(const std::vector<PlotCurve>& curves) {
     return least <= greatest ? withMargin(least, greatest) : PlotRange();
 }
 
-void addSources(std::vector<Source>& sources, Project& project, int node, const std::vector<Prm::View>& wanted) {
-    const QString path = project.text().path(node);
-    const FileParameter parameter = project.parameter(node);
-    const Kind kind = project.kinds().of(parameter);
-    if (!kind->canBeDrawn)
-        return tell("%1: not drawn, it has no numbers", path);
-    const Sampler sampler = project.kinds().sampler(parameter, kind);
+void addSources(std::vector<Source>& sources, Kinds& kinds, int node, const std::vector<Prm::View>& wanted) {
+    const FileParameter parameter = kinds.read(node);
+    if (!parameter.kind()->canBeDrawn)
+        return tell("%1: not drawn, it has no numbers", parameter.path());
+    const Sampler sampler = kinds.sampler(parameter);
     FileViews views = parameter.views();
     for (const Prm::View view : wanted.empty() ? parameter.data().viewList() : wanted) {
-        Source source{path, view, std::move(views[view.id()].keys), {}, sampler};
+        Source source{parameter.path(), view, std::move(views[view.id()].keys), {}, sampler};
         for (const FileKeyframe& key : source.keys)
-            source.keyValues.append(kind->value(parameter.shown(key.value.text)));
+            source.keyValues.append(parameter.meaning(key.value));
         sources.push_back(std::move(source));
     }
 }
 
-std::vector<Source> sourcesOf(Project& project, const PlotRequest& request) {
+std::vector<Source> sourcesOf(Kinds& kinds, const PlotRequest& request) {
     std::vector<Source> sources;
     for (const int node : request.parameters) {
-        addSources(sources, project, node, request.views);
+        addSources(sources, kinds, node, request.views);
         if (sources.size() > Most::curves)
             throw Problem("more than %1 curves", Most::curves);
     }
@@ -181,8 +179,8 @@ std::vector<Source> sourcesOf(Project& project, const PlotRequest& request) {
 
 } // namespace
 
-Plot plotOf(Project& project, const PlotRequest& request) {
-    const std::vector<Source> sources = sourcesOf(project, request);
+Plot plotOf(Kinds& kinds, const PlotRequest& request) {
+    const std::vector<Source> sources = sourcesOf(kinds, request);
     const bool namesViews =
         std::any_of(sources.begin(), sources.end(), [](const Source& source) { return source.view != Prm::View(); });
     Plot plot;

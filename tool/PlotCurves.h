@@ -47,7 +47,7 @@ struct PlotRequest {
 
 /// Samples the curves. Parameters without numbers are left out, with a message; throws `Problem` when no curve is left,
 /// or too many.
-Plot plotOf(Project& project, const PlotRequest& request);
+Plot plotOf(Kinds& kinds, const PlotRequest& request);
 
 /// Whether a value can be drawn.
 bool isDrawable(double value);

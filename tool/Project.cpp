@@ -1,5 +1,6 @@
 #include "tool/Project.h"
 
+#include "tool/Progress.h"
 #include "tool/Streams.h"
 
 #include <algorithm>
@@ -29,7 +30,13 @@ KindRules rulesOf(const Arguments& arguments) {
 Kinds::Kinds(const ProjectText& text, KindRules rules)
     : m_text(text), m_rules(std::move(rules)), m_guesses(static_cast<std::size_t>(text.nodeCount())) {}
 
-Kind Kinds::of(const FileParameter& parameter) {
+FileParameter Kinds::read(int node) {
+    FileParameter parameter(m_text, node);
+    parameter.setKind(m_rules.kindOf(parameter.path(), guess(parameter)));
+    return parameter;
+}
+
+Kind Kinds::guess(const FileParameter& parameter) {
     const auto guess = [this](int node) -> Kind& { return m_guesses[static_cast<std::size_t>(node)]; };
     const int start = parameter.node();
     std::vector<int> followers;
@@ -44,7 +51,7 @@ Kind Kinds::of(const FileParameter& parameter) {
     }
     for (const int follower : followers)
         guess(follower) = node < 0 ? &ValueKind::opaque : guess(node);
-    return m_rules.kindOf(m_text.path(start), guess(start));
+    return guess(start);
 }
 
 /// Where the chain of masters ends, the node itself without one.
@@ -60,7 +67,8 @@ int Kinds::lastMaster(int node) const {
     return chain.back();
 }
 
-Sampler Kinds::sampler(const FileParameter& parameter, Kind kind) {
+Sampler Kinds::sampler(const FileParameter& parameter) {
+    const Kind kind = parameter.kind();
     const int last = lastMaster(parameter.node());
     if (last == parameter.node())
         return kind->sampler(parameter);
@@ -106,6 +114,15 @@ std::vector<int> Project::parameters(const QStringList& patterns) const {
     if (unused != isUsed.end())
         throw Problem("%1: no parameter or group '%2'", m_name, patterns.at(static_cast<int>(unused - isUsed.begin())));
     return found;
+}
+
+void Project::forEach(const std::vector<int>& nodes, const char* work,
+                      const std::function<void(const FileParameter& parameter)>& visit) {
+    Progress progress(work, nodes.size());
+    for (const int node : nodes) {
+        progress.step();
+        visit(m_kinds.read(node));
+    }
 }
 
 } // namespace Tool

@@ -11,13 +11,14 @@ namespace Tool {
 class Kinds {
 public:
     explicit Kinds(const ProjectText& text, KindRules rules = {});
-    /// As the user says, otherwise as a guess.
-    Kind of(const FileParameter& parameter);
-    /// What a parameter shows, read as a kind: what its masters show, which is what the last of them shows. A circle is
-    /// left where it would close. Throws `Problem` for too long a chain.
-    Sampler sampler(const FileParameter& parameter, Kind kind);
+    /// A parameter whose kind is settled: what the user says, otherwise a guess.
+    FileParameter read(int node);
+    /// What a parameter shows: what its masters show, which is what the last of them shows, read as a kind of its own.
+    /// A circle is left where it would close. Throws `Problem` for too long a chain.
+    Sampler sampler(const FileParameter& parameter);
 
 private:
+    Kind guess(const FileParameter& parameter);
     int lastMaster(int node) const;
 
     const ProjectText& m_text;
@@ -37,11 +38,13 @@ public:
     explicit Project(const Arguments& arguments);
 
     const ProjectText& text() const { return m_text; }
-    FileParameter parameter(int node) const { return {m_text, node}; }
     Kinds& kinds() { return m_kinds; }
-    /// The parameters that the arguments' patterns name, in the order of the file; all of them without a pattern.
-    /// Throws `Problem` for a pattern that names nothing.
+    /// The parameters that the patterns name, in the order of the file; all of them without a pattern. Throws `Problem`
+    /// for a pattern that names nothing.
     std::vector<int> parameters(const QStringList& patterns) const;
+    /// Reads some parameters one after the other. `work` is what the user sees when that takes long.
+    void forEach(const std::vector<int>& nodes, const char* work,
+                 const std::function<void(const FileParameter& parameter)>& visit);
 
 private:
     QString m_name;

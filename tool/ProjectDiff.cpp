@@ -179,9 +179,9 @@ private:
         else if (m_from.isGroup(node))
             addChange("name", "name", orNull(m_from.groupName(node)), orNull(m_to.groupName(other)));
         if (m_from.node(node).isParameter() && !(stillExists && m_to.node(other).isParameter()))
-            addParameter(removed, m_from, node, m_fromKinds);
+            addParameter(removed, node, m_fromKinds);
         else if (m_from.node(node).isParameter() && !haveSameLines(node, other))
-            compareParameters({m_from, node}, {m_to, other});
+            compareParameters(m_fromKinds.read(node), m_toKinds.read(other));
     }
 
     void addNew(int node, const std::vector<int>& counterparts) {
@@ -190,7 +190,7 @@ private:
         if (m_to.isGroup(node) && !(other >= 0 && m_from.isGroup(other)))
             addGroup(added, m_to, node, counterparts);
         if (m_to.node(node).isParameter() && !(other >= 0 && m_from.node(other).isParameter()))
-            addParameter(added, m_to, node, m_toKinds);
+            addParameter(added, node, m_toKinds);
     }
 
     /// A group that is only a step in the path goes without saying below one that is reported.
@@ -203,9 +203,9 @@ private:
 
     // --- parameters --------------------------------------------------------------------------------------------------
 
-    void addParameter(const QString& change, const ProjectText& text, int node, Kinds& kinds) {
-        const FileParameter parameter(text, node);
-        add("parameter", change, "parameter " + change + contentOf(normalised(parameter, kinds.of(parameter))));
+    void addParameter(const QString& change, int node, Kinds& kinds) {
+        const FileParameter parameter = kinds.read(node);
+        add("parameter", change, "parameter " + change + contentOf(normalised(parameter, parameter.kind())));
     }
 
     /// Most parameters of a large project are left alone: their lines are the same, and then mean the same.
@@ -218,7 +218,7 @@ private:
     }
 
     void compareParameters(const FileParameter& from, const FileParameter& to) {
-        const Kind kind = commonKind(m_fromKinds.of(from), m_toKinds.of(to));
+        const Kind kind = commonKind(from.kind(), to.kind());
         compareViews(normalised(from, kind), normalised(to, kind));
         addChange("before", "extrapolation before", from.before(), to.before());
         addChange("after", "extrapolation after", from.after(), to.after());

@@ -1,6 +1,5 @@
 #include "tool/Commands.h"
 #include "tool/Frames.h"
-#include "tool/Progress.h"
 #include "tool/Project.h"
 #include "tool/Streams.h"
 
@@ -21,7 +20,9 @@ bool isContradicted(Kind told, Kind written) {
 }
 
 /// Whether all values can be evaluated. Says why not, or what else the user should know.
-bool canBeEvaluated(const FileParameter& parameter, Kind kind, const QString& path) {
+bool canBeEvaluated(const FileParameter& parameter) {
+    const QString& path = parameter.path();
+    const Kind kind = parameter.kind();
     if (kind == &ValueKind::numberOrSwitch)
         tell("%1: number or switch, read as a number; --type %1=switch settles it", path);
     if (kind == &ValueKind::opaque)
@@ -54,15 +55,11 @@ int evaluate(Arguments& arguments) {
     QStringList headings("frame");
     std::vector<QVector<QVariant>> columns;
     bool isComplete = true;
-    Progress progress("evaluating", nodes.size());
-    for (const int node : nodes) {
-        progress.step();
-        const FileParameter parameter = project.parameter(node);
-        const Kind kind = project.kinds().of(parameter);
-        headings.append(project.text().path(node));
-        isComplete = canBeEvaluated(parameter, kind, headings.back()) && isComplete;
-        columns.push_back(project.kinds().sampler(parameter, kind)(times, view));
-    }
+    project.forEach(nodes, "evaluating", [&](const FileParameter& parameter) {
+        headings.append(parameter.path());
+        isComplete = canBeEvaluated(parameter) && isComplete;
+        columns.push_back(project.kinds().sampler(parameter)(times, view));
+    });
     Table table(headings);
     for (int i = 0; i < times.size(); ++i) {
         QVector<QVariant> row{times[i].toDouble()};

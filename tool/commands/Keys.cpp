@@ -1,5 +1,4 @@
 #include "tool/Commands.h"
-#include "tool/Progress.h"
 #include "tool/Project.h"
 #include "tool/Streams.h"
 
@@ -7,13 +6,12 @@ namespace Tool {
 
 namespace {
 
-void addParameter(Table& table, const FileParameter& parameter, Kind kind, const QString& path) {
-    const auto value = [&](const FileValue& each) { return kind->value(parameter.shown(each.text)); };
+void addParameter(Table& table, const FileParameter& parameter) {
     for (const auto& [view, data] : parameter.views()) {
-        const QVector<QVariant> start{path, static_cast<double>(view)};
+        const QVector<QVariant> start{parameter.path(), static_cast<double>(view)};
         for (const FileKeyframe& key : data.keys) {
             const Prm::IType& shape = key.interpolationData;
-            QVector<QVariant> row = start + QVector<QVariant>{key.time.toDouble(), value(key.value),
+            QVector<QVariant> row = start + QVector<QVariant>{key.time.toDouble(), parameter.meaning(key.value),
                                                               Prm::qstrInterpolationTypeString(shape.interpolation)};
             if (shape.interpolation == Prm::Interpolation::Bezier)
                 row << shape.x1 << shape.y1 << shape.x2 << shape.y2;
@@ -22,7 +20,7 @@ void addParameter(Table& table, const FileParameter& parameter, Kind kind, const
             table.add(row);
         }
         if (data.keys.empty())
-            table.add(start + QVector<QVariant>{QVariant(), value(data.value), QString("Static")});
+            table.add(start + QVector<QVariant>{QVariant(), parameter.meaning(data.value), QString("Static")});
     }
 }
 
@@ -35,13 +33,8 @@ int listKeyframes(Arguments& arguments) {
         return Fine;
     Project project(arguments);
     Table table({"path", "view", "frame", "value", "kind", "x1", "y1", "x2", "y2"});
-    const std::vector<int> nodes = project.parameters(arguments.patterns());
-    Progress progress("listing", nodes.size());
-    for (const int node : nodes) {
-        progress.step();
-        const FileParameter parameter = project.parameter(node);
-        addParameter(table, parameter, project.kinds().of(parameter), project.text().path(node));
-    }
+    project.forEach(project.parameters(arguments.patterns()), "listing",
+                    [&](const FileParameter& parameter) { addParameter(table, parameter); });
     print(table.written(arguments.tableForm()));
     return Fine;
 }

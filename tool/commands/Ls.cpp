@@ -1,5 +1,4 @@
 #include "tool/Commands.h"
-#include "tool/Progress.h"
 #include "tool/Project.h"
 #include "tool/Streams.h"
 
@@ -21,10 +20,9 @@ struct Summary {
     QString master;
 };
 
-Summary summarise(Project& project, int node) {
+Summary summarise(const FileParameter& parameter) {
     Summary summary;
-    const FileParameter parameter = project.parameter(node);
-    summary.kind = project.kinds().of(parameter)->name;
+    summary.kind = parameter.kind()->name;
     for (const auto& [view, data] : parameter.views()) {
         summary.views.append(static_cast<double>(view));
         summary.keys.append(static_cast<double>(data.keys.size()));
@@ -55,13 +53,11 @@ QString range(const Summary& summary) {
 
 Table list(Project& project, const std::vector<int>& nodes) {
     Table table({"path", "type", "views", "keys", "first", "last", "hidden", "master"});
-    Progress progress("listing", nodes.size());
-    for (const int node : nodes) {
-        progress.step();
-        const Summary summary = summarise(project, node);
-        table.add({project.text().path(node), summary.kind, summary.views, summary.keys, summary.first, summary.last,
+    project.forEach(nodes, "listing", [&](const FileParameter& parameter) {
+        const Summary summary = summarise(parameter);
+        table.add({parameter.path(), summary.kind, summary.views, summary.keys, summary.first, summary.last,
                    summary.isHidden, summary.master});
-    }
+    });
     return table;
 }
 
@@ -100,7 +96,7 @@ private:
     }
 
     void addParameter(int node, int depth) {
-        const Summary summary = summarise(m_project, node);
+        const Summary summary = summarise(m_project.kinds().read(node));
         m_table.add(
             {indented(node, depth), summary.kind, summary.views, summary.keys, range(summary), remarks(summary)});
     }

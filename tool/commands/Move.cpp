@@ -31,10 +31,10 @@ int moveKeyframes(Arguments& arguments) {
     const Prm::Time from = timeOption(arguments, "from");
     const Prm::Time to = timeOption(arguments, "to");
     const Prm::View only = viewOption(arguments, Prm::View::INVALID());
-    return editProject(arguments, arguments.patterns(), [&](const EditedParameter& edited) {
-        for (const Prm::View each : edited.data.viewList()) {
+    return editProject(arguments, arguments.patterns(), [&](const FileParameter& parameter) {
+        for (const Prm::View each : parameter.data().viewList()) {
             if (each == only || !only.isValid())
-                move(edited.data, {from, each}, {to, each});
+                move(parameter.data(), {from, each}, {to, each});
         }
     });
 }

@@ -88,7 +88,7 @@ void plotPicture(const Arguments& arguments, PlotRequest request) {
     Project project(arguments);
     request.parameters = project.parameters(arguments.patterns());
     request.samples = 2 * width;
-    writeOutput(name, plotPicture(plotOf(project, request), width, height));
+    writeOutput(name, plotPicture(plotOf(project.kinds(), request), width, height));
 }
 
 void plotInTerminal(const Arguments& arguments, PlotRequest request) {
@@ -98,7 +98,7 @@ void plotInTerminal(const Arguments& arguments, PlotRequest request) {
     Project project(arguments);
     request.parameters = project.parameters(arguments.patterns());
     request.samples = 4 * size.columns;
-    print(plotText(plotOf(project, request), size));
+    print(plotText(plotOf(project.kinds(), request), size));
 }
 
 } // namespace

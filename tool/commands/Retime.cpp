@@ -24,10 +24,10 @@ Prm::Retiming retimingOf(const Arguments& arguments) {
 }
 
 /// Otherwise nothing of the parameter would move.
-void checkPossible(const EditedParameter& edited, const Prm::Retiming& retiming) {
-    for (const Prm::Context& key : edited.data.allKeyframes()) {
+void checkPossible(const FileParameter& parameter, const Prm::Retiming& retiming) {
+    for (const Prm::Context& key : parameter.data().allKeyframes()) {
         if (retiming.concerns(key.time) && !isFrame(retiming(key.time)))
-            throw Problem("%1: frame %2 would move out of range", edited.path, plainText(key.time.toDouble()));
+            throw Problem("%1: frame %2 would move out of range", parameter.path(), plainText(key.time.toDouble()));
     }
 }
 
@@ -45,9 +45,9 @@ int retime(Arguments& arguments) {
     if (!arguments.read())
         return Fine;
     const Prm::Retiming retiming = retimingOf(arguments);
-    return editProject(arguments, arguments.patterns(), [&](const EditedParameter& edited) {
-        checkPossible(edited, retiming);
-        Prm::ParameterRetimeEdit(edited.data, retiming).doIt();
+    return editProject(arguments, arguments.patterns(), [&](const FileParameter& parameter) {
+        checkPossible(parameter, retiming);
+        Prm::ParameterRetimeEdit(parameter.data(), retiming).doIt();
     });
 }
 

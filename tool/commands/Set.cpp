@@ -7,13 +7,14 @@ namespace Tool {
 namespace {
 
 /// Where a value goes. What is asked for must have been meant.
-Prm::Context placeOf(const EditedParameter& edited, Prm::Time time, Prm::View view, bool isStatic) {
-    const auto& data = edited.data;
+Prm::Context placeOf(const FileParameter& parameter, Prm::Time time, Prm::View view, bool isStatic) {
+    const auto& data = parameter.data();
     const bool isUnwritten = data.viewList().empty() && view == Prm::View();
     if (!data.hasViewData(view) && !isUnwritten)
-        throw Problem("%1: view %2 has no data of its own; prm split gives it some", edited.path, view.id());
+        throw Problem("%1: view %2 has no data of its own; prm split gives it some", parameter.path(), view.id());
     if (!time.isValid() && !isStatic && data.keyframeCount(view) > 0)
-        throw Problem("%1: has keyframes; --at sets one, --static the value that counts without them", edited.path);
+        throw Problem("%1: has keyframes; --at sets one, --static the value that counts without them",
+                      parameter.path());
     return {time, view};
 }
 
@@ -42,11 +43,11 @@ int setValue(Arguments& arguments) {
         throw WrongUse("--at and --static exclude each other");
     const Prm::Time time = timeOption(arguments, "at", Prm::Time::INVALID);
     const Prm::View view = viewOption(arguments);
-    return editProject(arguments, {arguments.rest().at(1)}, [&](const EditedParameter& edited) {
-        const Prm::Context place = placeOf(edited, time, view, arguments.has("static"));
-        FileValue value = edited.value(arguments.rest().at(2));
-        value.line = lineAt(edited.data, place);
-        edited.data.vSetValue(value, place);
+    return editProject(arguments, {arguments.rest().at(1)}, [&](const FileParameter& parameter) {
+        const Prm::Context place = placeOf(parameter, time, view, arguments.has("static"));
+        FileValue value = parameter.newValue(arguments.rest().at(2));
+        value.line = lineAt(parameter.data(), place);
+        parameter.data().vSetValue(value, place);
     });
 }
 

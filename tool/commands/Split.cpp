@@ -7,13 +7,13 @@ namespace Tool {
 
 namespace {
 
-void addOffset(const EditedParameter& edited, Prm::View view, double offset) {
-    FileParameter::Data& data = edited.data;
+void addOffset(const FileParameter& parameter, Prm::View view, double offset) {
+    FileParameter::Data& data = parameter.data();
     for (unsigned int i = 0; i < data.keyframeCount(view); ++i)
-        data.vSetValue(edited.sum(data.keyframeValue(i, view), offset), {data.keyframeTime(i, view).time, view});
+        data.vSetValue(parameter.sum(data.keyframeValue(i, view), offset), {data.keyframeTime(i, view).time, view});
     const FileValue value = data.staticValue(view);
     if (!value.text.isNull())
-        data.vSetValue(edited.sum(value, offset), {Prm::Time::INVALID, view});
+        data.vSetValue(parameter.sum(value, offset), {Prm::Time::INVALID, view});
 }
 
 } // namespace
@@ -30,12 +30,12 @@ int split(Arguments& arguments) {
         throw WrongUse("--view is needed");
     const Prm::View view = viewOption(arguments);
     const double offset = numberOption(arguments, "offset");
-    return editProject(arguments, arguments.patterns(), [&](const EditedParameter& edited) {
-        if (edited.data.viewList().empty() || edited.data.hasViewData(view))
+    return editProject(arguments, arguments.patterns(), [&](const FileParameter& parameter) {
+        if (parameter.data().viewList().empty() || parameter.data().hasViewData(view))
             return;
-        Prm::ParameterSplitViewEdit(edited.data, view).doIt();
+        Prm::ParameterSplitViewEdit(parameter.data(), view).doIt();
         if (offset != 0)
-            addOffset(edited, view, offset);
+            addOffset(parameter, view, offset);
     });
 }
 

@@ -1,11 +1,9 @@
 #include "tool/edit/Editing.h"
 
 #include "tool/Frames.h"
-#include "tool/Progress.h"
 #include "tool/Streams.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace Tool {
 
@@ -31,32 +29,17 @@ void tellMovedTimes(const QString& path, const FileViews& before, const FileView
     }
 }
 
-LineChanges changesTo(Project& project, int node, const Edit& edit) {
-    const FileParameter parameter = project.parameter(node);
+LineChanges changesTo(const ProjectText& text, const FileParameter& parameter, const Edit& edit) {
     const FileViews before = parameter.views();
-    const QString path = project.text().path(node);
-    edit({parameter, parameter.data(), path, project.kinds().of(parameter)});
+    edit(parameter);
     const FileViews after = parameter.views();
     if (before == after)
         return {};
-    tellMovedTimes(path, before, after);
-    return changedLines(project.text(), before, parameter, project.text().version());
+    tellMovedTimes(parameter.path(), before, after);
+    return changedLines(text, before, parameter, text.version());
 }
 
 } // namespace
-
-FileValue EditedParameter::value(const QString& given) const {
-    return {file.text(kind->written(given, path)), FileValue::noLine};
-}
-
-FileValue EditedParameter::sum(const FileValue& value, double offset) const {
-    if (!kind->isNumeric)
-        throw Problem("%1: only numbers have an offset", path);
-    const double sum = finiteNumber(value.text.trimmed(), path) + offset;
-    if (!std::isfinite(sum))
-        throw Problem("%1: %2 with that offset is too large", path, value.text.trimmed());
-    return {plainText(sum), value.line};
-}
 
 void declareOutput(Arguments& arguments) {
     arguments.option({"o", "output"}, "Writes to a file, - for standard output.", "OUT")
@@ -75,12 +58,8 @@ int editProject(const Arguments& arguments, const QStringList& patterns, const E
     outputOf(arguments);
     Project project(arguments);
     LineChanges changes;
-    const std::vector<int> nodes = project.parameters(patterns);
-    Progress progress("editing", nodes.size());
-    for (const int node : nodes) {
-        progress.step();
-        changes.merge(changesTo(project, node, edit));
-    }
+    project.forEach(project.parameters(patterns), "editing",
+                    [&](const FileParameter& parameter) { changes.merge(changesTo(project.text(), parameter, edit)); });
     return writeEdited(arguments, project.text(), changes);
 }
 

@@ -7,22 +7,8 @@
 
 namespace Tool {
 
-/// One parameter that a user edits, with what an edit needs to know of it.
-struct EditedParameter {
-    const FileParameter& file;
-    /// Without a way back for each step, which would be a copy of all keyframes.
-    FileParameter::Data& data;
-    QString path;
-    Kind kind;
-
-    /// A value for the parameter from a text that a person would write. Throws `Problem`.
-    FileValue value(const QString& given) const;
-    /// A number added to it. Values of other kinds throw `Problem`.
-    FileValue sum(const FileValue& value, double offset) const;
-};
-
 /// What is done to each parameter that the patterns name.
-using Edit = std::function<void(const EditedParameter& edited)>;
+using Edit = std::function<void(const FileParameter& parameter)>;
 
 void declareOutput(Arguments& arguments);
 /// Where to write. Throws `WrongUse` unless one place is named.

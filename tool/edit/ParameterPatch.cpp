@@ -88,8 +88,7 @@ public:
             }
         }
         const auto isOurs = [&](const FileLine& line) { return readLine(line.bytes).path == m_path; };
-        return std::all_of(lines.begin(), lines.end(), isOurs) &&
-               isWritten(FileParameter(m_edited.node(), lines, m_version).views());
+        return std::all_of(lines.begin(), lines.end(), isOurs) && isWritten(FileParameter(lines, m_version).views());
     }
 
 private:
@@ -316,8 +315,7 @@ LineChanges changedLines(const ProjectText& text, const FileViews& before, const
     if (!patch.isRight())
         patch.makeAllAnew();
     if (!patch.isRight())
-        throw Problem("%1: project text cannot hold the result, times are written with six digits",
-                      text.path(edited.node()));
+        throw Problem("%1: project text cannot hold the result, times are written with six digits", edited.path());
     return patch.changes();
 }
 
