@@ -396,13 +396,17 @@ private:
     PRM_NEVER_INLINE bool learnsToAskHooks() const;
     const void* asTyped(const std::type_info& valueType) const override;
     class Evaluation;
-    const Parameter& shownParameter() const;
+    PRM_NEVER_INLINE const Parameter& shownParameter() const;
     template <class Own, class General>
     auto askShown(const Own& own, const General& general) const -> decltype(own(std::declval<const Parameter&>()));
     template <class Choose> HeldTrack hold(const View& view, const Choose& choose) const;
     View sourceView(const FastViewMap& map, const View& view, bool apart, detail::SourceViews& sources) const;
-    PRM_ALWAYS_INLINE T ownValue(const Context& context, Cache* cache) const;
-    detail::Outside outside() const { return {m_extrapolationBefore, m_extrapolationAfter}; }
+    PRM_NEVER_INLINE T shownValue(const Context& context, Cache* cache) const;
+    T ownValue(const Context& context, Cache* cache) const;
+    PRM_ALWAYS_INLINE bool runsOtherCode() const;
+    PRM_ALWAYS_INLINE bool isEvaluated(const PVData& data, Time time, const detail::Protection& protection,
+                                       T& value) const;
+    PRM_ALWAYS_INLINE detail::Outside outside() const { return {m_extrapolationBefore, m_extrapolationAfter}; }
 
     /// "None" for the questions about keyframes.
     bool hidesKeyframesOf(const View& view) const;

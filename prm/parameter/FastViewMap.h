@@ -188,8 +188,13 @@ public:
     /// returns the view; block, map and the parameter's settings are then of one state. It is not called while all
     /// views read one block.
     template <class Choose> PRM_ALWAYS_INLINE const Block& protect(Protection& protection, const Choose& choose) const {
+        const Block* const shared = protectShared(protection);
+        return shared ? *shared : protectListed(protection, choose);
+    }
+    /// The same while all views read one block and nobody edits it; otherwise null.
+    PRM_ALWAYS_INLINE const Block* protectShared(Protection& protection) const {
         const Block* const only = m_only.load(std::memory_order_acquire);
-        return only && protection.protect(only, m_only) ? *only : protectListed(protection, choose);
+        return only && protection.protect(only, m_only) ? only : nullptr;
     }
 
     /// The same for the template.

@@ -83,7 +83,7 @@ auto Parameter<T>::askShown(const Own& own, const General& general) const
     };
     for (int attempt = 0;; ++attempt) {
         const quint64 before = detail::masterChanges.load();
-        const Parameter& shown = shownParameter();
+        const Parameter& shown = masterParameter() ? shownParameter() : *this;
         auto answer = &shown == this || !shown.asksHooks() ? own(shown) : askMaster(shown);
         if (detail::masterChanges.load() == before || attempt == patience)
             return answer;
@@ -222,34 +222,60 @@ private:
     const bool m_asksHooks;
 };
 
+/// Nearly every evaluation is of a parameter without a master whose views read one block. It is tried first: what the
+/// general way calls has to save registers, and what is saved has to be written before a block can be protected.
 template <class T> T Parameter<T>::value(const Context& context, Cache* cache) const {
+    const quint64 before = detail::masterChanges.load();
+    if (!masterParameter() && !runsOtherCode()) {
+        T value{};
+        detail::Protection protection;
+        const PVData* const data = m_views.protectShared(protection);
+        if (data && isEvaluated(*data, context.time, protection, value) && detail::masterChanges.load() == before)
+            return value;
+    }
+    return shownValue(context, cache);
+}
+
+template <class T> T Parameter<T>::shownValue(const Context& context, Cache* cache) const {
     return askShown([&](const Parameter& shown) { return shown.ownValue(context, cache); },
                     [&](const Parameter& shown) { return shown.value(context, cache); });
 }
 
 template <class T> T Parameter<T>::ownValue(const Context& context, Cache* cache) const {
-    // A type of a host's that blends brings functions of its own.
-    if constexpr (isPlain<T> || !blends<T>) {
-        if (!asksHooks()) {
-            detail::SourceViews sources;
-            detail::Protection protection;
-            const PVData& data = m_views.protect(protection, [&](const FastViewMap& map) {
-                return sourceView(map, context.view, Parameter::splittable(), sources);
-            });
-            const KeyframeVector& keyframes = data.keyframes;
-            if (!Parameter::isKeyframed() || (keyframes.isEmpty() && sources.size() < 2))
-                return data.staticValue;
-            if (sources.size() < 2) {
-                const detail::Bracket at = detail::bracketNear(keyframes.constData(), keyframes.size(), context.time,
-                                                               protection.thread().cursor());
-                if (!detail::asksHost(keyframes, at, outside()))
-                    return detail::valueAround(keyframes, at, outside(), context.time);
-            }
-        }
-    }
     T value{};
+    if (!runsOtherCode()) {
+        detail::SourceViews sources;
+        detail::Protection protection;
+        const PVData& data = m_views.protect(protection, [&](const FastViewMap& map) {
+            return sourceView(map, context.view, Parameter::splittable(), sources);
+        });
+        if (sources.size() < 2 && isEvaluated(data, context.time, protection, value))
+            return value;
+    }
     Evaluation(*this, context, cache)(&context.time, 1, &value);
     return value;
+}
+
+/// Whether evaluation may run code of a host's: hooks, or a value type that blends by functions of its own.
+template <class T> bool Parameter<T>::runsOtherCode() const {
+    return (blends<T> && !isPlain<T>) || asksHooks();
+}
+
+/// The value in protected data; false where a function that a host registered is needed for it.
+template <class T>
+bool Parameter<T>::isEvaluated(const PVData& data, Time time, const detail::Protection& protection, T& value) const {
+    const KeyframeVector& keyframes = data.keyframes;
+    if (!Parameter::isKeyframed() || keyframes.isEmpty()) {
+        value = data.staticValue;
+        return true;
+    }
+    const detail::Bracket at =
+        detail::bracketNear(keyframes.constData(), keyframes.size(), time, protection.thread().cursor());
+    const detail::Outside around = outside();
+    if (detail::asksHost(keyframes, at, around))
+        return false;
+    value = detail::valueAround(keyframes, at, around, time);
+    return true;
 }
 
 template <class T>

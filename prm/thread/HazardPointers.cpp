@@ -10,30 +10,33 @@ namespace Prm::detail {
 namespace {
 
 std::atomic<HazardPointers*> firstRecord{nullptr};
-thread_local HazardPointers* record = nullptr;
 
 } // namespace
 
+#if defined(__GNUC__)
+__thread HazardPointers* t_hazardPointers = nullptr;
+#else
+thread_local HazardPointers* t_hazardPointers = nullptr;
+#endif
+
 Protected::~Protected() = default;
 
-HazardPointers& HazardPointers::ofThisThread() {
-    if (record)
-        return *record;
+HazardPointers& HazardPointers::takeForThisThread() {
     static thread_local bool ended = false;
     struct Returned {
         ~Returned() {
-            record->m_taken.store(false, std::memory_order_release);
-            record = nullptr;
+            t_hazardPointers->m_taken.store(false, std::memory_order_release);
+            t_hazardPointers = nullptr;
             ended = true;
         }
     };
-    record = &takeOne();
+    t_hazardPointers = &takeOne();
     // What is taken by the last destructors of a thread stays taken.
     if (!ended) {
         static thread_local Returned returned;
         static_cast<void>(returned);
     }
-    return *record;
+    return *t_hazardPointers;
 }
 
 HazardPointers& HazardPointers::takeOne() {

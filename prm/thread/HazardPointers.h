@@ -49,7 +49,7 @@ private:
 /// One thread's record. Records are never freed; a new thread takes over that of one that has ended.
 class PRM_EXPORT HazardPointers {
 public:
-    static HazardPointers& ofThisThread();
+    PRM_ALWAYS_INLINE static HazardPointers& ofThisThread();
     /// A number that the thread keeps from one protection to the next.
     int& cursor() { return m_cursor; }
 
@@ -62,6 +62,7 @@ private:
     /// The block that is read, and the one whose lists lead to it.
     static constexpr std::size_t capacity = 2;
 
+    static HazardPointers& takeForThisThread();
     static HazardPointers& takeOne();
     bool isProtectedElsewhere(const Protected* block) const;
     void waitForReaders(const Protected* block) const;
@@ -75,6 +76,17 @@ private:
     std::atomic<bool> m_taken{true};
 };
 
+// Reached at once, and what follows is inlined, because an evaluation takes only a few times as long as a call.
+#if defined(__GNUC__)
+extern PRM_EXPORT __thread HazardPointers* t_hazardPointers __attribute__((tls_model("initial-exec")));
+#else
+extern PRM_EXPORT thread_local HazardPointers* t_hazardPointers;
+#endif
+
+HazardPointers& HazardPointers::ofThisThread() {
+    return t_hazardPointers ? *t_hazardPointers : takeForThisThread();
+}
+
 /// Lets other threads run, longer with every attempt (back-off).
 PRM_EXPORT void waitALittle(int attempt);
 
@@ -82,37 +94,39 @@ PRM_EXPORT void waitALittle(int attempt);
 /// say which block that is. There is one scope at a time on a thread.
 class Protection {
 public:
-    Protection() : m_thread(HazardPointers::ofThisThread()) { Q_ASSERT(!m_thread.m_pointers[0].load()); }
-    ~Protection() { release(); }
+    PRM_ALWAYS_INLINE Protection() : m_thread(HazardPointers::ofThisThread()) {
+        Q_ASSERT(!m_thread.m_pointers[0].load());
+    }
+    PRM_ALWAYS_INLINE ~Protection() { release(); }
     Protection(const Protection&) = delete;
     Protection& operator=(const Protection&) = delete;
 
     /// Protects the block that was read from the source. Returns false, with nothing protected, if the source has
     /// changed, in which case the block may already be deleted, or if a thread edits the block.
-    template <class Block> bool protect(const Block* block, const std::atomic<Block*>& source) {
+    template <class Block> PRM_ALWAYS_INLINE bool protect(const Block* block, const std::atomic<Block*>& source) {
         return publish(0, block, [&] { return source.load() == block; });
     }
     /// The same for a block that lives at least as long as the protection, or as the guide is protected.
-    bool protect(const Protected& block) {
+    PRM_ALWAYS_INLINE bool protect(const Protected& block) {
         return publish(0, &block, [] { return true; });
     }
-    bool protectGuide(const Protected& guide) {
+    PRM_ALWAYS_INLINE bool protectGuide(const Protected& guide) {
         return publish(1, &guide, [] { return true; });
     }
     void releaseGuide() { m_thread.m_pointers[1].store(nullptr, std::memory_order_release); }
-    void release() { m_thread.m_pointers[0].store(nullptr, std::memory_order_release); }
+    PRM_ALWAYS_INLINE void release() { m_thread.m_pointers[0].store(nullptr, std::memory_order_release); }
     HazardPointers& thread() const { return m_thread; }
 
 private:
     template <class IsStillThere>
-    bool publish(std::size_t place, const Protected* block, const IsStillThere& isStillThere) {
+    PRM_ALWAYS_INLINE bool publish(std::size_t place, const Protected* block, const IsStillThere& isStillThere) {
         m_thread.m_pointers[place].store(block, std::memory_order_seq_cst);
         if (isStillThere() && isReadable(*block))
             return true;
         m_thread.m_pointers[place].store(nullptr, std::memory_order_release);
         return false;
     }
-    bool isReadable(const Protected& block) const {
+    PRM_ALWAYS_INLINE bool isReadable(const Protected& block) const {
         const std::uint32_t editor = block.m_editor.load(std::memory_order_seq_cst);
         return editor == 0 || editor == m_thread.m_number;
     }

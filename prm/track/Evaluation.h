@@ -9,13 +9,14 @@
 namespace Prm::detail {
 
 /// Of several keyframes at one time, which `adjustKeyframesTime` may leave, the first one counts, as for edits.
-template <class Keyframe> int firstAtTime(const QVector<Keyframe>& keyframes, int found) {
+template <class Keyframe> PRM_ALWAYS_INLINE int firstAtTime(const QVector<Keyframe>& keyframes, int found) {
     const Time time = keyframes.at(found).time;
     return found > 0 && keyframes.at(found - 1).time == time ? lowerBound(keyframes, time) : found;
 }
 
 /// Whether a function that a host registered computes the value there.
-template <class Keyframe> bool asksHost(const QVector<Keyframe>& keyframes, Bracket at, Outside outside) {
+template <class Keyframe>
+PRM_ALWAYS_INLINE bool asksHost(const QVector<Keyframe>& keyframes, Bracket at, Outside outside) {
     if (at.before < 0 || at.after < 0)
         return (at.before < 0 ? outside.before : outside.after) >= Extrapolation::Custom0;
     return isCustom(keyframes.at(at.before).interpolationData);
