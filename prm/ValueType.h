@@ -29,7 +29,8 @@ PRM_EXPORT void addTextToHash(Bsc::Hash& hash, const QString& text);
 /// operators, and its `QVariant` conversions (T must be declared with Q_DECLARE_METATYPE).
 ///
 /// \snippet own_value_type.cpp type
-/// \threads Safe on any thread; the functions of a specialisation must be, too.
+/// \threads Safe on any thread; the functions of a specialisation must be, too. Values are copied and destroyed on
+/// several threads, which must not evaluate or edit a parameter.
 template <class T> struct GeneralValueType {
     /// The name in "Prm::Parameter<name>", the name of the parameter's meta-type.
     static QString name() { return QString::fromLatin1(QMetaType::typeName(qMetaTypeId<T>())); }

@@ -8,6 +8,7 @@
 #include "prm/track/KeyframeStretch.h"
 
 #include <algorithm>
+#include <exception>
 #include <vector>
 
 namespace Prm {
@@ -262,19 +263,27 @@ template <class T> void Parameter<T>::adjustKeyframesTime(const boost::function<
         const KeyframeVector list = shown->keyframes;
         std::vector<Time> mapped;
         mapped.reserve(static_cast<std::size_t>(list.size()));
-        for (const KeyframeData<T>& keyframe : list)
-            mapped.push_back(map(keyframe.time));
+        std::exception_ptr failure;
+        for (auto keyframe = list.begin(); keyframe != list.end() && guard.alive() && !failure; ++keyframe) {
+            try {
+                mapped.push_back(map(keyframe->time));
+            } catch (...) {
+                failure = std::current_exception();
+            }
+        }
+        // The mapping may have edited this very list, or removed it.
+        PVData* const data = guard.alive() ? m_views.findRealViewData(view) : nullptr;
+        if (data) {
+            LockedKeyframes lock(data);
+            const int count = std::min(static_cast<int>(mapped.size()), data->keyframes.size());
+            for (int i = 0; i < count; ++i)
+                lock.keyframes()[i].time = mapped[static_cast<std::size_t>(i)];
+            ++m_revision;
+        }
+        if (failure)
+            std::rethrow_exception(failure);
         if (!guard.alive())
             return;
-        // The mapping may have edited this very list, or removed it.
-        PVData* const data = m_views.findRealViewData(view);
-        if (!data)
-            continue;
-        LockedKeyframes lock(data);
-        const int count = std::min(list.size(), data->keyframes.size());
-        for (int i = 0; i < count; ++i)
-            lock.keyframes()[i].time = mapped[static_cast<std::size_t>(i)];
-        ++m_revision;
     }
 }
 
