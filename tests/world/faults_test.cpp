@@ -132,12 +132,12 @@ TEST_F(Faults, MembersTextAndSnapshotsLeaveTheWorldSound) {
 TEST_F(Faults, SavingLeavesTheFormerFileOrTheNewOne) {
     const QTemporaryDir folder;
     const QString name = folder.filePath("a.prm");
-    Exhibits world;
-    const std::string newer = world.file.text().toStdString();
+    const std::string newer = Exhibits().file.text().toStdString();
     const auto make = [&] {
+        const auto world = std::make_shared<Exhibits>();
         QFile file(name);
         EXPECT_TRUE(file.open(QIODevice::WriteOnly) && file.write("former") == 6);
-        return Attempt{[&] { world.file.save(name); },
+        return Attempt{[=] { world->file.save(name); },
                        [=] {
                            QFile now(name);
                            EXPECT_TRUE(now.open(QIODevice::ReadOnly));

@@ -74,7 +74,7 @@ void disturbEach(const Act& act, bool isCommand, const A& a, Who who) {
         EXPECT_TRUE(orphaned.acted && orphaned.own && orphaned.threw.empty());
 
         const Disturbed throwing(act, a, who, type, [](Disturbed&) { throw std::runtime_error("observer"); });
-        EXPECT_EQ(throwing.threw, act.name == edits[1].name ? "" : "observer");
+        EXPECT_EQ(throwing.threw, &act == &edits[1] ? "" : "observer");
         // What has been sent has happened, save commands and lines of text, which are taken back.
         const bool isUndone = throwing.state == throwing.former;
         const bool isSingle = undisturbed.heard.size() == 1;
