@@ -4,6 +4,7 @@
 #include "fuzz/Fuzz.h"
 #include "prm/MoveKeyframeEdit.h"
 #include "prm/ParameterEdits.h"
+#include "tests/world/Arguments.h"
 #include "tool/Checks.h"
 #include "tool/Project.h"
 #include "tool/ProjectDiff.h"
@@ -28,7 +29,7 @@ const QList<QByteArray> pieces =
                "a.value=2\n|a.views=[1, 0]\n|a.MasterParameterId=b\n|b.MasterParameterId=a\n")
         .split('|');
 
-QByteArray pieced(Fuzz::Choices choices) {
+QByteArray pieced(Worlds::Choices choices) {
     QByteArray text;
     while (!choices.atEnd()) {
         const QByteArray& piece = pieces.at(choices.below(pieces.size()));
@@ -80,7 +81,7 @@ void readEverything(const ProjectText& text) {
         HOLD(finding.line >= 0 && finding.line < std::max(text.lineCount(), 1));
 }
 
-void edit(FileParameter::Data& parameter, Fuzz::Choices& choices) {
+void edit(FileParameter::Data& parameter, Worlds::Choices& choices) {
     const double times[] = {1, 3, 4.5};
     const Prm::Context place(Prm::Time::fromDouble(times[choices.below(3)]),
                              Prm::View(static_cast<quint32>(choices.below(3))));
@@ -105,7 +106,7 @@ QByteArray linesOfOthers(const ProjectText& text, int node) {
     return lines;
 }
 
-void editEverything(const ProjectText& text, Fuzz::Choices& choices) {
+void editEverything(const ProjectText& text, Worlds::Choices& choices) {
     for (int node = 1; node < text.nodeCount(); ++node) {
         if (!text.node(node).isParameter())
             continue;
@@ -127,7 +128,7 @@ void editEverything(const ProjectText& text, Fuzz::Choices& choices) {
     }
 }
 
-void check(const QByteArray& bytes, Fuzz::Choices choices) {
+void check(const QByteArray& bytes, Worlds::Choices choices) {
     const ProjectText text(bytes);
     Fuzz::same("what is not edited is saved as it was", bytes, text.bytes());
     readEverything(text);
@@ -141,7 +142,7 @@ void check(const QByteArray& bytes, Fuzz::Choices choices) {
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const Fuzz::Choices choices(data, size);
+    const Worlds::Choices choices(data, size);
     check(Fuzz::bytesOf(data, size), choices);
     check(pieced(choices), choices);
     return 0;

@@ -18,7 +18,7 @@ public:
     Arguments& positional(const QString& name, const QString& purpose, const QString& syntax = {});
     Arguments& option(const QStringList& names, const QString& purpose, const QString& value = {});
     Arguments& option(const char* name, const QString& purpose, const QString& value = {}) {
-        return option(QStringList(name), purpose, value);
+        return option(QStringList(QLatin1String(name)), purpose, value);
     }
     /// --json and --csv.
     Arguments& tableOptions();

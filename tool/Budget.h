@@ -29,7 +29,7 @@ class Budget {
 public:
     /// `refusal` is the message when more is spent than there is, with %1 for the amount.
     Budget(qint64 most, const char* refusal) : m_left(most), m_refusal(QLatin1String(refusal)) {
-        m_refusal.replace("%1", QString::number(most));
+        m_refusal.replace(QLatin1String("%1"), QString::number(most));
     }
 
     /// Throws `Fault`, with the place before its message.

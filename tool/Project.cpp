@@ -84,7 +84,7 @@ void Project::declare(Arguments& arguments) {
         .option("types", "A file of such rules, one to a line.", "FILE");
 }
 
-void Project::declareWithPatterns(Arguments& arguments, const QString& syntax) {
+void Project::declareWithPatterns(Arguments& arguments, const char* syntax) {
     declare(arguments);
     arguments.positional("PATTERN", "Paths of parameters or groups, or shell patterns.", syntax);
 }

@@ -33,7 +33,7 @@ class Project {
 public:
     static void declare(Arguments& arguments);
     /// The same, for commands about the parameters that patterns name.
-    static void declareWithPatterns(Arguments& arguments, const QString& syntax = "PATTERN...");
+    static void declareWithPatterns(Arguments& arguments, const char* syntax = "PATTERN...");
     /// Reads what the arguments name. Throws `Problem`.
     explicit Project(const Arguments& arguments);
 

@@ -19,11 +19,9 @@ void print(const QByteArray& text);
 void writeOutput(const QString& name, const QByteArray& bytes);
 /// The text with a mark in place of all that is not to be seen, and could end a line or command a terminal.
 QString printable(QString text);
-/// One line on standard error, with the name of the program.
-template <class... Parts> void tell(const char* pattern, const Parts&... parts);
 /// Lines on standard error.
 void report(const QString& lines);
-
+/// One line on standard error, with the name of the program.
 template <class... Parts> void tell(const char* pattern, const Parts&... parts) {
     report("prm: " + message(pattern, parts...));
 }

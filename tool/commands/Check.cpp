@@ -9,43 +9,18 @@ namespace Tool {
 
 namespace {
 
-/// Checks file after file; one that cannot be used does not keep the others from being checked.
-class Checking {
-public:
-    explicit Checking(TableForm form) : m_form(form) {}
-
-    void add(const QString& file) {
-        std::vector<Finding> findings;
-        try {
-            findings = findingsIn(ProjectText(file));
-        } catch (const Problem& problem) {
-            tell("%1", problem.text());
-            m_exitCode = Unusable;
-            return;
-        }
-        if (!findings.empty())
-            m_exitCode = std::max<int>(m_exitCode, Findings);
-        QString text;
-        for (const Finding& finding : findings) {
-            if (m_form == TableForm::Plain) // As compilers write it.
-                text += message("%1:%2: %3\n", file, finding.line + 1, finding.message);
-            else
-                m_table.add({file, finding.line + 1, finding.message});
-        }
-        print(text.toUtf8());
+/// None, and an exit code, for a file that cannot be used: the others are checked all the same.
+std::vector<Finding> findingsOf(const QString& file, int& exitCode) {
+    try {
+        std::vector<Finding> findings = findingsIn(ProjectText(file));
+        exitCode = std::max<int>(exitCode, findings.empty() ? Fine : Findings);
+        return findings;
+    } catch (const Problem& problem) {
+        tell("%1", problem.text());
+        exitCode = Unusable;
+        return {};
     }
-
-    int finish() {
-        if (m_form != TableForm::Plain)
-            print(m_table.written(m_form));
-        return m_exitCode;
-    }
-
-private:
-    TableForm m_form;
-    Table m_table{{"file", "line", "finding"}};
-    int m_exitCode = Fine;
-};
+}
 
 } // namespace
 
@@ -55,10 +30,22 @@ int check(Arguments& arguments) {
         .example("prm check project.prm");
     if (!arguments.read())
         return Fine;
-    Checking checking(arguments.tableForm());
-    for (const QString& file : arguments.rest())
-        checking.add(file);
-    return checking.finish();
+    const TableForm form = arguments.tableForm();
+    Table table({"file", "line", "finding"});
+    int exitCode = Fine;
+    for (const QString& file : arguments.rest()) {
+        QString text;
+        for (const Finding& finding : findingsOf(file, exitCode)) {
+            if (form == TableForm::Plain) // As compilers write it.
+                text += message("%1:%2: %3\n", file, finding.line + 1, finding.message);
+            else
+                table.add({file, finding.line + 1, finding.message});
+        }
+        print(text.toUtf8());
+    }
+    if (form != TableForm::Plain)
+        print(table.written(form));
+    return exitCode;
 }
 
 } // namespace Tool

@@ -5,34 +5,40 @@
 #include "tool/PlotText.h"
 #include "tool/Project.h"
 #include "tool/Streams.h"
-#include "tool/TerminalSize.h"
 
 #include <QFileInfo>
 
 #include <algorithm>
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 namespace Tool {
 
 namespace {
 
-struct Limits {
-    int least;
-    int most;
-};
-
-constexpr Limits columnLimits{20, 1000};
-constexpr Limits rowLimits{4, 500};
-constexpr Limits pixelLimits{200, 20000};
-
 /// What an option says, otherwise `usual`. Throws `WrongUse` for a number out of its limits.
-int sizeOf(const Arguments& arguments, const QString& option, const Limits& limits, int usual) {
+int sizeOf(const Arguments& arguments, const QString& option, int least, int most, int usual) {
     if (!arguments.has(option))
         return usual;
     bool isNumber = false;
     const int size = arguments.value(option).toInt(&isNumber);
-    if (!isNumber || size < limits.least || size > limits.most)
-        throw WrongUse("--%1 is a number from %2 to %3", option, limits.least, limits.most);
+    if (!isNumber || size < least || size > most)
+        throw WrongUse("--%1 is a number from %2 to %3", option, least, most);
     return size;
+}
+
+/// How wide the terminal is on standard output; without one what COLUMNS says, or 80.
+int terminalColumns() {
+    winsize size{};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
+        return size.ws_col;
+    const int columns = qEnvironmentVariableIntValue("COLUMNS");
+    return columns > 0 ? columns : 80;
+}
+
+/// Whether standard output is a terminal, and its user has nothing against colours.
+bool wantsColours() {
+    return isatty(STDOUT_FILENO) == 1 && qEnvironmentVariableIsEmpty("NO_COLOR");
 }
 
 std::vector<Prm::View> viewsOf(const Arguments& arguments) {
@@ -81,24 +87,30 @@ void declare(Arguments& arguments) {
         .example("prm plot project.prm 'blur.*' --frames 0..100 -o blur.svg");
 }
 
-void plotPicture(const Arguments& arguments, PlotRequest request) {
-    const int width = sizeOf(arguments, "width", pixelLimits, 960);
-    const int height = sizeOf(arguments, "height", pixelLimits, 540);
-    const QString name = pictureName(arguments);
+Plot sampled(const Arguments& arguments, int samples) {
+    PlotRequest request = requestOf(arguments);
     Project project(arguments);
     request.parameters = project.parameters(arguments.patterns());
-    request.samples = 2 * width;
-    writeOutput(name, plotPicture(plotOf(project.kinds(), request), width, height));
+    request.samples = samples;
+    return plotOf(project.kinds(), request);
 }
 
-void plotInTerminal(const Arguments& arguments, PlotRequest request) {
-    const int usual = std::min(std::max(terminalColumns(), columnLimits.least), columnLimits.most);
-    const TextSize size{sizeOf(arguments, "width", columnLimits, usual), sizeOf(arguments, "height", rowLimits, 20),
+void drawPicture(const Arguments& arguments) {
+    constexpr int least = 200;
+    constexpr int most = 20000;
+    const int width = sizeOf(arguments, "width", least, most, 960);
+    const int height = sizeOf(arguments, "height", least, most, 540);
+    const QString name = pictureName(arguments);
+    writeOutput(name, plotPicture(sampled(arguments, 2 * width), width, height));
+}
+
+void drawInTerminal(const Arguments& arguments) {
+    constexpr int least = 20;
+    constexpr int most = 1000;
+    const int usual = std::min(std::max(terminalColumns(), least), most);
+    const TextSize size{sizeOf(arguments, "width", least, most, usual), sizeOf(arguments, "height", 4, 500, 20),
                         wantsColours()};
-    Project project(arguments);
-    request.parameters = project.parameters(arguments.patterns());
-    request.samples = 4 * size.columns;
-    print(plotText(plotOf(project.kinds(), request), size));
+    print(plotText(sampled(arguments, 4 * size.columns), size));
 }
 
 } // namespace
@@ -107,11 +119,10 @@ int plot(Arguments& arguments) {
     declare(arguments);
     if (!arguments.read())
         return Fine;
-    const PlotRequest request = requestOf(arguments);
     if (arguments.has("o"))
-        plotPicture(arguments, request);
+        drawPicture(arguments);
     else
-        plotInTerminal(arguments, request);
+        drawInTerminal(arguments);
     return Fine;
 }
 

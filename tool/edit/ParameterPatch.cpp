@@ -47,7 +47,7 @@ public:
 
     /// Keyframes and values that are as before stay where they are.
     void makeFewest() {
-        if (!hasSameViews(m_before, m_after) && !(m_before.empty() && hasOnlyFirstView()))
+        if (!hasSameViews() && !(m_before.empty() && hasOnlyFirstView()))
             changeViews();
         for (const auto& [view, data] : m_after) {
             const auto former = m_before.find(view);
@@ -62,7 +62,7 @@ public:
             if (isData(m_text.key(line)) && !isRefused(line))
                 drop(line);
         }
-        Lines& start = m_changes[firstData()].before;
+        Lines& start = startOfData();
         if (!hasOnlyFirstView() || !m_after.at(0).keys.empty())
             start.push_back(viewList());
         for (const auto& [view, data] : m_after) {
@@ -92,9 +92,9 @@ public:
     }
 
 private:
-    static bool hasSameViews(const FileViews& a, const FileViews& b) {
-        return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                          [](const auto& x, const auto& y) { return x.first == y.first; });
+    bool hasSameViews() const {
+        return std::equal(m_before.begin(), m_before.end(), m_after.begin(), m_after.end(),
+                          [](const auto& a, const auto& b) { return a.first == b.first; });
     }
     bool hasOnlyFirstView() const { return m_after.size() == 1 && m_after.begin()->first == 0; }
 
@@ -109,11 +109,16 @@ private:
     void drop(int line) { m_changes[line].own = Lines(); }
     void replace(int line, const QByteArray& bytes) { m_changes[line].own = Lines{bytes}; }
 
-    bool isDataLine(int line) const { return isData(m_text.key(line)); }
+    Lines& startOfData() {
+        const auto first =
+            std::find_if(m_lines.begin(), m_lines.end(), [&](int line) { return isData(m_text.key(line)); });
+        return m_changes[first == m_lines.end() ? m_lines.front() : *first].before;
+    }
 
-    int firstData() const {
-        const auto found = std::find_if(m_lines.begin(), m_lines.end(), [&](int line) { return isDataLine(line); });
-        return found == m_lines.end() ? m_lines.front() : *found;
+    Lines& endOfData() {
+        const auto last =
+            std::find_if(m_lines.rbegin(), m_lines.rend(), [&](int line) { return isData(m_text.key(line)); });
+        return last == m_lines.rend() ? startOfData() : m_changes[*last].after;
     }
 
     /// What a line says, without its path and view.
@@ -163,7 +168,7 @@ private:
             return;
         if (list != m_lines.rend())
             return replace(*list, viewList());
-        m_changes[firstData()].before.push_back(viewList());
+        startOfData().push_back(viewList());
         for (const auto& [view, data] : m_before) {
             const int line = data.value.line;
             if (line != FileValue::noLine && !namesView(line))
@@ -232,11 +237,6 @@ private:
         if (last == FileValue::noLine && !m_origins.empty())
             last = m_origins.rbegin()->first;
         return last == FileValue::noLine ? endOfData() : m_changes[last].after;
-    }
-
-    Lines& endOfData() {
-        const auto last = std::find_if(m_lines.rbegin(), m_lines.rend(), [&](int line) { return isDataLine(line); });
-        return last == m_lines.rend() ? m_changes[m_lines.front()].before : m_changes[*last].after;
     }
 
     void changeValue(quint32 view, const FileValue& former, const FileValue& value) {

@@ -98,7 +98,7 @@ private:
         }
         importRest(composition, isRoot);
         if (!isRoot)
-            m_root.addSubset(composition.set);
+            m_root.add(composition.set);
     }
 
     /// What belongs to the composition itself, after its layers.
@@ -118,7 +118,7 @@ private:
         importTiming(layer, path, set);
         importReferences(layer, path, set, composition);
         m_objects.importMembers(layer, {set, path, "layer"});
-        composition.set.addSubset(set);
+        composition.set.add(set);
     }
 
     void importFrameRate(const Composition& composition, ImportedSet& set) {
@@ -143,27 +143,24 @@ private:
         }
     }
 
+    /// Takes what names other sets, and removes it from the layer.
     void importReferences(QJsonObject& layer, const QString& path, ImportedSet& set, const Composition& composition) {
-        const QString parentKey = "parent";
-        const QString sourceKey = "refId";
-        // Not by take(), which leaks when memory runs out.
-        const QJsonValue parent = layer.value(parentKey);
-        const QJsonValue source = layer.value(sourceKey);
-        layer.remove(parentKey);
-        layer.remove(sourceKey);
-        if (!parent.isUndefined())
-            importReference(parentKey, composition.pathOfLayer.value(parent.toInt(-1)), jsonPathOf(path, parentKey),
-                            set, "it names no layer of its composition");
-        if (!source.isUndefined())
-            importReference("composition", m_pathOfComposition.value(source.toString()), jsonPathOf(path, sourceKey),
-                            set, "it names no composition of the file");
-    }
-    void importReference(const QString& name, const QString& target, const QString& path, ImportedSet& set,
-                         const QString& obstacle) {
-        if (target.isEmpty())
-            m_objects.leaveOut(path, obstacle);
-        else
-            m_objects.hold(path, set.addText(name, target));
+        const auto take = [&](const QString& key, const QString& name, const auto& targetOf, const char* obstacle) {
+            // Not by take(), which leaks when memory runs out.
+            const QJsonValue value = layer.value(key);
+            layer.remove(key);
+            const QString target = targetOf(value);
+            if (!value.isUndefined() && target.isEmpty())
+                m_objects.leaveOut(jsonPathOf(path, key), obstacle);
+            else if (!value.isUndefined())
+                m_objects.hold(jsonPathOf(path, key), set.addText(name, target));
+        };
+        take(
+            "parent", "parent", [&](const auto& value) { return composition.pathOfLayer.value(value.toInt(-1)); },
+            "it names no layer of its composition");
+        take(
+            "refId", "composition", [&](const auto& value) { return m_pathOfComposition.value(value.toString()); },
+            "it names no composition of the file");
     }
 
     QJsonObject m_json;

@@ -22,10 +22,10 @@ bool ImportReport::hasLosses() const {
     return std::any_of(m_entries.begin(), m_entries.end(), isLoss);
 }
 
-void ImportReport::addShiftedTimes(int keyframes, double greatestShift) {
-    ++m_shiftedProperties;
-    m_shiftedKeyframes += keyframes;
-    m_greatestShift = std::max(m_greatestShift, greatestShift);
+void ImportReport::addMovedKeyframes(int keyframes, double farthest) {
+    m_movedProperties += keyframes > 0 ? 1 : 0;
+    m_movedKeyframes += keyframes;
+    m_farthestMove = std::max(m_farthestMove, farthest);
 }
 
 QByteArray ImportReport::table() const {
@@ -51,9 +51,9 @@ QString ImportReport::summary() const {
     text += message("%1 held, %2 changed, %3 left out", counts[0], counts[1], counts[2]);
     if (settings > 0)
         text += message(" (%1 of them settings that do not animate)", settings);
-    if (m_shiftedKeyframes > 0)
+    if (m_movedKeyframes > 0)
         text += message("\nin project text, which rounds times, %1 keyframes of %2 properties move by up to %3 frames",
-                        m_shiftedKeyframes, m_shiftedProperties, m_greatestShift);
+                        m_movedKeyframes, m_movedProperties, m_farthestMove);
     return text;
 }
 

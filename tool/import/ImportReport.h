@@ -27,8 +27,8 @@ public:
     /// Whether anything that animates, or could, is not held as it is.
     bool hasLosses() const;
 
-    /// Times that project text writes differently, with six digits.
-    void addShiftedTimes(int keyframes, double greatestShift);
+    /// Of one property, those whose times project text writes differently, with six digits.
+    void addMovedKeyframes(int keyframes, double farthest);
 
     /// A line for each entry, columns separated by tabs, after a line with their names.
     QByteArray table() const;
@@ -37,9 +37,9 @@ public:
 
 private:
     QVector<ImportEntry> m_entries;
-    int m_shiftedProperties = 0;
-    int m_shiftedKeyframes = 0;
-    double m_greatestShift = 0.0;
+    int m_movedProperties = 0;
+    int m_movedKeyframes = 0;
+    double m_farthestMove = 0.0;
 };
 
 } // namespace Tool

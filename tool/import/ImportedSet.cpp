@@ -38,15 +38,14 @@ ImportedSet ImportedSet::makeCompound(const QString& wantedName) {
     return compound;
 }
 
-void ImportedSet::addCompound(const ImportedSet& compound) {
-    m_set->addParameter(boost::dynamic_pointer_cast<Prm::ParameterWithoutType>(compound.m_set));
+void ImportedSet::add(const ImportedSet& made) {
+    if (const auto compound = boost::dynamic_pointer_cast<Prm::CompoundParameter>(made.m_set))
+        m_set->addParameter(compound);
+    else
+        m_set->addParameterSet(made.m_set);
 }
 
-void ImportedSet::addSubset(const ImportedSet& subset) {
-    m_set->addParameterSet(subset.m_set);
-}
-
-template <class T> QString ImportedSet::add(const boost::shared_ptr<T>& parameter) {
+template <class T> QString ImportedSet::addParameter(const boost::shared_ptr<T>& parameter) {
     m_set->addParameter(parameter);
     return pathOf(parameter->scriptName());
 }
@@ -58,19 +57,19 @@ QString ImportedSet::addCurve(const QString& wantedName, const LottieCurve& curv
         const int index = number->vSetValue(key.value, key.time);
         number->vSetInterpolationData(key.interpolationData, static_cast<unsigned int>(index), Prm::View());
     }
-    return add(number);
+    return addParameter(number);
 }
 
 QString ImportedSet::addStillNumber(const QString& wantedName, double value) {
     const auto number = boost::make_shared<Number>(m_names.take(wantedName), value, Prm::Splittable);
     number->vSetValue(value, Prm::Context());
-    return add(number);
+    return addParameter(number);
 }
 
 QString ImportedSet::addText(const QString& wantedName, const QString& text) {
     const auto parameter = boost::make_shared<Prm::Parameter<QString>>(m_names.take(wantedName), text, Prm::Splittable);
     parameter->vSetValue(text, Prm::Context());
-    return add(parameter);
+    return addParameter(parameter);
 }
 
 } // namespace Tool

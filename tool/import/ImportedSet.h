@@ -20,11 +20,11 @@ public:
 
     /// A set for this one, not listed yet.
     ImportedSet makeSubset(const QString& wantedName, const QString& displayName = {});
-    void addSubset(const ImportedSet& subset);
-    /// A compound for this set, not listed yet, which takes numbers only.
+    /// The same as a compound, which takes numbers only.
     ImportedSet makeCompound(const QString& wantedName);
-    void addCompound(const ImportedSet& compound);
-    /// Adders return the path of what was added.
+    /// Lists what was made for this one.
+    void add(const ImportedSet& made);
+    /// These return the path of what was added.
     QString addCurve(const QString& wantedName, const LottieCurve& curve);
     QString addStillNumber(const QString& wantedName, double value);
     QString addText(const QString& wantedName, const QString& text);
@@ -35,7 +35,7 @@ public:
 
 private:
     QString pathOf(const QString& name) const;
-    template <class T> QString add(const boost::shared_ptr<T>& parameter);
+    template <class T> QString addParameter(const boost::shared_ptr<T>& parameter);
 
     boost::shared_ptr<Prm::ParameterSet> m_set;
     QString m_path;

@@ -105,16 +105,20 @@ void LottieObject::importNamedObject(const QString& key, const QJsonObject& obje
     const bool named = name == QLatin1String("style") || name == QLatin1String("selector");
     importMembers(object, {set, place.jsonPath, named ? name : kindOfObject(object, key)});
     if (!set.isEmpty())
-        place.set.addSubset(set);
+        place.set.add(set);
 }
 
 void LottieObject::importProperty(const QJsonObject& json, const Place& place, const QString& name, bool colour) {
-    if (json.value(expressionKey).isString())
+    const bool hasExpression = json.value(expressionKey).isString();
+    if (hasExpression)
         leaveOut(jsonPathOf(place.jsonPath, expressionKey), "an expression");
-    LottieProperty property = readLottieProperty(json);
-    if (!property.obstacle.isEmpty())
-        return leaveOut(place.jsonPath, property.obstacle);
-    if (json.value(expressionKey).isString())
+    LottieProperty property;
+    try {
+        property = readLottieProperty(json);
+    } catch (const Problem& obstacle) {
+        return leaveOut(place.jsonPath, obstacle.text());
+    }
+    if (hasExpression)
         property.changes.prepend("held as it is without its expression");
     if (property.components.size() > 1)
         m_budget.spend(bytesOfCompound, place.jsonPath);
@@ -123,7 +127,9 @@ void LottieObject::importProperty(const QJsonObject& json, const Place& place, c
         const qint64 path = place.set.path().size() + name.size();
         m_budget.spend(bytesOfParameter + bytesOfKeyframe * curve.keyframes.size() + path * lines, place.jsonPath);
     }
-    const QStringList changes = property.changes + changesOnSaving(property);
+    const LottieLosses losses = lossesInText(property);
+    m_report.addMovedKeyframes(losses.movedKeyframes, losses.farthestMove);
+    const QStringList changes = property.changes + losses.texts;
     const QString path = addComponents(property, place.set, name, colour);
     if (changes.isEmpty())
         hold(place.jsonPath, path);
@@ -139,22 +145,8 @@ QString LottieObject::addComponents(const LottieProperty& property, ImportedSet&
     int index = 0;
     for (const LottieCurve& curve : property.components)
         vector.addCurve(componentName(index++, colour), curve);
-    set.addCompound(vector);
+    set.add(vector);
     return vector.path();
-}
-
-QStringList LottieObject::changesOnSaving(const LottieProperty& property) {
-    const LossInText loss = lossInText(property);
-    QStringList changes;
-    if (loss.shiftedTimes > 0) {
-        m_report.addShiftedTimes(loss.shiftedTimes, loss.greatestShift);
-        changes.append(message("in project text, times move by up to %2: %1", loss.shiftedTimes, loss.greatestShift));
-    }
-    if (loss.mergedTimes > 0)
-        changes.append(message("in project text, keyframes merge with the one before them: %1", loss.mergedTimes));
-    if (loss.roundedHandles > 0)
-        changes.append(message("in project text, numbers of handles are rounded: %1", loss.roundedHandles));
-    return changes;
 }
 
 void LottieObject::importSeparated(const QJsonObject& object, const Place& place, const QString& name) {
@@ -165,10 +157,8 @@ void LottieObject::importSeparated(const QJsonObject& object, const Place& place
     });
     ImportedSet group = isVector ? place.set.makeCompound(name) : place.set.makeSubset(name);
     importMembers(dimensions, {group, place.jsonPath, {}});
-    if (!group.isEmpty() && isVector)
-        place.set.addCompound(group);
-    else if (!group.isEmpty())
-        place.set.addSubset(group);
+    if (!group.isEmpty())
+        place.set.add(group);
 }
 
 void LottieObject::importGradient(const QJsonObject& object, const QString& jsonPath) {
@@ -190,7 +180,7 @@ void LottieObject::importList(const QString& key, const QJsonArray& list, const 
     m_budget.spend(bytesOfSet, place.jsonPath);
     importElements(key, list, {set, place.jsonPath, place.kind});
     if (!set.isEmpty())
-        place.set.addSubset(set);
+        place.set.add(set);
 }
 
 void LottieObject::importElements(const QString& key, const QJsonArray& list, const Place& place) {
@@ -221,7 +211,7 @@ void LottieObject::importElement(const QString& key, const QJsonObject& element,
     ImportedSet set = place.set.makeSubset(name, title);
     reportName(element, place.jsonPath, set);
     importMembers(element, {set, place.jsonPath, kind});
-    place.set.addSubset(set);
+    place.set.add(set);
 }
 
 } // namespace Tool

@@ -42,7 +42,6 @@ private:
     void importList(const QString& key, const QJsonArray& list, const Place& place);
     void importElements(const QString& key, const QJsonArray& list, const Place& place);
     void importElement(const QString& key, const QJsonObject& element, const Place& place);
-    QStringList changesOnSaving(const LottieProperty& property);
     void add(const ImportEntry& entry);
 
     ImportReport& m_report;

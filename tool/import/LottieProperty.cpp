@@ -39,7 +39,7 @@ QVector<double> numbers(const QJsonValue& json) {
     return list;
 }
 
-QString whatIsNoNumber(const QJsonValue& json) {
+const char* whatIsNoNumber(const QJsonValue& json) {
     const QJsonObject object = json.isArray() ? json.toArray().at(0).toObject() : json.toObject();
     if (object.contains(QLatin1String("v")))
         return "a path";
@@ -57,14 +57,9 @@ class Keys {
 public:
     Keys(const QJsonArray& json, LottieProperty& property) : m_property(property) {
         read(json);
-        if (!failed())
-            checkSizes();
-        if (!failed())
-            sort();
-        if (!failed())
-            complete();
-        if (failed())
-            return;
+        checkSizes();
+        sort();
+        complete();
         mergeSimultaneous();
         straighten();
         m_property.components.resize(static_cast<std::size_t>(dimensions()));
@@ -75,13 +70,11 @@ public:
     }
 
 private:
-    bool failed() const { return !m_property.obstacle.isEmpty(); }
-    void fail(const QString& obstacle) { m_property.obstacle = obstacle; }
     void change(const QString& what) { m_property.changes.append(what); }
 
     void read(const QJsonArray& json) {
         m_keys.reserve(static_cast<std::size_t>(json.size()));
-        for (int i = 0; i < json.size() && !failed(); ++i)
+        for (int i = 0; i < json.size(); ++i)
             readKey(json.at(i), i);
     }
     void readKey(const QJsonValue& json, int index) {
@@ -89,7 +82,7 @@ private:
         key.json = json.toObject();
         const QJsonValue time = key.json.value(QLatin1String("t"));
         if (!time.isDouble() || !(std::abs(time.toDouble()) <= Prm::Time::LARGEST_VALID_VALUE))
-            return fail(message("keyframe %1 has no usable time", index));
+            throw Problem("keyframe %1 has no usable time", index);
         key.time = time.toDouble();
         const QJsonValue hold = key.json.value(QLatin1String("h"));
         key.hold = hold.toInt() == 1 || hold.toBool();
@@ -97,7 +90,7 @@ private:
         key.value = numbers(start);
         key.end = numbers(key.json.value(QLatin1String("e")));
         if (!start.isUndefined() && !start.isNull() && key.value.isEmpty())
-            return fail(whatIsNoNumber(start));
+            throw Problem(whatIsNoNumber(start));
         m_keys.push_back(key);
     }
 
@@ -114,7 +107,7 @@ private:
         int jumps = 0;
         int unknown = 0;
         if (m_keys.empty() || m_keys.front().value.isEmpty())
-            return fail("the first keyframe has no value");
+            throw Problem("the first keyframe has no value");
         for (std::size_t i = 1; i < m_keys.size(); ++i) {
             const Key& former = m_keys[i - 1];
             Key& key = m_keys[i];
@@ -142,7 +135,7 @@ private:
             longest = std::max({longest, key.value.size(), key.end.size()});
         }
         if (static_cast<qint64>(m_keys.size()) * longest > alwaysAllowed + most * written)
-            fail("most of its keyframes lack most components");
+            throw Problem("most of its keyframes lack most components");
     }
 
     void mergeSimultaneous() {
@@ -231,36 +224,46 @@ LottieProperty readLottieProperty(const QJsonObject& json) {
         const Keys keys(value.toArray(), property);
         return property;
     }
+    if (value.isUndefined())
+        throw Problem("its value stands elsewhere, in a slot");
+    if (value.isArray() && value.toArray().isEmpty())
+        throw Problem("it has no value");
     for (const double number : numbers(value))
         property.components.push_back({number, {}});
-    if (value.isUndefined())
-        property.obstacle = "its value stands elsewhere, in a slot";
-    else if (value.isArray() && value.toArray().isEmpty())
-        property.obstacle = "it has no value";
-    else if (property.components.empty())
-        property.obstacle = whatIsNoNumber(value);
+    if (property.components.empty())
+        throw Problem(whatIsNoNumber(value));
     return property;
 }
 
-LossInText lossInText(const LottieProperty& property) {
-    LossInText loss;
+LottieLosses lossesInText(const LottieProperty& property) {
+    int moved = 0;
+    int merged = 0;
+    int roundedHandles = 0;
+    double farthest = 0;
     for (const LottieCurve& curve : property.components) {
         Prm::Time former = Prm::Time::INVALID;
         for (const auto& key : curve.keyframes) {
             const Prm::IType& shape = key.interpolationData;
             for (const double number : {shape.x1, shape.y1, shape.x2, shape.y2})
-                loss.roundedHandles += QString::number(number, 'g', 6).toDouble() != number ? 1 : 0;
+                roundedHandles += QString::number(number, 'g', 6).toDouble() != number ? 1 : 0;
             // The components have the same times.
             if (&curve != &property.components.front())
                 continue;
             const Prm::Time written = Prm::writtenTime(key.time);
-            loss.shiftedTimes += written != key.time ? 1 : 0;
-            loss.mergedTimes += written == former ? 1 : 0;
-            loss.greatestShift = std::max(loss.greatestShift, std::abs(written - key.time));
+            moved += written != key.time ? 1 : 0;
+            merged += written == former ? 1 : 0;
+            farthest = std::max(farthest, std::abs(written - key.time));
             former = written;
         }
     }
-    return loss;
+    LottieLosses losses{{}, moved, farthest};
+    if (moved > 0)
+        losses.texts += message("in project text, times move by up to %2: %1", moved, farthest);
+    if (merged > 0)
+        losses.texts += message("in project text, keyframes merge with the one before them: %1", merged);
+    if (roundedHandles > 0)
+        losses.texts += message("in project text, numbers of handles are rounded: %1", roundedHandles);
+    return losses;
 }
 
 } // namespace Tool

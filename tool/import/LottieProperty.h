@@ -23,22 +23,20 @@ struct LottieProperty {
     std::vector<LottieCurve> components;
     /// What is not as the file has it, in plain words.
     QStringList changes;
-    /// Why it cannot be held; then there are no components.
-    QString obstacle;
 };
 
 /// What project text, which writes six digits, makes of a property's keyframes.
-struct LossInText {
-    int shiftedTimes = 0;
-    int mergedTimes = 0;
-    double greatestShift = 0.0;
-    int roundedHandles = 0;
+struct LottieLosses {
+    /// In plain words.
+    QStringList texts;
+    int movedKeyframes = 0;
+    double farthestMove = 0.0;
 };
 
 /// Whether the object has the form of an animatable property: a value or keyframes, or the name of a shared one.
 bool isLottieProperty(const QJsonObject& object);
-/// Takes present and older forms of keyframes.
+/// Takes present and older forms of keyframes. Throws `Problem` with what keeps the property from being held.
 LottieProperty readLottieProperty(const QJsonObject& json);
-LossInText lossInText(const LottieProperty& property);
+LottieLosses lossesInText(const LottieProperty& property);
 
 } // namespace Tool
