@@ -400,7 +400,13 @@ private:
     template <class Own, class General>
     auto askShown(const Own& own, const General& general) const -> decltype(own(std::declval<const Parameter&>()));
     template <class Choose> HeldTrack hold(const View& view, const Choose& choose) const;
-    View sourceView(const FastViewMap& map, const View& view, bool apart, detail::SourceViews& sources) const;
+    /// What decides from which views a value is made.
+    struct Traits {
+        bool keyframed = false;
+        bool splittable = false;
+    };
+    Traits ownTraits() const { return {Parameter::isKeyframed(), Parameter::splittable()}; }
+    View sourceView(const FastViewMap& map, const View& view, Traits traits, detail::SourceViews& sources) const;
     PRM_NEVER_INLINE T shownValue(const Context& context, Cache* cache) const;
     T ownValue(const Context& context, Cache* cache) const;
     PRM_ALWAYS_INLINE bool runsOtherCode() const;

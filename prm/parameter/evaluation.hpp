@@ -115,13 +115,14 @@ auto Parameter<T>::hold(const View& view, const Choose& choose) const -> HeldTra
 
 /// The first of the source views of a view; `sources` has all of them with view interpolation.
 template <class T>
-View Parameter<T>::sourceView(const FastViewMap& map, const View& view, bool apart,
+View Parameter<T>::sourceView(const FastViewMap& map, const View& view, Traits traits,
                               detail::SourceViews& sources) const {
     sources = {};
-    if (!apart)
+    if (!traits.splittable)
         return View::INVALID();
     MVInterpolationParams params = viewInterpolation();
-    if (params.mode == MVInterpolationParams::Off)
+    // Static values are never made from several views.
+    if (params.mode == MVInterpolationParams::Off || !traits.keyframed)
         return view;
     if (!blends<T>)
         params.mode = MVInterpolationParams::Nearest;
@@ -146,18 +147,17 @@ private:
 
     /// False where an assignment has changed meanwhile what a class of a host's says of itself.
     bool isFromOneState(const Time* times, int count, T* out, bool mayAskAgain) {
-        const bool keyframed = m_asksHooks && m_parameter.isKeyframed();
-        const bool apart = m_asksHooks && m_parameter.splittable();
+        const Traits asked = askedTraits();
         detail::SourceViews sources;
         {
             const HeldTrack held = m_parameter.hold(m_context.view, [&](const FastViewMap& map) {
-                const bool told = m_asksHooks ? apart : m_parameter.Parameter::splittable();
-                return m_parameter.sourceView(map, m_context.view, told, sources);
+                const Traits traits = m_asksHooks ? asked : m_parameter.ownTraits();
+                return m_parameter.sourceView(map, m_context.view, traits, sources);
             });
-            if (m_asksHooks && mayAskAgain &&
-                (m_parameter.isKeyframed() != keyframed || m_parameter.splittable() != apart))
+            const Traits now = askedTraits();
+            if (mayAskAgain && (now.keyframed != asked.keyframed || now.splittable != asked.splittable))
                 return false;
-            if (!(m_asksHooks ? keyframed : held.settings.keyframed))
+            if (!(m_asksHooks ? asked.keyframed : held.settings.keyframed))
                 std::fill_n(out, count, held.track.staticValue);
             else if (sources.size() < 2)
                 evaluate(held, times, count, out);
@@ -165,6 +165,10 @@ private:
         if (sources.size() > 1)
             blend(sources, times, count, out);
         return true;
+    }
+
+    Traits askedTraits() const {
+        return m_asksHooks ? Traits{m_parameter.isKeyframed(), m_parameter.splittable()} : Traits{};
     }
 
     /// One view after the other: each contributes values that it had meanwhile.
@@ -246,9 +250,8 @@ template <class T> T Parameter<T>::ownValue(const Context& context, Cache* cache
     if (!runsOtherCode()) {
         detail::SourceViews sources;
         detail::Protection protection;
-        const PVData& data = m_views.protect(protection, [&](const FastViewMap& map) {
-            return sourceView(map, context.view, Parameter::splittable(), sources);
-        });
+        const PVData& data = m_views.protect(
+            protection, [&](const FastViewMap& map) { return sourceView(map, context.view, ownTraits(), sources); });
         if (sources.size() < 2 && isEvaluated(data, context.time, protection, value))
             return value;
     }
