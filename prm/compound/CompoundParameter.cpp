@@ -34,7 +34,8 @@ CompoundParameter::CompoundParameter(const QString& name, bool keyframeTogether,
 }
 
 CompoundParameter::CompoundParameter(const CompoundParameter& other)
-    : ParameterWithoutTypeBase(other), ParameterSet(other), m_keyframeTogether(other.m_keyframeTogether) {
+    : Bsc::MementoUndoable(other), ParameterWithoutTypeBase(other), ParameterSet(other),
+      m_keyframeTogether(other.m_keyframeTogether) {
     PartWalk(*this).forEach([this](ParameterWithoutType& parameter) { addUpstreamParameter(parameter); });
 }
 

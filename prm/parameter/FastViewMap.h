@@ -369,14 +369,14 @@ template <class T> class HeldTrack : public HeldCopy {
 public:
     /// What an assignment changes together with the data.
     struct Settings {
-        bool keyframed;
+        bool keyframed = false;
         Outside outside;
     };
 
     HeldTrack(const FastViewMap<T>& map, const PVData<T>& block, View askedView, const Settings& present,
               const Protection& protection)
-        : HeldCopy(block, map.templateData(), protection.thread()), track(block), settings(present), view(block.view),
-          asked(askedView) {}
+        : HeldCopy(block, map.templateData(), protection.thread()), track(static_cast<const Track<T>&>(block)),
+          settings(present), view(block.view), asked(askedView) {}
     HeldTrack(const HeldTrack& around, View askedView, const Protection& protection)
         : HeldCopy(around, protection.thread()), track(around.track), settings(around.settings), view(around.view),
           asked(askedView) {}

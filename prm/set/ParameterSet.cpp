@@ -36,8 +36,8 @@ ParameterSet::ParameterSet(const QString& name, ParameterTree* tree) : m_tree(tr
 }
 
 ParameterSet::ParameterSet(const ParameterSet& other)
-    : detail::Mortal(other), m_scriptName(other.m_scriptName), m_name(other.m_name), m_displayName(other.m_displayName),
-      m_tree(nullptr) {
+    : Bsc::MementoUndoable(other), detail::Mortal(other), m_scriptName(other.m_scriptName), m_name(other.m_name),
+      m_displayName(other.m_displayName), m_tree(nullptr) {
     copyMembersFrom(other);
 }
 
