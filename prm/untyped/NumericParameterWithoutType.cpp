@@ -7,7 +7,7 @@ NumericParameterWithoutType::NumericParameterWithoutType(ParameterSet* parent) {
 }
 
 NumericParameterWithoutType::NumericParameterWithoutType(const NumericParameterWithoutType& other)
-    : ParameterWithoutType() {
+    : Bsc::MementoUndoable(other), ParameterWithoutType(other) {
     initialise(other);
 }
 

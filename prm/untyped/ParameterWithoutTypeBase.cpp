@@ -13,7 +13,7 @@ ParameterWithoutTypeBase::ParameterWithoutTypeBase(bool locked, bool hidden, Par
     : ParameterWithoutType(locked, hidden, parent) {}
 
 ParameterWithoutTypeBase::ParameterWithoutTypeBase(const ParameterWithoutTypeBase& other)
-    : ParameterWithoutType(other), m_animatable(other.m_animatable) {}
+    : Bsc::MementoUndoable(other), ParameterWithoutType(other), m_animatable(other.m_animatable) {}
 
 ParameterWithoutTypeBase::~ParameterWithoutTypeBase() {
     announceDeletion();
