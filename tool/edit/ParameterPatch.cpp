@@ -213,14 +213,17 @@ private:
         while (next != former.keys.end())
             dropAt(view, *next++);
         // For a time, the first line that has a later one: those before it are not later.
+        if (fresh.empty())
+            return;
         std::vector<std::pair<Prm::Time, int>> latest;
+        latest.reserve(kept.size());
         for (const auto& [line, time] : kept)
             latest.emplace_back(latest.empty() ? time : std::max(latest.back().first, time), line);
-        Lines* const end = fresh.empty() ? nullptr : &endOfKeyframes(former);
+        Lines& end = endOfKeyframes(former);
         for (const FileKeyframe* const key : fresh) {
             const auto later = std::upper_bound(latest.begin(), latest.end(), key->time,
                                                 [](Prm::Time time, const auto& each) { return time < each.first; });
-            Lines& place = later == latest.end() ? *end : m_changes[later->second].before;
+            Lines& place = later == latest.end() ? end : m_changes[later->second].before;
             place.push_back(keyframeLine(view, *key));
         }
     }

@@ -2,6 +2,8 @@
 
 #include "tool/Problem.h"
 
+#include <QStringList>
+
 #include <algorithm>
 #include <array>
 
