@@ -191,7 +191,7 @@ public:
         const Block* const shared = protectShared(protection);
         return shared ? *shared : protectListed(protection, choose);
     }
-    /// The same while all views read one block and nobody edits it; otherwise null.
+    /// The same while all views read one block and no thread edits it; otherwise null.
     PRM_ALWAYS_INLINE const Block* protectShared(Protection& protection) const {
         const Block* const only = m_only.load(std::memory_order_acquire);
         return only && protection.protect(only, m_only) ? only : nullptr;

@@ -51,7 +51,7 @@ void ParameterSet::writeMembers(QTextStream& stream, const QString& path, bool w
         subset.set->bStreamOut(stream, withPrefixForSubsets ? path : QString(), withPrefixForSubsets);
 }
 
-/// What is left of a line after the names of sets. It becomes a text of its own for a parameter alone.
+/// The rest of a line after the names of sets. It becomes a text of its own for a parameter alone.
 class ParameterSet::Rest {
 public:
     explicit Rest(const QString& line) : m_text(line), m_view(m_text) {}
