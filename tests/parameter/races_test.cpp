@@ -136,7 +136,7 @@ template <class Kind, class T> struct Script {
                 a.kind = 1 + a.kind % 2;
             Kind& own = choose.below(4) > 0 ? asked : first;
             Kind& other = choose.yes() && &own != &first ? first : second;
-            steps.push_back([this, &act, a, &own, &other, byHand = i % 2 > 0]() mutable {
+            steps.push_back([&act, a, &own, &other, byHand = i % 2 > 0]() mutable {
                 a.aim(own, a.number + a.kind);
                 Command command;
                 try {
