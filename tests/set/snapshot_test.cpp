@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 using namespace Prm;
-using Number = NumericParameter<double>;
 
 namespace {
 
