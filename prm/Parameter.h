@@ -30,6 +30,7 @@ template <class T> class PRM_EXPORT Parameter;
 template <class T> class PRM_EXPORT CurveParameter;
 
 namespace detail {
+struct InsertionPlace;
 
 /// `Parameter<T>::setVariantValue` without its checks, for a host's override of it: at a frame's time of a keyframed
 /// parameter does what `vSetValue` does, otherwise sets the static value. Exceptions of observers and hooks pass
@@ -421,11 +422,22 @@ private:
                       const Question& question) const -> decltype(none);
     template <class Find> int findKeyframe(const View& view, const Find& find) const;
 
+    /// A keyframe that was asked for: new, or the one that was there.
+    struct Inserted {
+        PVData* data = nullptr;
+        int position = -1;
+        bool isNew = false;
+    };
+
     PVData* targetData(const View& view, const detail::Track<T>* contents = nullptr);
+    PVData* makeTargetData(const View& view, View target, const detail::Track<T>* contents);
     PVData* ownData(const View& view, const detail::Track<T>* contents);
     static bool storeStaticValue(PVData& data, const T& value);
     static bool storeKeyframeValue(PVData& data, int position, const T& value);
-    int insertKeyframe(const View& view, Time time, const T& value);
+    Inserted insertKeyframe(PVData* data, const View& view, Time time, const T& value);
+    template <class ShapeOf>
+    Inserted insertAt(const detail::InsertionPlace& place, PVData& data, const KeyframeData<T>& added,
+                      const ShapeOf& shapeOf);
     bool giveViewData(const View& view, const detail::Track<T>& contents);
     void takeKeyframeData(const Parameter& source, bool withDefaultInterpolation);
     struct Settings;

@@ -140,7 +140,7 @@ public:
 
     /// Removes the data of one view, which must have some.
     void remove(View view) {
-        const Exclusive scope(m_template, {ownBlock(view)});
+        const Replacement scope(m_template, {ownBlock(view)});
         Blocks blocks = takeAll();
         if (blocks.several) {
             static_cast<void>(blocks.several->take(view).release());
@@ -327,7 +327,7 @@ private:
         std::vector<Protected*> former;
         former.reserve(count());
         forEach([&](Block& block) { former.push_back(&block); });
-        const Exclusive scope(m_template, std::move(former));
+        const Replacement scope(m_template, std::move(former));
         letGo(takeAll());
         m_realViews.swap(views);
         m_isOutdated = false;

@@ -31,53 +31,70 @@ template <class T> bool Parameter<T>::storeKeyframeValue(PVData& data, int posit
     return true;
 }
 
-/// The position of the new keyframe; -1 where there is one at the time, and where the hook that shapes its segment has
-/// deleted the parameter or made it static.
-template <class T> int Parameter<T>::insertKeyframe(const View& view, Time time, const T& value) {
-    const detail::LifeGuard guard(*this);
-    PVData* data = targetData(view);
-    if (!data || detail::positionAt(data->keyframes, time) >= 0)
-        return -1;
-    detail::KeyframeInsertion<T> insertion(data->keyframes, time, value, defaultInterpolation(), isReadingIn());
-    if (insertion.shapesSegment()) {
-        insertion.shape([this](const KeyframeData<T>& from, const KeyframeData<T>& to, Interpolation kind) {
-            return initialiseInterpolation(from, to, kind);
-        });
-        data = guard.alive() && isKeyframed() ? targetData(view) : nullptr;
-        if (!data)
-            return -1;
-    }
-    LockedKeyframes lock(data);
+template <class T>
+template <class ShapeOf>
+auto Parameter<T>::insertAt(const detail::InsertionPlace& place, PVData& data, const KeyframeData<T>& added,
+                            const ShapeOf& shapeOf) -> Inserted {
+    LockedKeyframes lock(&data);
+    KeyframeVector& keyframes = lock.keyframes();
+    detail::insertAt(place, keyframes, added, shapeOf);
     m_revision.countKeyframe();
-    if (isReadingIn() && data->keyframes.size() > detail::LineNotes::longList &&
-        time < data->keyframes.constLast().time)
+    if (isReadingIn() && keyframes.size() > detail::LineNotes::longList && place.position + 1 < keyframes.size())
         detail::LineNotes::addInsertion();
-    return insertion.insertInto(lock.keyframes());
+    return {&data, place.position, true};
+}
+
+/// Inserts a keyframe into the data of the view unless there is one at the time. A hook of a host's that shapes the
+/// segment is called before that, with copies, and may edit. So all is found again afterwards: no data if it has deleted
+/// the parameter, no position if it has made it static; its shape is used if the segment still has the same ends.
+template <class T>
+auto Parameter<T>::insertKeyframe(PVData* data, const View& view, Time time, const T& value) -> Inserted {
+    using Keyframe = KeyframeData<T>;
+    const detail::InsertionPlace place(data->keyframes, time, defaultInterpolation(), isReadingIn());
+    if (place.isTaken)
+        return {data, place.position, false};
+    const Keyframe added(time, value, place.kind);
+    const auto initial = [this, kind = place.kind](const Keyframe& from, const Keyframe& to) {
+        return initialiseInterpolation(from, to, kind);
+    };
+    if (place.shaped < 0 || !overrides(&Parameter::initialiseInterpolation))
+        return insertAt(place, *data, added, initial);
+
+    const bool appends = place.shaped < place.position;
+    const Keyframe neighbour = data->keyframes.at(place.shaped);
+    const detail::LifeGuard guard(*this);
+    const IType shape = appends ? initial(neighbour, added) : initial(added, neighbour);
+    data = guard.alive() ? targetData(view) : nullptr;
+    if (!data || !isKeyframed())
+        return {data};
+    const detail::InsertionPlace present(data->keyframes, time, place.kind, isReadingIn());
+    if (present.isTaken)
+        return {data, present.position, false};
+    return insertAt(present, *data, added, [&](const Keyframe& from, const Keyframe& to) {
+        const bool isSame = appends ? from.time == neighbour.time : to.time == neighbour.time;
+        return isSame && appends == (present.shaped < present.position) ? shape : from.interpolationData;
+    });
 }
 
 template <class T> int Parameter<T>::vSetValue(const T& value, const Context& context) {
     const View view = context.view;
     const Time time = context.time;
     const detail::LifeGuard guard(*this);
-    PVData* data = targetData(view);
-    if (data && isKeyframed() && time.isValid() && detail::positionAt(data->keyframes, time) < 0) {
-        const int added = insertKeyframe(view, time, value);
-        if (added >= 0) {
-            ParameterChange::keyframeAdded(*this, added, view);
-            if (guard.alive())
-                ParameterChange::keyframeChangedValue(*this, added, view);
-            return added;
-        }
-        data = guard.alive() ? targetData(view) : nullptr;
+    Inserted key{targetData(view)};
+    if (key.data && isKeyframed() && time.isValid()) {
+        key = insertKeyframe(key.data, view, time, value);
+        if (key.isNew)
+            ParameterChange::keyframeAdded(*this, key.position, view);
     }
-    if (!data)
-        return -1;
-    const bool isStatic = !isKeyframed() || !time.isValid();
-    const int position = isStatic ? -1 : detail::positionAt(data->keyframes, time);
-    if (isStatic ? !storeStaticValue(*data, value) : !storeKeyframeValue(*data, position, value))
-        return position;
-    ParameterChange::keyframeChangedValue(*this, position, view);
-    return position;
+    if (!guard.alive() || !key.data)
+        return key.position;
+    const auto store = [&] {
+        return key.position < 0 ? storeStaticValue(*key.data, value)
+                                : storeKeyframeValue(*key.data, key.position, value);
+    };
+    if (key.isNew || store())
+        ParameterChange::keyframeChangedValue(*this, key.position, view);
+    return key.position;
 }
 
 template <class T> int Parameter<T>::iAddKeyframe(const Context& context) {
@@ -87,10 +104,12 @@ template <class T> int Parameter<T>::iAddKeyframe(const Context& context) {
     const Time time = context.time;
     const detail::LifeGuard guard(*this);
     const T present = value(context, nullptr);
-    const int position = guard.alive() ? insertKeyframe(view, time, present) : -1;
-    if (position >= 0)
-        ParameterChange::keyframeAdded(*this, position, view);
-    return position;
+    PVData* const data = guard.alive() ? targetData(view) : nullptr;
+    const Inserted key = data ? insertKeyframe(data, view, time, present) : Inserted{};
+    if (!key.isNew)
+        return -1;
+    ParameterChange::keyframeAdded(*this, key.position, view);
+    return key.position;
 }
 
 template <class T> int Parameter<T>::iAddKeyframe(const Frame& frame, const AnimationState& state) {

@@ -100,10 +100,14 @@ template <class T> T Parameter<T>::staticValue(const View& view) const {
 /// The data that a write addressed to the view changes; if they have to be made, they begin with the contents, or with
 /// those of the template. Null when an observer of VIEW_ADDED has deleted the parameter.
 template <class T> auto Parameter<T>::targetData(const View& view, const detail::Track<T>* contents) -> PVData* {
+    const View target = splittable() ? view : View(View::defaultViewId());
+    PVData* const own = m_views.findRealViewData(target);
+    return own ? own : makeTargetData(view, target, contents);
+}
+
+template <class T>
+auto Parameter<T>::makeTargetData(const View& view, View target, const detail::Track<T>* contents) -> PVData* {
     const View addressed = view;
-    const View target = splittable() ? addressed : View(View::defaultViewId());
-    if (PVData* const own = m_views.findRealViewData(target))
-        return own;
     const std::size_t before = m_views.count();
     const bool hadData = m_views.findRealViewData(addressed) != nullptr;
     PVData* const data = ownData(target, contents);

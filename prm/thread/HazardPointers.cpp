@@ -76,35 +76,27 @@ void waitALittle(int attempt) {
         std::this_thread::sleep_for(std::chrono::microseconds(50));
 }
 
-Exclusive::Exclusive(Protected& block)
-    : m_thread(HazardPointers::ofThisThread()), m_kept(mark(block) ? &block : nullptr) {
-    m_thread.waitForReaders(&block);
-}
-
-Exclusive::Exclusive(Protected& kept, std::vector<Protected*> discarded)
-    : m_thread(HazardPointers::ofThisThread()), m_kept(mark(kept) ? &kept : nullptr),
-      m_discarded(std::move(discarded)) {
-    for (Protected* const block : m_discarded)
-        mark(*block);
-    m_thread.waitForReaders(&kept);
-    for (const Protected* const block : m_discarded)
-        m_thread.waitForReaders(block);
-}
-
-Exclusive::~Exclusive() {
-    if (m_kept)
-        m_kept->m_editor.store(0, std::memory_order_release);
-    // Discarded blocks keep their mark: a reader that has just published one takes that back and looks again.
-    std::for_each(m_discarded.begin(), m_discarded.end(), retire);
-}
-
 /// False where this thread has marked it already.
-bool Exclusive::mark(Protected& block) {
-    for (HeldCopy* copy = m_thread.m_innermostCopy; copy; copy = copy->m_below) {
+bool HazardPointers::mark(Protected& block) {
+    for (HeldCopy* copy = m_innermostCopy; copy; copy = copy->m_below) {
         if (copy->m_block == &block || copy->m_guide == &block)
             copy->m_guide = nullptr;
     }
-    return block.m_editor.exchange(m_thread.m_number) == 0;
+    return block.m_editor.exchange(m_number) == 0;
+}
+
+Replacement::Replacement(Protected& guide, std::vector<Protected*> discarded)
+    : m_guide(guide), m_discarded(std::move(discarded)) {
+    HazardPointers& thread = HazardPointers::ofThisThread();
+    for (Protected* const block : m_discarded)
+        thread.mark(*block);
+    for (const Protected* const block : m_discarded)
+        thread.waitForReaders(block);
+}
+
+Replacement::~Replacement() {
+    // They keep their mark: a reader that has just published one takes that back and looks again.
+    std::for_each(m_discarded.begin(), m_discarded.end(), retire);
 }
 
 void retire(Protected* block) {

@@ -39,6 +39,7 @@ public:
 
 private:
     friend class Exclusive;
+    friend class HazardPointers;
     friend class Protection;
 
     /// The number of the thread that edits the block, or 0. Last, so that what a derived class begins with shares its
@@ -57,6 +58,7 @@ private:
     friend class Exclusive;
     friend class HeldCopy;
     friend class Protection;
+    friend class Replacement;
     friend PRM_EXPORT void retire(Protected* block);
 
     /// The block that is read, and the one whose lists lead to it.
@@ -64,6 +66,7 @@ private:
 
     static HazardPointers& takeForThisThread();
     static HazardPointers& takeOne();
+    bool mark(Protected& block);
     bool isProtectedElsewhere(const Protected* block) const;
     void waitForReaders(const Protected* block) const;
 
@@ -134,24 +137,38 @@ private:
     HazardPointers& m_thread;
 };
 
-/// A scope in which no other thread reads some blocks, so that they can be edited in place or replaced. Scopes of one
-/// block may be nested.
+/// A scope in which no other thread reads a block, so that it can be edited in place. Scopes of one block may be nested.
 class PRM_EXPORT Exclusive {
 public:
-    explicit Exclusive(Protected& block);
-    /// `kept`, and `discarded`, which the scope retires at its end: by then they must have become unreachable.
-    Exclusive(Protected& kept, std::vector<Protected*> discarded);
-    ~Exclusive();
+    explicit Exclusive(Protected& block)
+        : m_thread(HazardPointers::ofThisThread()), m_block(m_thread.mark(block) ? &block : nullptr) {
+        m_thread.waitForReaders(&block);
+    }
+    ~Exclusive() {
+        if (m_block)
+            m_block->m_editor.store(0, std::memory_order_release);
+    }
     Exclusive(const Exclusive&) = delete;
     Exclusive& operator=(const Exclusive&) = delete;
 
 private:
-    bool mark(Protected& block);
-
     HazardPointers& m_thread;
     /// Null where a scope around this one has marked the block.
-    Protected* const m_kept;
-    std::vector<Protected*> m_discarded;
+    Protected* const m_block;
+};
+
+/// The same of a guide and of blocks that are replaced; these are retired at the end, when they must have become
+/// unreachable.
+class PRM_EXPORT Replacement {
+public:
+    Replacement(Protected& guide, std::vector<Protected*> discarded);
+    ~Replacement();
+    Replacement(const Replacement&) = delete;
+    Replacement& operator=(const Replacement&) = delete;
+
+private:
+    const Exclusive m_guide;
+    const std::vector<Protected*> m_discarded;
 };
 
 /// Deletes a block that is no longer reachable, once no thread reads it.
@@ -177,7 +194,7 @@ protected:
     ~HeldCopy();
 
 private:
-    friend class Exclusive;
+    friend class HazardPointers;
 
     /// Null once the copy is no longer true.
     const Protected* m_guide;
