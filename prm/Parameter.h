@@ -443,6 +443,8 @@ private:
     struct Settings;
     class LineReading;
     detail::Track<T> writtenTrack(const View& view) const;
+    bool importsAtOnce() const;
+    void storeKeyframe(const KeyframeData<T>& keyframe, const View& view);
 
     friend class detail::Invariants;
     friend void detail::default_Parameter_setVariantValue_impl<T>(Parameter& parameter, const QVariant& variant,

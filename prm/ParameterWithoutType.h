@@ -351,8 +351,9 @@ public:
     /// Emits `changed` if the type is enabled and the parameter's Qt signals are not blocked or the type overrides the
     /// block. Afterwards signals are blocked as before, also if an observer throws.
     void emitChange(ParameterChange& change);
-    /// False where `changed` certainly has no receivers, so that emitting can be skipped.
-    bool isHeard() const;
+    /// Whether `emitChange` does anything for a change of the type. False, too, where `changed` certainly has no
+    /// receivers.
+    bool emits(ParameterChange::ChangeType type) const;
     /// Switches every type.
     void enableNotifications(bool enabled);
     void enableNotifications(ParameterChange::ChangeType) = delete;
@@ -385,6 +386,9 @@ Q_SIGNALS:
 protected:
     /// Notes that `changed` may have receivers. An override need not call it: changes of its class are always emitted.
     void connectNotify(const QMetaMethod& signal) override;
+
+    /// False where `changed` certainly has no receivers.
+    bool mayHaveReceivers() const;
 
     /// Copies names, additional names, the four attributes of `copyOwnAttributes` and whether it is streamable; not
     /// parent, master, lists, switches or view selector.

@@ -254,12 +254,42 @@ template <class T> boost::shared_ptr<SerialisedKeyframe> Parameter<T>::getSerial
     return serialised;
 }
 
+/// Whether an import may be one step: no change of the keyframe is emitted, and no class of a host implements a step.
+template <class T> bool Parameter<T>::importsAtOnce() const {
+    const auto emitted = {ParameterChange::KEYFRAME_ADDED, ParameterChange::KEYFRAME_CHANGED_VALUE,
+                          ParameterChange::KEYFRAME_CHANGED_INTERPOLATION};
+    const auto emits = [this](ParameterChange::ChangeType type) { return ParameterWithoutType::emits(type); };
+    return std::none_of(emitted.begin(), emitted.end(), emits) && !overrides(&Parameter::vSetValue) &&
+           !overrides(&Parameter::vSetInterpolation) && !overrides(&Parameter::vSetInterpolationData) &&
+           !overrides(&Parameter::initialiseInterpolation);
+}
+
+template <class T> void Parameter<T>::storeKeyframe(const KeyframeData<T>& keyframe, const View& view) {
+    PVData* const data = targetData(view);
+    if (!data)
+        return;
+    if (!isKeyframed() || !keyframe.time.isValid()) {
+        storeStaticValue(*data, keyframe.value);
+        return;
+    }
+    LockedKeyframes lock(data);
+    const int position = insertKeyframe(data, view, keyframe.time, keyframe.value).position;
+    KeyframeData<T>& stored = lock.keyframes()[position];
+    if (!ValueType<T>::equal(stored.value, keyframe.value))
+        stored.value = keyframe.value;
+    stored.interpolationData = keyframe.interpolationData;
+}
+
 template <class T> void Parameter<T>::importKeyframe(const SerialisedKeyframe& keyframe) {
     const auto& original = dynamic_cast<const TypedSerialisedKeyframe&>(keyframe);
     // Copies: observers of the first change may delete the original.
     const Context context = original.context();
     const T value = original.value;
     const IType itype = original.itype;
+    if (importsAtOnce()) {
+        storeKeyframe({context.time, value, itype}, context.view);
+        return;
+    }
     const detail::LifeGuard guard(*this);
     const auto steps = [&] {
         vSetValue(value, context);

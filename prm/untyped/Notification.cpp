@@ -10,7 +10,7 @@ namespace Prm {
 namespace {
 
 void send(ParameterWithoutType& parameter, ParameterChange::ChangeType type, int index = 0, const Context& at = {}) {
-    if (!parameter.isHeard())
+    if (!parameter.emits(type))
         return;
     ParameterChange change(type, parameter, static_cast<unsigned int>(index));
     change.context = at;

@@ -259,7 +259,7 @@ void ParameterWithoutType::detachAllObservers() const {
 }
 
 /// Connections are counted by `connectNotify`, unless a class overrides that.
-bool ParameterWithoutType::isHeard() const {
+bool ParameterWithoutType::mayHaveReceivers() const {
     constexpr auto operation = &ParameterWithoutType::connectNotify;
     const char* const table = ownTable.load(std::memory_order_relaxed);
     const void* const counts = detail::implementationIn<ParameterWithoutType>(table, operation);
@@ -267,12 +267,16 @@ bool ParameterWithoutType::isHeard() const {
            detail::implementationOf<ParameterWithoutType>(*this, operation) != counts;
 }
 
+bool ParameterWithoutType::emits(ParameterChange::ChangeType type) const {
+    return mayHaveReceivers() && notificationsEnabled(type) && (!signalsBlocked() || overridesBlockedSignals(type));
+}
+
 void ParameterWithoutType::emitChange(ParameterChange& change) {
-    if (!isHeard() || !notificationsEnabled(change.type))
+    if (!emits(change.type))
         return;
     if (!signalsBlocked()) {
         Q_EMIT changed(change);
-    } else if (overridesBlockedSignals(change.type)) {
+    } else {
         const OpenSignals open(*this);
         Q_EMIT changed(change);
     }
