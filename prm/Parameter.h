@@ -442,6 +442,7 @@ private:
     void takeKeyframeData(const Parameter& source, bool withDefaultInterpolation);
     struct Settings;
     class LineReading;
+    bool readRest(QStringView rest, const ProjectFileVersion& version, const TextConversion& convert) override;
     detail::Track<T> writtenTrack(const View& view) const;
     bool importsAtOnce() const;
     void storeKeyframe(const KeyframeData<T>& keyframe, const View& view);

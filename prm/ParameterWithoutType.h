@@ -13,6 +13,7 @@
 #include <QPointer>
 #include <QString>
 #include <QStringList>
+#include <QStringView>
 #include <QVector>
 #include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
@@ -249,8 +250,13 @@ public:
 private:
     friend class ParameterSet;
     /// This object as a `Parameter` of the value type, null for another type. A master is asked at every evaluation,
-    /// for which a cast takes too long. The last virtual operation: those above have their places.
+    /// for which a cast takes too long. New virtual operations come last: those above have their places.
     virtual const void* asTyped(const std::type_info& valueType) const;
+    /// `setFromScriptString` of a text that outlives the call, which needs no copy unless a class overrides reading.
+    bool readLine(QStringView line, const ProjectFileVersion& version);
+    bool readNamed(QStringView line, const ProjectFileVersion& version);
+    /// Reads what comes after the name.
+    virtual bool readRest(QStringView rest, const ProjectFileVersion& version, const TextConversion& convert);
     template <class T> friend class Parameter;
 
 public:

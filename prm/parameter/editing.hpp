@@ -45,8 +45,9 @@ auto Parameter<T>::insertAt(const detail::InsertionPlace& place, PVData& data, c
 }
 
 /// Inserts a keyframe into the data of the view unless there is one at the time. A hook of a host's that shapes the
-/// segment is called before that, with copies, and may edit. So all is found again afterwards: no data if it has deleted
-/// the parameter, no position if it has made it static; its shape is used if the segment still has the same ends.
+/// segment is called before that, with copies, and may edit. So all is found again afterwards: no data if it has
+/// deleted the parameter, no position if it has made it static; its shape is used if the segment still has the same
+/// ends.
 template <class T>
 auto Parameter<T>::insertKeyframe(PVData* data, const View& view, Time time, const T& value) -> Inserted {
     using Keyframe = KeyframeData<T>;

@@ -115,11 +115,11 @@ public:
         : m_parameter(parameter), m_resetsViews(version.streamVersion >= StreamVersion::anyViewList),
           m_convert(convert) {}
 
-    bool read(const QString& line) {
+    bool read(QStringView line) {
         if (readViewList(line))
             return true;
-        QStringView unprefixed = line;
         View view;
+        QStringView unprefixed = line;
         const bool prefixed = View::extractStringPrefix(unprefixed, view);
         if (readKeyframe(unprefixed, view))
             return true;
@@ -130,13 +130,13 @@ public:
     }
 
 private:
-    bool readViewList(const QString& line) {
+    bool readViewList(QStringView line) {
         if (!detail::beginsWith(line, ParameterStrings::views))
             return false;
         if (!m_resetsViews)
             return true;
         const View defaultView;
-        const std::vector<View> views = detail::parseViewList(line);
+        const std::vector<View> views = detail::parseViewList(line.toString());
         intoNewViews([&] {
             const detail::LifeGuard guard(m_parameter);
             for (const View view : views) {
@@ -233,8 +233,19 @@ private:
 
 template <class T>
 bool Parameter<T>::streamInValue(const QString& line, const ProjectFileVersion& version, TextConversion convert) {
+    // A copy: observers may change the caller's text. NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const QString whole = line;
     const ReadingScope reading(*this);
-    return LineReading(*this, version, convert).read(line);
+    return LineReading(*this, version, convert).read(whole);
+}
+
+/// The same, without a copy of the text.
+template <class T>
+bool Parameter<T>::readRest(QStringView rest, const ProjectFileVersion& version, const TextConversion& convert) {
+    if (overrides(&Parameter::streamInValue))
+        return ParameterWithoutType::readRest(rest, version, convert);
+    const ReadingScope reading(*this);
+    return LineReading(*this, version, convert).read(rest);
 }
 
 template <class T> boost::shared_ptr<SerialisedKeyframe> Parameter<T>::getSerialisedKeyframe(Context context) const {
@@ -256,10 +267,8 @@ template <class T> boost::shared_ptr<SerialisedKeyframe> Parameter<T>::getSerial
 
 /// Whether an import may be one step: no change of the keyframe is emitted, and no class of a host implements a step.
 template <class T> bool Parameter<T>::importsAtOnce() const {
-    const auto emitted = {ParameterChange::KEYFRAME_ADDED, ParameterChange::KEYFRAME_CHANGED_VALUE,
-                          ParameterChange::KEYFRAME_CHANGED_INTERPOLATION};
-    const auto emits = [this](ParameterChange::ChangeType type) { return ParameterWithoutType::emits(type); };
-    return std::none_of(emitted.begin(), emitted.end(), emits) && !overrides(&Parameter::vSetValue) &&
+    return !emits(ParameterChange::KEYFRAME_ADDED) && !emits(ParameterChange::KEYFRAME_CHANGED_VALUE) &&
+           !emits(ParameterChange::KEYFRAME_CHANGED_INTERPOLATION) && !overrides(&Parameter::vSetValue) &&
            !overrides(&Parameter::vSetInterpolation) && !overrides(&Parameter::vSetInterpolationData) &&
            !overrides(&Parameter::initialiseInterpolation);
 }
@@ -272,9 +281,18 @@ template <class T> void Parameter<T>::storeKeyframe(const KeyframeData<T>& keyfr
         storeStaticValue(*data, keyframe.value);
         return;
     }
+    detail::InsertionPlace place(data->keyframes, keyframe.time, keyframe.interpolationData.interpolation,
+                                 isReadingIn());
+    if (!place.isTaken) {
+        if (place.shaped == place.position)
+            place.shaped = -1;
+        insertAt(place, *data, keyframe, [&](const KeyframeData<T>& from, const KeyframeData<T>& to) {
+            return initialiseInterpolation(from, to, from.interpolationData.interpolation);
+        });
+        return;
+    }
     LockedKeyframes lock(data);
-    const int position = insertKeyframe(data, view, keyframe.time, keyframe.value).position;
-    KeyframeData<T>& stored = lock.keyframes()[position];
+    KeyframeData<T>& stored = lock.keyframes()[place.position];
     if (!ValueType<T>::equal(stored.value, keyframe.value))
         stored.value = keyframe.value;
     stored.interpolationData = keyframe.interpolationData;

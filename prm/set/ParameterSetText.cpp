@@ -210,8 +210,9 @@ ParameterSet::Reading ParameterSet::offerTo(int list, int index, Rest& rest, con
         return offerToSubset(m_subsets[position], rest.view(), version);
     // Kept alive as well.
     const auto owner = list == Parameters ? m_parameters[position] : nullptr;
-    BasicParameter* const parameter = owner ? owner.get() : m_basicParameters[position];
-    return parameter->setFromScriptString(rest.text(), version) ? Reading::Taken : Reading::NotMine;
+    const bool taken = owner ? owner->readLine(rest.view(), version)
+                             : m_basicParameters[position]->setFromScriptString(rest.text(), version);
+    return taken ? Reading::Taken : Reading::NotMine;
 }
 
 bool ParameterSet::readName(const QString& line) {

@@ -48,9 +48,12 @@ void LineNotes::addInsertion() {
 }
 
 void LineNotes::clear() {
-    losses.clear();
-    masters.clear();
-    waitingIn.clear();
+    if (!losses.isEmpty())
+        losses.clear();
+    if (!masters.isEmpty())
+        masters.clear();
+    if (waitingIn)
+        waitingIn.clear();
     hasInserted = false;
 }
 

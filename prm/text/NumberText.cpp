@@ -37,18 +37,18 @@ bool isDigit(QChar character) {
 /// Reads what is a number by all conventions; false for everything that Qt should judge.
 bool readPlainNumber(QStringView text, double& number) {
     Buffer buffer;
-    if (text.isEmpty() || text.size() > static_cast<int>(buffer.size()) || !isDigit(text.back()))
+    const auto size = static_cast<std::size_t>(text.size());
+    if (size == 0 || size > buffer.size() || !isDigit(text.back()))
         return false;
-    char* end = buffer.data();
-    for (const QChar character : text) {
-        const bool isPart = isDigit(character) || character == QLatin1Char('.') || character == QLatin1Char('-') ||
-                            character == QLatin1Char('e');
-        if (!isPart)
-            return false;
-        *end++ = static_cast<char>(character.unicode());
+    uint allBits = 0;
+    for (std::size_t i = 0; i < size; ++i) {
+        allBits |= text.utf16()[i];
+        buffer[i] = static_cast<char>(text.utf16()[i]);
     }
-    if (!isDigit(text[buffer[0] == '-' ? 1 : 0]))
+    const char first = buffer[0] == '-' ? buffer[1] : buffer[0];
+    if (allBits >= 128 || first < '0' || first > '9')
         return false;
+    const char* const end = buffer.data() + size;
     const auto result = std::from_chars(buffer.data(), end, number);
     return result.ec == std::errc() && result.ptr == end;
 }

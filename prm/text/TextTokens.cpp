@@ -60,21 +60,24 @@ bool closesQuotes(const QString& text, int pos) {
 }
 
 QStringView withoutBlanksAtEnd(QStringView text) {
-    while (!text.isEmpty() && (text.back() == QLatin1Char(' ') || text.back() == QLatin1Char('\t')))
-        text.chop(1);
-    return text;
+    const QChar* last = text.end();
+    while (last != text.begin() && (last[-1] == QLatin1Char(' ') || last[-1] == QLatin1Char('\t')))
+        --last;
+    return {text.begin(), last};
 }
 
 QStringView withoutSpaceAtStart(QStringView text) {
-    while (!text.isEmpty() && text.front().isSpace())
-        text = text.mid(1);
-    return text;
+    const QChar* first = text.begin();
+    while (first != text.end() && first->isSpace())
+        ++first;
+    return {first, text.end()};
 }
 
 QStringView withoutSpace(QStringView text) {
-    while (!text.isEmpty() && text.back().isSpace())
-        text.chop(1);
-    return withoutSpaceAtStart(text);
+    const QChar* last = text.end();
+    while (last != text.begin() && last[-1].isSpace())
+        --last;
+    return withoutSpaceAtStart({text.begin(), last});
 }
 
 /// The position of a comma counted from the end, -1 where there is none. One at the very beginning does not count.
@@ -192,7 +195,7 @@ bool parseKeyframeDeclaration(QStringView declaration, QStringView& timeText, QS
     if (timeEnd < 0)
         return false;
     const bool isBezier = opensBezier(declaration, opening);
-    const qsizetype valueEnd = isBezier ? commaFromEnd(text, 4) : text.lastIndexOf(comma);
+    const qsizetype valueEnd = commaFromEnd(text, isBezier ? 4 : 1);
     if (isBezier && valueEnd <= timeEnd)
         return false;
     const QStringView rest = text.mid(valueEnd + 1);

@@ -137,7 +137,8 @@ private:
     HazardPointers& m_thread;
 };
 
-/// A scope in which no other thread reads a block, so that it can be edited in place. Scopes of one block may be nested.
+/// A scope in which no other thread reads a block, so that it can be edited in place. Scopes of one block may be
+/// nested.
 class PRM_EXPORT Exclusive {
 public:
     explicit Exclusive(Protected& block)

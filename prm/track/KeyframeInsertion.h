@@ -7,9 +7,9 @@
 
 namespace Prm::detail {
 
-/// Where a keyframe is inserted, and the segment that gets a shape with it. The keyframe takes over the interpolation of
-/// the one before it (`first` when there is none), shaped when one follows. Appending shapes the former last keyframe
-/// anew, except while text is read, whose keyframes bring their own shapes. No other keyframe is touched.
+/// Where a keyframe is inserted, and the segment that gets a shape with it. The keyframe takes over the interpolation
+/// of the one before it (`first` when there is none), shaped when one follows. Appending shapes the former last
+/// keyframe anew, except while text is read, whose keyframes bring their own shapes. No other keyframe is touched.
 struct InsertionPlace {
     template <class T>
     InsertionPlace(const QVector<KeyframeData<T>>& keyframes, Time time, Interpolation first, bool readingIn)
@@ -30,8 +30,8 @@ struct InsertionPlace {
     bool isTaken;
 };
 
-/// Inserts the keyframe, and gives the segment the shape that `shapeOf` returns for its ends. The list is as it was where
-/// copying a keyframe throws.
+/// Inserts the keyframe, and gives the segment the shape that `shapeOf` returns for its ends. The list is as it was
+/// where copying a keyframe throws.
 template <class T, class ShapeOf>
 void insertAt(const InsertionPlace& place, QVector<KeyframeData<T>>& keyframes, const KeyframeData<T>& added,
               const ShapeOf& shapeOf) {

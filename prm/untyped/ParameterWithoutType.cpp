@@ -163,16 +163,35 @@ const QString& ParameterWithoutType::scriptName() const {
 }
 
 bool ParameterWithoutType::setFromScriptString(const QString& line, const ProjectFileVersion& version) {
-    QString rest;
+    // A copy: observers may change the caller's text. NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
+    const QString whole = line;
+    return readNamed(whole, version);
+}
+
+bool ParameterWithoutType::readLine(QStringView line, const ProjectFileVersion& version) {
+    constexpr auto operation = &ParameterWithoutType::setFromScriptString;
+    const char* const table = ownTable.load(std::memory_order_relaxed);
+    const void* const byName = detail::implementationIn<ParameterWithoutType>(table, operation);
+    const bool readsByName = byName && detail::implementationOf<ParameterWithoutType>(*this, operation) == byName;
+    return readsByName ? readNamed(line, version) : setFromScriptString(line.toString(), version);
+}
+
+bool ParameterWithoutType::readNamed(QStringView line, const ProjectFileVersion& version) {
+    QStringView rest;
     if (detail::behindName(line, m_scriptName, rest))
-        return streamInValue(rest, version, {});
+        return readRest(rest, version, {});
     // A copy: reading may notify observers, and those may add names.
     const QMap<QString, TextConversion> additionalNames = rarities().additionalScriptNames;
     for (auto name = additionalNames.cbegin(); name != additionalNames.cend(); ++name) {
         if (detail::behindName(line, name.key(), rest))
-            return streamInValue(rest, version, name.value());
+            return readRest(rest, version, name.value());
     }
     return false;
+}
+
+bool ParameterWithoutType::readRest(QStringView rest, const ProjectFileVersion& version,
+                                    const TextConversion& convert) {
+    return streamInValue(rest.toString(), version, convert);
 }
 
 void ParameterWithoutType::onUpstreamParameterChanged(Prm::ParameterChange&) {}
