@@ -41,17 +41,14 @@ template <class T> class LockedKeyframes {
 public:
     using KeyframeVector = typename PVData<T>::KeyframeVector;
 
-    explicit LockedKeyframes(PVData<T>* data) : m_data(data) {
-        if (data)
-            m_scope.emplace(*data);
-    }
+    explicit LockedKeyframes(PVData<T>* data) : m_data(data), m_scope(data) {}
 
     KeyframeVector& keyframes() { return m_data->keyframes; }
     const KeyframeVector& keyframes() const { return m_data->keyframes; }
 
 private:
     PVData<T>* m_data;
-    std::optional<Exclusive> m_scope;
+    const Exclusive m_scope;
 };
 
 /// The per-view storage of one parameter.

@@ -80,20 +80,19 @@ auto Parameter<T>::insertKeyframe(PVData* data, const View& view, Time time, con
 template <class T> int Parameter<T>::vSetValue(const T& value, const Context& context) {
     const View view = context.view;
     const Time time = context.time;
-    const detail::LifeGuard guard(*this);
     Inserted key{targetData(view)};
-    if (key.data && isKeyframed() && time.isValid()) {
+    if (key.data && isKeyframed() && time.isValid())
         key = insertKeyframe(key.data, view, time, value);
-        if (key.isNew)
-            ParameterChange::keyframeAdded(*this, key.position, view);
-    }
-    if (!guard.alive() || !key.data)
+    if (!key.data)
+        return -1;
+    const bool isChanged = key.isNew || (key.position < 0 ? storeStaticValue(*key.data, value)
+                                                          : storeKeyframeValue(*key.data, key.position, value));
+    if (!isChanged || !mayHaveReceivers())
         return key.position;
-    const auto store = [&] {
-        return key.position < 0 ? storeStaticValue(*key.data, value)
-                                : storeKeyframeValue(*key.data, key.position, value);
-    };
-    if (key.isNew || store())
+    const detail::LifeGuard guard(*this);
+    if (key.isNew)
+        ParameterChange::keyframeAdded(*this, key.position, view);
+    if (guard.alive())
         ParameterChange::keyframeChangedValue(*this, key.position, view);
     return key.position;
 }

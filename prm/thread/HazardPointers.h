@@ -141,10 +141,13 @@ private:
 /// nested.
 class PRM_EXPORT Exclusive {
 public:
-    explicit Exclusive(Protected& block)
-        : m_thread(HazardPointers::ofThisThread()), m_block(m_thread.mark(block) ? &block : nullptr) {
-        m_thread.waitForReaders(&block);
+    /// Null: no block.
+    explicit Exclusive(Protected* block)
+        : m_thread(HazardPointers::ofThisThread()), m_block(block && m_thread.mark(*block) ? block : nullptr) {
+        if (block)
+            m_thread.waitForReaders(block);
     }
+    explicit Exclusive(Protected& block) : Exclusive(&block) {}
     ~Exclusive() {
         if (m_block)
             m_block->m_editor.store(0, std::memory_order_release);
