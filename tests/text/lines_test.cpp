@@ -1,4 +1,4 @@
-// The lines of parameters.
+// What is sent, said and thrown beside the lines that tests/data/project.session shows.
 
 #include "tests/support/ChangeRecorder.h"
 #include "tests/support/Library.h"
@@ -9,72 +9,19 @@ using namespace Prm;
 
 namespace {
 
-/// Keyframed at 1 (false, Constant) and 10 (true, Linear) in view 0, still in view 1, hidden.
-void makeExample(Parameter<bool>& flag) {
-    flag.vSetDefaultInterpolation(Interpolation::Constant);
-    flag.vSetValue(true, still(0));
-    flag.vSetValue(false, still(1));
-    key<bool>(flag, {{1, false}, {10, true}});
-    flag.vSetInterpolationData(IType(Interpolation::Constant), 0, View(0));
-    flag.vSetInterpolationData(IType(Interpolation::Linear), 1, View(0));
-    flag.hide(true);
-}
-
-#define BOTH "before=Constant\nafter=Constant\n"
-#define SPLIT "views=[0, 1]\nview[0].value=1\nview[1].value=0\nhidden=1\n" BOTH
-TEST(ParameterText, LinesAreRead) {
-    // The lines that the example reads, what is then written, without its name, and what is emitted.
-    const std::tuple<const char*, quint32, QString, const char*, const char*> rows[] = {
-        {"a value resets", 3001, "value=0", "value=0\nhidden=1\n" BOTH, ""},
-        {"an old one does not", 3000, "VALUE=0", "views=[0, 1]\nview[0].value=0\nview[1].value=0\nhidden=1\n" BOTH, ""},
-        {"a view is made", 3002, "view[2].value=1",
-         "views=[0, 1, 2]\nview[0].value=1\nview[1].value=0\nview[2].value=1\nhidden=1\n" BOTH, "VIEW_ADDED 0 2\n"},
-        {"views reset", 3001, "views=[1]", "views=[1]\nview[1].value=1\nhidden=1\n" BOTH, "VIEW_ADDED 0 1\n"},
-        {"old ones do not", 2019, "views=[1]\nkeyframed=1", SPLIT, ""},
-        {"no view", 3002, "views=[]\nhidden=0", "views=[]\n" BOTH, ""},
-        {"a keyframe", 3002, "view[1].KEYFRAMES.append( Key( 0.1, 1, Custom0 ) )",
-         "views=[0, 1]\nview[0].value=1\nview[1].keyframes.append( Key( 0.1, 1, Custom0 ) )\n"
-         "view[1].value=0\nhidden=1\n" BOTH,
-         ""},
-        {"hidden twice", 3002, "hidden=0\nhidden=1=2\nhidden=-2", SPLIT, ""},
-        {"outside", 3002, "AFTER=Linear\nbefore=unheard of\nview[1].before=Custom0",
-         "views=[0, 1]\nview[0].value=1\nview[1].value=0\nhidden=1\nbefore=Custom0\nafter=Linear\n", ""},
-    };
-    for (const auto& [name, number, read, written, heard] : rows) {
-        SCOPED_TRACE(name);
+TEST(ParameterText, ReadingSendsNoMoreThanNewViews) {
+    for (const bool isBlocked : {false, true}) {
         Parameter<bool> flag("flag", true);
-        makeExample(flag);
-        flag.vDeleteAllKeyframes(View(0));
-        flag.blockSignals(number == 3001);
+        flag.blockSignals(isBlocked);
         ChangeRecorder recorder(&flag);
-        for (const QString& line : read.split('\n'))
-            EXPECT_TRUE(flag.setFromScriptString("flag." + line, version(number)));
-        EXPECT_EQ(flag.signalsBlocked(), number == 3001);
+        for (const char* line : {"flag.value=0", "flag.view[2].value=1", "flag.hidden=1", "flag.after=Linear"})
+            EXPECT_TRUE(flag.setFromScriptString(line, version())) << line;
+        EXPECT_EQ(recorder.take(), "VIEW_ADDED 0 2\n");
+        EXPECT_EQ(errorOf([&] { flag.setFromScriptString("flag.view[0].keyframes.append( Key( 5, 1 ) )", version()); }),
+                  "Failed to parse Key() block: 'keyframes.append( Key( 5, 1 ) )'");
+        EXPECT_EQ(flag.signalsBlocked(), isBlocked);
         EXPECT_FALSE(flag.overridesBlockedSignals(ParameterChange::VIEW_ADDED));
-        EXPECT_EQ(lines(flag, {}, false), written);
-        EXPECT_EQ(recorder.take(), heard);
     }
-}
-
-TEST(ParameterText, RefusedLinesChangeNothing) {
-    Parameter<bool> flag("flag");
-    makeExample(flag);
-    const std::string before = lines(flag);
-    for (const char* line : {"flag.Views=[0]", "Flag.value=0", "flags.value=0", "flag", "flag.", "flag.shade=1"})
-        EXPECT_FALSE(flag.setFromScriptString(line, version())) << line;
-    const auto act = [&] { flag.setFromScriptString("flag.view[0].keyframes.append( Key( 5, 1 ) )", version()); };
-    EXPECT_EQ(errorOf(act), "Failed to parse Key() block: 'keyframes.append( Key( 5, 1 ) )'");
-    EXPECT_FALSE(flag.signalsBlocked());
-    EXPECT_EQ(lines(flag), before);
-}
-
-TEST(ParameterText, OldNamesConvertTheirValues) {
-    NumericParameter<double> size("size");
-    size.addAdditionalScriptName("width", [](const QString& text) { return QString::number(text.toDouble() / 2); });
-    EXPECT_TRUE(size.setFromScriptString("width.keyframes.append( Key( 2, 8, Linear ) )", version(3000)));
-    EXPECT_TRUE(size.setFromScriptString("width.value=6", version(3000)));
-    EXPECT_EQ(size.value(at(2)), 4);
-    EXPECT_EQ(size.staticValue(View()), 3);
 }
 
 TEST(ParameterText, KeyframesAreCopiedAsText) {
@@ -101,40 +48,6 @@ TEST(ParameterText, KeyframesAreCopiedAsText) {
     EXPECT_FALSE(copy->context().time.isValid());
 }
 
-TEST(StaticParameter, ReadsItsLine) {
-    // What both kinds of parameter write afterwards; empty when both refuse.
-    const std::tuple<const char*, std::string, std::string> rows[] = {
-        {"count.value=7", "7", "7"},
-        {"count.VALUE=7", "7", "7"},
-        {"Count.value=7", "", ""},
-        {"counts.value=7", "", ""},
-        {"count.size=7", "", ""},
-        {"count", "", ""},
-        {"count.value=\"a\"b\"", "0", "a\"b"},
-        {"count.value=\"a", "0", "\"a"},
-        {"count.value=\"", "0", ""},
-        {"count.value=1=2", "1", "1=2"},
-        {"count.value", "0", ""},
-        {"count.value=\"\\n\"", "0", "\\n"},
-        {"count.value=0x10", "16", "0x10"},
-        {"count.value=0b11", "3", "0b11"},
-    };
-    for (const auto& [line, asNumber, asText] : rows) {
-        SCOPED_TRACE(line);
-        unsigned int number = 5;
-        VirtualParameter<unsigned int> count("count", number);
-        OwnedStaticParameter<QString> label("count", "old");
-        int heard = 0;
-        QObject::connect(&count, &BasicParameter::valueChanged, [&] { heard += 1; });
-        const bool taken = !asNumber.empty();
-        EXPECT_EQ(count.setFromScriptString(line, version()), taken);
-        EXPECT_EQ(label.setFromScriptString(line, version()), taken);
-        EXPECT_EQ(heard, taken);
-        EXPECT_EQ(lines(count, "node."), "node.count.value=" + (taken ? asNumber : "5") + "\n");
-        EXPECT_EQ(lines(label, "node.", false), "node.value=\"" + (taken ? asText : "old") + "\"\n");
-    }
-}
-
 TEST(StaticParameter, IsSetAndRestored) {
     OwnedStaticParameter<unsigned int> mode("mode", 3);
     OwnedStaticParameter<QString> file("file", "x");
@@ -154,7 +67,7 @@ TEST(StaticParameter, IsSetAndRestored) {
     EXPECT_EQ(heard, 4);
     Warnings warnings;
     file.setValue("a\nb");
-    EXPECT_EQ(lines(file), "file.value=\"a\nb\"\n");
+    EXPECT_EQ(lines(file, "node.") + lines(file, "node.", false), "node.file.value=\"a\nb\"\nnode.value=\"a\nb\"\n");
     EXPECT_TRUE(Warnings::text().contains("line break"));
 }
 
@@ -171,8 +84,7 @@ TEST(Header, EndsWhereItsVersionSays) {
     const QString product =
         "ProductName.value=\"P\"\nProductBuildNumber.value=\"12.3\"\nProductVersion.value=\"4.1\"\n";
     const QString time = "FileTimestamp.value=\"2021-03-01T14:05:09Z\"\n";
-    for (const char* number : {"3001", "3002"})
-        EXPECT_EQ(rest("FileVersion.value=" + QString(number) + "\n" + product + time, header), time.toStdString());
+    EXPECT_EQ(rest("FileVersion.value=3001\n" + product + time, header), time.toStdString());
     EXPECT_TRUE(header.timestampText().isNull());
     EXPECT_EQ(BuildVersion(header), BuildVersion("4.1", "12"));
     EXPECT_EQ(rest("FileVersion.value=3002\nProductName.value=\"P\"\nx.value=1\n", header), "");
@@ -188,11 +100,8 @@ TEST(Header, EndsWhereItsVersionSays) {
 TEST(MovedParameter, PassesItsLineOn) {
     OwnedStaticParameter<unsigned int> target("newName");
     MovedParameter moved("oldName");
-    EXPECT_FALSE(moved.setFromScriptString("oldNameX.value=3", version()));
     EXPECT_FALSE(moved.setTargetParam(target));
     EXPECT_TRUE(moved.setFromScriptString("oldName.value=3", version(2019)));
-    EXPECT_EQ(target.value(), 3u);
-    EXPECT_FALSE(moved.setFromScriptString("oldName.size=3", version()));
     EXPECT_EQ(lines(moved), "");
     EXPECT_EQ(moved.variantValue(Context()), QVariant(3u));
 

@@ -1,4 +1,5 @@
-// The pieces of text: tokens, and values in streams. Numbers are the matter of fuzz/keyframe_line_fuzz.cpp.
+// Tokens, and values in streams. Lines are the matter of tests/data/project.session, numbers and escapes that of
+// fuzz/keyframe_line_fuzz.cpp.
 
 #include "prm/TextStreamOperators.h"
 #include "prm/text/TextTokens.h"
@@ -40,61 +41,14 @@ TEST(Tokens, AreCutOff) {
     }
 }
 
-/// A NUL, a bell, half a surrogate pair.
-const QString odd = QString("a\a") + QChar(0) + QChar(0xD800) + QChar(0x20AC);
-
-TEST(Escape, BothWays) {
-    const QString plain = odd + "\f\"\\\r\n\t\v\\n";
-    QString text = plain;
-    EXPECT_EQ(escapeString(text), odd + R"(\f\"\\\r\n\t\v\\n)");
-    EXPECT_EQ(unescapeString(text), plain);
-    for (const QString noEscape : {"\\x", "\\", "a\\", "\\x\\"})
-        EXPECT_EQ(unescapeString(text = noEscape), noEscape);
-}
-
 TEST(KeyDeclaration, IsSplit) {
-    // Time, value, kind and numbers; empty when refused.
-    const std::pair<QString, const char*> rows[] = {
-        {"keyframes.append( Key( 10, 1, Linear ) ) \t ", "10|1|Linear"},
-        {"keyframes.append( Key( 10, 1, linear ) )", ""},
-        {"keyframes.append( Key( 10, 1, Linear )", ""},
-        {"keyframes.append( 10, 1, Linear ) )", ""},
-        {"keyframes.append( BezierKey( 5, 0, 1, 2, 3, 4 ) )", "5|0|Bezier 1 2 3 4"},
-        {"BezierKey( 5, 0, 1, 2, 3 ) )", ""},
-        {"BezierKey( 5, 0, a, 2, \"x\", 4 ) )", "5|0|Bezier 0 2 0 4"},
-        {"BezierKey( 5, 0, 1, 2, , 4 ) )", ""},
-        {"BezierKey(, 1, 2, 3, 4 ) )", ""},
-        {"Key( , 1, Linear ) )", "|1|Linear"},
-        {"Key( 10, Linear ) )", "10||Linear"},
-        {"Key( 10 ) )", ""},
-        {"Key() )", ""},
-        {"Key( 1 , \"a, Key( \"b\" ) )\", Custom0 ) )", "1 |\"a, Key( \"b\" ) )\"|Custom0"},
-        {"Key( 1, BezierKey( 2, Linear ) )", "1|BezierKey( 2|Linear"},
-        {"BezierKey BezierKey( 1, 2, 3, 4, 5, 6 ) )", ""},
-    };
-    for (const auto& [declaration, expected] : rows) {
-        QString time, value;
-        QString parts;
-        IType type(Interpolation::Linear);
-        if (parseKeyframeDeclaration(declaration, time, value, type))
-            parts = time + "|" + value + "|" + qstrInterpolationTypeString(type.interpolation);
-        if (type.interpolation == Interpolation::Bezier && !parts.isEmpty())
-            parts += QString(" %1 %2 %3 %4").arg(type.x1).arg(type.y1).arg(type.x2).arg(type.y2);
-        EXPECT_EQ(parts.toStdString(), expected) << declaration.toStdString();
-    }
-}
-
-TEST(ViewList, HoldsWhatIsANumber) {
-    const auto ids = [](const char* text) {
-        std::string list;
-        for (const View view : parseViewList(text))
-            list += std::to_string(view.id()) + " ";
-        return list;
-    };
-    EXPECT_EQ(ids("views=[0,2,,x,3]"), "0 2 3 ");
-    EXPECT_EQ(ids("views=[ 1, 4294967295 ,-1, 4294967296]"), "1 4294967295 ");
-    EXPECT_EQ(ids("views=]x[4, 5"), "4 5 ");
-    EXPECT_EQ(ids("views=") + ids("views=[1") + ids("views=1]"), "");
+    QString time;
+    QString value;
+    IType shape;
+    EXPECT_FALSE(parseKeyframeDeclaration(QString("Key( 10 ) )"), time, value, shape));
+    EXPECT_TRUE(parseKeyframeDeclaration(QString("Key( 1 , \"a\", Custom9 ) )"), time, value, shape));
+    EXPECT_EQ(time + value, "1 \"a\"");
+    EXPECT_EQ(shape, IType(static_cast<Interpolation>(13)));
 }
 
 /// A stream with everything set that could show in a number.

@@ -423,31 +423,4 @@ TEST(Untyped, WhatCopiesAndAssignmentTakeOver) {
     EXPECT_EQ(heard.take(), "");
 }
 
-TEST(Untyped, LinesAreFoundByTheFirstNameThatFits) {
-    P p("size");
-    const auto names = [&](const char* name, const char* mark) {
-        p.addAdditionalScriptName(name, [mark](const QString& text) { return text + mark; });
-    };
-    names("size.area", "9");
-    names("area", "1");
-    names("area", "2");
-    names("area.view[1]", "3");
-    ChangeRecorder heard(&p);
-    const std::tuple<const char*, bool, int> rows[] = {
-        {"size.value=6", true, 6},
-        {"area.VALUE=5", true, 52},
-        {"area.view[1].value=5", true, 0},
-        {"Area.value=6", false, 0},
-        {"area.x", false, 0},
-        {"size.area.value=6", false, 0},
-        {"area.view[1].x.value=5", false, 0},
-        {"sizes.value=5", false, 0},
-    };
-    for (const auto& [line, taken, value] : rows) {
-        p.clearViewData();
-        EXPECT_EQ(p.setFromScriptString(line, ProjectFileVersion()), taken) << line;
-        EXPECT_EQ(p.staticValue(View()), value) << line;
-    }
-}
-
 } // namespace
