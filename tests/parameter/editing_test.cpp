@@ -28,9 +28,7 @@ using Whole = Parameter<int>;
 
 TEST(Editing, CopiesComeFromParametersOfTheSameType) {
     Whole parameter(QStringLiteral("own"));
-    key(parameter, {{10, 1}});
-    const Whole copied(parameter);
-    EXPECT_EQ(copied.value(at(10)), 1);
+    EXPECT_EQ(Whole(parameter).scriptName(), QStringLiteral("own"));
     const Parameter<bool> other(QStringLiteral("other"));
     ChangeRecorder recorder(&parameter);
     parameter.vCopyKeyframeDataFrom(nullptr);
@@ -60,9 +58,6 @@ TEST(Editing, AMappingOfTimesMayFailOrEditTheParameter) {
     parameter.adjustKeyframesTime([&](Time time) {
         for (int i = 0; i < 50; ++i)
             parameter.vSetValue(i, Context(time + (100 + i)));
-        return time;
-    });
-    parameter.adjustKeyframesTime([&](Time time) {
         parameter.vDeleteAllKeyframes(View());
         parameter.deleteView(View(3));
         return time;
@@ -189,16 +184,16 @@ TEST(Editing, TheHeroViewIsTheOnlyOneThatIsNotMarked) {
     EXPECT_EQ(parameter.heroView(), View::INVALID());
     parameter.setViewSelector(selector.get(), 5);
     using Marks = std::vector<bool>;
-    const std::tuple<const char*, Marks, View> rows[] = {{"one of three", {true, false, true}, 1},
-                                                         {"two of three", {false, true, false}, View::INVALID()},
-                                                         {"the only view", {false}, 0},
-                                                         {"all marked", {true, true}, View::INVALID()},
-                                                         {"no views", {}, View::INVALID()}};
-    for (const auto& [name, marks, hero] : rows) {
+    const std::pair<Marks, View> rows[] = {{{true, false, true}, 1},
+                                           {{false, true, false}, View::INVALID()},
+                                           {{false}, 0},
+                                           {{true, true}, View::INVALID()},
+                                           {{}, View::INVALID()}};
+    for (const auto& [marks, hero] : rows) {
         selector->clearViewData();
         for (quint32 view = 0; view < marks.size(); ++view)
             selector->vSetValue(marks[view], still(view));
-        EXPECT_EQ(parameter.heroView(), hero) << name;
+        EXPECT_EQ(parameter.heroView(), hero) << "of " << marks.size();
     }
     selector->vSetValue(false, still());
     Whole assigned;

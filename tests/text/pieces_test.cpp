@@ -83,12 +83,13 @@ template <class T> T read(const char* text) {
 TEST(TextStreamOperators, WriteAndReadWhateverTheStreamIsSetTo) {
     using Byte = unsigned char;
     EXPECT_EQ(written(true) + written(false), "10");
-    EXPECT_EQ(written(Byte(200)), "200");
+    EXPECT_EQ(written(Byte(200)) + " " + written(Frame::fromUInt(255)), "200 255");
     EXPECT_EQ(written(QPoint(3, 4)) + " " + written(QPoint(-10, -2)), "34 -10-2");
     EXPECT_EQ(written(QPointF(1.5, -2)) + " " + written(QPointF(0.1, 1234567.25)), "1.5-2 0.11234567.25");
     EXPECT_TRUE(read<bool>("2") && read<bool>("-1"));
     EXPECT_FALSE(read<bool>("0") || read<bool>("x"));
     EXPECT_EQ(read<Byte>("300"), 44);
+    EXPECT_EQ(read<Frame>("2147483647").toUInt(), 2147483647u);
     EXPECT_EQ(read<QPoint>(" 10 -4"), QPoint(10, -4));
     EXPECT_EQ(read<QPointF>("1.5 -2e3"), QPointF(1.5, -2000));
     // They reach values that have no text of their own.

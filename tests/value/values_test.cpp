@@ -52,22 +52,6 @@ TEST(Frame, FromNumbers) {
         EXPECT_EQ(frame.toUInt(), expected) << name;
 }
 
-TEST(Frame, StreamsIgnoreTheStreamsOwnFormat) {
-    QString text;
-    QTextStream out(&text);
-    out.setIntegerBase(16);
-    out.setFieldWidth(9);
-    out << Frame::fromUInt(255);
-    out.setFieldWidth(0);
-    out << 255;
-    EXPECT_EQ(text, "255ff");
-    QString number("2147483647");
-    QTextStream numbers(&number);
-    Frame frame;
-    numbers >> frame;
-    EXPECT_EQ(frame.toUInt(), 2147483647u);
-}
-
 TEST(Context, HasFourFlagsAndIsKnownToQt) {
     EXPECT_TRUE(AnimationFlags(4).allViews() && !AnimationFlags().allViews());
     EXPECT_EQ(AnimationFlags(0xFF).packed(), 15u);
