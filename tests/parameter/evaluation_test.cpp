@@ -48,14 +48,11 @@ TEST(Evaluation, DisorderedKeyframesGiveValuesWithinReach) {
 
 /// Adds something to what a master's value is.
 struct OneMore : Parameter<double> {
-    OneMore() : ParameterWithoutType(false, false, nullptr) {}
     double value(const Context& context, Cache* cache = nullptr) const override {
         return Parameter<double>::value(context, cache) + 1;
     }
 };
-struct OfAHosts : NumericParameter<double> {
-    OfAHosts() : ParameterWithoutType(false, false, nullptr) {}
-};
+struct OfAHosts : NumericParameter<double> {};
 
 /// What the last of a chain of masters shows, which are tied in steps through the chain; the first one shows 5.
 template <class Kind> double shownByLast(int count, int step) {
@@ -102,9 +99,7 @@ TEST(Evaluation, ChainsOfMastersMayBeLong) {
 }
 
 /// Shows what reaches the hooks, which may ask again.
-class Hooked : public Parameter<double> {
-public:
-    explicit Hooked(bool fromNoKeys) : ParameterWithoutType(false, false, nullptr), m_fromNoKeys(fromNoKeys) {}
+struct Hooked : Parameter<double> {
     double interpolateValue(const BoundingKeyframes& around, const Context& context, Cache* cache) const override {
         seen = cache;
         return keyframe(around.before.index, around.before.view).value + 100 * context.view.id() +
@@ -114,20 +109,19 @@ public:
         seen = cache;
         return around.before.parameter ? 1 : around.after.parameter ? -1 : 0.5;
     }
-    bool supportsExtrapolationFromNoKeys() const override { return m_fromNoKeys; }
+    bool supportsExtrapolationFromNoKeys() const override { return isKnownWithoutKeys; }
     bool hasViewData(const View& view) const override { return view == View(1); }
+    bool isKnownWithoutKeys = false;
     mutable const Cache* seen = nullptr;
-
-private:
-    bool m_fromNoKeys;
 };
 
 TEST(Evaluation, HooksGetTheirKeyframesContextAndCache) {
     char place = 0;
     auto* const cache = reinterpret_cast<Cache*>(&place);
-    EXPECT_EQ(Hooked(false).value(at(1)), 0);
-    EXPECT_EQ(Hooked(true).value(at(1)), 0.5);
-    Hooked parameter(false);
+    Hooked parameter;
+    EXPECT_EQ(parameter.value(at(1)), 0);
+    parameter.isKnownWithoutKeys = true;
+    EXPECT_EQ(parameter.value(at(1)), 0.5);
     key(parameter, {{10, 30.}, {20, 40.}});
     const std::tuple<Context, double, bool> rows[] = {{at(9), -1, true},      {at(10), 30, false}, {at(12), 70, true},
                                                       {at(12, 2), 270, true}, {at(20), 40, false}, {still(), 1, true}};
@@ -170,22 +164,6 @@ TEST(Evaluation, NothingIsAllocated) {
     }
 }
 
-TEST(Evaluation, TheHashIsThatOfTheValue) {
-    Parameter<bool> parameter;
-    parameter.vSetValue(true, still());
-    parameter.vSetValue(false, still(2));
-    key(parameter, {{3, false}});
-    // Where the time is no frame, the static value of view 0 in every view.
-    const std::pair<double, char> rows[] = {{3, 0}, {-0.5, 0}, {-1, 1}, {NAN, 1}};
-    for (const auto& [time, byte] : rows) {
-        Bsc::Hash hash;
-        parameter.calculateHash(hash, at(time, 2));
-        Bsc::Hash expected;
-        expected.addData(&byte, 1);
-        EXPECT_EQ(hash.result(), expected.result()) << time;
-    }
-}
-
 template <class T> auto hashOf(const std::vector<T>& values) {
     Bsc::Hash hash;
     for (const T& value : values)
@@ -210,6 +188,19 @@ TEST(Evaluation, DifferentValuesHashApart) {
     EXPECT_EQ(hashes<QPoint>({{{0, 0}}, {{0, 1}}, {{1, 0}}, {{-1, 0}}}), 4u);
     EXPECT_EQ(hashes<QString>({{"ab", "c"}, {"a", "bc"}, {"abc", ""}, {"abc"}, {"abd"}, {}}), 6u);
     EXPECT_EQ(hashes<short>({{1, 23}, {12, 3}, {123}}), 3u) << "a type of a host's";
+}
+
+TEST(Evaluation, TheHashIsThatOfTheValue) {
+    Parameter<bool> parameter;
+    parameter.vSetValue(true, still());
+    parameter.vSetValue(false, still(2));
+    key(parameter, {{3, false}});
+    // Where the time is no frame, the static value of view 0 in every view.
+    for (const auto& [time, value] : {std::pair(3., false), {-0.5, false}, {-1., true}, {NAN, true}}) {
+        Bsc::Hash hash;
+        parameter.calculateHash(hash, at(time, 2));
+        EXPECT_EQ(hash.result(), hashOf<bool>({value})) << time;
+    }
 }
 
 TEST(Evaluation, MetaTypesMakeParameters) {
@@ -360,11 +351,8 @@ TEST(Curves, NumbersAreRoundedAndHeldToTheirRange) {
 TEST(Curves, AHostsFunctionMayEditTheListThatItIsAskedAbout) {
     const CustomKinds kinds;
     NumericParameter<double> parameter;
-    const auto refill = [&] {
-        key(parameter, {{10, 2.}, {20, 10.}});
-        parameter.vSetInterpolation(custom(0), at(10));
-        parameter.vSetExtrapolationAfter(customOutside(1));
-    };
+    parameter.vSetDefaultInterpolation(custom(0));
+    parameter.vSetExtrapolationAfter(customOutside(1));
     registerInterpolation(custom(0), [&](const IType& shape, double x) {
         parameter.vDeleteAllKeyframes(View());
         return shape.interpolation == custom(0) ? x : NAN;
@@ -373,10 +361,10 @@ TEST(Curves, AHostsFunctionMayEditTheListThatItIsAskedAbout) {
         parameter.clearViewData();
         return first + 2.5;
     });
-    refill();
-    EXPECT_EQ(parameter.value(at(15)), 6);
-    refill();
-    EXPECT_EQ(parameter.value(at(30)), 4);
+    for (const auto& [time, value] : {std::pair(15, 6), {30, 4}}) {
+        key(parameter, {{10, 2.}, {20, 10.}});
+        EXPECT_EQ(parameter.value(at(time)), value);
+    }
 }
 
 } // namespace

@@ -237,11 +237,8 @@ TEST(Races, TheRegistryIsAskedBesideEvaluation) {
 // --- hooks that read, write and wait ---------------------------------------------------------------------------------
 
 /// Between its two keyframes it does what a test wants, and adds what comes of it.
-class Hooked : public Parameter<double> {
-public:
-    Hooked() : ParameterWithoutType(false, false, nullptr), Parameter<double>(QStringLiteral("hooked"), 1) {
-        key(*this, {{0, 1.}, {100, 1.}});
-    }
+struct Hooked : Parameter<double> {
+    Hooked() : Parameter<double>(QStringLiteral("hooked"), 1) { key(*this, {{0, 1.}, {100, 1.}}); }
 
     double interpolateValue(const BoundingKeyframes& around, const Context& context, Cache*) const override {
         const double more = inside ? inside(context) : 0;
@@ -308,29 +305,6 @@ TEST(Races, ReadersAndWritersOfEachOthersParametersAllGetOn) {
     std::thread another(edit, std::ref(second), std::cref(first));
     edit(first, second);
     another.join();
-}
-
-TEST(Races, AHookMayEditWhatItReads) {
-    Hooked other;
-    for (const Act* act : allEdits()) {
-        SCOPED_TRACE(act->name);
-        Hooked parameter;
-        bool inside = false;
-        parameter.inside = [&, owner = std::this_thread::get_id()](const Context& context) {
-            if (std::this_thread::get_id() == owner && !std::exchange(inside, true)) {
-                Command none;
-                act->run(none, parameter, other, {at(0, 1), at(30), 8, 2, false, 2});
-                parameter.value(context);
-                inside = false;
-            }
-            return 0;
-        };
-        const Crowd crowd(2, [&] { parameter.value(at(50, 1)); });
-        for (int round = 0; round < rounds(10); ++round) {
-            key(parameter, {{0, 1.}, {100, 1.}}, 1);
-            EXPECT_EQ(parameter.sampleValues(Frame::fromUInt(49), Frame::fromUInt(51), View(1)).size(), 3);
-        }
-    }
 }
 
 } // namespace
