@@ -212,31 +212,6 @@ TEST(Evaluation, MetaTypesMakeParameters) {
     }
 }
 
-/// The keyframe at the time, the nearest, the next and the previous one; -1 where there is none.
-std::vector<int> lookedUp(const Number& number, double time) {
-    const auto position = [&](const Context& place) { return static_cast<int>(number.keyframeIndexForTime(place)); };
-    unsigned int nearest = 0;
-    Context next = still();
-    Context previous = still();
-    EXPECT_TRUE(number.bNearestKeyframeIndex(at(time), nearest));
-    number.bNextKeyframe(at(time), next);
-    number.bPreviousKeyframe(at(time), previous);
-    return {position(at(time)), static_cast<int>(nearest), position(next), position(previous)};
-}
-
-TEST(Lookup, AtTimesThatTheModelIsNotAsked) {
-    Number number;
-    key(number, {{-4.5, 0.}, {0, 1.}, {1, 2.}, {10, 3.}, {20, 4.}});
-    const std::tuple<const char*, double, std::vector<int>> rows[] = {
-        {"no tolerance", std::nextafter(20.0, 0.0), {-1, 4, 4, 3}},
-        {"zero has no sign", -0.0, {1, 1, 2, 0}},
-        {"the invalid time is after all", NAN, {-1, 4, -1, 4}},
-        {"before all", -HUGE_VAL, {-1, 0, 0, -1}},
-    };
-    for (const auto& [name, time, expected] : rows)
-        EXPECT_EQ(lookedUp(number, time), expected) << name;
-}
-
 TEST(Lookup, OfManyViewsThatComeAndGoInAnyOrder) {
     constexpr quint32 count = 20000;
     for (const quint32 step : {1u, count - 1, 7919u}) {

@@ -14,24 +14,17 @@ using namespace Worlds;
 
 namespace {
 
-constexpr int readers = 4;
-
 /// More of them in a run that has the time.
 int rounds(int few) {
     return few * std::max(1, qEnvironmentVariableIntValue("PRM_RACE_FACTOR"));
 }
 
-/// Ends the process when the test does not: threads that wait for each other cannot be joined.
-struct Watchdog {
-    Watchdog() { alarm(static_cast<unsigned>(rounds(60))); }
-    ~Watchdog() { alarm(0); }
-    Q_DISABLE_COPY(Watchdog)
-};
-
-/// Does the same over and over on several threads, until it is destroyed.
+/// Does the same over and over on several threads, until it is destroyed. Ends the process when the test does not:
+/// threads that wait for each other cannot be joined.
 class Crowd {
 public:
-    Crowd(int count, const std::function<void()>& act) : m_passes(static_cast<std::size_t>(count)) {
+    explicit Crowd(const std::function<void()>& act) {
+        alarm(static_cast<unsigned>(rounds(60)));
         for (std::atomic<int>& passes : m_passes) {
             m_threads.emplace_back([this, act, &passes] {
                 for (; !m_over.load(); ++passes)
@@ -45,6 +38,7 @@ public:
         m_over = true;
         for (std::thread& thread : m_threads)
             thread.join();
+        alarm(0);
     }
     Q_DISABLE_COPY(Crowd)
 
@@ -58,8 +52,7 @@ public:
     }
 
 private:
-    Watchdog m_watchdog;
-    std::vector<std::atomic<int>> m_passes;
+    std::array<std::atomic<int>, 4> m_passes{};
     std::atomic<bool> m_over{false};
     std::vector<std::thread> m_threads;
 };
@@ -182,7 +175,7 @@ template <class Kind, class T> void seeOnlyWhatWas() {
         one->detachAllObservers();
     std::mutex mutex;
     std::set<std::size_t> wrong;
-    const Crowd crowd(readers, [&] {
+    const Crowd crowd([&] {
         askAll([&](std::size_t question, const QString& answer) {
             if (answers[question].contains(answer))
                 return;
@@ -214,7 +207,7 @@ TEST(Races, TheRegistryIsAskedBesideEvaluation) {
         key(parameter, {{0, 1.}, {100, 1.}}, view);
     Views views;
     Views other;
-    const Crowd crowd(readers, [&] {
+    const Crowd crowd([&] {
         for (const View view : views.allViews()) {
             EXPECT_EQ(parameter.value(Context(Time::fromInt(50), view)), 1);
             const QString name = views.viewName(view);
@@ -249,7 +242,7 @@ struct Hooked : Parameter<double> {
 };
 
 TEST(Races, AHookThatTakesItsTimeHoldsUpOnlyTheEditsOfItsView) {
-    const Watchdog watchdog;
+    alarm(60);
     std::atomic<bool> isInside{false};
     std::atomic<bool> edited{false};
     Hooked parameter;
@@ -269,6 +262,7 @@ TEST(Races, AHookThatTakesItsTimeHoldsUpOnlyTheEditsOfItsView) {
     parameter.vSetDefault(6);
     edited = true;
     reader.join();
+    alarm(0);
 }
 
 TEST(Races, ReadersAndWritersOfEachOthersParametersAllGetOn) {
@@ -298,7 +292,7 @@ TEST(Races, ReadersAndWritersOfEachOthersParametersAllGetOn) {
             key(own, {{0, 1.}, {100, 1.}});
         }
     };
-    const Crowd crowd(readers, [&] {
+    const Crowd crowd([&] {
         for (const quint32 view : {0u, 1u, 2u})
             EXPECT_GE(first.value(at(50.5, view)) + second.value(at(50.5, view)), 2);
     });
