@@ -221,12 +221,18 @@ TEST(ProductInfo, IsNeverEmptyAndNamedAsAskedUnlessReplaced) {
         EXPECT_EQ(Product::qstrGetProductBuildNumber(QString()), QString::fromLatin1(buildNumber));
     }
     QCoreApplication::setApplicationVersion(QString());
+    EXPECT_EQ(Product::qstrGetProductName(QStringLiteral("Viewer")), QStringLiteral("Viewer"));
     EXPECT_FALSE(Product::qstrGetProductName(QString()).isEmpty());
-    const QString name = QStringLiteral("Viewer");
-    Product::replaceProductName([](const QString& application) { return application + QLatin1Char('!'); });
-    EXPECT_EQ(Product::qstrGetProductName(name), QStringLiteral("Viewer!"));
-    Product::replaceProductName(nullptr);
-    EXPECT_EQ(Product::qstrGetProductName(name), name);
+    using Replace = void (*)(Product::ProductTextSource);
+    const std::pair<Replace, QString (*)(const QString&)> sources[] = {
+        {Product::replaceProductName, Product::qstrGetProductName},
+        {Product::replaceProductVersion, Product::qstrGetProductVersion},
+        {Product::replaceProductBuildNumber, Product::qstrGetProductBuildNumber}};
+    for (const auto& [replace, text] : sources) {
+        replace([](const QString& application) { return application + QLatin1Char('!'); });
+        EXPECT_EQ(text(QStringLiteral("Viewer")), QStringLiteral("Viewer!"));
+        replace(nullptr);
+    }
 }
 
 } // namespace

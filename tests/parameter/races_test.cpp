@@ -101,77 +101,78 @@ template <class T> std::vector<QString (*)(const Parameter<T>&, quint32)> questi
     };
 }
 
-/// A parameter that is asked, and two that it takes over and is tied to. All acts, in an order that is random and
-/// fixed.
-template <class Kind, class T> struct Script {
-    static T value(double number) { return ValueType<T>::fromVariant(fitting(Kind(), number)); }
+using Steps = std::vector<std::function<void()>>;
 
-    Script() {
-        for (const quint32 view : {0u, 1u, 5u})
-            key<T>(begin, {{10, value(view)}, {20, value(5)}, {30, value(6)}, {40, value(2)}}, view);
-        begin.vSetExtrapolationAfter(Extrapolation::Linear);
-        std::minstd_rand random(14);
-        for (int i = 0; i < 90; ++i) {
-            std::array<std::uint8_t, 16> bytes;
-            std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<std::uint8_t>(random() >> 8); });
-            Choices choose(bytes.data(), bytes.size());
-            const Act& act = chosen(i % 3 ? allEdits() : allCommands(), choose);
-            A a(choose);
-            // The views that make a blended value are read one after another.
-            if (QByteArray(act.name).contains("setViewInterpolation"))
-                a.kind = 1 + a.kind % 2;
-            Kind& own = choose.below(4) > 0 ? asked : first;
-            Kind& other = choose.yes() && &own != &first ? first : second;
-            steps.push_back([&act, a, &own, &other, byHand = i % 2 > 0]() mutable {
-                a.aim(own, a.number + a.kind);
-                Command command;
-                try {
-                    act.run(command, own, other, a);
-                    command.doIt();
-                    if (byHand)
-                        command.undoIt();
-                } catch (const std::runtime_error&) {
-                }
-            });
-        }
+/// All acts, on parameters that are tied to and take over each other, in an order that is random and fixed.
+template <class Kind> Steps stepsOn(Kind& asked, Kind& first, Kind& second) {
+    Steps steps;
+    std::minstd_rand random(14);
+    for (int i = 0; i < 90; ++i) {
+        std::array<std::uint8_t, 16> bytes;
+        std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<std::uint8_t>(random() >> 8); });
+        Choices choose(bytes.data(), bytes.size());
+        const Act& act = chosen(i % 3 ? allEdits() : allCommands(), choose);
+        A a(choose);
+        // The views that make a blended value are read one after another.
+        if (QByteArray(act.name).contains("setViewInterpolation"))
+            a.kind = 1 + a.kind % 2;
+        Kind& own = choose.below(4) > 0 ? asked : first;
+        Kind& other = choose.yes() && &own != &first ? first : second;
+        steps.push_back([&act, a, &own, &other, byHand = i % 2 > 0]() mutable {
+            a.aim(own, a.number + a.kind);
+            Command command;
+            try {
+                act.run(command, own, other, a);
+                command.doIt();
+                if (byHand)
+                    command.undoIt();
+            } catch (const std::runtime_error&) {
+            }
+        });
     }
-    void beginAnew() {
-        for (Kind* one : {&asked, &first, &second}) {
-            one->bUnconstrain();
-            one->setSplittable(true);
-            one->vSetDefault(T());
-            one->setViewInterpolation({});
-            one->assignFrom(begin);
-        }
-    }
+    return steps;
+}
 
-    Kind begin, asked, first, second;
-    std::vector<std::function<void()>> steps;
-};
+template <class Kind> void assignAnew(Kind& begin, std::initializer_list<Kind*> others) {
+    for (const quint32 view : {0u, 1u, 5u}) {
+        for (const auto& [time, value] : {std::pair(10, view), {20, 5u}, {30, 6u}, {40, 2u}})
+            begin.setVariantValue(fitting(begin, value), at(time, view));
+    }
+    begin.vSetExtrapolationAfter(Extrapolation::Linear);
+    for (Kind* one : others) {
+        one->bUnconstrain();
+        one->setSplittable(true);
+        one->vSetDefault({});
+        one->setViewInterpolation({});
+        one->assignFrom(begin);
+    }
+}
 
 template <class Kind, class T> void seeOnlyWhatWas() {
     const Warnings quiet;
-    Script<Kind, T> script;
-    const auto asked = questions<T>();
-    std::vector<QSet<QString>> answers(asked.size() * 8);
+    Kind begin, asked, first, second;
+    const auto beginAnew = [&] { assignAnew(begin, {&asked, &first, &second}); };
+    const Steps steps = stepsOn(asked, first, second);
+    const auto all = questions<T>();
+    std::vector<QSet<QString>> answers(all.size() * 8);
     const auto askAll = [&](const auto& take) {
         for (const quint32 view : {0u, 1u, 4u, 5u}) {
-            for (std::size_t i = 0; i < asked.size(); ++i)
-                take(i * 8 + view, asked[i](script.asked, view));
+            for (std::size_t i = 0; i < all.size(); ++i)
+                take(i * 8 + view, all[i](asked, view));
         }
     };
     const auto note = [&] {
         askAll([&](std::size_t question, const QString& answer) { answers[question].insert(answer); });
     };
     // What observers see on the way counts as well.
-    for (const Kind* one : {&script.asked, &script.first, &script.second})
+    for (const Kind* one : {&asked, &first, &second})
         QObject::connect(one, &P::changed, note);
     for (int round = 0; round < 2; ++round) {
-        script.beginAnew();
-        for (const auto& step : script.steps)
+        beginAnew();
+        for (const auto& step : steps)
             step(), note();
     }
-    for (const Kind* one : {&script.asked, &script.first, &script.second})
+    for (const Kind* one : {&asked, &first, &second})
         one->detachAllObservers();
     std::mutex mutex;
     std::set<std::size_t> wrong;
@@ -186,9 +187,9 @@ template <class Kind, class T> void seeOnlyWhatWas() {
         });
     });
     for (int round = rounds(16); round > 0; --round) {
-        script.beginAnew();
-        for (std::size_t i = 0; i < script.steps.size(); ++i) {
-            script.steps[i]();
+        beginAnew();
+        for (std::size_t i = 0; i < steps.size(); ++i) {
+            steps[i]();
             // Now one, now another state stays for a while.
             if (i % 16 == static_cast<std::size_t>(round) % 16)
                 crowd.untilAllPass();

@@ -1,6 +1,5 @@
 // Projects of given lines, loaded and saved, and what must hold in them.
 
-#include "host/product/ProductInfo.h"
 #include "tests/support/Library.h"
 
 #include <QFile>
@@ -31,9 +30,6 @@ const ParameterOptions still = Splittable;
 /// A small project: the set "blur" with a subset "mask".
 struct Project {
     Project() {
-        Product::replaceProductName([](const QString&) { return QStringLiteral("Studio"); });
-        Product::replaceProductVersion([](const QString&) { return QStringLiteral("4.1.2"); });
-        Product::replaceProductBuildNumber([](const QString&) { return QStringLiteral("7"); });
         root.addParameterSet(blur);
         blur.addParameter(enable);
         blur.addParameter(size);
@@ -53,11 +49,6 @@ struct Project {
             size.addAdditionalScriptName(name, [end = mark](const QString& read) { return read + end; });
         file.setTimeOfWriting(QDateTime(QDate(2021, 3, 1), QTime(14, 5, 9), Qt::UTC));
     }
-    ~Project() {
-        Product::replaceProductName(nullptr);
-        Product::replaceProductVersion(nullptr);
-        Product::replaceProductBuildNumber(nullptr);
-    }
     Project(const Project&) = delete;
 
     Parameter<bool> enable{"enable", false, still};
@@ -73,7 +64,7 @@ struct Project {
     ParameterSet root;
     ParameterSet blur{"blur"};
     ParameterSet mask{"mask"};
-    ProjectFile file{root};
+    ProjectFile file{root, "Studio"};
 };
 
 QByteArray contents(const QString& name) {
@@ -94,8 +85,8 @@ std::string findings(const ProjectFile& file) {
     return all;
 }
 
-const QByteArray header = "FileVersion.value=3002\nProductName.value=\"Studio\"\nProductBuildNumber.value=\"7\"\n"
-                          "ProductVersion.value=\"4.1.2\"\nFileTimestamp.value=\"2021-03-01T14:05:09Z\"\n";
+const QByteArray header = "FileVersion.value=3002\nProductName.value=\"Studio\"\nProductBuildNumber.value=\"0\"\n"
+                          "ProductVersion.value=\"0.0.0\"\nFileTimestamp.value=\"2021-03-01T14:05:09Z\"\n";
 
 TEST(ProjectFile, EveryLineIsWrittenAsItWasRead) {
     Project project;

@@ -166,8 +166,8 @@ TEST(Header, EndsWhereItsVersionSays) {
     EXPECT_EQ(rest("noise\nFileVersion.value=3000\n\n", header), "\n");
     const QString product =
         "ProductName.value=\"P\"\nProductBuildNumber.value=\"12.3\"\nProductVersion.value=\"4.1\"\n";
-    const QString time = "FileTimestamp.value=\"2021-03-01T14:05:09Z\"\n";
-    EXPECT_EQ(rest("FileVersion.value=3001\n" + product + time, header), time.toStdString());
+    const std::string time = "FileTimestamp.value=\"2021-03-01T14:05:09Z\"\n";
+    EXPECT_EQ(rest("FileVersion.value=3001\n" + product + QString::fromStdString(time), header), time);
     EXPECT_TRUE(header.timestampText().isNull());
     EXPECT_EQ(BuildVersion(header), BuildVersion("4.1", "12"));
     EXPECT_EQ(rest("FileVersion.value=3002\nProductName.value=\"P\"\nx.value=1\n", header), "");
@@ -177,7 +177,7 @@ TEST(Header, EndsWhereItsVersionSays) {
     written.setTimestamp(QDateTime(QDate(2021, 3, 1), QTime(15, 5, 9), Qt::OffsetFromUTC, 3600));
     ParameterSet properties;
     written.initialiseProperties(properties);
-    EXPECT_TRUE(QString::fromStdString(lines(properties)).endsWith(time));
+    EXPECT_NE(lines(properties).find(time), std::string::npos);
 }
 
 TEST(MovedParameter, PassesItsLineOn) {

@@ -124,20 +124,13 @@ TEST(Deletion, OfAnUntypedPartIsNotifiedAfterItHasLeftSetsAndLinks) {
 }
 
 /// Records what it receives from upstream.
-class Fake : public ParameterWithoutTypeBase {
-public:
-    explicit Fake(const QString& name = "fake") : ParameterWithoutTypeBase(false, false, nullptr) {
-        ParameterWithoutType::setScriptName(name);
-    }
-    ~Fake() override { announceDeletion(); }
-
+struct Fake : ParameterWithoutTypeBase {
+    Fake() : ParameterWithoutTypeBase(false, false, nullptr) {}
     void onUpstreamParameterChanged(Change& change) override { upstream += change.typeToString() + ' '; }
-
     QString upstream;
 };
 
-class Count : public Bsc::CompositeCommand {
-public:
+struct Count : Bsc::CompositeCommand {
     void doIt() override { ++done; }
     int done = 0;
 };
