@@ -65,6 +65,8 @@ template <class Kind> double shownByLast(int count, int step) {
     first.vSetExtrapolationBefore(Extrapolation::Linear);
     first.vSetExtrapolationAfter(Extrapolation::Custom0);
     key(*chain.back(), {{3, 1.}});
+    Kind another;
+    EXPECT_TRUE(first.bAddConstrainedParameter(&another));
     for (int i = 0; i < count; ++i) {
         const auto master = static_cast<std::size_t>(static_cast<qint64>(i) * step % count);
         if (master + 1 < chain.size()) {
