@@ -171,7 +171,7 @@ struct Undoable : virtual Bsc::MementoUndoable {
     static inline std::string log;
 };
 
-// How it is put back whatever observers do is looked at in fuzz/calls_fuzz.cpp.
+// That it is put back whatever observers do is among the properties of the calls in random order.
 TEST(ImportState, FlagBelongsToTheObjectAndItsImports) {
     const std::string imported = "do+ copy- assigned+ ";
     Undoable object;

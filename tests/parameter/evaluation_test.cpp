@@ -231,15 +231,8 @@ TEST(Lookup, OfManyViewsThatComeAndGoInAnyOrder) {
     }
 }
 
-constexpr double largest = std::numeric_limits<double>::max();
-
-Interpolation custom(quint32 k) {
-    return static_cast<Interpolation>(4 + k);
-}
-
-Extrapolation customOutside(quint32 k) {
-    return static_cast<Extrapolation>(3 + k);
-}
+const auto custom = [](quint32 k) { return static_cast<Interpolation>(4 + k); };
+const auto customOutside = [](quint32 k) { return static_cast<Extrapolation>(3 + k); };
 
 /// Registers kinds for as long as it lives.
 struct CustomKinds {
@@ -296,6 +289,7 @@ template <class T> T straight(T first, T second, double time) {
 }
 
 TEST(Curves, NumbersAreRoundedAndHeldToTheirRange) {
+    constexpr double largest = std::numeric_limits<double>::max();
     constexpr int top = std::numeric_limits<int>::max();
     constexpr int bottom = std::numeric_limits<int>::min();
     constexpr unsigned int most = std::numeric_limits<unsigned int>::max();
