@@ -1,4 +1,4 @@
-// What is not the matter of tests/data/project.session (lines) and of fuzz/keyframe_line_fuzz.cpp (numbers, escapes).
+// Text that tests/data/project.session (lines) and fuzz/keyframe_line_fuzz.cpp (numbers, escapes) do not cover.
 
 #include "prm/TextStreamOperators.h"
 #include "prm/text/TextTokens.h"
