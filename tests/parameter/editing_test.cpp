@@ -94,18 +94,14 @@ struct Hooked : Number {
 };
 
 TEST(Editing, HooksMayEditAndEvaluate) {
-    using Edit = void (*)(Hooked&);
-    const std::tuple<const char*, double, Edit> edits[] = {
+    Number source;
+    key(source, {{15, 5.}}, 1);
+    const std::tuple<const char*, double, std::function<void(Hooked&)>> edits[] = {
         {"appends", 30, [](Hooked& p) { p.vSetValue(5, at(30, 1)); }},
         {"inserts", 15, [](Hooked& p) { p.vSetValue(5, at(15, 1)); }},
         {"keys", 15, [](Hooked& p) { p.iAddKeyframe(at(15, 1)); }},
         {"changes the kind", 10, [](Hooked& p) { p.vSetInterpolation(Interpolation::Bezier, at(10, 1)); }},
-        {"imports", 15,
-         [](Hooked& p) {
-             const auto keyframe = p.getSerialisedKeyframe(at(INFINITY));
-             keyframe->setFromString("view[1].keyframes.append( Key( 15, 5, Linear ) )");
-             p.importKeyframe(*keyframe);
-         }},
+        {"imports", 15, [&](Hooked& p) { importFrom(p, source, at(15, 1)); }},
         {"evaluates", NAN, [](Hooked& p) { p.value(at(15, 1)); }},
         {"samples", NAN, [](Hooked& p) { p.sampleValues(Frame::fromUInt(12), Frame::fromUInt(14), View(1)); }},
     };

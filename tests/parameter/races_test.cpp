@@ -270,16 +270,20 @@ TEST(Races, ReadersAndWritersOfEachOthersParametersAllGetOn) {
     Hooked first;
     Hooked second;
     thread_local int depth = 0;
-    const auto evaluating = [](const Hooked& other) {
-        return [&other](const Context& context) {
-            const double more = ++depth < 4 ? other.value(context) : 0;
+    thread_local const Hooked* owned = nullptr;
+    const auto evaluating = [](Hooked& own, const Hooked& other) {
+        return [&](const Context& context) {
+            if (++depth == 1 && owned == &own)
+                own.vSetValue(1, at(60, context.view.id()));
+            const double more = depth < 4 ? other.value(context) : 0;
             --depth;
             return more;
         };
     };
-    first.inside = evaluating(second);
-    second.inside = evaluating(first);
+    first.inside = evaluating(first, second);
+    second.inside = evaluating(second, first);
     const auto edit = [](Hooked& own, const Hooked& other) {
+        owned = &own;
         for (int round = 0; round < rounds(300); ++round) {
             own.vSetValue(1, at(round % 90 + 1));
             own.vSetValue(1, at(50, 1));
@@ -291,6 +295,7 @@ TEST(Races, ReadersAndWritersOfEachOthersParametersAllGetOn) {
             });
             own.clearViewData();
             key(own, {{0, 1.}, {100, 1.}});
+            EXPECT_GE(own.value(at(50.5, 1)), 1) << "whose hook edits it";
         }
     };
     const Crowd crowd([&] {
