@@ -118,7 +118,9 @@ void compare(Both& pair) {
     for (const quint32 id : {0u, 1u, 2u, 3u, 4u, 5u, 7u, 2147483646u, ~0u}) {
         compareKeys(real, model, View(id));
         compareSamples(real, View(id));
-        for (double time = -4; time < 12; time += 0.75) {
+        const double odd[] = {NAN, -0., std::nextafter(1., 0.), -1e6};
+        for (int i = 0; i < 26; ++i) {
+            const double time = i < 4 ? odd[i] : 0.75 * i - 7;
             const Context where = at(time, id);
             const Data& data = model.read(where.view);
             const int index = data.find(where.time) < data.keys.size() ? static_cast<int>(data.find(where.time)) : -1;

@@ -28,9 +28,7 @@ using Whole = Parameter<int>;
 
 TEST(Editing, CopiesComeFromParametersOfTheSameType) {
     Whole parameter(QStringLiteral("own"));
-    key(parameter, {{10, 1}});
-    const Whole copied(parameter);
-    EXPECT_EQ(copied.value(at(10)), 1);
+    EXPECT_EQ(Whole(parameter).scriptName(), QStringLiteral("own"));
     const Parameter<bool> other(QStringLiteral("other"));
     ChangeRecorder recorder(&parameter);
     parameter.vCopyKeyframeDataFrom(nullptr);
@@ -60,9 +58,6 @@ TEST(Editing, AMappingOfTimesMayFailOrEditTheParameter) {
     parameter.adjustKeyframesTime([&](Time time) {
         for (int i = 0; i < 50; ++i)
             parameter.vSetValue(i, Context(time + (100 + i)));
-        return time;
-    });
-    parameter.adjustKeyframesTime([&](Time time) {
         parameter.vDeleteAllKeyframes(View());
         parameter.deleteView(View(3));
         return time;
@@ -76,91 +71,85 @@ TEST(Editing, AMappingOfTimesMayFailOrEditTheParameter) {
     });
 }
 
-/// Does what a test wants while it shapes a segment.
-class Shaping : public NumericParameter<double> {
-public:
-    Shaping() : ParameterWithoutType(false, false, nullptr) {}
+/// Does what a test wants, once, while it shapes a segment or evaluates it.
+struct Hooked : Number {
     IType initialiseInterpolation(const KeyframeData<double>& from, const KeyframeData<double>& to,
                                   Interpolation kind) const override {
-        asked.push_back(from.interpolationData.interpolation);
-        if (const auto act = std::exchange(inside, nullptr))
-            act();
+        formerKinds.push_back(from.interpolationData.interpolation);
+        once(whenShaping);
         EXPECT_LT(from.time, to.time);
         return {kind, from.value, to.value};
     }
-    mutable std::function<void()> inside;
-    mutable std::vector<Interpolation> asked;
+    double interpolateValue(const BoundingKeyframes& around, const Context&, Cache*) const override {
+        once(whenEvaluated);
+        return keyframeValue(around.after.index, around.after.view);
+    }
+    static void once(std::function<void()>& act) {
+        if (const auto now = std::exchange(act, nullptr))
+            now();
+    }
+    mutable std::function<void()> whenShaping;
+    mutable std::function<void()> whenEvaluated;
+    mutable std::vector<Interpolation> formerKinds;
 };
 
-using Changes = std::function<void(std::unique_ptr<Shaping>&)>;
-
-/// What the hook does: each act, and the worst.
-std::vector<std::pair<std::string, Changes>> insideActs() {
-    static Number other("empty");
-    std::vector<std::pair<std::string, Changes>> all{
-        {"deletes the parameter", [](auto& p) { p.reset(); }},
-        {"throws", [](auto&) { throw std::runtime_error("hook"); }},
-        {"becomes static", [](auto& p) { p->assignFrom(Parameter<double>("static", 3, Splittable)); }},
-        {"adds many",
-         [](auto& p) {
-             for (int i = 0; i < 100; ++i)
-                 p->vSetValue(i, at(i * 0.3, 1));
-         }},
+TEST(Editing, HooksMayEditAndEvaluate) {
+    Number source;
+    key(source, {{15, 5.}}, 1);
+    const std::tuple<const char*, double, std::function<void(Hooked&)>> edits[] = {
+        {"appends", 30, [](Hooked& p) { p.vSetValue(5, at(30, 1)); }},
+        {"inserts", 15, [](Hooked& p) { p.vSetValue(5, at(15, 1)); }},
+        {"keys", 15, [](Hooked& p) { p.iAddKeyframe(at(15, 1)); }},
+        {"changes the kind", 10, [](Hooked& p) { p.vSetInterpolation(Interpolation::Bezier, at(10, 1)); }},
+        {"imports", 15, [&](Hooked& p) { importFrom(p, source, at(15, 1)); }},
+        {"evaluates", NAN, [](Hooked& p) { p.value(at(15, 1)); }},
+        {"samples", NAN, [](Hooked& p) { p.sampleValues(Frame::fromUInt(12), Frame::fromUInt(14), View(1)); }},
     };
-    for (const Act* act : allEdits()) {
-        for (const double time : {10., 20.}) {
-            const A a(at(time, 1), at(30), 7, 2, false, 2);
-            all.emplace_back(act->name, [=](auto& p) {
-                Command none;
-                act->run(none, *p, other, a);
-            });
-        }
-    }
-    return all;
-}
-
-TEST(Editing, TheHookThatShapesASegmentMayEdit) {
-    using Edit = void (*)(Shaping&);
-    const std::tuple<const char*, double, Edit> edits[] = {
-        {"appends", 30, [](Shaping& p) { p.vSetValue(5, at(30, 1)); }},
-        {"inserts", 15, [](Shaping& p) { p.vSetValue(5, at(15, 1)); }},
-        {"keys", 15, [](Shaping& p) { p.iAddKeyframe(at(15, 1)); }},
-        {"changes the kind", 10, [](Shaping& p) { p.vSetInterpolation(Interpolation::Bezier, at(10, 1)); }},
-        {"imports", 15,
-         [](Shaping& p) {
-             const auto keyframe = p.getSerialisedKeyframe(at(INFINITY));
-             keyframe->setFromString("view[1].keyframes.append( Key( 15, 5, Linear ) )");
-             p.importKeyframe(*keyframe);
-         }},
-    };
-    for (const auto& [edit, time, change] : edits) {
-        for (const auto& [name, act] : insideActs()) {
+    using Inside = std::function<void(std::unique_ptr<Hooked>&)>;
+    const auto check = [&](const std::string& name, const Inside& inside) {
+        for (const auto& [edit, time, change] : edits) {
+            if (name == "deletes the parameter" && std::isnan(time))
+                continue;
             SCOPED_TRACE(edit + (", " + name));
-            auto parameter = std::make_unique<Shaping>();
+            auto parameter = std::make_unique<Hooked>();
             key(*parameter, {{10, 1.}, {20, 2.}}, 1);
-            parameter->inside = [&, &theAct = act] { theAct(parameter); };
+            (std::isnan(time) ? parameter->whenEvaluated : parameter->whenShaping) = [&] { inside(parameter); };
             const std::string error = errorOf([&, &theChange = change] { theChange(*parameter); });
             EXPECT_EQ(error, name == "throws" ? "hook" : "");
             if (!parameter)
                 continue;
             EXPECT_EQ(detail::verify(*parameter).toStdString(), "");
-            const bool sets = error.empty() && parameter->isKeyframed() && parameter->splittable() && time != 10;
+            const bool sets = error.empty() && parameter->isKeyframed() && parameter->splittable() && time > 10;
             EXPECT_TRUE(!sets || parameter->bKeyframeAt(Context::Explicit(at(time, 1))));
             EXPECT_TRUE(error.empty() || parameter->keyframeCount(View(1)) == 2);
         }
+    };
+    check("deletes the parameter", [](auto& p) { p.reset(); });
+    check("throws", [](auto&) { throw std::runtime_error("hook"); });
+    check("becomes static", [](auto& p) { p->assignFrom(Parameter<double>("static", 3, Splittable)); });
+    check("adds many", [](auto& p) {
+        for (int i = 0; i < 100; ++i)
+            p->vSetValue(i, at(i * 0.3, 1));
+    });
+    check("evaluates again", [](auto& p) { p->value(at(16, 1)); });
+    Number other("empty");
+    Command none;
+    for (const Act* act : allEdits()) {
+        for (const double time : {10., 20.})
+            check(act->name, [&](auto& p) { act->run(none, *p, other, A(at(time, 1), at(30), 7, 2, false, 2)); });
     }
 }
 
 TEST(Editing, TheHookThatShapesASegmentIsGivenTheFormerKind) {
-    Shaping parameter;
+    Hooked parameter;
     key(parameter, {{10, 1.}, {20, 2.}});
-    parameter.asked.clear();
+    parameter.formerKinds.clear();
     parameter.vSetInterpolation(Interpolation::Bezier, at(10));
     parameter.vSetInterpolation(Interpolation::Constant, at(10));
     parameter.vSetInterpolation(Interpolation::Bezier, at(20));
     // Text has its own shapes.
     parameter.streamInValue("keyframes.append( Key( 30, 1, Linear ) )", version(), {});
-    EXPECT_EQ(parameter.asked, (std::vector<Interpolation>{Interpolation::Linear, Interpolation::Bezier}));
+    EXPECT_EQ(parameter.formerKinds, (std::vector<Interpolation>{Interpolation::Linear, Interpolation::Bezier}));
     EXPECT_EQ(parameter.keyframe(0, View()).interpolationData, IType(Interpolation::Constant, 1, 2));
     EXPECT_EQ(parameter.keyframe(1, View()).interpolationData, IType(Interpolation::Bezier));
 }
@@ -189,16 +178,16 @@ TEST(Editing, TheHeroViewIsTheOnlyOneThatIsNotMarked) {
     EXPECT_EQ(parameter.heroView(), View::INVALID());
     parameter.setViewSelector(selector.get(), 5);
     using Marks = std::vector<bool>;
-    const std::tuple<const char*, Marks, View> rows[] = {{"one of three", {true, false, true}, 1},
-                                                         {"two of three", {false, true, false}, View::INVALID()},
-                                                         {"the only view", {false}, 0},
-                                                         {"all marked", {true, true}, View::INVALID()},
-                                                         {"no views", {}, View::INVALID()}};
-    for (const auto& [name, marks, hero] : rows) {
+    const std::pair<Marks, View> rows[] = {{{true, false, true}, 1},
+                                           {{false, true, false}, View::INVALID()},
+                                           {{false}, 0},
+                                           {{true, true}, View::INVALID()},
+                                           {{}, View::INVALID()}};
+    for (const auto& [marks, hero] : rows) {
         selector->clearViewData();
         for (quint32 view = 0; view < marks.size(); ++view)
             selector->vSetValue(marks[view], still(view));
-        EXPECT_EQ(parameter.heroView(), hero) << name;
+        EXPECT_EQ(parameter.heroView(), hero) << "of " << marks.size();
     }
     selector->vSetValue(false, still());
     Whole assigned;
@@ -209,9 +198,20 @@ TEST(Editing, TheHeroViewIsTheOnlyOneThatIsNotMarked) {
     EXPECT_EQ(parameter.heroView(), View::INVALID());
 }
 
+struct Translator : QTranslator {
+    QString translate(const char* context, const char* text, const char*, int) const override {
+        return qstrcmp(context, "Parameter") == 0 ? QStringLiteral("\u00fc %1").arg(QLatin1String(text)) : QString();
+    }
+    bool isEmpty() const override { return false; }
+};
+
 TEST(Variants, TheThrowingFormsCheckFirst) {
-    const std::string split = "Parameter not splittable";
-    const std::string keys = "Parameter not animated";
+    int count = 0;
+    const QCoreApplication application(count, nullptr);
+    Translator translator;
+    QCoreApplication::installTranslator(&translator);
+    const std::string split = u8"\u00fc Parameter not splittable";
+    const std::string keys = u8"\u00fc Parameter not animated";
     const std::tuple<const char*, ParameterOptions, Context, std::string> rows[] = {
         {"keyframed, at a frame", Keyframed | Splittable, at(1, 3), ""},
         {"keyframed, no frame", Keyframed | Splittable, still(3), ""},
@@ -231,26 +231,7 @@ TEST(Variants, TheThrowingFormsCheckFirst) {
     }
 }
 
-class Translator : public QTranslator {
-public:
-    QString translate(const char* context, const char* text, const char*, int) const override {
-        return qstrcmp(context, "Parameter") == 0 ? QStringLiteral("\u00fc %1").arg(QLatin1String(text)) : QString();
-    }
-    bool isEmpty() const override { return false; }
-};
-
-TEST(Variants, ErrorsAreTranslated) {
-    int count = 0;
-    const QCoreApplication application(count, nullptr);
-    Translator translator;
-    QCoreApplication::installTranslator(&translator);
-    const Parameter<int> fixed("static", 0, {});
-    EXPECT_EQ(errorOf([&] { fixed.variantValue(at(1)); }), u8"\u00fc Parameter not animated");
-}
-
-class Failing : public Parameter<double> {
-public:
-    Failing() : ParameterWithoutType(false, false, nullptr) {}
+struct Failing : Parameter<double> {
     double extrapolateValue(const BoundingKeyframes&, const Context&, Cache*) const override {
         throw std::logic_error("hook");
     }
@@ -272,9 +253,7 @@ TEST(Variants, WhatHooksAndObserversThrowIsCaughtByTheSilentFormsAlone) {
 }
 
 /// Overrides the forms that do not throw.
-class Converting : public Parameter<double> {
-public:
-    Converting() : ParameterWithoutType(false, false, nullptr) {}
+struct Converting : Parameter<double> {
     using Parameter::setVariantValue;
     using Parameter::variantValue;
     void setVariantValue(const QVariant& variant, const Context& context, const std::nothrow_t&) override {

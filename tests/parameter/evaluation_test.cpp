@@ -46,45 +46,27 @@ TEST(Evaluation, DisorderedKeyframesGiveValuesWithinReach) {
         EXPECT_LE(std::abs(parameter.value(at(0.25 * quarter))), 20) << quarter;
 }
 
-TEST(Evaluation, AConstrainedParameterShowsItsMaster) {
-    Parameter<double> first;
-    Parameter<double> second;
-    Parameter<double> third;
-    Parameter<int> other;
-    key(first, {{10, 5.}});
-    key(third, {{10, 1.}});
-    first.vSetInterpolationData(IType(Interpolation::Bezier, 1), 0, View(0));
-    first.vSetExtrapolationBefore(Extrapolation::Linear);
-    first.vSetExtrapolationAfter(Extrapolation::Custom0);
-    ASSERT_TRUE(first.bAddConstrainedParameter(&second) && second.bAddConstrainedParameter(&third));
-    EXPECT_EQ(third.value(at(10)), 5);
-    EXPECT_EQ(third.sampleValues(Frame::fromInt(10), Frame::fromInt(10), View()), QVector<double>{5});
-    EXPECT_EQ(third.interpolation(at(10)), Interpolation::Bezier);
-    EXPECT_EQ(third.interpolationData({&third, View(0), 0}), IType(Interpolation::Bezier, 1));
-    EXPECT_EQ(third.extrapolationBefore(), Extrapolation::Linear);
-    EXPECT_EQ(third.extrapolationAfter(), Extrapolation::Custom0);
-    EXPECT_EQ(third.keyframeValue(0, View(0)), 1);
-    ASSERT_TRUE(other.bAddConstrainedParameter(&third));
-    EXPECT_EQ(third.value(at(10)), 1) << "a master of another type";
-}
-
 /// Adds something to what a master's value is.
 struct OneMore : Parameter<double> {
-    OneMore() : ParameterWithoutType(false, false, nullptr) {}
     double value(const Context& context, Cache* cache = nullptr) const override {
         return Parameter<double>::value(context, cache) + 1;
     }
 };
-struct OfAHosts : NumericParameter<double> {
-    OfAHosts() : ParameterWithoutType(false, false, nullptr) {}
-};
+struct OfAHosts : NumericParameter<double> {};
 
-/// The last of a chain of masters that are tied in steps through the chain; the first one shows 5.
+/// What the last of a chain of masters shows, which are tied in steps through the chain; the first one shows 5.
 template <class Kind> double shownByLast(int count, int step) {
     std::vector<std::unique_ptr<Kind>> chain(static_cast<std::size_t>(count));
     for (auto& parameter : chain)
         parameter = std::make_unique<Kind>();
-    key<double>(*chain.front(), {{0, 5.}, {10, 5.}});
+    Kind& first = *chain.front();
+    key(first, {{0, 5.}, {10, 5.}});
+    first.vSetInterpolationData(IType(Interpolation::Bezier, 1), 0, View(0));
+    first.vSetExtrapolationBefore(Extrapolation::Linear);
+    first.vSetExtrapolationAfter(Extrapolation::Custom0);
+    key(*chain.back(), {{3, 1.}});
+    Kind another;
+    EXPECT_TRUE(first.bAddConstrainedParameter(&another));
     for (int i = 0; i < count; ++i) {
         const auto master = static_cast<std::size_t>(static_cast<qint64>(i) * step % count);
         if (master + 1 < chain.size()) {
@@ -92,12 +74,19 @@ template <class Kind> double shownByLast(int count, int step) {
         }
     }
     const Kind& last = *chain.back();
-    EXPECT_EQ(last.interpolation(at(3)), last.defaultInterpolation());
-    EXPECT_EQ(last.interpolationData({&last, View(), 0}).interpolation, last.defaultInterpolation());
-    EXPECT_EQ(last.extrapolationBefore(), Extrapolation::Constant);
-    EXPECT_EQ(last.sampleValues(Frame::fromInt(3), Frame::fromInt(3), View()).size(), 1);
-    EXPECT_FALSE(chain.back()->bAddConstrainedParameter(chain.front().get())) << "a circle";
-    return last.value(at(3));
+    EXPECT_EQ(last.interpolation(at(3)), Interpolation::Bezier);
+    EXPECT_EQ(last.interpolationData({&last, View(), 0}), IType(Interpolation::Bezier, 1));
+    EXPECT_EQ(last.extrapolationBefore(), Extrapolation::Linear);
+    EXPECT_EQ(last.extrapolationAfter(), Extrapolation::Custom0);
+    const auto sampled = [&] { return last.sampleValues(Frame::fromInt(3), Frame::fromInt(3), View()); };
+    EXPECT_EQ(sampled(), QVector<double>{5});
+    EXPECT_EQ(last.keyframeValue(0, View(0)), 1) << "its own";
+    EXPECT_FALSE(chain.back()->bAddConstrainedParameter(&first)) << "a circle";
+    const double shown = last.value(at(3));
+    Parameter<int> other;
+    EXPECT_TRUE(other.bAddConstrainedParameter(chain.back().get()));
+    EXPECT_EQ(sampled(), QVector<double>{1}) << "a master of another type";
+    return shown;
 }
 
 TEST(Evaluation, ChainsOfMastersMayBeLong) {
@@ -112,9 +101,7 @@ TEST(Evaluation, ChainsOfMastersMayBeLong) {
 }
 
 /// Shows what reaches the hooks, which may ask again.
-class Hooked : public Parameter<double> {
-public:
-    explicit Hooked(bool fromNoKeys) : ParameterWithoutType(false, false, nullptr), m_fromNoKeys(fromNoKeys) {}
+struct Hooked : Parameter<double> {
     double interpolateValue(const BoundingKeyframes& around, const Context& context, Cache* cache) const override {
         seen = cache;
         return keyframe(around.before.index, around.before.view).value + 100 * context.view.id() +
@@ -124,19 +111,19 @@ public:
         seen = cache;
         return around.before.parameter ? 1 : around.after.parameter ? -1 : 0.5;
     }
-    bool supportsExtrapolationFromNoKeys() const override { return m_fromNoKeys; }
+    bool supportsExtrapolationFromNoKeys() const override { return isKnownWithoutKeys; }
+    bool hasViewData(const View& view) const override { return view == View(1); }
+    bool isKnownWithoutKeys = false;
     mutable const Cache* seen = nullptr;
-
-private:
-    bool m_fromNoKeys;
 };
 
 TEST(Evaluation, HooksGetTheirKeyframesContextAndCache) {
     char place = 0;
     auto* const cache = reinterpret_cast<Cache*>(&place);
-    EXPECT_EQ(Hooked(false).value(at(1)), 0);
-    EXPECT_EQ(Hooked(true).value(at(1)), 0.5);
-    Hooked parameter(false);
+    Hooked parameter;
+    EXPECT_EQ(parameter.value(at(1)), 0);
+    parameter.isKnownWithoutKeys = true;
+    EXPECT_EQ(parameter.value(at(1)), 0.5);
     key(parameter, {{10, 30.}, {20, 40.}});
     const std::tuple<Context, double, bool> rows[] = {{at(9), -1, true},      {at(10), 30, false}, {at(12), 70, true},
                                                       {at(12, 2), 270, true}, {at(20), 40, false}, {still(), 1, true}};
@@ -145,26 +132,10 @@ TEST(Evaluation, HooksGetTheirKeyframesContextAndCache) {
         EXPECT_EQ(parameter.value(context, cache), value) << context.time.toDouble();
         EXPECT_EQ(parameter.seen == cache, hooked);
     }
-}
-
-class Redefined : public Parameter<int> {
-public:
-    Redefined() : ParameterWithoutType(false, false, nullptr) {}
-    bool hasViewData(const View& view) const override { return view == View(1); }
-};
-
-TEST(Evaluation, SubclassesMayRedefineTheGuardsAndTheViews) {
-    Redefined parameter;
-    key(parameter, {{10, 1}});
     EXPECT_EQ(parameter.keyframeCount(View(0)), 0u);
-    EXPECT_EQ(parameter.keyframeCount(View(1)), 1u);
-}
-
-TEST(Evaluation, AllFramesAreSampled) {
-    Number number;
-    key(number, {{0, 1.}, {10, 2.}});
-    EXPECT_EQ(number.sampleValues(Frame::fromInt(4), Frame::fromInt(6), View(2)), (QVector<double>{1.4, 1.5, 1.6}));
-    EXPECT_TRUE(number.sampleValues(Frame::fromInt(3), Frame::fromInt(2), View()).isEmpty());
+    EXPECT_EQ(parameter.keyframeCount(View(1)), 2u);
+    EXPECT_EQ(parameter.sampleValues(Frame::fromInt(9), Frame::fromInt(10), View()), (QVector<double>{-1, 30}));
+    EXPECT_TRUE(parameter.sampleValues(Frame::fromInt(3), Frame::fromInt(2), View()).isEmpty());
 }
 
 template <class Kind, class T> int allocationsWith(const T& a, const T& b, Mode mode) {
@@ -195,22 +166,6 @@ TEST(Evaluation, NothingIsAllocated) {
     }
 }
 
-TEST(Evaluation, TheHashIsThatOfTheValue) {
-    Parameter<bool> parameter;
-    parameter.vSetValue(true, still());
-    parameter.vSetValue(false, still(2));
-    key(parameter, {{3, false}});
-    // Where the time is no frame, the static value of view 0 in every view.
-    const std::pair<double, char> rows[] = {{3, 0}, {-0.5, 0}, {-1, 1}, {NAN, 1}};
-    for (const auto& [time, byte] : rows) {
-        Bsc::Hash hash;
-        parameter.calculateHash(hash, at(time, 2));
-        Bsc::Hash expected;
-        expected.addData(&byte, 1);
-        EXPECT_EQ(hash.result(), expected.result()) << time;
-    }
-}
-
 template <class T> auto hashOf(const std::vector<T>& values) {
     Bsc::Hash hash;
     for (const T& value : values)
@@ -237,6 +192,19 @@ TEST(Evaluation, DifferentValuesHashApart) {
     EXPECT_EQ(hashes<short>({{1, 23}, {12, 3}, {123}}), 3u) << "a type of a host's";
 }
 
+TEST(Evaluation, TheHashIsThatOfTheValue) {
+    Parameter<bool> parameter;
+    parameter.vSetValue(true, still());
+    parameter.vSetValue(false, still(2));
+    key(parameter, {{3, false}});
+    // Where the time is no frame, the static value of view 0 in every view.
+    for (const auto& [time, value] : {std::pair(3., false), {-0.5, false}, {-1., true}, {NAN, true}}) {
+        Bsc::Hash hash;
+        parameter.calculateHash(hash, at(time, 2));
+        EXPECT_EQ(hash.result(), hashOf<bool>({value})) << time;
+    }
+}
+
 TEST(Evaluation, MetaTypesMakeParameters) {
     for (const char* const name : {"QPoint", "QPointF", "QString", "double", "unsigned int", "int", "bool"}) {
         const int id = QMetaType::type(QByteArray("Prm::Parameter<") + name + '>');
@@ -246,15 +214,25 @@ TEST(Evaluation, MetaTypesMakeParameters) {
     }
 }
 
-constexpr double largest = std::numeric_limits<double>::max();
-
-Interpolation custom(quint32 k) {
-    return static_cast<Interpolation>(4 + k);
+TEST(Lookup, OfManyViewsThatComeAndGoInAnyOrder) {
+    constexpr quint32 count = 20000;
+    for (const quint32 step : {1u, count - 1, 7919u}) {
+        Number number;
+        for (quint32 i = 0; i < count; ++i)
+            number.vSetValue(i * step % count, still(i * step % count));
+        EXPECT_EQ(number.numViews(), static_cast<int>(count));
+        for (quint32 view = 0; view < count; ++view) {
+            ASSERT_EQ(number.staticValue(View(view)), view) << step;
+            EXPECT_TRUE(view % 16 == 5 || number.deleteView(View(view)));
+        }
+        EXPECT_EQ(number.viewList().size(), count / 16);
+        EXPECT_EQ(number.staticValue(View(4)), 5) << "shows the first";
+        EXPECT_EQ(detail::verify(number), QString());
+    }
 }
 
-Extrapolation customOutside(quint32 k) {
-    return static_cast<Extrapolation>(3 + k);
-}
+const auto custom = [](quint32 k) { return static_cast<Interpolation>(4 + k); };
+const auto customOutside = [](quint32 k) { return static_cast<Extrapolation>(3 + k); };
 
 /// Registers kinds for as long as it lives.
 struct CustomKinds {
@@ -274,37 +252,22 @@ struct CustomKinds {
     Q_DISABLE_COPY(CustomKinds)
 };
 
-TEST(Curves, KindsOfSegmentsAndTheLinesThatContinueThem) {
-    const CustomKinds kinds;
-    // A quarter and half way from 2 at time 10 to 10 at time 20, and five frames after, where the chord gives 14.
-    const std::tuple<const char*, IType, double, double, double> rows[] = {
-        {"no named kind is written as constant", IType(), 2, 2, 10},
-        {"linear ignores its numbers", {Interpolation::Linear, 1, 0, 1, 0}, 4, 6, 14},
-        {"bezier overshoots", {Interpolation::Bezier, 1 / 3.0, 0, 2 / 3.0, 3}, 5.5, 12, -14},
-        {"registered custom kind", {custom(1), 0, 0, 0, 2}, 6, 10, 14},
-        {"unregistered custom kind is straight", {custom(7), 0, 0, 0, 2}, 4, 6, 14},
-    };
-    for (const auto& [name, shape, quarter, half, behind] : rows) {
-        NumericParameter<double> parameter;
-        key(parameter, {{10, 2.}, {20, 10.}});
-        parameter.vSetInterpolationData(shape, 0, View());
-        parameter.vSetExtrapolationAfter(Extrapolation::Linear);
-        for (const auto& [time, value] : {std::pair(12.5, quarter), {15, half}, {25, behind}})
-            EXPECT_NEAR(parameter.value(at(time, 3)), value, 1e-12) << name << ' ' << time;
-    }
-    EXPECT_FALSE(registerInterpolation(Interpolation::Bezier, [](const IType&, double) { return 0.0; }));
-}
-
-TEST(Curves, OutsideTheKeyframes) {
+// What edits of all kinds that a plain model knows give is compared in fuzz/edits_fuzz.cpp.
+TEST(Curves, KindsThatTheModelDoesNotKnow) {
     const CustomKinds kinds;
     NumericParameter<double> parameter;
     key(parameter, {{1, 5.}, {2, 6.}, {3, 20.}, {4, 18.}});
+    parameter.vSetInterpolationData(IType(), 0, View());
+    parameter.vSetInterpolationData({custom(1), 0, 0, 0, 2}, 2, View());
     const std::tuple<const char*, Extrapolation, double, double> rows[] = {
+        {"no named kind of segment is constant", Extrapolation::Linear, 1.5, 5},
+        {"nor does it continue", Extrapolation::Linear, -1, 5},
+        {"a registered one", Extrapolation::Linear, 3.25, 19},
+        {"is continued by its chord", Extrapolation::Linear, 5, 16},
         {"no finite line", Extrapolation::Linear, -INFINITY, 5},
-        {"no named kind", Extrapolation{}, 0, 5},
-        {"registered, before", customOutside(0), -0.5, 13},
-        {"registered, behind", customOutside(0), 5.5, 13},
-        {"unregistered", customOutside(1), 6, 18},
+        {"no named kind outside", Extrapolation{}, 0, 5},
+        {"a registered one, before", customOutside(0), -1, 6},
+        {"after", customOutside(0), 6, 20},
         {"held to the range", customOutside(2), 0, 18},
     };
     for (const auto& [name, kind, time, value] : rows) {
@@ -312,6 +275,7 @@ TEST(Curves, OutsideTheKeyframes) {
         parameter.vSetExtrapolationAfter(kind);
         EXPECT_NEAR(parameter.value(at(time)), value, 1e-12) << name;
     }
+    EXPECT_FALSE(registerInterpolation(Interpolation::Bezier, [](const IType&, double) { return 0.0; }));
     EXPECT_FALSE(registerExtrapolation(Extrapolation::Linear, [](Time time, Time, Time) { return time; }));
 }
 
@@ -325,6 +289,7 @@ template <class T> T straight(T first, T second, double time) {
 }
 
 TEST(Curves, NumbersAreRoundedAndHeldToTheirRange) {
+    constexpr double largest = std::numeric_limits<double>::max();
     constexpr int top = std::numeric_limits<int>::max();
     constexpr int bottom = std::numeric_limits<int>::min();
     constexpr unsigned int most = std::numeric_limits<unsigned int>::max();
@@ -357,11 +322,8 @@ TEST(Curves, NumbersAreRoundedAndHeldToTheirRange) {
 TEST(Curves, AHostsFunctionMayEditTheListThatItIsAskedAbout) {
     const CustomKinds kinds;
     NumericParameter<double> parameter;
-    const auto refill = [&] {
-        key(parameter, {{10, 2.}, {20, 10.}});
-        parameter.vSetInterpolation(custom(0), at(10));
-        parameter.vSetExtrapolationAfter(customOutside(1));
-    };
+    parameter.vSetDefaultInterpolation(custom(0));
+    parameter.vSetExtrapolationAfter(customOutside(1));
     registerInterpolation(custom(0), [&](const IType& shape, double x) {
         parameter.vDeleteAllKeyframes(View());
         return shape.interpolation == custom(0) ? x : NAN;
@@ -370,10 +332,10 @@ TEST(Curves, AHostsFunctionMayEditTheListThatItIsAskedAbout) {
         parameter.clearViewData();
         return first + 2.5;
     });
-    refill();
-    EXPECT_EQ(parameter.value(at(15)), 6);
-    refill();
-    EXPECT_EQ(parameter.value(at(30)), 4);
+    for (const auto& [time, value] : {std::pair(15, 6), {30, 4}}) {
+        key(parameter, {{10, 2.}, {20, 10.}});
+        EXPECT_EQ(parameter.value(at(time)), value);
+    }
 }
 
 } // namespace

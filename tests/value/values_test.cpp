@@ -52,47 +52,6 @@ TEST(Frame, FromNumbers) {
         EXPECT_EQ(frame.toUInt(), expected) << name;
 }
 
-TEST(Frame, StreamsIgnoreTheStreamsOwnFormat) {
-    QString text;
-    QTextStream out(&text);
-    out.setIntegerBase(16);
-    out.setFieldWidth(9);
-    out << Frame::fromUInt(255);
-    out.setFieldWidth(0);
-    out << 255;
-    EXPECT_EQ(text, "255ff");
-    QString number("2147483647");
-    QTextStream numbers(&number);
-    Frame frame;
-    numbers >> frame;
-    EXPECT_EQ(frame.toUInt(), 2147483647u);
-}
-
-TEST(View, PrefixesAreTakenOffOnce) {
-    constexpr quint32 none = 77;
-    const std::tuple<const char*, const char*, quint32> rows[] = {
-        {"view[12].value", "value", 12},
-        {"view[1].view[2].x", "view[2].x", 1},
-        {"view[007].", "", 7},
-        {"view[2147483646].x", "x", 2147483646u},
-        {"view[2147483647].x", "view[2147483647].x", none},
-        {"view[18446744073709551617].x", "view[18446744073709551617].x", none},
-        {"View[1].x", "View[1].x", none},
-        {"view[].x", "view[].x", none},
-        {"view[-1].x", "view[-1].x", none},
-        {"view[1", "view[1", none},
-        {"view[\u0661].x", "view[\u0661].x", none},
-    };
-    for (const auto& [written, rest, expected] : rows) {
-        QString text = QString::fromUtf8(written);
-        View view(none);
-        EXPECT_EQ(View::extractStringPrefix(text, view), expected != none) << written;
-        EXPECT_EQ(text, QString::fromUtf8(rest));
-        EXPECT_EQ(view.id(), expected) << written;
-    }
-    EXPECT_EQ(View::INVALID().toString(), "view[4294967295].");
-}
-
 TEST(Context, HasFourFlagsAndIsKnownToQt) {
     EXPECT_TRUE(AnimationFlags(4).allViews() && !AnimationFlags().allViews());
     EXPECT_EQ(AnimationFlags(0xFF).packed(), 15u);
@@ -128,12 +87,6 @@ TEST(KindNames, AreReadAndWritten) {
         EXPECT_EQ(bStringToExtrapolationType(text, extrapolation), outside != 0) << text;
         EXPECT_EQ(static_cast<quint32>(interpolation), inside) << text;
         EXPECT_EQ(static_cast<quint32>(extrapolation), outside) << text;
-    }
-    const char* const interpolations[] = {"Constant", "Constant", "Linear", "Bezier", "Custom0", "Constant"};
-    const char* const extrapolations[] = {"Constant", "Constant", "Linear", "Custom0", "Constant", "Constant"};
-    for (quint32 i = 0; i < 6; ++i) {
-        EXPECT_EQ(qstrInterpolationTypeString(static_cast<Interpolation>(i)), interpolations[i]);
-        EXPECT_EQ(qstrExtrapolationTypeString(static_cast<Extrapolation>(i)), extrapolations[i]);
     }
 }
 

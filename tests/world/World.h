@@ -310,8 +310,10 @@ public:
     /// The first broken invariant, else nothing.
     QString broken() const {
         QString all;
-        for (int i = 0; i < parameterCount && all.isEmpty(); ++i)
-            all = parameter(i) ? detail::verify(*parameter(i)) : QString();
+        for (int i = 0; i < parameterCount && all.isEmpty(); ++i) {
+            if (const P* const one = parameter(i))
+                all = one->isImporting() ? QStringLiteral("it is importing still") : detail::verify(*one);
+        }
         for (int i = 0; i < setCount && all.isEmpty(); ++i)
             all = set(i) ? detail::verify(*set(i)) : QString();
         return all;
