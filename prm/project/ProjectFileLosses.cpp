@@ -8,6 +8,7 @@
 #include "prm/StaticParameter.h"
 #include "prm/untyped/PartialState.h"
 
+#include <QHash>
 #include <QMap>
 
 #include <algorithm>
@@ -201,10 +202,19 @@ QStringList ProjectFile::saveLosses() const {
     QStringList losses = m_readingLosses;
     collectSet(m_root, losses);
     m_root.forEachSubset([&](ParameterSet* set) { collectSet(*set, losses); }, true);
+    // Masters are found again by their names.
+    QHash<QString, const ParameterWithoutType*> byName;
+    m_root.forEachParameterAndPart(
+        [&](const ParameterWithoutType* parameter) { byName.insert(parameter->extendedName(), parameter); });
     m_root.forEachParameterAndPart([&](const ParameterWithoutType* parameter) {
         collectOwn(*parameter, losses);
-        if (const auto* const compound = dynamic_cast<const ParameterSet*>(parameter))
+        const auto* const compound = dynamic_cast<const ParameterSet*>(parameter);
+        if (compound)
             collectCompound(*parameter, *compound, losses);
+        const ParameterWithoutType* const master = compound ? nullptr : parameter->masterParameter();
+        if (master && !m_findMaster && byName.value(master->extendedName()) != master)
+            losses.append(QStringLiteral("%1: the master \"%2\" will not be found by its name")
+                              .arg(parameter->extendedName(), master->extendedName()));
     });
     return losses;
 }

@@ -355,8 +355,9 @@ TEST(ProjectFile, LossesAreNamedBeforeSaving) {
     for (const char* expected :
          {"keyframe times will move (1)", "are not written (1)", "holds \"=\"", "is used 2 times",
           "\"enable\" in the set \"blur\" is used 2 times", "part: the locked flag",
-          "part: view 0: custom interpolations", "the static parameters and the subsets of a compound are not written",
-          "holds a line break", "half a surrogate pair (1)", "name of another member and a dot", "\"blur\" is empty"})
+          "part: view 0: custom interpolations", "part: the master \".master\" will not be found by its name",
+          "the static parameters and the subsets of a compound are not written", "holds a line break",
+          "half a surrogate pair (1)", "name of another member and a dot", "\"blur\" is empty"})
         EXPECT_TRUE(losses.contains(QLatin1String(expected))) << expected << "\n" << losses.toStdString();
     Project clean;
     EXPECT_TRUE(clean.file.saveLosses().isEmpty());
