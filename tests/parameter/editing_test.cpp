@@ -96,7 +96,7 @@ struct Hooked : Number {
 TEST(Editing, HooksMayEditAndEvaluate) {
     Number source;
     key(source, {{15, 5.}}, 1);
-    const std::tuple<const char*, double, std::function<void(Hooked&)>> edits[] = {
+    const std::tuple<const char*, double, std::function<void(Hooked&)>> calls[] = {
         {"appends", 30, [](Hooked& p) { p.vSetValue(5, at(30, 1)); }},
         {"inserts", 15, [](Hooked& p) { p.vSetValue(5, at(15, 1)); }},
         {"keys", 15, [](Hooked& p) { p.iAddKeyframe(at(15, 1)); }},
@@ -107,14 +107,14 @@ TEST(Editing, HooksMayEditAndEvaluate) {
     };
     using Inside = std::function<void(std::unique_ptr<Hooked>&)>;
     const auto check = [&](const std::string& name, const Inside& inside) {
-        for (const auto& [edit, time, change] : edits) {
+        for (const auto& [call, time, act] : calls) {
             if (name == "deletes the parameter" && std::isnan(time))
                 continue;
-            SCOPED_TRACE(edit + (", " + name));
+            SCOPED_TRACE(call + (", " + name));
             auto parameter = std::make_unique<Hooked>();
             key(*parameter, {{10, 1.}, {20, 2.}}, 1);
             (std::isnan(time) ? parameter->whenEvaluated : parameter->whenShaping) = [&] { inside(parameter); };
-            const std::string error = errorOf([&, &theChange = change] { theChange(*parameter); });
+            const std::string error = errorOf([&, &theAct = act] { theAct(*parameter); });
             EXPECT_EQ(error, name == "throws" ? "hook" : "");
             if (!parameter)
                 continue;

@@ -123,7 +123,7 @@ QByteArray outcomeOf(const QByteArray& text) {
 /// Below each "#" stand lines to load, after "<" with the header of today before them, after "<<" without; below these
 /// stand errors and findings after "!", what saving would lose after "?", and the lines that are then saved after ">".
 /// Odd bytes are written as "%0D".
-/// With PRM_WRITE_SESSION in the environment the session is written anew, to be looked at.
+/// With PRM_WRITE_RECORDS in the environment the session is written anew, to be looked at.
 TEST(ProjectFile, LoadsWhatTheSessionShows) {
     const Warnings quiet;
     const QByteArray session = data("project.session");
@@ -140,7 +140,7 @@ TEST(ProjectFile, LoadsWhatTheSessionShows) {
             replayed += outcomeOf(std::exchange(text, {})) + '\n';
     }
     QFile file(PRM_TEST_DATA "/project.session");
-    if (qEnvironmentVariableIsSet("PRM_WRITE_SESSION") && file.open(QIODevice::WriteOnly))
+    if (qEnvironmentVariableIsSet("PRM_WRITE_RECORDS") && file.open(QIODevice::WriteOnly))
         file.write(replayed);
     EXPECT_EQ(replayed.toStdString(), session.toStdString());
 }

@@ -207,7 +207,7 @@ TEST(Notification, IsReceivedWhereAnOverrideHidesTheConnection) {
     parameter.vSetValue(1.0, Time::fromInt(1));
     ChangeRecorder recorder(&parameter);
     parameter.vSetValue(2.0, Time::fromInt(2));
-    EXPECT_EQ(recorder.takeInitials(), "AV");
+    EXPECT_EQ(recorder.take(), "KEYFRAME_ADDED 1 0\nKEYFRAME_CHANGED_VALUE 1 0\n");
 }
 
 TEST(Notification, CommandsGoToTheirObserverOrAreDone) {
