@@ -40,7 +40,7 @@ int replayBelow(const QString& name) {
 
 Input randomInput(unsigned int number) {
     std::mt19937 random(number);
-    Input input(random() % 2048);
+    Input input(random() % 4096);
     for (std::uint8_t& byte : input)
         byte = static_cast<std::uint8_t>(random());
     return input;

@@ -148,9 +148,28 @@ struct Lists {
         const std::vector<int> below = lists[from];
         return from == to || std::any_of(below.begin(), below.end(), [&](int next) { return leads(lists, next, to); });
     }
-    void untie(int number) {
-        for (auto& [master, list] : constrained)
-            list.erase(std::remove(list.begin(), list.end(), number), list.end());
+    /// At its end below 0; nowhere where it is already.
+    static void insert(std::vector<int>& list, int number, int position = -1) {
+        const int count = static_cast<int>(list.size());
+        if (!has(list, number))
+            list.insert(list.begin() + (position < 0 ? count : std::min(position, count)), number);
+    }
+    static void remove(std::vector<int>& list, int number) {
+        list.erase(std::remove(list.begin(), list.end(), number), list.end());
+    }
+    /// Without those that have died.
+    template <class Parameters, class Sets> void tidy(const Parameters& parameter, const Sets& set) {
+        tidy(members, parameter, set);
+        tidy(subsets, set, set);
+        tidy(constrained, parameter, parameter);
+    }
+    template <class Alive, class AliveAbove>
+    static void tidy(std::map<int, std::vector<int>>& lists, const Alive& isAlive, const AliveAbove& isAliveAbove) {
+        for (auto entry = lists.begin(); entry != lists.end();) {
+            auto& list = entry->second;
+            list.erase(std::remove_if(list.begin(), list.end(), [&](int i) { return !isAlive(i); }), list.end());
+            entry = list.empty() || !isAliveAbove(entry->first) ? lists.erase(entry) : std::next(entry);
+        }
     }
 };
 
@@ -183,6 +202,12 @@ struct HostNumber : Number {
     ~HostNumber() override { announceDeletion(); }
 };
 
+/// A host's own kind, which animates nothing and takes every call.
+struct Bare : ParameterWithoutTypeBase {
+    explicit Bare(const QString& name) { setScriptName(name); }
+    ~Bare() override { announceDeletion(); }
+};
+
 class World {
 public:
     /// `together` has a bit for each compound, set where its parts are keyed together.
@@ -195,10 +220,7 @@ public:
     explicit World(const Choices& choices, const Options& with = {6, 5, true})
         : parameterCount(with.plainCount + compoundCount), options(with), choose(choices),
           slots(static_cast<std::size_t>(parameterCount)) {
-        for (int i = 0; i < parameterCount; ++i)
-            make(i);
-        for (std::size_t i = 0; i < setCount; ++i)
-            makeSet(i);
+        makeMissing();
     }
     ~World() {
         observer.then = nullptr;
@@ -240,6 +262,8 @@ public:
             return boost::make_shared<NumericParameter<int>>(name, 3, Keyframed);
         case 9:
             return boost::make_shared<HostNumber>(name);
+        case 10:
+            return boost::make_shared<Bare>(name);
         default:
             return boost::make_shared<Number>(name, 1, number == 2 ? Keyframed : animated);
         }
@@ -255,6 +279,24 @@ public:
         // Not by the compounds' own way, which would attach to their parts once more.
         QObject::connect(slot.parameter, SIGNAL(changed(Prm::ParameterChange&)), &observer,
                          SLOT(onChanged(Prm::ParameterChange&)));
+    }
+
+    /// Anew in the place of each that has died; whether one has.
+    bool makeMissing() {
+        bool misses = false;
+        for (int i = 0; i < parameterCount; ++i) {
+            if (slots[static_cast<std::size_t>(i)].parameter)
+                continue;
+            make(i);
+            misses = true;
+        }
+        for (std::size_t i = 0; i < setCount; ++i) {
+            if (!sets[i].expired())
+                continue;
+            makeSet(i);
+            misses = true;
+        }
+        return misses;
     }
 
     int numberOf(const void* parameter) const {
