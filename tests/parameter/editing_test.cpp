@@ -107,12 +107,12 @@ std::vector<std::pair<std::string, Changes>> insideActs() {
                  p->vSetValue(i, at(i * 0.3, 1));
          }},
     };
-    for (const Act* act : allEdits()) {
+    for (const Act& act : edits) {
         for (const double time : {10., 20.}) {
             const A a(at(time, 1), at(30), 7, 2, false, 2);
-            all.emplace_back(act->name, [=](auto& p) {
+            all.emplace_back(act.name, [=](auto& p) {
                 Command none;
-                act->run(none, *p, other, a);
+                act.run(none, *p, other, a);
             });
         }
     }

@@ -129,7 +129,7 @@ template <class Kind, class T> struct Script {
             std::array<std::uint8_t, 16> bytes;
             std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<std::uint8_t>(random() >> 8); });
             Choices choose(bytes.data(), bytes.size());
-            const Act& act = chosen(i % 3 ? allEdits() : allCommands(), choose);
+            const Act& act = chosen(i % 3 ? edits : commands, choose);
             A a(choose);
             // The views that make a blended value are read one after another.
             if (QByteArray(act.name).contains("setViewInterpolation"))
@@ -319,14 +319,14 @@ TEST(Races, ReadersAndWritersOfEachOthersParametersAllGetOn) {
 
 TEST(Races, AHookMayEditWhatItReads) {
     Hooked other;
-    for (const Act* act : allEdits()) {
-        SCOPED_TRACE(act->name);
+    for (const Act& act : edits) {
+        SCOPED_TRACE(act.name);
         Hooked parameter;
         bool inside = false;
         parameter.inside = [&, owner = std::this_thread::get_id()](const Context& context) {
             if (std::this_thread::get_id() == owner && !std::exchange(inside, true)) {
                 Command none;
-                act->run(none, parameter, other, {at(0, 1), at(30), 8, 2, false, 2});
+                act.run(none, parameter, other, {at(0, 1), at(30), 8, 2, false, 2});
                 parameter.value(context);
                 inside = false;
             }

@@ -265,7 +265,7 @@ TEST(Notification, IsHeardHoweverOneIsConnected) {
             ChangeRecorder recorder;
             connect(*parameter, recorder);
             parameter->vSetValue(2.0, Time::fromInt(2));
-            EXPECT_EQ(recorder.takeInitials(), "AV") << name;
+            EXPECT_EQ(recorder.take(), "KEYFRAME_ADDED 1 0\nKEYFRAME_CHANGED_VALUE 1 0\n") << name;
         }
     }
 }

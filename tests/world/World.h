@@ -1,7 +1,7 @@
 #pragma once
 
 // The world of the acts: parameters of every kind, compounds and sets that come and go, an observer of all of them, a
-// host that is notified of sets, plain lists of who is where, and the exact state of it all.
+// host that is notified of sets, and the exact state of it all.
 
 #include "tests/support/ChangeRecorder.h"
 #include "tests/support/Library.h"
@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
 #include <set>
 
 namespace Worlds {
@@ -24,21 +23,10 @@ constexpr int setCount = 4;
 
 // What a parameter is, exactly.
 
-inline QString exact(double value) {
-    return QString::number(value, 'g', 17);
-}
-inline QString exact(const QPointF& value) {
-    return exact(value.x()) + '/' + exact(value.y());
-}
-inline QString exact(const QString& value) {
-    return value;
-}
-
 /// With the values of its parts for a compound.
 inline QString exact(const QVariant& value) {
-    if (value.type() == QVariant::PointF)
-        return exact(value.toPointF());
-    QString all = value.toString();
+    const QPointF point = value.toPointF();
+    QString all = value.type() == QVariant::PointF ? exact(point.x()) + '/' + exact(point.y()) : value.toString();
     for (const QVariant& part : value.value<QVector<QVariant>>())
         all += ' ' + exact(part);
     return all;
@@ -122,57 +110,6 @@ struct Slot {
     P* get() const { return dying ? nullptr : parameter.data(); }
 };
 
-/// Who is where, by the numbers of parameters and sets; compounds are sets too, after the others.
-struct Lists {
-    std::map<int, std::vector<int>> members;
-    std::map<int, std::vector<int>> subsets;
-    std::map<int, std::vector<int>> constrained;
-
-    QByteArray text() const {
-        QByteArray all;
-        for (const auto* lists : {&members, &subsets, &constrained}) {
-            for (const auto& [above, list] : *lists) {
-                all += '\n' + QByteArray::number(above) + ':';
-                for (const int number : list)
-                    all += ' ' + QByteArray::number(number);
-            }
-            all += '\n';
-        }
-        return all;
-    }
-    static bool has(const std::vector<int>& list, int number) {
-        return std::find(list.begin(), list.end(), number) != list.end();
-    }
-    /// Whether a way leads down from one to the other, or they are the same.
-    static bool leads(std::map<int, std::vector<int>> lists, int from, int to) {
-        const std::vector<int> below = lists[from];
-        return from == to || std::any_of(below.begin(), below.end(), [&](int next) { return leads(lists, next, to); });
-    }
-    /// At its end below 0; nowhere where it is already.
-    static void insert(std::vector<int>& list, int number, int position = -1) {
-        const int count = static_cast<int>(list.size());
-        if (!has(list, number))
-            list.insert(list.begin() + (position < 0 ? count : std::min(position, count)), number);
-    }
-    static void remove(std::vector<int>& list, int number) {
-        list.erase(std::remove(list.begin(), list.end(), number), list.end());
-    }
-    /// Without those that have died.
-    template <class Parameters, class Sets> void tidy(const Parameters& parameter, const Sets& set) {
-        tidy(members, parameter, set);
-        tidy(subsets, set, set);
-        tidy(constrained, parameter, parameter);
-    }
-    template <class Alive, class AliveAbove>
-    static void tidy(std::map<int, std::vector<int>>& lists, const Alive& isAlive, const AliveAbove& isAliveAbove) {
-        for (auto entry = lists.begin(); entry != lists.end();) {
-            auto& list = entry->second;
-            list.erase(std::remove_if(list.begin(), list.end(), [&](int i) { return !isAlive(i); }), list.end());
-            entry = list.empty() || !isAliveAbove(entry->first) ? lists.erase(entry) : std::next(entry);
-        }
-    }
-};
-
 /// Records the sets that it was notified of, as hosts do.
 struct Host : ParameterTree {
     void subtreeAdded(ParameterSet* subtree) override {
@@ -197,9 +134,11 @@ struct Host : ParameterTree {
 };
 
 /// A host's own class, which is evaluated and edited by way of its virtual operations.
+/// It does not say when its keyframes change.
 struct HostNumber : Number {
     explicit HostNumber(const QString& name) : ParameterWithoutType(false, false, nullptr), Number(name, 2) {}
     ~HostNumber() override { announceDeletion(); }
+    quint64 keyframeRevision() const override { return 0; }
 };
 
 /// A host's own kind, which animates nothing and takes every call.
@@ -313,25 +252,11 @@ public:
         return dynamic_cast<ParameterSet*>(parameter(options.plainCount + number - setCount));
     }
 
-    Lists lists() const {
-        Lists seen;
-        for (int i = 0; i < parameterCount; ++i) {
-            if (const P* const master = parameter(i))
-                for (const P* tied : master->constrainedParameters())
-                    seen.constrained[i].push_back(numberOf(tied));
-        }
-        for (int i = 0; i < setCount + compoundCount; ++i) {
-            const ParameterSet* const listing = set(i);
-            if (!listing)
-                continue;
-            for (const auto& member : listing->parameters())
-                seen.members[i].push_back(numberOf(member.get()));
-            for (const ParameterSet* subset : listing->subsets())
-                for (int j = 0; j < setCount; ++j)
-                    if (set(j) == subset)
-                        seen.subsets[i].push_back(j);
-        }
-        return seen;
+    int numberOfSet(const ParameterSet* listed) const {
+        int number = 0;
+        while (set(number) != listed)
+            ++number;
+        return number;
     }
 
     /// All that undo gives back.
@@ -368,8 +293,6 @@ public:
     std::vector<Slot> slots;
     std::array<boost::shared_ptr<ParameterSet>, setCount> owners;
     std::array<boost::weak_ptr<ParameterSet>, setCount> sets;
-    /// As they should be.
-    Lists plain;
     /// Counts what snapshots do not hold.
     int changesOfLists = 0;
 };
