@@ -30,8 +30,12 @@ TEST(ParameterSet, SubsetsGetUniqueNames) {
     root.subsetWithName("Blur_2")->setScriptName("other");
     EXPECT_EQ(added("Blur"), "Blur_2");
     const auto third = boost::make_shared<ParameterSet>("x");
-    root.insertParameterSet(third, 1);
-    EXPECT_EQ(root.subsets().at(1), third.get());
+    for (const auto& [position, place] : {std::pair(1, 1), {0, 0}, {-5, 0}, {99, 18}}) {
+        EXPECT_TRUE(root.insertParameterSet(third, position));
+        EXPECT_EQ(root.subsets().at(place), third.get()) << position;
+        EXPECT_TRUE(root.removeParameterSet(third));
+    }
+    root.addParameterSet(*third);
     EXPECT_FALSE(root.insertParameterSet(third, 0) || root.addParameterSet(third)) << "is listed already";
     EXPECT_TRUE(root.removeParameterSet(third));
     EXPECT_FALSE(root.removeParameterSet(third));
