@@ -132,17 +132,16 @@ void compare(Both& pair) {
     }
 }
 
-std::vector<const Act*> modelled() {
-    std::vector<const Act*> rows;
-    std::copy_if(allEdits().begin(), allEdits().end(), std::back_inserter(rows),
-                 [](const Act* row) { return row->model; });
+std::vector<Act> modelled() {
+    std::vector<Act> rows;
+    std::copy_if(edits.begin(), edits.end(), std::back_inserter(rows), [](const Act& row) { return row.model; });
     return rows;
 }
 
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const std::vector<const Act*> rows = modelled();
+    static const std::vector<Act> rows = modelled();
     const ParameterOptions options[] = {Keyframed | Splittable, Keyframed, Splittable, {}};
     Choices choose(data, std::min<std::size_t>(size, 12 * 30));
     Both first(Keyframed | Splittable);

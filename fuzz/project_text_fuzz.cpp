@@ -1,9 +1,11 @@
 // Any bytes through the tool: they come back as they were, everything can be asked, and an edit is read back as it was
-// meant to be, while the lines of others are not touched.
+// meant to be, while the lines of others are not touched. Library and tool read the same header.
 
 #include "fuzz/Fuzz.h"
 #include "prm/MoveKeyframeEdit.h"
 #include "prm/ParameterEdits.h"
+#include "prm/ParameterSet.h"
+#include "prm/ProjectFile.h"
 #include "tests/world/Arguments.h"
 #include "tool/Checks.h"
 #include "tool/Project.h"
@@ -128,8 +130,53 @@ void editEverything(const ProjectText& text, Worlds::Choices& choices) {
     }
 }
 
+QByteArray written(Prm::ProjectFileVersion version) {
+    Prm::ParameterSet properties;
+    version.initialiseProperties(properties);
+    QString text;
+    QTextStream stream(&text);
+    properties.bStreamOut(stream, {}, true);
+    return text.toUtf8();
+}
+
+/// What was read and written reads back alike, and the three readers agree.
+void checkHeader(const QByteArray& bytes, const ProjectText& text) {
+    Prm::ParameterSet root;
+    Prm::ProjectFile file(root);
+    using Finding = Prm::ProjectFileFinding;
+    if (!file.loadText(bytes)) {
+        HOLD(file.report().front().reason == Finding::ConflictMarker || !bytes.contains("FileVersion.value="));
+        return;
+    }
+    Prm::ProjectFileVersion seen = file.version();
+    const bool incomplete = !file.report().isEmpty() && file.report().front().reason == Finding::IncompleteHeader;
+    HOLD(seen.streamVersion != Prm::StreamVersion::invalid);
+    static_cast<void>(seen.timestamp().isValid());
+    static_cast<void>(Prm::BuildVersion(seen) < Prm::BuildVersion(seen.productVersion, {}));
+
+    Prm::ProjectFileVersion streamed;
+    QTextStream stream(bytes);
+    stream.setCodec("UTF-8");
+    streamed.read(stream);
+    HOLD(streamed.atEnd() || stream.atEnd());
+    HOLD(text.hasCompleteHeader() == !incomplete);
+    if (incomplete)
+        return;
+    // Of an older one, only the first line is the header.
+    const QByteArray once = written(seen);
+    HOLD(file.loadText(once));
+    if (seen.streamVersion >= Prm::StreamVersion::versionInfo2)
+        Fuzz::same("a header reads back", once, written(file.version()));
+    // The tool has no use for the time.
+    Prm::ProjectFileVersion tools = text.version();
+    tools.setTimestamp({});
+    seen.setTimestamp({});
+    Fuzz::same("library and tool read one header", written(seen), written(tools));
+}
+
 void check(const QByteArray& bytes, Worlds::Choices choices) {
     const ProjectText text(bytes);
+    checkHeader(bytes, text);
     Fuzz::same("what is not edited is saved as it was", bytes, text.bytes());
     readEverything(text);
     editEverything(text, choices);

@@ -41,17 +41,14 @@ TEST(Compound, ItsValueIsTheListOfValues) {
     EXPECT_EQ(numbers(), (Values{7., 8.}));
     p.whole.setVariantValue(QVariantList{1, 2}, at(5));
     EXPECT_EQ(numbers(), (Values{1., 2.}));
-    const std::string wrongType = "virtual void Prm::CompoundParameter::setVariantValue(const QVariant&, const "
-                                  "Prm::Context&) : wrong value type.";
-    const std::pair<QVariant, std::string> rows[] = {
-        {4.5, wrongType},
-        {QVariant(), wrongType},
-        {QVariantList{1, 2, 3}, "CompoundParameter::setVariantValue() number of parameters is not the same as values."},
-    };
-    for (const auto& [value, warning] : rows) {
+    for (const QVariant& value : {QVariant(4.5), QVariant(), QVariant(QVariantList{1, 2, 3})}) {
         const Warnings warnings;
         p.whole.setVariantValue(value, at(5));
-        EXPECT_EQ(Warnings::text().toStdString(), warning + "\n");
+        const bool isList = value.type() == QVariant::List;
+        EXPECT_EQ(Warnings::text().toStdString(),
+                  isList ? "CompoundParameter::setVariantValue() number of parameters is not the same as values.\n"
+                         : "virtual void Prm::CompoundParameter::setVariantValue(const QVariant&, const "
+                           "Prm::Context&) : wrong value type.\n");
         EXPECT_EQ(numbers(), (Values{1., 2.}));
     }
     EXPECT_EQ(p.whole.qMetaType(), QMetaType::type("Prm::CompoundParameter"));

@@ -134,9 +134,9 @@ TEST(Editing, HooksMayEditAndEvaluate) {
     check("evaluates again", [](auto& p) { p->value(at(16, 1)); });
     Number other("empty");
     Command none;
-    for (const Act* act : allEdits()) {
+    for (const Act& act : edits) {
         for (const double time : {10., 20.})
-            check(act->name, [&](auto& p) { act->run(none, *p, other, A(at(time, 1), at(30), 7, 2, false, 2)); });
+            check(act.name, [&](auto& p) { act.run(none, *p, other, A(at(time, 1), at(30), 7, 2, false, 2)); });
     }
 }
 

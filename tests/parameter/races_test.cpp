@@ -111,7 +111,7 @@ template <class Kind> Steps stepsOn(Kind& asked, Kind& first, Kind& second) {
         std::array<std::uint8_t, 16> bytes;
         std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<std::uint8_t>(random() >> 8); });
         Choices choose(bytes.data(), bytes.size());
-        const Act& act = chosen(i % 3 ? allEdits() : allCommands(), choose);
+        const Act& act = chosen(i % 3 ? edits : commands, choose);
         A a(choose);
         // The views that make a blended value are read one after another.
         if (QByteArray(act.name).contains("setViewInterpolation"))
@@ -133,7 +133,9 @@ template <class Kind> Steps stepsOn(Kind& asked, Kind& first, Kind& second) {
     return steps;
 }
 
-template <class Kind> void assignAnew(Kind& begin, std::initializer_list<Kind*> others) {
+/// Calls the function after each change that is not announced.
+template <class Kind>
+void assignAnew(Kind& begin, std::initializer_list<Kind*> others, const std::function<void()>& silently) {
     for (const quint32 view : {0u, 1u, 5u}) {
         for (const auto& [time, value] : {std::pair(10, view), {20, 5u}, {30, 6u}, {40, 2u}})
             begin.setVariantValue(fitting(begin, value), at(time, view));
@@ -141,9 +143,13 @@ template <class Kind> void assignAnew(Kind& begin, std::initializer_list<Kind*> 
     begin.vSetExtrapolationAfter(Extrapolation::Linear);
     for (Kind* one : others) {
         one->bUnconstrain();
+        silently();
         one->setSplittable(true);
+        silently();
         one->vSetDefault({});
+        silently();
         one->setViewInterpolation({});
+        silently();
         one->assignFrom(begin);
     }
 }
@@ -151,7 +157,7 @@ template <class Kind> void assignAnew(Kind& begin, std::initializer_list<Kind*> 
 template <class Kind, class T> void seeOnlyWhatWas() {
     const Warnings quiet;
     Kind begin, asked, first, second;
-    const auto beginAnew = [&] { assignAnew(begin, {&asked, &first, &second}); };
+    const auto beginAnew = [&](const auto& silently) { assignAnew(begin, {&asked, &first, &second}, silently); };
     const Steps steps = stepsOn(asked, first, second);
     const auto all = questions<T>();
     std::vector<QSet<QString>> answers(all.size() * 8);
@@ -168,7 +174,7 @@ template <class Kind, class T> void seeOnlyWhatWas() {
     for (const Kind* one : {&asked, &first, &second})
         QObject::connect(one, &P::changed, note);
     for (int round = 0; round < 2; ++round) {
-        beginAnew();
+        beginAnew(note);
         for (const auto& step : steps)
             step(), note();
     }
@@ -187,7 +193,7 @@ template <class Kind, class T> void seeOnlyWhatWas() {
         });
     });
     for (int round = rounds(16); round > 0; --round) {
-        beginAnew();
+        beginAnew([] {});
         for (std::size_t i = 0; i < steps.size(); ++i) {
             steps[i]();
             // Now one, now another state stays for a while.

@@ -30,25 +30,14 @@ struct Tree {
         root.addParameterSet(below);
         below->addParameterSet(bottom);
         bottom->addParameter(deep);
-        key(*deep, {{1, 1.}});
-        key(*part, {{2, 2.}});
-        top->vSetValue(3, at(3));
+        key(*top, {{3, 3.}});
     }
-    std::string state() const {
-        return QString("%1 %2 %3 %4 %5 %6")
-            .arg(root.scriptName(), root.displayName())
-            .arg(top->value(at(9)))
-            .arg(deep->value(at(9)))
-            .arg(part->value(at(9)))
-            .arg(text.value())
-            .toStdString();
-    }
+    std::string state() { return root.displayName().toStdString() + lines(root); }
     void change() {
         root.setScriptName("other");
         root.setDisplayName("Other", "Anders");
-        for (const auto& number : {top, part})
+        for (Number* number : {top.get(), part.get(), static_cast<Number*>(deep.get())})
             key(*number, {{9, 8.}});
-        key(*deep, {{9, 8.}});
         text.setValue("new");
     }
     int restored = 0;

@@ -135,56 +135,43 @@ void failAt(int n) {
 namespace {
 
 /// Makes attempts, so many allocations further on each time, until none fails any more. Nothing may leak.
-template <class Make> void countUp(int step, const Make& attempt) {
-    // Looking at callers and throwing take memory for good when they are first done, and so may the first attempt.
+void failEach(int step, bool isForGood, const std::function<Attempt()>& make,
+              const std::function<bool(const std::string&)>& isAllowed) {
+    // Looking at callers and throwing take memory for good when they are first done, and so may the first attempt,
+    // in which nothing fails.
     isBeneathQtCaller();
-    attempt(0);
-    for (int n = 1; n < 100000; n += step) {
+    for (int n = 1 - step; n < 100000; n += step) {
         const int before = alive();
-        const int spared = attempt(n);
-        EXPECT_EQ(alive(), before) << "failure " << n << " leaks";
-        if (!failed)
+        auto attempt = std::make_unique<Attempt>(make());
+        failAt(n);
+        staying = isForGood;
+        const int intended = failing;
+        try {
+            attempt->act();
+        } catch (const std::bad_alloc&) {
+        }
+        const int spared = failing - intended;
+        if (isForGood && n % 2 == 0)
+            attempt.reset();
+        failAt(0);
+        EXPECT_TRUE(!attempt || isAllowed(attempt->state())) << "failure " << n << "\n" << attempt->state();
+        attempt.reset();
+        EXPECT_TRUE(n <= 0 || alive() == before) << "failure " << n << " leaks";
+        if (n > 0 && !failed)
             return;
         n += spared;
     }
     ADD_FAILURE() << "never came through";
 }
 
-/// How many allocations beneath Qt's callers were spared before the one that failed.
-int run(const std::function<void()>& act, int n, bool isForGood) {
-    failAt(n);
-    staying = isForGood;
-    const int intended = failing;
-    try {
-        act();
-    } catch (const std::bad_alloc&) {
-    }
-    return failing - intended;
-}
-
 } // namespace
 
 void failOnce(const std::function<Attempt()>& make, const std::function<bool(const std::string&)>& isAllowed) {
-    countUp(1, [&](int n) {
-        const Attempt attempt = make();
-        const int spared = run(attempt.act, n, false);
-        failAt(0);
-        const std::string state = attempt.state();
-        EXPECT_TRUE(isAllowed(state)) << "failure " << n << "\n" << state;
-        return spared;
-    });
+    failEach(1, false, make, isAllowed);
 }
 
 void failForGood(const std::function<Attempt()>& make, const std::function<bool(const std::string&)>& isAllowed) {
-    countUp(3, [&](int n) {
-        auto attempt = std::make_unique<Attempt>(make());
-        const int spared = run(attempt->act, n, true);
-        if (n % 2 == 0)
-            attempt.reset();
-        failAt(0);
-        EXPECT_TRUE(!attempt || isAllowed(attempt->state())) << "failure " << n;
-        return spared;
-    });
+    failEach(3, true, make, isAllowed);
 }
 
 } // namespace Allocations

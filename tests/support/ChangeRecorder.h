@@ -21,14 +21,7 @@ public:
     /// The lines since the last call.
     std::string take() { return std::exchange(lines, {}); }
 
-    /// The same, one letter for each change.
-    std::string takeInitials() {
-        take();
-        return std::exchange(initials, {});
-    }
-
     std::string lines;
-    std::string initials;
     /// Called inside each notification.
     std::function<void(Prm::ParameterChange&)> then;
 
@@ -36,7 +29,6 @@ public Q_SLOTS:
     void onChanged(Prm::ParameterChange& change) {
         lines += change.typeToString().toStdString() + " " + std::to_string(static_cast<int>(change.affectedIndex)) +
                  " " + std::to_string(change.context.view.id()) + "\n";
-        initials += "ARVTIBFPEC?SM??NDHL?"[change.type];
         if (then)
             then(change);
     }

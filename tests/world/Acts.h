@@ -51,7 +51,8 @@ inline const char* const textLines[] = {"views=[0, 1]",
                                         "count.value=2"};
 
 inline void readLine(P& parameter, int number) {
-    parameter.streamInValue(QString::fromLatin1(textLines[number]), version(), {});
+    parameter.streamInValue(QString::fromLatin1(textLines[static_cast<std::size_t>(number) % std::size(textLines)]),
+                            version(), {});
 }
 
 inline void importFrom(P& own, const P& other, const Context& at) {
@@ -96,7 +97,7 @@ inline void resetAround(View hero, P& parameter) {
     parameter.resetAll();
 }
 
-inline const Act edits[] = {
+inline const std::vector<Act> edits = {
     ACT(own.setVariantValue(fitting(own, a.value), a.at)),
     MODELLED(own.setVariantValue(a.value, a.at, std::nothrow)),
     ACT(own.setVariantValue(QVariantList{a.value, a.value}, a.at)),
@@ -130,6 +131,8 @@ inline const Act edits[] = {
     MODELLED(onNumber(own, [&](auto& number) { number.setViewInterpolation({static_cast<Mode>(a.kind - 1)}); })),
     MODELLED(onNumber(own, [&](auto& number) { number.clearViewData(); })),
     MODELLED(resetAround(a.view, own)),
+    ACT(other.bAddConstrainedParameter(&own)),
+    ACT(own.bUnconstrain()),
 };
 
 template <class Kind, class... More> void add(Command& command, P& own, const More&... more) {
@@ -145,7 +148,18 @@ inline AnimationState allViews() {
     return AnimationState(AnimationFlags(4));
 }
 
-inline const Act commands[] = {
+inline void moveSet(ParameterSet* set, const A& a, Command& c) {
+    if (set)
+        MoveKeyframeEdit::appendToCommand(*set, Frame(a.at), Frame(a.to), c);
+}
+
+inline void retimeSet(ParameterSet* set, const A& a, Command& c) {
+    if (set)
+        ParameterRetimeEdit::appendToCommand(*set, a.retiming(), c);
+}
+
+/// With the other forms, and those of sets and compounds, at the end.
+inline const std::vector<Act> commands = {
     ACT(own.vAddKeyframeCommand(Context::Explicit(a.at), c)),
     ACT(own.createKeyframeDeletion(Context::Explicit(a.at), c)),
     ACT(own.vDeleteAllKeyframesCommand(a.view, c)),
@@ -168,20 +182,6 @@ inline const Act commands[] = {
     ACT(own.vAddKeyframeCommand(a.frame(), allViews(), c)),
     ACT(own.createKeyframeDeletion(a.frame(), allViews(), c)),
     ACT(other.bRemoveConstrainedParameterCommand(&own, c)),
-};
-
-inline void moveSet(ParameterSet* set, const A& a, Command& c) {
-    if (set)
-        MoveKeyframeEdit::appendToCommand(*set, Frame(a.at), Frame(a.to), c);
-}
-
-inline void retimeSet(ParameterSet* set, const A& a, Command& c) {
-    if (set)
-        ParameterRetimeEdit::appendToCommand(*set, a.retiming(), c);
-}
-
-/// The other forms, of sets and of compounds too.
-inline const Act moreCommands[] = {
     ACT(add<ParameterSetValueEdit>(c, own, fitting(own, a.value), a.at)),
     ACT(add<ParameterSetStaticValueEdit>(c, own, fitting(own, a.value), a.view)),
     ACT(add<ParameterAddKeyEdit>(c, own, a.at)),
@@ -202,27 +202,14 @@ inline const Act moreCommands[] = {
     ACT(retimeSet(own.parentSet(), a, c)),
 };
 
-inline std::vector<const Act*> rowsOf(const std::initializer_list<std::pair<const Act*, std::size_t>>& tables) {
-    std::vector<const Act*> rows;
-    for (const auto& [table, size] : tables)
-        for (std::size_t i = 0; i < size; ++i)
-            rows.push_back(table + i);
-    return rows;
+inline const Act& chosen(const std::vector<Act>& rows, Choices& choose) {
+    return rows[static_cast<std::size_t>(choose.below(static_cast<int>(rows.size())))];
 }
 
-inline const std::vector<const Act*>& allCommands() {
-    static const auto rows = rowsOf({{commands, std::size(commands)}, {moreCommands, std::size(moreCommands)}});
-    return rows;
-}
-
-inline const std::vector<const Act*>& allEdits() {
-    static const auto rows = rowsOf({{edits, std::size(edits)}});
-    return rows;
-}
-
-inline const Act& chosen(const std::vector<const Act*>& rows, Choices& choose) {
-    return *rows[static_cast<std::size_t>(choose.below(static_cast<int>(rows.size())))];
-}
+/// Where acts find something to do, or views to make.
+inline const A places[] = {{at(10), at(12), 5, 6, true, 2},      {at(5, 1), at(6), 2, 1, false, 3},
+                           {at(4, 3), at(-2, 2), 3, 4, true, 1}, {at(6), at(7), 2, 9, false, 4},
+                           {at(0), at(10), 8, 16, true, 1},      {at(10), Context(Time::LAST), 2, 9, true, 3}};
 
 inline void read(const P& parameter) {
     for (const Context& at : {Context(), Context(Time::fromDouble(1.25), View(2)), Context(Time::INVALID)}) {

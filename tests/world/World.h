@@ -1,7 +1,7 @@
 #pragma once
 
 // The world of the acts: parameters of every kind, compounds and sets that come and go, an observer of all of them, a
-// host that is notified of sets, plain lists of who is where, and the exact state of it all.
+// host that is notified of sets, and the exact state of it all.
 
 #include "tests/support/ChangeRecorder.h"
 #include "tests/support/Library.h"
@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
 #include <set>
 
 namespace Worlds {
@@ -24,21 +23,10 @@ constexpr int setCount = 4;
 
 // What a parameter is, exactly.
 
-inline QString exact(double value) {
-    return QString::number(value, 'g', 17);
-}
-inline QString exact(const QPointF& value) {
-    return exact(value.x()) + '/' + exact(value.y());
-}
-inline QString exact(const QString& value) {
-    return value;
-}
-
 /// With the values of its parts for a compound.
 inline QString exact(const QVariant& value) {
-    if (value.type() == QVariant::PointF)
-        return exact(value.toPointF());
-    QString all = value.toString();
+    const QPointF point = value.toPointF();
+    QString all = value.type() == QVariant::PointF ? exact(point.x()) + '/' + exact(point.y()) : value.toString();
     for (const QVariant& part : value.value<QVector<QVariant>>())
         all += ' ' + exact(part);
     return all;
@@ -122,38 +110,6 @@ struct Slot {
     P* get() const { return dying ? nullptr : parameter.data(); }
 };
 
-/// Who is where, by the numbers of parameters and sets; compounds are sets too, after the others.
-struct Lists {
-    std::map<int, std::vector<int>> members;
-    std::map<int, std::vector<int>> subsets;
-    std::map<int, std::vector<int>> constrained;
-
-    QByteArray text() const {
-        QByteArray all;
-        for (const auto* lists : {&members, &subsets, &constrained}) {
-            for (const auto& [above, list] : *lists) {
-                all += '\n' + QByteArray::number(above) + ':';
-                for (const int number : list)
-                    all += ' ' + QByteArray::number(number);
-            }
-            all += '\n';
-        }
-        return all;
-    }
-    static bool has(const std::vector<int>& list, int number) {
-        return std::find(list.begin(), list.end(), number) != list.end();
-    }
-    /// Whether a way leads down from one to the other, or they are the same.
-    static bool leads(std::map<int, std::vector<int>> lists, int from, int to) {
-        const std::vector<int> below = lists[from];
-        return from == to || std::any_of(below.begin(), below.end(), [&](int next) { return leads(lists, next, to); });
-    }
-    void untie(int number) {
-        for (auto& [master, list] : constrained)
-            list.erase(std::remove(list.begin(), list.end(), number), list.end());
-    }
-};
-
 /// Records the sets that it was notified of, as hosts do.
 struct Host : ParameterTree {
     void subtreeAdded(ParameterSet* subtree) override {
@@ -178,9 +134,17 @@ struct Host : ParameterTree {
 };
 
 /// A host's own class, which is evaluated and edited by way of its virtual operations.
+/// It does not say when its keyframes change.
 struct HostNumber : Number {
     explicit HostNumber(const QString& name) : ParameterWithoutType(false, false, nullptr), Number(name, 2) {}
     ~HostNumber() override { announceDeletion(); }
+    quint64 keyframeRevision() const override { return 0; }
+};
+
+/// A host's own kind, which animates nothing and takes every call.
+struct Bare : ParameterWithoutTypeBase {
+    explicit Bare(const QString& name) { setScriptName(name); }
+    ~Bare() override { announceDeletion(); }
 };
 
 class World {
@@ -195,10 +159,7 @@ public:
     explicit World(const Choices& choices, const Options& with = {6, 5, true})
         : parameterCount(with.plainCount + compoundCount), options(with), choose(choices),
           slots(static_cast<std::size_t>(parameterCount)) {
-        for (int i = 0; i < parameterCount; ++i)
-            make(i);
-        for (std::size_t i = 0; i < setCount; ++i)
-            makeSet(i);
+        makeMissing();
     }
     ~World() {
         observer.then = nullptr;
@@ -240,6 +201,8 @@ public:
             return boost::make_shared<NumericParameter<int>>(name, 3, Keyframed);
         case 9:
             return boost::make_shared<HostNumber>(name);
+        case 10:
+            return boost::make_shared<Bare>(name);
         default:
             return boost::make_shared<Number>(name, 1, number == 2 ? Keyframed : animated);
         }
@@ -257,6 +220,24 @@ public:
                          SLOT(onChanged(Prm::ParameterChange&)));
     }
 
+    /// Anew in the place of each that has died; whether one has.
+    bool makeMissing() {
+        bool misses = false;
+        for (int i = 0; i < parameterCount; ++i) {
+            if (slots[static_cast<std::size_t>(i)].parameter)
+                continue;
+            make(i);
+            misses = true;
+        }
+        for (std::size_t i = 0; i < setCount; ++i) {
+            if (!sets[i].expired())
+                continue;
+            makeSet(i);
+            misses = true;
+        }
+        return misses;
+    }
+
     int numberOf(const void* parameter) const {
         const auto is = [=](const Slot& slot) { return slot.parameter == parameter; };
         return static_cast<int>(std::find_if(slots.begin(), slots.end(), is) - slots.begin());
@@ -271,25 +252,11 @@ public:
         return dynamic_cast<ParameterSet*>(parameter(options.plainCount + number - setCount));
     }
 
-    Lists lists() const {
-        Lists seen;
-        for (int i = 0; i < parameterCount; ++i) {
-            if (const P* const master = parameter(i))
-                for (const P* tied : master->constrainedParameters())
-                    seen.constrained[i].push_back(numberOf(tied));
-        }
-        for (int i = 0; i < setCount + compoundCount; ++i) {
-            const ParameterSet* const listing = set(i);
-            if (!listing)
-                continue;
-            for (const auto& member : listing->parameters())
-                seen.members[i].push_back(numberOf(member.get()));
-            for (const ParameterSet* subset : listing->subsets())
-                for (int j = 0; j < setCount; ++j)
-                    if (set(j) == subset)
-                        seen.subsets[i].push_back(j);
-        }
-        return seen;
+    int numberOfSet(const ParameterSet* listed) const {
+        int number = 0;
+        while (set(number) != listed)
+            ++number;
+        return number;
     }
 
     /// All that undo gives back.
@@ -328,8 +295,6 @@ public:
     std::vector<Slot> slots;
     std::array<boost::shared_ptr<ParameterSet>, setCount> owners;
     std::array<boost::weak_ptr<ParameterSet>, setCount> sets;
-    /// As they should be.
-    Lists plain;
     /// Counts what snapshots do not hold.
     int changesOfLists = 0;
 };

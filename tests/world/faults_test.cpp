@@ -21,17 +21,14 @@ protected:
     }
 };
 
-const A somewhere(at(10), at(12), 5, 6, true, 2);
-const A elsewhere(at(4, 3), at(6), 2, 1, false, 3);
-
 TEST_F(Faults, ACommandHappensOrDoesNot) {
     const Warnings quiet;
-    for (std::size_t i = 0; i < 2 * allCommands().size(); ++i) {
-        const Act& act = *allCommands()[i / 2];
+    for (std::size_t i = 0; i < 2 * commands.size(); ++i) {
+        const Act& act = commands[i / 2];
         SCOPED_TRACE(act.name);
         Exhibits world(i % 3 == 0 ? 70 : 0);
         Command command;
-        act.run(command, *world.parameter(i % 2 ? X : Keyed), *world.parameter(Master), i % 2 ? elsewhere : somewhere);
+        act.run(command, *world.parameter(i % 2 ? X : Keyed), *world.parameter(Master), places[i % 2]);
         const std::string before = world.state();
         for (const bool isUndone : {false, true}) {
             const std::string former = world.state();
@@ -86,15 +83,14 @@ void expectSound(const Row& row) {
 
 TEST_F(Faults, ActsLeaveTheWorldSound) {
     const Warnings quiet;
-    for (const Act* act : allEdits()) {
+    for (const Act& act : edits)
         expectSound(
-            {act->name, [=](Stage& s) { act->run(s.command, *s.parameter(X), *s.parameter(Master), elsewhere); }});
-    }
-    for (const Act* act : allCommands()) {
-        const Do make = [=](Stage& s) { act->run(s.command, *s.parameter(X), *s.parameter(Master), somewhere); };
+            {act.name, [=](Stage& s) { act.run(s.command, *s.parameter(X), *s.parameter(Master), places[2]); }});
+    for (const Act& act : commands) {
+        const Do make = [=](Stage& s) { act.run(s.command, *s.parameter(X), *s.parameter(Master), places[0]); };
         const Do makeAndDo = [=](Stage& s) { make(s), s.command.doIt(); };
-        expectSound({act->name, makeAndDo});
-        expectSound({act->name, [](Stage& s) { s.command.undoIt(); }, makeAndDo});
+        expectSound({act.name, makeAndDo});
+        expectSound({act.name, [](Stage& s) { s.command.undoIt(); }, makeAndDo});
     }
 }
 

@@ -91,9 +91,9 @@ void move(Project& project, int size) {
 
 void editViews(Project& project, int size) {
     Number& number = project.addKeyed(0);
-    for (quint32 view = 0; view < static_cast<quint32>(size); ++view)
+    for (int view = 0; view < size; ++view)
         project.finish(new ParameterSetValueEdit(number, 1., at(1, view)));
-    for (quint32 view = 0; view < static_cast<quint32>(size); ++view)
+    for (int view = 0; view < size; ++view)
         project.finish(new ParameterDeleteViewEdit(number, View(view)));
 }
 
@@ -103,18 +103,18 @@ void editPart(Project& project, int size) {
         project.finish(new ParameterSetValueEdit(*group.parameters().front(), i, at(i)));
 }
 
+void addParameters(Project& project, int size) {
+    for (int i = 0; i < size; ++i)
+        project.addKeyed(3);
+}
+
 struct Row {
     const char* name;
     void (*build)(Project& project, int size);
     int size;
 };
 const Row rows[] = {
-    {"parameters",
-     [](Project& project, int size) {
-         for (int i = 0; i < size; ++i)
-             project.addKeyed(3);
-     },
-     250},
+    {"parameters", addParameters, 250},
     {"keyframes", [](Project& project, int size) { project.addKeyed(size); }, 2000},
     {"sets", chains, 250},
     {"parts of a compound", keyTogether, 25},
@@ -126,12 +126,7 @@ const Row rows[] = {
 };
 
 /// Of building, saving and loading: allocations, and the bytes that they ask for, which show copies as well.
-struct Cost {
-    int allocations;
-    std::size_t bytes;
-};
-
-Cost costOf(const Row& row, int size) {
+std::pair<int, std::size_t> costOf(const Row& row, int size) {
     Project project;
     const int allocated = Allocations::made();
     const std::size_t requested = Allocations::bytes();
@@ -147,10 +142,10 @@ TEST(Growth, FourTimesTheSizeCostsNoMoreThanSixTimes) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         costOf(row, row.size);
-        const Cost once = costOf(row, row.size);
-        const Cost fourfold = costOf(row, 4 * row.size);
-        EXPECT_LT(fourfold.allocations, 6 * once.allocations);
-        EXPECT_LT(fourfold.bytes, 6 * once.bytes);
+        const auto [allocations, bytes] = costOf(row, row.size);
+        const auto [moreAllocations, moreBytes] = costOf(row, 4 * row.size);
+        EXPECT_LT(moreAllocations, 6 * allocations);
+        EXPECT_LT(moreBytes, 6 * bytes);
     }
 }
 
