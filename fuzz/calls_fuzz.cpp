@@ -1,11 +1,15 @@
 // Sequences of calls over parameters, compounds, sets, their text and commands, with an observer that reads,
 // throws, deletes, or makes further calls, and by a host that does so when its tree changes or a text is read. After
-// each call all invariants hold, and the host knows the sets of its tree; if nothing interfered, membership and
-// masters are as in plain lists, what was undone or restored is as it was, and what threw has not happened.
+// each call all invariants hold, values follow from the steps that explain them, and the host knows the sets of its
+// tree; if nothing interfered, membership and masters are as in plain lists, what was undone or restored is as it was,
+// and what threw has not happened.
 
 #include "fuzz/Fuzz.h"
+#include "prm/CurveKinds.h"
 #include "tests/world/Acts.h"
+#include "tests/world/Replay.h"
 
+#include <random>
 #include <stdexcept>
 
 using namespace Worlds;
@@ -370,6 +374,16 @@ private:
         }
         if (m_interfered)
             forget();
+        for (int i = 0; i < m_world.parameterCount; ++i)
+            explainOne(*m_world.parameter(i));
+    }
+
+    /// At times between keyframes and, half of them, where keyframes often are.
+    void explainOne(const P& parameter) {
+        const double time = static_cast<double>(m_random() % 12000) / 1000 - 3;
+        const Time rounded = Time::fromDouble(std::floor(4 * time) / 4);
+        const Context at(m_random() % 2 ? rounded : Time::fromDouble(time), asked[m_random() % std::size(asked)]);
+        HOLD(isExplained(parameter, explain(parameter, at)));
     }
 
     void compareLists() {
@@ -415,13 +429,23 @@ private:
     std::size_t m_done = 0;
     Taken m_ofParameter;
     Taken m_ofSet;
+    std::minstd_rand m_random;
 };
+
+/// Functions for the first custom kinds.
+bool registerKinds() {
+    return registerInterpolation(Interpolation::Custom0,
+                                 [](const IType& shape, double x) { return x * x + shape.x1; }) &&
+           registerExtrapolation(Extrapolation::Custom0, [](Time time, Time first, Time last) {
+               return Time::fromDouble(std::fmod(time - first, last - first)) + first.toDouble();
+           });
+}
 
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const bool bareIsCalled = callBare();
-    HOLD(bareIsCalled);
+    static const bool isPrepared = callBare() && registerKinds();
+    HOLD(isPrepared);
     Play(Choices(data, size)).run();
     return 0;
 }

@@ -26,6 +26,7 @@ namespace Prm {
 
 template <class T> class PRM_EXPORT Parameter;
 class SerialisedKeyframe;
+struct Explanation;
 
 namespace detail {
 class MasterLink;
@@ -239,8 +240,7 @@ public:
     /// A snapshot of at least what edits at these places can change, so that its cost need not grow with the number of
     /// keyframes and views; without places, of the whole state. Here the whole state, from `exportState`.
     virtual boost::shared_ptr<Bsc::MementoBase> exportStateAround(const detail::Places& places) const;
-    /// Whether this is a compound whose parts are keyed together: adding or deleting a keyframe of one part does the
-    /// same to the others. Here: false.
+    /// Whether adding or deleting a keyframe of one part of this compound does the same to the others. Here: false.
     virtual bool keyframeTogether() const;
     /// As `adjustKeyframesTime`, but with any mapping: keyframes are sorted again. A keyframe moved onto one that stays
     /// replaces it; of several moved to one time the last remains. Emits nothing. Here as `adjustKeyframesTime`.
@@ -249,8 +249,11 @@ public:
 private:
     friend class ParameterSet;
     /// This object as a `Parameter` of the value type, null for another type. A master is asked at every evaluation,
-    /// for which a cast takes too long. The last virtual operation: those above have their places.
+    /// for which a cast takes too long. The last virtual operations: those above have their places.
     virtual const void* asTyped(const std::type_info& valueType) const;
+    /// Notes the steps to the value. Here: the class computes it.
+    virtual void explainTo(Explanation& explanation, const Context& context) const;
+    friend PRM_EXPORT Explanation explain(const BasicParameter& parameter, const Context& context);
     template <class T> friend class Parameter;
 
 public:
@@ -450,7 +453,6 @@ private:
     void linkTo(ParameterWithoutType* master, ParameterWithoutType* before);
     bool wouldCloseCircle(const ParameterWithoutType& parameter) const;
     const ParameterWithoutType* nextBelow(const ParameterWithoutType& top) const;
-    /// The next one constrained to the same master.
     ParameterWithoutType* nextConstrained() const { return rarities().nextConstrained; }
     void enlist(ParameterWithoutType& master, ParameterWithoutType* before);
     void delist();
@@ -476,9 +478,8 @@ private:
         QPointer<ParameterWithoutType> viewSelector;
         quintptr viewSelectorCompanion = 0;
     };
-    /// Empty for a parameter without any.
+    /// Empty for a parameter without any; the one for writing is created on the first call.
     const Rarities& rarities() const;
-    /// For writing: created on the first call.
     Rarities& ownRarities();
 
     bool m_locked;
@@ -490,7 +491,6 @@ private:
     QString m_displayName;
     QString m_scriptName;
     QString m_namePrefix;
-    /// Created with the first entry. Evaluation on other threads reads the master.
     std::atomic<Rarities*> m_rarities{nullptr};
     /// 0 before the first connection to a signal; in an upstream parameter, a number in the order of all connections.
     std::atomic<quint64> m_lastConnected{0};

@@ -97,6 +97,7 @@ template <class Kind> double shownByLast(int count, int step) {
     EXPECT_EQ(last.extrapolationBefore(), Extrapolation::Constant);
     EXPECT_EQ(last.sampleValues(Frame::fromInt(3), Frame::fromInt(3), View()).size(), 1);
     EXPECT_FALSE(chain.back()->bAddConstrainedParameter(chain.front().get())) << "a circle";
+    EXPECT_EQ(explain(last, at(3)).value.toDouble(), last.value(at(3)));
     return last.value(at(3));
 }
 

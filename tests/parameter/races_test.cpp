@@ -1,4 +1,5 @@
 #include "tests/world/Acts.h"
+#include "tests/world/Replay.h"
 
 #include <QSet>
 #include <gtest/gtest.h>
@@ -92,6 +93,10 @@ template <class T> std::vector<QString (*)(const Parameter<T>&, quint32)> questi
             const QVector<T> sampled = asked.sampleValues(Frame::fromUInt(19), Frame::fromUInt(34), View(view));
             return text(sampled.first()) + text(sampled.at(3)) + text(sampled.last());
         },
+        [](const Asked& asked, quint32 view) {
+            const Explanation explanation = explain(asked, at(25, view));
+            return text(Replay<T>(explanation.context.time).value(explanation.steps));
+        },
         [](const Asked& asked, quint32 view) { return text(asked.keyframe(1, View(view))); },
         [](const Asked& asked, quint32 view) { return text(asked.keyframeValue(2, View(view))); },
         [](const Asked& asked, quint32 view) { return QString::number(asked.keyframeCount(View(view))); },
@@ -149,12 +154,16 @@ template <class Kind, class T> struct Script {
             });
         }
     }
-    void beginAnew() {
+    /// Calls the function where a change is not announced.
+    void beginAnew(const std::function<void()>& silently = [] {}) {
         for (Kind* one : {&asked, &first, &second}) {
             one->bUnconstrain();
             one->setSplittable(true);
+            silently();
             one->vSetDefault(T());
+            silently();
             one->setViewInterpolation({});
+            silently();
             one->assignFrom(begin);
         }
     }
@@ -181,7 +190,7 @@ template <class Kind, class T> void seeOnlyWhatWas() {
     for (const Kind* one : {&script.asked, &script.first, &script.second})
         QObject::connect(one, &P::changed, note);
     for (int round = 0; round < 2; ++round) {
-        script.beginAnew();
+        script.beginAnew(note);
         for (const auto& step : script.steps)
             step(), note();
     }

@@ -91,7 +91,8 @@ public:
                 change->second.forEach(bytes(line), add);
         }
         const auto isOurs = [&](const QByteArray& line) { return readLine(toView(line)).path == m_path; };
-        return std::all_of(changed.begin(), changed.end(), isOurs) && isWritten(FileParameter(lines, m_version).views());
+        return std::all_of(changed.begin(), changed.end(), isOurs) &&
+               isWritten(FileParameter(lines, m_version).views());
     }
 
 private:
