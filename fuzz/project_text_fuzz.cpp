@@ -2,6 +2,7 @@
 // meant to be, while the lines of others are not touched. Library and tool read the same header.
 
 #include "fuzz/Fuzz.h"
+#include "prm/Explanation.h"
 #include "prm/MoveKeyframeEdit.h"
 #include "prm/ParameterEdits.h"
 #include "prm/ParameterSet.h"
@@ -74,7 +75,10 @@ void readEverything(const ProjectText& text) {
         const FileParameter parameter = kinds.read(node);
         checkOrder(text, parameter);
         try {
-            kinds.sampler(parameter)({Prm::Time::fromInt(-1), Prm::Time::fromInt(3)}, Prm::View(1));
+            const Prm::Context at(Prm::Time::fromInt(3), Prm::View(1));
+            const auto values = kinds.shown(parameter).sample({Prm::Time::fromInt(-1), at.time}, at.view);
+            const auto chain = kinds.chain(parameter);
+            HOLD(chain.empty() || plainText(explain(*chain.front(), at).value) == plainText(values.last()));
         } catch (const Problem&) {
             continue;
         }

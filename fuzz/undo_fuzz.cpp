@@ -1,11 +1,16 @@
 // Calls in any order over parameters, compounds, sets, their text and commands, with an observer that reads, throws,
 // deletes, or makes further calls, and by a host that does so when its tree changes or a text is read; after them, a
-// history of commands alone. After each call all invariants hold, compounds are the union of their parts, and the host
-// knows the sets of its tree; if nothing interfered, what was undone, done again or restored is exactly as it was, what
+// history of commands alone. After each call all invariants hold, values follow from the steps that explain them,
+// compounds are the union of their parts, and the host knows the sets of its tree; if nothing interfered, what was undone, done again or restored is exactly as it was, what
 // threw has not happened, and what is saved is loaded alike.
 
 #include "fuzz/Fuzz.h"
+#include "prm/CurveKinds.h"
 #include "tests/world/Acts.h"
+#include "tests/world/Replay.h"
+
+#include <cmath>
+#include <random>
 
 using namespace Worlds;
 
@@ -466,6 +471,10 @@ private:
         knowsItsSets();
         // Of one view only, so that some changes are missed.
         compareCompounds({asked[m_left % 3]});
+        for (int i = 0; i < m_world->parameterCount; ++i) {
+            if (const P* const parameter = m_world->parameter(i))
+                explainOne(*parameter);
+        }
         if (m_world->makeMissing()) {
             m_interfered = true;
             ++m_world->changesOfLists;
@@ -473,6 +482,14 @@ private:
         if (m_interfered)
             forget();
         m_interfered = m_threw = false;
+    }
+
+    /// At times between keyframes and, half of them, where keyframes often are.
+    void explainOne(const P& parameter) {
+        const double time = static_cast<double>(m_random() % 12000) / 1000 - 3;
+        const Time rounded = Time::fromDouble(std::floor(4 * time) / 4);
+        const Context at(m_random() % 2 ? rounded : Time::fromDouble(time), asked[m_random() % std::size(asked)]);
+        HOLD(isExplained(parameter, explain(parameter, at)));
     }
 
     void knowsItsSets() const {
@@ -504,11 +521,23 @@ private:
     std::size_t m_done = 0;
     Taken m_ofParameter;
     Taken m_ofSet;
+    std::minstd_rand m_random;
 };
+
+/// Functions for the first custom kinds.
+bool registerKinds() {
+    return registerInterpolation(Interpolation::Custom0,
+                                 [](const IType& shape, double x) { return x * x + shape.x1; }) &&
+           registerExtrapolation(Extrapolation::Custom0, [](Time time, Time first, Time last) {
+               return Time::fromDouble(std::fmod(time - first, last - first)) + first.toDouble();
+           });
+}
 
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static const bool areRegistered = registerKinds();
+    HOLD(areRegistered);
     Play(data, std::min<std::size_t>(size, 128 * stepSize)).run();
     return 0;
 }

@@ -224,6 +224,7 @@ private:
     using UnionKeyframes = QVector<Union::Keyframe>;
 
     const BasicParameter& life() const { return *this; }
+    void explainTo(Explanation& explanation, const Context& context) const override;
     bool mayTake(const ParameterWithoutType& parameter) const;
     Parts listedParts() const;
     const ParameterWithoutType* firstWith(const Context::Explicit& keyframe) const;

@@ -396,6 +396,8 @@ private:
     PRM_ALWAYS_INLINE bool asksHooks() const;
     PRM_NEVER_INLINE bool learnsToAskHooks() const;
     const void* asTyped(const std::type_info& valueType) const override;
+    void explainTo(Explanation& explanation, const Context& context) const override;
+    bool overridesValue() const;
     class Evaluation;
     PRM_NEVER_INLINE const Parameter& shownParameter() const;
     template <class Own, class General>

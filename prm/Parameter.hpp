@@ -6,6 +6,7 @@
 #include "prm/parameter/commands.hpp"
 #include "prm/parameter/editing.hpp"
 #include "prm/parameter/evaluation.hpp"
+#include "prm/parameter/explaining.hpp"
 #include "prm/parameter/lookup.hpp"
 #include "prm/parameter/snapshot.hpp"
 #include "prm/parameter/storage.hpp"

@@ -27,6 +27,7 @@ namespace Prm {
 
 template <class T> class PRM_EXPORT Parameter;
 class SerialisedKeyframe;
+struct Explanation;
 
 namespace detail {
 class MasterLink;
@@ -240,8 +241,7 @@ public:
     /// A snapshot of at least what edits at these places can change, so that its cost need not grow with the number of
     /// keyframes and views; without places, of the whole state. Here the whole state, from `exportState`.
     virtual boost::shared_ptr<Bsc::MementoBase> exportStateAround(const detail::Places& places) const;
-    /// Whether this is a compound whose parts are keyed together: adding or deleting a keyframe of one part does the
-    /// same to the others. Here: false.
+    /// Whether adding or deleting a keyframe of one part of this compound does the same to the others. Here: false.
     virtual bool keyframeTogether() const;
     /// As `adjustKeyframesTime`, but with any mapping: keyframes are sorted again. A keyframe moved onto one that stays
     /// replaces it; of several moved to one time the last remains. Emits nothing. Here as `adjustKeyframesTime`.
@@ -257,6 +257,9 @@ private:
     bool readNamed(QStringView line, const ProjectFileVersion& version);
     /// Reads what comes after the name.
     virtual bool readRest(QStringView rest, const ProjectFileVersion& version, const TextConversion& convert);
+    /// Notes the steps to the value. Here: the class computes it.
+    virtual void explainTo(Explanation& explanation, const Context& context) const;
+    friend PRM_EXPORT Explanation explain(const BasicParameter& parameter, const Context& context);
     template <class T> friend class Parameter;
 
 public:
@@ -460,7 +463,6 @@ private:
     void linkTo(ParameterWithoutType* master, ParameterWithoutType* before);
     bool wouldCloseCircle(const ParameterWithoutType& parameter) const;
     const ParameterWithoutType* nextBelow(const ParameterWithoutType& top) const;
-    /// The next one constrained to the same master.
     ParameterWithoutType* nextConstrained() const { return rarities().nextConstrained; }
     void enlist(ParameterWithoutType& master, ParameterWithoutType* before);
     void delist();
@@ -486,9 +488,8 @@ private:
         QPointer<ParameterWithoutType> viewSelector;
         quintptr viewSelectorCompanion = 0;
     };
-    /// Empty for a parameter without any.
+    /// Empty for a parameter without any; the one for writing is created on the first call.
     const Rarities& rarities() const;
-    /// For writing: created on the first call.
     Rarities& ownRarities();
 
     bool m_locked;
@@ -500,7 +501,6 @@ private:
     QString m_displayName;
     QString m_scriptName;
     QString m_namePrefix;
-    /// Created with the first entry. Evaluation on other threads reads the master.
     std::atomic<Rarities*> m_rarities{nullptr};
     /// 0 before the first connection to a signal; in an upstream parameter, a number in the order of all connections.
     std::atomic<quint64> m_lastConnected{0};

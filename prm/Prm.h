@@ -61,6 +61,9 @@ class ParameterWithoutType;
 // prm/ParameterWithoutTypeBase.h
 class ParameterWithoutTypeBase;
 
+// prm/Explanation.h
+struct Explanation; // why a parameter has its value: made by explain()
+
 // prm/NumericParameterWithoutType.h
 class NumericParameterWithoutType;
 

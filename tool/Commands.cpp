@@ -8,6 +8,7 @@ const std::vector<Command>& commands() {
         {"ls", "Shows the tree of groups and parameters.", listParameters},
         {"keys", "Lists the keyframes of parameters.", listKeyframes},
         {"eval", "Evaluates parameters at frames.", evaluate},
+        {"explain", "Shows the steps that lead to a value.", explain},
         {"plot", "Draws curves, in the terminal or as SVG.", plot},
         {"set", "Sets the value of parameters, or one of their keyframes.", setValue},
         {"move", "Moves a keyframe to another frame.", moveKeyframes},

@@ -21,6 +21,7 @@ int importAnimation(Arguments& arguments);
 int listParameters(Arguments& arguments);
 int listKeyframes(Arguments& arguments);
 int evaluate(Arguments& arguments);
+int explain(Arguments& arguments);
 int plot(Arguments& arguments);
 int compare(Arguments& arguments);
 int check(Arguments& arguments);

@@ -31,24 +31,28 @@ std::optional<float> placeOf(const LineReading& line, const Prm::ProjectFileVers
     }
 }
 
+struct PlacedLine {
+    std::optional<float> place;
+    LineReading reading;
+    int line = 0;
+};
+
 /// The lines in the order in which they are read fastest. Between lines that clear, the order is free, save that the
 /// last of equal places counts; in ascending order, no keyframe has to be put before others.
-std::vector<FileLine> inReadingOrder(const std::vector<FileLine>& lines, const Prm::ProjectFileVersion& version) {
-    std::vector<std::pair<std::optional<float>, const FileLine*>> places;
-    places.reserve(lines.size());
-    for (const FileLine& line : lines)
-        places.emplace_back(placeOf(readLine(line.bytes), version), &line);
-    const auto clears = [](const auto& place) { return !place.first; };
-    for (auto run = places.begin(); run != places.end();) {
-        run = std::find_if_not(run, places.end(), clears);
-        const auto end = std::find_if(run, places.end(), clears);
-        std::stable_sort(run, end, [](const auto& a, const auto& b) { return *a.first < *b.first; });
+std::vector<PlacedLine> inReadingOrder(const std::vector<FileLine>& lines, const Prm::ProjectFileVersion& version) {
+    std::vector<PlacedLine> ordered;
+    ordered.reserve(lines.size());
+    for (const FileLine& line : lines) {
+        const LineReading reading = readLine(line.bytes);
+        ordered.push_back({placeOf(reading, version), reading, line.line});
+    }
+    const auto clears = [](const PlacedLine& line) { return !line.place; };
+    for (auto run = ordered.begin(); run != ordered.end();) {
+        run = std::find_if_not(run, ordered.end(), clears);
+        const auto end = std::find_if(run, ordered.end(), clears);
+        std::stable_sort(run, end, [](const PlacedLine& a, const PlacedLine& b) { return *a.place < *b.place; });
         run = end;
     }
-    std::vector<FileLine> ordered;
-    ordered.reserve(lines.size());
-    for (const auto& [place, line] : places)
-        ordered.push_back(*line);
     return ordered;
 }
 
@@ -61,14 +65,10 @@ std::vector<FileLine> linesOf(const ProjectText& text, int node) {
 }
 
 /// The library's own names know one custom kind.
-template <class Enum> QString kindText(Enum kind, const QString& name) {
+template <class Enum> QString numbered(Enum kind, const QString& name) {
     if (kind < Enum::Custom0)
         return name;
     return message("Custom%1", static_cast<quint32>(kind) - static_cast<quint32>(Enum::Custom0));
-}
-
-QString extrapolationText(Prm::Extrapolation kind) {
-    return kindText(kind, Prm::qstrExtrapolationTypeString(kind));
 }
 
 } // namespace
@@ -82,16 +82,15 @@ FileParameter::FileParameter(const std::vector<FileLine>& lines, const Prm::Proj
     : m_data(std::make_unique<Data>()), m_isUtf8(std::all_of(lines.begin(), lines.end(), [](const FileLine& line) {
           return toView(toText(line.bytes).toUtf8()) == line.bytes;
       })) {
-    for (const FileLine& line : inReadingOrder(lines, version))
-        read(line, version);
+    for (const PlacedLine& each : inReadingOrder(lines, version))
+        read(each.line, each.reading, version);
     std::sort(m_refused.begin(), m_refused.end());
 }
 
-void FileParameter::read(const FileLine& line, const Prm::ProjectFileVersion& version) {
-    const LineReading reading = readLine(line.bytes);
+void FileParameter::read(int line, const LineReading& reading, const Prm::ProjectFileVersion& version) {
     const bool isByByte = !m_isUtf8 && isData(reading.key);
     const QString entry = isByByte ? QString::fromLatin1(toBytes(reading.entry)) : toText(reading.entry);
-    const QString number = QString::number(line.line) + ' ';
+    const QString number = QString::number(line) + ' ';
     const auto withLine = [&](const QString& value) {
         const Kind kind = kindOfValue(shown(value));
         m_writtenKind = m_writtenKind ? commonKind(m_writtenKind, kind) : kind;
@@ -100,7 +99,7 @@ void FileParameter::read(const FileLine& line, const Prm::ProjectFileVersion& ve
     try {
         m_data->streamInValue(entry, version, withLine);
     } catch (const std::runtime_error&) {
-        m_refused.push_back(line.line);
+        m_refused.push_back(line);
     }
 }
 
@@ -133,19 +132,27 @@ FileValue FileParameter::sum(const FileValue& value, double offset) const {
 }
 
 QString FileParameter::before() const {
-    return extrapolationText(m_data->extrapolationBefore());
+    return kindText(m_data->extrapolationBefore());
 }
 
 QString FileParameter::after() const {
-    return extrapolationText(m_data->extrapolationAfter());
+    return kindText(m_data->extrapolationAfter());
 }
 
 bool isData(Key key) {
     return key == Key::Views || key == Key::Keyframe || key == Key::Value;
 }
 
+QString kindText(Prm::Interpolation kind) {
+    return numbered(kind, Prm::qstrInterpolationTypeString(kind));
+}
+
+QString kindText(Prm::Extrapolation kind) {
+    return numbered(kind, Prm::qstrExtrapolationTypeString(kind));
+}
+
 QString curveText(const Prm::IType& shape) {
-    QString text = kindText(shape.interpolation, Prm::qstrInterpolationTypeString(shape.interpolation));
+    QString text = kindText(shape.interpolation);
     if (shape.interpolation == Prm::Interpolation::Bezier) {
         for (const double number : {shape.x1, shape.y1, shape.x2, shape.y2})
             text += ' ' + plainText(number);

@@ -63,7 +63,7 @@ public:
     QString shown(const QString& text) const { return m_isUtf8 ? text : QString::fromUtf8(text.toLatin1()); }
 
 private:
-    void read(const FileLine& line, const Prm::ProjectFileVersion& version);
+    void read(int line, const LineReading& reading, const Prm::ProjectFileVersion& version);
 
     int m_node = -1;
     QString m_path;
@@ -77,6 +77,9 @@ private:
 /// Whether a line is about keyframes and values, which edits change.
 bool isData(Key key);
 
+/// The name of a kind, with a number for each custom one.
+QString kindText(Prm::Interpolation kind);
+QString kindText(Prm::Extrapolation kind);
 /// "Bezier", with the numbers of its shape: equal for curves that mean the same.
 QString curveText(const Prm::IType& shape);
 

@@ -155,7 +155,7 @@ void addSources(std::vector<Source>& sources, Kinds& kinds, int node, const std:
     const FileParameter parameter = kinds.read(node);
     if (!parameter.kind()->canBeDrawn)
         return tell("%1: not drawn, it has no numbers", parameter.path());
-    const Sampler sampler = kinds.sampler(parameter);
+    const Sampler sampler = kinds.shown(parameter).sample;
     FileViews views = parameter.views();
     for (const Prm::View view : wanted.empty() ? parameter.data().viewList() : wanted) {
         Source source{parameter.path(), view, std::move(views[view.id()].keys), {}, sampler};

@@ -25,6 +25,13 @@ KindRules rulesOf(const Arguments& arguments) {
     return rules;
 }
 
+/// Whether some values are not of the kind that the user has given.
+bool isContradicted(Kind told, Kind written) {
+    if (!written || told == written || told == &ValueKind::text)
+        return false;
+    return told == &ValueKind::point || !written->isNumeric;
+}
+
 } // namespace
 
 Kinds::Kinds(const ProjectText& text, KindRules rules)
@@ -54,8 +61,7 @@ Kind Kinds::guess(const FileParameter& parameter) {
     return guess(start);
 }
 
-/// Where the chain of masters ends, the node itself without one.
-int Kinds::lastMaster(int node) const {
+std::vector<int> Kinds::masters(int node) const {
     std::vector<int> chain{node};
     for (int master = m_text.masterOf(node); master >= 0; master = m_text.masterOf(master)) {
         if (std::find(chain.begin(), chain.end(), master) != chain.end())
@@ -64,18 +70,49 @@ int Kinds::lastMaster(int node) const {
             throw Problem("%1: follows more than %2 others", m_text.path(node), Most::masters);
         chain.push_back(master);
     }
-    return chain.back();
+    return chain;
 }
 
-Sampler Kinds::sampler(const FileParameter& parameter) {
+TypedParameter Kinds::shown(const FileParameter& parameter) {
     const Kind kind = parameter.kind();
-    const int last = lastMaster(parameter.node());
+    const int last = masters(parameter.node()).back();
     if (last == parameter.node())
-        return kind->sampler(parameter);
-    Sampler& sampler = m_samplers[{last, kind}];
-    if (!sampler)
-        sampler = kind->sampler(FileParameter(m_text, last));
-    return sampler;
+        return kind->typed(parameter);
+    TypedParameter& shown = m_lastMasters[{last, kind}];
+    if (!shown.sample)
+        shown = kind->typed(FileParameter(m_text, last));
+    return shown;
+}
+
+std::vector<std::shared_ptr<Prm::ParameterWithoutType>> Kinds::chain(const FileParameter& parameter) {
+    const TypedParameter last = shown(parameter);
+    if (!last.parameter)
+        return {};
+    const FileParameter withoutData({}, m_text.version());
+    std::vector<std::shared_ptr<Prm::ParameterWithoutType>> chain;
+    const std::vector<int> nodes = masters(parameter.node());
+    for (const int node : nodes) {
+        const auto next = node == nodes.back() ? last.parameter : parameter.kind()->typed(withoutData).parameter;
+        next->setObjectName(m_text.path(node));
+        if (!chain.empty())
+            next->bAddConstrainedParameter(chain.back().get());
+        chain.push_back(next);
+    }
+    return chain;
+}
+
+bool canBeEvaluated(const FileParameter& parameter) {
+    const QString& path = parameter.path();
+    const Kind kind = parameter.kind();
+    if (kind == &ValueKind::numberOrSwitch)
+        tell("%1: number or switch, read as a number; --type %1=switch settles it", path);
+    if (kind == &ValueKind::opaque)
+        tell("%1: cannot be evaluated, its values are of no known type", path);
+    else if (isContradicted(kind, parameter.writtenKind()))
+        tell("%1: some values are not of type %2, and are read as far as possible", path, kind->name);
+    else
+        return true;
+    return false;
 }
 
 void Project::declare(Arguments& arguments) {

@@ -15,18 +15,25 @@ public:
     FileParameter read(int node);
     /// What a parameter shows: what its masters show, which is what the last of them shows, read as a kind of its own.
     /// A circle is left where it would close. Throws `Problem` for too long a chain.
-    Sampler sampler(const FileParameter& parameter);
+    TypedParameter shown(const FileParameter& parameter);
+    /// The node, its master and so on. A circle is left where it would close. Throws `Problem` for too long a chain.
+    std::vector<int> masters(int node) const;
+    /// The parameter and its masters, each tied to the next one, as parameters of the library's whose object names are
+    /// their paths. The last one has the data that all show. Empty where values are of no known type.
+    std::vector<std::shared_ptr<Prm::ParameterWithoutType>> chain(const FileParameter& parameter);
 
 private:
     Kind guess(const FileParameter& parameter);
-    int lastMaster(int node) const;
 
     const ProjectText& m_text;
     KindRules m_rules;
     std::vector<Kind> m_guesses;
     /// Of the last masters, each read once for all that follow it.
-    std::map<std::pair<int, Kind>, Sampler> m_samplers;
+    std::map<std::pair<int, Kind>, TypedParameter> m_lastMasters;
 };
+
+/// Whether all values can be evaluated. If not, the user is told why, or what else to know.
+bool canBeEvaluated(const FileParameter& parameter);
 
 /// What every command that reads a project starts from: the file, and the types that the user settles.
 class Project {

@@ -38,13 +38,13 @@ QString csvText(const QVariant& value) {
     return '"' + text + '"';
 }
 
+} // namespace
+
 QJsonValue jsonValue(const QVariant& value) {
     if (value.userType() == QMetaType::QPointF)
         return QJsonArray{value.toPointF().x(), value.toPointF().y()};
     return QJsonValue::fromVariant(value);
 }
-
-} // namespace
 
 QString plainText(const QVariant& value) {
     switch (value.userType()) {

@@ -3,6 +3,7 @@
 #include "tool/Budget.h"
 
 #include <QByteArray>
+#include <QJsonValue>
 #include <QStringList>
 #include <QVariant>
 #include <QVector>
@@ -17,6 +18,9 @@ enum class TableForm { Plain, Csv, Json };
 /// A value in shortest exact form: numbers that read back the same, points as two numbers, switches as 0 or 1, lists
 /// with commas. Text is given as it is.
 QString plainText(const QVariant& value);
+
+/// The same in JSON: points as a list of two numbers.
+QJsonValue jsonValue(const QVariant& value);
 
 /// Rows of values under headings.
 class Table {

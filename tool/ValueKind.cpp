@@ -78,8 +78,9 @@ template <class Parameter, class T> std::shared_ptr<Parameter> typed(const FileP
     return parameter;
 }
 
-template <class Parameter, class T> Sampler samplerOf(const FileParameter& file) {
-    return [parameter = typed<Parameter, T>(file)](const QVector<Prm::Time>& times, Prm::View view) {
+template <class Parameter, class T> TypedParameter asTyped(const FileParameter& file) {
+    const std::shared_ptr<Parameter> parameter = typed<Parameter, T>(file);
+    const auto sample = [parameter](const QVector<Prm::Time>& times, Prm::View view) {
         QVector<T> values(times.size());
         parameter->sampleValues(times.constData(), times.size(), view, values.data());
         QVector<QVariant> variants;
@@ -88,10 +89,11 @@ template <class Parameter, class T> Sampler samplerOf(const FileParameter& file)
             variants.append(QVariant::fromValue(value));
         return variants;
     };
+    return {sample, parameter};
 }
 
-Sampler noValues(const FileParameter& /*file*/) {
-    return [](const QVector<Prm::Time>& times, Prm::View /*view*/) { return QVector<QVariant>(times.size()); };
+TypedParameter asOpaque(const FileParameter& /*file*/) {
+    return {[](const QVector<Prm::Time>& times, Prm::View /*view*/) { return QVector<QVariant>(times.size()); }, {}};
 }
 
 bool isAnything(const QString& /*text*/) {
@@ -122,20 +124,20 @@ bool isPoint(const QString& text) {
     return parts.size() == 2 && isNumber(parts[0]) && isNumber(parts[1]);
 }
 
-constexpr auto texts = samplerOf<Prm::Parameter<QString>, QString>;
-constexpr auto numbers = samplerOf<Prm::NumericParameter<double>, double>;
-constexpr auto points = samplerOf<Prm::PointParameter, QPointF>;
-constexpr auto switches = samplerOf<Prm::Parameter<bool>, bool>;
+constexpr auto texts = asTyped<Prm::Parameter<QString>, QString>;
+constexpr auto numbers = asTyped<Prm::NumericParameter<double>, double>;
+constexpr auto points = asTyped<Prm::PointParameter, QPointF>;
+constexpr auto switches = asTyped<Prm::Parameter<bool>, bool>;
 
 // clang-format off
 constexpr ValueKind rows[] = {
-//   name       isLike       told   numeric drawn  value             normalised          written        sampler
+//   name       isLike       told   numeric drawn  value             normalised          written        typed
     {"text",    isQuoted,    true,  false,  false, valueOf<QString>, rewritten<QString>, writtenText,   texts},
     {"number?", isZeroOrOne, false, true,   true,  valueOf<double>,  rewritten<double>,  writtenNumber, numbers},
     {"number",  isNumber,    true,  true,   true,  valueOf<double>,  rewritten<double>,  writtenNumber, numbers},
     {"point",   isPoint,     true,  false,  true,  valueOf<QPointF>, rewritten<QPointF>, writtenPoint,  points},
     {"switch",  isNothing,   true,  false,  true,  valueOf<bool>,    rewritten<bool>,    writtenSwitch, switches},
-    {"opaque",  isAnything,  false, false,  false, valueOf<QString>, trimmed,            refused,       noValues},
+    {"opaque",  isAnything,  false, false,  false, valueOf<QString>, trimmed,            refused,       asOpaque},
 };
 // clang-format on
 

@@ -8,13 +8,26 @@
 #include <QVector>
 
 #include <functional>
+#include <memory>
+
+namespace Prm {
+class ParameterWithoutType;
+} // namespace Prm
 
 namespace Tool {
 
 class FileParameter;
 
-/// The values at times, in their order: numbers, switches, texts, points; null where values are of no known type.
+/// The values at times, in their order: numbers, switches, texts, points.
 using Sampler = std::function<QVector<QVariant>(const QVector<Prm::Time>& times, Prm::View view)>;
+
+/// A parameter read as values of its kind.
+struct TypedParameter {
+    /// Gives nulls where values are of no known type.
+    Sampler sample;
+    /// A parameter of the library's; null where values are of no known type.
+    std::shared_ptr<Prm::ParameterWithoutType> parameter;
+};
 
 /// How the values of a parameter are read: a row of one table.
 struct ValueKind {
@@ -38,8 +51,7 @@ struct ValueKind {
     QString (*normalised)(const QString& text);
     /// What a person would write, as a file has it. Throws `Problem`.
     QString (*written)(const QString& given, const QString& path);
-    /// Reads a parameter as values of this kind.
-    Sampler (*sampler)(const FileParameter& parameter);
+    TypedParameter (*typed)(const FileParameter& parameter);
 };
 
 using Kind = const ValueKind*;

@@ -1,5 +1,6 @@
 #include "prm/CompoundParameter.h"
 
+#include "prm/Explanation.h"
 #include "prm/Parameter.h"
 #include "prm/set/SetWalk.h"
 #include "prm/text/LineParts.h"
@@ -7,6 +8,7 @@
 #include <QDebug>
 #include <QMetaType>
 
+#include <typeinfo>
 #include <utility>
 
 namespace Prm {
@@ -126,6 +128,22 @@ void CompoundParameter::setVariantValue(const QVariant& value, const Context& co
     PartWalk(*this).forEach([&](ParameterWithoutType& parameter, std::size_t i) {
         parameter.setVariantValue(values.at(static_cast<int>(i)), at);
     });
+}
+
+/// A class of a host may make something else of the parts.
+void CompoundParameter::explainTo(Explanation& explanation, const Context& context) const {
+    Explanation::Step step;
+    step.kind = Explanation::Parts;
+    Values values;
+    for (const auto& parameter : parameters()) {
+        step.parts.push_back(explain(*parameter, context));
+        values.append(step.parts.back().value);
+    }
+    if (typeid(*this) != typeid(CompoundParameter))
+        step.value = variantValue(context, std::nothrow);
+    if (!step.value.isValid())
+        step.value = QVariant::fromValue(values);
+    explanation.steps.push_back(std::move(step));
 }
 
 int CompoundParameter::qMetaType() const {

@@ -367,6 +367,7 @@ public:
     /// What an assignment changes together with the data.
     struct Settings {
         bool keyframed = false;
+        bool splittable = false;
         Outside outside;
     };
 

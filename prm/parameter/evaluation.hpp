@@ -3,6 +3,7 @@
 // The value at a time in a view, and the kinds of curve that lead to it.
 
 #include "prm/Parameter.h"
+#include "prm/parameter/StepNotes.h"
 #include "prm/track/Evaluation.h"
 #include "prm/untyped/Masters.h"
 
@@ -110,7 +111,7 @@ auto Parameter<T>::hold(const View& view, const Choose& choose) const -> HeldTra
     if (const HeldTrack* const around = HeldTrack::find(m_views, view))
         return HeldTrack(*around, view, protection);
     const PVData& data = m_views.protect(protection, choose);
-    return HeldTrack(m_views, data, view, {m_keyframed, outside()}, protection);
+    return HeldTrack(m_views, data, view, {m_keyframed, m_splittable, outside()}, protection);
 }
 
 /// The first of the source views of a view; `sources` has all of them with view interpolation.
@@ -134,8 +135,12 @@ View Parameter<T>::sourceView(const FastViewMap& map, const View& view, Traits t
 /// are made from copies of the data, so that other code may run meanwhile.
 template <class T> class Parameter<T>::Evaluation {
 public:
-    Evaluation(const Parameter& parameter, const Context& context, Cache* cache)
-        : m_parameter(parameter), m_context(context), m_cache(cache), m_asksHooks(parameter.asksHooks()) {}
+    using StepNotes = detail::StepNotes<T>;
+
+    /// The notes, unless null, are for a single time.
+    Evaluation(const Parameter& parameter, const Context& context, Cache* cache, StepNotes* notes = nullptr)
+        : m_parameter(parameter), m_context(context), m_cache(cache), m_asksHooks(parameter.asksHooks()),
+          m_notes(notes) {}
 
     void operator()(const Time* times, int count, T* out) {
         for (int attempt = 0; !isFromOneState(times, count, out, attempt < patience); ++attempt) {
@@ -150,21 +155,32 @@ private:
         const Traits asked = askedTraits();
         detail::SourceViews sources;
         {
+            bool isOneOfSeveral = false;
             const HeldTrack held = m_parameter.hold(m_context.view, [&](const FastViewMap& map) {
+                isOneOfSeveral = true;
                 const Traits traits = m_asksHooks ? asked : m_parameter.ownTraits();
                 return m_parameter.sourceView(map, m_context.view, traits, sources);
             });
             const Traits now = askedTraits();
             if (mayAskAgain && (now.keyframed != asked.keyframed || now.splittable != asked.splittable))
                 return false;
+            if (m_notes)
+                noteSource(held, m_asksHooks ? asked.splittable : held.settings.splittable, isOneOfSeveral, sources);
             if (!(m_asksHooks ? asked.keyframed : held.settings.keyframed))
-                std::fill_n(out, count, held.track.staticValue);
+                std::fill_n(out, count, staticValue(held, false));
             else if (sources.size() < 2)
                 evaluate(held, times, count, out);
         }
         if (sources.size() > 1)
             blend(sources, times, count, out);
         return true;
+    }
+
+    void noteSource(const HeldTrack& held, bool isSplittable, bool isOneOfSeveral,
+                    const detail::SourceViews& sources) const {
+        m_notes->restart();
+        if (sources.size() < 2)
+            m_notes->reads(held.view, m_context.view, isSplittable, isOneOfSeveral, !sources.empty());
     }
 
     Traits askedTraits() const {
@@ -180,8 +196,12 @@ private:
                 evaluate(holdAgain(sources[s]), times, count, out);
                 for (int i = 0; i < count; ++i)
                     sums[i].add(out[i], weights[static_cast<std::size_t>(s)]);
+                if (m_notes)
+                    m_notes->endSource(sources[s], weights[static_cast<std::size_t>(s)], *out);
             }
             std::transform(sums.begin(), sums.end(), out, [](const auto& sum) { return sum.value(); });
+            if (m_notes)
+                m_notes->endBlend(*out);
         }
     }
 
@@ -190,8 +210,15 @@ private:
     }
 
     void evaluate(const HeldTrack& held, const Time* times, int count, T* out) {
-        if (!m_asksHooks)
-            return detail::evaluate(held.track, held.settings.outside, times, count, out);
+        if (m_asksHooks)
+            return evaluateByHooks(held, times, count, out);
+        if (m_notes)
+            *out = m_notes->evaluate(held, *times);
+        else
+            detail::evaluate(held.track, held.settings.outside, times, count, out);
+    }
+
+    void evaluateByHooks(const HeldTrack& held, const Time* times, int count, T* out) {
         for (int done = askHooks(held, times, count, out); done < count;)
             done += askHooks(holdAgain(held.asked), times + done, count - done, out + done);
     }
@@ -210,20 +237,36 @@ private:
     T askHooks(const HeldTrack& held, int& cursor) const {
         const KeyframeVector& keyframes = held.track.keyframes;
         if (keyframes.isEmpty())
-            return m_parameter.supportsExtrapolationFromNoKeys() ? m_parameter.extrapolateValue({}, m_context, m_cache)
-                                                                 : held.track.staticValue;
+            return m_parameter.supportsExtrapolationFromNoKeys() ? askHook(held, {}) : staticValue(held, true);
         const detail::Bracket at = detail::bracketNear(keyframes.constData(), keyframes.size(), m_context.time, cursor);
-        if (at.before == at.after)
-            return keyframes.at(detail::firstAtTime(keyframes, at.before)).value;
+        if (at.before != at.after)
+            return askHook(held, at);
+        const KeyframeData<T>& keyframe = keyframes.at(detail::firstAtTime(keyframes, at.before));
+        if (m_notes)
+            m_notes->isAt(keyframe);
+        return keyframe.value;
+    }
+
+    T askHook(const HeldTrack& held, detail::Bracket at) const {
         const BoundingKeyframes around = detail::named(at, held.view, m_parameter);
-        return at.before < 0 || at.after < 0 ? m_parameter.extrapolateValue(around, m_context, m_cache)
-                                             : m_parameter.interpolateValue(around, m_context, m_cache);
+        const T value = at.before < 0 || at.after < 0 ? m_parameter.extrapolateValue(around, m_context, m_cache)
+                                                      : m_parameter.interpolateValue(around, m_context, m_cache);
+        if (m_notes)
+            m_notes->asksHook(held.track.keyframes, at, value);
+        return value;
+    }
+
+    T staticValue(const HeldTrack& held, bool isKeyframed) const {
+        if (m_notes)
+            m_notes->readsStaticValue(held, isKeyframed);
+        return held.track.staticValue;
     }
 
     const Parameter& m_parameter;
     Context m_context;
     Cache* const m_cache;
     const bool m_asksHooks;
+    StepNotes* const m_notes;
 };
 
 /// Nearly every evaluation is of a parameter without a master whose views read one block. It is tried first: what the

@@ -67,6 +67,10 @@ double curvedProgress(const IType& shape, double x) {
     return x;
 }
 
+bool lacksFunction(const IType& shape) {
+    return isCustom(shape) && !interpolations().find(shape.interpolation);
+}
+
 double startSlope(const IType& shape) {
     if (shape.interpolation == Interpolation::Bezier)
         return easingSlopeAtStart(shape);

@@ -14,6 +14,9 @@ namespace Prm::detail {
 
 PRM_EXPORT double curvedProgress(const IType& shape, double x);
 
+/// Whether a segment is a straight line because no function is registered for its custom kind.
+PRM_EXPORT bool lacksFunction(const IType& shape);
+
 /// The fraction of a segment's change that is reached at fraction x, in [0,1], of its time. A custom kind that is not
 /// registered is a straight line.
 inline double segmentProgress(const IType& shape, double x) {
@@ -70,21 +73,34 @@ template <class T> PRM_ALWAYS_INLINE T blended(const T& from, const T& to, doubl
     return ValueType<T>::fromComponents(mixed.data());
 }
 
+/// How far a value is between two keyframes: the fractions of the segment's time and of its change. From 1 of the time
+/// on, it is the value of the second keyframe; at 0, that of the first.
+struct SegmentPart {
+    double time = 0.0;
+    double change = 0.0;
+};
+
 /// The value of the segment between two keyframes. Outside the segment, or where its duration is not positive, the
-/// nearer keyframe's.
-template <class T> PRM_ALWAYS_INLINE T segmentValue(const KeyframeData<T>& from, const KeyframeData<T>& to, Time time) {
+/// nearer keyframe's. `part`, unless null, is empty at the call.
+template <class T>
+PRM_ALWAYS_INLINE T segmentValue(const KeyframeData<T>& from, const KeyframeData<T>& to, Time time,
+                                 SegmentPart* part = nullptr) {
     const double duration = to.time - from.time;
     const IType& shape = from.interpolationData;
     if (holds(shape))
         return from.value;
-    if (!(duration > 0.0))
-        return time > from.time ? to.value : from.value;
-    const double x = (time - from.time) / duration;
+    const double x = duration > 0.0 ? (time - from.time) / duration : time > from.time ? 1.0 : 0.0;
     if (!(x > 0.0))
         return from.value;
-    if (x >= 1.0)
+    if (x >= 1.0) {
+        if (part)
+            *part = {1.0, 1.0};
         return to.value;
-    return blended(from.value, to.value, segmentProgress(shape, x));
+    }
+    const double progress = segmentProgress(shape, x);
+    if (part)
+        *part = {x, progress};
+    return blended(from.value, to.value, progress);
 }
 
 /// The value of one end of a segment continued in a straight line, `distance` frames along the timeline from that end.

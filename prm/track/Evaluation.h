@@ -22,9 +22,25 @@ PRM_ALWAYS_INLINE bool asksHost(const QVector<Keyframe>& keyframes, Bracket at, 
     return isCustom(keyframes.at(at.before).interpolationData);
 }
 
+/// How a value follows from the keyframes, noted for an explanation.
+struct Course {
+    /// The keyframes around the time.
+    Bracket at;
+    SegmentPart part;
+    /// Where a straight line continues the keyframes: dy/dx of the easing at its start; 0 where it holds.
+    double slope = 0.0;
+    /// The time in the range of the keyframes that a custom extrapolation shows.
+    Time shown = Time(Time::INVALID);
+};
+
+inline SegmentPart* partOf(Course* course) {
+    return course ? &course->part : nullptr;
+}
+
 /// The value at a time before all keyframes, or after them. There must be a keyframe.
 template <class T>
-T outsideValue(const QVector<KeyframeData<T>>& keyframes, bool before, Extrapolation kind, Time time) {
+T outsideValue(const QVector<KeyframeData<T>>& keyframes, bool before, Extrapolation kind, Time time,
+               Course* course = nullptr) {
     const int count = keyframes.size();
     const KeyframeData<T>& edge = before ? keyframes.first() : keyframes.last();
     if constexpr (blends<T>) {
@@ -34,13 +50,17 @@ T outsideValue(const QVector<KeyframeData<T>>& keyframes, bool before, Extrapola
             const KeyframeData<T>& from = before ? edge : keyframes.at(count - 2);
             const KeyframeData<T>& to = before ? keyframes.at(1) : edge;
             const double slope = before ? startSlope(from.interpolationData) : endSlope(from.interpolationData);
+            if (course)
+                course->slope = slope;
             return continuedValue(edge.value, from, to, slope, time - edge.time);
         }
         Time inside;
         if (mapIntoRange(kind, time, keyframes.first().time, keyframes.last().time, inside)) {
             const Bracket at = bracket(keyframes.constData(), count, inside);
+            if (course)
+                course->shown = inside;
             if (at.before >= 0 && at.after >= 0)
-                return segmentValue(keyframes.at(at.before), keyframes.at(at.after), inside);
+                return segmentValue(keyframes.at(at.before), keyframes.at(at.after), inside, partOf(course));
         }
     }
     return edge.value;
@@ -48,24 +68,29 @@ T outsideValue(const QVector<KeyframeData<T>>& keyframes, bool before, Extrapola
 
 /// The value at a time whose place among the keyframes is known. Types that do not blend hold each keyframe's value.
 template <class T>
-PRM_ALWAYS_INLINE T valueAround(const QVector<KeyframeData<T>>& keyframes, Bracket at, Outside outside, Time time) {
+PRM_ALWAYS_INLINE T valueAround(const QVector<KeyframeData<T>>& keyframes, Bracket at, Outside outside, Time time,
+                                Course* course = nullptr) {
+    if (course)
+        course->at = at;
     if (at.before == at.after)
         return keyframes.at(firstAtTime(keyframes, at.before)).value;
     if (at.before < 0 || at.after < 0)
-        return outsideValue(keyframes, at.before < 0, at.before < 0 ? outside.before : outside.after, time);
+        return outsideValue(keyframes, at.before < 0, at.before < 0 ? outside.before : outside.after, time, course);
     if constexpr (blends<T>)
-        return segmentValue(keyframes.at(at.before), keyframes.at(at.after), time);
+        return segmentValue(keyframes.at(at.before), keyframes.at(at.after), time, partOf(course));
     else
         return keyframes.at(at.before).value;
 }
 
-/// The value at a time. `cursor` is the position where the last time was found; any number will do.
-template <class T> PRM_ALWAYS_INLINE T evaluate(const Track<T>& track, Outside outside, Time time, int& cursor) {
+/// The value at a time. `cursor` is the position where the last time was found; any number will do. `course`, unless
+/// null, is that of a new object at the call, and stays so where there are no keyframes.
+template <class T>
+PRM_ALWAYS_INLINE T evaluate(const Track<T>& track, Outside outside, Time time, int& cursor, Course* course = nullptr) {
     const QVector<KeyframeData<T>>& keyframes = track.keyframes;
     if (keyframes.isEmpty())
         return track.staticValue;
     const Bracket at = bracketNear(keyframes.constData(), keyframes.size(), time, cursor);
-    return valueAround(keyframes, at, outside, time);
+    return valueAround(keyframes, at, outside, time, course);
 }
 
 /// The values at many times; a place is searched once for all times in a row that lie in the same segment.

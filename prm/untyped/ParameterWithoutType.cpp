@@ -1,6 +1,7 @@
 #include "prm/ParameterWithoutType.h"
 
 #include "host/bsc/CompositeCommand.h"
+#include "prm/Explanation.h"
 #include "prm/text/LineNotes.h"
 #include "prm/text/LineParts.h"
 #include "prm/untyped/MayWarn.h"
@@ -253,6 +254,12 @@ boost::shared_ptr<Bsc::MementoBase> ParameterWithoutType::exportStateAround(cons
 
 const void* ParameterWithoutType::asTyped(const std::type_info&) const {
     return nullptr;
+}
+
+void ParameterWithoutType::explainTo(Explanation& explanation, const Context& context) const {
+    Explanation::Step step;
+    step.value = variantValue(context, std::nothrow);
+    explanation.steps.push_back(std::move(step));
 }
 
 bool ParameterWithoutType::keyframeTogether() const {

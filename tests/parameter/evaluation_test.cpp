@@ -83,6 +83,7 @@ template <class Kind> double shownByLast(int count, int step) {
     EXPECT_EQ(last.keyframeValue(0, View(0)), 1) << "its own";
     EXPECT_FALSE(chain.back()->bAddConstrainedParameter(&first)) << "a circle";
     const double shown = last.value(at(3));
+    EXPECT_EQ(explain(last, at(3)).value.toDouble(), shown);
     Parameter<int> other;
     EXPECT_TRUE(other.bAddConstrainedParameter(chain.back().get()));
     EXPECT_EQ(sampled(), QVector<double>{1}) << "a master of another type";

@@ -1,4 +1,5 @@
 #include "tests/world/Acts.h"
+#include "tests/world/Replay.h"
 
 #include <QDebug>
 #include <QSet>
@@ -76,6 +77,10 @@ template <class T> std::vector<QString (*)(const Parameter<T>&, quint32)> questi
         [](Asked asked, quint32 view) { return text(asked.value(at(90, view))); },
         [](Asked asked, quint32 view) {
             return text(asked.sampleValues(Frame::fromUInt(19), Frame::fromUInt(34), View(view)));
+        },
+        [](Asked asked, quint32 view) {
+            const Explanation explanation = explain(asked, at(25, view));
+            return text(Replay<T>(explanation.context.time).value(explanation.steps));
         },
         [](Asked asked, quint32 view) {
             const KeyframeData<T> keyframe = asked.keyframe(1, View(view));

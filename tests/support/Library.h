@@ -5,6 +5,7 @@
 #include "host/bsc/CompositeCommand.h"
 #include "prm/AnimationState.h"
 #include "prm/CompoundParameter.h"
+#include "prm/Explanation.h"
 #include "prm/MoveKeyframeEdit.h"
 #include "prm/MovedParameter.h"
 #include "prm/NumericParameter.h"

@@ -12,28 +12,6 @@ QVector<Prm::Time> timesOf(const Arguments& arguments) {
                                                         : readTimesFile(arguments.value("times-from"));
 }
 
-/// Whether some values are not of the kind that the user has given.
-bool isContradicted(Kind told, Kind written) {
-    if (!written || told == written || told == &ValueKind::text)
-        return false;
-    return told == &ValueKind::point || !written->isNumeric;
-}
-
-/// Whether all values can be evaluated. Says why not, or what else the user should know.
-bool canBeEvaluated(const FileParameter& parameter) {
-    const QString& path = parameter.path();
-    const Kind kind = parameter.kind();
-    if (kind == &ValueKind::numberOrSwitch)
-        tell("%1: number or switch, read as a number; --type %1=switch settles it", path);
-    if (kind == &ValueKind::opaque)
-        tell("%1: cannot be evaluated, its values are of no known type", path);
-    else if (isContradicted(kind, parameter.writtenKind()))
-        tell("%1: some values are not of type %2, and are read as far as possible", path, kind->name);
-    else
-        return true;
-    return false;
-}
-
 } // namespace
 
 int evaluate(Arguments& arguments) {
@@ -58,7 +36,7 @@ int evaluate(Arguments& arguments) {
     project.forEach(nodes, "evaluating", [&](const FileParameter& parameter) {
         headings.append(parameter.path());
         isComplete = canBeEvaluated(parameter) && isComplete;
-        columns.push_back(project.kinds().sampler(parameter)(times, view));
+        columns.push_back(project.kinds().shown(parameter).sample(times, view));
     });
     Table table(headings);
     for (int i = 0; i < times.size(); ++i) {

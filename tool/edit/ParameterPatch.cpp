@@ -77,18 +77,22 @@ public:
 
     /// Whether the lines with these changes are read as what the edit has made, and as this parameter's.
     bool isRight() const {
-        Lines present;
+        Lines changed;
         std::vector<FileLine> lines;
         for (const int line : m_lines) {
-            const auto change = m_changes.find(line);
-            for (const QByteArray& each :
-                 change == m_changes.end() ? Lines{bytes(line)} : change->second.lines(bytes(line))) {
-                present.push_back(each);
+            const auto add = [&](const QByteArray& each) {
+                changed.push_back(each);
                 lines.push_back({line, toView(each)});
-            }
+            };
+            const auto change = m_changes.find(line);
+            if (change == m_changes.end())
+                lines.push_back({line, m_text.line(line)});
+            else
+                change->second.forEach(bytes(line), add);
         }
-        const auto isOurs = [&](const FileLine& line) { return readLine(line.bytes).path == m_path; };
-        return std::all_of(lines.begin(), lines.end(), isOurs) && isWritten(FileParameter(lines, m_version).views());
+        const auto isOurs = [&](const QByteArray& line) { return readLine(toView(line)).path == m_path; };
+        return std::all_of(changed.begin(), changed.end(), isOurs) &&
+               isWritten(FileParameter(lines, m_version).views());
     }
 
 private:
@@ -315,8 +319,9 @@ LineChanges changedLines(const ProjectText& text, const FileViews& before, const
                          const Prm::ProjectFileVersion& version) {
     Patch patch(text, before, edited, version);
     patch.makeFewest();
-    if (!patch.isRight())
-        patch.makeAllAnew();
+    if (patch.isRight())
+        return patch.changes();
+    patch.makeAllAnew();
     if (!patch.isRight())
         throw Problem("%1: project text cannot hold the result, times are written with six digits", edited.path());
     return patch.changes();
@@ -337,8 +342,7 @@ QByteArray bytesWith(const ProjectText& text, const LineChanges& changes) {
         const QByteArray line = toBytes(text.line(i));
         if (i == 0)
             bytes += raw.left(raw.indexOf(line));
-        for (const QByteArray& each : found->second.lines(line))
-            bytes += each + end;
+        found->second.forEach(line, [&](const QByteArray& each) { bytes += each + end; });
     }
     const bool endsBare = text.lineCount() > 0 && text.raw(text.lineCount() - 1).back() != '\n';
     if (endsBare && bytes.endsWith(end))

@@ -2,6 +2,7 @@
 
 #include "tool/FileParameter.h"
 
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <vector>
@@ -17,12 +18,14 @@ struct LineChange {
     std::optional<Lines> own;
     Lines after;
 
-    /// All of them, of a line with these bytes.
-    Lines lines(const QByteArray& bytes) const {
-        Lines all = before;
-        for (const Lines& more : {own.value_or(Lines{bytes}), after})
-            all.insert(all.end(), more.begin(), more.end());
-        return all;
+    /// Calls the function with each of them, of a line with these bytes.
+    template <class Visit> void forEach(const QByteArray& bytes, const Visit& visit) const {
+        std::for_each(before.begin(), before.end(), visit);
+        if (own)
+            std::for_each(own->begin(), own->end(), visit);
+        else
+            visit(bytes);
+        std::for_each(after.begin(), after.end(), visit);
     }
 };
 
