@@ -396,6 +396,7 @@ private:
     PRM_NEVER_INLINE bool learnsToAskHooks() const;
     const void* asTyped(const std::type_info& valueType) const override;
     class Evaluation;
+    class Differences;
     PRM_NEVER_INLINE const Parameter& shownParameter() const;
     template <class Own, class General>
     auto askShown(const Own& own, const General& general) const -> decltype(own(std::declval<const Parameter&>()));

@@ -29,6 +29,8 @@ class SerialisedKeyframe;
 
 namespace detail {
 class MasterLink;
+class ReachOfChange;
+class ShownState;
 } // namespace detail
 
 /// The interface of an animatable parameter without its value type: names, flags, the link to a master, upstream
@@ -248,8 +250,12 @@ public:
 
 private:
     friend class ParameterSet;
-    /// This object as a `Parameter` of the value type, null for another type. A master is asked at every evaluation,
-    /// for which a cast takes too long. The last virtual operation: those above have their places.
+    friend class ParameterChange;
+    friend class detail::ReachOfChange;
+    friend class detail::ShownState;
+    /// This object as a `Parameter` of the value type, null for another type; for `detail::Differences`, those of its
+    /// value type. A master is asked at every evaluation, for which a cast takes too long. The last virtual operation:
+    /// those above have their places.
     virtual const void* asTyped(const std::type_info& valueType) const;
     template <class T> friend class Parameter;
 
@@ -445,6 +451,7 @@ private:
     friend class detail::Invariants;
     friend class detail::MasterLink;
 
+    void countChange(ParameterChange::ChangeType type) { m_changes += ParameterChange::concernsValues(type) ? 1 : 0; }
     /// Sets the master, null for none. This parameter is listed there before the given one, or last.
     void tieTo(ParameterWithoutType* master, ParameterWithoutType* before);
     void linkTo(ParameterWithoutType* master, ParameterWithoutType* before);
@@ -487,6 +494,8 @@ private:
     bool m_deletionAnnounced = false;
     quint32 m_notificationEnabled;
     quint32 m_blockedSignalOverride = 0;
+    /// Counts the changes that concern values, also those that were not emitted.
+    quint32 m_changes = 0;
     QString m_displayName;
     QString m_scriptName;
     QString m_namePrefix;

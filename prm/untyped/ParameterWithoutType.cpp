@@ -268,6 +268,8 @@ bool ParameterWithoutType::isHeard() const {
 }
 
 void ParameterWithoutType::emitChange(ParameterChange& change) {
+    countChange(change.type);
+    change.m_number = m_changes;
     if (!isHeard() || !notificationsEnabled(change.type))
         return;
     if (!signalsBlocked()) {
