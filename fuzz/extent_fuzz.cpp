@@ -8,16 +8,19 @@
 
 #include <QDebug>
 
+#include <array>
 #include <cstring>
 #include <map>
 #include <optional>
+#include <random>
 
 using namespace Worlds;
 
 namespace {
 
 constexpr int stepSize = 16;
-const View sampled[] = {View(0), View(1), View(2), View(3), View(4), View(5), View(2147483646), View::INVALID()};
+using SomeViews = std::array<View, 3>;
+const View allSampled[] = {View(0), View(1), View(2), View(3), View(4), View(5), View(2147483646), View(4294967295)};
 
 /// What was seen by this process.
 struct Count {
@@ -168,7 +171,8 @@ private:
 
 class Session {
 public:
-    Session(const std::uint8_t* data, std::size_t size) : m_data(data), m_left(size / stepSize) {}
+    Session(const std::uint8_t* data, std::size_t size)
+        : m_data(data), m_left(size / stepSize), m_random(1 + (size > 0 ? data[0] : 0) + size) {}
 
     void run() {
         Choices first = nextStep();
@@ -183,10 +187,12 @@ public:
         ChangedSince slow(m_root);
         m_since = &since;
         const std::vector<Time> times = drawTimes();
-        const auto former = samples(times);
+        const SomeViews views = drawViews();
+        const Samples former = samples(times, views);
         while (m_left > 0)
             step(nextStep());
-        compare("asked late", former, samples(times), times, slow.take());
+        m_ignoresOutside = true;
+        compare("asked late", former, samples(times, views), times, views, slow.take());
     }
 
 private:
@@ -230,14 +236,23 @@ private:
     // The values.
 
     std::vector<Time> drawTimes() const {
-        std::vector<Time> times{Time::fromDouble(-1e6), Time::fromDouble(1e6), Time::LAST, Time::INVALID};
-        for (int i = -48; i <= 48; ++i)
-            times.push_back(Time::fromDouble(i / 4.));
-        for (int i = 0; i < 40; ++i)
-            times.push_back(Time::fromDouble(static_cast<double>(++m_drawn * 7919 % 10007) / 400. - 10));
+        constexpr int few = 24;
+        std::vector<Time> times{Time::fromDouble(-1e6), Time::INVALID};
+        for (int i = 0; i < few; ++i) {
+            // Keyframes are at quarters, and between.
+            times.push_back(Time::fromDouble(static_cast<int>(m_random() % 80) / 4. - 6));
+            times.push_back(Time::fromDouble(static_cast<double>(m_random() % 10007) / 500. - 6));
+        }
         return times;
     }
-    Samples samples(const std::vector<Time>& times) const {
+    /// Each time others.
+    SomeViews drawViews() const {
+        SomeViews views;
+        for (View& view : views)
+            view = allSampled[m_random() % std::size(allSampled)];
+        return views;
+    }
+    Samples samples(const std::vector<Time>& times, const SomeViews& sampled) const {
         Samples all;
         for (int i = 0; i < m_world->options.plainCount; ++i) {
             const P* const own = parameter(i);
@@ -254,7 +269,7 @@ private:
     }
 
     void compare(const char* what, const Samples& before, const Samples& after, const std::vector<Time>& times,
-                 const Extent& extent) const {
+                 const SomeViews& sampled, const Extent& extent) const {
         for (const auto& [own, numbers] : after) {
             const auto former = before.find(own);
             if (former == before.end() || (own == parameter(4) && m_ignoresOutside))
@@ -297,7 +312,8 @@ private:
         m_doing = doing;
         ++count.edits;
         const std::vector<Time> times = drawTimes();
-        const Samples before = samples(times);
+        const SomeViews views = drawViews();
+        const Samples before = samples(times, views);
         m_told = {};
         m_interferences = 3;
         try {
@@ -305,12 +321,12 @@ private:
         } catch (const std::exception&) {
             // What setting a value or reading a keyframe throws.
         }
-        const Samples after = samples(times);
+        const Samples after = samples(times, views);
         if (told == Announced)
-            compare("announced", before, after, times, m_told);
+            compare("announced", before, after, times, views, m_told);
         // What is outside the sets is not watched.
         m_ignoresOutside = true;
-        compare("asked", before, after, times, m_since->take());
+        compare("asked", before, after, times, views, m_since->take());
         m_ignoresOutside = false;
         Fuzz::intact(m_world->broken());
     }
@@ -459,19 +475,20 @@ private:
 
     const std::uint8_t* m_data;
     std::size_t m_left;
-    QObject m_receiver;
     std::unique_ptr<World> m_world;
     ParameterSet m_root;
     ChangedSince* m_since = nullptr;
     bool m_interferes = false;
     int m_interferences = 0;
-    bool m_ignoresOutside = true;
+    bool m_ignoresOutside = false;
     /// The extents of all changes of the present act.
     Extent m_told;
     const char* m_doing = "";
     std::vector<Done> m_commands;
     std::size_t m_done = 0;
-    mutable int m_drawn = 0;
+    mutable std::minstd_rand m_random;
+    /// The last one, so that the end of the world is not received.
+    QObject m_receiver;
 };
 
 } // namespace
