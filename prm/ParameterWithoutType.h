@@ -488,14 +488,15 @@ private:
     /// For writing: created on the first call.
     Rarities& ownRarities();
 
-    bool m_locked;
-    bool m_hidden;
+    // Bits, so that the count after them needs no room of its own.
+    bool m_locked : 1;
+    bool m_hidden : 1;
     bool m_readingIn = false;
     bool m_deletionAnnounced = false;
-    quint32 m_notificationEnabled;
-    quint32 m_blockedSignalOverride = 0;
     /// Counts the changes that concern values, also those that were not emitted.
     quint32 m_changes = 0;
+    quint32 m_notificationEnabled;
+    quint32 m_blockedSignalOverride = 0;
     QString m_displayName;
     QString m_scriptName;
     QString m_namePrefix;

@@ -125,6 +125,12 @@ class ParameterSet;
 // prm/CompoundParameter.h
 class CompoundParameter;
 
+// prm/Extent.h
+class Extent; // where values may differ after a change
+
+// prm/ChangedSince.h
+class ChangedSince; // what has changed below a set since it was asked last
+
 // prm/ProjectFile.h
 struct ProjectFileFinding;
 class ProjectFile;

@@ -92,7 +92,8 @@ private:
     }
     template <class Times> detail::Reach inReaders(View view, const Times& times) const {
         const bool isOnly = m_rules.list.size() == 1 && m_rules.list.front() == view;
-        detail::ViewTimes one{isOnly ? detail::ViewRanges::all() : m_rules.readersOf(view), times()};
+        const bool isAll = isOnly || !m_parameter.m_views.findRealViewData(view);
+        detail::ViewTimes one{isAll ? detail::ViewRanges::all() : m_rules.readersOf(view), times()};
         if (one.times.isEmpty() || one.views == detail::ViewRanges())
             return {};
         return {std::move(one)};

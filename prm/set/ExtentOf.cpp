@@ -7,6 +7,8 @@
 #include "prm/set/ShownState.h"
 #include "prm/untyped/PartialState.h"
 
+#include <QVarLengthArray>
+
 #include <typeinfo>
 
 namespace Prm {
@@ -67,23 +69,44 @@ private:
         return recordOf(change.type, part, index, Context(Time(), at.view));
     }
 
+    struct Step {
+        const ParameterWithoutType* parameter;
+        const Differences* type;
+        bool isEverywhere;
+    };
+    using Steps = QVarLengthArray<Step, 4>;
+
+    /// In a loop, because chains of masters may be long.
     void add(const ParameterWithoutType& parameter, const Differences* type, const Reach& reach) {
-        if (!m_extent.add(&parameter, reach))
-            return;
-        if (type) {
-            for (const ParameterWithoutType* const constrained : parameter.constrainedParameters()) {
-                const Differences* const other = ShownState::typeOf(*constrained);
-                if (other && other->valueType() == type->valueType())
-                    add(*constrained, type, type->asksHooks(*constrained) ? everywhere() : reach);
-            }
+        Steps left;
+        left.append({&parameter, type, false});
+        while (!left.isEmpty()) {
+            const Step step = left.last();
+            left.removeLast();
+            const bool isLarger =
+                step.isEverywhere ? m_extent.add(step.parameter, everywhere()) : m_extent.add(step.parameter, reach);
+            if (!isLarger)
+                continue;
+            if (step.type)
+                addConstrained(step, left);
+            addCompounds(step, left);
         }
-        for (const Listing& listing : parameter.m_listedIn) {
+    }
+    static void addConstrained(const Step& step, Steps& left) {
+        for (const ParameterWithoutType* const constrained : step.parameter->constrainedParameters()) {
+            const Differences* const other = ShownState::typeOf(*constrained);
+            if (other && other->valueType() == step.type->valueType())
+                left.append({constrained, other, step.isEverywhere || other->asksHooks(*constrained)});
+        }
+    }
+    static void addCompounds(const Step& step, Steps& left) {
+        for (const Listing& listing : step.parameter->m_listedIn) {
             const ParameterSet& set = *listing.set;
             // Most are no compounds, and a cast takes longer.
             const auto* const compound =
                 typeid(set) == typeid(ParameterSet) ? nullptr : dynamic_cast<const CompoundParameter*>(&set);
             if (compound)
-                add(*compound, nullptr, reach);
+                left.append({compound, nullptr, step.isEverywhere});
         }
     }
 
