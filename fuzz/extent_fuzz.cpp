@@ -22,7 +22,6 @@ constexpr int stepSize = 16;
 using SomeViews = std::array<View, 3>;
 const View allSampled[] = {View(0), View(1), View(2), View(3), View(4), View(5), View(2147483646), View(4294967295)};
 
-/// What was seen by this process.
 struct Count {
     void print() const {
         std::printf("%llu edits, %llu values compared, %llu of them differ; %llu single keyframes, %llu exactly\n",
@@ -43,7 +42,6 @@ const bool kindsAreThere =
         return last + -std::fmod(last - time, std::max(1.0, last - first));
     });
 
-/// Each value as numbers.
 template <class T> void append(std::vector<double>& numbers, const T& value) {
     if constexpr (std::is_same_v<T, QPointF>)
         numbers.insert(numbers.end(), {value.x(), value.y()});
@@ -67,7 +65,6 @@ bool sample(const P& parameter, const std::vector<Time>& times, const View& view
 
 using Keyframes = QVector<KeyframeData<double>>;
 
-/// What an edit of one keyframe was.
 struct Single {
     enum What { Came, Gone, Value, Kind };
 
@@ -233,8 +230,6 @@ private:
             change.parameter->vReset(at(change.affectedIndex / 4., change.context.view.id()));
     }
 
-    // The values.
-
     std::vector<Time> drawTimes() const {
         constexpr int few = 24;
         std::vector<Time> times{Time::fromDouble(-1e6), Time::INVALID};
@@ -303,8 +298,6 @@ private:
                 expectTouched(what, *compound, at, extent);
         }
     }
-
-    // Acting.
 
     enum Told { Announced, Silent };
 
