@@ -84,7 +84,6 @@ struct Lists {
                     list.append(number.keyframe(i, view));
     }
 
-    /// None if more was edited, or something else.
     std::optional<Single> singleChangeTo(const Lists& now) const {
         std::vector<Single> all;
         if (before != now.before || after != now.after || isSplittable != now.isSplittable || mode != now.mode ||
@@ -103,7 +102,6 @@ struct Lists {
         return all.size() == 1 ? std::optional(all.front()) : std::nullopt;
     }
 
-    /// The stretch between the neighbours, by plain steps.
     TimeSpans expected(const Single& change) const {
         const Keyframes& list = views.at(change.view.id());
         const KeyframeData<double>* prev = nullptr;
@@ -218,7 +216,6 @@ private:
             Qt::DirectConnection);
     }
 
-    /// As an observer may, before others receive the change.
     void interfere(ParameterChange& change) {
         if (!m_interferes || m_interferences == 0 || change.type == ParameterChange::PARAMETER_DELETED)
             return;
@@ -240,7 +237,6 @@ private:
         }
         return times;
     }
-    /// Each time others.
     SomeViews drawViews() const {
         SomeViews views;
         for (View& view : views)
@@ -307,6 +303,7 @@ private:
         const std::vector<Time> times = drawTimes();
         const SomeViews views = drawViews();
         const Samples before = samples(times, views);
+        const bool isAnnounced = told == Announced && !gainsViewsSilently();
         m_told = {};
         m_interferences = 3;
         try {
@@ -315,13 +312,21 @@ private:
             // What setting a value or reading a keyframe throws.
         }
         const Samples after = samples(times, views);
-        if (told == Announced)
+        if (isAnnounced)
             compare("announced", before, after, times, views, m_told);
-        // What is outside the sets is not watched.
         m_ignoresOutside = true;
         compare("asked", before, after, times, views, m_since->take());
         m_ignoresOutside = false;
         Fuzz::intact(m_world->broken());
+    }
+
+    /// Edits of an unsplittable parameter with data, but none in view 0, give that view data, and emit nothing for it.
+    bool gainsViewsSilently() const {
+        for (int i = 0; i < m_world->options.plainCount; ++i)
+            if (const P* const own = parameter(i);
+                own && !own->splittable() && own->numViews() > 0 && own->viewList().front() != View(0))
+                return true;
+        return false;
     }
 
     void step(Choices step) {
@@ -407,7 +412,6 @@ private:
         ++m_done;
     }
 
-    /// What no command does.
     void rearrange(Choices& step) {
         P& own = any(step);
         const int number = m_world->numberOf(&own);
@@ -427,7 +431,6 @@ private:
             rename(own);
     }
     void remake(int number) {
-        // Edits hold on to the parameter that was there.
         watch("delete", Announced, [&] {
             for (int i = 0; i < m_world->parameterCount; ++i) {
                 auto* const compound = dynamic_cast<CompoundParameter*>(parameter(i));
@@ -474,7 +477,6 @@ private:
     bool m_interferes = false;
     int m_interferences = 0;
     bool m_ignoresOutside = false;
-    /// The extents of all changes of the present act.
     Extent m_told;
     const char* m_doing = "";
     std::vector<Done> m_commands;
