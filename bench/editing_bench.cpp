@@ -2,7 +2,9 @@
 
 #include "bench/Curves.h"
 #include "bench/Signals.h"
+#include "prm/ChangedSince.h"
 #include "prm/MoveKeyframeEdit.h"
+#include "prm/ParameterSet.h"
 
 #include <QVector>
 
@@ -80,6 +82,54 @@ void emitBare(benchmark::State& state) {
         Q_EMIT sender.changed(change);
 }
 BENCHMARK(emitBare)->Arg(0)->Arg(1)->Arg(10);
+
+// --- what a change reaches, in the slot, and what has changed since the last frame -----------------------------------
+
+void extentOfChange(benchmark::State& state) {
+    Number parameter;
+    const auto count = static_cast<int>(state.range(0));
+    for (int i = 0; i < count; ++i)
+        parameter.vSetValue(i * 0.5, Time::fromInt(i));
+    ParameterChange change(ParameterChange::KEYFRAME_CHANGED_VALUE, parameter, static_cast<unsigned int>(count / 2));
+    for (auto _ : state)
+        benchmark::DoNotOptimize(Prm::extentOf(change));
+}
+BENCHMARK(extentOfChange)->Arg(1000)->Arg(100000);
+
+/// The time for one parameter of a set in which nothing has changed.
+void nothingChanged(benchmark::State& state) {
+    Prm::ParameterSet set;
+    std::vector<std::unique_ptr<Number>> parameters;
+    for (int i = 0; i < state.range(0); ++i) {
+        parameters.push_back(std::make_unique<Number>(QString::number(i)));
+        parameters.back()->vSetValue(1.0, Time::fromInt(1));
+        set.addParameter(*parameters.back());
+    }
+    Prm::ChangedSince changes(set);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(changes.take());
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(nothingChanged)->Arg(1000)->Arg(10000);
+
+/// One edit of a long list between two questions, with and without somebody who asks.
+void editBetween(benchmark::State& state) {
+    Prm::ParameterSet set;
+    Number parameter;
+    set.addParameter(parameter);
+    for (int i = 0; i < state.range(0); ++i)
+        parameter.vSetValue(i * 0.5, Time::fromInt(i));
+    std::unique_ptr<Prm::ChangedSince> changes;
+    if (state.range(1) != 0)
+        changes = std::make_unique<Prm::ChangedSince>(set);
+    double value = 0.0;
+    for (auto _ : state) {
+        parameter.vSetValue(value += 1.0, Time::fromInt(1));
+        if (changes)
+            benchmark::DoNotOptimize(changes->take());
+    }
+}
+BENCHMARK(editBetween)->ArgsProduct({{1000, 100000}, {0, 1}});
 
 // --- edits of a keyframe, with one receiver, and without any beside bare signals -------------------------------------
 

@@ -100,6 +100,8 @@ ROWS = [
     ("20", "10000 parameters, each of two threads with edits, as fast as one alone", "wholeFrame/2/1/0",
      "wholeFrame/1/0/0", ">0.9", ">0.97"),
     ("20", "the same in processor time", "wholeFrame/2/1/1", "wholeFrame/1/0/1", ">0.9", ">0.97"),
+    *[("21", f"extentOf, {n} keyframes / a bare signal", f"extentOfChange/{n}", "emitBare/1", "<2", "<1.2")
+      for n in (1000, 100000)],
 ]
 
 

@@ -26,6 +26,7 @@ class ProjectFileVersion;
 
 namespace detail {
 class Invariants;
+class ReachOfChange;
 class State;
 } // namespace detail
 
@@ -94,6 +95,7 @@ protected:
 private:
     friend class ParameterSet;
     friend class detail::Invariants;
+    friend class detail::ReachOfChange;
     friend class detail::State;
 
     ParameterSet* m_parentSet;

@@ -399,6 +399,7 @@ private:
     void explainTo(Explanation& explanation, const Context& context) const override;
     bool overridesValue() const;
     class Evaluation;
+    class Differences;
     PRM_NEVER_INLINE const Parameter& shownParameter() const;
     template <class Own, class General>
     auto askShown(const Own& own, const General& general) const -> decltype(own(std::declval<const Parameter&>()));

@@ -4,6 +4,7 @@
 
 #include "prm/Parameter.h"
 #include "prm/parameter/commands.hpp"
+#include "prm/parameter/differences.hpp"
 #include "prm/parameter/editing.hpp"
 #include "prm/parameter/evaluation.hpp"
 #include "prm/parameter/explaining.hpp"

@@ -18,6 +18,10 @@ namespace Prm {
 
 class ParameterWithoutType;
 
+namespace detail {
+class ReachOfChange;
+} // namespace detail
+
 /// A record of one change of a parameter. Observers receive it by reference with the signal
 /// `changed(Prm::ParameterChange&)`, on the thread that made the change, before the edit returns and after the per-view
 /// locks are released. The record and its pointers are valid during that call only.
@@ -110,6 +114,20 @@ public:
     /// The view concerned, at time 0; for KEYFRAME_REMOVED and COMMAND_REGISTERED also the time. VIEW_CLEARED does not
     /// name the cleared view.
     Context context;
+
+private:
+    friend class ParameterWithoutType;
+    friend class detail::ReachOfChange;
+
+    static constexpr bool concernsValues(ChangeType type) {
+        return type != PARAMETER_CHANGED_NAME && type != COMMAND_REGISTERED && type != PARAMETER_HIDDEN_CHANGED &&
+               type != PARAMETER_LOCKED_CHANGED;
+    }
+    static void send(ParameterWithoutType& parameter, ChangeType type, int index = 0, const Context& at = {});
+    static void sendForView(ParameterWithoutType& parameter, ChangeType type, int index, const View& view);
+
+    /// The parameter's count of changes; 0 in a record that was not emitted.
+    quint32 m_number = 0;
 };
 
 /// A scope in which one type of change is emitted although the parameter's Qt signals are blocked. Scopes may be

@@ -31,6 +31,8 @@ struct Explanation;
 
 namespace detail {
 class MasterLink;
+class ReachOfChange;
+class ShownState;
 } // namespace detail
 
 /// The interface of an animatable parameter without its value type: names, flags, the link to a master, upstream
@@ -249,8 +251,12 @@ public:
 
 private:
     friend class ParameterSet;
-    /// This object as a `Parameter` of the value type, null for another type. A master is asked at every evaluation,
-    /// for which a cast takes too long. New virtual operations come last: those above have their places.
+    friend class ParameterChange;
+    friend class detail::ReachOfChange;
+    friend class detail::ShownState;
+    /// This object as a `Parameter` of the value type, null for another type; for `detail::Differences`, those of its
+    /// value type. A master is asked at every evaluation, for which a cast takes too long. New virtual operations come
+    /// last: those above have their places.
     virtual const void* asTyped(const std::type_info& valueType) const;
     /// `setFromScriptString` of a text that outlives the call, which needs no copy unless a class overrides reading.
     bool readLine(QStringView line, const ProjectFileVersion& version);
@@ -458,6 +464,7 @@ private:
     friend class detail::Invariants;
     friend class detail::MasterLink;
 
+    void countChange(ParameterChange::ChangeType type) { m_changes += ParameterChange::concernsValues(type) ? 1 : 0; }
     /// Sets the master, null for none. This parameter is listed there before the given one, or last.
     void tieTo(ParameterWithoutType* master, ParameterWithoutType* before);
     void linkTo(ParameterWithoutType* master, ParameterWithoutType* before);
@@ -492,10 +499,13 @@ private:
     const Rarities& rarities() const;
     Rarities& ownRarities();
 
-    bool m_locked;
-    bool m_hidden;
+    // Bits, so that the count after them needs no room of its own.
+    bool m_locked : 1;
+    bool m_hidden : 1;
     bool m_readingIn = false;
     bool m_deletionAnnounced = false;
+    /// Counts the changes that concern values, also those that were not emitted.
+    quint32 m_changes = 0;
     quint32 m_notificationEnabled;
     quint32 m_blockedSignalOverride = 0;
     QString m_displayName;

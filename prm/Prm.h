@@ -7,6 +7,10 @@ namespace Prm {
 class Time;
 class Frame;
 
+// prm/TimeSpan.h
+struct TimeSpan; // the times from one to another
+class TimeSpans; // a set of times
+
 // prm/View.h
 class View;
 
@@ -123,6 +127,12 @@ class ParameterSet;
 
 // prm/CompoundParameter.h
 class CompoundParameter;
+
+// prm/Extent.h
+class Extent; // where values may differ after a change
+
+// prm/ChangedSince.h
+class ChangedSince; // what has changed below a set since it was asked last
 
 // prm/ProjectFile.h
 struct ProjectFileFinding;

@@ -282,6 +282,7 @@ template <class T> void Parameter<T>::storeKeyframe(const KeyframeData<T>& keyfr
         storeStaticValue(*data, keyframe.value);
         return;
     }
+    countChange(ParameterChange::KEYFRAME_CHANGED_VALUE);
     detail::InsertionPlace place(data->keyframes, keyframe.time, keyframe.interpolationData.interpolation,
                                  isReadingIn());
     if (!place.isTaken) {

@@ -2,6 +2,7 @@
 
 #include "prm/track/BezierEasing.h"
 
+#include <atomic>
 #include <cmath>
 #include <map>
 #include <memory>
@@ -13,6 +14,8 @@ namespace Prm {
 
 namespace {
 
+std::atomic<quint64> registrations{0};
+
 /// The functions that hosts gave to custom kinds. A function that is being called stays alive until it has returned.
 template <class Kind, class Function> class CustomKinds {
 public:
@@ -22,6 +25,7 @@ public:
         auto entry = function ? std::make_shared<const Function>(std::move(function)) : nullptr;
         const std::unique_lock<std::shared_mutex> lock(m_mutex);
         std::swap(m_functions[kind], entry);
+        ++registrations;
         return true;
     }
     std::shared_ptr<const Function> find(Kind kind) const {
@@ -69,6 +73,10 @@ double curvedProgress(const IType& shape, double x) {
 
 bool lacksFunction(const IType& shape) {
     return isCustom(shape) && !interpolations().find(shape.interpolation);
+}
+
+quint64 kindRegistrations() {
+    return registrations.load();
 }
 
 double startSlope(const IType& shape) {

@@ -23,6 +23,9 @@ inline double segmentProgress(const IType& shape, double x) {
     return shape.interpolation == Interpolation::Linear ? x : curvedProgress(shape, x);
 }
 
+/// Counts the functions of custom kinds that were set and removed.
+PRM_EXPORT quint64 kindRegistrations();
+
 /// dy/dx where a segment begins or ends, for straight lines that continue it: 0 where it holds or is vertical.
 PRM_EXPORT double startSlope(const IType& shape);
 PRM_EXPORT double endSlope(const IType& shape);

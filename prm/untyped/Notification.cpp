@@ -7,21 +7,19 @@
 
 namespace Prm {
 
-namespace {
-
-void send(ParameterWithoutType& parameter, ParameterChange::ChangeType type, int index = 0, const Context& at = {}) {
-    if (!parameter.emits(type))
+void ParameterChange::send(ParameterWithoutType& parameter, ChangeType type, int index, const Context& at) {
+    if (!parameter.emits(type)) {
+        parameter.countChange(type);
         return;
+    }
     ParameterChange change(type, parameter, static_cast<unsigned int>(index));
     change.context = at;
     parameter.emitChange(change);
 }
 
-void sendForView(ParameterWithoutType& parameter, ParameterChange::ChangeType type, int index, const View& view) {
+void ParameterChange::sendForView(ParameterWithoutType& parameter, ChangeType type, int index, const View& view) {
     send(parameter, type, index, Context(Time(), view));
 }
-
-} // namespace
 
 void ParameterChange::keyframeAdded(ParameterWithoutType& parameter, int index, const View& view) {
     sendForView(parameter, KEYFRAME_ADDED, index, view);

@@ -298,6 +298,8 @@ bool ParameterWithoutType::emits(ParameterChange::ChangeType type) const {
 }
 
 void ParameterWithoutType::emitChange(ParameterChange& change) {
+    countChange(change.type);
+    change.m_number = m_changes;
     if (!emits(change.type))
         return;
     if (!signalsBlocked()) {

@@ -23,6 +23,9 @@ public:
     virtual const ParameterWithoutType& parameter() const = 0;
 };
 
+/// Exactly the same, also where the comparison of variants is fuzzy.
+PRM_EXPORT bool sameVariants(const QVariant& a, const QVariant& b);
+
 // The same of any memento; one of a host's own class is of the whole parameter, and never known to be equal.
 PRM_EXPORT bool equalsState(const Bsc::MementoBase& memento, const BasicParameter& parameter);
 PRM_EXPORT boost::shared_ptr<Bsc::MementoBase> presentState(const Bsc::MementoBase& memento,

@@ -13,16 +13,11 @@
 
 namespace Prm::detail {
 
-namespace {
-
-/// Exactly the same, also where the comparison of variants is fuzzy.
 bool sameVariants(const QVariant& a, const QVariant& b) {
     if (a.userType() != b.userType())
         return false;
     return a.userType() == QMetaType::Double ? a.toDouble() == b.toDouble() : a == b;
 }
-
-} // namespace
 
 bool equalsState(const Bsc::MementoBase& memento, const BasicParameter& parameter) {
     const auto* const partial = dynamic_cast<const PartialState*>(&memento);
