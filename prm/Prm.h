@@ -7,6 +7,10 @@ namespace Prm {
 class Time;
 class Frame;
 
+// prm/TimeSpan.h
+struct TimeSpan; // the times from one to another
+class TimeSpans; // a set of times
+
 // prm/View.h
 class View;
 

@@ -1,0 +1,79 @@
+#include "prm/TimeSpan.h"
+
+#include <QDebug>
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+#include <tuple>
+#include <vector>
+
+using namespace Prm;
+
+namespace {
+
+constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double infinity = std::numeric_limits<double>::infinity();
+
+template <class Spans> std::string textOf(const Spans& spans) {
+    QString text;
+    QDebug(&text) << spans;
+    return text.trimmed().toStdString();
+}
+
+TEST(TimeSpans, UniteWhatMeets) {
+    const std::tuple<const char*, TimeSpans, const char*> rows[] = {
+        {"nothing", {TimeSpan::none(), {1, 1, true, false}, {2, 1, true, true}, {nan, 1, true, true}}, "{}"},
+        {"one time", {TimeSpan::at(Time::fromInt(3))}, "[3, 3]"},
+        {"apart at a time that neither has", {{1, 2, true, false}, {2, 3, false, true}}, "[1, 2) + (2, 3]"},
+        {"meeting at a time that one has", {{2, 3, false, true}, {1, 2, true, true}}, "[1, 3]"},
+        {"closing a gap", {{1, 2, false, false}, {2, 3, false, false}, TimeSpan::at(Time::fromInt(2))}, "(1, 3)"},
+        {"covering others", {{1, 2, true, true}, {5, 6, true, true}, {1, 6, false, false}}, "[1, 6]"},
+        {"without end", {{4, infinity, true, false}, {-infinity, 2, true, false}}, "[-inf, 2) + [4, inf)"},
+        {"all", {{4, infinity, true, false}, TimeSpan::all()}, "[-inf, inf)"},
+    };
+    for (const auto& [name, spans, expected] : rows)
+        EXPECT_EQ(textOf(spans), expected) << name;
+}
+
+/// Sets of times drawn from few ends, compared with plain lists of the times in them.
+TEST(TimeSpans, HoldTheTimesOfTheirParts) {
+    std::mt19937 random(7);
+    const auto end = [&] {
+        const double number = static_cast<double>(random() % 8) - 1.0;
+        return number < 0 ? -infinity : number > 5 ? infinity : number;
+    };
+    const auto drawn = [&] {
+        const double to = end();
+        return TimeSpan{end(), to, random() % 2 != 0, to < infinity && random() % 2 != 0};
+    };
+    std::vector<Time> times{Time::fromDouble(-infinity), Time(Time::INVALID)};
+    for (int i = -1; i < 14; ++i)
+        times.push_back(Time::fromDouble(i / 2.0));
+    for (int round = 0; round < 2000; ++round) {
+        TimeSpans spans;
+        TimeSpans others;
+        std::vector<TimeSpan> parts;
+        for (int i = 0; i < 4; ++i) {
+            parts.push_back(drawn());
+            (i < 2 ? spans : others).add(parts.back());
+        }
+        spans |= others;
+        const TimeSpan asked = drawn();
+        bool anyInBoth = false;
+        for (const Time time : times) {
+            bool isIn = false;
+            for (const TimeSpan& part : parts)
+                isIn = isIn || part.contains(time);
+            const bool isInBoth = isIn && asked.contains(time);
+            anyInBoth = anyInBoth || isInBoth;
+            ASSERT_EQ(spans.contains(time), isIn) << textOf(spans) << time.toDouble();
+            ASSERT_EQ(spans.intersected(asked).contains(time), isInBoth) << textOf(spans) << textOf(asked);
+        }
+        ASSERT_EQ(spans.intersects(asked), anyInBoth) << textOf(spans) << textOf(asked);
+        ASSERT_EQ(spans.intersected(asked).isEmpty(), !anyInBoth);
+        ASSERT_EQ(spans, TimeSpans(spans) |= spans);
+    }
+}
+
+} // namespace
