@@ -4,6 +4,7 @@
 #include "prm/Interpolation.h"
 #include "prm/KeyframeData.h"
 #include "prm/ParameterWithoutType.h"
+#include "prm/TimeSpan.h"
 #include "prm/ValueType.h"
 #include "prm/ViewInterpolation.h"
 #include "prm/parameter/FastViewMap.h"
@@ -30,6 +31,10 @@ template <class T> class PRM_EXPORT Parameter;
 template <class T> class PRM_EXPORT CurveParameter;
 
 namespace detail {
+
+class Ask;
+struct UntypedAnswers;
+template <class T> struct Shown;
 
 /// `Parameter<T>::setVariantValue` without its checks, for a host's override of it: at a frame's time of a keyframed
 /// parameter does what `vSetValue` does, otherwise sets the static value. Exceptions of observers and hooks pass
@@ -421,6 +426,13 @@ private:
                       const Question& question) const -> decltype(none);
     template <class Find> int findKeyframe(const View& view, const Find& find) const;
 
+    // For prm/Answers.h.
+    detail::Shown<T> shownIn(const View& view) const;
+    detail::Shown<T> ownTracks(const View& view) const;
+    static void holdValues(detail::Shown<T>& shown);
+    KeyframeVector keyframesIn(const View& view, const TimeSpan& span) const;
+    static const detail::UntypedAnswers& untypedAnswers();
+
     PVData* targetData(const View& view, const detail::Track<T>* contents = nullptr);
     PVData* ownData(const View& view, const detail::Track<T>* contents);
     static bool storeStaticValue(PVData& data, const T& value);
@@ -432,6 +444,7 @@ private:
     class LineReading;
     detail::Track<T> writtenTrack(const View& view) const;
 
+    friend class detail::Ask;
     friend class detail::Invariants;
     friend void detail::default_Parameter_setVariantValue_impl<T>(Parameter& parameter, const QVariant& variant,
                                                                   const Context& context);

@@ -29,6 +29,7 @@ class SerialisedKeyframe;
 
 namespace detail {
 class MasterLink;
+struct UntypedAnswers;
 } // namespace detail
 
 /// The interface of an animatable parameter without its value type: names, flags, the link to a master, upstream
@@ -248,8 +249,10 @@ public:
 
 private:
     friend class ParameterSet;
+    friend struct detail::UntypedAnswers;
     /// This object as a `Parameter` of the value type, null for another type. A master is asked at every evaluation,
-    /// for which a cast takes too long. The last virtual operation: those above have their places.
+    /// for which a cast takes too long. For `detail::UntypedAnswers`, those of the class. The last virtual operation:
+    /// those above have their places.
     virtual const void* asTyped(const std::type_info& valueType) const;
     template <class T> friend class Parameter;
 

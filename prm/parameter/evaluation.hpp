@@ -5,6 +5,7 @@
 #include "prm/Parameter.h"
 #include "prm/track/Evaluation.h"
 #include "prm/untyped/Masters.h"
+#include "prm/untyped/UntypedAnswers.h"
 
 #include <QVarLengthArray>
 
@@ -50,7 +51,9 @@ template <class T> bool Parameter<T>::learnsToAskHooks() const {
 }
 
 template <class T> const void* Parameter<T>::asTyped(const std::type_info& valueType) const {
-    return valueType == typeid(T) ? this : nullptr;
+    if (valueType == typeid(T))
+        return this;
+    return valueType == typeid(detail::UntypedAnswers) ? &untypedAnswers() : nullptr;
 }
 
 /// The parameter whose animation this one shows: the last one in the chain of masters with values of this type, or the

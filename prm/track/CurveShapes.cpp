@@ -67,6 +67,14 @@ double curvedProgress(const IType& shape, double x) {
     return x;
 }
 
+bool isRegistered(Interpolation kind) {
+    return kind >= Interpolation::Custom0 && interpolations().find(kind);
+}
+
+bool isRegistered(Extrapolation kind) {
+    return kind >= Extrapolation::Custom0 && extrapolations().find(kind);
+}
+
 double startSlope(const IType& shape) {
     if (shape.interpolation == Interpolation::Bezier)
         return easingSlopeAtStart(shape);

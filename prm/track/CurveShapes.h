@@ -20,6 +20,10 @@ inline double segmentProgress(const IType& shape, double x) {
     return shape.interpolation == Interpolation::Linear ? x : curvedProgress(shape, x);
 }
 
+/// Whether a host has registered a function for the kind.
+PRM_EXPORT bool isRegistered(Interpolation kind);
+PRM_EXPORT bool isRegistered(Extrapolation kind);
+
 /// dy/dx where a segment begins or ends, for straight lines that continue it: 0 where it holds or is vertical.
 PRM_EXPORT double startSlope(const IType& shape);
 PRM_EXPORT double endSlope(const IType& shape);

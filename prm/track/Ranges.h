@@ -1,0 +1,453 @@
+#pragma once
+
+#include "prm/track/BezierEasing.h"
+#include "prm/track/CurveShapes.h"
+#include "prm/track/Shown.h"
+
+#include <QtGlobal>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <type_traits>
+
+namespace Prm::detail {
+
+constexpr double infinite = std::numeric_limits<double>::infinity();
+
+/// Whether values are rounded, so that they can stay the same while a curve rises.
+template <class T> inline constexpr bool rounds = blends<T> && std::is_integral_v<T>;
+
+/// The components of a value.
+template <class T, bool = blends<T>> struct Components {
+    static constexpr int count = ValueType<T>::componentCount;
+    using Numbers = std::array<double, static_cast<std::size_t>(count)>;
+
+    static Numbers of(const T& value) {
+        Numbers numbers{};
+        for (int i = 0; i < count; ++i)
+            numbers[static_cast<std::size_t>(i)] = ValueType<T>::component(value, i);
+        return numbers;
+    }
+    static T value(const Numbers& numbers) { return ValueType<T>::fromComponents(numbers.data()); }
+};
+template <> struct Components<bool, false> {
+    using Numbers = std::array<double, 1>;
+
+    static Numbers of(bool value) { return {value ? 1.0 : 0.0}; }
+    static bool value(const Numbers& numbers) { return numbers[0] > 0.0; }
+};
+template <> struct Components<QPoint, false> {
+    using Numbers = std::array<double, 2>;
+
+    static Numbers of(const QPoint& value) { return {static_cast<double>(value.x()), static_cast<double>(value.y())}; }
+    static QPoint value(const Numbers& numbers) {
+        return {ValueType<int>::fromComponents(&numbers[0]), ValueType<int>::fromComponents(&numbers[1])};
+    }
+};
+/// Values without components have no order: only whether they are the same is known.
+template <class T> struct Components<T, false> {
+    using Numbers = std::array<double, 0>;
+
+    static Numbers of(const T&) { return {}; }
+    static T value(const Numbers&) { return {}; }
+};
+
+/// The least and the greatest value, component by component.
+template <class T> class Range {
+public:
+    using Numbers = typename Components<T>::Numbers;
+
+    explicit Range(const T& value) : least(value), greatest(value) {}
+    /// The values between two, both included; all values where one is no number.
+    static Range between(const T& a, const T& b) {
+        Range range(a);
+        range.add(Range(b));
+        return range;
+    }
+    static Range everything() {
+        Numbers lowest{};
+        Numbers highest{};
+        lowest.fill(-infinite);
+        highest.fill(infinite);
+        Range all(Components<T>::value(lowest));
+        all.greatest = Components<T>::value(highest);
+        all.m_isKnown = false;
+        return all;
+    }
+
+    void add(const Range& other) {
+        if (!m_isKnown || (isSingle() && other.isOnly(least)))
+            return;
+        Numbers low = Components<T>::of(least);
+        Numbers high = Components<T>::of(greatest);
+        const Numbers otherLow = Components<T>::of(other.least);
+        const Numbers otherHigh = Components<T>::of(other.greatest);
+        bool isOrdered = other.m_isKnown && !low.empty();
+        for (std::size_t i = 0; i < low.size(); ++i) {
+            isOrdered = isOrdered && low[i] <= high[i] && otherLow[i] <= otherHigh[i];
+            low[i] = std::min(low[i], otherLow[i]);
+            high[i] = std::max(high[i], otherHigh[i]);
+        }
+        if (!isOrdered) {
+            *this = everything();
+            return;
+        }
+        least = Components<T>::value(low);
+        greatest = Components<T>::value(high);
+    }
+
+    bool isKnown() const { return m_isKnown; }
+    bool isSingle() const { return m_isKnown && ValueType<T>::equal(least, greatest); }
+    bool isOnly(const T& value) const { return isSingle() && ValueType<T>::equal(least, value); }
+    /// The largest distance of two of its values in a component.
+    double height() const {
+        const Numbers low = Components<T>::of(least);
+        const Numbers high = Components<T>::of(greatest);
+        double most = 0.0;
+        for (std::size_t i = 0; i < low.size(); ++i)
+            most = std::max(most, high[i] - low[i]);
+        return most;
+    }
+
+    T least;
+    T greatest;
+
+private:
+    bool m_isKnown = true;
+};
+
+/// What the solver of Bezier segments and rounding may add to times and parts: with it, a range contains every value
+/// that is computed. Without it the ends of a range are values at the ends of the times, but in the last digits values
+/// beside them may be outside.
+enum class Slack { None, Full };
+
+inline double slackOf(Slack slack) {
+    return slack == Slack::None ? 0.0 : 0x1p-47;
+}
+
+/// The segment after a keyframe is a Bezier one that is not straight.
+inline bool isBent(const IType& shape) {
+    return shape.interpolation == Interpolation::Bezier && !isStraightEasing(shape);
+}
+
+/// The values of a segment between two keyframes, at times from the first to the last one of `times`.
+template <class T>
+Range<T> segmentRange(const KeyframeData<T>& from, const KeyframeData<T>& to, const Moments& times, Slack slack) {
+    if constexpr (blends<T>) {
+        const IType& shape = from.interpolationData;
+        const double duration = to.time - from.time;
+        if (isCustom(shape) && isRegistered(shape.interpolation))
+            return Range<T>::everything();
+        auto range = Range<T>::between(segmentValue(from, to, Time::fromDouble(times.first)),
+                                       segmentValue(from, to, Time::fromDouble(times.last)));
+        if (!isBent(shape) || !(duration > 0.0 && duration < infinite))
+            return range;
+        // Between keyframes that are both near the span, the ends are those of the segment.
+        const double begin = times.first > timeAfter(from.time.toDouble()) ? (times.first - from.time.toDouble()) / duration : 0.0;
+        const double end = times.last < timeBefore(to.time.toDouble()) ? (times.last - from.time.toDouble()) / duration : 1.0;
+        const auto [least, greatest] = easedRange(shape, begin, end, slackOf(slack));
+        range.add(Range<T>::between(blended(from.value, to.value, least), blended(from.value, to.value, greatest)));
+        return range;
+    } else {
+        return Range<T>(from.value);
+    }
+}
+
+/// The slope with which Linear extrapolation continues each component; 0 where it holds.
+template <class T>
+typename Components<T>::Numbers outsideRates(const QVector<KeyframeData<T>>& keyframes, bool before,
+                                             Extrapolation kind) {
+    typename Components<T>::Numbers rates{};
+    if (keyframes.size() < 2 || kind != Extrapolation::Linear)
+        return rates;
+    const KeyframeData<T>& from = before ? keyframes.first() : keyframes.at(keyframes.size() - 2);
+    const KeyframeData<T>& to = before ? keyframes.at(1) : keyframes.last();
+    const double slope = before ? startSlope(from.interpolationData) : endSlope(from.interpolationData);
+    const double duration = to.time - from.time;
+    const auto a = Components<T>::of(from.value);
+    const auto b = Components<T>::of(to.value);
+    for (std::size_t i = 0; duration > 0.0 && i < rates.size(); ++i) {
+        const double rate = (b[i] - a[i]) / duration * slope;
+        rates[i] = std::isfinite(rate) ? rate : 0.0;
+    }
+    return rates;
+}
+
+/// The values before all keyframes, or after them, of a type that blends. A line without end reaches infinite values.
+template <class T>
+Range<T> outsideRange(const QVector<KeyframeData<T>>& keyframes, bool before, Extrapolation kind,
+                      const Moments& times) {
+    const KeyframeData<T>& edge = before ? keyframes.first() : keyframes.last();
+    Range<T> range(edge.value);
+    if constexpr (blends<T>) {
+        const auto rates = outsideRates(keyframes, before, kind);
+        if (std::all_of(rates.begin(), rates.end(), [](double rate) { return rate == 0.0; }))
+            return range;
+        const double firstDistance = times.first <= std::numeric_limits<double>::lowest() ? -infinite : times.first - edge.time.toDouble();
+        const double lastDistance = times.last >= Time::INVALID_TIME_VALUE ? infinite : times.last - edge.time.toDouble();
+        auto first = Components<T>::of(edge.value);
+        auto last = first;
+        bool isFinite = true;
+        for (std::size_t i = 0; i < rates.size(); ++i) {
+            first[i] += rates[i] == 0.0 ? 0.0 : rates[i] * firstDistance;
+            last[i] += rates[i] == 0.0 ? 0.0 : rates[i] * lastDistance;
+            isFinite = isFinite && std::isfinite(first[i]) && std::isfinite(last[i]);
+        }
+        const auto line = Range<T>::between(Components<T>::value(first), Components<T>::value(last));
+        if (isFinite)
+            return line;
+        // A line that is not finite holds.
+        range.add(line);
+    }
+    return range;
+}
+
+template <class T> Range<T> rangeIn(const Shown<T>& shown, const Moments& span, Slack slack);
+
+/// The values of one track within a piece, at times from the first to the last one of `times`.
+template <class T>
+Range<T> trackRange(const Track<T>& track, Outside outside, Bracket at, const Moments& times, Slack slack) {
+    const QVector<KeyframeData<T>>& keyframes = track.keyframes;
+    if (keyframes.isEmpty())
+        return Range<T>(track.staticValue);
+    if (at.before == at.after)
+        return Range<T>(keyframes.at(at.before).value);
+    if (at.before >= 0 && at.after >= 0)
+        return segmentRange(keyframes.at(at.before), keyframes.at(at.after), times, slack);
+    const bool before = at.before < 0;
+    const Extrapolation kind = before ? outside.before : outside.after;
+    if (!blends<T> || keyframes.size() < 2 || !isRegistered(kind))
+        return outsideRange(keyframes, before, kind, times);
+    // The function shows times among the keyframes.
+    Shown<T> inside;
+    inside[0] = track;
+    return rangeIn(inside, {keyframes.first().time.toDouble(), keyframes.last().time.toDouble()}, slack);
+}
+
+/// The sum of the tracks' ranges with their weights, widened by what rounding may add.
+template <class T, std::size_t count>
+Range<T> weightedRange(const Shown<T>& shown, const std::array<Range<T>, count>& ranges) {
+    auto low = Components<T>::of(ranges[0].least);
+    auto high = low;
+    auto noise = low;
+    low.fill(0.0);
+    high.fill(0.0);
+    noise.fill(0.0);
+    for (int i = 0; i < shown.count; ++i) {
+        const double weight = shown.weight(i);
+        const Range<T>& range = ranges[static_cast<std::size_t>(i)];
+        const auto least = Components<T>::of(weight < 0.0 ? range.greatest : range.least);
+        const auto greatest = Components<T>::of(weight < 0.0 ? range.least : range.greatest);
+        for (std::size_t c = 0; c < low.size(); ++c) {
+            low[c] += weight * least[c];
+            high[c] += weight * greatest[c];
+            noise[c] += std::abs(weight) * std::max(std::abs(least[c]), std::abs(greatest[c]));
+        }
+    }
+    for (std::size_t c = 0; c < low.size(); ++c) {
+        low[c] -= 0x1p-48 * noise[c];
+        high[c] += 0x1p-48 * noise[c];
+    }
+    return Range<T>::between(Components<T>::value(low), Components<T>::value(high));
+}
+
+/// The values within a piece, at times from the first to the last one of `times`.
+template <class T>
+Range<T> rangeOf(const Shown<T>& shown, const Piece<T>& piece, const Moments& times, Slack slack) {
+    const auto ofTrack = [&](int i) { return trackRange(shown[i], shown.outside, piece.at(i), times, slack); };
+    if constexpr (blends<T>) {
+        if (shown.count > 1) {
+            std::array<Range<T>, Shown<T>::capacity> ranges{ofTrack(0), ofTrack(1), ofTrack(shown.count - 1)};
+            const auto end = ranges.begin() + shown.count;
+            if (std::all_of(ranges.begin(), end, [](const Range<T>& range) { return range.isSingle(); }))
+                return Range<T>(valueAt(shown, Time::fromDouble(times.first)));
+            if (std::any_of(ranges.begin(), end, [](const Range<T>& range) { return !range.isKnown(); }))
+                return Range<T>::everything();
+            return weightedRange(shown, ranges);
+        }
+    }
+    return ofTrack(0);
+}
+
+/// The values at the times of a span that is not empty.
+template <class T> Range<T> rangeIn(const Shown<T>& shown, const Moments& span, Slack slack) {
+    Range<T> all(valueAt(shown, Time::fromDouble(span.first)));
+    forEachPiece(shown, span, [&](const Piece<T>& piece, const Moments& times) {
+        all.add(rangeOf(shown, piece, times, slack));
+        return all.isKnown();
+    });
+    return all;
+}
+
+/// Whether there is one value at all times of the span.
+template <class T> bool isConstant(const Shown<T>& shown, const Moments& span) {
+    if (span.isEmpty() || span.first == span.last)
+        return true;
+    const T value = valueAt(shown, Time::fromDouble(span.first));
+    return forEachPiece(shown, span, [&](const Piece<T>& piece, const Moments& times) {
+        return rangeOf(shown, piece, times, Slack::Full).isOnly(value);
+    });
+}
+
+/// The place of a number in the order of all numbers.
+inline qint64 rankOf(double number) {
+    qint64 bits = 0;
+    const double positive = std::abs(number);
+    std::memcpy(&bits, &positive, sizeof bits);
+    return number < 0.0 ? -bits : bits;
+}
+inline double ofRank(qint64 rank) {
+    const qint64 bits = std::abs(rank);
+    double number = 0.0;
+    std::memcpy(&number, &bits, sizeof number);
+    return rank < 0 ? -number : number;
+}
+
+/// The number furthest from `near` up to which the test holds, which does so for `near` and not for `far`.
+template <class Test> double furthest(double near, double far, const Test& holds) {
+    qint64 held = rankOf(near);
+    qint64 failed = rankOf(far);
+    for (;;) {
+        // Their average, without overflow.
+        const qint64 middle = (held & failed) + ((held ^ failed) >> 1);
+        if (middle == held || middle == failed)
+            return ofRank(held);
+        (holds(ofRank(middle)) ? held : failed) = middle;
+    }
+}
+
+/// The span around a time in which the value stays the same.
+template <class T> class ConstantSpan {
+public:
+    ConstantSpan(const Shown<T>& shown, Time time)
+        : m_shown(shown), m_time(time.toDouble()), m_value(valueAt(shown, time)) {}
+
+    TimeSpan find() {
+        const Piece<T> start(m_shown, m_time);
+        extendLater(start);
+        extendEarlier(start);
+        return m_span;
+    }
+
+private:
+    bool isSame(const Piece<T>& piece, const Moments& times) const {
+        return times.isEmpty() || rangeOf(m_shown, piece, times, Slack::Full).isOnly(m_value);
+    }
+
+    void extendLater(Piece<T> piece) {
+        for (double from = m_time;; from = piece.from()) {
+            const Moments times = piece.moments().within({from, Time::INVALID_TIME_VALUE});
+            if (!isSame(piece, times)) {
+                extendWithin(piece, times.first, times.last, m_span.to, m_span.withTo);
+                return;
+            }
+            m_span.to = piece.span().to;
+            m_span.withTo = piece.span().withTo;
+            if (!piece.next())
+                return;
+        }
+    }
+
+    void extendEarlier(Piece<T> piece) {
+        for (double to = m_time;; to = piece.to()) {
+            const Moments times = piece.moments().within({-infinite, to});
+            if (!isSame(piece, times)) {
+                extendWithin(piece, times.last, times.first, m_span.from, m_span.withFrom);
+                return;
+            }
+            m_span.from = piece.span().from;
+            m_span.withFrom = piece.span().withFrom;
+            if (!piece.previous())
+                return;
+        }
+    }
+
+    /// Values that are rounded may stay the same for a part of a piece.
+    void extendWithin(const Piece<T>& piece, double near, double far, double& end, bool& withEnd) const {
+        const auto isSameTo = [&](double time) {
+            return isSame(piece, {std::min(near, time), std::max(near, time)});
+        };
+        if (!rounds<T> || !isSameTo(near))
+            return;
+        end = furthest(near, far, isSameTo);
+        withEnd = true;
+    }
+
+    const Shown<T>& m_shown;
+    const double m_time;
+    const T m_value;
+    TimeSpan m_span = TimeSpan::at(Time::fromDouble(m_time));
+};
+
+/// The components' changes per frame after a time.
+template <class T> class SlopeAfter {
+public:
+    using Numbers = typename Components<T>::Numbers;
+
+    SlopeAfter(const Shown<T>& shown, Time time) : m_shown(shown), m_time(time), m_piece(shown, time.toDouble()) {
+        while ((m_piece.isInstant() || m_piece.moments().isEmpty()) && m_piece.next()) {
+        }
+    }
+
+    /// The change from one value to another, `frames` later.
+    static T between(const T& now, const T& later, double frames) {
+        return Components<T>::value(changes(now, later, 1.0 / frames));
+    }
+
+    T find() const {
+        Numbers sum{};
+        for (int i = 0; i < m_shown.count; ++i) {
+            const Numbers slope = ofTrack(m_shown[i], m_piece.at(i));
+            for (std::size_t c = 0; c < sum.size(); ++c)
+                sum[c] += m_shown.count > 1 ? m_shown.weight(i) * slope[c] : slope[c];
+        }
+        return Components<T>::value(sum);
+    }
+
+private:
+    Numbers ofTrack(const Track<T>& track, Bracket at) const {
+        const auto& keyframes = track.keyframes;
+        if (keyframes.isEmpty())
+            return {};
+        if (at.before < 0 || at.after < 0) {
+            const Extrapolation kind = at.before < 0 ? m_shown.outside.before : m_shown.outside.after;
+            return isRegistered(kind) ? differences(track) : outsideRates(keyframes, at.before < 0, kind);
+        }
+        const KeyframeData<T>& from = keyframes.at(at.before);
+        const KeyframeData<T>& to = keyframes.at(at.after);
+        const IType& shape = from.interpolationData;
+        const double duration = to.time - from.time;
+        if (holds(shape) || !(duration > 0.0 && duration < infinite))
+            return {};
+        if (isCustom(shape) && isRegistered(shape.interpolation))
+            return differences(track);
+        const double x = (m_time - from.time) / duration;
+        return changes(from.value, to.value, isBent(shape) ? easedSlope(shape, x) / duration : 1.0 / duration);
+    }
+
+    static Numbers changes(const T& from, const T& to, double factor) {
+        const Numbers a = Components<T>::of(from);
+        Numbers change = Components<T>::of(to);
+        for (std::size_t c = 0; c < a.size(); ++c)
+            change[c] = change[c] == a[c] ? 0.0 : (change[c] - a[c]) * factor;
+        return change;
+    }
+
+    /// What a host's function gives cannot be differentiated.
+    Numbers differences(const Track<T>& track) const {
+        constexpr double longest = 1.0 / 1024.0;
+        const double step = std::min(longest, (m_piece.to() - m_time.toDouble()) / 2.0);
+        int cursor = -1;
+        const T now = evaluate(track, m_shown.outside, m_time, cursor);
+        return changes(now, evaluate(track, m_shown.outside, m_time + step, cursor), 1.0 / step);
+    }
+
+    const Shown<T>& m_shown;
+    const Time m_time;
+    Piece<T> m_piece;
+};
+
+} // namespace Prm::detail
