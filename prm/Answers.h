@@ -137,7 +137,7 @@ template <class T> bool isConstant(const Parameter<T>& parameter, const View& vi
 }
 
 template <class T> std::pair<T, T> bounds(const Parameter<T>& parameter, const View& view, const TimeSpan& span) {
-    static_assert(!detail::Range<T>::Numbers().empty(), "values of this type have no order");
+    static_assert(detail::hasOrder<T>, "values of this type have no order");
     const detail::Shown<T> shown = detail::Ask::shownIn(parameter, view);
     const detail::Moments moments = detail::Moments::of(span);
     if (!(moments.first < moments.last)) {
@@ -168,7 +168,7 @@ QVector<KeyframeData<T>> keyframes(const Parameter<T>& parameter, const View& vi
 template <class T>
 QVector<CurvePoint<T>> polyline(const Parameter<T>& parameter, const View& view, const TimeSpan& span, double tolerance,
                                 double resolution) {
-    static_assert(!detail::Range<T>::Numbers().empty(), "values of this type have no order");
+    static_assert(detail::hasOrder<T>, "values of this type have no order");
     const detail::Shown<T> shown = detail::Ask::shownIn(parameter, view);
     const detail::Moments moments = detail::finiteMoments(shown, span);
     if (moments.isEmpty())

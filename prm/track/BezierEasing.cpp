@@ -213,7 +213,7 @@ std::pair<double, double> easedRange(const IType& shape, double from, double to,
         return {-infinity, infinity};
     const double begin = std::max(0.0, from - slack);
     const double end = std::min(1.0, to + slack);
-    const auto [least, greatest] = std::minmax(easedProgress(shape, begin), easedProgress(shape, end));
+    const auto [least, greatest] = std::minmax({easedProgress(shape, begin), easedProgress(shape, end)});
     std::pair<double, double> range(least - slack * curve.height, greatest + slack * curve.height);
     if (isStraightEasing(shape))
         return range;

@@ -69,18 +69,23 @@ template <class T> void addKeyframe(Bsc::Hash& hash, const KeyframeData<T>& keyf
     addValue(hash, keyframe.value);
 }
 
-inline void addShape(Bsc::Hash& hash, const IType& shape) {
-    addNumber(hash, static_cast<quint32>(shape.interpolation));
+inline void addNumbers(Bsc::Hash& hash, const IType& shape) {
     for (const double number : {shape.x1, shape.y1, shape.x2, shape.y2})
         addNumber(hash, number);
 }
 
-/// Adds all that a function or a hook of a host's may read.
-template <class T> void addKeyframes(Bsc::Hash& hash, const QVector<KeyframeData<T>>& keyframes) {
-    addNumber(hash, static_cast<quint64>(keyframes.size()));
-    for (const KeyframeData<T>& keyframe : keyframes) {
-        addKeyframe(hash, keyframe);
-        addShape(hash, keyframe.interpolationData);
+/// How a segment runs, with shape numbers only if they matter.
+inline void addShape(Bsc::Hash& hash, const IType& shape) {
+    const auto held = [](double x) { return std::min(1.0, std::max(0.0, x)); };
+    if (isBent(shape)) {
+        addMark(hash, HashMark::Curve);
+        addNumbers(hash, {shape.interpolation, held(shape.x1), shape.y1, held(shape.x2), shape.y2});
+    } else if (isRegistered(shape.interpolation)) {
+        addMark(hash, HashMark::Custom);
+        addNumber(hash, static_cast<quint32>(shape.interpolation));
+        addNumbers(hash, shape);
+    } else {
+        addMark(hash, holds(shape) ? HashMark::Held : HashMark::Line);
     }
 }
 
@@ -127,19 +132,7 @@ private:
     }
 
     void addSegment(const KeyframeData<T>& from, const KeyframeData<T>& to) {
-        const IType& shape = from.interpolationData;
-        if (isBent(shape)) {
-            addMark(m_hash, HashMark::Curve);
-            addNumber(m_hash, heldShape(shape.x1));
-            addNumber(m_hash, shape.y1);
-            addNumber(m_hash, heldShape(shape.x2));
-            addNumber(m_hash, shape.y2);
-        } else if (isCustom(shape) && isRegistered(shape.interpolation)) {
-            addMark(m_hash, HashMark::Custom);
-            addShape(m_hash, shape);
-        } else {
-            addMark(m_hash, HashMark::Line);
-        }
+        addShape(m_hash, from.interpolationData);
         addKeyframe(m_hash, from);
         addKeyframe(m_hash, to);
     }
@@ -148,17 +141,22 @@ private:
         const Extrapolation kind = before ? m_shown.outside.before : m_shown.outside.after;
         addMark(m_hash, HashMark::Outside);
         addNumber(m_hash, static_cast<quint32>(kind));
-        if (isRegistered(kind))
-            return addKeyframes(m_hash, keyframes());
-        const bool isFirst = before;
-        const KeyframeData<T>& from = isFirst ? keyframes().first() : keyframes().at(keyframes().size() - 2);
-        const KeyframeData<T>& to = isFirst ? keyframes().at(1) : keyframes().last();
+        const int count = keyframes().size();
+        if (isRegistered(kind)) {
+            // The function may show any of the times among them.
+            addNumber(m_hash, static_cast<quint32>(count));
+            for (const KeyframeData<T>& keyframe : keyframes()) {
+                addShape(m_hash, keyframe.interpolationData);
+                addKeyframe(m_hash, keyframe);
+            }
+            return;
+        }
+        const KeyframeData<T>& from = before ? keyframes().first() : keyframes().at(count - 2);
+        const KeyframeData<T>& to = before ? keyframes().at(1) : keyframes().last();
         addKeyframe(m_hash, from);
         addKeyframe(m_hash, to);
-        addNumber(m_hash, isFirst ? startSlope(from.interpolationData) : endSlope(from.interpolationData));
+        addNumber(m_hash, before ? startSlope(from.interpolationData) : endSlope(from.interpolationData));
     }
-
-    static double heldShape(double x) { return std::min(1.0, std::max(0.0, x)); }
 
     Bsc::Hash& m_hash;
     const Shown<T>& m_shown;
@@ -206,7 +204,12 @@ void addHooks(Bsc::Hash& hash, const Shown<T>& shown, const TimeSpan& span, View
         const Track<T>& track = shown[i];
         addNumber(hash, shown.count > 1 ? shown.weight(i) : 1.0);
         addValue(hash, track.staticValue);
-        addKeyframes(hash, track.keyframes);
+        addNumber(hash, static_cast<quint32>(track.keyframes.size()));
+        for (const KeyframeData<T>& keyframe : track.keyframes) {
+            addKeyframe(hash, keyframe);
+            addNumber(hash, static_cast<quint32>(keyframe.interpolationData.interpolation));
+            addNumbers(hash, keyframe.interpolationData);
+        }
     }
 }
 

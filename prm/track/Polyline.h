@@ -130,10 +130,19 @@ private:
     }
 
     void addWithin(const Piece<T>& piece, const Moments& times, const T& begin, const T& end) {
-        if constexpr (rounds<T>)
+        if (asksFunction(m_shown, piece))
+            addSamples(times);
+        else if constexpr (rounds<T>)
             addSteps(piece, times, begin, end, rangeOf(m_shown, piece, times, Slack::None).height() * 0x1p-16);
         else
             addCurves(piece, times);
+    }
+
+    void addSamples(const Moments& times) {
+        constexpr int count = 64;
+        for (int i = 1; i < count; ++i)
+            add(times.first + (times.last - times.first) * i / count,
+                valueOf(times.first + (times.last - times.first) * i / count));
     }
 
     void addCurves(const Piece<T>& piece, const Moments& times) {
@@ -161,10 +170,7 @@ private:
         if (height == 0.0)
             return;
         std::vector<double> parts;
-        if (isCustom(shape) && isRegistered(shape.interpolation))
-            for (int i = 1; i < samplesOfCustom; ++i)
-                parts.push_back(static_cast<double>(i) / samplesOfCustom);
-        else if (isBent(shape) && duration > 0.0 && duration < infinite)
+        if (isBent(shape) && duration > 0.0 && duration < infinite)
             addFlatParts(shape, (times.first - start) / duration, (times.last - start) / duration,
                          m_tolerance / (count > 1 ? 4.0 * count * weight : 2.0) / height, parts);
         for (const double part : parts) {
@@ -240,8 +246,6 @@ private:
             longest = m_shown[i].keyframes.size() > m_shown[longest].keyframes.size() ? i : longest;
         return m_shown[longest].keyframes;
     }
-
-    static constexpr int samplesOfCustom = 64;
 
     const Shown<T>& m_shown;
     const double m_tolerance;

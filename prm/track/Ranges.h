@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <tuple>
 #include <type_traits>
 
 namespace Prm::detail {
@@ -54,6 +55,9 @@ template <class T> struct Components<T, false> {
     static Numbers of(const T&) { return {}; }
     static T value(const Numbers&) { return {}; }
 };
+
+/// Whether values have components, so that there are a least and a greatest one.
+template <class T> inline constexpr bool hasOrder = std::tuple_size_v<typename Components<T>::Numbers> > 0;
 
 /// The least and the greatest value, component by component.
 template <class T> class Range {
@@ -139,7 +143,7 @@ Range<T> segmentRange(const KeyframeData<T>& from, const KeyframeData<T>& to, co
     if constexpr (blends<T>) {
         const IType& shape = from.interpolationData;
         const double duration = to.time - from.time;
-        if (isCustom(shape) && isRegistered(shape.interpolation))
+        if (isRegistered(shape.interpolation))
             return Range<T>::everything();
         auto range = Range<T>::between(segmentValue(from, to, Time::fromDouble(times.first)),
                                        segmentValue(from, to, Time::fromDouble(times.last)));
@@ -207,6 +211,23 @@ Range<T> outsideRange(const QVector<KeyframeData<T>>& keyframes, bool before, Ex
 
 template <class T> Range<T> rangeIn(const Shown<T>& shown, const Moments& span, Slack slack);
 
+/// Whether a function that a host registered computes the values of the piece.
+template <class T> bool asksFunction(const Shown<T>& shown, const Piece<T>& piece) {
+    for (int i = 0; blends<T> && i < shown.count; ++i) {
+        const auto& keyframes = shown[i].keyframes;
+        const Bracket at = piece.at(i);
+        if (keyframes.isEmpty() || at.before == at.after)
+            continue;
+        if (at.before < 0 || at.after < 0) {
+            if (isRegistered(at.before < 0 ? shown.outside.before : shown.outside.after))
+                return true;
+        } else if (isRegistered(keyframes.at(at.before).interpolationData.interpolation)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 /// The values of one track within a piece, at times from the first to the last one of `times`.
 template <class T>
 Range<T> trackRange(const Track<T>& track, Outside outside, Bracket at, const Moments& times, Slack slack) {
@@ -257,6 +278,8 @@ Range<T> weightedRange(const Shown<T>& shown, const std::array<Range<T>, count>&
 /// The values within a piece, at times from the first to the last one of `times`.
 template <class T>
 Range<T> rangeOf(const Shown<T>& shown, const Piece<T>& piece, const Moments& times, Slack slack) {
+    if (!piece.isInstant() && times.first == times.last)
+        return Range<T>(valueAt(shown, Time::fromDouble(times.first)));
     const auto ofTrack = [&](int i) { return trackRange(shown[i], shown.outside, piece.at(i), times, slack); };
     if constexpr (blends<T>) {
         if (shown.count > 1) {
@@ -272,13 +295,70 @@ Range<T> rangeOf(const Shown<T>& shown, const Piece<T>& piece, const Moments& ti
     return ofTrack(0);
 }
 
+/// Whether all values of a segment lie between those of its keyframes, but for rounding.
+inline bool staysBetween(const IType& shape) {
+    const auto isInside = [](double y) { return y >= 0.0 && y <= 1.0; };
+    if (shape.interpolation == Interpolation::Bezier)
+        return isInside(shape.y1) && isInside(shape.y2);
+    return !isCustom(shape);
+}
+
+/// Adds the values from one keyframe to another one, given by their positions.
+template <class T>
+void addKeyframes(Range<T>& range, const QVector<KeyframeData<T>>& keyframes, int first, int last, Slack slack) {
+    auto low = Components<T>::of(range.least);
+    auto high = Components<T>::of(range.greatest);
+    bool isNumber = true;
+    const auto add = [&](const T& value) {
+        const auto numbers = Components<T>::of(value);
+        for (std::size_t c = 0; c < low.size(); ++c) {
+            isNumber = isNumber && numbers[c] == numbers[c];
+            low[c] = std::min(low[c], numbers[c]);
+            high[c] = std::max(high[c], numbers[c]);
+        }
+    };
+    for (int i = first; i <= last; ++i) {
+        const KeyframeData<T>& from = keyframes.at(i);
+        add(from.value);
+        if (i == last || holds(from.interpolationData))
+            continue;
+        const KeyframeData<T>& to = keyframes.at(i + 1);
+        if (staysBetween(from.interpolationData)) {
+            add(blended(from.value, to.value, 1.0));
+            continue;
+        }
+        const Moments times{timeAfter(from.time.toDouble()), timeBefore(to.time.toDouble())};
+        if (!times.isEmpty())
+            range.add(segmentRange(from, to, times, slack));
+    }
+    if (isNumber)
+        range.add(Range<T>::between(Components<T>::value(low), Components<T>::value(high)));
+    else
+        range = Range<T>::everything();
+}
+
 /// The values at the times of a span that is not empty.
 template <class T> Range<T> rangeIn(const Shown<T>& shown, const Moments& span, Slack slack) {
     Range<T> all(valueAt(shown, Time::fromDouble(span.first)));
-    forEachPiece(shown, span, [&](const Piece<T>& piece, const Moments& times) {
-        all.add(rangeOf(shown, piece, times, slack));
-        return all.isKnown();
-    });
+    const auto addPieces = [&](const Moments& of) {
+        forEachPiece(shown, of, [&](const Piece<T>& piece, const Moments& times) {
+            all.add(rangeOf(shown, piece, times, slack));
+            return all.isKnown();
+        });
+    };
+    if constexpr (blends<T>) {
+        // Many keyframes of one track are looked through without pieces, several times as fast.
+        const auto& keyframes = shown[0].keyframes;
+        const int first = lowerBound(keyframes, Time::fromDouble(span.first));
+        const int last = lowerBound(keyframes, Time::fromDouble(timeAfter(span.last))) - 1;
+        if (shown.count == 1 && last > first && span.last < Time::INVALID_TIME_VALUE) {
+            addPieces({span.first, keyframes.at(first).time.toDouble()});
+            addKeyframes(all, keyframes, first, last, slack);
+            addPieces({keyframes.at(last).time.toDouble(), span.last});
+            return all;
+        }
+    }
+    addPieces(span);
     return all;
 }
 
@@ -422,7 +502,7 @@ private:
         const double duration = to.time - from.time;
         if (holds(shape) || !(duration > 0.0 && duration < infinite))
             return {};
-        if (isCustom(shape) && isRegistered(shape.interpolation))
+        if (isRegistered(shape.interpolation))
             return differences(track);
         const double x = (m_time - from.time) / duration;
         return changes(from.value, to.value, isBent(shape) ? easedSlope(shape, x) / duration : 1.0 / duration);
