@@ -3,8 +3,10 @@
 #include "prm/Export.h"
 #include "prm/Parameter.h"
 #include "prm/TimeSpan.h"
+#include "prm/track/ConstantSpan.h"
 #include "prm/track/Polyline.h"
 #include "prm/track/Ranges.h"
+#include "prm/track/SlopeAfter.h"
 
 #include <QVector>
 
@@ -144,8 +146,8 @@ template <class T> std::pair<T, T> bounds(const Parameter<T>& parameter, const V
         const T value = parameter.value({Time::fromDouble(moments.isEmpty() ? span.from : moments.first), view});
         return {value, value};
     }
-    const auto range = shown.hooks ? detail::Range<T>::everything()
-                                   : detail::rangeIn(shown, moments, detail::Slack::None);
+    const auto range =
+        shown.hooks ? detail::Range<T>::everything() : detail::rangeIn(shown, moments, detail::Slack::None);
     return {range.least, range.greatest};
 }
 

@@ -20,7 +20,8 @@ class ParameterSet;
 /// if there is one more keyframe on a straight line.
 ///
 /// - A parameter adds the name of its value type and its values, those of its master if there is one.
-/// - A static parameter adds its value, as a constant parameter of that type does; a moved parameter, which has no value
+/// - A static parameter adds its value, as a constant parameter of that type does; a moved parameter, which has no
+/// value
 ///   of its own, only that it is there.
 /// - A compound and a set add all that they hold, in order (`ParameterSet::members`): for sets that differ in structure
 ///   hashes differ.

@@ -1,9 +1,10 @@
 // The questions of prm/Answers.h to parameters of any kind.
 
+#include "prm/untyped/UntypedAnswers.h"
+
 #include "prm/Answers.h"
 #include "prm/CompoundParameter.h"
 #include "prm/StaticParameter.h"
-#include "prm/untyped/UntypedAnswers.h"
 
 namespace Prm {
 
@@ -35,8 +36,7 @@ bool isConstant(const BasicParameter& parameter, const View& view, const TimeSpa
         return answers->isConstant(*animated, view, span);
     if (const auto* const compound = dynamic_cast<const CompoundParameter*>(&parameter)) {
         const auto& parts = compound->parameters();
-        return std::all_of(parts.begin(), parts.end(),
-                           [&](const auto& part) { return isConstant(*part, view, span); });
+        return std::all_of(parts.begin(), parts.end(), [&](const auto& part) { return isConstant(*part, view, span); });
     }
     const detail::Moments moments = detail::Moments::of(span);
     return isStatic(parameter) || !(moments.first < moments.last);

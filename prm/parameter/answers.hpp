@@ -49,8 +49,7 @@ template <class T> detail::Shown<T> Parameter<T>::ownTracks(const View& view) co
     return shown;
 }
 
-template <class T>
-auto Parameter<T>::keyframesIn(const View& view, const TimeSpan& span) const -> KeyframeVector {
+template <class T> auto Parameter<T>::keyframesIn(const View& view, const TimeSpan& span) const -> KeyframeVector {
     const detail::Moments times = detail::Moments::of(span);
     if (times.isEmpty())
         return {};
@@ -59,7 +58,8 @@ auto Parameter<T>::keyframesIn(const View& view, const TimeSpan& span) const -> 
             return detail::lowerBound(keyframes.constData(), keyframes.size(), Time::fromDouble(time));
         };
         const int begin = positionOf(times.first);
-        const int end = times.last >= Time::INVALID_TIME_VALUE ? keyframes.size() : positionOf(detail::timeAfter(times.last));
+        const int end =
+            times.last >= Time::INVALID_TIME_VALUE ? keyframes.size() : positionOf(detail::timeAfter(times.last));
         return keyframes.mid(begin, end - begin);
     });
 }

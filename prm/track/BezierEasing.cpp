@@ -189,7 +189,9 @@ void addFlat(const Curve& curve, double from, double to, double tolerance, int d
     constexpr int deepest = 48;
     const double h = to - from;
     const double width = curve.x.at(to) - curve.x.at(from);
-    const auto bend = [&](const Coordinate& of) { return 6.0 * std::max(std::abs(of.bendAt(from)), std::abs(of.bendAt(to))); };
+    const auto bend = [&](const Coordinate& of) {
+        return 6.0 * std::max(std::abs(of.bendAt(from)), std::abs(of.bendAt(to)));
+    };
     const double chord = std::abs(curve.y.at(to) - curve.y.at(from)) / width;
     const double error = h * h / 8.0 * (bend(curve.y) + chord * bend(curve.x));
     if (error <= tolerance || depth == deepest || !(width > 0.0))

@@ -192,8 +192,7 @@ inline void addSpan(Bsc::Hash& hash, const TimeSpan& span) {
 }
 
 /// The same where hooks of a class of a host compute the values: the class, and all that it may read of the parameter.
-template <class T>
-void addHooks(Bsc::Hash& hash, const Shown<T>& shown, const TimeSpan& span, View view) {
+template <class T> void addHooks(Bsc::Hash& hash, const Shown<T>& shown, const TimeSpan& span, View view) {
     addMark(hash, HashMark::Hooks);
     addTextToHash(hash, QString::fromLatin1(shown.hooks->name()));
     addNumber(hash, view.id());

@@ -4,12 +4,9 @@
 #include "prm/track/CurveShapes.h"
 #include "prm/track/Shown.h"
 
-#include <QtGlobal>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <tuple>
 #include <type_traits>
@@ -19,7 +16,7 @@ namespace Prm::detail {
 constexpr double infinite = std::numeric_limits<double>::infinity();
 
 /// Whether values are rounded, so that they can stay the same while a curve rises.
-template <class T> inline constexpr bool rounds = blends<T> && std::is_integral_v<T>;
+template <class T> inline constexpr bool rounds = blends<T>&& std::is_integral_v<T>;
 
 /// The components of a value.
 template <class T, bool = blends<T>> struct Components {
@@ -150,8 +147,10 @@ Range<T> segmentRange(const KeyframeData<T>& from, const KeyframeData<T>& to, co
         if (!isBent(shape) || !(duration > 0.0 && duration < infinite))
             return range;
         // Between keyframes that are both near the span, the ends are those of the segment.
-        const double begin = times.first > timeAfter(from.time.toDouble()) ? (times.first - from.time.toDouble()) / duration : 0.0;
-        const double end = times.last < timeBefore(to.time.toDouble()) ? (times.last - from.time.toDouble()) / duration : 1.0;
+        const double begin =
+            times.first > timeAfter(from.time.toDouble()) ? (times.first - from.time.toDouble()) / duration : 0.0;
+        const double end =
+            times.last < timeBefore(to.time.toDouble()) ? (times.last - from.time.toDouble()) / duration : 1.0;
         const auto [least, greatest] = easedRange(shape, begin, end, slackOf(slack));
         range.add(Range<T>::between(blended(from.value, to.value, least), blended(from.value, to.value, greatest)));
         return range;
@@ -190,8 +189,10 @@ Range<T> outsideRange(const QVector<KeyframeData<T>>& keyframes, bool before, Ex
         const auto rates = outsideRates(keyframes, before, kind);
         if (std::all_of(rates.begin(), rates.end(), [](double rate) { return rate == 0.0; }))
             return range;
-        const double firstDistance = times.first <= std::numeric_limits<double>::lowest() ? -infinite : times.first - edge.time.toDouble();
-        const double lastDistance = times.last >= Time::INVALID_TIME_VALUE ? infinite : times.last - edge.time.toDouble();
+        const double firstDistance =
+            times.first <= std::numeric_limits<double>::lowest() ? -infinite : times.first - edge.time.toDouble();
+        const double lastDistance =
+            times.last >= Time::INVALID_TIME_VALUE ? infinite : times.last - edge.time.toDouble();
         auto first = Components<T>::of(edge.value);
         auto last = first;
         bool isFinite = true;
@@ -276,8 +277,7 @@ Range<T> weightedRange(const Shown<T>& shown, const std::array<Range<T>, count>&
 }
 
 /// The values within a piece, at times from the first to the last one of `times`.
-template <class T>
-Range<T> rangeOf(const Shown<T>& shown, const Piece<T>& piece, const Moments& times, Slack slack) {
+template <class T> Range<T> rangeOf(const Shown<T>& shown, const Piece<T>& piece, const Moments& times, Slack slack) {
     if (!piece.isInstant() && times.first == times.last)
         return Range<T>(valueAt(shown, Time::fromDouble(times.first)));
     const auto ofTrack = [&](int i) { return trackRange(shown[i], shown.outside, piece.at(i), times, slack); };
@@ -371,163 +371,5 @@ template <class T> bool isConstant(const Shown<T>& shown, const Moments& span) {
         return rangeOf(shown, piece, times, Slack::Full).isOnly(value);
     });
 }
-
-/// The place of a number in the order of all numbers.
-inline qint64 rankOf(double number) {
-    qint64 bits = 0;
-    const double positive = std::abs(number);
-    std::memcpy(&bits, &positive, sizeof bits);
-    return number < 0.0 ? -bits : bits;
-}
-inline double ofRank(qint64 rank) {
-    const qint64 bits = std::abs(rank);
-    double number = 0.0;
-    std::memcpy(&number, &bits, sizeof number);
-    return rank < 0 ? -number : number;
-}
-
-/// The number furthest from `near` up to which the test holds, which does so for `near` and not for `far`.
-template <class Test> double furthest(double near, double far, const Test& holds) {
-    qint64 held = rankOf(near);
-    qint64 failed = rankOf(far);
-    for (;;) {
-        // Their average, without overflow.
-        const qint64 middle = (held & failed) + ((held ^ failed) >> 1);
-        if (middle == held || middle == failed)
-            return ofRank(held);
-        (holds(ofRank(middle)) ? held : failed) = middle;
-    }
-}
-
-/// The span around a time in which the value stays the same.
-template <class T> class ConstantSpan {
-public:
-    ConstantSpan(const Shown<T>& shown, Time time)
-        : m_shown(shown), m_time(time.toDouble()), m_value(valueAt(shown, time)) {}
-
-    TimeSpan find() {
-        const Piece<T> start(m_shown, m_time);
-        extendLater(start);
-        extendEarlier(start);
-        return m_span;
-    }
-
-private:
-    bool isSame(const Piece<T>& piece, const Moments& times) const {
-        return times.isEmpty() || rangeOf(m_shown, piece, times, Slack::Full).isOnly(m_value);
-    }
-
-    void extendLater(Piece<T> piece) {
-        for (double from = m_time;; from = piece.from()) {
-            const Moments times = piece.moments().within({from, Time::INVALID_TIME_VALUE});
-            if (!isSame(piece, times)) {
-                extendWithin(piece, times.first, times.last, m_span.to, m_span.withTo);
-                return;
-            }
-            m_span.to = piece.span().to;
-            m_span.withTo = piece.span().withTo;
-            if (!piece.next())
-                return;
-        }
-    }
-
-    void extendEarlier(Piece<T> piece) {
-        for (double to = m_time;; to = piece.to()) {
-            const Moments times = piece.moments().within({-infinite, to});
-            if (!isSame(piece, times)) {
-                extendWithin(piece, times.last, times.first, m_span.from, m_span.withFrom);
-                return;
-            }
-            m_span.from = piece.span().from;
-            m_span.withFrom = piece.span().withFrom;
-            if (!piece.previous())
-                return;
-        }
-    }
-
-    /// Values that are rounded may stay the same for a part of a piece.
-    void extendWithin(const Piece<T>& piece, double near, double far, double& end, bool& withEnd) const {
-        const auto isSameTo = [&](double time) {
-            return isSame(piece, {std::min(near, time), std::max(near, time)});
-        };
-        if (!rounds<T> || !isSameTo(near))
-            return;
-        end = furthest(near, far, isSameTo);
-        withEnd = true;
-    }
-
-    const Shown<T>& m_shown;
-    const double m_time;
-    const T m_value;
-    TimeSpan m_span = TimeSpan::at(Time::fromDouble(m_time));
-};
-
-/// The components' changes per frame after a time.
-template <class T> class SlopeAfter {
-public:
-    using Numbers = typename Components<T>::Numbers;
-
-    SlopeAfter(const Shown<T>& shown, Time time) : m_shown(shown), m_time(time), m_piece(shown, time.toDouble()) {
-        while ((m_piece.isInstant() || m_piece.moments().isEmpty()) && m_piece.next()) {
-        }
-    }
-
-    /// The change from one value to another, `frames` later.
-    static T between(const T& now, const T& later, double frames) {
-        return Components<T>::value(changes(now, later, 1.0 / frames));
-    }
-
-    T find() const {
-        Numbers sum{};
-        for (int i = 0; i < m_shown.count; ++i) {
-            const Numbers slope = ofTrack(m_shown[i], m_piece.at(i));
-            for (std::size_t c = 0; c < sum.size(); ++c)
-                sum[c] += m_shown.count > 1 ? m_shown.weight(i) * slope[c] : slope[c];
-        }
-        return Components<T>::value(sum);
-    }
-
-private:
-    Numbers ofTrack(const Track<T>& track, Bracket at) const {
-        const auto& keyframes = track.keyframes;
-        if (keyframes.isEmpty())
-            return {};
-        if (at.before < 0 || at.after < 0) {
-            const Extrapolation kind = at.before < 0 ? m_shown.outside.before : m_shown.outside.after;
-            return isRegistered(kind) ? differences(track) : outsideRates(keyframes, at.before < 0, kind);
-        }
-        const KeyframeData<T>& from = keyframes.at(at.before);
-        const KeyframeData<T>& to = keyframes.at(at.after);
-        const IType& shape = from.interpolationData;
-        const double duration = to.time - from.time;
-        if (holds(shape) || !(duration > 0.0 && duration < infinite))
-            return {};
-        if (isRegistered(shape.interpolation))
-            return differences(track);
-        const double x = (m_time - from.time) / duration;
-        return changes(from.value, to.value, isBent(shape) ? easedSlope(shape, x) / duration : 1.0 / duration);
-    }
-
-    static Numbers changes(const T& from, const T& to, double factor) {
-        const Numbers a = Components<T>::of(from);
-        Numbers change = Components<T>::of(to);
-        for (std::size_t c = 0; c < a.size(); ++c)
-            change[c] = change[c] == a[c] ? 0.0 : (change[c] - a[c]) * factor;
-        return change;
-    }
-
-    /// What a host's function gives cannot be differentiated.
-    Numbers differences(const Track<T>& track) const {
-        constexpr double longest = 1.0 / 1024.0;
-        const double step = std::min(longest, (m_piece.to() - m_time.toDouble()) / 2.0);
-        int cursor = -1;
-        const T now = evaluate(track, m_shown.outside, m_time, cursor);
-        return changes(now, evaluate(track, m_shown.outside, m_time + step, cursor), 1.0 / step);
-    }
-
-    const Shown<T>& m_shown;
-    const Time m_time;
-    Piece<T> m_piece;
-};
 
 } // namespace Prm::detail

@@ -79,9 +79,7 @@ struct Moments {
     double last = 0.0;
 
 private:
-    static bool isNoTime(double time) {
-        return time > Time::LARGEST_VALID_VALUE && time < Time::INVALID_TIME_VALUE;
-    }
+    static bool isNoTime(double time) { return time > Time::LARGEST_VALID_VALUE && time < Time::INVALID_TIME_VALUE; }
 };
 
 /// A stretch of time in which one rule gives the values of each track: the time of a keyframe of any of them, the times
