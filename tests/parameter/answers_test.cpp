@@ -51,7 +51,7 @@ TEST(Answers, WhileTheValueIsTheSame) {
     const std::tuple<const char*, const BasicParameter*, double, const char*> rows[] = {
         {"before all", steps.get(), -3, "[-inf 10)"},    {"in a step", steps.get(), 9.5, "[-inf 10)"},
         {"equal keyframes", steps.get(), 25, "[10 30]"}, {"a line", steps.get(), 33, "[33 33]"},
-        {"after all", steps.get(), 50, "[40 inf)"},      {"rounded", whole.get(), 2, "[1 2.99999]"},
+        {"after all", steps.get(), 50, "[40 inf)"},      {"rounded", whole.get(), 2, "[1 3]"},
         {"a line outside", sloped.get(), 50, "[50 50]"}, {"no keyframes", &still, 3, "[-inf inf)"},
     };
     for (const auto& [name, parameter, time, expected] : rows)
@@ -109,7 +109,7 @@ TEST(Answers, CurvesAreReducedToWhatCanBeSeen) {
     Number many;
     for (int i = 0; i < 10000; ++i)
         many.vSetValue(i % 7, at(i));
-    EXPECT_GE(polyline(many, View(), TimeSpan::all(), 0.1).size(), 8000);
+    EXPECT_GE(polyline(many, View(), TimeSpan::all(), 0.1).size(), 2800);
     EXPECT_LE(polyline(many, View(), TimeSpan::all(), 0.1, 100).size(), 401);
     EXPECT_EQ(sampleValues(many, View(), Time::fromInt(-2), 1, 5), (QVector<double>{0, 0, 0, 1, 2}));
 }
