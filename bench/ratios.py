@@ -102,6 +102,10 @@ ROWS = [
     ("20", "the same in processor time", "wholeFrame/2/1/1", "wholeFrame/1/0/1", ">0.9", ">0.97"),
     *[("21", f"extentOf, {n} keyframes / a bare signal", f"extentOfChange/{n}", "emitBare/1", "<2", "<1.2")
       for n in (1000, 100000)],
+    ("22", "a window of 100 of 100000 keyframes / copying 100 keyframes", "windowOfKeyframes", "copyOfKeyframes", "<5",
+     "<2"),
+    *[("23", f"800 pixels of {n} of 100000 keyframes, times as fast as 8000 values", f"curvePolyline/{n}",
+       f"curveValues/{n}", *wanted) for n, wanted in ((80, (">20", ">100")), (80000, ("", "")))],
 ]
 
 

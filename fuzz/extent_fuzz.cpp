@@ -365,7 +365,7 @@ private:
     P& any(Choices& step) const { return *parameter(step.below(m_world->parameterCount)); }
 
     void edit(Choices& step) {
-        Turn turn(*this, allEdits(), step);
+        Turn turn(*this, edits, step);
         const auto* const number = dynamic_cast<const Number*>(&turn.own);
         const bool counts = number && !number->masterParameter() && turn.told() == Announced && !m_interferes;
         const auto former = counts ? std::optional<Lists>(*number) : std::nullopt;
@@ -386,7 +386,7 @@ private:
     }
 
     void command(Choices& step) {
-        Turn turn(*this, allCommands(), step);
+        Turn turn(*this, commands, step);
         auto made = std::make_unique<Command>();
         turn.act.run(*made, turn.own, turn.other, turn.a);
         bool isDone = false;

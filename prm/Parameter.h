@@ -4,6 +4,7 @@
 #include "prm/Interpolation.h"
 #include "prm/KeyframeData.h"
 #include "prm/ParameterWithoutType.h"
+#include "prm/TimeSpan.h"
 #include "prm/ValueType.h"
 #include "prm/ViewInterpolation.h"
 #include "prm/parameter/FastViewMap.h"
@@ -31,6 +32,10 @@ template <class T> class PRM_EXPORT CurveParameter;
 
 namespace detail {
 struct InsertionPlace;
+
+class Ask;
+struct UntypedAnswers;
+template <class T> struct Shown;
 
 /// `Parameter<T>::setVariantValue` without its checks, for a host's override of it: at a frame's time of a keyframed
 /// parameter does what `vSetValue` does, otherwise sets the static value. Exceptions of observers and hooks pass
@@ -432,6 +437,13 @@ private:
         bool isNew = false;
     };
 
+    // For prm/Answers.h.
+    detail::Shown<T> shownIn(const View& view) const;
+    detail::Shown<T> ownTracks(const View& view) const;
+    static void holdValues(detail::Shown<T>& shown);
+    KeyframeVector keyframesIn(const View& view, const TimeSpan& span) const;
+    static const detail::UntypedAnswers& untypedAnswers();
+
     PVData* targetData(const View& view, const detail::Track<T>* contents = nullptr);
     PVData* makeTargetData(const View& view, View target, const detail::Track<T>* contents);
     PVData* ownData(const View& view, const detail::Track<T>* contents);
@@ -450,6 +462,7 @@ private:
     bool importsAtOnce() const;
     void storeKeyframe(const KeyframeData<T>& keyframe, const View& view);
 
+    friend class detail::Ask;
     friend class detail::Invariants;
     friend void detail::default_Parameter_setVariantValue_impl<T>(Parameter& parameter, const QVariant& variant,
                                                                   const Context& context);

@@ -3,6 +3,7 @@
 // The bodies of `Parameter<T>`, for the source file that instantiates it for a type.
 
 #include "prm/Parameter.h"
+#include "prm/parameter/answers.hpp"
 #include "prm/parameter/commands.hpp"
 #include "prm/parameter/differences.hpp"
 #include "prm/parameter/editing.hpp"

@@ -146,6 +146,13 @@ public:
     }
     /// The subsets.
     std::vector<ParameterSet*> subsets() const;
+    /// A parameter, animatable or not, or a subset; the other pointer is null.
+    struct Member {
+        BasicParameter* parameter;
+        ParameterSet* set;
+    };
+    /// All that the set holds, in the order of project text: animatable parameters, those that do not animate, subsets.
+    std::vector<Member> members() const;
     //@}
     /// \name Find and visit
     /// Names are script names, compared exactly: first of members, `MovedParameter`s last, then as a path of subsets
@@ -167,6 +174,9 @@ public:
     /// The same, and after each compound for its subparameters.
     void forEachParameterAndPart(const boost::function<void(ParameterWithoutType*)>& function,
                                  bool recursive = true) const;
+    /// The same with the parameters that do not animate, which follow the animatable ones of each set and compound; and
+    /// with the subsets of compounds.
+    void forEachBasicParameter(const boost::function<void(BasicParameter*)>& function, bool recursive = true) const;
     /// Calls the function for the subsets and, if `recursive`, for theirs, depth first.
     void forEachSubset(boost::function<void(ParameterSet*)> function, bool recursive);
     //@}

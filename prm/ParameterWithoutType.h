@@ -33,6 +33,7 @@ namespace detail {
 class MasterLink;
 class ReachOfChange;
 class ShownState;
+struct UntypedAnswers;
 } // namespace detail
 
 /// The interface of an animatable parameter without its value type: names, flags, the link to a master, upstream
@@ -254,9 +255,10 @@ private:
     friend class ParameterChange;
     friend class detail::ReachOfChange;
     friend class detail::ShownState;
-    /// This object as a `Parameter` of the value type, null for another type; for `detail::Differences`, those of its
-    /// value type. A master is asked at every evaluation, for which a cast takes too long. New virtual operations come
-    /// last: those above have their places.
+    friend struct detail::UntypedAnswers;
+    /// This object as a `Parameter` of the value type, null for another type. A master is asked at every evaluation,
+    /// for which a cast takes too long. For `detail::Differences` and `detail::UntypedAnswers`, those of the value type.
+    /// New virtual operations come last: those above have their places.
     virtual const void* asTyped(const std::type_info& valueType) const;
     /// `setFromScriptString` of a text that outlives the call, which needs no copy unless a class overrides reading.
     bool readLine(QStringView line, const ProjectFileVersion& version);

@@ -108,6 +108,12 @@ template <class T> class Parameter;
 // prm/CurveParameter.h
 template <class T> class CurveParameter;
 
+// prm/Answers.h
+// constantAround, isConstant, bounds, slope, keyframes, polyline, sampleValues: questions about spans of times
+
+// prm/RangeHash.h
+// hashRange, hashAt: hashes of all values in a span
+
 // prm/NumericParameter.h
 template <class T> class NumericParameter;
 

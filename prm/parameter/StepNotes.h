@@ -107,7 +107,8 @@ private:
         setKeyframes(step, keyframes, at);
         step.timePart = part.time;
         step.changePart = part.change;
-        step.lacksFunction = Prm::blends<T> && lacksFunction(step.from->interpolationData);
+        step.lacksFunction = Prm::blends<T> && isCustom(step.from->interpolationData) &&
+                             !isRegistered(step.from->interpolationData.interpolation);
     }
 
     void isOutside(const Keyframes& keyframes, const Course& course, Outside outside, const T& value) {

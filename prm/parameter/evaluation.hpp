@@ -6,6 +6,7 @@
 #include "prm/parameter/StepNotes.h"
 #include "prm/track/Evaluation.h"
 #include "prm/untyped/Masters.h"
+#include "prm/untyped/UntypedAnswers.h"
 
 #include <QVarLengthArray>
 
@@ -53,7 +54,9 @@ template <class T> bool Parameter<T>::learnsToAskHooks() const {
 template <class T> const void* Parameter<T>::asTyped(const std::type_info& valueType) const {
     if (valueType == typeid(T))
         return this;
-    return valueType == typeid(detail::Differences) ? &Differences::ofType() : nullptr;
+    if (valueType == typeid(detail::Differences))
+        return &Differences::ofType();
+    return valueType == typeid(detail::UntypedAnswers) ? &untypedAnswers() : nullptr;
 }
 
 /// The parameter whose animation this one shows: the last one in the chain of masters with values of this type, or the

@@ -31,6 +31,31 @@ void ParameterSet::forEachParameterAndPart(const boost::function<void(ParameterW
         recursive);
 }
 
+void ParameterSet::forEachBasicParameter(const boost::function<void(BasicParameter*)>& function, bool recursive) const {
+    const detail::LifeGuard guard(*this);
+    SetWalk<ParameterWithoutType>(*this).forEach([&](ParameterWithoutType& parameter) {
+        const QPointer<ParameterWithoutType> visited(&parameter);
+        function(&parameter);
+        if (const auto* const compound = dynamic_cast<const ParameterSet*>(visited.data()))
+            compound->forEachBasicParameter(function);
+    });
+    if (guard.alive())
+        SetWalk<BasicParameter>(*this).forEach([&](BasicParameter& parameter) { function(&parameter); });
+    if (recursive && guard.alive())
+        SetWalk<ParameterSet>(*this).forEach([&](ParameterSet& subset) { subset.forEachBasicParameter(function); });
+}
+
+std::vector<ParameterSet::Member> ParameterSet::members() const {
+    std::vector<Member> all;
+    for (const auto& parameter : parameters())
+        all.push_back({parameter.get(), nullptr});
+    for (BasicParameter* parameter : basicParameters())
+        all.push_back({parameter, nullptr});
+    for (const Subset& subset : listedSubsets())
+        all.push_back({nullptr, subset.set});
+    return all;
+}
+
 void ParameterSet::forEachSubset(boost::function<void(ParameterSet*)> function, bool recursive) {
     const detail::LifeGuard guard(*this);
     SetWalk<ParameterSet>(*this).forEach([&](ParameterSet& subset) {

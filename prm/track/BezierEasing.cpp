@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 
 namespace Prm::detail {
 
@@ -144,7 +145,116 @@ double slopeOfFirst(const std::array<Direction, 2>& handles) {
     return 1.0;
 }
 
+/// A coordinate of the curve, by its two inner control points.
+struct Coordinate {
+    double first;
+    double second;
+
+    double at(double s) const { return progressAt(first, second, s); }
+    /// A third of the first derivative, a sixth of the second one.
+    double slopeAt(double s) const {
+        const double t = 1.0 - s;
+        return t * t * first + 2.0 * s * t * (second - first) + s * s * (1.0 - second);
+    }
+    double bendAt(double s) const { return (1.0 - s) * (second - 2.0 * first) + s * (1.0 - 2.0 * second + first); }
+};
+
+struct Curve {
+    explicit Curve(const IType& shape)
+        : x{heldToUnit(shape.x1), heldToUnit(shape.x2)}, y{shape.y1, shape.y2},
+          height(std::max({1.0, std::abs(shape.y1), std::abs(shape.y2)})) {}
+
+    double parameterAt(double part) const {
+        return part <= 0.0 ? 0.0 : part >= 1.0 ? 1.0 : parameter(x.first, x.second, part);
+    }
+
+    Coordinate x;
+    Coordinate y;
+    double height;
+};
+
+/// Where y may turn: the roots of a s^2 + 2 b s + c, a third of its derivative.
+std::array<double, 2> turns(const Coordinate& y) {
+    const double scale = std::max({1.0, std::abs(y.first), std::abs(y.second)});
+    const double a = (3.0 * (y.first / scale - y.second / scale)) + 1.0 / scale;
+    const double b = y.second / scale - 2.0 * (y.first / scale);
+    const double c = y.first / scale;
+    const double q = -(b + std::copysign(std::sqrt(std::max(0.0, b * b - a * c)), b));
+    return {q / a, c / q};
+}
+
+/// A piece of the curve differs from its chord by at most h^2/8 of the second derivative in each coordinate; what time
+/// is off counts by the slope of the chord.
+void addFlat(const Curve& curve, double from, double to, double tolerance, int depth, std::vector<double>& parts) {
+    constexpr int deepest = 48;
+    const double h = to - from;
+    const double width = curve.x.at(to) - curve.x.at(from);
+    const auto bend = [&](const Coordinate& of) {
+        return 6.0 * std::max(std::abs(of.bendAt(from)), std::abs(of.bendAt(to)));
+    };
+    const double chord = std::abs(curve.y.at(to) - curve.y.at(from)) / width;
+    const double error = h * h / 8.0 * (bend(curve.y) + chord * bend(curve.x));
+    if (error <= tolerance || depth == deepest || !(width > 0.0))
+        return;
+    const double middle = from + h / 2.0;
+    addFlat(curve, from, middle, tolerance, depth + 1, parts);
+    parts.push_back(curve.x.at(middle));
+    addFlat(curve, middle, to, tolerance, depth + 1, parts);
+}
+
 } // namespace
+
+bool isStraightEasing(const IType& shape) {
+    return heldToUnit(shape.x1) == shape.y1 && heldToUnit(shape.x2) == shape.y2;
+}
+
+std::pair<double, double> easedRange(const IType& shape, double from, double to, double slack) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    const Curve curve(shape);
+    if (!std::isfinite(shape.y1) || !std::isfinite(shape.y2))
+        return {-infinity, infinity};
+    const double begin = std::max(0.0, from - slack);
+    const double end = std::min(1.0, to + slack);
+    const auto [least, greatest] = std::minmax({easedProgress(shape, begin), easedProgress(shape, end)});
+    std::pair<double, double> range(least - slack * curve.height, greatest + slack * curve.height);
+    if (isStraightEasing(shape))
+        return range;
+    const double noise = 0x1p-50 * curve.height;
+    const double first = curve.parameterAt(begin);
+    const double last = curve.parameterAt(end);
+    for (const double turn : turns(curve.y)) {
+        const double y = curve.y.at(turn);
+        if (!(turn > first && turn < last))
+            continue;
+        range.first = y < range.first ? y - noise : range.first;
+        range.second = y > range.second ? y + noise : range.second;
+    }
+    return range;
+}
+
+double easedSlope(const IType& shape, double x) {
+    if (isStraightEasing(shape))
+        return 1.0;
+    const Curve curve(shape);
+    const double s = curve.parameterAt(x);
+    const double dx = curve.x.slopeAt(s);
+    const double dy = curve.y.slopeAt(s);
+    if (dx > 0.0)
+        return dy / dx;
+    // Here the curve stands still or is vertical: the direction in which it goes on decides.
+    if (dy == 0.0 && s == 0.0 && curve.x.second > 0.0)
+        return curve.y.second / curve.x.second;
+    const double direction = dy != 0.0 ? dy : curve.y.bendAt(s);
+    return direction != 0.0 ? std::copysign(std::numeric_limits<double>::infinity(), direction) : 1.0;
+}
+
+void addFlatParts(const IType& shape, double from, double to, double tolerance, std::vector<double>& parts) {
+    const Curve curve(shape);
+    if (isStraightEasing(shape) || !std::isfinite(curve.height))
+        return;
+    const double least = std::max(0x1p-26 * curve.height, tolerance);
+    addFlat(curve, curve.parameterAt(from), curve.parameterAt(to), least, 0, parts);
+}
 
 double easingParameter(double x1, double x2, double x) {
     return parameter(x1, x2, x);
@@ -154,8 +264,7 @@ double easedProgress(const IType& shape, double x) {
     const double part = heldToUnit(x);
     const double x1 = heldToUnit(shape.x1);
     const double x2 = heldToUnit(shape.x2);
-    const bool isStraight = x1 == shape.y1 && x2 == shape.y2;
-    if (isStraight || part == 0.0 || part == 1.0)
+    if (isStraightEasing(shape) || part == 0.0 || part == 1.0)
         return part;
     return progressAt(shape.y1, shape.y2, parameter(x1, x2, part));
 }

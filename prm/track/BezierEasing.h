@@ -3,6 +3,9 @@
 #include "prm/Export.h"
 #include "prm/Interpolation.h"
 
+#include <utility>
+#include <vector>
+
 namespace Prm::detail {
 
 // An easing is the cubic Bezier curve from (0,0) to (1,1) with the inner control points (x1,y1) and (x2,y2). With the
@@ -23,6 +26,22 @@ PRM_EXPORT double easedProgress(const IType& shape, double x);
 /// finite.
 PRM_EXPORT double easingSlopeAtStart(const IType& shape);
 PRM_EXPORT double easingSlopeAtEnd(const IType& shape);
+
+/// Whether the handles lie on the diagonal, so that the part is that of the time.
+PRM_EXPORT bool isStraightEasing(const IType& shape);
+
+/// The least and the greatest part that is reached from one part of the time to another, the parts at both included. An
+/// extremum between them is widened by what the solver and rounding may add. `slack` widens the times, and the parts,
+/// so that no value that is computed lies outside. Infinite where a y is not finite.
+PRM_EXPORT std::pair<double, double> easedRange(const IType& shape, double from, double to, double slack);
+
+/// dy/dx at part x of the time, of the curve after it; infinite where the curve is vertical.
+PRM_EXPORT double easedSlope(const IType& shape, double x);
+
+/// Appends parts of the time between two others, in ascending order: straight lines between them, and from and to the
+/// two others, differ from the curve by the tolerance at most. Tolerances below 2^-26 of the curve's height count as
+/// that.
+PRM_EXPORT void addFlatParts(const IType& shape, double from, double to, double tolerance, std::vector<double>& parts);
 
 /// The parameter s in [0,1] with x(s) = x; x(s) differs from x by at most 4 * 2^-52. The three numbers must lie in
 /// [0,1].

@@ -71,8 +71,12 @@ double curvedProgress(const IType& shape, double x) {
     return x;
 }
 
-bool lacksFunction(const IType& shape) {
-    return isCustom(shape) && !interpolations().find(shape.interpolation);
+bool isRegistered(Interpolation kind) {
+    return kind >= Interpolation::Custom0 && interpolations().find(kind);
+}
+
+bool isRegistered(Extrapolation kind) {
+    return kind >= Extrapolation::Custom0 && extrapolations().find(kind);
 }
 
 quint64 kindRegistrations() {

@@ -14,9 +14,6 @@ namespace Prm::detail {
 
 PRM_EXPORT double curvedProgress(const IType& shape, double x);
 
-/// Whether a segment is a straight line because no function is registered for its custom kind.
-PRM_EXPORT bool lacksFunction(const IType& shape);
-
 /// The fraction of a segment's change that is reached at fraction x, in [0,1], of its time. A custom kind that is not
 /// registered is a straight line.
 inline double segmentProgress(const IType& shape, double x) {
@@ -25,6 +22,9 @@ inline double segmentProgress(const IType& shape, double x) {
 
 /// Counts the functions of custom kinds that were set and removed.
 PRM_EXPORT quint64 kindRegistrations();
+/// Whether a host has registered a function for the kind.
+PRM_EXPORT bool isRegistered(Interpolation kind);
+PRM_EXPORT bool isRegistered(Extrapolation kind);
 
 /// dy/dx where a segment begins or ends, for straight lines that continue it: 0 where it holds or is vertical.
 PRM_EXPORT double startSlope(const IType& shape);

@@ -64,16 +64,12 @@ template <class Keyframe> int nearestPosition(const QVector<Keyframe>& keyframes
     return ahead <= behind ? next : next - 1;
 }
 
-/// The position of the first keyframe that, from the first on, is at or after the time, then one further if it is at
-/// the time; -1 when there is none.
+/// The position of the first keyframe at or after the time, one further if it is at the time; -1 when there is none.
 template <class Keyframe> int nextPosition(const QVector<Keyframe>& keyframes, Time time) {
-    for (int i = 0; i < keyframes.size(); ++i) {
-        if (keyframes.at(i).time == time)
-            return i + 1 < keyframes.size() ? i + 1 : -1;
-        if (keyframes.at(i).time > time)
-            return i;
-    }
-    return -1;
+    const int position = lowerBound(keyframes, time);
+    const bool isAtKeyframe = position < keyframes.size() && keyframes.at(position).time == time;
+    const int next = isAtKeyframe ? position + 1 : position;
+    return next < keyframes.size() ? next : -1;
 }
 
 /// The positions around a time: -1 where there is none, the same twice where a keyframe lies exactly at the time.

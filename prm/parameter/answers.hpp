@@ -1,0 +1,91 @@
+#pragma once
+
+// What a parameter shows in a view, as plain data, and the questions of prm/Answers.h about it for callers that do not
+// know its type.
+
+#include "prm/Answers.h"
+#include "prm/Parameter.h"
+#include "prm/track/CanonicalTrack.h"
+#include "prm/untyped/UntypedAnswers.h"
+
+#include <typeinfo>
+
+namespace Prm {
+
+template <class T> detail::Shown<T> Parameter<T>::shownIn(const View& view) const {
+    const auto tracks = [&](const Parameter& shown) { return shown.ownTracks(view); };
+    return askShown(tracks, tracks);
+}
+
+/// The hooks of `Parameter<T>` itself, of a type that blends, hold each keyframe's value.
+template <class T> void Parameter<T>::holdValues(detail::Shown<T>& shown) {
+    shown.outside = {};
+    for (detail::Track<T>& track : shown.tracks) {
+        for (KeyframeData<T>& keyframe : track.keyframes)
+            keyframe.interpolationData = Interpolation::Constant;
+    }
+}
+
+/// Without the master.
+template <class T> detail::Shown<T> Parameter<T>::ownTracks(const View& view) const {
+    detail::Shown<T> shown;
+    detail::SourceViews sources;
+    const HeldTrack held =
+        hold(view, [&](const FastViewMap& map) { return sourceView(map, view, ownTraits(), sources); });
+    shown[0] = held.track;
+    shown.outside = held.settings.outside;
+    if (sources.size() > 1 && held.settings.keyframed) {
+        shown.weights = detail::sourceWeights(sources, view);
+        shown.count = sources.size();
+        for (int i = 0; i < shown.count; ++i)
+            shown[i] = hold(sources[i], [&](const FastViewMap&) { return sources[i]; }).track;
+    }
+    if (asksHooks() && typeid(*this) != typeid(Parameter))
+        shown.hooks = &typeid(*this);
+    else if (!held.settings.keyframed)
+        shown[0].keyframes = {};
+    else if (asksHooks())
+        holdValues(shown);
+    return shown;
+}
+
+template <class T> auto Parameter<T>::keyframesIn(const View& view, const TimeSpan& span) const -> KeyframeVector {
+    const detail::Moments times = detail::Moments::of(span);
+    if (times.isEmpty())
+        return {};
+    return askKeyframes(view, KeyframeVector(), [&](const KeyframeVector& keyframes) {
+        const auto positionOf = [&](double time) {
+            return detail::lowerBound(keyframes.constData(), keyframes.size(), Time::fromDouble(time));
+        };
+        const int begin = positionOf(times.first);
+        const int end =
+            times.last >= Time::INVALID_TIME_VALUE ? keyframes.size() : positionOf(detail::timeAfter(times.last));
+        return keyframes.mid(begin, end - begin);
+    });
+}
+
+template <class T> const detail::UntypedAnswers& Parameter<T>::untypedAnswers() {
+    using Untyped = ParameterWithoutType;
+    static const auto typed = [](const Untyped& parameter) -> const Parameter& {
+        return *static_cast<const Parameter*>(parameter.asTyped(typeid(T)));
+    };
+    static const detail::UntypedAnswers answers{
+        [](const Untyped& parameter, const Context& context) { return Prm::constantAround(typed(parameter), context); },
+        [](const Untyped& parameter, View view, const TimeSpan& span) {
+            return Prm::isConstant(typed(parameter), view, span);
+        },
+        [](Bsc::Hash& hash, const Untyped& parameter, View view, const TimeSpan& span) {
+            const detail::Shown<T> shown = typed(parameter).shownIn(view);
+            if (shown.hooks)
+                detail::addHooks(hash, shown, span, view);
+            else
+                detail::addRange(hash, shown, detail::Moments::of(span));
+        },
+        [](Bsc::Hash& hash, const Untyped& parameter, const Context& context) {
+            detail::addConstant(hash, typed(parameter).value(context));
+        },
+    };
+    return answers;
+}
+
+} // namespace Prm
