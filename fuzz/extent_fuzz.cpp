@@ -344,7 +344,7 @@ private:
     }
 
     struct Turn {
-        explicit Turn(Session& session, const std::vector<const Act*>& rows, Choices& step)
+        explicit Turn(Session& session, const std::vector<Act>& rows, Choices& step)
             : act(chosen(rows, step)), own(session.any(step)), other(session.any(step)), a(step) {
             a.aim(own, step.below(16));
         }
