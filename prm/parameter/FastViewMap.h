@@ -43,8 +43,20 @@ public:
 
     explicit LockedKeyframes(PVData<T>* data) : m_data(data), m_scope(data) {}
 
-    KeyframeVector& keyframes() { return m_data->keyframes; }
+    /// For editing in place: the list is no longer shared. Loading the number of its owners orders the edit after the
+    /// reads of an evaluation that shared it, on another thread; Qt's own check of that number does not.
+    KeyframeVector& keyframes() {
+        KeyframeVector& own = m_data->keyframes;
+        if (own.capacity() > 0) {
+            own.detach();
+            static_cast<void>(own.data_ptr()->ref.atomic.loadAcquire());
+        }
+        return own;
+    }
     const KeyframeVector& keyframes() const { return m_data->keyframes; }
+    /// Needs no memory.
+    void setKeyframes(const KeyframeVector& other) { m_data->keyframes = other; }
+    void swapKeyframes(KeyframeVector& other) { m_data->keyframes.swap(other); }
 
 private:
     PVData<T>* m_data;
