@@ -385,7 +385,9 @@ private:
     QByteArray state() const {
         Fuzz::intact(m_world->broken() + detail::verify(m_project.root));
         compareCompounds({asked, asked + std::size(asked)});
-        return m_world->state() + m_project.file.text();
+        // Sets the name prefixes, which are in the state of the world.
+        const QByteArray text = m_project.file.text();
+        return m_world->state() + text;
     }
 
     /// All of it is undone, done again, saved and loaded.

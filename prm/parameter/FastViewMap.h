@@ -16,6 +16,12 @@
 #include <optional>
 #include <vector>
 
+#if defined(__has_feature)
+#define PRM_HAS_THREAD_SANITIZER __has_feature(thread_sanitizer)
+#else
+#define PRM_HAS_THREAD_SANITIZER 0
+#endif
+
 namespace Prm::detail {
 
 /// A block that belongs to a view for as long as it lives.
@@ -36,6 +42,18 @@ public:
     PVData(const Track<T>& contents, View owner) : ViewBlock(owner), Track<T>(contents) {}
 };
 
+/// Orders edits of a list that is not shared after the reads of evaluations, on other threads, that shared it before:
+/// Qt checks that without acquiring.
+template <class Keyframes> void followReads(const Keyframes& list) {
+#if defined(__SANITIZE_THREAD__) || PRM_HAS_THREAD_SANITIZER
+    // The thread sanitizer does not know fences, but it knows a further owner.
+    const Keyframes owner(list); // NOLINT(performance-unnecessary-copy-initialization)
+#else
+    static_cast<void>(list);
+    std::atomic_thread_fence(std::memory_order_acquire);
+#endif
+}
+
 /// The exclusive access to one view's data; null locks nothing. Recursive for its thread.
 template <class T> class LockedKeyframes {
 public:
@@ -43,8 +61,18 @@ public:
 
     explicit LockedKeyframes(PVData<T>* data) : m_data(data), m_scope(data) {}
 
-    KeyframeVector& keyframes() { return m_data->keyframes; }
+    /// For editing in place: the list is no longer shared.
+    KeyframeVector& keyframes() {
+        if (m_data->keyframes.capacity() > 0) {
+            m_data->keyframes.detach();
+            followReads(m_data->keyframes);
+        }
+        return m_data->keyframes;
+    }
     const KeyframeVector& keyframes() const { return m_data->keyframes; }
+    /// Needs no memory.
+    void setKeyframes(const KeyframeVector& other) { m_data->keyframes = other; }
+    void swapKeyframes(KeyframeVector& other) { m_data->keyframes.swap(other); }
 
 private:
     PVData<T>* m_data;

@@ -157,7 +157,7 @@ template <class T> void Parameter<T>::vDeleteAllKeyframes(const View& view) {
     KeyframeVector removed;
     {
         LockedKeyframes lock(data);
-        lock.keyframes().swap(removed);
+        lock.swapKeyframes(removed);
         ++m_revision;
     }
     // Not the factory: this change does not name the view that was cleared.
@@ -263,7 +263,7 @@ template <class T> void Parameter<T>::retimeKeyframes(const boost::function<Time
         if (!data || data->keyframes.constData() != list.constData())
             continue;
         LockedKeyframes lock(data);
-        lock.keyframes().swap(changed);
+        lock.swapKeyframes(changed);
         ++m_revision;
     }
 }
@@ -294,9 +294,10 @@ template <class T> void Parameter<T>::adjustKeyframesTime(const boost::function<
         PVData* const data = guard.alive() ? m_views.findRealViewData(view) : nullptr;
         if (data) {
             LockedKeyframes lock(data);
-            const int count = std::min(static_cast<int>(mapped.size()), data->keyframes.size());
+            KeyframeVector& keyframes = lock.keyframes();
+            const int count = std::min(static_cast<int>(mapped.size()), keyframes.size());
             for (int i = 0; i < count; ++i)
-                lock.keyframes()[i].time = mapped[static_cast<std::size_t>(i)];
+                keyframes[i].time = mapped[static_cast<std::size_t>(i)];
             ++m_revision;
         }
         if (failure)

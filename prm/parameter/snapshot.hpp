@@ -118,7 +118,7 @@ private:
             const PVData& was = dataOf(former, view);
             PVData* const data = parameter.m_views.findRealViewData(view);
             LockedKeyframes lock(data);
-            lock.keyframes() = was.keyframes;
+            lock.setKeyframes(was.keyframes);
             data->staticValue = was.staticValue;
         }
     }
@@ -176,8 +176,12 @@ private:
                 added += stretch.isWhole() ? 0 : stretch.keyframes.size();
             if (added > 0)
                 detail::makeRoom(lock.keyframes(), added);
-            for (const Stretch& stretch : stretches)
-                stretch.putBack(lock.keyframes());
+            for (const Stretch& stretch : stretches) {
+                if (stretch.isWhole())
+                    lock.setKeyframes(stretch.keyframes);
+                else
+                    stretch.putBack(lock.keyframes());
+            }
             data.staticValue = staticValue;
         }
 

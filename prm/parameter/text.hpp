@@ -10,6 +10,7 @@
 #include "prm/text/LineParts.h"
 #include "prm/text/PlainNumbers.h"
 #include "prm/text/TextTokens.h"
+#include "prm/track/KeyframeInsertion.h"
 #include "prm/track/KeyframeSearch.h"
 #include "prm/untyped/ReadingScope.h"
 #include "prm/untyped/Restoring.h"

@@ -25,7 +25,7 @@ template <class T> bool Parameter<T>::giveViewData(const View& view, const detai
     {
         LockedKeyframes lock(data);
         data->staticValue = staticValue;
-        lock.keyframes().swap(keyframes);
+        lock.swapKeyframes(keyframes);
         ++m_revision;
     }
     ParameterChange::valueChanged(*this, addressed);

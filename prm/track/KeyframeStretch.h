@@ -53,10 +53,6 @@ template <class T> struct KeyframeStretch {
 
     /// Makes the stretch of the list what it was. The list has room.
     void putBack(Keyframes& list) const {
-        if (isWhole()) {
-            list = keyframes;
-            return;
-        }
         const int begin = lowerBound(list, first);
         const int surplus = endOf(list, last) - begin - keyframes.size();
         if (surplus > 0)
