@@ -87,7 +87,7 @@ public:
         const World::Options options{first.yes() ? 11 : 6, static_cast<unsigned>(first.below(8)), first.yes()};
         m_isDisturbed = first.yes();
         m_world = std::make_unique<World>(first, options);
-        m_world->observer.then = [this](const ParameterChange& change) { hear(change); };
+        m_world->observer.then = [this](const ParameterChange& change) { react(change); };
         m_world->host.then = [this] { hearAsHost(); };
     }
     ~Play() {
@@ -150,7 +150,7 @@ private:
             letSetGo(choose().below(setCount));
     }
 
-    void hear(const ParameterChange& change) {
+    void react(const ParameterChange& change) {
         const bool isDeath = change.type == ParameterChange::PARAMETER_DELETED;
         if (m_mischief < HostDeletes && m_when-- == 0 && !(isDeath && m_mischief == Throw))
             interfere(change);

@@ -42,8 +42,8 @@ public:
     PVData(const Track<T>& contents, View owner) : ViewBlock(owner), Track<T>(contents) {}
 };
 
-/// Orders edits of a list that is not shared after the reads of evaluations, on other threads, that shared it before:
-/// Qt checks that without acquiring.
+/// Orders edits of a list that is no longer shared after the reads of evaluations, on other threads, that shared it. Qt
+/// loads the number of owners without acquire order.
 template <class Keyframes> void followReads(const Keyframes& list) {
 #if defined(__SANITIZE_THREAD__) || PRM_HAS_THREAD_SANITIZER
     // The thread sanitizer does not know fences, but it knows a further owner.

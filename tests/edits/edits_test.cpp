@@ -14,8 +14,8 @@ namespace {
 /// What all parameters of a world send, in the order of sending: A(dded), R(emoved), V(alue), I(nterpolation),
 /// B(efore), F(after), P(arameter assigned), E (reset), C(leared), S(hown data), M(oved), N(ew view), D(eleted view),
 /// H(idden), L(ocked); the index of the keyframe, and the view.
-struct Heard : QObject {
-    explicit Heard(const World& world) {
+struct Received : QObject {
+    explicit Received(const World& world) {
         for (int i = 0; i < world.parameterCount; ++i) {
             const P* const one = world.parameter(i);
             connect(one, &P::changed, this, [this, one](const ParameterChange& change) {
@@ -36,19 +36,19 @@ QString lineOf(const Act& act, bool isCommand, Who who, const A& a, int more = 0
     Exhibits world(more);
     P& own = *world.parameter(who);
     const std::string before = world.state();
-    Heard heard(world);
+    Received received(world);
     Command command;
     int outcome = 0;
     const std::string error = errorOf([&] {
         outcome = act.run(command, own, *world.parameter(Master), a);
         command.doIt();
     });
-    QString line = heard.take() + QString::fromStdString(error);
+    QString line = received.take() + QString::fromStdString(error);
     line += outcome == 0 ? QString() : QString(" returns %1").arg(outcome);
     if (isCommand && error.empty()) {
         const std::string after = world.state();
         command.undoIt();
-        line += " |" + heard.take();
+        line += " |" + received.take();
         if (more > 0) {
             command.doIt();
             EXPECT_EQ(world.state(), after);
