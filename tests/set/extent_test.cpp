@@ -152,8 +152,9 @@ TEST(ExtentOfChange, IsOfTheViewsThatReadTheData) {
             return views;
         };
         EXPECT_EQ(sorted(viewsOf(listener.extent, number)), expected) << row.name;
-        if (!row.difference)
+        if (!row.difference) {
             EXPECT_EQ(sorted(viewsOf(differenceOf(*former, number), number)), expected) << row.name;
+        }
     }
 }
 

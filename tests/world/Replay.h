@@ -111,7 +111,8 @@ inline bool isExplained(const P& parameter, const Explanation& explanation) {
            is(dynamic_cast<const Parameter<int>*>(&parameter)) ||
            is(dynamic_cast<const Parameter<bool>*>(&parameter)) ||
            is(dynamic_cast<const Parameter<QString>*>(&parameter)) ||
-           is(dynamic_cast<const Parameter<QPointF>*>(&parameter));
+           is(dynamic_cast<const Parameter<QPointF>*>(&parameter)) ||
+           (dynamic_cast<const Bare*>(&parameter) && explanation.value == parameter.variantValue(explanation.context));
 }
 
 } // namespace Worlds
