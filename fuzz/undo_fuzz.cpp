@@ -1,8 +1,8 @@
 // Calls in any order over parameters, compounds, sets, their text and commands, with an observer that reads, throws,
 // deletes, or makes further calls, and by a host that does so when its tree changes or a text is read; after them, a
 // history of commands alone. After each call all invariants hold, values follow from the steps that explain them,
-// compounds are the union of their parts, and the host knows the sets of its tree; if nothing interfered, what was undone, done again or restored is exactly as it was, what
-// threw has not happened, and what is saved is loaded alike.
+// compounds are the union of their parts, and the host knows the sets of its tree; if nothing interfered, what was
+// undone, done again or restored is exactly as it was, what threw has not happened, and what is saved is loaded alike.
 
 #include "fuzz/Fuzz.h"
 #include "prm/CurveKinds.h"

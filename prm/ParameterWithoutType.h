@@ -1,25 +1,20 @@
 #pragma once
 
-#include "host/bsc/QPointerEx.h"
-#include "host/bsc/UniqBag.h"
 #include "prm/BasicParameter.h"
 #include "prm/Export.h"
 #include "prm/Interpolation.h"
 #include "prm/ParameterChange.h"
 #include "prm/track/Place.h"
+#include "prm/untyped/ExtraData.h"
 
 #include <QList>
-#include <QMap>
-#include <QPointer>
 #include <QString>
 #include <QStringList>
 #include <QStringView>
-#include <QVector>
 #include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
 
 #include <atomic>
-#include <optional>
 #include <typeinfo>
 #include <vector>
 
@@ -49,8 +44,8 @@ class PRM_EXPORT ParameterWithoutType : public BasicParameter {
     Q_OBJECT
 
 public:
-    using UpstreamParameters = Bsc::UniqBag<Bsc::detail::QPointerEx<ParameterWithoutType, QPointer>>;
-    using TextConversion = boost::function<QString(const QString&)>;
+    using UpstreamParameters = detail::ExtraData::UpstreamParameters;
+    using TextConversion = detail::ExtraData::TextConversion;
 
     /// A flag for the host. The library does not read it.
     static bool s_processNotifications;
@@ -257,8 +252,8 @@ private:
     friend class detail::ShownState;
     friend struct detail::UntypedAnswers;
     /// This object as a `Parameter` of the value type, null for another type. A master is asked at every evaluation,
-    /// for which a cast takes too long. For `detail::Differences` and `detail::UntypedAnswers`, those of the value type.
-    /// New virtual operations come last: those above have their places.
+    /// for which a cast takes too long. For `detail::Differences` and `detail::UntypedAnswers`, those of the value
+    /// type. New virtual operations come last: those above have their places.
     virtual const void* asTyped(const std::type_info& valueType) const;
     /// `setFromScriptString` of a text that outlives the call, which needs no copy unless a class overrides reading.
     bool readLine(QStringView line, const ProjectFileVersion& version);
@@ -276,7 +271,7 @@ public:
     /// The name shown to users.
     const QString& displayName() const { return m_displayName; }
     /// A third name, for the host. Copied with the other names.
-    const QString& extraName() const { return rarities().extraName; }
+    const QString& extraName() const { return extraData().extraName; }
     /// Sets the third name. Emits nothing.
     void setExtraName(const QString& name);
     /// The path to this parameter: the names of the sets that contain it, joined by dots.
@@ -289,7 +284,7 @@ public:
     /// values read under it. Replaces an earlier entry of that name.
     void addAdditionalScriptName(const QString& name, const TextConversion& convert = {});
     /// In ascending order.
-    QStringList additionalScriptNames() const { return rarities().additionalScriptNames.keys(); }
+    QStringList additionalScriptNames() const { return extraData().additionalScriptNames.keys(); }
     //@}
     /// \name Flags for the host
     //@{
@@ -311,7 +306,7 @@ public:
     //@{
     /// The master of this parameter; null without one, and after the master was deleted.
     PRM_ALWAYS_INLINE ParameterWithoutType* masterParameter() const {
-        const Rarities* const made = m_rarities.load(std::memory_order_acquire);
+        const detail::ExtraData* const made = m_extraData.load(std::memory_order_acquire);
         return made ? made->master.load(std::memory_order_acquire) : nullptr;
     }
     /// The existing parameters constrained to this one, in the order in which they were added.
@@ -327,7 +322,7 @@ public:
     bool bUnconstrain();
     /// The master's name that project text gave, until it is resolved (`ParameterSet::resolveMasterParameters`) or the
     /// master is set or removed otherwise; then empty.
-    const QString& pendingMasterParameterId() const { return rarities().pendingMasterParameterId; }
+    const QString& pendingMasterParameterId() const { return extraData().pendingMasterParameterId; }
     /// Sets this name; no master is searched.
     void setPendingMasterParameterId(const QString& id);
     //@}
@@ -354,7 +349,7 @@ public:
     /// Null without a selector.
     Parameter<bool>* viewSelector() const;
     /// What `setViewSelector` stored for the host.
-    quintptr viewSelectorCompanion() const { return rarities().viewSelectorCompanion; }
+    quintptr viewSelectorCompanion() const { return extraData().viewSelectorCompanion; }
     /// The one view whose static value in the view selector is false; the invalid view when there is no selector, or
     /// not exactly one such view.
     View heroView() const;
@@ -472,7 +467,7 @@ private:
     void linkTo(ParameterWithoutType* master, ParameterWithoutType* before);
     bool wouldCloseCircle(const ParameterWithoutType& parameter) const;
     const ParameterWithoutType* nextBelow(const ParameterWithoutType& top) const;
-    ParameterWithoutType* nextConstrained() const { return rarities().nextConstrained; }
+    ParameterWithoutType* nextConstrained() const { return extraData().nextConstrained; }
     void enlist(ParameterWithoutType& master, ParameterWithoutType* before);
     void delist();
     void dropLinks();
@@ -480,26 +475,9 @@ private:
     void reconnectUpstream(quint64 connection);
     void connectTo(ParameterWithoutType& upstream, bool connected);
 
-    /// Data that most parameters do not have.
-    struct Rarities {
-        QMap<QString, TextConversion> additionalScriptNames;
-        QString extraName;
-        QString pendingMasterParameterId;
-        /// Read by evaluation on other threads.
-        std::atomic<ParameterWithoutType*> master{nullptr};
-        // A linked list of the parameters constrained to this one.
-        ParameterWithoutType* firstConstrained = nullptr;
-        ParameterWithoutType* lastConstrained = nullptr;
-        ParameterWithoutType* previousConstrained = nullptr;
-        ParameterWithoutType* nextConstrained = nullptr;
-        UpstreamParameters upstreamParameters;
-        quint64 upstreamConnected = 0;
-        QPointer<ParameterWithoutType> viewSelector;
-        quintptr viewSelectorCompanion = 0;
-    };
     /// Empty for a parameter without any; the one for writing is created on the first call.
-    const Rarities& rarities() const;
-    Rarities& ownRarities();
+    const detail::ExtraData& extraData() const;
+    detail::ExtraData& ownExtraData();
 
     // Bits, so that the count after them needs no room of its own.
     bool m_locked : 1;
@@ -513,7 +491,7 @@ private:
     QString m_displayName;
     QString m_scriptName;
     QString m_namePrefix;
-    std::atomic<Rarities*> m_rarities{nullptr};
+    std::atomic<detail::ExtraData*> m_extraData{nullptr};
     /// 0 before the first connection to a signal; in an upstream parameter, a number in the order of all connections.
     std::atomic<quint64> m_lastConnected{0};
 };

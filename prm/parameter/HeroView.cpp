@@ -8,12 +8,12 @@
 namespace Prm {
 
 void ParameterWithoutType::setViewSelector(Parameter<bool>* selector, quintptr companion) {
-    ownRarities().viewSelector = selector;
-    ownRarities().viewSelectorCompanion = companion;
+    ownExtraData().viewSelector = selector;
+    ownExtraData().viewSelectorCompanion = companion;
 }
 
 Parameter<bool>* ParameterWithoutType::viewSelector() const {
-    return dynamic_cast<Parameter<bool>*>(rarities().viewSelector.data());
+    return dynamic_cast<Parameter<bool>*>(extraData().viewSelector.data());
 }
 
 View ParameterWithoutType::heroView() const {

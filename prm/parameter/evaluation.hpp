@@ -5,6 +5,7 @@
 #include "prm/Parameter.h"
 #include "prm/parameter/StepNotes.h"
 #include "prm/track/Evaluation.h"
+#include "prm/untyped/Differences.h"
 #include "prm/untyped/Masters.h"
 #include "prm/untyped/UntypedAnswers.h"
 

@@ -53,23 +53,23 @@ bool Invariants::leadsToCircle(const ParameterWithoutType& parameter) {
 
 const char* Invariants::brokenInLinks(const ParameterWithoutType& parameter) {
     const ParameterWithoutType* previous = nullptr;
-    for (const ParameterWithoutType* one = parameter.rarities().firstConstrained; one; one = one->nextConstrained()) {
+    for (const ParameterWithoutType* one = parameter.extraData().firstConstrained; one; one = one->nextConstrained()) {
         if (one->masterParameter() != &parameter)
             return "a parameter is listed as constrained, and has another master";
-        if (one->rarities().previousConstrained != previous)
+        if (one->extraData().previousConstrained != previous)
             return "the list of the constrained parameters is torn";
         previous = one;
     }
-    if (parameter.rarities().lastConstrained != previous)
+    if (parameter.extraData().lastConstrained != previous)
         return "the list of the constrained parameters is torn";
     const ParameterWithoutType* const master = parameter.masterParameter();
-    if (master && !parameter.nextConstrained() && master->rarities().lastConstrained != &parameter)
+    if (master && !parameter.nextConstrained() && master->extraData().lastConstrained != &parameter)
         return "the master does not list the parameter";
     return leadsToCircle(parameter) ? "the masters form a circle" : nullptr;
 }
 
 const char* Invariants::brokenInUnion(const CompoundParameter& compound) {
-    const CompoundParameter::UpstreamParameters& heard = compound.rarities().upstreamParameters;
+    const CompoundParameter::UpstreamParameters& heard = compound.extraData().upstreamParameters;
     for (const auto& part : compound.parameters()) {
         if (!heard.contains(part.get()))
             return "the compound does not listen to one of its parts";

@@ -106,7 +106,7 @@ void ParameterSet::enter(detail::NameIndex& index, int list, const void* address
     const auto* const animated = list == Parameters ? dynamic_cast<const ParameterWithoutType*>(&parameter) : nullptr;
     if (!animated)
         return;
-    const auto& additionalNames = animated->rarities().additionalScriptNames;
+    const auto& additionalNames = animated->extraData().additionalScriptNames;
     for (auto name = additionalNames.keyBegin(); name != additionalNames.keyEnd(); ++name)
         index.add(*name, address, list);
 }

@@ -38,7 +38,7 @@ bool detail::MasterScope::isDeep() {
 
 QList<ParameterWithoutType*> ParameterWithoutType::constrainedParameters() const {
     QList<ParameterWithoutType*> list;
-    for (ParameterWithoutType* one = rarities().firstConstrained; one; one = one->nextConstrained())
+    for (ParameterWithoutType* one = extraData().firstConstrained; one; one = one->nextConstrained())
         list.append(one);
     return list;
 }
@@ -59,7 +59,7 @@ bool ParameterWithoutType::wouldCloseCircle(const ParameterWithoutType& paramete
 
 /// The next one of all that show this parameter, directly or not; null after the last one that shows `top`.
 const ParameterWithoutType* ParameterWithoutType::nextBelow(const ParameterWithoutType& top) const {
-    if (const ParameterWithoutType* const first = rarities().firstConstrained)
+    if (const ParameterWithoutType* const first = extraData().firstConstrained)
         return first;
     const ParameterWithoutType* below = this;
     while (below != &top && !below->nextConstrained())
@@ -68,24 +68,24 @@ const ParameterWithoutType* ParameterWithoutType::nextBelow(const ParameterWitho
 }
 
 void ParameterWithoutType::enlist(ParameterWithoutType& master, ParameterWithoutType* before) {
-    Rarities& own = ownRarities();
-    Rarities& list = master.ownRarities();
+    detail::ExtraData& own = ownExtraData();
+    detail::ExtraData& list = master.ownExtraData();
     own.nextConstrained = before;
-    own.previousConstrained = before ? before->rarities().previousConstrained : list.lastConstrained;
-    (own.previousConstrained ? own.previousConstrained->ownRarities().nextConstrained : list.firstConstrained) = this;
-    (before ? before->ownRarities().previousConstrained : list.lastConstrained) = this;
+    own.previousConstrained = before ? before->extraData().previousConstrained : list.lastConstrained;
+    (own.previousConstrained ? own.previousConstrained->ownExtraData().nextConstrained : list.firstConstrained) = this;
+    (before ? before->ownExtraData().previousConstrained : list.lastConstrained) = this;
 }
 
 void ParameterWithoutType::delist() {
     ParameterWithoutType* const master = masterParameter();
     if (!master)
         return;
-    Rarities& own = ownRarities();
-    Rarities& list = master->ownRarities();
+    detail::ExtraData& own = ownExtraData();
+    detail::ExtraData& list = master->ownExtraData();
     ParameterWithoutType* const previous = std::exchange(own.previousConstrained, nullptr);
     ParameterWithoutType* const next = std::exchange(own.nextConstrained, nullptr);
-    (previous ? previous->ownRarities().nextConstrained : list.firstConstrained) = next;
-    (next ? next->ownRarities().previousConstrained : list.lastConstrained) = previous;
+    (previous ? previous->ownExtraData().nextConstrained : list.firstConstrained) = next;
+    (next ? next->ownExtraData().previousConstrained : list.lastConstrained) = previous;
 }
 
 /// A master that was read from text is no longer waited for.
@@ -96,9 +96,9 @@ void ParameterWithoutType::tieTo(ParameterWithoutType* master, ParameterWithoutT
 
 /// All that may fail comes before the first change. Threads that evaluate see the former master or this one.
 void ParameterWithoutType::linkTo(ParameterWithoutType* master, ParameterWithoutType* before) {
-    Rarities& own = ownRarities();
+    detail::ExtraData& own = ownExtraData();
     if (master)
-        master->ownRarities();
+        master->ownExtraData();
     delist();
     if (master)
         enlist(*master, before && before != this && before->masterParameter() == master ? before : nullptr);
@@ -108,7 +108,7 @@ void ParameterWithoutType::linkTo(ParameterWithoutType* master, ParameterWithout
 
 /// For a parameter that is being deleted.
 void ParameterWithoutType::dropLinks() {
-    while (ParameterWithoutType* const constrained = rarities().firstConstrained)
+    while (ParameterWithoutType* const constrained = extraData().firstConstrained)
         constrained->linkTo(nullptr, nullptr);
     if (masterParameter())
         linkTo(nullptr, nullptr);
@@ -155,7 +155,7 @@ bool ParameterWithoutType::bUnconstrain() {
 
 ParameterWithoutType::UpstreamParameters ParameterWithoutType::upstreamParameters() const {
     UpstreamParameters parameters;
-    for (const auto& entry : rarities().upstreamParameters)
+    for (const auto& entry : extraData().upstreamParameters)
         parameters.insert(UpstreamParameters::value_type(entry.data()));
     return parameters;
 }
@@ -166,7 +166,7 @@ void ParameterWithoutType::connectNotify(const QMetaMethod&) {
 }
 
 void ParameterWithoutType::connectUpstream(bool connected) {
-    for (const auto& entry : rarities().upstreamParameters) {
+    for (const auto& entry : extraData().upstreamParameters) {
         if (entry.data())
             connectTo(*entry.data(), connected);
     }
@@ -176,7 +176,7 @@ void ParameterWithoutType::connectUpstream(bool connected) {
 void ParameterWithoutType::reconnectUpstream(quint64 connection) {
     if (lastConnection == connection)
         return;
-    for (const auto& entry : rarities().upstreamParameters) {
+    for (const auto& entry : extraData().upstreamParameters) {
         ParameterWithoutType* const upstream = entry.data();
         if (upstream && (upstream->m_lastConnected.load() & ~upstreamMark) > connection) {
             connectTo(*upstream, false);
@@ -187,7 +187,7 @@ void ParameterWithoutType::reconnectUpstream(quint64 connection) {
 
 /// By object, which needs no memory. What a host has connected between the two ends as well.
 void ParameterWithoutType::disconnectUpstream() noexcept {
-    for (const auto& entry : rarities().upstreamParameters) {
+    for (const auto& entry : extraData().upstreamParameters) {
         if (entry.data())
             disconnect(entry.data(), nullptr, this, nullptr);
     }
@@ -205,7 +205,7 @@ void ParameterWithoutType::connectTo(ParameterWithoutType& upstream, bool connec
 }
 
 bool ParameterWithoutType::addUpstreamParameter(ParameterWithoutType& upstream) {
-    Rarities& own = ownRarities();
+    detail::ExtraData& own = ownExtraData();
     if (own.upstreamParameters.contains(&upstream))
         return false;
     // As `setUpstreamParameters` would: observers of one parameter are notified in the order of connection.
@@ -218,15 +218,15 @@ bool ParameterWithoutType::addUpstreamParameter(ParameterWithoutType& upstream) 
 
 void ParameterWithoutType::removeUpstreamParameter(ParameterWithoutType& upstream) {
     connectTo(upstream, false);
-    ownRarities().upstreamParameters.erase(&upstream);
+    ownExtraData().upstreamParameters.erase(&upstream);
 }
 
 void ParameterWithoutType::setUpstreamParameters(const UpstreamParameters& parameters) {
     UpstreamParameters replacement = parameters;
     connectUpstream(false);
-    ownRarities().upstreamParameters = std::move(replacement);
+    ownExtraData().upstreamParameters = std::move(replacement);
     connectUpstream(true);
-    ownRarities().upstreamConnected = lastConnection;
+    ownExtraData().upstreamConnected = lastConnection;
 }
 
 } // namespace Prm

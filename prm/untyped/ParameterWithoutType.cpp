@@ -77,8 +77,8 @@ void ParameterWithoutType::initialise(const ParameterWithoutType& other) {
     setStreamable(other.isStreamable());
     m_displayName = other.m_displayName;
     m_scriptName = other.m_scriptName;
-    if (!other.rarities().additionalScriptNames.isEmpty())
-        ownRarities().additionalScriptNames = other.rarities().additionalScriptNames;
+    if (!other.extraData().additionalScriptNames.isEmpty())
+        ownExtraData().additionalScriptNames = other.extraData().additionalScriptNames;
     copyOwnAttributes(other, NamePrefix::Copy);
 }
 
@@ -87,33 +87,33 @@ ParameterWithoutType::~ParameterWithoutType() {
     leaveSets();
     announceDeletion();
     dropLinks();
-    delete m_rarities.load();
+    delete m_extraData.load();
 }
 
-const ParameterWithoutType::Rarities& ParameterWithoutType::rarities() const {
+const detail::ExtraData& ParameterWithoutType::extraData() const {
     // Never destroyed: parameters may outlive it at the end of a program.
-    static const Rarities& none = *new Rarities;
-    const Rarities* const made = m_rarities.load(std::memory_order_acquire);
+    static const detail::ExtraData& none = *new detail::ExtraData;
+    const detail::ExtraData* const made = m_extraData.load(std::memory_order_acquire);
     return made ? *made : none;
 }
 
-ParameterWithoutType::Rarities& ParameterWithoutType::ownRarities() {
-    Rarities* made = m_rarities.load(std::memory_order_relaxed);
+detail::ExtraData& ParameterWithoutType::ownExtraData() {
+    detail::ExtraData* made = m_extraData.load(std::memory_order_relaxed);
     if (!made) {
-        made = new Rarities;
-        m_rarities.store(made, std::memory_order_release);
+        made = new detail::ExtraData;
+        m_extraData.store(made, std::memory_order_release);
     }
     return *made;
 }
 
 void ParameterWithoutType::setExtraName(const QString& name) {
-    if (!name.isNull() || !rarities().extraName.isNull())
-        ownRarities().extraName = name;
+    if (!name.isNull() || !extraData().extraName.isNull())
+        ownExtraData().extraName = name;
 }
 
 void ParameterWithoutType::setPendingMasterParameterId(const QString& id) {
-    if (!id.isNull() || !rarities().pendingMasterParameterId.isNull())
-        ownRarities().pendingMasterParameterId = id;
+    if (!id.isNull() || !extraData().pendingMasterParameterId.isNull())
+        ownExtraData().pendingMasterParameterId = id;
     if (!id.isEmpty())
         detail::LineNotes::addMaster(*this, id);
 }
@@ -153,10 +153,10 @@ void ParameterWithoutType::assignFrom(const ParameterWithoutType& other) {
     m_displayName = other.m_displayName;
     m_scriptName = other.m_scriptName;
     namesHaveChanged();
-    if (!m_rarities.load() && !other.m_rarities.load())
+    if (!m_extraData.load() && !other.m_extraData.load())
         return;
-    ownRarities().viewSelector = other.rarities().viewSelector;
-    ownRarities().viewSelectorCompanion = other.rarities().viewSelectorCompanion;
+    ownExtraData().viewSelector = other.extraData().viewSelector;
+    ownExtraData().viewSelectorCompanion = other.extraData().viewSelectorCompanion;
 }
 
 const QString& ParameterWithoutType::scriptName() const {
@@ -182,7 +182,7 @@ bool ParameterWithoutType::readNamed(QStringView line, const ProjectFileVersion&
     if (detail::behindName(line, m_scriptName, rest))
         return readRest(rest, version, {});
     // A copy: reading may notify observers, and those may add names.
-    const QMap<QString, TextConversion> additionalNames = rarities().additionalScriptNames;
+    const QMap<QString, TextConversion> additionalNames = extraData().additionalScriptNames;
     for (auto name = additionalNames.cbegin(); name != additionalNames.cend(); ++name) {
         if (detail::behindName(line, name.key(), rest))
             return readRest(rest, version, name.value());
@@ -213,7 +213,7 @@ QString ParameterWithoutType::extendedName() const {
 }
 
 void ParameterWithoutType::addAdditionalScriptName(const QString& name, const TextConversion& convert) {
-    ownRarities().additionalScriptNames.insert(name, convert);
+    ownExtraData().additionalScriptNames.insert(name, convert);
     namesHaveChanged();
 }
 
