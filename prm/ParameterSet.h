@@ -220,7 +220,7 @@ public:
     //@}
 
 protected:
-    template <class Member> class SetWalk;
+    template <class Visited> class SetWalk;
 
     /// Whether the parameter is a member.
     bool lists(const BasicParameter& parameter) const;

@@ -14,7 +14,7 @@ namespace Prm {
 /// subsets are kept until the walk ends.
 ///
 /// A visitor that descends makes another walk. Operations that call no code of a host iterate over the lists directly.
-template <class Member> class ParameterSet::SetWalk {
+template <class Visited> class ParameterSet::SetWalk {
 public:
     explicit SetWalk(const ParameterSet& set)
         : m_set(set), m_guard(set), m_visits(listOf(set).begin(), listOf(set).end()) {}
@@ -25,7 +25,7 @@ public:
             const Visit& visit = m_visits[place];
             if (!visit.guard.alive() || !isListed(*visit.member))
                 continue;
-            if constexpr (std::is_invocable_v<const Visitor&, Member&, std::size_t>)
+            if constexpr (std::is_invocable_v<const Visitor&, Visited&, std::size_t>)
                 visitor(*visit.member, place);
             else
                 visitor(*visit.member);
@@ -38,15 +38,15 @@ private:
         explicit Visit(BasicParameter* listed) : member(listed), guard(*listed) {}
         explicit Visit(const Subset& listed) : member(listed.set), guard(*listed.set), owner(listed.owner) {}
 
-        Member* member;
+        Visited* member;
         detail::LifeGuard guard;
         boost::shared_ptr<ParameterSet> owner;
     };
 
     static const auto& listOf(const ParameterSet& set) {
-        if constexpr (std::is_same_v<Member, ParameterWithoutType>)
+        if constexpr (std::is_same_v<Visited, ParameterWithoutType>)
             return set.parameters();
-        else if constexpr (std::is_same_v<Member, BasicParameter>)
+        else if constexpr (std::is_same_v<Visited, BasicParameter>)
             return set.basicParameters();
         else
             return set.listedSubsets();
