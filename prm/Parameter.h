@@ -417,6 +417,7 @@ private:
     Traits ownTraits() const { return {Parameter::isKeyframed(), Parameter::splittable()}; }
     View sourceView(const FastViewMap& map, const View& view, Traits traits, detail::SourceViews& sources) const;
     PRM_NEVER_INLINE T shownValue(const Context& context, Cache* cache) const;
+    PRM_NEVER_INLINE T generalValue(const Context& context, Cache* cache) const;
     T ownValue(const Context& context, Cache* cache) const;
     PRM_ALWAYS_INLINE bool runsOtherCode() const;
     PRM_ALWAYS_INLINE bool isEvaluated(const PVData& data, Time time, const detail::Protection& protection,
