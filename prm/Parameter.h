@@ -3,6 +3,7 @@
 #include "prm/Export.h"
 #include "prm/Interpolation.h"
 #include "prm/KeyframeData.h"
+#include "prm/ParameterOptions.h"
 #include "prm/ParameterWithoutType.h"
 #include "prm/TimeSpan.h"
 #include "prm/ValueType.h"
@@ -13,8 +14,6 @@
 #include "prm/track/SourceViews.h"
 #include "prm/track/Track.h"
 #include "prm/untyped/VirtualTable.h"
-
-#include <QFlags>
 
 #include <atomic>
 #include <cstdint>
@@ -31,9 +30,8 @@ template <class T> class PRM_EXPORT Parameter;
 template <class T> class PRM_EXPORT CurveParameter;
 
 namespace detail {
-struct InsertionPlace;
-
 class Ask;
+struct InsertionPlace;
 struct UntypedAnswers;
 template <class T> struct Shown;
 
@@ -45,16 +43,6 @@ PRM_EXPORT void default_Parameter_setVariantValue_impl(Parameter<T>& parameter, 
                                                        const Context& context);
 
 } // namespace detail
-
-/// The options of a new parameter.
-enum ParameterOption : quint32 {
-    Keyframed = 1,  ///< a value set at a time becomes a keyframe
-    Splittable = 2, ///< views may have data of their own
-    Locked = 4,     ///< a flag for the host
-    Hidden = 8      ///< a flag for the host, and a line in project text
-};
-Q_DECLARE_FLAGS(ParameterOptions, ParameterOption)
-Q_DECLARE_OPERATORS_FOR_FLAGS(ParameterOptions)
 
 /// An animatable parameter of value type T. Each view has either a static value or a list of keyframes in ascending
 /// order of time. Times are in frames.
@@ -417,6 +405,7 @@ private:
     Traits ownTraits() const { return {Parameter::isKeyframed(), Parameter::splittable()}; }
     View sourceView(const FastViewMap& map, const View& view, Traits traits, detail::SourceViews& sources) const;
     PRM_NEVER_INLINE T shownValue(const Context& context, Cache* cache) const;
+    PRM_NEVER_INLINE T generalValue(const Context& context, Cache* cache) const;
     T ownValue(const Context& context, Cache* cache) const;
     PRM_ALWAYS_INLINE bool runsOtherCode() const;
     PRM_ALWAYS_INLINE bool isEvaluated(const PVData& data, Time time, const detail::Protection& protection,

@@ -101,6 +101,9 @@ struct Retiming;
 // prm/MoveKeyframeEdit.h
 class MoveKeyframeEdit;
 
+// prm/ParameterOptions.h
+// ParameterOption, ParameterOptions: Keyframed, Splittable, Locked, Hidden
+
 // prm/Parameter.h
 class Cache; // the host's
 template <class T> class Parameter;

@@ -48,12 +48,45 @@ std::unique_ptr<Number> curve(int keyframes, const IType& shape) {
     return made;
 }
 
-void values(int keyframes, const IType& shape, Bench::Order order) {
-    const auto number = curve(keyframes, shape);
+void values(const Number& number, int keyframes, Bench::Order order, View view = View()) {
     const std::vector<double> times = Bench::timesWithin(keyframes, order);
     double sum = 0.0;
-    countWarm([&](int i) { sum += number->value(Time::fromDouble(times[static_cast<std::size_t>(i)])); });
+    countWarm(
+        [&](int i) { sum += number.value(Prm::Context(Time::fromDouble(times[static_cast<std::size_t>(i)]), view)); });
     benchmark::DoNotOptimize(sum);
+}
+
+void values(int keyframes, const IType& shape, Bench::Order order) {
+    values(*curve(keyframes, shape), keyframes, order);
+}
+
+void valuesOfTwoViews() {
+    constexpr int keyframes = 1000;
+    const auto number = curve(keyframes, {Interpolation::Linear});
+    number->setSplittable(true);
+    number->uniquifyView(View(1));
+    values(*number, keyframes, Bench::Order::FrameAfterFrame, View(1));
+}
+
+void valuesOfMaster() {
+    constexpr int keyframes = 1000;
+    const auto master = curve(keyframes, {Interpolation::Linear});
+    Number tied(QStringLiteral("tied"));
+    master->bAddConstrainedParameter(&tied);
+    values(tied, keyframes, Bench::Order::FrameAfterFrame);
+}
+
+void valuesByHook() {
+    class WithHook : public Number {
+        double interpolateValue(const Prm::BoundingKeyframes& around, const Prm::Context& context,
+                                Prm::Cache* cache) const override {
+            return Number::interpolateValue(around, context, cache) + 0.0;
+        }
+    };
+    constexpr int keyframes = 1000;
+    WithHook number;
+    Bench::fill(number, keyframes, {Interpolation::Linear});
+    values(number, keyframes, Bench::Order::FrameAfterFrame);
 }
 
 void staticValues() {
@@ -120,6 +153,9 @@ const std::map<std::string, std::function<void()>>& paths() {
         {"value, linear, 100000 keyframes, in order", [] { values(100000, linear, Bench::Order::FrameAfterFrame); }},
         {"value, linear, 1000 keyframes, random", [] { values(1000, linear, Bench::Order::Random); }},
         {"value, Bezier, 2 keyframes", [] { values(2, Bench::ease(), Bench::Order::Random); }},
+        {"value, linear, 1000 keyframes in each of two views, in order", valuesOfTwoViews},
+        {"value, linear, 1000 keyframes of a master, in order", valuesOfMaster},
+        {"value, linear, 1000 keyframes, by a hook, in order", valuesByHook},
         {"sampleValues, linear, one of 1000", samples},
         {"vSetValue, appending", appends},
         {"vSetValue, changing", changedValues},

@@ -18,6 +18,14 @@ template <class Block> class BlockList {
 public:
     using Owned = std::unique_ptr<Block>;
 
+    BlockList() = default;
+    BlockList(BlockList&& other) noexcept { *this = std::move(other); }
+    BlockList& operator=(BlockList&& other) noexcept {
+        m_pieces.swap(other.m_pieces);
+        std::swap(m_size, other.m_size);
+        return *this;
+    }
+
     bool empty() const { return m_size == 0; }
     std::size_t size() const { return m_size; }
     /// There must be one.

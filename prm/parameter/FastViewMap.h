@@ -11,6 +11,7 @@
 #include <boost/ptr_container/exception.hpp>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <memory>
 #include <optional>
@@ -82,8 +83,9 @@ private:
 /// The per-view storage of one parameter.
 ///
 /// Its shape (which views have data) is changed by the owning thread only. Readers reach a block without touching the
-/// lists as long as every view reads the same one. Otherwise they protect the template while they look into them: the
-/// owning thread has the template exclusively while it changes the lists, and the parameter's settings with them.
+/// lists as long as every view reads the same one, and the own data of a view with a small id. Otherwise they protect
+/// the template while they look into the lists: the owning thread has the template exclusively while it changes them,
+/// and the parameter's settings with them.
 template <class T> class FastViewMap : public ParameterWithoutTypeBase::FastViewMapBase {
 public:
     using Block = PVData<T>;
@@ -92,18 +94,18 @@ public:
     /// A deep copy, template included.
     FastViewMap(const FastViewMap& other)
         : FastViewMapBase(other.viewList()), m_slots(other.m_slots), m_template(other.m_template, View::INVALID()) {
-        publish(copyOf(other));
+        publish(copyForReplacing(other));
     }
     /// A copy of the views, over a template of its own.
     FastViewMap(const FastViewMap& other, const T& defaultValue)
         : FastViewMapBase(other.viewList()), m_slots(other.m_slots), m_template(defaultValue) {
-        publish(copyOf(other));
+        publish(copyForReplacing(other));
     }
     /// A copy of the template, too. Where copying a value throws, the views are as they were.
     FastViewMap& operator=(const FastViewMap& other) {
         if (this == &other)
             return *this;
-        Blocks blocks = copyOf(other);
+        Blocks blocks = copyForReplacing(other);
         std::vector<View> views = other.viewList();
         {
             const Exclusive scope(m_template);
@@ -120,7 +122,7 @@ public:
     /// Takes over the other's views, but not its template. Readers see all of the change or none of it, together with
     /// what `andAlso` changes, which must not throw; an exception changes nothing.
     template <class Function> void assignViews(const FastViewMap& other, const Function& andAlso) {
-        Blocks blocks = copyOf(other);
+        Blocks blocks = copyForReplacing(other);
         std::vector<View> views = other.viewList();
         replace(std::move(views), std::move(blocks), other.m_slots, andAlso);
     }
@@ -132,8 +134,8 @@ public:
 
     /// How many views have data.
     std::size_t count() const {
-        if (m_several)
-            return m_several->size();
+        if (hasSeveral())
+            return m_several->list.size();
         return m_only.load(std::memory_order_relaxed) == &m_template ? 0 : 1;
     }
 
@@ -167,13 +169,9 @@ public:
     void remove(View view) {
         const Replacement scope(m_template, {ownBlock(view)});
         Blocks blocks = takeAll();
-        if (blocks.several) {
-            static_cast<void>(blocks.several->take(view).release());
-            if (blocks.several->size() == 1)
-                blocks = Blocks{blocks.several->take(blocks.several->first()->view), nullptr};
-        } else {
-            static_cast<void>(blocks.one.release());
-        }
+        static_cast<void>((blocks.one ? std::move(blocks.one) : blocks.several.take(view)).release());
+        if (blocks.several.size() == 1)
+            blocks.one = blocks.several.take(blocks.several.first()->view);
         const auto place = placeInList(view);
         if (place)
             m_realViews.erase(*place);
@@ -190,7 +188,7 @@ public:
 
     /// For the owning thread: the first of its invariants that does not hold, or null.
     const char* brokenInvariant() const {
-        if (m_several && m_several->size() < 2)
+        if (hasSeveral() && count() < 2)
             return "a list of views is too short";
         std::vector<View> found;
         bool own = true;
@@ -198,11 +196,13 @@ public:
             found.push_back(block.view);
             own = own && findRealViewData(block.view) == &block;
         });
+        for (quint32 id = 0; m_several && id < Several::reachable; ++id)
+            own = own && m_several->own[id].load() == (hasSeveral() ? ownBlock(View(id)) : nullptr);
         if (!own)
             return "a real view does not find its own data";
         if (found != viewList() || found.size() != count() || !std::is_sorted(found.begin(), found.end()))
             return "the list of views is not that of the views with data";
-        const Block* const only = m_several ? nullptr : &resolve(View::INVALID());
+        const Block* const only = hasSeveral() ? nullptr : &resolve(View::INVALID());
         return m_only.load() == only ? nullptr : "views borrow other data than those of the source view";
     }
 
@@ -221,6 +221,14 @@ public:
         const Block* const only = m_only.load(std::memory_order_acquire);
         return only && protection.protect(only, m_only) ? only : nullptr;
     }
+    /// The same for one of several views, if it has data of its own and a small id.
+    PRM_ALWAYS_INLINE const Block* protectOwn(Protection& protection, View view) const {
+        if (m_only.load(std::memory_order_acquire) || view.id() >= Several::reachable)
+            return nullptr;
+        const std::atomic<Block*>& own = m_several->own[view.id()];
+        const Block* const block = own.load(std::memory_order_acquire);
+        return block && protection.protect(block, own) ? block : nullptr;
+    }
 
     /// The same for the template.
     const Block& protectTemplate(Protection& protection) const {
@@ -231,8 +239,8 @@ public:
 
     /// The views with data around one. For the owning thread, and for `choose`.
     ViewsAround viewsAround(View view) const {
-        if (m_several)
-            return m_several->around(view);
+        if (hasSeveral())
+            return m_several->list.around(view);
         return count() == 0 ? ViewsAround() : ViewsAround(sourceBlock()->view);
     }
 
@@ -241,38 +249,53 @@ private:
     /// The blocks of all views: that of one alone without a list, for few parameters ever have more.
     struct Blocks {
         std::unique_ptr<Block> one;
-        std::unique_ptr<List> several;
+        List several;
+    };
+    /// Where several views have data: those of all views, and again those of the first views, for readers.
+    struct Several {
+        static constexpr quint32 reachable = 4;
+
+        List list;
+        std::array<std::atomic<Block*>, reachable> own{};
     };
 
-    static Blocks copyOf(const FastViewMap& other) {
+    /// A copy of the other's blocks, and what is needed to publish it.
+    Blocks copyForReplacing(const FastViewMap& other) {
         Blocks copy;
-        if (other.m_several)
-            copy.several = std::make_unique<List>();
         other.forEach([&](const Block& block) {
             auto made = std::make_unique<Block>(block, block.view);
-            if (copy.several) {
-                copy.several->makeRoom(block.view);
-                copy.several->add(std::move(made));
+            if (other.hasSeveral()) {
+                copy.several.makeRoom(block.view);
+                copy.several.add(std::move(made));
             } else {
                 copy.one = std::move(made);
             }
         });
+        if (other.hasSeveral())
+            prepareSeveral();
         return copy;
     }
+    void prepareSeveral() {
+        if (!m_several)
+            m_several = std::make_unique<Several>();
+    }
+    bool hasSeveral() const { return !m_only.load(std::memory_order_relaxed); }
 
     template <class Function> void forEach(const Function& function) const {
-        if (m_several)
-            m_several->forEach(function);
+        if (hasSeveral())
+            m_several->list.forEach(function);
         else if (Block* const only = m_only.load(std::memory_order_relaxed); only != &m_template)
             function(*only);
     }
 
     /// The data of the first view that has some, or the template.
-    Block* sourceBlock() const { return m_several ? m_several->first() : m_only.load(std::memory_order_relaxed); }
+    Block* sourceBlock() const {
+        return hasSeveral() ? m_several->list.first() : m_only.load(std::memory_order_relaxed);
+    }
 
     Block* ownBlock(View view) const {
-        if (m_several)
-            return m_several->find(view);
+        if (hasSeveral())
+            return m_several->list.find(view);
         Block* const only = m_only.load(std::memory_order_relaxed);
         return only->view == view ? only : nullptr;
     }
@@ -299,47 +322,49 @@ private:
         Blocks taken;
         if (count() == 1)
             taken.one.reset(m_only.load());
-        taken.several = std::move(m_several);
+        if (m_several)
+            taken.several = std::move(m_several->list);
         return taken;
     }
 
     /// Gives up ownership of the blocks; the caller retires them.
     static void letGo(Blocks blocks) {
         static_cast<void>(blocks.one.release());
-        if (blocks.several)
-            blocks.several->release();
+        blocks.several.release();
     }
 
     void publish(Blocks blocks) {
-        m_several = std::move(blocks.several);
-        if (m_several)
-            m_only.store(nullptr);
-        else
-            m_only.store(blocks.one ? blocks.one.release() : &m_template);
+        if (m_several) {
+            m_several->list = std::move(blocks.several);
+            for (quint32 id = 0; id < Several::reachable; ++id)
+                m_several->own[id].store(m_several->list.empty() ? nullptr : m_several->list.find(View(id)));
+        }
+        const bool isOne = !m_several || m_several->list.empty();
+        m_only.store(!isOne ? nullptr : blocks.one ? blocks.one.release() : &m_template);
     }
 
     Block& insert(View view, const Track<T>& contents) {
         auto made = std::make_unique<Block>(contents, view);
         Block& block = *made;
-        std::unique_ptr<List> list;
+        List list;
         if (count() == 1) {
-            list = std::make_unique<List>();
-            list->makeRoom(view);
+            list.makeRoom(view);
+            prepareSeveral();
         }
         const Exclusive scope(m_template);
-        if (m_several)
-            m_several->makeRoom(view);
+        if (hasSeveral())
+            m_several->list.makeRoom(view);
         if (m_realViews.size() == m_realViews.capacity())
             m_realViews.reserve(std::max<std::size_t>(1, 2 * m_realViews.size()));
         Blocks blocks = takeAll();
         if (blocks.one) {
             blocks.several = std::move(list);
-            blocks.several->add(std::move(blocks.one));
+            blocks.several.add(std::move(blocks.one));
         }
-        if (blocks.several)
-            blocks.several->add(std::move(made));
-        else
+        if (blocks.several.empty())
             blocks.one = std::move(made);
+        else
+            blocks.several.add(std::move(made));
         if (const auto place = placeInList(view))
             m_realViews.insert(*place, view);
         m_slots = std::max(m_slots, view.id() + 1);
@@ -382,8 +407,8 @@ private:
     quint32 m_slots = 0;
     /// The block that every view reads; null when several views have data, and the lists must be asked.
     std::atomic<Block*> m_only{&m_template};
-    /// All of them where several views have data.
-    std::unique_ptr<List> m_several;
+    /// Made when several views have data for the first time; stays, because readers look into it without protection.
+    std::unique_ptr<Several> m_several;
     /// What new views and reads without data begin with. Its mark also keeps readers out of the lists.
     Block m_template;
 };

@@ -289,7 +289,23 @@ template <class T> T Parameter<T>::value(const Context& context, Cache* cache) c
     return shownValue(context, cache);
 }
 
+/// Tried next: a master, and the own data of one of several views.
 template <class T> T Parameter<T>::shownValue(const Context& context, Cache* cache) const {
+    const quint64 before = detail::masterChanges.load();
+    const Parameter& shown = shownParameter();
+    if (!shown.runsOtherCode()) {
+        T value{};
+        detail::Protection protection;
+        const PVData* data = shown.m_views.protectShared(protection);
+        if (!data && shown.Parameter::splittable())
+            data = shown.m_views.protectOwn(protection, context.view);
+        if (data && shown.isEvaluated(*data, context.time, protection, value) && detail::masterChanges.load() == before)
+            return value;
+    }
+    return generalValue(context, cache);
+}
+
+template <class T> T Parameter<T>::generalValue(const Context& context, Cache* cache) const {
     return askShown([&](const Parameter& shown) { return shown.ownValue(context, cache); },
                     [&](const Parameter& shown) { return shown.value(context, cache); });
 }
