@@ -70,7 +70,7 @@ int main() {
 
     Prm::ProjectFile project(root);
     project.loadText(oldFile);
-    out << "lines that nobody took: " << project.report().size() << '\n';
+    out << "lines that no member took: " << project.report().size() << '\n';
     out << "lens.blur    " << blur.value(Time::fromInt(0)) << '\n';
     out << "logo.scale   " << scale.value(Time::fromInt(0)) << '\n';
     for (const int frame : {0, 5, 10})

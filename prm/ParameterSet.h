@@ -246,7 +246,7 @@ private:
     bool listSubset(ParameterSet& subset, const boost::shared_ptr<ParameterSet>& owner, std::size_t position);
     void joinTree(ParameterSet& subset);
     void copyMembersFrom(const ParameterSet& other);
-    void letGoOfMembers();
+    void releaseMembers();
     bool isOrIsAbove(const ParameterSet& set, QSet<const ParameterSet*>& shared) const;
     void enlist(BasicParameter& parameter, int list);
     void delist(BasicParameter& parameter);

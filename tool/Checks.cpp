@@ -77,7 +77,7 @@ private:
 
     void checkSettings(int node) {
         for (const int line : m_text.node(node).lines) {
-            const QString value = toText(textBehindEquals(m_text.line(line)));
+            const QString value = toText(textAfterEquals(m_text.line(line)));
             const Key key = m_text.key(line);
             Prm::Extrapolation kind{};
             if (key == Key::Views && !(value.startsWith('[') && value.endsWith(']')))
@@ -156,7 +156,7 @@ private:
                 add(m_text.node(node).masterLine, "'%1' follows itself in a circle", m_text.path(node));
             const int line = m_text.node(start).masterLine;
             if (line >= 0 && m_text.masterOf(start) < 0)
-                add(line, "no parameter '%1' to follow", toText(textBehindEquals(m_text.line(line))));
+                add(line, "no parameter '%1' to follow", toText(textAfterEquals(m_text.line(line))));
         }
     }
 

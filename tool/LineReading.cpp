@@ -94,7 +94,7 @@ LineReading readLine(std::string_view line) {
     return reading;
 }
 
-std::string_view textBehindEquals(std::string_view line) {
+std::string_view textAfterEquals(std::string_view line) {
     const std::size_t equals = line.find('=');
     return equals == std::string_view::npos ? std::string_view() : line.substr(equals + 1);
 }

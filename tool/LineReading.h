@@ -38,7 +38,7 @@ struct LineReading {
 LineReading readLine(std::string_view line);
 
 /// The text after the first "=".
-std::string_view textBehindEquals(std::string_view line);
+std::string_view textAfterEquals(std::string_view line);
 /// The text of the time in a keyframe's declaration, empty where there is none.
 std::string_view keyframeTimeText(std::string_view line);
 /// That time as the library reads it, but 0 where it is no number.

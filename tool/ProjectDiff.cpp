@@ -122,7 +122,7 @@ private:
         std::map<std::string, QString> values;
         for (int i = 0; i < text.lineCount() && text.key(i) == Key::Header; ++i) {
             const std::string_view line = text.line(i);
-            values[std::string(line.substr(0, line.find(".value=")))] = toText(textBehindEquals(line)).trimmed();
+            values[std::string(line.substr(0, line.find(".value=")))] = toText(textAfterEquals(line)).trimmed();
         }
         return values;
     }

@@ -169,14 +169,14 @@ int ProjectText::masterOf(int node) const {
     const int line = this->node(node).masterLine;
     if (line < 0)
         return -1;
-    const std::string_view path = textBehindEquals(this->line(line));
+    const std::string_view path = textAfterEquals(this->line(line));
     const int master = findNode(path.substr(0, path.find('=')));
     return master >= 0 && this->node(master).isParameter() ? master : -1;
 }
 
 QString ProjectText::groupName(int node) const {
     const int line = this->node(node).nameLine;
-    return line < 0 ? QString() : toText(textBehindEquals(this->line(line)));
+    return line < 0 ? QString() : toText(textAfterEquals(this->line(line)));
 }
 
 int ProjectText::groupOf(int node) const {

@@ -291,7 +291,7 @@ private:
         const bool hasView = View::extractStringPrefix(whole, ofWhole);
         for (Part& part : read) {
             QString rest = whole;
-            if ((part.name.isEmpty() || detail::behindName(whole, part.name, rest)) && part.parameter &&
+            if ((part.name.isEmpty() || detail::afterName(whole, part.name, rest)) && part.parameter &&
                 readPart(hasView ? inView(ofWhole, rest) : rest, part))
                 return true;
         }

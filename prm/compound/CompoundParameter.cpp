@@ -201,7 +201,7 @@ bool CompoundParameter::streamInValue(const QString& line, const ProjectFileVers
     } else {
         PartWalk(*this).forEach([&](ParameterWithoutType& parameter) {
             QString rest;
-            if (!taken && detail::behindName(line, parameter.scriptName(), rest))
+            if (!taken && detail::afterName(line, parameter.scriptName(), rest))
                 taken = parameter.streamInValue(rest, version, convert);
         });
     }

@@ -118,10 +118,10 @@ private:
 
     /// Where the view's block is or belongs: perhaps after the last one of a piece.
     Place placeOf(View view) const {
-        const auto startsBehind = [](View sought, const Piece& piece) {
+        const auto startsAfter = [](View sought, const Piece& piece) {
             return !piece.empty() && sought < piece.front()->view;
         };
-        const auto next = std::upper_bound(m_pieces.begin(), m_pieces.end(), view, startsBehind);
+        const auto next = std::upper_bound(m_pieces.begin(), m_pieces.end(), view, startsAfter);
         const auto piece = next == m_pieces.begin() ? next : next - 1;
         const auto isBefore = [](const Owned& block, View sought) { return block->view < sought; };
         const auto position = std::lower_bound(piece->begin(), piece->end(), view, isBefore);

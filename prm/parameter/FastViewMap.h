@@ -116,7 +116,7 @@ public:
     }
     ~FastViewMap() override {
         forEach([](Block& block) { retire(&block); });
-        letGo(takeAll());
+        release(takeAll());
     }
 
     /// Takes over the other's views, but not its template. Readers see all of the change or none of it, together with
@@ -328,7 +328,7 @@ private:
     }
 
     /// Gives up ownership of the blocks; the caller retires them.
-    static void letGo(Blocks blocks) {
+    static void release(Blocks blocks) {
         static_cast<void>(blocks.one.release());
         blocks.several.release();
     }
@@ -378,7 +378,7 @@ private:
         former.reserve(count());
         forEach([&](Block& block) { former.push_back(&block); });
         const Replacement scope(m_template, std::move(former));
-        letGo(takeAll());
+        release(takeAll());
         m_realViews.swap(views);
         m_isOutdated = false;
         m_slots = slotCount;

@@ -75,10 +75,10 @@ template <class T> const QString& StaticParameter<T>::scriptName() const {
 
 template <class T> bool StaticParameter<T>::setFromScriptString(const QString& line, const ProjectFileVersion&) {
     QString rest;
-    if (!detail::behindName(line, scriptName(), rest) || !detail::hasKey(rest, ParameterStrings::value))
+    if (!detail::afterName(line, scriptName(), rest) || !detail::hasKey(rest, ParameterStrings::value))
         return false;
     T read{};
-    readInto(read, detail::textBehind(line));
+    readInto(read, detail::textAfter(line));
     setValue(read);
     return true;
 }

@@ -168,7 +168,7 @@ private:
     bool readStaticValue(const QString& line, View view, bool prefixed) {
         if (!detail::hasKey(line, ParameterStrings::value))
             return false;
-        const QString text = detail::textBehind(line);
+        const QString text = detail::textAfter(line);
         const T value = ValueType<T>::read(m_convert ? m_convert(text) : text);
         const auto store = [&] {
             if (PVData* const data = m_parameter.targetData(view))

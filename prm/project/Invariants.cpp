@@ -69,9 +69,9 @@ const char* Invariants::brokenInLinks(const ParameterWithoutType& parameter) {
 }
 
 const char* Invariants::brokenInUnion(const CompoundParameter& compound) {
-    const CompoundParameter::UpstreamParameters& heard = compound.extraData().upstreamParameters;
+    const CompoundParameter::UpstreamParameters& upstream = compound.extraData().upstreamParameters;
     for (const auto& part : compound.parameters()) {
-        if (!heard.contains(part.get()))
+        if (!upstream.contains(part.get()))
             return "the compound does not listen to one of its parts";
     }
     const std::vector<View> views = compound.viewList();

@@ -34,7 +34,7 @@ const QString& MovedParameter::scriptName() const {
 
 bool MovedParameter::setFromScriptString(const QString& line, const ProjectFileVersion& version) {
     QString rest;
-    if (!detail::behindName(line, m_scriptName, rest))
+    if (!detail::afterName(line, m_scriptName, rest))
         return false;
     m_streamedVersion = version;
     m_streamedText = rest;

@@ -66,7 +66,7 @@ ParameterSet::~ParameterSet() {
         m_parents.last().set->removeSubset(*this);
     // Members that are deleted may add others.
     while (hasMembers())
-        letGoOfMembers();
+        releaseMembers();
 }
 
 quint64 ParameterSet::nextNumber() {
@@ -91,14 +91,14 @@ void ParameterSet::copyMembersFrom(const ParameterSet& other) {
         }
     } catch (...) {
         // A constructor that throws has no destructor: the members must not remember a set that is gone.
-        letGoOfMembers();
+        releaseMembers();
         throw;
     }
 }
 
 /// Removes all members before any of them is deleted, because a deletion may call back, and delete this set. Allocates
 /// nothing, because the destructor calls it.
-void ParameterSet::letGoOfMembers() {
+void ParameterSet::releaseMembers() {
     auto parameters = std::exchange(m_parameters, {});
     const auto basicParameters = std::exchange(m_basicParameters, {});
     auto owned = std::exchange(m_ownedBasicParameters, {});
@@ -220,7 +220,7 @@ void ParameterSet::clearAllLists() {
         });
     }
     while (guard.alive() && hasMembers())
-        letGoOfMembers();
+        releaseMembers();
 }
 
 } // namespace Prm

@@ -194,7 +194,7 @@ ParameterSet::Reading ParameterSet::readInOrder(const Order& order, int from, in
 ParameterSet::Reading ParameterSet::offerToSubset(const Subset& listed, QStringView line,
                                                   const ProjectFileVersion& version) {
     QStringView rest;
-    if (!detail::behindName(line, listed.set->scriptName(), rest))
+    if (!detail::afterName(line, listed.set->scriptName(), rest))
         return Reading::NotMine;
     // Kept alive: its observers may take it out of the set.
     const Subset subset = listed;

@@ -23,16 +23,16 @@ inline bool beginsWith(QStringView text, QStringView start) {
 }
 
 /// Takes "name." off a line into `rest`; false when the line belongs to another name.
-inline bool behindName(QStringView line, QStringView name, QStringView& rest) {
+inline bool afterName(QStringView line, QStringView name, QStringView& rest) {
     if (line.size() <= name.size() || line[name.size()] != QLatin1Char('.') || !beginsWith(line, name))
         return false;
     rest = line.mid(name.size() + 1);
     return true;
 }
 
-inline bool behindName(const QString& line, const QString& name, QString& rest) {
+inline bool afterName(const QString& line, const QString& name, QString& rest) {
     QStringView found;
-    const bool isIts = behindName(QStringView(line), QStringView(name), found);
+    const bool isIts = afterName(QStringView(line), QStringView(name), found);
     if (isIts)
         rest = found.toString();
     return isIts;
@@ -57,7 +57,7 @@ inline QString textBetween(const QString& line) {
 }
 
 /// Everything after the first "=".
-inline QString textBehind(const QString& line) {
+inline QString textAfter(const QString& line) {
     const int start = line.indexOf(QLatin1Char('='));
     return start < 0 ? QString() : line.mid(start + 1);
 }

@@ -131,7 +131,7 @@ bool ParameterWithoutType::bRemoveConstrainedParameter(ParameterWithoutType* par
         return false;
     const detail::LifeGuard self(*this);
     const detail::LifeGuard other(*parameter);
-    const auto letGo = [&] {
+    const auto release = [&] {
         // Observers of the copy may have deleted either side or tied the parameter elsewhere.
         if (self.alive() && other.alive() && parameter->masterParameter() == this)
             parameter->tieTo(nullptr, nullptr);
@@ -141,10 +141,10 @@ bool ParameterWithoutType::bRemoveConstrainedParameter(ParameterWithoutType* par
     } catch (const std::bad_alloc&) {
         throw; // nothing was copied
     } catch (...) {
-        letGo(); // copied and announced
+        release(); // copied and announced
         throw;
     }
-    letGo();
+    release();
     return true;
 }
 

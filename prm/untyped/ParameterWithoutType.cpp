@@ -179,12 +179,12 @@ bool ParameterWithoutType::readLine(QStringView line, const ProjectFileVersion& 
 
 bool ParameterWithoutType::readNamed(QStringView line, const ProjectFileVersion& version) {
     QStringView rest;
-    if (detail::behindName(line, m_scriptName, rest))
+    if (detail::afterName(line, m_scriptName, rest))
         return readRest(rest, version, {});
     // A copy: reading may notify observers, and those may add names.
     const QMap<QString, TextConversion> additionalNames = extraData().additionalScriptNames;
     for (auto name = additionalNames.cbegin(); name != additionalNames.cend(); ++name) {
-        if (detail::behindName(line, name.key(), rest))
+        if (detail::afterName(line, name.key(), rest))
             return readRest(rest, version, name.value());
     }
     return false;

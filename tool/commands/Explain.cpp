@@ -94,7 +94,7 @@ void tellOfMaster(const ProjectText& text, int node) {
     const int line = text.node(node).masterLine;
     if (line < 0)
         return;
-    const QString name = toText(textBehindEquals(text.line(line)));
+    const QString name = toText(textAfterEquals(text.line(line)));
     const bool isMissing = text.masterOf(node) < 0;
     tell(isMissing ? "%1: no parameter '%2' to follow" : "%1: follows '%2', which closes a circle", text.path(node),
          name);
