@@ -40,7 +40,7 @@ public:
 private:
     void readAll() {
         m_rows.clear();
-        m_project.forEachParameterAndPart([this](Prm::ParameterWithoutType* parameter) { read(*parameter); });
+        m_project.forEachBasicParameter([this](const Prm::BasicParameter* parameter) { read(*parameter); });
     }
     void read(const Prm::BasicParameter& parameter) {
         m_rows[&parameter] = parameter.allKeyframes();

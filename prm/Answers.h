@@ -32,8 +32,9 @@ namespace Prm {
 template <class T> using CurvePoint = std::pair<Time, T>;
 
 /// The longest span around the context's time in which the value stays the same, by `ValueType<T>::equal`; it contains
-/// that time. It ends at keyframes or is endless; that of types that round may end between keyframes. In a view that
-/// blends others it ends where one of these changes. Takes O(log keyframes), and O(1) for each keyframe that it passes.
+/// that time. It ends at keyframes or is endless; that of `int` and `unsigned int` may end between keyframes. In a view
+/// that blends others it ends where one of these changes. Takes O(log keyframes), and O(1) for each keyframe that it
+/// passes.
 template <class T> TimeSpan constantAround(const Parameter<T>& parameter, const Context& context);
 
 /// The same for parameters of any kind. A static parameter is constant; a compound is while all its subparameters are;
@@ -54,7 +55,8 @@ PRM_EXPORT bool isConstant(const BasicParameter& parameter, const View& view, co
 ///   rounding of that end may be outside by as much.
 /// - A view that blends others: contains every value; wider where the others differ in the same stretch.
 /// - Linear extrapolation in an endless span: infinite, or the limits of the type.
-/// - Where a value is not a number, and where values cannot be known: the limits of the type.
+/// - Where a value is not a number, and where values cannot be known: the limits of the type. Twice NaN if all values
+///   are NaN.
 /// - An empty span: the value at its beginning.
 ///
 /// Takes O(log keyframes + keyframes in the span).
@@ -78,9 +80,11 @@ QVector<KeyframeData<T>> keyframes(const Parameter<T>& parameter, const View& vi
 /// - `resolution`, in frames, is what an editor cannot show apart, normally the width of a pixel. Of each stretch of
 ///   that length with more than four keyframes, only the first and the last value, the least and the greatest are
 ///   returned, the latter two in its middle. 0, the default: everything.
-/// - Endless spans are cut at the first and the last keyframe. Excluded ends are included.
-/// - Tolerances below 1e-8 of the change of a Bezier segment count as that, and values that are rounded are not
-///   resolved finer than 1/65536 of their range between two keyframes.
+/// - Endless spans are cut at the first and the last keyframe. At an excluded end the curve begins or ends at the next
+///   time in the span.
+/// - A tolerance that is negative or NaN counts as 0. Tolerances below 1e-8 of the change of a Bezier segment count as
+///   that, and `int` and `unsigned int` are not resolved finer than 1/65536 of their range between two keyframes.
+/// - Of a host's type that rounds, the tolerance is that of the curve before rounding.
 /// - Segments with a function of a host's are sampled at 64 times, parameters with hooks at 1025: there the tolerance
 ///   is not promised.
 ///

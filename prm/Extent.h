@@ -49,7 +49,7 @@ public:
     bool isEmpty() const { return m_parameters.empty() && m_came.isEmpty() && m_went.isEmpty() && m_renamed.isEmpty(); }
     /// Whether any value may differ at the time in the view.
     bool touches(const Context& context) const;
-    /// Whether the parameter's value may differ there. Takes O(1), and O(log spans).
+    /// Whether the parameter's value may differ at the time in the view. Takes O(log spans).
     bool touches(const BasicParameter* parameter, const Context& context) const;
     /// The times at which any value may differ in the view.
     TimeSpans in(View view) const;
@@ -97,9 +97,8 @@ private:
 /// that very record; it stays right when the parameter changes further. Takes O(log keyframes), and longer with many
 /// views, parameters that show this one, and compounds.
 ///
-/// - The record does not say what the state was before PARAMETER_ASSIGNED, VIEW_CLEARED and VALUE_CHANGED: the extent
-/// is
-///   all times. `differenceOf` and `ChangedSince` compare the states.
+/// - The record does not contain the state before PARAMETER_ASSIGNED, VIEW_CLEARED and VALUE_CHANGED: all times. Undo
+///   of an edit of keyframes emits PARAMETER_ASSIGNED. `differenceOf` and `ChangedSince` compare states.
 /// - The parameters constrained to this one and the compounds that list it are included, and so on. A parameter with a
 ///   master shows that one: its own edits change nothing.
 /// - Hooks of a host's class may compute any value from any keyframe: all times in all views. A class that reads other
@@ -120,8 +119,8 @@ PRM_EXPORT Extent extentOf(const ParameterChange& change);
 /// \threads The owning thread of both.
 PRM_EXPORT Extent differenceOf(const ParameterWithoutType& before, const ParameterWithoutType& after);
 
-/// The same with a snapshot, taken by `exportState`, of the parameter itself, without its master. All times for a
-/// snapshot of another kind.
+/// The same with a snapshot, taken by `exportState`, of the parameter itself, without its master. The default value,
+/// which a snapshot does not contain, is not compared. All times for a compound, and for a snapshot of another kind.
 ///
 /// \threads The owning thread.
 PRM_EXPORT Extent differenceOf(const Bsc::MementoBase& before, const ParameterWithoutType& after);

@@ -20,9 +20,8 @@ class ParameterSet;
 /// if there is one more keyframe on a straight line.
 ///
 /// - A parameter adds the name of its value type and its values, those of its master if there is one.
-/// - A static parameter adds its value, as a constant parameter of that type does; a moved parameter, which has no
-/// value
-///   of its own, only that it is there.
+/// - A static parameter adds its value, as a constant parameter of that type does. A moved parameter has no value and
+///   adds only a mark.
 /// - A compound and a set add all that they hold, in order (`ParameterSet::members`): for sets that differ in structure
 ///   hashes differ.
 /// - A function that a host registered for a custom kind counts as the number of that kind: use another number for

@@ -44,7 +44,7 @@ struct PRM_EXPORT TimeSpan {
     bool withTo = false;
 };
 
-/// Whether the same times are in both; all empty spans are equal.
+/// Whether both have the same ends, each included in both or in neither; all empty spans are equal.
 PRM_EXPORT bool operator==(const TimeSpan& a, const TimeSpan& b);
 inline bool operator!=(const TimeSpan& a, const TimeSpan& b) {
     return !(a == b);

@@ -249,8 +249,9 @@ double easedSlope(const IType& shape, double x) {
 }
 
 void addFlatParts(const IType& shape, double from, double to, double tolerance, std::vector<double>& parts) {
+    constexpr double largest = 1e200; // beyond it the estimate of the error may overflow
     const Curve curve(shape);
-    if (isStraightEasing(shape) || !std::isfinite(curve.height))
+    if (isStraightEasing(shape) || !(std::abs(shape.y1) <= largest && std::abs(shape.y2) <= largest))
         return;
     const double least = std::max(0x1p-26 * curve.height, tolerance);
     addFlat(curve, curve.parameterAt(from), curve.parameterAt(to), least, 0, parts);

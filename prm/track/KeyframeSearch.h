@@ -50,11 +50,17 @@ bool findKeyframeAtTime(const QVector<KeyframeData<T>>& keyframes, const Time& t
     return true;
 }
 
-/// The position of the nearest keyframe, the later one of two that are equally near. There must be a keyframe.
-template <class Keyframe> int nearestPosition(const QVector<Keyframe>& keyframes, Time time) {
+/// The position of the first keyframe after the time, or the number of keyframes. Several may be at one time.
+template <class Keyframe> int firstAfter(const QVector<Keyframe>& keyframes, Time time) {
     int next = lowerBound(keyframes, time);
     while (next < keyframes.size() && !(keyframes.at(next).time > time))
         ++next;
+    return next;
+}
+
+/// The position of the nearest keyframe, the later one of two that are equally near. There must be a keyframe.
+template <class Keyframe> int nearestPosition(const QVector<Keyframe>& keyframes, Time time) {
+    const int next = firstAfter(keyframes, time);
     if (next == keyframes.size())
         return next - 1;
     if (next == 0)
@@ -64,11 +70,9 @@ template <class Keyframe> int nearestPosition(const QVector<Keyframe>& keyframes
     return ahead <= behind ? next : next - 1;
 }
 
-/// The position of the first keyframe at or after the time, one further if it is at the time; -1 when there is none.
+/// The position of the first keyframe after the time; -1 when there is none.
 template <class Keyframe> int nextPosition(const QVector<Keyframe>& keyframes, Time time) {
-    const int position = lowerBound(keyframes, time);
-    const bool isAtKeyframe = position < keyframes.size() && keyframes.at(position).time == time;
-    const int next = isAtKeyframe ? position + 1 : position;
+    const int next = firstAfter(keyframes, time);
     return next < keyframes.size() ? next : -1;
 }
 

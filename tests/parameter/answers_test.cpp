@@ -112,6 +112,10 @@ TEST(Answers, CurvesAreReducedToWhatCanBeSeen) {
     EXPECT_GE(polyline(many, View(), TimeSpan::all(), 0.1).size(), 2800);
     EXPECT_LE(polyline(many, View(), TimeSpan::all(), 0.1, 100).size(), 401);
     EXPECT_EQ(sampleValues(many, View(), Time::fromInt(-2), 1, 5), (QVector<double>{0, 0, 0, 1, 2}));
+    for (const double handle : {std::numeric_limits<double>::quiet_NaN(), 1.7e308, -infinity, 1e201}) {
+        const auto wild = made<Number, double>({keyOf(0, 0, {Interpolation::Bezier, 1e-9, handle, 0, 0}), keyOf(9, 1)});
+        EXPECT_LE(polyline(*wild, View(), TimeSpan::all(), 0.1).size(), 3) << handle;
+    }
 }
 
 TEST(Answers, HashesOfSetsAreOfAllThatTheyHold) {

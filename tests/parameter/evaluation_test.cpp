@@ -44,6 +44,10 @@ TEST(Evaluation, DisorderedKeyframesGiveValuesWithinReach) {
     parameter.adjustKeyframesTime([](Time time) { return Time::fromDouble(std::fmod(4 * time.toDouble(), 5)); });
     for (int quarter = -8; quarter <= 32; ++quarter)
         EXPECT_LE(std::abs(parameter.value(at(0.25 * quarter))), 20) << quarter;
+    parameter.adjustKeyframesTime([](Time) { return Time(); });
+    Context next = at(-1);
+    EXPECT_TRUE(parameter.bNextKeyframe(next, next));
+    EXPECT_FALSE(parameter.bNextKeyframe(next, next)) << "all are at one time";
 }
 
 /// Adds something to what a master's value is.
