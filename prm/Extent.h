@@ -9,6 +9,8 @@
 #include <QVector>
 #include <boost/container/small_vector.hpp>
 
+#include <utility>
+
 namespace Bsc {
 class MementoBase;
 }
@@ -77,11 +79,13 @@ private:
     friend PRM_EXPORT Extent differenceOf(const Bsc::MementoBase& before, const ParameterWithoutType& after);
 
     struct Reached {
+        Reached(const BasicParameter* of, detail::Reach&& added) : parameter(of), reach(std::move(added)) {}
+
         const BasicParameter* parameter;
         detail::Reach reach;
     };
 
-    bool add(const BasicParameter* parameter, const detail::Reach& reach);
+    bool add(const BasicParameter* parameter, detail::Reach&& reach);
     const detail::Reach* reachOf(const BasicParameter* parameter) const;
     int placeOf(const BasicParameter* parameter) const;
 

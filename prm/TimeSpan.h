@@ -2,11 +2,12 @@
 
 #include "prm/Export.h"
 #include "prm/Time.h"
+#include "prm/track/ShortList.h"
 
-#include <QVarLengthArray>
-
+#include <algorithm>
 #include <initializer_list>
 #include <limits>
+#include <utility>
 
 class QDebug;
 
@@ -56,7 +57,8 @@ inline bool operator!=(const TimeSpan& a, const TimeSpan& b) {
 class PRM_EXPORT TimeSpans {
 public:
     TimeSpans() = default;
-    TimeSpans(const TimeSpan& span) { add(span); }
+    PRM_ALWAYS_INLINE TimeSpans(const TimeSpan& span)
+        : m_spans(span.isEmpty() ? Spans() : Spans(std::in_place, span)) {}
     TimeSpans(std::initializer_list<TimeSpan> spans);
 
     /// Unites the set with the span. Spans that overlap, or meet at an end that one of them includes, become one.
@@ -73,17 +75,20 @@ public:
 
     bool isEmpty() const { return m_spans.isEmpty(); }
     int size() const { return m_spans.size(); }
-    const TimeSpan* begin() const { return m_spans.constData(); }
-    const TimeSpan* end() const { return begin() + size(); }
+    const TimeSpan* begin() const { return m_spans.begin(); }
+    const TimeSpan* end() const { return m_spans.end(); }
 
-    friend bool operator==(const TimeSpans& a, const TimeSpans& b) { return a.m_spans == b.m_spans; }
+    friend bool operator==(const TimeSpans& a, const TimeSpans& b) {
+        return std::equal(a.begin(), a.end(), b.begin(), b.end());
+    }
     friend bool operator!=(const TimeSpans& a, const TimeSpans& b) { return !(a == b); }
 
 private:
+    using Spans = detail::ShortList<TimeSpan>;
+
     const TimeSpan* firstNotBefore(const TimeSpan& span) const;
 
-    /// Most sets have one span, or two.
-    QVarLengthArray<TimeSpan, 2> m_spans;
+    Spans m_spans;
 };
 
 /// As an interval, "[0, 12)"; without times "{}".

@@ -4,6 +4,8 @@
 
 #include "bench/Curves.h"
 #include "bench/ProjectText.h"
+#include "prm/Answers.h"
+#include "prm/Extent.h"
 
 #include <functional>
 #include <gnu/libc-version.h>
@@ -123,6 +125,21 @@ void emissions() {
     countWarm([&](int) { number.emitChange(change); });
 }
 
+void extents() {
+    const auto number = curve(1000, {Interpolation::Linear});
+    const Prm::ParameterChange change(Prm::ParameterChange::KEYFRAME_CHANGED_VALUE, *number, 500);
+    countWarm([&](int) { benchmark::DoNotOptimize(Prm::extentOf(change)); });
+}
+
+/// An editor's window of 800 pixels.
+void polylines() {
+    const auto number = curve(100000, {Interpolation::Linear});
+    const Prm::TimeSpan window{Bench::keyTime(10000), Bench::keyTime(10079), true, true};
+    countWarm([&](int) {
+        benchmark::DoNotOptimize(Prm::polyline(*number, View(), window, 0.1, (window.to - window.from) / 800));
+    });
+}
+
 void snapshots() {
     const auto number = curve(1000, {Interpolation::Linear});
     countWarm([&](int) { number->exportState(); });
@@ -160,6 +177,8 @@ const std::map<std::string, std::function<void()>>& paths() {
         {"vSetValue, appending", appends},
         {"vSetValue, changing", changedValues},
         {"emitChange, no receiver", emissions},
+        {"extentOf, a keyframe's value", extents},
+        {"polyline, 80 of 100000 keyframes", polylines},
         {"exportState", snapshots},
         {"project text, a keyframe's line written", linesWritten},
         {"project text, a keyframe's line read", linesRead},

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 namespace Prm {
 
@@ -62,13 +63,13 @@ public:
         case ParameterChange::KEYFRAME_CHANGED_TIME_VALUE:
         case ParameterChange::VALUE_CHANGED:
         case ParameterChange::VIEW_RESET:
-            return isHidden() ? detail::Reach() : inReaders(writtenView(), [] { return TimeSpan::all(); });
+            return isHidden() ? detail::Reach() : allTimesIn(writtenView());
         case ParameterChange::VIEW_ADDED:
-            return isHidden() ? detail::Reach() : inReaders(m_change.context.view, [] { return TimeSpan::all(); });
+            return isHidden() ? detail::Reach() : allTimesIn(m_change.context.view);
         case ParameterChange::VIEW_REMOVED:
             if (isHidden())
                 return {};
-            return {{m_rules.readersIfAdded(m_change.context.view), TimeSpan::all()}};
+            return detail::Reach(std::in_place, m_rules.readersIfAdded(m_change.context.view), TimeSpan::all());
         case ParameterChange::PARAMETER_CHANGED_EXTRAPOLATION_BEFORE:
         case ParameterChange::PARAMETER_CHANGED_EXTRAPOLATION_AFTER:
             return isHidden() ? detail::Reach() : outsides();
@@ -90,13 +91,16 @@ private:
         const View view = m_change.context.view;
         return view.isValid() || m_rules.list.empty() ? view : m_rules.list.front();
     }
+    /// The data of the only view are read by all views, and so are the default values.
     template <class Times> detail::Reach inReaders(View view, const Times& times) const {
         const bool isOnly = m_rules.list.size() == 1 && m_rules.list.front() == view;
         const bool isAll = isOnly || !m_parameter.m_views.findRealViewData(view);
-        detail::ViewTimes one{isAll ? detail::ViewRanges::all() : m_rules.readersOf(view), times()};
-        if (one.times.isEmpty() || one.views == detail::ViewRanges())
-            return {};
-        return {std::move(one)};
+        detail::ViewRanges readers = isAll ? detail::ViewRanges::all() : m_rules.readersOf(view);
+        TimeSpans when = readers.isEmpty() ? TimeSpans() : times();
+        return when.isEmpty() ? detail::Reach() : detail::Reach(std::in_place, std::move(readers), std::move(when));
+    }
+    detail::Reach allTimesIn(View view) const {
+        return inReaders(view, [] { return TimeSpans(TimeSpan::all()); });
     }
 
     TimeSpans timesOfKeyframes() const {
@@ -144,10 +148,10 @@ private:
             if (!blends<T> || keyframes.size() < 2)
                 continue;
             const bool isBefore = m_change.type == ParameterChange::PARAMETER_CHANGED_EXTRAPOLATION_BEFORE;
-            const TimeSpan times =
+            const TimeSpans times =
                 isBefore ? detail::before(keyframes.first().time) : detail::after(keyframes.last().time);
-            const detail::Reach one = inReaders(view, [&] { return times; });
-            reach.insert(reach.end(), one.begin(), one.end());
+            for (const detail::ViewTimes& one : inReaders(view, [&] { return times; }))
+                reach.append(one);
         }
         return reach;
     }

@@ -53,6 +53,9 @@ template <class T> bool Parameter<T>::learnsToAskHooks() const {
 }
 
 template <class T> const void* Parameter<T>::asTyped(const std::type_info& valueType) const {
+    // Types that differ are compared by name, which takes long: this one is asked in every slot.
+    if (&valueType == &typeid(detail::Differences))
+        return &Differences::ofType();
     if (valueType == typeid(T))
         return this;
     if (valueType == typeid(detail::Differences))

@@ -60,13 +60,16 @@ private:
 
     struct Node {
         explicit Node(const Extent::Member& of)
-            : member(of), guard(of.set ? LifeGuard(*of.set) : LifeGuard(*of.parameter)) {}
+            : member(of), animated(qobject_cast<const ParameterWithoutType*>(of.parameter)),
+              guard(of.set ? LifeGuard(*of.set) : LifeGuard(*of.parameter)) {}
 
         bool isOf(const Extent::Member& now) const {
             return guard.alive() && member.parameter == now.parameter && member.set == now.set;
         }
 
         Extent::Member member;
+        /// The parameter if it animates.
+        const ParameterWithoutType* animated;
         LifeGuard guard;
         QString scriptName;
         QString displayName;
@@ -149,18 +152,18 @@ private:
     static void learn(Node& node) {
         static_cast<void>(takeNames(node));
         const BasicParameter* const parameter = node.member.parameter;
-        const auto* const animated = qobject_cast<const ParameterWithoutType*>(parameter);
-        if (animated && !dynamic_cast<const CompoundParameter*>(animated))
-            node.shown.emplace(*animated);
-        else if (parameter && !animated && !dynamic_cast<const MovedParameter*>(parameter))
+        if (node.animated && !dynamic_cast<const CompoundParameter*>(node.animated))
+            node.shown.emplace(*node.animated);
+        else if (parameter && !node.animated && !dynamic_cast<const MovedParameter*>(parameter))
             node.value = parameter->variantValue(Context(), std::nothrow);
     }
     /// Returns whether they are new.
     static bool takeNames(Node& node) {
-        const auto* const animated = qobject_cast<const ParameterWithoutType*>(node.member.parameter);
         const ParameterSet* const set = node.member.set;
         const QString& scriptName = set ? set->scriptName() : node.member.parameter->scriptName();
-        const QString displayName = set ? set->displayName() : animated ? animated->displayName() : QString();
+        const QString& displayName = set             ? set->displayName()
+                                     : node.animated ? node.animated->displayName()
+                                                     : node.displayName;
         if (scriptName == node.scriptName && displayName == node.displayName)
             return false;
         node.scriptName = scriptName;
@@ -172,7 +175,7 @@ private:
         if (takeNames(node))
             m_extent.m_renamed.append(node.member);
         if (node.shown)
-            compareShown(node, static_cast<const ParameterWithoutType&>(*node.member.parameter));
+            compareShown(node, *node.animated);
         else if (node.value)
             compareValue(node);
         else if (node.member.set)
@@ -200,7 +203,7 @@ private:
             m_extent.add(&compound, everywhere());
         for (const auto& part : compound.parameters()) {
             if (const Reach* const reach = m_extent.reachOf(part.get()))
-                m_extent.add(&compound, *reach);
+                m_extent.add(&compound, Reach(*reach));
         }
     }
 

@@ -3,6 +3,7 @@
 #include "prm/BasicParameter.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Prm {
 
@@ -26,7 +27,7 @@ bool unite(detail::Reach& reach, const detail::ViewTimes& added) {
     const auto isAll = [](const detail::ViewTimes& one) {
         return one.views.isAll() && one.times == TimeSpans(TimeSpan::all());
     };
-    if (reach.size() == 1 && isAll(reach.front()))
+    if (reach.size() == 1 && isAll(*reach.begin()))
         return false;
     if (isAll(added)) {
         reach = detail::everywhere();
@@ -35,12 +36,16 @@ bool unite(detail::Reach& reach, const detail::ViewTimes& added) {
     const auto same =
         std::find_if(reach.begin(), reach.end(), [&](const auto& one) { return one.views == added.views; });
     if (same == reach.end()) {
-        reach.push_back(added);
+        reach.append(added);
         return true;
     }
-    TimeSpans former = same->times;
-    same->times |= added.times;
-    return former != same->times;
+    TimeSpans united = same->times;
+    united |= added.times;
+    if (united == same->times)
+        return false;
+    const auto place = static_cast<int>(same - reach.begin());
+    reach.replace(place, place + 1, {same->views, std::move(united)});
+    return true;
 }
 
 } // namespace
@@ -59,13 +64,13 @@ const detail::Reach* Extent::reachOf(const BasicParameter* parameter) const {
 }
 
 /// Returns whether the extent has become larger.
-bool Extent::add(const BasicParameter* parameter, const detail::Reach& reach) {
+bool Extent::add(const BasicParameter* parameter, detail::Reach&& reach) {
     constexpr std::size_t few = 8;
-    if (reach.empty())
+    if (reach.isEmpty())
         return false;
     const int place = placeOf(parameter);
     if (place < 0) {
-        m_parameters.push_back({parameter, reach});
+        m_parameters.emplace_back(parameter, std::move(reach));
         if (m_parameters.size() > few) {
             for (auto i = static_cast<std::size_t>(m_places.size()); i < m_parameters.size(); ++i)
                 m_places.insert(m_parameters[i].parameter, static_cast<int>(i));
@@ -82,7 +87,7 @@ Extent& Extent::operator|=(const Extent& other) {
     if (this == &other)
         return *this;
     for (const Reached& one : other.m_parameters)
-        add(one.parameter, one.reach);
+        add(one.parameter, detail::Reach(one.reach));
     m_came += other.m_came;
     m_went += other.m_went;
     m_renamed += other.m_renamed;

@@ -18,15 +18,18 @@ namespace detail {
 /// Follows a change from the parameter that emitted it to all that show it.
 class ReachOfChange {
 public:
-    explicit ReachOfChange(const ParameterChange& change) {
+    explicit ReachOfChange(Extent& extent) : m_extent(extent) {}
+
+    void add(const ParameterChange& change) {
         if (!change.parameter || !ParameterChange::concernsValues(change.type))
             return;
         // The positions of keyframes that it names may be others now.
         const bool isLate = change.m_number != 0 && change.m_number != change.parameter->m_changes;
-        addFrom(*change.parameter, isLate ? recordOf(ParameterChange::PARAMETER_ASSIGNED, *change.parameter) : change);
+        if (isLate)
+            addFrom(*change.parameter, recordOf(ParameterChange::PARAMETER_ASSIGNED, *change.parameter));
+        else
+            addFrom(*change.parameter, change);
     }
-
-    Extent extent() && { return std::move(m_extent); }
 
 private:
     static ParameterChange recordOf(ParameterChange::ChangeType type, const ParameterWithoutType& parameter,
@@ -69,54 +72,61 @@ private:
         return recordOf(change.type, part, index, Context(Time(), at.view));
     }
 
-    struct Step {
+    /// One that shows what another parameter shows, or a part of it.
+    struct Follower {
         const ParameterWithoutType* parameter;
         const Differences* type;
         bool isEverywhere;
     };
-    using Steps = QVarLengthArray<Step, 4>;
+    using Followers = QVarLengthArray<Follower, 4>;
 
-    /// In a loop, because chains of masters may be long.
-    void add(const ParameterWithoutType& parameter, const Differences* type, const Reach& reach) {
-        Steps left;
-        left.append({&parameter, type, false});
+    /// In a loop, because chains of masters may be long. Followers get all that was ever added for the parameter: they
+    /// got the rest before.
+    void add(const ParameterWithoutType& parameter, const Differences* type, Reach&& reach) {
+        if (!m_extent.add(&parameter, std::move(reach)))
+            return;
+        Followers left;
+        addFollowers({&parameter, type, false}, left);
         while (!left.isEmpty()) {
-            const Step step = left.last();
+            const Follower one = left.last();
             left.removeLast();
-            const bool isLarger =
-                step.isEverywhere ? m_extent.add(step.parameter, everywhere()) : m_extent.add(step.parameter, reach);
-            if (!isLarger)
-                continue;
-            if (step.type)
-                addConstrained(step, left);
-            addCompounds(step, left);
+            if (m_extent.add(one.parameter, one.isEverywhere ? everywhere() : Reach(*m_extent.reachOf(&parameter))))
+                addFollowers(one, left);
         }
     }
-    static void addConstrained(const Step& step, Steps& left) {
-        for (const ParameterWithoutType* const constrained : step.parameter->constrainedParameters()) {
-            const Differences* const other = ShownState::typeOf(*constrained);
-            if (other && other->valueType() == step.type->valueType())
-                left.append({constrained, other, step.isEverywhere || other->asksHooks(*constrained)});
+    static void addFollowers(const Follower& one, Followers& left) {
+        if (one.type)
+            addConstrained(one, left);
+        addCompounds(one, left);
+    }
+    static void addConstrained(const Follower& one, Followers& left) {
+        for (const ParameterWithoutType* next = one.parameter->extraData().firstConstrained; next;
+             next = next->nextConstrained()) {
+            const Differences* const other = ShownState::typeOf(*next);
+            if (other && other->valueType() == one.type->valueType())
+                left.append({next, other, one.isEverywhere || other->asksHooks(*next)});
         }
     }
-    static void addCompounds(const Step& step, Steps& left) {
-        for (const Listing& listing : step.parameter->m_listedIn) {
+    static void addCompounds(const Follower& one, Followers& left) {
+        for (const Listing& listing : one.parameter->m_listedIn) {
             const ParameterSet& set = *listing.set;
             // Most are no compounds, and a cast takes longer.
             const auto* const compound =
                 typeid(set) == typeid(ParameterSet) ? nullptr : dynamic_cast<const CompoundParameter*>(&set);
             if (compound)
-                left.append({compound, nullptr, step.isEverywhere});
+                left.append({compound, nullptr, one.isEverywhere});
         }
     }
 
-    Extent m_extent;
+    Extent& m_extent;
 };
 
 } // namespace detail
 
 Extent extentOf(const ParameterChange& change) {
-    return detail::ReachOfChange(change).extent();
+    Extent extent;
+    detail::ReachOfChange(extent).add(change);
+    return extent;
 }
 
 Extent differenceOf(const ParameterWithoutType& before, const ParameterWithoutType& after) {
@@ -132,7 +142,7 @@ Extent differenceOf(const ParameterWithoutType& before, const ParameterWithoutTy
             const ParameterWithoutType& part = *now->parameters()[i];
             extent |= differenceOf(*former->parameters()[i], part);
             if (const detail::Reach* const reach = extent.reachOf(&part))
-                extent.add(&after, *reach);
+                extent.add(&after, detail::Reach(*reach));
         }
     }
     return extent;

@@ -103,28 +103,60 @@ public:
 
 private:
     void add(double time, const T& value) { m_points.add(Time::fromDouble(time), value); }
-    T valueOf(double time) const { return valueAt(m_shown, Time::fromDouble(time)); }
+    T valueOf(double time) { return valueAt(m_shown, Time::fromDouble(time), m_cursors); }
     bool isNear(const T& a, const T& b) const { return distanceOf(a, b) <= m_tolerance * 0.125; }
 
+    /// Between keyframes that a line joins, nothing is evaluated.
     void addAll(const Moments& span) {
-        bool isFirst = true;
-        T former{};
+        m_isFirst = true;
+        double done = span.first;
+        if constexpr (blends<T> && !rounds<T>) {
+            const QVector<KeyframeData<T>>& keyframes = m_shown[0].keyframes;
+            const int begin = m_shown.count > 1 ? keyframes.size() : lowerBound(keyframes, Time::fromDouble(done));
+            for (int i = begin; i + 1 < keyframes.size() && keyframes.at(i + 1).time.toDouble() <= span.last; ++i) {
+                if (!isStraight(keyframes.at(i), keyframes.at(i + 1)))
+                    continue;
+                addPieces({done, keyframes.at(i).time.toDouble()});
+                i = addStraight(keyframes, i, span.last);
+                done = timeAfter(keyframes.at(i).time.toDouble());
+            }
+        }
+        addPieces({done, span.last});
+    }
+
+    /// Whether a line between the two keyframes is the curve.
+    static bool isStraight(const KeyframeData<T>& from, const KeyframeData<T>& to) {
+        return from.interpolationData.interpolation == Interpolation::Linear && from.time < to.time &&
+               distanceOf(from.value, to.value) < infinite;
+    }
+    /// Adds the keyframes after one up to a time, as long as lines lead from one to the next. Returns the last one.
+    int addStraight(const QVector<KeyframeData<T>>& keyframes, int position, double time) {
+        while (position + 1 < keyframes.size() && keyframes.at(position + 1).time.toDouble() <= time &&
+               isStraight(keyframes.at(position), keyframes.at(position + 1))) {
+            ++position;
+            m_points.add(keyframes.at(position).time, keyframes.at(position).value);
+        }
+        m_former = keyframes.at(position).value;
+        return position;
+    }
+
+    void addPieces(const Moments& span) {
         forEachPiece(m_shown, span, [&](const Piece<T>& piece, const Moments& times) {
             if (piece.isInstant()) {
                 const T value = valueOf(piece.from());
-                if (!isFirst && !isNear(former, value))
-                    add(piece.from(), former);
-                add(piece.from(), former = value);
+                if (!m_isFirst && !isNear(m_former, value))
+                    add(piece.from(), m_former);
+                add(piece.from(), m_former = value);
             } else {
                 const T begin = valueOf(times.first);
-                if (isFirst || !isNear(former, begin))
-                    add(isFirst ? times.first : piece.from(), begin);
-                former = valueOf(times.last);
-                addWithin(piece, times, begin, former);
+                if (m_isFirst || !isNear(m_former, begin))
+                    add(m_isFirst ? times.first : piece.from(), begin);
+                m_former = valueOf(times.last);
+                addWithin(piece, times, begin, m_former);
                 if (times.last == span.last)
-                    add(times.last, former);
+                    add(times.last, m_former);
             }
-            isFirst = false;
+            m_isFirst = false;
             return true;
         });
     }
@@ -211,8 +243,9 @@ private:
                 break;
             const int next = afterColumn(keyframes, i, column.last);
             if (next - i > few) {
-                addAll({done, begin});
-                addColumn(column);
+                if (begin > done)
+                    addAll({done, begin});
+                addColumn(column, i, next - 1);
                 done = column.last;
             }
             i = next;
@@ -231,13 +264,24 @@ private:
         return std::max(after, position + 1);
     }
 
-    void addColumn(const Moments& column) {
+    /// What can be seen of the keyframes from one position to another. The ends of a column are beside these.
+    void addColumn(const Moments& column, int first, int last) {
         const double middle = column.first + (column.last - column.first) / 2.0;
-        const Range<T> range = rangeIn(m_shown, column, Slack::None);
+        const Range<T> range = rangeOfColumn(column, first, last);
+        m_cursors[0] = first - 1;
         add(column.first, valueOf(column.first));
         add(middle, range.least);
         add(middle, range.greatest);
+        m_cursors[0] = last;
         add(column.last, valueOf(column.last));
+    }
+
+    Range<T> rangeOfColumn(const Moments& column, int first, int last) const {
+        if constexpr (blends<T>) {
+            if (m_shown.count == 1)
+                return rangeOfKeyframes(m_shown, column, first, last, Slack::None);
+        }
+        return rangeIn(m_shown, column, Slack::None);
     }
 
     const QVector<KeyframeData<T>>& longestTrack() const {
@@ -249,6 +293,10 @@ private:
 
     const Shown<T>& m_shown;
     const double m_tolerance;
+    Cursors m_cursors;
+    /// Whether no point was added yet, and the value at which the last piece ended.
+    bool m_isFirst = true;
+    T m_former{};
     Simplifier<T> m_points;
 };
 

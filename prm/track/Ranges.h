@@ -337,28 +337,37 @@ void addKeyframes(Range<T>& range, const QVector<KeyframeData<T>>& keyframes, in
         range = Range<T>::everything();
 }
 
+/// The values of the only track at the times of a span in which there are keyframes, from one position to another.
+template <class T>
+Range<T> rangeOfKeyframes(const Shown<T>& shown, const Moments& span, int first, int last, Slack slack) {
+    const QVector<KeyframeData<T>>& keyframes = shown[0].keyframes;
+    const double from = keyframes.at(first).time.toDouble();
+    const double to = keyframes.at(last).time.toDouble();
+    Range<T> all(keyframes.at(first).value);
+    if (span.first < from)
+        all.add(trackRange(shown[0], shown.outside, {first - 1, first}, {span.first, timeBefore(from)}, slack));
+    addKeyframes(all, keyframes, first, last, slack);
+    const int next = last + 1 < keyframes.size() ? last + 1 : -1;
+    if (to < span.last)
+        all.add(trackRange(shown[0], shown.outside, {last, next}, {timeAfter(to), span.last}, slack));
+    return all;
+}
+
 /// The values at the times of a span that is not empty.
 template <class T> Range<T> rangeIn(const Shown<T>& shown, const Moments& span, Slack slack) {
-    Range<T> all(valueAt(shown, Time::fromDouble(span.first)));
-    const auto addPieces = [&](const Moments& of) {
-        forEachPiece(shown, of, [&](const Piece<T>& piece, const Moments& times) {
-            all.add(rangeOf(shown, piece, times, slack));
-            return all.isKnown();
-        });
-    };
     if constexpr (blends<T>) {
         // Many keyframes of one track are looked through without pieces, several times as fast.
         const auto& keyframes = shown[0].keyframes;
         const int first = lowerBound(keyframes, Time::fromDouble(span.first));
         const int last = lowerBound(keyframes, Time::fromDouble(timeAfter(span.last))) - 1;
-        if (shown.count == 1 && last > first && span.last < Time::INVALID_TIME_VALUE) {
-            addPieces({span.first, keyframes.at(first).time.toDouble()});
-            addKeyframes(all, keyframes, first, last, slack);
-            addPieces({keyframes.at(last).time.toDouble(), span.last});
-            return all;
-        }
+        if (shown.count == 1 && last > first && span.last < Time::INVALID_TIME_VALUE)
+            return rangeOfKeyframes(shown, span, first, last, slack);
     }
-    addPieces(span);
+    Range<T> all(valueAt(shown, Time::fromDouble(span.first)));
+    forEachPiece(shown, span, [&](const Piece<T>& piece, const Moments& times) {
+        all.add(rangeOf(shown, piece, times, slack));
+        return all.isKnown();
+    });
     return all;
 }
 

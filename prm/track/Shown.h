@@ -30,18 +30,31 @@ template <class T> struct Shown {
     const std::type_info* hooks = nullptr;
 };
 
+/// Where each track was asked last, for times that come in order.
+class Cursors {
+public:
+    Cursors() { m_positions.fill(-1); }
+    int& operator[](int number) { return m_positions[static_cast<std::size_t>(number)]; }
+
+private:
+    std::array<int, SourceViews::capacity> m_positions;
+};
+
 /// The value at a time, as `Parameter<T>::value` computes it without hooks.
-template <class T> T valueAt(const Shown<T>& shown, Time time) {
-    int cursor = -1;
+template <class T> T valueAt(const Shown<T>& shown, Time time, Cursors& cursors) {
     if constexpr (blends<T>) {
         if (shown.count > 1) {
             WeightedSum<T> sum;
             for (int i = 0; i < shown.count; ++i)
-                sum.add(evaluate(shown[i], shown.outside, time, cursor = -1), shown.weight(i));
+                sum.add(evaluate(shown[i], shown.outside, time, cursors[i]), shown.weight(i));
             return sum.value();
         }
     }
-    return evaluate(shown[0], shown.outside, time, cursor);
+    return evaluate(shown[0], shown.outside, time, cursors[0]);
+}
+template <class T> T valueAt(const Shown<T>& shown, Time time) {
+    Cursors none;
+    return valueAt(shown, time, none);
 }
 
 /// The last time before a time, the first time after it. Between `Time::LAST` and the invalid time there is none.

@@ -45,20 +45,15 @@ TimeSpans::TimeSpans(std::initializer_list<TimeSpan> spans) {
 void TimeSpans::add(const TimeSpan& span) {
     if (span.isEmpty())
         return;
-    const auto first = std::lower_bound(m_spans.begin(), m_spans.end(), span, isApartFrom);
+    const TimeSpan* const first = firstNotBefore(span);
+    const TimeSpan* last = first;
     TimeSpan united = span;
-    auto last = first;
-    for (; last != m_spans.end() && !isApartFrom(span, *last); ++last) {
+    for (; last != end() && !isApartFrom(span, *last); ++last) {
         const TimeSpan& begin = beginsBefore(*last, united) ? *last : united;
         const TimeSpan& end = endsBefore(*last, united) ? united : *last;
         united = {begin.from, end.to, begin.withFrom, end.withTo};
     }
-    if (first == last) {
-        m_spans.insert(first, united);
-    } else {
-        *first = united;
-        m_spans.erase(first + 1, last);
-    }
+    m_spans.replace(static_cast<int>(first - begin()), static_cast<int>(last - begin()), united);
 }
 
 TimeSpans& TimeSpans::operator|=(const TimeSpans& other) {

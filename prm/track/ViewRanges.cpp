@@ -5,8 +5,10 @@
 namespace Prm::detail {
 
 void ViewRanges::append(quint32 from, quint32 to) {
-    if (!m_ranges.isEmpty() && m_ranges.last().to + 1 == from)
-        m_ranges.last().to = to;
+    const int count = m_ranges.size();
+    const Range* const former = count > 0 ? m_ranges.end() - 1 : nullptr;
+    if (former && former->to + 1 == from)
+        m_ranges.replace(count - 1, count, {former->from, to});
     else
         m_ranges.append({from, to});
 }

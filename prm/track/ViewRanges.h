@@ -3,11 +3,11 @@
 #include "prm/Export.h"
 #include "prm/TimeSpan.h"
 #include "prm/View.h"
+#include "prm/track/ShortList.h"
 #include "prm/track/SourceViews.h"
 
-#include <QVarLengthArray>
-#include <boost/container/small_vector.hpp>
-
+#include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace Prm::detail {
@@ -21,17 +21,20 @@ public:
     static ViewRanges all() { return fromTo(0, last); }
     static ViewRanges of(View view) { return fromTo(view.id(), view.id()); }
     static ViewRanges fromTo(quint32 from, quint32 to) {
-        ViewRanges ranges;
-        ranges.append(from, to);
-        return ranges;
+        ViewRanges one;
+        one.m_ranges = Ranges(std::in_place, from, to);
+        return one;
     }
 
     /// After all others.
     void append(quint32 from, quint32 to);
     bool contains(View view) const;
-    bool isAll() const { return m_ranges.size() == 1 && m_ranges.first().from == 0 && m_ranges.first().to == last; }
+    bool isEmpty() const { return m_ranges.isEmpty(); }
+    bool isAll() const { return *this == all(); }
 
-    friend bool operator==(const ViewRanges& a, const ViewRanges& b) { return a.m_ranges == b.m_ranges; }
+    friend bool operator==(const ViewRanges& a, const ViewRanges& b) {
+        return std::equal(a.m_ranges.begin(), a.m_ranges.end(), b.m_ranges.begin(), b.m_ranges.end());
+    }
 
 private:
     struct Range {
@@ -40,8 +43,9 @@ private:
 
         friend bool operator==(Range a, Range b) { return a.from == b.from && a.to == b.to; }
     };
+    using Ranges = ShortList<Range>;
 
-    QVarLengthArray<Range, 1> m_ranges;
+    Ranges m_ranges;
 };
 
 /// Times in views.
@@ -51,10 +55,10 @@ struct ViewTimes {
 };
 
 /// Where values may differ: united, in any order.
-using Reach = boost::container::small_vector<ViewTimes, 1>;
+using Reach = ShortList<ViewTimes>;
 
 inline Reach everywhere() {
-    return {{ViewRanges::all(), TimeSpan::all()}};
+    return Reach(std::in_place, ViewRanges::all(), TimeSpan::all());
 }
 
 /// What decides from which data the value in a view is made.

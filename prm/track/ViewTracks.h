@@ -74,7 +74,7 @@ template <class T> Reach differenceOf(const ViewTracks<T>& former, const ViewTra
     for (const auto& [ids, group] : groups) {
         TimeSpans times = differentTimes(former, now, group.first[0], group.first[1]);
         if (!times.isEmpty())
-            reach.push_back({group.second, std::move(times)});
+            reach.append({group.second, std::move(times)});
     }
     return reach;
 }
