@@ -111,7 +111,8 @@ private:
 ///   times.
 /// - Empty for changes that concern no values: flags, names, registered commands.
 ///
-/// What is not announced has no record: edits that emit nothing, and what is done with signals blocked.
+/// What is not announced has no record: edits that emit nothing, what is done with signals blocked, and the data that
+/// view 0 gains by an edit of a parameter that is not splittable and has data in other views only.
 ///
 /// \threads The thread that edits, during the notification.
 PRM_EXPORT Extent extentOf(const ParameterChange& change);

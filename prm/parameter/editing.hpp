@@ -265,6 +265,7 @@ template <class T> void Parameter<T>::retimeKeyframes(const boost::function<Time
         LockedKeyframes lock(data);
         lock.swapKeyframes(changed);
         ++m_revision;
+        ++m_changes;
     }
 }
 
@@ -299,6 +300,7 @@ template <class T> void Parameter<T>::adjustKeyframesTime(const boost::function<
             for (int i = 0; i < count; ++i)
                 keyframes[i].time = mapped[static_cast<std::size_t>(i)];
             ++m_revision;
+            ++m_changes;
         }
         if (failure)
             std::rethrow_exception(failure);

@@ -450,6 +450,7 @@ template <class T> MVInterpolationParams Parameter<T>::viewInterpolation() const
 
 template <class T> void Parameter<T>::setViewInterpolation(const MVInterpolationParams& params) {
     m_viewInterpolation.store(static_cast<quint8>(params.mode));
+    ++m_changes;
 }
 
 } // namespace Prm

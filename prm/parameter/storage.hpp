@@ -72,6 +72,7 @@ template <class T> bool Parameter<T>::splittable() const {
 template <class T> void Parameter<T>::setSplittable(bool splittable) {
     m_splittable.store(splittable);
     ++m_revision;
+    ++m_changes;
 }
 
 template <class T> T Parameter<T>::defaultValue() const {
@@ -83,6 +84,7 @@ template <class T> void Parameter<T>::vSetDefault(const T& value) {
     PVData& data = m_views.templateData();
     const LockedKeyframes lock(&data);
     data.staticValue = value;
+    ++m_changes;
 }
 
 template <class T> Interpolation Parameter<T>::defaultInterpolation() const {

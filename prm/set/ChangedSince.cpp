@@ -7,10 +7,10 @@
 #include "prm/untyped/PartialState.h"
 
 #include <QHash>
-#include <QSet>
 
 #include <algorithm>
 #include <optional>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -32,32 +32,24 @@ template <class Function> void forEachMember(const ParameterSet& set, const Func
 
 } // namespace
 
-/// A tree of members as they were, below one set.
+/// The members as they were, below one set.
 class Watch {
 public:
-    explicit Watch(const ParameterSet& set) : m_root(Extent::Member{nullptr, nullptr, &set}) {
-        static_cast<void>(take());
-    }
+    explicit Watch(const ParameterSet& set) : m_root(set), m_guard(set) { static_cast<void>(take()); }
 
     Extent take() {
         m_kindsChanged = m_kinds != kindRegistrations();
         m_kinds = kindRegistrations();
-        m_visited.clear();
-        if (m_root.guard.alive())
-            compareMembers(m_root, *m_root.member.set);
+        ++m_pass;
+        if (m_guard.alive())
+            compareMembers(m_root);
         else
-            forgetRoot();
+            loseRoot();
+        forgetUnlisted();
         return std::exchange(m_extent, {});
     }
 
 private:
-    void forgetRoot() {
-        for (const Node& one : std::exchange(m_root.members, {})) {
-            m_extent.m_went.append(one.member);
-            forget(one);
-        }
-    }
-
     struct Node {
         explicit Node(const Extent::Member& of)
             : member(of), animated(qobject_cast<const ParameterWithoutType*>(of.parameter)),
@@ -77,36 +69,75 @@ private:
         std::optional<ShownState> shown;
         /// Of one that does not.
         std::optional<QVariant> value;
-        /// Whether the members were never listed.
-        bool isNew = true;
-        /// Of a set and of a compound.
+    };
+
+    /// The members of a set or a compound, which several sets may list.
+    struct List {
+        explicit List(const ParameterSet& set) : guard(set) {}
+
+        LifeGuard guard;
+        /// In which it was visited last; 0 before the first.
+        quint64 pass = 0;
         std::vector<Node> members;
     };
 
+    void loseRoot() {
+        const auto found = m_lists.find(&m_root);
+        if (found == m_lists.end())
+            return;
+        for (const Node& one : found->second.members)
+            m_extent.m_went.append(one.member);
+    }
+
+    /// What was listed by sets that were not visited.
+    void forgetUnlisted() {
+        for (auto list = m_lists.begin(); list != m_lists.end();) {
+            if (list->second.pass == m_pass) {
+                ++list;
+                continue;
+            }
+            forget(list->second);
+            list = m_lists.erase(list);
+        }
+    }
+    void forget(const List& list) {
+        for (const Node& one : list.members)
+            forget(one);
+    }
+
+    /// Another set may have the address of one that was deleted.
+    List& listOf(const ParameterSet& set) {
+        List& list = m_lists.try_emplace(&set, set).first->second;
+        if (list.guard.alive())
+            return list;
+        forget(list);
+        m_lists.erase(&set);
+        return m_lists.try_emplace(&set, set).first->second;
+    }
+
     /// Returns whether the list of members has changed.
-    bool compareMembers(Node& node, const ParameterSet& set) {
-        // Several sets may list one.
-        if (m_visited.contains(&set))
+    bool compareMembers(const ParameterSet& set) {
+        List& list = listOf(set);
+        const quint64 former = std::exchange(list.pass, m_pass);
+        if (former == m_pass)
             return false;
-        m_visited.insert(&set);
         std::size_t place = 0;
         bool isSame = true;
         forEachMember(set, [&](const Extent::Member& now) {
-            isSame = isSame && place < node.members.size() && node.members[place].isOf(now);
+            isSame = isSame && place < list.members.size() && list.members[place].isOf(now);
             ++place;
         });
-        isSame = isSame && place == node.members.size();
+        isSame = isSame && place == list.members.size();
         if (!isSame)
-            relist(node, set);
-        node.isNew = false;
-        for (Node& member : node.members)
+            relist(list, set, former == 0);
+        for (Node& member : list.members)
             compare(member);
         return !isSame;
     }
 
     /// Of the members that stay, one that comes after another that was listed after it has moved.
-    void relist(Node& node, const ParameterSet& set) {
-        std::vector<Node> former = std::exchange(node.members, {});
+    void relist(List& list, const ParameterSet& set, bool isNew) {
+        std::vector<Node> former = std::exchange(list.members, {});
         QHash<const void*, int> places;
         for (std::size_t i = 0; i < former.size(); ++i) {
             if (former[i].guard.alive())
@@ -116,8 +147,8 @@ private:
         forEachMember(set, [&](const Extent::Member& now) {
             const auto found = places.find(addressOf(now));
             if (found == places.end()) {
-                node.members.push_back(came(now));
-                if (!node.isNew)
+                list.members.push_back(came(now));
+                if (!isNew)
                     m_extent.m_came.append(now);
                 return;
             }
@@ -128,7 +159,7 @@ private:
                 m_extent.m_came.append(now);
             }
             latest = std::max(latest, place);
-            node.members.push_back(std::move(former[static_cast<std::size_t>(place)]));
+            list.members.push_back(std::move(former[static_cast<std::size_t>(place)]));
         });
         for (const Node& one : former) {
             const bool isLeft = !one.guard.alive() || places.contains(addressOf(one.member));
@@ -179,9 +210,9 @@ private:
         else if (node.value)
             compareValue(node);
         else if (node.member.set)
-            compareMembers(node, *node.member.set);
+            compareMembers(*node.member.set);
         else if (const auto* const compound = dynamic_cast<const CompoundParameter*>(node.member.parameter))
-            compareParts(node, *compound);
+            compareParts(*compound);
     }
     void compareShown(Node& node, const ParameterWithoutType& parameter) {
         if (m_kindsChanged && node.shown->hasCustomKinds())
@@ -198,8 +229,8 @@ private:
             m_extent.add(node.member.parameter, everywhere());
         node.value = std::move(now);
     }
-    void compareParts(Node& node, const CompoundParameter& compound) {
-        if (compareMembers(node, compound))
+    void compareParts(const CompoundParameter& compound) {
+        if (compareMembers(compound))
             m_extent.add(&compound, everywhere());
         for (const auto& part : compound.parameters()) {
             if (const Reach* const reach = m_extent.reachOf(part.get()))
@@ -210,15 +241,15 @@ private:
     void forget(const Node& node) {
         if (node.member.parameter)
             m_extent.add(node.member.parameter, everywhere());
-        for (const Node& one : node.members)
-            forget(one);
     }
 
-    Node m_root;
+    const ParameterSet& m_root;
+    const LifeGuard m_guard;
+    std::unordered_map<const ParameterSet*, List> m_lists;
     quint64 m_kinds = 0;
     /// Of the present pass.
     bool m_kindsChanged = false;
-    QSet<const ParameterSet*> m_visited;
+    quint64 m_pass = 0;
     Extent m_extent;
 };
 

@@ -9,6 +9,7 @@
 
 #include <QVarLengthArray>
 
+#include <optional>
 #include <typeinfo>
 
 namespace Prm {
@@ -48,13 +49,16 @@ private:
         const auto* const compound = dynamic_cast<const CompoundParameter*>(&parameter);
         if (!compound || change.type == ParameterChange::PARAMETER_DELETED)
             return add(parameter, nullptr, everywhere());
-        for (const auto& part : compound->parameters())
-            addFrom(*part, ofPart(*compound, *part, change));
+        for (const auto& part : compound->parameters()) {
+            if (const auto own = ofPart(*compound, *part, change))
+                addFrom(*part, *own);
+        }
     }
 
-    /// What a change of a compound means for one of its parts. It names a keyframe by its place among those of all.
-    static ParameterChange ofPart(const CompoundParameter& compound, const ParameterWithoutType& part,
-                                  const ParameterChange& change) {
+    /// What a change of a compound means for one of its parts: none for a part without a keyframe there. It names a
+    /// keyframe by its place among those of all.
+    static std::optional<ParameterChange> ofPart(const CompoundParameter& compound, const ParameterWithoutType& part,
+                                                 const ParameterChange& change) {
         const bool isAdded = change.type == ParameterChange::KEYFRAME_ADDED;
         if (change.type == ParameterChange::KEYFRAME_REMOVED)
             return recordOf(change.type, part, 0, writtenAt(part, change.context));
@@ -63,12 +67,14 @@ private:
         if (!isAdded && change.type != ParameterChange::KEYFRAME_CHANGED_VALUE)
             return recordOf(ParameterChange::PARAMETER_ASSIGNED, part);
         const View view = change.context.view;
+        if (change.affectedIndex == KeyframeIndex::INVALID_INDEX)
+            return recordOf(change.type, part, KeyframeIndex::INVALID_INDEX, change.context);
         if (change.affectedIndex >= compound.keyframeCount(view))
             return recordOf(ParameterChange::VALUE_CHANGED, part, 0, change.context);
         const Context at = writtenAt(part, compound.keyframeTime(change.affectedIndex, view));
         unsigned int index = 0;
         if (!part.bKeyframeAt(Context::Explicit(at)) || !part.bNearestKeyframeIndex(at, index))
-            return recordOf(ParameterChange::COMMAND_REGISTERED, part);
+            return {};
         return recordOf(change.type, part, index, Context(Time(), at.view));
     }
 

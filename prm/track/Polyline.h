@@ -152,6 +152,7 @@ private:
                 if (m_isFirst || !isNear(m_former, begin))
                     add(m_isFirst ? times.first : piece.from(), begin);
                 m_former = valueOf(times.last);
+                m_parts = 0;
                 addWithin(piece, times, begin, m_former);
                 if (times.last == span.last)
                     add(times.last, m_former);
@@ -214,7 +215,10 @@ private:
 
     /// Each step of values that are rounded, down to a part of all of them.
     void addSteps(const Piece<T>& piece, const Moments& times, const T& begin, const T& end, double least) {
-        if (rangeOf(m_shown, piece, times, Slack::None).height() <= std::max(m_tolerance / 2.0, least))
+        // The range of a part is that of the whole where shape numbers are not finite.
+        constexpr int most = 1 << 18;
+        if (rangeOf(m_shown, piece, times, Slack::None).height() <= std::max(m_tolerance / 2.0, least) ||
+            ++m_parts > most)
             return;
         const double middle = times.first + (times.last - times.first) / 2.0;
         if (!(middle > times.first && middle < times.last)) {
@@ -297,11 +301,15 @@ private:
     /// Whether no point was added yet, and the value at which the last piece ended.
     bool m_isFirst = true;
     T m_former{};
+    /// Into how many parts a piece was divided.
+    int m_parts = 0;
     Simplifier<T> m_points;
 };
 
 /// Infinite ends become the first and the last keyframe.
 template <class T> Moments finiteMoments(const Shown<T>& shown, const TimeSpan& span) {
+    if (span.isEmpty())
+        return Moments::of(span);
     double first = infinite;
     double last = -infinite;
     for (int i = 0; i < shown.count; ++i) {
@@ -320,6 +328,9 @@ template <class T> Moments finiteMoments(const Shown<T>& shown, const TimeSpan& 
         finite.to = std::max(last, finite.from);
     finite.withFrom = span.withFrom || !std::isfinite(span.from);
     finite.withTo = span.withTo || !std::isfinite(span.to);
+    // Outside the keyframes one time is left.
+    if (finite.from == finite.to)
+        finite.withFrom = finite.withTo = true;
     return Moments::of(finite);
 }
 
