@@ -57,8 +57,9 @@ inline bool operator!=(const TimeSpan& a, const TimeSpan& b) {
 class PRM_EXPORT TimeSpans {
 public:
     TimeSpans() = default;
+    // By parts: a span that was just written in parts is read as a whole only after a wait.
     PRM_ALWAYS_INLINE TimeSpans(const TimeSpan& span)
-        : m_spans(span.isEmpty() ? Spans() : Spans(std::in_place, span)) {}
+        : m_spans(span.isEmpty() ? Spans() : Spans(std::in_place, span.from, span.to, span.withFrom, span.withTo)) {}
     TimeSpans(std::initializer_list<TimeSpan> spans);
 
     /// Unites the set with the span. Spans that overlap, or meet at an end that one of them includes, become one.
