@@ -157,12 +157,6 @@ void checkHeader(const QByteArray& bytes, const ProjectText& text) {
     HOLD(seen.streamVersion != Prm::StreamVersion::invalid);
     static_cast<void>(seen.timestamp().isValid());
     static_cast<void>(Prm::BuildVersion(seen) < Prm::BuildVersion(seen.productVersion, {}));
-
-    Prm::ProjectFileVersion streamed;
-    QTextStream stream(bytes);
-    stream.setCodec("UTF-8");
-    streamed.read(stream);
-    HOLD(streamed.atEnd() || stream.atEnd());
     HOLD(text.hasCompleteHeader() == !incomplete);
     if (incomplete)
         return;

@@ -4,6 +4,14 @@
 
 namespace Prm {
 
+/// Of its keyframes, each followed by a blank.
+inline std::string timesOf(const ParameterWithoutType& parameter, quint32 view = 0) {
+    std::string text;
+    parameter.forEachKeyframeTime(
+        [&](const Context& at) { text += std::to_string(static_cast<int>(at.time.toDouble())) + " "; }, View(view));
+    return text;
+}
+
 /// Keyframes at 1 and 5, and at 5 and 9.
 struct Position {
     explicit Position(bool together = false) : whole("position", together) {
@@ -13,16 +21,8 @@ struct Position {
         whole.addParameter(y);
     }
 
-    std::string times(quint32 view = 0) const {
-        std::string text;
-        for (const Context& context : whole.allKeyframesTime(View(view)))
-            text += std::to_string(static_cast<int>(context.time.toDouble())) + " ";
-        return text;
-    }
-    std::string text(const QString& prefix = {}) const {
-        const ParameterWithoutType& parameter = whole;
-        return lines(parameter, prefix);
-    }
+    std::string times(quint32 view = 0) const { return timesOf(whole, view); }
+    std::string text() const { return lines(static_cast<const ParameterWithoutType&>(whole)); }
 
     boost::shared_ptr<Number> x{new Number("x")};
     boost::shared_ptr<Number> y{new Number("y")};

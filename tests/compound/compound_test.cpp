@@ -37,19 +37,22 @@ TEST(Compound, ItsValueIsTheListOfValues) {
     Position p;
     const auto numbers = [&] { return p.whole.variantValue(at(5)).value<Values>(); };
     EXPECT_EQ(numbers(), (Values{2., 3.}));
-    p.whole.setVariantValue(QVariant::fromValue(Values{7., 8.}), at(5));
-    EXPECT_EQ(numbers(), (Values{7., 8.}));
-    p.whole.setVariantValue(QVariantList{1, 2}, at(5));
-    EXPECT_EQ(numbers(), (Values{1., 2.}));
-    for (const QVariant& value : {QVariant(4.5), QVariant(), QVariant(QVariantList{1, 2, 3})}) {
+    const char* const wrongType = "virtual void Prm::CompoundParameter::setVariantValue(const QVariant&, const "
+                                  "Prm::Context&) : wrong value type.\n";
+    const char* const wrongCount =
+        "CompoundParameter::setVariantValue() number of parameters is not the same as values.\n";
+    const std::tuple<QVariant, Values, const char*> rows[] = {
+        {QVariant::fromValue(Values{7., 8.}), {7., 8.}, ""},
+        {QVariantList{1, 2}, {1., 2.}, ""},
+        {4.5, {1., 2.}, wrongType},
+        {QVariant(), {1., 2.}, wrongType},
+        {QVariantList{1, 2, 3}, {1., 2.}, wrongCount},
+    };
+    for (const auto& [value, values, warning] : rows) {
         const Warnings warnings;
         p.whole.setVariantValue(value, at(5));
-        const bool isList = value.type() == QVariant::List;
-        EXPECT_EQ(Warnings::text().toStdString(),
-                  isList ? "CompoundParameter::setVariantValue() number of parameters is not the same as values.\n"
-                         : "virtual void Prm::CompoundParameter::setVariantValue(const QVariant&, const "
-                           "Prm::Context&) : wrong value type.\n");
-        EXPECT_EQ(numbers(), (Values{1., 2.}));
+        EXPECT_EQ(Warnings::text(), warning);
+        EXPECT_EQ(numbers(), values);
     }
     EXPECT_EQ(p.whole.qMetaType(), QMetaType::type("Prm::CompoundParameter"));
     EXPECT_EQ(QMetaType::type("QVector< QVariant >"), qMetaTypeId<Values>());
@@ -57,51 +60,6 @@ TEST(Compound, ItsValueIsTheListOfValues) {
     Bsc::Hash hash;
     p.whole.calculateHash(hash, at(5));
     EXPECT_EQ(hash.result(), Bsc::Hash().result());
-}
-
-TEST(Compound, IsAGroupInText) {
-    Position p;
-    p.x->vDeleteAllKeyframes(View(0));
-    p.y->vDeleteAllKeyframes(View(0));
-    const ProjectFileVersion version("");
-    EXPECT_TRUE(p.whole.setFromScriptString("position.x.value=6", version));
-    EXPECT_TRUE(p.whole.setFromScriptString("position.hidden=1", version));
-    EXPECT_FALSE(p.whole.setFromScriptString("position.name=\"x\"", version));
-    EXPECT_FALSE(p.whole.setFromScriptString("position.z.value=1", version));
-    EXPECT_FALSE(p.whole.setFromScriptString("x.value=1", version));
-    EXPECT_EQ(p.text("set."),
-              "set.position.x.value=6\nset.position.x.before=Constant\nset.position.x.after=Constant\n"
-              "set.position.y.value=0\nset.position.y.before=Constant\nset.position.y.after=Constant\n");
-    p.whole.addAdditionalScriptName("old", [](const QString& text) { return text + "5"; });
-    EXPECT_TRUE(p.whole.setFromScriptString("old.y.value=2", version));
-    EXPECT_EQ(p.y->staticValue(View(0)), 25);
-    p.whole.setScriptName("");
-    EXPECT_TRUE(p.whole.setFromScriptString("x.value=1", version));
-    EXPECT_EQ(p.text("set.").substr(0, 14), "set.x.value=1\n");
-}
-
-TEST(Compound, ProjectsFindItsPartsAndNameItsLosses) {
-    Position p;
-    Number master("master");
-    ParameterSet root;
-    root.addParameter(master);
-    root.addParameter(p.whole);
-    EXPECT_EQ(root.parameterWTWithName("position.x"), p.x.get());
-    ProjectFile file(root);
-    const QByteArray lines =
-        "position.x.MasterParameterId=.master\nposition.y.MasterParameterId=gone\nposition.y.value=x\n";
-    EXPECT_TRUE(file.loadText("FileVersion.value=2019\n" + lines));
-    EXPECT_EQ(p.x->masterParameter(), &master);
-    EXPECT_EQ(file.report().size(), 2);
-    EXPECT_EQ(file.report().first().reason, ProjectFileFinding::UnresolvedMaster);
-    p.whole.hide(true);
-    p.x->setScriptName("y");
-    key(*p.y, {{0.1, 1.}});
-    const std::string losses = file.saveLosses().join('\n').toStdString();
-    EXPECT_EQ(losses, "line 4: value 'x' is not a number\n"
-                      ".position: the hidden flag and the master of a compound are not written\n"
-                      "the script name \"y\" in the set \"position\" is used 2 times\n"
-                      "position.y: view 0: keyframe times will move (1)");
 }
 
 TEST(Compound, SnapshotsGoByPosition) {
@@ -120,24 +78,31 @@ TEST(Compound, SnapshotsGoByPosition) {
 
 TEST(Compound, NamesAreThoseOfBothSides) {
     CompoundParameter compound("a b");
+    const ParameterSet& set = compound;
+    const ParameterWithoutType& parameter = compound;
     EXPECT_EQ(compound.scriptName(), "a_b");
     compound.setScriptName("c");
     compound.setDisplayName("Name", "Anzeige");
-    ChangeRecorder observer;
-    compound.attachObserver(&observer, SLOT(onChanged(Prm::ParameterChange&)), true);
-    compound.AttachCommandRegistrationObserver(&observer, SLOT(onChanged(Prm::ParameterChange&)));
-    compound.DetachCommandRegistrationObserver(&observer);
-    compound.detachObserver(&observer);
-    compound.detachAllObservers();
-    EXPECT_EQ(compound.displayName(), "Anzeige");
-    const ParameterSet& set = compound;
-    const ParameterWithoutType& parameter = compound;
-    EXPECT_EQ(set.scriptName(), parameter.scriptName());
-    EXPECT_EQ(set.displayName(), parameter.displayName());
-    CompoundParameter other("other", true);
-    compound.assignFrom(other);
+    EXPECT_TRUE(set.scriptName() == "c" && parameter.scriptName() == "c");
+    EXPECT_TRUE(set.displayName() == "Anzeige" && parameter.displayName() == "Anzeige");
+    compound.assignFrom(CompoundParameter("other", true));
     EXPECT_TRUE(compound.keyframeTogether());
     EXPECT_EQ(set.scriptName(), "other");
+}
+
+/// Of the set side and of the parameter side.
+TEST(Compound, ObserversAreDetachedFromPartsAsWell) {
+    Position p;
+    ChangeRecorder observer;
+    const auto received = [&](const auto& detach) {
+        p.whole.attachObserver(&observer, SLOT(onChanged(Prm::ParameterChange&)));
+        detach();
+        p.x->hide(!p.x->isHidden());
+        return observer.take();
+    };
+    EXPECT_EQ(received([] {}), "PARAMETER_HIDDEN_CHANGED 0 0\n");
+    EXPECT_EQ(received([&] { p.whole.detachObserver(&observer); }), "");
+    EXPECT_EQ(received([&] { p.whole.detachAllObservers(); }), "");
 }
 
 TEST(Compound, ContainsNoCircleAndDiesBeforeItsParts) {

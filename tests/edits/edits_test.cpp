@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 using namespace Worlds;
-using Made = std::unique_ptr<Bsc::Command>;
 
 namespace {
 
@@ -117,13 +116,6 @@ TEST(Edits, OfADeadParameterDoNothingAndSaySo) {
     }
 }
 
-template <class Edit, class... More> auto edit(More... more) {
-    return [=](P& own) -> Bsc::Command* { return new Edit(own, more...); };
-}
-
-const QString pasted = "view[2].keyframes.append( Key( 1, 5, Linear ) )\nkeyframes.append( Key( 10, 8, Constant ) )\n";
-const Time six = Time::fromInt(6);
-
 TEST(Edits, OfStaticParametersComeBack) {
     OwnedStaticParameter<QString> text("text", "old");
     ParameterSetStaticValueEdit edit(text, QString("new"));
@@ -133,35 +125,26 @@ TEST(Edits, OfStaticParametersComeBack) {
     EXPECT_EQ(text.value(), "old");
 }
 
-/// "time=value" of each keyframe, with a b for a Bezier segment that overshoots.
+/// "time=value" of each keyframe.
 std::string keyframesOf(const Number& number, quint32 view) {
     QString text;
     for (unsigned i = 0; i < number.keyframeCount(View(view)); ++i) {
         const auto keyframe = number.keyframe(i, View(view));
-        const char* const mark = keyframe.interpolationData.y2 > 0 ? "b " : " ";
-        text += QString("%1=%2").arg(keyframe.time.toDouble()).arg(keyframe.value) + mark;
+        text += QString("%1=%2 ").arg(keyframe.time.toDouble()).arg(keyframe.value);
     }
     return text.toStdString();
 }
 
-TEST(Edits, RetimingAndPastingDoWhatTheySay) {
-    const std::tuple<const char*, std::function<Bsc::Command*(P&)>, quint32, const char*> table[] = {
-        {"shifts", edit<ParameterRetimeEdit>(Retiming::shifted(0.1)), 0, "0.1=1b 10.1=2 20.1=4 "},
-        {"far", edit<ParameterRetimeEdit>(Retiming::shifted(-1e9 - 0.1)), 0, "-1e+09=1b -1e+09=2 -1e+09=4 "},
-        {"scales", edit<ParameterRetimeEdit>(Retiming::scaled(2, six)), 0, "-6=1b 14=2 34=4 "},
-        {"onto one that stays", edit<ParameterRetimeEdit>(Retiming::shifted(20).between(Time(), six)), 0,
-         "10=2 20=1b "},
-        {"past one", edit<ParameterRetimeEdit>(Retiming::shifted(12).between(Time(), six)), 0, "10=2 12=1b 20=4 "},
-        {"the last of several is left", edit<ParameterRetimeEdit>(Retiming::scaled(1e-300, six)), 0, "6=4 "},
-        {"pastes", edit<ParameterPasteKeyframesEdit>(pasted), 2, "1=5 "},
-        {"pastes elsewhere", edit<ParameterPasteKeyframesEdit>(pasted, six, View(1)), 1, "5=7 6=5 15=8 "},
-    };
-    for (const auto& [name, make, view, expected] : table) {
-        Exhibits world;
-        Made(make(*world.parameter(Keyed)))->doIt();
-        EXPECT_EQ(keyframesOf(world.number(Keyed), view), expected) << name;
-        EXPECT_EQ(world.number(Keyed).staticValue(View(0)), 9) << "stays";
-    }
+// Retiming is in tests/data/tool/editing.session.
+TEST(Edits, PastingDoesWhatItSays) {
+    const QString pasted =
+        "view[2].keyframes.append( Key( 1, 5, Linear ) )\nkeyframes.append( Key( 10, 8, Constant ) )\n";
+    Exhibits world;
+    P& own = *world.parameter(Keyed);
+    ParameterPasteKeyframesEdit(own, pasted).doIt();
+    EXPECT_EQ(keyframesOf(world.number(Keyed), 2), "1=5 ");
+    ParameterPasteKeyframesEdit(own, pasted, Time::fromInt(6), View(1)).doIt();
+    EXPECT_EQ(keyframesOf(world.number(Keyed), 1), "5=7 6=5 15=8 ");
 }
 
 TEST(Edits, RetimingMapsEachPartOnceInEachOfItsViews) {
@@ -225,7 +208,6 @@ struct Moving : Number {
         QStringList& steps;
     };
 
-    Moving() : ParameterWithoutType(false, false, nullptr), Number("moving") {}
     boost::shared_ptr<Bsc::MementoBase> exportState() const override {
         steps += "export";
         return Number::exportState();
@@ -255,17 +237,14 @@ TEST(Edits, AMoveTakesItsStepsInTheirOrder) {
 }
 
 TEST(Edits, OfMastersCloseNoCircleOutOfTurn) {
-    Number a("a");
-    Number b("b");
+    Number a("a"), b("b"), c("c");
     auto gone = std::make_unique<Number>("gone");
     ParameterAddConstrainedParameterEdit none(*gone, b);
     gone.reset();
     none.doIt();
     EXPECT_EQ(b.masterParameter(), nullptr);
-    Number c("c");
-    ParameterAddConstrainedParameterEdit show(a, b);
+    ParameterAddConstrainedParameterEdit show(a, b), change(c, b);
     ParameterWithoutTypeUnconstrainEdit leave(b);
-    ParameterAddConstrainedParameterEdit change(c, b);
     show.doIt();
     change.doIt();
     b.bAddConstrainedParameter(&a);

@@ -1,3 +1,5 @@
+#include "prm/Answers.h"
+#include "prm/RangeHash.h"
 #include "tests/world/Acts.h"
 #include "tests/world/Replay.h"
 
@@ -67,43 +69,69 @@ template <class... Values> QString text(const Values&... values) {
     return all;
 }
 
-/// Each is one question.
-template <class T> std::vector<QString (*)(const Parameter<T>&, quint32)> questions() {
-    using Asked = const Parameter<T>&;
-    return {
-        [](Asked asked, quint32 view) { return text(asked.value(at(-4, view))); },
-        [](Asked asked, quint32 view) { return text(asked.value(at(11, view))); },
-        [](Asked asked, quint32 view) { return text(asked.value(at(20, view))); },
-        [](Asked asked, quint32 view) { return text(asked.value(at(90, view))); },
-        [](Asked asked, quint32 view) {
-            return text(asked.sampleValues(Frame::fromUInt(19), Frame::fromUInt(34), View(view)));
-        },
-        [](Asked asked, quint32 view) {
-            const Explanation explanation = explain(asked, at(25, view));
-            return text(Replay<T>(explanation.context.time).value(explanation.steps));
-        },
-        [](Asked asked, quint32 view) {
-            const KeyframeData<T> keyframe = asked.keyframe(1, View(view));
-            return text(keyframe.time, keyframe.value, keyframe.interpolationData.x1);
-        },
-        [](Asked asked, quint32 view) { return text(asked.keyframeValue(2, View(view))); },
-        [](Asked asked, quint32 view) { return text(asked.keyframeCount(View(view))); },
-        [](Asked asked, quint32 view) { return text(asked.keyframeTime(1, View(view))); },
-        [](Asked asked, quint32 view) {
-            return text(asked.interpolationData({&asked, View(view), 1}).x1);
-        },
-        [](Asked asked, quint32 view) { return text(static_cast<uint>(asked.interpolation(at(25, view)))); },
-        [](Asked asked, quint32 view) {
-            Context next = at(-1);
-            return text(asked.bNextKeyframe(at(12, view), next), next);
-        },
-        [](Asked asked, quint32 view) {
-            Time nearest;
-            return text(asked.bNearestKeyframeTime(at(22, view), nearest), nearest);
-        },
-        [](Asked asked, quint32) { return text(asked.defaultValue()); },
-        [](Asked asked, quint32) { return text(static_cast<uint>(asked.extrapolationAfter())); },
+template <class T> QString text(const KeyframeData<T>& keyframe) {
+    return text(keyframe.time, keyframe.value, keyframe.interpolationData.x1);
+}
+template <class Row> QString text(const QVector<Row>& rows) {
+    QString all;
+    for (const Row& row : rows)
+        all += text(row) + ' ';
+    return all;
+}
+template <class T> QString explained(const Parameter<T>& asked, const Context& context) {
+    const Explanation explanation = explain(asked, context);
+    return text(Replay<T>(explanation.context.time).value(explanation.steps));
+}
+template <class Add> QString hashOf(const Add& add) {
+    Bsc::Hash hash;
+    add(hash);
+    return hash.result().toString();
+}
+template <class T> QString next(const Parameter<T>& asked, const Context& context) {
+    Context found = at(-1);
+    return text(asked.bNextKeyframe(context, found), found);
+}
+template <class T> QString nearest(const Parameter<T>& asked, const Context& context) {
+    Time found;
+    return text(asked.bNearestKeyframeTime(context, found), found);
+}
+
+/// Each is one question about a parameter in a view.
+template <class T> auto questions() {
+#define ASK(...) [](const Parameter<T>& asked, [[maybe_unused]] quint32 view) { return text(__VA_ARGS__); }
+    constexpr static TimeSpan window{11, 34, true, false};
+    std::vector<QString (*)(const Parameter<T>&, quint32)> all{
+        ASK(asked.value(at(-4, view))),
+        ASK(asked.value(at(11, view))),
+        ASK(asked.value(at(20, view))),
+        ASK(asked.value(at(90, view))),
+        ASK(asked.sampleValues(Frame::fromUInt(19), Frame::fromUInt(34), View(view))),
+        ASK(sampleValues(asked, View(view), Time::fromDouble(-3.5), 7.25, 6)),
+        ASK(explained(asked, at(25, view))),
+        ASK(explained(asked, at(-3, view))),
+        ASK(constantAround(asked, at(25, view))),
+        ASK(isConstant(asked, View(view), window)),
+        ASK(keyframes(asked, View(view), window)),
+        ASK(hashOf([&](Bsc::Hash& hash) { hashRange(hash, asked, View(view), window); })),
+        ASK(hashOf([&](Bsc::Hash& hash) { hashAt(hash, asked, at(-2.5, view)); })),
+        ASK(asked.keyframe(1, View(view))),
+        ASK(asked.keyframeValue(2, View(view))),
+        ASK(asked.keyframeCount(View(view))),
+        ASK(asked.keyframeTime(1, View(view))),
+        ASK(asked.interpolationData({&asked, View(view), 1}).x1),
+        ASK(static_cast<uint>(asked.interpolation(at(25, view)))),
+        ASK(next(asked, at(12, view))),
+        ASK(nearest(asked, at(22, view))),
+        ASK(asked.defaultValue()),
+        ASK(static_cast<uint>(asked.extrapolationAfter())),
     };
+    if constexpr (blends<T> && detail::hasOrder<T>) {
+        all.push_back(ASK(bounds(asked, View(view), window)));
+        all.push_back(ASK(slope(asked, at(25, view))));
+        all.push_back(ASK(polyline(asked, View(view), window, 0.5)));
+    }
+#undef ASK
+    return all;
 }
 
 using Steps = std::vector<std::function<void()>>;

@@ -1,7 +1,6 @@
 // Text that tests/data/project.session (lines) and fuzz/keyframe_line_fuzz.cpp (numbers, escapes) do not cover.
 
 #include "prm/TextStreamOperators.h"
-#include "prm/text/TextTokens.h"
 #include "tests/support/ChangeRecorder.h"
 #include "tests/support/Library.h"
 
@@ -10,46 +9,8 @@
 
 // As hosts do it: Qt's own operators must stay within reach.
 using namespace Prm;
-using namespace Prm::detail;
 
 namespace {
-
-TEST(Tokens, AreCutOff) {
-    // Each token in brackets.
-    const std::pair<QString, const char*> rows[] = {
-        {"1, \"a, b\", c", "[1][a, b][c]"},
-        {"   ", ""},
-        {"\"\"", "[]"},
-        {"\"a\",b", "[a\",b]"},
-        {"a\\\"b", "[a\"\\b]"},
-        {"ab\"c", "[ab\"c]"},
-        {"\"a\" ", "[a\" ]"},
-        {"a b , c", "[a b ][c]"},
-        {"\"a \"b\" c\", d", "[a \"b\" c][d]"},
-        {"a\\", "[a\\]"},
-        {QString(QChar(0x2003)) + QChar(0x85) + "a", "[a]"},
-        {QString(QChar(0x1F)) + "a", "[\x1F"
-                                     "a]"},
-    };
-    for (const auto& [text, expected] : rows) {
-        QString tokens;
-        int pos = 0;
-        for (QString token = getToken(text, pos); !token.isNull(); token = getToken(text, pos))
-            tokens += "[" + token + "]";
-        EXPECT_EQ(tokens.toStdString(), expected);
-        EXPECT_EQ(pos, text.size());
-    }
-}
-
-TEST(KeyDeclaration, IsSplit) {
-    QString time;
-    QString value;
-    IType shape;
-    EXPECT_FALSE(parseKeyframeDeclaration(QString("Key( 10 ) )"), time, value, shape));
-    EXPECT_TRUE(parseKeyframeDeclaration(QString("Key( 1 , \"a\", Custom9 ) )"), time, value, shape));
-    EXPECT_EQ(time + value, "1 \"a\"");
-    EXPECT_EQ(shape, IType(static_cast<Interpolation>(13)));
-}
 
 /// A stream with everything set that could show in a number.
 template <class Do> QString through(QString text, const Do& act) {
@@ -98,13 +59,12 @@ TEST(TextStreamOperators, WriteAndReadWhateverTheStreamIsSetTo) {
     EXPECT_EQ(GeneralValueType<Byte>::read(text), 200);
 }
 
-TEST(ParameterText, ReadingSendsNoMoreThanNewViews) {
+TEST(ParameterText, ReadingSendsNewViewsEvenIfSignalsAreBlocked) {
     for (const bool isBlocked : {false, true}) {
         Parameter<bool> flag("flag", true);
         flag.blockSignals(isBlocked);
         ChangeRecorder recorder(&flag);
-        for (const char* line : {"flag.value=0", "flag.view[2].value=1", "flag.hidden=1", "flag.after=Linear"})
-            EXPECT_TRUE(flag.setFromScriptString(line, version())) << line;
+        EXPECT_TRUE(flag.setFromScriptString("flag.view[2].value=1", version()));
         EXPECT_EQ(recorder.take(), "VIEW_ADDED 0 2\n");
         EXPECT_EQ(errorOf([&] { flag.setFromScriptString("flag.view[0].keyframes.append( Key( 5, 1 ) )", version()); }),
                   "Failed to parse Key() block: 'keyframes.append( Key( 5, 1 ) )'");
@@ -185,9 +145,12 @@ TEST(MovedParameter, PassesItsLineOn) {
     }));
     EXPECT_EQ(migrated, "newName.value=32019");
     EXPECT_THROW(moved.setMigrationFunction({}), boost::bad_function_call);
-    MovedParameter round("round");
-    Warnings warnings;
-    EXPECT_FALSE(round.setTargetParam(round));
+}
+
+TEST(MovedParameter, WarnsOfATargetThatLeadsBackOrNeverCame) {
+    const Warnings warnings;
+    MovedParameter moved("old");
+    EXPECT_FALSE(moved.setTargetParam(moved));
     EXPECT_TRUE(Warnings::text().contains("leads back"));
     Warnings::text().clear();
     MovedParameter("silent").setFromScriptString("other.value=3", version());
@@ -195,6 +158,20 @@ TEST(MovedParameter, PassesItsLineOn) {
     MovedParameter("old").setFromScriptString("old.value=3", version());
     EXPECT_EQ(Warnings::text(),
               "MovedParameter[ \"old\" ]: streamed in \"value=3\" but never given target parameter\n");
+}
+
+TEST(MovedParameter, ItsLineWaitsForATargetThatTakesIt) {
+    OwnedStaticParameter<unsigned int> target("target");
+    MovedParameter moved("old");
+    moved.setFromScriptString("old.value=4", version());
+    {
+        OwnedStaticParameter<QString> refusing("text");
+        EXPECT_FALSE(moved.setMigrationFunction([](auto...) { return false; }) || moved.setTargetParam(refusing));
+    }
+    EXPECT_FALSE(moved.setMigrationFunction([](auto...) { return true; }));
+    EXPECT_TRUE(moved.isWaiting());
+    EXPECT_TRUE(moved.setTargetParam(target));
+    EXPECT_FALSE(moved.isWaiting());
 }
 
 } // namespace
