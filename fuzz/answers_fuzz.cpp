@@ -2,7 +2,7 @@
 // views, with masters, after random edits.
 
 #include "fuzz/AskedSpan.h"
-#include "prm/CurveKinds.h"
+#include "fuzz/Kinds.h"
 #include "prm/RangeHash.h"
 #include "prm/track/CanonicalTrack.h"
 #include "tests/world/Acts.h"
@@ -15,13 +15,6 @@
 using namespace Worlds;
 
 namespace {
-
-/// The second custom kinds have no functions.
-[[maybe_unused]] const bool registered =
-    registerInterpolation(Interpolation::Custom0, [](const IType&, double x) { return x * x; }) &&
-    registerExtrapolation(Extrapolation::Custom0, [](Time time, Time first, Time last) {
-        return Time::fromDouble(first.toDouble() + std::fmod(std::abs(time - first), last - first));
-    });
 
 /// A host's class that holds each value for half a segment.
 struct Halves : Number {
@@ -272,6 +265,7 @@ void playSet(Choices& choose) {
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    HOLD(kindsAreRegistered);
     std::seed_seq seed(data, data + size);
     std::mt19937 random(seed);
     Choices choose(data, std::min<std::size_t>(size, 400));
