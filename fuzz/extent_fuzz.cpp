@@ -46,11 +46,10 @@ struct Places {
     std::vector<View> views;
 };
 
-template <class T> bool sample(const P& parameter, const Places& places, std::vector<double>& numbers) {
-    const auto* const typed = dynamic_cast<const Parameter<T>*>(&parameter);
+template <class T> bool sample(const Parameter<T>& parameter, const Places& places, std::vector<double>& numbers) {
     QVector<T> values(static_cast<int>(places.times.size()));
-    for (const View& view : typed ? places.views : std::vector<View>()) {
-        typed->sampleValues(places.times.data(), values.size(), view, values.data());
+    for (const View& view : places.views) {
+        parameter.sampleValues(places.times.data(), values.size(), view, values.data());
         for (const T& value : qAsConst(values)) {
             if constexpr (std::is_same_v<T, QPointF>)
                 numbers.push_back(value.x() + 1e6 * value.y());
@@ -60,7 +59,7 @@ template <class T> bool sample(const P& parameter, const Places& places, std::ve
                 numbers.push_back(static_cast<double>(value));
         }
     }
-    return typed;
+    return true;
 }
 
 /// The times between the keyframes beside the one that a change names, in a view that is constant outside.
@@ -150,12 +149,8 @@ private:
     Samples samples(const Places& places) const {
         Samples all;
         for (int i = 0; i < m_world->options.plainCount; ++i)
-            if (const P* const own = m_world->parameter(i)) {
-                std::vector<double>& numbers = all[own];
-                static_cast<void>(sample<double>(*own, places, numbers) || sample<int>(*own, places, numbers) ||
-                                  sample<bool>(*own, places, numbers) || sample<QString>(*own, places, numbers) ||
-                                  sample<QPointF>(*own, places, numbers));
-            }
+            if (const P* const own = m_world->parameter(i))
+                asTyped(*own, [&](const auto& typed) { return sample(typed, places, all[own]); });
         return all;
     }
 

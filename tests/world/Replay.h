@@ -106,12 +106,7 @@ inline bool isExplained(const P& parameter, const Explanation& explanation) {
         return std::equal(own.begin(), own.end(), parts.begin(), parts.end(),
                           [](const P* part, const Explanation& ofPart) { return isExplained(*part, ofPart); });
     }
-    const auto is = [&](const auto* typed) { return typed && isExplained(*typed, explanation); };
-    return is(dynamic_cast<const Parameter<double>*>(&parameter)) ||
-           is(dynamic_cast<const Parameter<int>*>(&parameter)) ||
-           is(dynamic_cast<const Parameter<bool>*>(&parameter)) ||
-           is(dynamic_cast<const Parameter<QString>*>(&parameter)) ||
-           is(dynamic_cast<const Parameter<QPointF>*>(&parameter)) ||
+    return asTyped(parameter, [&](const auto& typed) { return isExplained(typed, explanation); }) ||
            (dynamic_cast<const Bare*>(&parameter) && explanation.value == parameter.variantValue(explanation.context));
 }
 
