@@ -150,7 +150,9 @@ private:
             span = least(early) <= least(late) ? early : late;
         }
         double best = infinity;
-        for (const double time : {span.from, std::nextafter(span.from, infinity), span.to})
+        // A bound of a Bezier segment's end counts from the time beside it.
+        for (double time = std::nextafter(span.from, -infinity); time <= std::nextafter(span.to, infinity);
+             time = std::nextafter(time, infinity))
             best = std::min(best, sign * numbersOf(at(time))[c]);
         if (!(best - sign * bound <= 1e-12 * height + 4e-15 * std::abs(bound)))
             fail("bounds are reached", span.from, textOf(bound));
