@@ -207,7 +207,8 @@ private:
             HOLD(length >= 0);
             const auto from = numbersOf(points[i].second);
             const auto to = numbersOf(points[i + 1].second);
-            for (int part = 1; part < 10 && length > 0 && isKnown(); ++part) {
+            // Beside a vertical end of a large segment, the last digits of a time decide.
+            for (int part = 1; part < 10 && length > (isLarge ? 1e-6 : 0) && isKnown(); ++part) {
                 const double time = points[i].first.toDouble() + length * part / 10;
                 const auto numbers = numbersOf(at(time));
                 for (std::size_t c = 0; c < from.size(); ++c)
