@@ -12,22 +12,8 @@ using namespace Worlds;
 
 namespace {
 
-struct Count {
-    /// Prints sometimes.
-    void turn() {
-        if (++turns % 10000 != 0)
-            return;
-        std::printf("%llu turns, %llu values compared, %llu of them differ; %llu single keyframes, %llu exactly\n",
-                    turns, values, differences, single, exactly);
-        std::fflush(stdout);
-    }
-
-    unsigned long long turns = 0;
-    unsigned long long values = 0;
-    unsigned long long differences = 0;
-    unsigned long long single = 0;
-    unsigned long long exactly = 0;
-} count;
+unsigned int singleEdits = 0;
+unsigned int exactOnes = 0;
 
 /// Where values are asked for: at quarters, where keyframes are, and between, in any three views.
 struct Places {
@@ -118,13 +104,12 @@ private:
             !isUndisturbed() || change.affectedIndex > number->keyframeCount(change.context.view) ||
             !isConstant(number->extrapolationBefore()) || !isConstant(number->extrapolationAfter()))
             return;
-        ++count.single;
-        count.exactly += extent.in(number, change.context.view) == stretchOf(*number, change) ? 1 : 0;
-        HOLD(count.single % 200 != 0 || count.exactly * 100 >= count.single * 95);
+        ++singleEdits;
+        exactOnes += extent.in(number, change.context.view) == stretchOf(*number, change) ? 1 : 0;
+        HOLD(singleEdits % 200 != 0 || exactOnes * 100 >= singleEdits * 95);
     }
 
     void turn(const std::function<void()>& happens) override {
-        count.turn();
         const Places places(m_random);
         const Samples before = samples(places);
         m_isSilent = gainsViewsSilently();
@@ -163,11 +148,9 @@ private:
             for (std::size_t i = 0; i < numbers.size(); ++i) {
                 if (former->second[i] == numbers[i] || (std::isnan(former->second[i]) && std::isnan(numbers[i])))
                     continue;
-                ++count.differences;
                 const std::size_t each = places.times.size();
                 expectTouched(what, *own, Context(places.times[i % each], places.views[i / each]), extent);
             }
-            count.values += numbers.size();
         }
     }
     void expectTouched(const char* what, const P& own, const Context& at, const Extent& extent) const {

@@ -112,6 +112,7 @@ TEST(ExtentOfChange, IsOfTheViewsThatReadTheData) {
         {{EDIT(n.vSetValue(9, at(1, 2))), "1235"}, Params::Linear, true},
         {{EDIT(n.vSetValue(9, at(1, 6))), "35679"}, Params::Linear, true},
         {{EDIT(n.vSetValue(9, at(1, 2))), "1235"}, Params::Smooth, true},
+        {{EDIT(n.vSetValue(9, at(1, 7))), "579"}, Params::Smooth, true},
         {{EDIT(n.uniquifyView(View(3))), "3", {}, ""}, Params::Off, true},
         {{EDIT(n.uniquifyView(View(3))), "35"}, Params::Linear, true},
         {{EDIT(n.deleteView(View(2))), "2"}, Params::Off, true},

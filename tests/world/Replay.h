@@ -5,23 +5,13 @@
 #include "prm/track/CurveShapes.h"
 #include "tests/world/World.h"
 
-#include <cstring>
-
 namespace Worlds {
 
 using Steps = std::vector<Explanation::Step>;
 
+/// To the bit.
 template <class T> bool isSame(const T& a, const T& b) {
-    if constexpr (blends<T>) {
-        for (int i = 0; i < ValueType<T>::componentCount; ++i) {
-            const double parts[] = {ValueType<T>::component(a, i), ValueType<T>::component(b, i)};
-            if (std::memcmp(&parts[0], &parts[1], sizeof parts[0]) != 0)
-                return false;
-        }
-        return true;
-    } else {
-        return ValueType<T>::equal(a, b);
-    }
+    return exact(QVariant::fromValue(a)) == exact(QVariant::fromValue(b));
 }
 
 /// The value of an explanation at a time, from the data of its steps alone. Throws where a step has another value.
