@@ -177,7 +177,8 @@ TEST(ExtentOfChange, IsKeptOfManyParameters) {
         Number& number = *numbers.back();
         key(number, {{0, 1.}, {10. + i, 2.}, {200, 3.}});
         all |= extentOfEdit(number, [&] { number.vSetInterpolation(Interpolation::Bezier, at(10. + i)); });
-        all |= all;
+        const Extent& itself = all;
+        all |= itself;
     }
     for (std::size_t i = 0; i < numbers.size(); ++i)
         EXPECT_EQ(textOf(all.in(numbers[i].get(), View())), "(" + std::to_string(10 + i) + ", 200)");
