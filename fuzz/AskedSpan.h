@@ -16,75 +16,42 @@ namespace Worlds {
 
 constexpr double infinity = std::numeric_limits<double>::infinity();
 
-template <class T> bool equal(const T& a, const T& b) {
-    return ValueType<T>::equal(a, b);
-}
-
-template <class T> std::vector<double> numbersOf(const T& value) {
-    if constexpr (std::is_same_v<T, QPointF>)
-        return {value.x(), value.y()};
-    else
-        return {static_cast<double>(value)};
-}
-
-/// What is known of one parameter in one view.
 template <class T> class Asked {
 public:
-    Asked(const Parameter<T>& parameter, View view, bool hasHooks, std::mt19937& random)
-        : m_parameter(parameter), m_view(view), m_shown(detail::Ask::shownIn(parameter, view)), m_hasHooks(hasHooks),
-          m_random(random) {
-        if constexpr (detail::hasOrder<T>) {
-            const auto shown = bounds(parameter, view, TimeSpan{-2000, 2000, true, true});
-            m_isLarge = detail::distanceOf(shown.first, shown.second) > 1e4;
-        }
-    }
+    Asked(const Parameter<T>& parameter, View view, std::mt19937& random)
+        : m_parameter(parameter), m_view(view), m_shown(detail::Ask::shownIn(parameter, view)), m_random(random) {}
 
-    void checkSpan(const TimeSpan& span) {
-        m_times = timesIn(span);
-        checkConstant(span);
+    void check(const TimeSpan& span) {
+        findSamples(span);
         checkKeyframes(span);
-        if constexpr (!std::is_same_v<T, QString>) {
+        if constexpr (detail::hasOrder<T>) {
             checkBounds(span);
             checkPolyline(span);
         }
-        if (span.from == span.to || m_times.empty())
-            return;
-        for (int i = 0; i < 6; ++i)
-            checkAround(m_times[m_random() % m_times.size()]);
-        if constexpr (std::is_same_v<T, double> || std::is_same_v<T, QPointF>)
-            for (int i = 0; i < 6; ++i)
-                checkSlope(m_times[m_random() % m_times.size()]);
+        for (int i = 0; i < 6 && !m_samples.empty(); ++i) {
+            const Sample& sample = m_samples[m_random() % m_samples.size()];
+            checkAround(sample, span);
+            if constexpr (blends<T> && !detail::rounds<T>)
+                checkSlope(sample.first);
+        }
     }
 
 private:
+    using Sample = std::pair<double, T>;
+
     T at(double time) const { return m_parameter.value({Time::fromDouble(time), m_view}); }
+    static auto numbersOf(const T& value) { return detail::Components<T>::of(value); }
+    static bool equal(const T& a, const T& b) { return ValueType<T>::equal(a, b); }
+    template <class Value> static QString textOf(const Value& value) { return exact(QVariant::fromValue(value)); }
     [[noreturn]] void fail(const char* what, double time, const QString& more = {}) const {
-        QString text = ValueType<T>::name() + QStringLiteral(" at %1 in view %2: %3 %4\n")
-                                                  .arg(time, 0, 'g', 17)
-                                                  .arg(m_view.id())
-                                                  .arg(exact(at(time)))
-                                                  .arg(more);
-        for (int i = 0; i < m_shown.count; ++i)
-            for (const KeyframeData<T>& key : m_shown[i].keyframes)
-                text += QStringLiteral("%1: %2 = %3 kind %4 %5 %6 %7 %8\n")
-                            .arg(m_shown.weight(i))
-                            .arg(key.time.toDouble(), 0, 'g', 17)
-                            .arg(exact(key.value))
-                            .arg(static_cast<quint32>(key.interpolationData.interpolation))
-                            .arg(key.interpolationData.x1)
-                            .arg(key.interpolationData.y1)
-                            .arg(key.interpolationData.x2)
-                            .arg(key.interpolationData.y2);
-        Fuzz::fail(what, text + QStringLiteral("outside %1 %2")
-                                    .arg(static_cast<quint32>(m_shown.outside.before))
-                                    .arg(static_cast<quint32>(m_shown.outside.after)));
+        const QString text =
+            QStringLiteral("at %1 in view %2: %3 ").arg(textOf(time)).arg(m_view.id()).arg(textOf(at(time)));
+        Fuzz::fail(what, text + more + '\n' + QString::fromUtf8(stateOf(m_parameter)));
     }
-    static QString exact(double value) { return QString::number(value, 'g', 17); }
-    template <class U> static QString exact(const U& value) { return Worlds::exact(QVariant::fromValue(value)); }
 
     /// Whether only keyframes decide.
     bool isKnown() const {
-        bool asksFunction = m_hasHooks || m_shown.outside.before == Extrapolation::Custom0 ||
+        bool asksFunction = m_shown.hooks || m_shown.outside.before == Extrapolation::Custom0 ||
                             m_shown.outside.after == Extrapolation::Custom0;
         for (const detail::Track<T>& track : m_shown.tracks)
             for (const KeyframeData<T>& key : track.keyframes)
@@ -94,65 +61,49 @@ private:
     /// Those of one view.
     bool isExact() const { return isKnown() && m_shown.count == 1; }
 
-    /// Random ones, those of keyframes, and those beside the ends and the keyframes.
-    std::vector<double> timesIn(const TimeSpan& span) {
+    /// At random times, those of keyframes, between them, and beside all these.
+    void findSamples(const TimeSpan& span) {
         const double from = std::max(span.from, -1000.);
         const double to = std::min(span.to, 1000.);
         std::vector<double> times{from, to, (from + to) / 2};
         for (const detail::Track<T>& track : m_shown.tracks)
-            addTimes(track.keyframes, times);
+            for (int i = 0; i < track.keyframes.size(); ++i) {
+                const double time = track.keyframes[i].time.toDouble();
+                const double former = track.keyframes[std::max(i - 1, 0)].time.toDouble();
+                times.push_back(time);
+                for (int part = 1; part < 16 && former < time; ++part)
+                    for (const double x : {part / 16., std::exp2(-part), 1 - std::exp2(-part)})
+                        times.push_back(former + (time - former) * x);
+            }
         for (std::size_t i = times.size(); i > 0; --i)
             for (const double towards : {-infinity, infinity})
                 times.push_back(std::nextafter(times[i - 1], towards));
         for (int i = 0; i < 60; ++i)
             times.push_back(from + (to - from) * std::uniform_real_distribution<double>()(m_random));
-        const auto isOutside = [&](double time) { return !span.contains(Time::fromDouble(time)); };
-        times.erase(std::remove_if(times.begin(), times.end(), isOutside), times.end());
         std::sort(times.begin(), times.end());
-        return times;
+        for (const double time : times)
+            if (span.contains(Time::fromDouble(time)))
+                m_samples.emplace_back(time, at(time));
     }
 
-    /// Those of the keyframes, and some between each two, most of them near one.
-    static void addTimes(const QVector<KeyframeData<T>>& keyframes, std::vector<double>& times) {
-        for (int i = 0; i < keyframes.size(); ++i) {
-            times.push_back(keyframes[i].time.toDouble());
-            const double length = i > 0 ? keyframes[i].time - keyframes[i - 1].time : 0;
-            for (int part = 1; part < 16 && length > 0; ++part)
-                for (const double x : {part / 16., std::exp2(-part), 1 - std::exp2(-part)})
-                    times.push_back(keyframes[i - 1].time.toDouble() + length * x);
-        }
-    }
-
-    void checkConstant(const TimeSpan& span) const {
-        const bool isConstant = Prm::isConstant(m_parameter, m_view, span);
+    void checkAround(const Sample& sample, const TimeSpan& span) const {
+        const Context context(Time::fromDouble(sample.first), m_view);
         const BasicParameter& untyped = m_parameter;
-        HOLD(Prm::isConstant(untyped, m_view, span) == isConstant);
-        bool isSame = true;
-        for (const double time : m_times) {
-            isSame = isSame && equal(at(time), at(m_times[0]));
-            if (isConstant && !isSame)
-                fail("isConstant", time);
+        const TimeSpan found = constantAround(m_parameter, context);
+        HOLD(constantAround(untyped, context) == found);
+        HOLD(found.contains(context.time));
+        for (const TimeSpan& other : {found, span}) {
+            const bool isWithin = found.intersected(other) == other;
+            if (isConstant(m_parameter, m_view, other) != isWithin || isConstant(untyped, m_view, other) != isWithin)
+                fail("isConstant", sample.first, textOf(found.from) + " to " + textOf(found.to));
         }
-        const bool isOne = m_times.empty() || m_times.front() == m_times.back();
-        if (isSame && !isConstant && isExact() && !std::is_same_v<T, double> && !std::is_same_v<T, QPointF> && !isOne &&
-            m_times.size() > 60)
-            fail("isConstant, not found", m_times[0]);
-    }
-
-    void checkAround(double time) const {
-        const Context context(Time::fromDouble(time), m_view);
-        const TimeSpan span = constantAround(m_parameter, context);
-        const BasicParameter& untyped = m_parameter;
-        HOLD(constantAround(untyped, context) == span);
-        HOLD(span.contains(context.time));
-        HOLD(Prm::isConstant(m_parameter, m_view, span));
-        const T value = at(time);
-        for (const double other : m_times)
-            if (span.contains(Time::fromDouble(other)) && !equal(at(other), value))
-                fail("constantAround", other, exact(time));
-        if (isExact())
-            for (const bool later : {false, true})
-                checkEnd(later ? span.to : span.from, later ? span.withTo : span.withFrom, later ? 1 : -1, value);
+        for (const auto& [time, value] : m_samples)
+            if (found.contains(Time::fromDouble(time)) && !equal(value, sample.second))
+                fail("constantAround", time, textOf(sample.first));
+        if (!isExact())
+            return;
+        checkEnd(found.from, found.withFrom, -1, sample.second);
+        checkEnd(found.to, found.withTo, 1, sample.second);
     }
 
     /// Beyond the end there is another value.
@@ -164,72 +115,64 @@ private:
                 return;
         // In a long segment of small change values that are rounded come later.
         if (!detail::rounds<T> || !isIncluded || equal(at(std::nextafter(end, sign * infinity)), value))
-            fail("constantAround is the longest", end, exact(value) + (isIncluded ? " included" : ""));
+            fail("constantAround is the longest", end, textOf(value) + (isIncluded ? " included" : ""));
     }
 
-    void checkBounds(const TimeSpan& span) {
+    void checkBounds(const TimeSpan& span) const {
         const auto [least, greatest] = bounds(m_parameter, m_view, span);
-        for (std::size_t c = 0; c < numbersOf(least).size(); ++c) {
-            const double low = numbersOf(least)[c];
-            const double high = numbersOf(greatest)[c];
-            double nearLow = infinity;
-            double nearHigh = -infinity;
-            for (const double time : m_times) {
-                const double number = numbersOf(at(time))[c];
-                const double digits = 4e-15 * std::max(std::abs(number), std::min(high - low, 1e300));
-                if (!(number >= low - digits && number <= high + digits))
-                    fail("bounds", time, exact(low) + " to " + exact(high));
-                nearLow = std::min(nearLow, number);
-                nearHigh = std::max(nearHigh, number);
+        const auto low = numbersOf(least);
+        const auto high = numbersOf(greatest);
+        for (std::size_t c = 0; c < low.size(); ++c) {
+            for (const auto& [time, value] : m_samples) {
+                const double number = numbersOf(value)[c];
+                const double digits = 4e-15 * std::max(std::abs(number), std::min(high[c] - low[c], 1e300));
+                if (!(number >= low[c] - digits && number <= high[c] + digits))
+                    fail("bounds", time, textOf(least) + " to " + textOf(greatest));
             }
-            if (m_times.empty() || !isExact() || std::isinf(low) || std::isinf(high))
+            const double height = high[c] - low[c];
+            if (m_samples.empty() || !isExact() || std::isinf(height) || std::isinf(span.to - span.from))
                 continue;
-            if (!std::isinf(span.from) && !std::isinf(span.to)) {
-                checkReached(c, low, high - low, 1);
-                checkReached(c, high, high - low, -1);
-            }
+            checkReached(span, c, 1, low[c], height);
+            checkReached(span, c, -1, high[c], height);
         }
     }
 
-    /// Descends from the lowest times to the least value near them.
-    void checkReached(std::size_t c, double bound, double height, int sign) const {
-        const auto rank = [&](double time) { return sign * numbersOf(at(time))[c]; };
-        double best = infinity;
-        for (std::size_t i = 0; i < m_times.size(); ++i) {
-            // Those beside it may be the next numbers.
-            double low = m_times[i > 3 ? i - 3 : 0];
-            double high = m_times[std::min(i + 3, m_times.size() - 1)];
-            best = std::min(best, rank(m_times[i]));
-            if (rank(m_times[i]) > std::min(rank(low), rank(high)))
-                continue;
-            for (int step = 0; step < 60; ++step) {
-                const double third = (high - low) / 3;
-                (rank(low + third) > rank(high - third) ? low : high) =
-                    rank(low + third) > rank(high - third) ? low + third : high - third;
-            }
-            best = std::min(best, rank(std::min(std::max((low + high) / 2, m_times.front()), m_times.back())));
+    /// Follows a bound into the half that has it.
+    void checkReached(TimeSpan span, std::size_t c, int sign, double bound, double height) const {
+        const auto least = [&](const TimeSpan& in) {
+            const auto found = bounds(m_parameter, m_view, in);
+            return sign * numbersOf(sign > 0 ? found.first : found.second)[c];
+        };
+        while (std::nextafter(std::nextafter(span.from, infinity), infinity) < span.to) {
+            const double middle = span.from + (span.to - span.from) / 2;
+            const TimeSpan early{span.from, middle, span.withFrom, true};
+            const TimeSpan late{middle, span.to, true, span.withTo};
+            span = least(early) <= least(late) ? early : late;
         }
+        double best = infinity;
+        // A bound of a Bezier segment's end counts from the time beside it.
+        for (double time = std::nextafter(span.from, -infinity); time <= std::nextafter(span.to, infinity);
+             time = std::nextafter(time, infinity))
+            best = std::min(best, sign * numbersOf(at(time))[c]);
         if (!(best - sign * bound <= 1e-12 * height + 4e-15 * std::abs(bound)))
-            fail("bounds are reached", m_times[0], exact(bound) + " not " + exact(sign * best));
+            fail("bounds are reached", span.from, textOf(bound));
     }
 
     void checkSlope(double time) const {
         const auto slopes = numbersOf(slope(m_parameter, {Time::fromDouble(time), m_view}));
         const detail::Piece<T> piece(m_shown, time);
         const double room = std::min({1., time - piece.from(), piece.to() - time}) / 4;
-        if (!(room > 1e-3) || !isKnown())
-            return;
-        for (std::size_t c = 0; c < slopes.size(); ++c) {
+        for (std::size_t c = 0; c < slopes.size() && room > 1e-3 && isKnown(); ++c) {
             const auto difference = [&](double h) {
                 return (numbersOf(at(time + h))[c] - numbersOf(at(time - h))[c]) / (2 * h);
             };
             const auto refined = [&](double h) { return (4 * difference(h / 2) - difference(h)) / 3; };
             const double wanted = refined(room / 64);
+            const double most = std::max(1., std::abs(wanted));
             const double magnitude = std::max(1., std::abs(numbersOf(at(time))[c]));
             const double unsure = std::abs(wanted - refined(room / 16)) * 4 + 1e-11 * magnitude / room;
-            if (unsure < 1e-7 * std::max(1., std::abs(wanted)) &&
-                !(std::abs(slopes[c] - wanted) <= 1e-6 * std::max(1., std::abs(wanted))))
-                fail("slope", time, exact(slopes[c]) + " is " + exact(wanted));
+            if (unsure < 1e-7 * most && !(std::abs(slopes[c] - wanted) <= 1e-6 * most))
+                fail("slope", time, textOf(slopes[c]) + " is " + textOf(wanted));
         }
     }
 
@@ -246,43 +189,40 @@ private:
         HOLD(count == found.size());
     }
 
-    void checkPolyline(const TimeSpan& span) {
+    void checkPolyline(const TimeSpan& span) const {
         static const double tolerances[] = {0.001, 0.03, 0.5, 1, 4};
         const double tolerance = tolerances[m_random() % 5];
         const auto points = polyline(m_parameter, m_view, span, tolerance);
-        const bool isPromised = isKnown();
-        HOLD(points.isEmpty() || std::isinf(span.from) || std::abs(points.first().first.toDouble() - span.from) < 1e-9);
-        HOLD(points.isEmpty() || std::isinf(span.to) || std::abs(points.last().first.toDouble() - span.to) < 1e-9);
-        HOLD(!points.isEmpty() || span.isEmpty() || std::isinf(span.from) || std::isinf(span.to));
+        const auto isEnd = [](double end, Time time) {
+            return std::isinf(end) || std::abs(time - Time::fromDouble(end)) < 1e-9;
+        };
+        HOLD(points.isEmpty() ? span.isEmpty() || std::isinf(span.to - span.from)
+                              : isEnd(span.from, points.first().first) && isEnd(span.to, points.last().first));
+        const auto shown = bounds(m_parameter, m_view, TimeSpan{-2000, 2000, true, true});
+        const bool isLarge = detail::distanceOf(shown.first, shown.second) > 1e4;
+        // A million, rounded to 65536 steps.
+        const double most = std::max(tolerance * (1 + 1e-9) + 1e-9, !isLarge ? 0 : detail::rounds<T> ? 100 : 0.2);
         for (int i = 0; i + 1 < points.size(); ++i) {
-            const double from = points[i].first.toDouble();
             const double length = points[i + 1].first - points[i].first;
             HOLD(length >= 0);
-            for (int part = 1; part < 10 && length > 0 && isPromised; ++part)
-                checkOnLine(from + length * part / 10, length, points[i], points[i + 1], tolerance);
-        }
-    }
-
-    void checkOnLine(double time, double length, const CurvePoint<T>& from, const CurvePoint<T>& to,
-                     double tolerance) const {
-        const double part = (time - from.first.toDouble()) / length;
-        for (std::size_t c = 0; c < numbersOf(from.second).size(); ++c) {
-            const double line = numbersOf(from.second)[c] * (1 - part) + numbersOf(to.second)[c] * part;
-            const double number = numbersOf(at(time))[c];
-            // A million, rounded to 65536 steps.
-            const double coarse = detail::rounds<T> ? 100 : 0.2;
-            if (!(std::abs(number - line) <= std::max(tolerance * (1 + 1e-9) + 1e-9, m_isLarge ? coarse : 0)))
-                fail("polyline", time, exact(line));
+            const auto from = numbersOf(points[i].second);
+            const auto to = numbersOf(points[i + 1].second);
+            // Beside a vertical end of a large segment, the last digits of a time decide.
+            for (int part = 1; part < 10 && length > (isLarge ? 1e-6 : 0) && isKnown(); ++part) {
+                const double time = points[i].first.toDouble() + length * part / 10;
+                const auto numbers = numbersOf(at(time));
+                for (std::size_t c = 0; c < from.size(); ++c)
+                    if (!(std::abs(numbers[c] - from[c] * (1 - part / 10.) - to[c] * (part / 10.)) <= most))
+                        fail("polyline", time);
+            }
         }
     }
 
     const Parameter<T>& m_parameter;
     const View m_view;
     const detail::Shown<T> m_shown;
-    const bool m_hasHooks;
     std::mt19937& m_random;
-    bool m_isLarge = false;
-    std::vector<double> m_times;
+    std::vector<Sample> m_samples;
 };
 
 } // namespace Worlds

@@ -1,7 +1,6 @@
 #include "prm/CurveKinds.h"
+#include "tests/support/Record.h"
 #include "tests/world/Replay.h"
-
-#include <gtest/gtest.h>
 
 using namespace Worlds;
 
@@ -98,106 +97,28 @@ struct Exhibition {
     Explanation ofWidow;
 };
 
-/// The first line says what was asked, the others are the steps.
-struct Row {
-    const BasicParameter& parameter;
-    Context at;
-    const char* text;
-};
-
-TEST(Explanation, SaysInWordsWhatHappened) {
+TEST(Explanation, IsOnRecordInWords) {
     ASSERT_TRUE(registerInterpolation(custom, [](const IType& shape, double x) { return x * shape.x1; }));
     ASSERT_TRUE(registerExtrapolation(cycle, [](Time time, Time, Time) { return time + -10; }));
     const Exhibition all;
-    const Row rows[] = {
-        {all.split, at(10), R"(split at frame 10 in view 0 is 5
-  view 0 has data of its own
-  the keyframe at frame 10 is 5)"},
-        {all.split, at(12.5, 2), R"(split at frame 12.5 in view 2 is 6.25
-  view 2 has no data: view 0 is read
-  between frame 10 (5) and frame 20 (10), Linear, after 25 percent of the time: 6.25)"},
-        {all.split, at(0, ~0u), R"(split at frame 0 in an invalid view is 5
-  an invalid view has no data: view 0 is read
-  before the first keyframe, at frame 10 (5), Constant, held: 5)"},
-        {all.curve, at(12.5), R"(curve at frame 12.5 in view 0 is 6.25
-  tied to "steps", without effect: its values are of another type
-  between frame 10 (5) and frame 20 (10), Bezier, after 25 percent of the time and 25 percent of the change: 6.25)"},
-        {all.line, at(6), R"(master.line at frame 6 in view 0 is 3
-  before the first keyframe, at frame 10 (5), Linear, continued by 4 frames: 3)"},
-        {all.joined, still(), R"(joined at no valid frame in view 0 is 6
-  after the last keyframe, at frame 3 (6), Constant, held: 6)"},
-        {all.held, at(19), R"(held at frame 19 in view 0 is 5
-  between frame 10 (5) and frame 20 (10), Constant, held: 5)"},
-        {all.held, at(25), R"(held at frame 25 in view 0 is 10
-  after the last keyframe, at frame 20 (10), Linear, but without a slope, held: 10)"},
-        {all.single, at(5), R"(single at frame 5 in view 0 is 5
-  before the first keyframe, at frame 10 (5), Linear, but without a slope, held: 5)"},
-        {all.bouncing, at(15), R"(bouncing at frame 15 in view 0 is 6.25
-  between frame 10 (5) and frame 20 (10), Custom5, after 50 percent of the time and 25 percent of the change: 6.25)"},
-        {all.bouncing, at(25), R"(bouncing at frame 25 in view 0 is 6.25
-  after the last keyframe, at frame 20 (10), Custom6: frame 15 is shown
-  between frame 10 (5) and frame 20 (10), Custom5, after 50 percent of the time and 25 percent of the change: 6.25)"},
-        {all.bouncing, at(30), R"(bouncing at frame 30 in view 0 is 10
-  after the last keyframe, at frame 20 (10), Custom6: frame 20 is shown
-  the keyframe at frame 20 is 10)"},
-        {all.foreign, at(15), R"(foreign at frame 15 in view 0 is 7.5
-  between frame 10 (5) and frame 20 (10), Custom8, which is not registered and so a straight line, after 50 percent of the time: 7.5)"},
-        {all.foreign, at(5), R"(foreign at frame 5 in view 0 is 5
-  before the first keyframe, at frame 10 (5), Custom8, which is not registered, held: 5)"},
-        {all.empty, at(3), R"(empty at frame 3 in view 0 is 2
-  no view has data: the default value is 2)"},
-        {all.bare, at(3, 1), R"(bare at frame 3 in view 1 is 4
-  view 1 has data of its own
-  view 1 has no keyframes: its static value is 4)"},
-        {all.plain, at(3, 1), R"(plain at frame 3 in view 1 is 4
-  view 1 has no data: view 0 is read
-  not keyframed: the static value of view 0 is 4)"},
-        {all.joined, at(3, 1), R"(joined at frame 3 in view 1 is 6
-  not splittable: view 0 is read
-  the keyframe at frame 3 is 6)"},
-        {all.near, at(10, 3), R"(near at frame 10 in view 3 is 7
-  view 3 has no data: view 4, the nearest one, is read
-  the keyframe at frame 10 is 7)"},
-        {all.between, at(12, 1), R"(between at frame 12 in view 1 is 10.8
-  view 1 has no data: 2 views are blended: 10.8
-    view 0, 80 percent: 6
-      between frame 10 (5) and frame 20 (10), Linear, after 20 percent of the time: 6
-    view 5, 20 percent: 30
-      the keyframe at frame 12 is 30)"},
-        {all.steps, at(15), R"(steps at frame 15 in view 0 is "a \"b\""
-  between frame 10 ("a \"b\"") and frame 20 ("c"), Constant, held: "a \"b\"")"},
-        {all.further, at(20), R"(further at frame 20 in view 0 is 10
-  tied to "logo.tied": its value is shown
-  tied to "master.line": its value is shown
-  the keyframe at frame 20 is 10)"},
-        {all.shown, at(15), R"(shown at frame 15 in view 0 is 8.5
-  tied to "more": its value is shown
-  between frame 10 (5) and frame 20 (10), computed by its class: 8.5)"},
-        {all.more, at(5), R"(more at frame 5 in view 0 is 5
-  before the first keyframe, at frame 10 (5), computed by its class: 5)"},
-        {all.more, at(10), R"(more at frame 10 in view 0 is 5
-  the keyframe at frame 10 is 5)"},
-        {all.always, at(10), R"(always at frame 10 in view 0 is 3
-  computed by its class: 3)"},
-        {all.untyped, at(10), R"(untyped at frame 10 in view 0 is 8
-  computed by its class: 8)"},
-        {all.pair, at(10), R"(pair at frame 10 in view 0 is (5, 4)
-  a compound: the values of its parts
-    master.line at frame 10 in view 0 is 5
-      the keyframe at frame 10 is 5
-    plain at frame 10 in view 0 is 4
-      not keyframed: the static value of view 0 is 4)"},
-        {all.text, at(10), R"(text is "a"
-  not animated: one value for all frames and views)"},
-        {all.count, at(10), R"(count is 7
-  not animated: one value for all frames and views)"},
-    };
-    for (const Row& row : rows) {
-        const Explanation explanation = explain(row.parameter, row.at);
-        EXPECT_EQ(explanation.toString().toStdString(), row.text);
-        const auto* const animated = dynamic_cast<const P*>(&row.parameter);
-        EXPECT_TRUE(!animated || animated == &all.untyped || isExplained(*animated, explanation)) << row.text;
+    const std::pair<const BasicParameter*, Context> questions[] = {
+        {&all.split, at(10)},   {&all.split, at(12.5, 2)}, {&all.split, at(0, ~0u)}, {&all.curve, at(12.5)},
+        {&all.line, at(6)},     {&all.joined, still()},    {&all.held, at(19)},      {&all.held, at(25)},
+        {&all.single, at(5)},   {&all.bouncing, at(15)},   {&all.bouncing, at(25)},  {&all.bouncing, at(30)},
+        {&all.foreign, at(15)}, {&all.foreign, at(5)},     {&all.empty, at(3)},      {&all.bare, at(3, 1)},
+        {&all.plain, at(3, 1)}, {&all.joined, at(3, 1)},   {&all.near, at(10, 3)},   {&all.between, at(12, 1)},
+        {&all.steps, at(15)},   {&all.further, at(20)},    {&all.shown, at(15)},     {&all.more, at(5)},
+        {&all.more, at(10)},    {&all.always, at(10)},     {&all.untyped, at(10)},   {&all.pair, at(10)},
+        {&all.text, at(10)},    {&all.count, at(10)}};
+    QString words;
+    for (const auto& [parameter, context] : questions) {
+        const Explanation explanation = explain(*parameter, context);
+        words += explanation.toString() + '\n';
+        const auto* const animated = dynamic_cast<const P*>(parameter);
+        EXPECT_TRUE(!animated || animated == &all.untyped || isExplained(*animated, explanation))
+            << explanation.toString().toStdString();
     }
+    expectOnRecord("explanations.txt", words);
     EXPECT_EQ(explain(all.sum, at(10)).value.toDouble(), 10);
     EXPECT_TRUE(all.ofWidow.toString().contains("tied to \"a deleted parameter\""));
     EXPECT_TRUE(explain(all.tied, at(1))

@@ -3,6 +3,7 @@
 #include <QDebug>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <string>
 #include <tuple>
@@ -51,28 +52,24 @@ TEST(TimeSpans, HoldTheTimesOfTheirParts) {
     for (int i = -1; i < 14; ++i)
         times.push_back(Time::fromDouble(i / 2.0));
     for (int round = 0; round < 2000; ++round) {
-        TimeSpans spans;
-        TimeSpans others;
+        TimeSpans spans[2];
         std::vector<TimeSpan> parts;
-        for (int i = 0; i < 4; ++i) {
-            parts.push_back(drawn());
-            (i < 2 ? spans : others).add(parts.back());
-        }
-        spans |= others;
+        for (int i = 0; i < 4; ++i)
+            spans[i / 2].add(parts.emplace_back(drawn()));
+        const TimeSpans all = TimeSpans(spans[0]) |= spans[1];
         const TimeSpan asked = drawn();
         bool anyInBoth = false;
         for (const Time time : times) {
-            bool isIn = false;
-            for (const TimeSpan& part : parts)
-                isIn = isIn || part.contains(time);
+            const bool isIn =
+                std::any_of(parts.begin(), parts.end(), [=](const TimeSpan& part) { return part.contains(time); });
             const bool isInBoth = isIn && asked.contains(time);
             anyInBoth = anyInBoth || isInBoth;
-            ASSERT_EQ(spans.contains(time), isIn) << textOf(spans) << time.toDouble();
-            ASSERT_EQ(spans.intersected(asked).contains(time), isInBoth) << textOf(spans) << textOf(asked);
+            ASSERT_EQ(all.contains(time), isIn) << textOf(all) << time.toDouble();
+            ASSERT_EQ(all.intersected(asked).contains(time), isInBoth) << textOf(all) << textOf(asked);
         }
-        ASSERT_EQ(spans.intersects(asked), anyInBoth) << textOf(spans) << textOf(asked);
-        ASSERT_EQ(spans.intersected(asked).isEmpty(), !anyInBoth);
-        ASSERT_EQ(spans, TimeSpans(spans) |= spans);
+        ASSERT_EQ(all.intersects(asked), anyInBoth) << textOf(all) << textOf(asked);
+        ASSERT_EQ(all.intersected(asked).isEmpty(), !anyInBoth);
+        ASSERT_EQ(all, TimeSpans(all) |= all);
     }
 }
 

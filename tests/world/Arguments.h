@@ -35,6 +35,11 @@ inline Time timeFrom(Choices& choose) {
     return number > 36 ? Time(Time::INVALID) : Time::fromDouble((number - 8) / 4.);
 }
 
+inline Context contextFrom(Choices& choose) {
+    const View view = viewFrom(choose);
+    return {timeFrom(choose), view};
+}
+
 /// Of three views, of which the second is current.
 inline const IViewsProvider* threeViews() {
     static Views views;
@@ -46,8 +51,8 @@ inline const IViewsProvider* threeViews() {
 /// Drawn at once and in this order: compilers differ in that of a call's arguments.
 struct Arguments {
     explicit Arguments(Choices& choose)
-        : view(viewFrom(choose)), at(timeFrom(choose), view), to(timeFrom(choose), viewFrom(choose)),
-          value(choose.below(12) / 2.), number(choose.below(9)), yes(choose.yes()), kind(1 + choose.below(4)) {}
+        : view(viewFrom(choose)), at(timeFrom(choose), view), to(contextFrom(choose)), value(choose.below(12) / 2.),
+          number(choose.below(9)), yes(choose.yes()), kind(1 + choose.below(4)) {}
     Arguments(const Context& from, const Context& towards, double newValue, int newNumber, bool isYes, int newKind)
         : view(from.view), at(from), to(towards), value(newValue), number(newNumber), yes(isYes), kind(newKind) {}
 

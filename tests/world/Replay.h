@@ -5,23 +5,13 @@
 #include "prm/track/CurveShapes.h"
 #include "tests/world/World.h"
 
-#include <cstring>
-
 namespace Worlds {
 
 using Steps = std::vector<Explanation::Step>;
 
+/// To the bit.
 template <class T> bool isSame(const T& a, const T& b) {
-    if constexpr (blends<T>) {
-        for (int i = 0; i < ValueType<T>::componentCount; ++i) {
-            const double parts[] = {ValueType<T>::component(a, i), ValueType<T>::component(b, i)};
-            if (std::memcmp(&parts[0], &parts[1], sizeof parts[0]) != 0)
-                return false;
-        }
-        return true;
-    } else {
-        return ValueType<T>::equal(a, b);
-    }
+    return exact(QVariant::fromValue(a)) == exact(QVariant::fromValue(b));
 }
 
 /// The value of an explanation at a time, from the data of its steps alone. Throws where a step has another value.
@@ -106,12 +96,7 @@ inline bool isExplained(const P& parameter, const Explanation& explanation) {
         return std::equal(own.begin(), own.end(), parts.begin(), parts.end(),
                           [](const P* part, const Explanation& ofPart) { return isExplained(*part, ofPart); });
     }
-    const auto is = [&](const auto* typed) { return typed && isExplained(*typed, explanation); };
-    return is(dynamic_cast<const Parameter<double>*>(&parameter)) ||
-           is(dynamic_cast<const Parameter<int>*>(&parameter)) ||
-           is(dynamic_cast<const Parameter<bool>*>(&parameter)) ||
-           is(dynamic_cast<const Parameter<QString>*>(&parameter)) ||
-           is(dynamic_cast<const Parameter<QPointF>*>(&parameter)) ||
+    return asTyped(parameter, [&](const auto& typed) { return isExplained(typed, explanation); }) ||
            (dynamic_cast<const Bare*>(&parameter) && explanation.value == parameter.variantValue(explanation.context));
 }
 

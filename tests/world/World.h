@@ -32,16 +32,24 @@ inline QString exact(const QVariant& value) {
     return all;
 }
 
-template <class T> bool addStorage(QTextStream& out, const P& parameter) {
-    const auto* const typed = dynamic_cast<const Parameter<T>*>(&parameter);
-    if (!typed)
-        return false;
-    out << " default kind " << static_cast<quint32>(typed->defaultInterpolation()) << " blends views "
-        << typed->viewInterpolation().mode << '\n';
+/// Returns what the function returns of the parameter as what it is; false for compounds and a kind of a host's.
+template <class Any, class Do> bool asTyped(Any& parameter, const Do& act) {
+    const auto as = [&](auto value) {
+        using Typed = Parameter<decltype(value)>;
+        using Kept = std::conditional_t<std::is_const_v<Any>, const Typed, Typed>;
+        auto* const typed = dynamic_cast<Kept*>(&parameter);
+        return typed && act(*typed);
+    };
+    return as(0.) || as(0) || as(false) || as(QString()) || as(QPointF());
+}
+
+template <class T> bool addStorage(QTextStream& out, const Parameter<T>& parameter) {
+    out << " default kind " << static_cast<quint32>(parameter.defaultInterpolation()) << " blends views "
+        << parameter.viewInterpolation().mode << '\n';
     for (const View view : std::vector<View>(parameter.viewList())) {
-        out << "view " << view.id() << " static " << exact(typed->staticValue(view)) << '\n';
+        out << "view " << view.id() << " static " << exact(parameter.staticValue(view)) << '\n';
         for (unsigned i = 0; i < parameter.keyframeCount(view); ++i) {
-            const KeyframeData<T> key = typed->keyframe(i, view);
+            const KeyframeData<T> key = parameter.keyframe(i, view);
             const IType& curve = key.interpolationData;
             out << "view " << view.id() << " key " << exact(key.time.toDouble()) << " = " << exact(key.value) << ' '
                 << static_cast<quint32>(curve.interpolation);
@@ -87,9 +95,7 @@ inline QByteArray stateOf(const P& parameter) {
     if (!dynamic_cast<const CompoundParameter*>(&parameter)) {
         parameter.bStreamOut(out, {}, false);
         addSettings(out, parameter);
-        static_cast<void>(addStorage<double>(out, parameter) || addStorage<int>(out, parameter) ||
-                          addStorage<bool>(out, parameter) || addStorage<QString>(out, parameter) ||
-                          addStorage<QPointF>(out, parameter));
+        asTyped(parameter, [&](const auto& typed) { return addStorage(out, typed); });
     }
     out.flush();
     return text.toUtf8();
