@@ -76,10 +76,17 @@ TEST(Answers, CurvesAreReducedToWhatCanBeSeen) {
     EXPECT_GE(polyline(many, View(), TimeSpan::all(), 0.1).size(), 2800);
     EXPECT_LE(polyline(many, View(), TimeSpan::all(), 0.1, 100).size(), 401);
     EXPECT_EQ(sampleValues(many, View(), Time::fromInt(-2), 1, 5), (QVector<double>{0, 0, 0, 1, 2}));
-    for (const double handle : {std::numeric_limits<double>::quiet_NaN(), 1.7e308, -infinity, 1e201}) {
-        const auto wild = made<Number, double>({keyOf(0, 0, {Interpolation::Bezier, 1e-9, handle, 0, 0}), keyOf(9, 1)});
-        EXPECT_LE(polyline(*wild, View(), TimeSpan::all(), 0.1).size(), 3) << handle;
+    constexpr double none = std::numeric_limits<double>::quiet_NaN();
+    for (const double handle : {none, 1.7e308, -infinity, 1e201}) {
+        const IType wild(Interpolation::Bezier, 1e-9, handle, 0, 0);
+        const Curve<Number> number{{{0, 0, wild}, {9, 1}}};
+        EXPECT_LE(polyline(number, View(), TimeSpan::all(), 0.1).size(), 3) << handle;
     }
+    const Curve<NumericParameter<int>> whole{{{0, 0, {Interpolation::Bezier, 0.3, none, 0.6, 1}}, {9, 1}}};
+    EXPECT_LE(polyline(whole, View(), TimeSpan::all(), 0.1).size(), 6);
+    const std::pair<TimeSpan, int> spans[] = {{{50, infinity}, 1}, {{none, 5}, 0}, {{infinity, -infinity}, 0}};
+    for (const auto& [span, size] : spans)
+        EXPECT_EQ(polyline(stepped, View(), span, 0.1).size(), size) << span.from;
 }
 
 TEST(Answers, HashesOfSetsAreOfAllThatTheyHold) {

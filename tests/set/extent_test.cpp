@@ -169,6 +169,51 @@ TEST(ExtentOfChange, FollowsWhatShowsTheParameter) {
     EXPECT_EQ(textOf(extent.in(&sibling, View(1))), "(5, 30)");
 }
 
+TEST(ExtentOfChange, OfACompoundIsThatOfItsParts) {
+    const std::tuple<Row, const char*> rows[] = {
+        {{EDIT(n.vSetValue(7, at(10))), "(0, 20)"}, "{}"},
+        {{EDIT(n.vSetValue(7, at(30))), "(20, inf)"}, "(0, inf)"},
+        {{EDIT(n.vSetValue(7, still())), "{}"}, "{}"},
+        {{EDIT(n.hide(true)), "{}"}, "{}"},
+    };
+    for (const auto& [row, expected] : rows) {
+        Number edited(QStringLiteral("edited"));
+        Number other(QStringLiteral("other"));
+        CompoundParameter pair(QStringLiteral("pair"));
+        key(edited, {{0, 1.}, {10, 2.}, {20, 3.}, {30, 4.}});
+        key(other, {{0, 1.}, {30, 2.}});
+        pair.addParameter(edited);
+        pair.addParameter(other);
+        const auto* const run = &row.run;
+        const Extent extent = extentOfEdit(pair, [&] { (*run)(edited); });
+        EXPECT_EQ(textOf(extent.in(&edited, View())), row.expected) << row.edit;
+        EXPECT_EQ(textOf(extent.in(&other, View())), expected) << row.edit;
+    }
+}
+
+/// The record names a keyframe of lists that may be others by then.
+TEST(ExtentOfChange, IsAllTimesAfterAnEditInAnEarlierSlot) {
+    const std::pair<const char*, void (*)(Number&)> rows[] = {
+        {EDIT(n.vSetValue(5, at(40)))},
+        {EDIT(n.adjustKeyframesTime([](Time time) { return time + 1000; }))},
+        {EDIT(n.retimeKeyframes([](Time time) { return time + 1000; }))},
+        {EDIT(n.setSplittable(false))},
+        {EDIT(n.setViewInterpolation({MVInterpolationParams::Linear}))},
+    };
+    for (const auto& [name, act] : rows) {
+        Number number(QStringLiteral("number"));
+        key(number, {{0, 1.}, {10, 2.}, {20, 4.}, {30, 3.}});
+        bool isFirst = true;
+        const auto* const run = &act;
+        QObject::connect(&number, &ParameterWithoutType::changed, &number, [&](ParameterChange&) {
+            if (std::exchange(isFirst, false))
+                (*run)(number);
+        });
+        const Extent extent = extentOfEdit(number, [&] { number.vSetValue(9, at(20)); });
+        EXPECT_EQ(textOf(extent.in(&number, View())), "[-inf, inf)") << name;
+    }
+}
+
 TEST(ExtentOfChange, IsKeptOfManyParameters) {
     std::vector<std::unique_ptr<Number>> numbers;
     Extent all;
@@ -287,6 +332,29 @@ TEST(ChangedSince, SeesMembersGo) {
     EXPECT_EQ(extent.went().first().set, &project.set);
     EXPECT_TRUE(extent.touches(&project.keyed, at(3)) && extent.touches(&project.part, at(3)));
     EXPECT_TRUE(extent.parameters().contains(address));
+}
+
+TEST(ChangedSince, ComparesASetThatTwoSetsList) {
+    Number former("former");
+    Number late("late");
+    ParameterSet shared("shared");
+    ParameterSet one("one");
+    ParameterSet two("two");
+    ParameterSet root;
+    shared.addParameter(former);
+    for (ParameterSet* const set : {&one, &two}) {
+        root.addParameterSet(*set);
+        set->addParameterSet(shared);
+    }
+    ChangedSince changes(root);
+    one.clearAllLists();
+    shared.clearAllLists();
+    shared.addParameter(late);
+    const Extent extent = changes.take();
+    EXPECT_TRUE(extent.came().size() == 1 && extent.came().first().parameter == &late);
+    EXPECT_EQ(extent.went().size(), 2) << "shared from one, former from shared";
+    EXPECT_TRUE(extent.touches(&former, at(0)) && extent.touches(&late, at(0)));
+    EXPECT_TRUE(changes.take().isEmpty());
 }
 
 TEST(ChangedSince, OutlivesTheSet) {
