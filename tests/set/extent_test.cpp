@@ -201,9 +201,9 @@ TEST(ExtentOfChange, IsAllTimesAfterAnEditInAnEarlierSlot) {
         {EDIT(n.setViewInterpolation({MVInterpolationParams::Linear}))},
     };
     for (const auto& [name, act] : rows) {
+        bool isFirst = true;
         Number number(QStringLiteral("number"));
         key(number, {{0, 1.}, {10, 2.}, {20, 4.}, {30, 3.}});
-        bool isFirst = true;
         const auto* const run = &act;
         QObject::connect(&number, &ParameterWithoutType::changed, &number, [&](ParameterChange&) {
             if (std::exchange(isFirst, false))
