@@ -10,7 +10,6 @@
 #include <map>
 
 using Prm::Time;
-using Prm::View;
 
 namespace {
 

@@ -71,7 +71,8 @@ int main() {
             cache.frame(frame);
         return cache.rendered;
     };
-    bool asExpected = renderedAnew() == 31 && renderedAnew() == 0;
+    bool asExpected = renderedAnew() == 31;
+    asExpected = asExpected && renderedAnew() == 0;
     // [edits]
     opacity.vSetValue(0.5, Time::fromInt(10)); // frames 1 to 19 are rendered again
     // [edits]

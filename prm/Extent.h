@@ -37,7 +37,7 @@ class ParameterWithoutType;
 ///
 /// \snippet frame_cache.cpp drop
 /// \threads A plain value.
-class PRM_EXPORT Extent {
+class PRM_EXPORT Extent { // NOLINT(bugprone-exception-escape): moving an element throws nothing
 public:
     /// A member of a set: a parameter (a compound, too) or a set, the other is null; and the set that lists it.
     struct Member {

@@ -37,7 +37,7 @@ public:
         constexpr int longest = 120;
         m_left -= amount;
         if (m_left < 0)
-            throw Fault("%1%2", place.isEmpty() ? place : place.left(longest) + ": ", m_refusal);
+            throw Fault("%1%2", place.isEmpty() ? place : place.left(longest) + QLatin1String(": "), m_refusal);
     }
 
 private:

@@ -63,7 +63,7 @@ public:
     T evaluate(const HeldTrack<T>& held, Time time) {
         Course course;
         int cursor = 0;
-        const T value = detail::evaluate(held.track, held.settings.outside, time, cursor, &course);
+        T value = detail::evaluate(held.track, held.settings.outside, time, cursor, &course);
         const Keyframes& keyframes = held.track.keyframes;
         if (keyframes.isEmpty())
             readsStaticValue(held, true);

@@ -148,8 +148,7 @@ private:
             if (!blends<T> || keyframes.size() < 2)
                 continue;
             const bool isBefore = m_change.type == ParameterChange::PARAMETER_CHANGED_EXTRAPOLATION_BEFORE;
-            const TimeSpans times =
-                isBefore ? detail::before(keyframes.first().time) : detail::after(keyframes.last().time);
+            TimeSpans times = isBefore ? detail::before(keyframes.first().time) : detail::after(keyframes.last().time);
             for (const detail::ViewTimes& one : inReaders(view, [&] { return times; }))
                 reach.append(one);
         }

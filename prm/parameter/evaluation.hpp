@@ -258,8 +258,8 @@ private:
 
     T askHook(const HeldTrack& held, detail::Bracket at) const {
         const BoundingKeyframes around = detail::named(at, held.view, m_parameter);
-        const T value = at.before < 0 || at.after < 0 ? m_parameter.extrapolateValue(around, m_context, m_cache)
-                                                      : m_parameter.interpolateValue(around, m_context, m_cache);
+        T value = at.before < 0 || at.after < 0 ? m_parameter.extrapolateValue(around, m_context, m_cache)
+                                                : m_parameter.interpolateValue(around, m_context, m_cache);
         if (m_notes)
             m_notes->asksHook(held.track.keyframes, at, value);
         return value;

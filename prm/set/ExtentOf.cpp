@@ -33,10 +33,10 @@ public:
     }
 
 private:
-    static ParameterChange recordOf(ParameterChange::ChangeType type, const ParameterWithoutType& parameter,
+    static ParameterChange recordOf(ParameterChange::ChangeType type, ParameterWithoutType& parameter,
                                     unsigned int index = 0, const Context& at = {}) {
         ParameterChange change;
-        change.parameter = const_cast<ParameterWithoutType*>(&parameter);
+        change.parameter = &parameter;
         change.type = type;
         change.affectedIndex = index;
         change.context = at;
@@ -57,7 +57,7 @@ private:
 
     /// What a change of a compound means for one of its parts: none for a part without a keyframe there. It names a
     /// keyframe by its place among those of all.
-    static std::optional<ParameterChange> ofPart(const CompoundParameter& compound, const ParameterWithoutType& part,
+    static std::optional<ParameterChange> ofPart(const CompoundParameter& compound, ParameterWithoutType& part,
                                                  const ParameterChange& change) {
         const bool isAdded = change.type == ParameterChange::KEYFRAME_ADDED;
         if (change.type == ParameterChange::KEYFRAME_REMOVED)

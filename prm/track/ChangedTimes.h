@@ -39,8 +39,8 @@ inline TimeSpan after(Time last) {
 /// What an edit leaves as it is: the keyframes up to one and from another one on; -1 and the number of keyframes where
 /// there are none.
 struct Unchanged {
-    int upTo;
-    int from;
+    int upTo = -1;
+    int from = 0;
     /// Whether those between are as many as before, at the same times.
     bool isWhole = false;
 };

@@ -21,7 +21,9 @@ template <class T> double distanceOf(const T& a, const T& b) {
     double most = 0.0;
     for (std::size_t c = 0; c < from.size(); ++c) {
         const double distance = std::abs(to[c] - from[c]);
-        most = std::isfinite(distance) ? std::max(most, distance) : infinite;
+        if (!std::isfinite(distance))
+            return infinite;
+        most = std::max(most, distance);
     }
     return most;
 }

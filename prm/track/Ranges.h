@@ -201,7 +201,7 @@ Range<T> outsideRange(const QVector<KeyframeData<T>>& keyframes, bool before, Ex
             last[i] += rates[i] == 0.0 ? 0.0 : rates[i] * lastDistance;
             isFinite = isFinite && std::isfinite(first[i]) && std::isfinite(last[i]);
         }
-        const auto line = Range<T>::between(Components<T>::value(first), Components<T>::value(last));
+        auto line = Range<T>::between(Components<T>::value(first), Components<T>::value(last));
         if (isFinite)
             return line;
         // A line that is not finite holds.

@@ -37,7 +37,7 @@ public:
     int& operator[](int number) { return m_positions[static_cast<std::size_t>(number)]; }
 
 private:
-    std::array<int, SourceViews::capacity> m_positions;
+    std::array<int, SourceViews::capacity> m_positions{};
 };
 
 /// The value at a time, as `Parameter<T>::value` computes it without hooks.
