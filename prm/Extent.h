@@ -101,8 +101,10 @@ private:
 /// that very record; it stays right when the parameter changes further. Takes O(log keyframes), and longer with many
 /// views, parameters that show this one, and compounds.
 ///
-/// - The record does not contain the state before PARAMETER_ASSIGNED, VIEW_CLEARED and VALUE_CHANGED: all times. Undo
-///   of an edit of keyframes emits PARAMETER_ASSIGNED. `differenceOf` and `ChangedSince` compare states.
+/// - Of PARAMETER_ASSIGNED, which undo emits, too, the difference of the two states; all times if the parameter has a
+///   master, or was tied or freed just before. Takes O(keyframes) for an assignment, and what was put back for undo.
+/// - The record does not contain the state before VIEW_CLEARED and VALUE_CHANGED: all times. `differenceOf` and
+///   `ChangedSince` compare states.
 /// - The parameters constrained to this one and the compounds that list it are included, and so on. A parameter with a
 ///   master shows that one: its own edits change nothing.
 /// - Hooks of a host's class may compute any value from any keyframe: all times in all views. A class that reads other

@@ -18,7 +18,10 @@ namespace Prm {
 
 class ParameterWithoutType;
 
+template <class T> class Parameter;
+
 namespace detail {
+class AssignedDifference;
 class ReachOfChange;
 } // namespace detail
 
@@ -117,6 +120,7 @@ public:
 
 private:
     friend class ParameterWithoutType;
+    template <class T> friend class Parameter;
     friend class detail::ReachOfChange;
 
     static constexpr bool concernsValues(ChangeType type) {
@@ -124,10 +128,13 @@ private:
                type != PARAMETER_LOCKED_CHANGED;
     }
     static void send(ParameterWithoutType& parameter, ChangeType type, int index = 0, const Context& at = {});
+    static void assigned(ParameterWithoutType& parameter, const detail::AssignedDifference& difference);
     static void sendForView(ParameterWithoutType& parameter, ChangeType type, int index, const View& view);
 
     /// The parameter's count of changes; 0 in a record that was not emitted.
     quint32 m_number = 0;
+    /// PARAMETER_ASSIGNED, if it is known.
+    const detail::AssignedDifference* m_difference = nullptr;
 };
 
 /// A scope in which one type of change is emitted although the parameter's Qt signals are blocked. Scopes may be

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace Prm {
@@ -29,16 +30,25 @@ public:
         return std::make_unique<Snapshot>(typed(parameter));
     }
 
-private:
-    static const Parameter& typed(const ParameterWithoutType& parameter) {
-        return *static_cast<const Parameter*>(parameter.asTyped(typeid(T)));
-    }
+    class Assigned;
     /// Static values are never made from several views, and values that do not blend from one.
     static MVInterpolationParams::Mode modeOf(const Parameter& parameter) {
         const auto mode = parameter.viewInterpolation().mode;
         if (mode == MVInterpolationParams::Off || !parameter.Parameter::isKeyframed())
             return MVInterpolationParams::Off;
         return blends<T> ? mode : MVInterpolationParams::Nearest;
+    }
+    /// The views that show the data of one. The data of the only view are read by all views, and so are the default
+    /// values.
+    static detail::ViewRanges readersOf(const Parameter& parameter, const detail::ViewRules& rules, View view) {
+        const bool isOnly = rules.list.size() == 1 && rules.list.front() == view;
+        const bool isAll = isOnly || !parameter.m_views.findRealViewData(view);
+        return isAll ? detail::ViewRanges::all() : rules.readersOf(view);
+    }
+
+private:
+    static const Parameter& typed(const ParameterWithoutType& parameter) {
+        return *static_cast<const Parameter*>(parameter.asTyped(typeid(T)));
     }
 
     class AfterChange;
@@ -91,11 +101,8 @@ private:
         const View view = m_change.context.view;
         return view.isValid() || m_rules.list.empty() ? view : m_rules.list.front();
     }
-    /// The data of the only view are read by all views, and so are the default values.
     template <class Times> detail::Reach inReaders(View view, const Times& times) const {
-        const bool isOnly = m_rules.list.size() == 1 && m_rules.list.front() == view;
-        const bool isAll = isOnly || !m_parameter.m_views.findRealViewData(view);
-        detail::ViewRanges readers = isAll ? detail::ViewRanges::all() : m_rules.readersOf(view);
+        detail::ViewRanges readers = readersOf(m_parameter, m_rules, view);
         TimeSpans when = readers.isEmpty() ? TimeSpans() : times();
         return when.isEmpty() ? detail::Reach() : detail::Reach(std::in_place, std::move(readers), std::move(when));
     }
@@ -219,6 +226,23 @@ private:
 
     bool m_keyframed;
     detail::ViewTracks<T> m_state;
+};
+
+/// Of an assignment of all data.
+template <class T> class Parameter<T>::Differences::Assigned final : public detail::AssignedDifference {
+public:
+    explicit Assigned(const Parameter& parameter) : m_parameter(parameter) {
+        if (parameter.emits(ParameterChange::PARAMETER_ASSIGNED))
+            m_former.emplace(parameter);
+    }
+
+    detail::Reach reach() const override {
+        return m_former ? m_former->differenceTo(Snapshot(m_parameter)) : detail::everywhere();
+    }
+
+private:
+    const Parameter& m_parameter;
+    std::optional<Snapshot> m_former;
 };
 
 } // namespace Prm

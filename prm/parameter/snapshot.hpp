@@ -3,14 +3,17 @@
 // The parameter's state, taken and put back.
 
 #include "prm/Parameter.h"
+#include "prm/parameter/differences.hpp"
 #include "prm/track/KeyframeStretch.h"
 #include "prm/untyped/PartialState.h"
 
 #include <boost/make_shared.hpp>
 
 #include <algorithm>
+#include <optional>
 #include <tuple>
 #include <typeinfo>
+#include <utility>
 #include <vector>
 
 namespace Prm {
@@ -63,6 +66,7 @@ template <class T> struct Parameter<T>::Settings {
 template <class T> class Parameter<T>::StateAround : public detail::PartialState {
 public:
     using Stretch = detail::KeyframeStretch<T>;
+    class PutBack;
 
     StateAround(const Parameter& parameter, const detail::Places& places) : m_settings(parameter) {
         if (places.empty() || isSmall(parameter)) {
@@ -97,6 +101,28 @@ public:
     }
     boost::shared_ptr<Bsc::MementoBase> present(const BasicParameter& parameter) const override {
         return boost::make_shared<StateAround>(dynamic_cast<const Parameter&>(parameter), *this);
+    }
+    bool isWhole() const { return m_whole != nullptr; }
+    /// Where the parameter's values are others now.
+    detail::Reach differenceTo(const Parameter& now) const {
+        const detail::Outside outside = now.outside();
+        const bool isCustom = std::max(outside.before, outside.after) >= Extrapolation::Custom0;
+        if (m_whole || isCustom || !(Settings(now) == m_settings))
+            return detail::everywhere();
+        const detail::ViewRules rules{now.Parameter::splittable(), Differences::modeOf(now), now.m_views.viewList()};
+        detail::Reach reach;
+        for (const OfView& one : m_views) {
+            const PVData* const data = now.m_views.findRealViewData(one.view);
+            const bool isStatic = data && (!now.Parameter::isKeyframed() || data->keyframes.isEmpty());
+            if (!data || !one.hasData || (isStatic && !ValueType<T>::equal(data->staticValue, one.staticValue)))
+                return detail::everywhere();
+            TimeSpans times;
+            for (const Stretch& stretch : one.stretches)
+                times |= stretch.timesOfDifference(data->keyframes, outside);
+            if (!times.isEmpty())
+                reach.append({Differences::readersOf(now, rules, one.view), std::move(times)});
+        }
+        return reach;
     }
     void putBack(Parameter& parameter) const {
         if (m_whole)
@@ -241,6 +267,23 @@ private:
     std::vector<OfView> m_views;
 };
 
+/// Of stretches that are put back. Takes no share in the list, which then need not be copied.
+template <class T> class Parameter<T>::StateAround::PutBack final : public detail::AssignedDifference {
+public:
+    PutBack(const Parameter& parameter, const StateAround& state) : m_parameter(parameter) {
+        if (parameter.emits(ParameterChange::PARAMETER_ASSIGNED))
+            m_former.emplace(parameter, state);
+    }
+
+    detail::Reach reach() const override {
+        return m_former ? m_former->differenceTo(m_parameter) : detail::everywhere();
+    }
+
+private:
+    const Parameter& m_parameter;
+    std::optional<StateAround> m_former;
+};
+
 template <class T> boost::shared_ptr<Bsc::MementoBase> Parameter<T>::exportState() const {
     return boost::make_shared<ParameterMemento>(*this);
 }
@@ -259,15 +302,21 @@ boost::shared_ptr<Bsc::MementoBase> Parameter<T>::exportStateAround(const detail
 template <class T> void Parameter<T>::doImportState(boost::shared_ptr<Bsc::MementoBase> snapshot) {
     const auto* const whole = dynamic_cast<const ParameterMemento*>(snapshot.get());
     const auto* const part = dynamic_cast<const StateAround*>(snapshot.get());
+    if (!whole && !part)
+        throw std::bad_cast();
+    if (part && !part->isWhole()) {
+        const typename StateAround::PutBack difference(*this, *part);
+        part->putBack(*this);
+        return ParameterChange::assigned(*this, difference);
+    }
+    const typename Differences::Assigned difference(*this);
     if (whole) {
         takeKeyframeData(whole->state, true);
         copyOwnAttributes(whole->state, NamePrefix::Copy);
-    } else if (part) {
-        part->putBack(*this);
     } else {
-        throw std::bad_cast();
+        part->putBack(*this);
     }
-    ParameterChange::parameterAssigned(*this);
+    ParameterChange::assigned(*this, difference);
 }
 
 } // namespace Prm

@@ -153,8 +153,9 @@ template <class T> void Parameter<T>::vCopyKeyframeDataFrom(const ParameterWitho
     const auto* sameType = dynamic_cast<const Parameter*>(source);
     if (!sameType)
         return;
+    const typename Differences::Assigned difference(*this);
     takeKeyframeData(*sameType, false);
-    ParameterChange::parameterAssigned(*this);
+    ParameterChange::assigned(*this, difference);
 }
 
 template <class T> void Parameter<T>::assignFrom(const ParameterWithoutType& other) {
@@ -162,9 +163,10 @@ template <class T> void Parameter<T>::assignFrom(const ParameterWithoutType& oth
     const auto* sameType = dynamic_cast<const Parameter*>(&other);
     if (!sameType || sameType == this)
         return;
+    const typename Differences::Assigned difference(*this);
     copyOwnAttributes(*sameType, NamePrefix::Keep);
     takeKeyframeData(*sameType, true);
-    ParameterChange::parameterAssigned(*this);
+    ParameterChange::assigned(*this, difference);
 }
 
 } // namespace Prm

@@ -2,6 +2,7 @@
 
 #include "prm/KeyframeData.h"
 #include "prm/ValueType.h"
+#include "prm/track/ChangedTimes.h"
 #include "prm/track/KeyframeSearch.h"
 #include "prm/track/Place.h"
 
@@ -49,6 +50,22 @@ template <class T> struct KeyframeStretch {
                                           return a.time == b.time && ValueType<T>::equal(a.value, b.value) &&
                                                  a.interpolationData == b.interpolationData;
                                       });
+    }
+
+    /// Where values differ in a list that is the same outside the stretch.
+    TimeSpans timesOfDifference(const Keyframes& list, Outside outside) const {
+        const int begin = lowerBound(list, first);
+        const int end = endOf(list, last);
+        const Track<T> former{T(), keyframes};
+        const Track<T> now{T(), list.mid(begin, end - begin)};
+        if (former.keyframes.size() < 2 && now.keyframes.size() < 2)
+            return equals(list) ? TimeSpans() : TimeSpans(TimeSpan::all());
+        // The ends of the stretch are seldom those of the list.
+        if (begin > 0)
+            outside.before = Extrapolation::Constant;
+        if (end < list.size())
+            outside.after = Extrapolation::Constant;
+        return ChangedTrack<T>(former, outside, now, outside).times();
     }
 
     /// Makes the stretch of the list what it was. The list has room.

@@ -25,6 +25,15 @@ public:
     virtual void takeDefaultFrom(const TracksSnapshot& other) = 0;
 };
 
+/// Where values differ after an assignment. Made before it, and asked, if at all, while the change is emitted.
+class PRM_EXPORT AssignedDifference {
+public:
+    virtual Reach reach() const = 0;
+
+protected:
+    ~AssignedDifference() = default;
+};
+
 /// What has to be known of the type of a parameter's values: one object for each type.
 class PRM_EXPORT Differences {
 public:

@@ -9,6 +9,7 @@
 #include <boost/function.hpp>
 
 #include <atomic>
+#include <limits>
 
 namespace Prm {
 
@@ -26,6 +27,8 @@ struct ExtraData {
     QString pendingMasterParameterId;
     /// Read by evaluation on other threads.
     std::atomic<ParameterWithoutType*> master{nullptr};
+    /// The count of changes when the master was set last.
+    quint32 tied = std::numeric_limits<quint32>::max();
     // A linked list of the parameters constrained to this one.
     ParameterWithoutType* firstConstrained = nullptr;
     ParameterWithoutType* lastConstrained = nullptr;

@@ -53,6 +53,12 @@ void ParameterChange::parameterAssigned(ParameterWithoutType& parameter) {
     send(parameter, PARAMETER_ASSIGNED);
 }
 
+void ParameterChange::assigned(ParameterWithoutType& parameter, const detail::AssignedDifference& difference) {
+    ParameterChange change(PARAMETER_ASSIGNED, parameter, 0);
+    change.m_difference = &difference;
+    parameter.emitChange(change);
+}
+
 void ParameterChange::valueChanged(ParameterWithoutType& parameter, const View& view) {
     sendForView(parameter, VALUE_CHANGED, 0, view);
 }

@@ -103,7 +103,7 @@ void ParameterWithoutType::linkTo(ParameterWithoutType* master, ParameterWithout
     if (master)
         enlist(*master, before && before != this && before->masterParameter() == master ? before : nullptr);
     own.master.store(master);
-    ++m_changes;
+    own.tied = ++m_changes;
     ++detail::masterChanges;
 }
 

@@ -69,7 +69,7 @@ TEST(ExtentOfChange, IsBetweenTheNeighbours) {
         {EDIT(n.vSetValue(9, still())), "{}"},
         {EDIT(n.vSetExtrapolationBefore(linear)), "[-inf, 0)"},
         {EDIT(n.vDeleteAllKeyframes(View(0))), "[-inf, inf)"},
-        {EDIT(Bsc::importState(n, n.exportState())), "[-inf, inf)", {}, "{}"},
+        {EDIT(Bsc::importState(n, n.exportState())), "{}"},
         {EDIT(n.hide(true)), "{}"},
         {EDIT(shift(n, 10, 20)), "(0, 30)"},
         {EDIT(n.vSetValue(9, at(10))), "[-inf, 0) + (0, 20)", linear},
@@ -89,6 +89,43 @@ TEST(ExtentOfChange, IsBetweenTheNeighbours) {
         EXPECT_EQ(textOf(extent.in(&number, View(3))), row.expected) << row.edit;
         EXPECT_EQ(textOf(differenceOf(*former, number).in(View(3))), row.difference ? row.difference : row.expected)
             << row.edit;
+    }
+}
+
+void undoAndRedo(Number& number, void (*edit)(Number&, Command&)) {
+    Command command;
+    edit(number, command);
+    {
+        const QSignalBlocker blocker(number);
+        command.doIt();
+    }
+    command.undoIt();
+}
+
+/// Of keyframes at 0, 10, 20 and so on: of few, whose snapshot is whole, and of many.
+TEST(ExtentOfChange, OfUndoIsThatOfTheEdit) {
+#define UNDONE(...) EDIT(undoAndRedo(n, [](Number& p, Command& c) { __VA_ARGS__; }))
+    const Row rows[] = {
+        {UNDONE(c.push_back(new ParameterSetValueEdit(p, 9, at(10)))), "(0, 20)"},
+        {UNDONE(c.push_back(new ParameterSetValueEdit(p, 9, at(15)))), "(10, 20)"},
+        {UNDONE(c.push_back(new ParameterSetValueEdit(p, 9, still()))), "{}"},
+        {UNDONE(p.createKeyframeDeletion(Context::Explicit(at(10)), c)), "(0, 20)"},
+        {UNDONE(p.createKeyframeDeletion(Context::Explicit(at(0)), c)), "[-inf, 10)"},
+        {UNDONE(p.vSetInterpolationCommand(Interpolation::Constant, at(10), c)), "(10, 20)"},
+        {UNDONE(c.push_back(new ParameterWithoutTypeLockEdit(p, true))), "{}"},
+        {UNDONE(c.push_back(new ParameterSetValueEdit(p, 9, at(10)))), "[-inf, 0) + (0, 20)", linear},
+        {UNDONE(c.push_back(new ParameterSetValueEdit(p, 9, at(30)))), "(20, 40)", linear},
+    };
+    for (const Row& row : rows) {
+        for (const int count : {6, 100}) {
+            Number number(QStringLiteral("number"));
+            for (int i = 0; i < count; ++i)
+                key(number, {{10. * i, 1. + i % 3}});
+            number.vSetExtrapolationBefore(row.outside);
+            number.vSetExtrapolationAfter(row.outside);
+            const Extent extent = extentOfEdit(number, [&] { row.run(number); });
+            EXPECT_EQ(textOf(extent.in(&number, View(3))), row.expected) << row.edit << " of " << count;
+        }
     }
 }
 
