@@ -16,6 +16,7 @@ namespace Prm {
 /// The times from one to another, in frames; each end belongs to the span or does not. Ends may be infinite. No time is
 /// infinitely late, so an infinite `to` is excluded. A default span is empty.
 ///
+/// \snippet curve_window.cpp answers
 /// \threads A plain value.
 struct PRM_EXPORT TimeSpan {
     /// Every time, also one that is infinitely early and the invalid time, which counts as a very late one.
@@ -53,6 +54,7 @@ inline bool operator!=(const TimeSpan& a, const TimeSpan& b) {
 
 /// A set of times: spans in ascending order, of which no two touch.
 ///
+/// \snippet frame_cache.cpp drop
 /// \threads A plain value.
 class PRM_EXPORT TimeSpans {
 public:
