@@ -46,8 +46,8 @@ private:
     void addFrom(const ParameterWithoutType& parameter, const ParameterChange& change) {
         if (const Differences* const type = ShownState::typeOf(parameter)) {
             // Undo ties or frees the parameter first.
-            const bool isTied = parameter.masterParameter() || parameter.extraData().tied + 1 == change.m_number;
-            const bool isKnown = change.m_difference && !isTied && !type->asksHooks(parameter);
+            const bool isKnown = change.m_difference && !parameter.masterParameter() &&
+                                 parameter.extraData().tied + 1 != change.m_number && !type->asksHooks(parameter);
             return add(parameter, type, isKnown ? change.m_difference->reach() : type->reachOf(parameter, change));
         }
         const auto* const compound = dynamic_cast<const CompoundParameter*>(&parameter);
