@@ -32,7 +32,7 @@ private:
     std::map<std::pair<int, Kind>, TypedParameter> m_lastMasters;
 };
 
-/// Whether all values can be evaluated. If not, the user is told why, or what else to know.
+/// Whether all values can be evaluated. Writes a message for the user: why not, or what else to know.
 bool canBeEvaluated(const FileParameter& parameter);
 
 /// What every command that reads a project starts from: the file, and the types that the user settles.

@@ -1,9 +1,9 @@
 // What each act sends, both ways, and that it comes back exactly. Failures are the matter of tests/world.
 
 #include "prm/parameter/TypedSerialisedKeyframe.hpp"
+#include "tests/support/Record.h"
 #include "tests/world/Acts.h"
 
-#include <QFile>
 #include <gtest/gtest.h>
 
 using namespace Worlds;
@@ -71,13 +71,7 @@ void expectOnRecord(const char* record, const std::vector<Act>& acts) {
             for (const A& a : places)
                 now += lineOf(act, &acts == &commands, who, a);
     }
-    QFile file(QString(PRM_TEST_DATA "/") + record);
-    const bool isWritten = qEnvironmentVariableIsSet("PRM_WRITE_RECORDS");
-    ASSERT_TRUE(file.open(isWritten ? QIODevice::WriteOnly : QIODevice::ReadOnly));
-    if (isWritten)
-        file.write(now.toUtf8());
-    else
-        EXPECT_EQ(file.readAll().toStdString(), now.toStdString());
+    ::expectOnRecord(record, now);
 }
 
 TEST(Edits, SendWhatIsOnRecord) {
