@@ -131,6 +131,7 @@ private:
 
     bool isLoadable(const QByteArray& text);
     void readLines(const QByteArray& text);
+    bool takeHeaderLine(const detail::ProjectLine& line, Header& header, detail::LineNotes& notes);
     int readHeader(detail::ProjectLines& lines);
     void readLine(const detail::ProjectLine& line, detail::LineNotes& notes);
     void reportLosses(const detail::ProjectLine& line, const detail::LineNotes& notes);

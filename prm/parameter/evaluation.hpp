@@ -234,7 +234,7 @@ private:
 
     /// Returns after how many times a hook has edited the keyframes, so that the others need a new copy.
     int askHooks(const HeldTrack& held, const Time* times, int count, T* out) {
-        int cursor = 0;
+        int& cursor = held.thread().cursor();
         int done = 0;
         while (done < count && (done == 0 || held.isTrue())) {
             m_context.time = times[done];

@@ -158,13 +158,8 @@ void ProjectFile::readLines(const QByteArray& text) {
     lines.rewind();
     while (!lines.atEnd()) {
         const detail::ProjectLine line = lines.next();
-        notes.clear();
-        if (line.number <= headerEnd && header.takes(line)) {
-            if (!line.readInto(m_text))
-                detail::LineNotes::addLoss("bytes that are no UTF-8");
-            reportLosses(line, notes);
+        if (line.number <= headerEnd && takeHeaderLine(line, header, notes))
             continue;
-        }
         readLine(line, notes);
         if (notes.hasInserted) {
             for (const detail::ProjectLine& next : lines.takeSorted(line))
@@ -172,6 +167,16 @@ void ProjectFile::readLines(const QByteArray& text) {
         }
     }
     resolveMasters();
+}
+
+bool ProjectFile::takeHeaderLine(const detail::ProjectLine& line, Header& header, detail::LineNotes& notes) {
+    notes.clear();
+    if (!header.takes(line))
+        return false;
+    if (!line.readInto(m_text))
+        detail::LineNotes::addLoss("bytes that are no UTF-8");
+    reportLosses(line, notes);
+    return true;
 }
 
 /// The number of the last line that may belong to the header.

@@ -34,16 +34,13 @@ QString ProjectLine::text() const {
 }
 
 bool ProjectLine::readInto(QString& text) const {
-    text.resize(size);
-    QChar* next = text.data();
-    uint allBits = 0;
-    for (const char* character = start; character != start + size; ++character) {
+    uchar allBits = 0;
+    for (const char* character = start; character != start + size; ++character)
         allBits |= uchar(*character);
-        *next++ = QLatin1Char(*character);
-    }
-    const bool isAscii = allBits < 128;
-    if (isAscii)
+    if (allBits < 128) {
+        text = QLatin1String(start, size);
         return true;
+    }
     text = this->text();
     return text.toUtf8() == QByteArray::fromRawData(start, size);
 }

@@ -35,22 +35,19 @@ qsizetype find(QStringView text, QChar character, qsizetype from = 0) {
     return -1;
 }
 
-/// The position of the first "Key(", -1 without one.
-qsizetype findOpening(QStringView text) {
-    qsizetype position = -1;
-    do
+/// The position of the first "Key(" from a position on, -1 without one.
+qsizetype findOpening(QStringView text, qsizetype position) {
+    while (position >= 0 && !beginsWith(text.mid(position), keyOpening))
         position = find(text, keyOpening.front(), position + 1);
-    while (position >= 0 && !beginsWith(text.mid(position), keyOpening));
     return position;
 }
 
-/// Whether the opening is that of the first "BezierKey" in the text.
-bool opensBezier(QStringView text, qsizetype opening) {
+/// Whether the opening is that of the first "BezierKey" in the text, whose first K is at a position.
+bool opensBezier(QStringView text, qsizetype opening, qsizetype firstK) {
     const qsizetype start = opening - bezierPrefix.size();
     if (start < 0 || !beginsWith(text.mid(start), bezierPrefix))
         return false;
-    const bool isFirstKey = find(text, keyOpening.front()) == opening;
-    return isFirstKey || text.indexOf(ParameterStrings::bezierKey) == start;
+    return opening == firstK || text.indexOf(ParameterStrings::bezierKey) == start;
 }
 
 /// Whether a quote at the position ends a quoted token.
@@ -80,36 +77,39 @@ QStringView withoutSpace(QStringView text) {
     return withoutSpaceAtStart({text.begin(), last});
 }
 
-/// The position of a comma counted from the end, -1 where there is none. One at the very beginning does not count.
-qsizetype commaFromEnd(QStringView text, int number) {
-    for (qsizetype position = text.size() - 1; position > 0; --position) {
-        if (text[position] == comma && --number == 0)
-            return position;
+/// The positions of the last commas, ascending, and the end of the text.
+template <std::size_t count> using LastCommas = std::array<qsizetype, count + 1>;
+
+/// False where there are not so many. One at the very beginning does not count.
+template <std::size_t count> bool findLastCommas(QStringView text, LastCommas<count>& commas) {
+    std::size_t left = count;
+    commas[count] = text.size();
+    for (qsizetype position = text.size() - 1; left > 0 && position > 0; --position) {
+        if (text[position] == comma)
+            commas[--left] = position;
     }
-    return -1;
+    return left == 0;
 }
 
 /// The usual four numbers, without quotes; false for everything else.
-bool readPlainShape(QStringView text, std::array<double, 4>& numbers) {
+bool readPlainShape(QStringView text, const LastCommas<4>& commas, std::array<double, 4>& numbers) {
     for (std::size_t i = 0; i < numbers.size(); ++i) {
-        const auto end = i + 1 < numbers.size() ? find(text, comma) : text.size();
+        const qsizetype start = commas[i] + 1;
         bool isNumber = false;
-        if (end >= 0)
-            numbers[i] = toDouble(withoutSpace(text.left(end)), &isNumber);
+        numbers[i] = toDouble(withoutSpace(text.mid(start, commas[i + 1] - start)), &isNumber);
         if (!isNumber)
             return false;
-        text = text.mid(std::min(end + 1, text.size()));
     }
     return true;
 }
 
-bool readShape(QStringView numbersText, IType& itype) {
+bool readShape(QStringView inside, const LastCommas<4>& commas, IType& itype) {
     std::array<double, 4> plain{};
-    if (readPlainShape(numbersText, plain)) {
+    if (readPlainShape(inside, commas, plain)) {
         itype = IType(Interpolation::Bezier, plain[0], plain[1], plain[2], plain[3]);
         return true;
     }
-    const QString text = numbersText.toString();
+    const QString text = inside.mid(commas[0] + 1).toString();
     QVector<QString> numbers;
     int pos = 0;
     while (pos < text.size()) {
@@ -184,7 +184,8 @@ QString getToken(const QString& text, int& pos) {
 }
 
 bool parseKeyframeDeclaration(QStringView declaration, QStringView& timeText, QStringView& valueText, IType& itype) {
-    const qsizetype opening = findOpening(declaration);
+    const qsizetype firstK = find(declaration, keyOpening.front());
+    const qsizetype opening = findOpening(declaration, firstK);
     const qsizetype end = withoutBlanksAtEnd(declaration).size() - keyEnding.size();
     if (opening < 0 || end < 0 || !beginsWith(declaration.mid(end), keyEnding))
         return false;
@@ -194,14 +195,18 @@ bool parseKeyframeDeclaration(QStringView declaration, QStringView& timeText, QS
     const qsizetype timeEnd = find(text, comma);
     if (timeEnd < 0)
         return false;
-    const bool isBezier = opensBezier(declaration, opening);
-    const qsizetype valueEnd = commaFromEnd(text, isBezier ? 4 : 1);
-    if (isBezier && valueEnd <= timeEnd)
-        return false;
-    const QStringView rest = text.mid(valueEnd + 1);
-    const bool understood = isBezier ? readShape(rest, itype) : readKind(withoutSpace(rest), itype.interpolation);
-    if (!understood)
-        return false;
+    qsizetype valueEnd = -1;
+    if (opensBezier(declaration, opening, firstK)) {
+        LastCommas<4> commas{};
+        if (!findLastCommas<4>(text, commas) || commas[0] <= timeEnd || !readShape(text, commas, itype))
+            return false;
+        valueEnd = commas[0];
+    } else {
+        LastCommas<1> commas{};
+        valueEnd = findLastCommas<1>(text, commas) ? commas[0] : -1;
+        if (!readKind(withoutSpace(text.mid(valueEnd + 1)), itype.interpolation))
+            return false;
+    }
     timeText = text.left(timeEnd);
     valueText = withoutSpace(text.mid(timeEnd + 1, std::max<qsizetype>(0, valueEnd - timeEnd - 1)));
     return true;

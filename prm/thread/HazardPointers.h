@@ -190,6 +190,7 @@ public:
     /// Whether the copy was found by way of the guide, and is still true.
     bool isFoundBy(const Protected& guide) const { return m_guide == &guide; }
     bool isTrue() const { return m_guide != nullptr; }
+    HazardPointers& thread() const { return m_thread; }
 
 protected:
     /// Of a block that was found by way of the guide.

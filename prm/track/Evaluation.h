@@ -66,7 +66,17 @@ T outsideValue(const QVector<KeyframeData<T>>& keyframes, bool before, Extrapola
     return edge.value;
 }
 
-/// The value at a time whose place among the keyframes is known. Types that do not blend hold each keyframe's value.
+/// The value between two keyframes. Types that do not blend hold each keyframe's value.
+template <class T>
+PRM_ALWAYS_INLINE T valueBetween(const KeyframeData<T>& from, const KeyframeData<T>& to, Time time,
+                                 SegmentPart* part = nullptr) {
+    if constexpr (blends<T>)
+        return segmentValue(from, to, time, part);
+    else
+        return from.value;
+}
+
+/// The value at a time whose place among the keyframes is known.
 template <class T>
 PRM_ALWAYS_INLINE T valueAround(const QVector<KeyframeData<T>>& keyframes, Bracket at, Outside outside, Time time,
                                 Course* course = nullptr) {
@@ -76,10 +86,7 @@ PRM_ALWAYS_INLINE T valueAround(const QVector<KeyframeData<T>>& keyframes, Brack
         return keyframes.at(firstAtTime(keyframes, at.before)).value;
     if (at.before < 0 || at.after < 0)
         return outsideValue(keyframes, at.before < 0, at.before < 0 ? outside.before : outside.after, time, course);
-    if constexpr (blends<T>)
-        return segmentValue(keyframes.at(at.before), keyframes.at(at.after), time, partOf(course));
-    else
-        return keyframes.at(at.before).value;
+    return valueBetween(keyframes.at(at.before), keyframes.at(at.after), time, partOf(course));
 }
 
 /// The value at a time. `cursor` is the position where the last time was found; any number will do. `course`, unless
@@ -93,19 +100,36 @@ PRM_ALWAYS_INLINE T evaluate(const Track<T>& track, Outside outside, Time time, 
     return valueAround(keyframes, at, outside, time, course);
 }
 
-/// The values at many times; a place is searched once for all times in a row that lie in the same segment.
+/// The values at many times; a place is searched once for all times in a row that lie there.
 template <class T> void evaluate(const Track<T>& track, Outside outside, const Time* times, int count, T* out) {
     const QVector<KeyframeData<T>>& keyframes = track.keyframes;
+    if (keyframes.isEmpty()) {
+        std::fill_n(out, count, track.staticValue);
+        return;
+    }
+    const Time first = keyframes.first().time;
+    const Time last = keyframes.last().time;
     int cursor = 0;
     for (int i = 0; i < count;) {
-        out[i] = evaluate(track, outside, times[i], cursor);
-        ++i;
-        if (cursor < 0 || cursor + 1 >= keyframes.size())
-            continue;
-        const KeyframeData<T>& from = keyframes.at(cursor);
-        const KeyframeData<T>& to = keyframes.at(cursor + 1);
-        for (; i < count && from.time < times[i] && times[i] < to.time; ++i)
-            out[i] = valueAround(keyframes, {cursor, cursor + 1}, outside, times[i]);
+        const Bracket at = bracketNear(keyframes.constData(), keyframes.size(), times[i], cursor);
+        const auto repeat = [&](const auto& liesThere, const auto& valueAt) {
+            do
+                out[i] = valueAt(times[i]);
+            while (++i < count && liesThere(times[i]));
+        };
+        if (at.before == at.after) {
+            out[i] = valueAround(keyframes, at, outside, times[i]);
+            ++i;
+        } else if (at.before < 0 || at.after < 0) {
+            repeat([&](Time time) { return at.before < 0 ? time < first : time > last; },
+                   [&](Time time) { return valueAround(keyframes, at, outside, time); });
+        } else {
+            // Copies: the compiler cannot know that `out` is not a part of the keyframes.
+            const KeyframeData<T> from = keyframes.at(at.before);
+            const KeyframeData<T> to = keyframes.at(at.after);
+            repeat([&](Time time) { return from.time < time && time < to.time; },
+                   [&](Time time) { return valueBetween(from, to, time); });
+        }
     }
 }
 
