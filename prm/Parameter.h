@@ -9,14 +9,13 @@
 #include "prm/ValueType.h"
 #include "prm/ViewInterpolation.h"
 #include "prm/parameter/FastViewMap.h"
+#include "prm/parameter/HookGate.h"
 #include "prm/track/KeyframeRevision.h"
 #include "prm/track/KeyframeSearch.h"
 #include "prm/track/SourceViews.h"
 #include "prm/track/Track.h"
-#include "prm/untyped/VirtualTable.h"
 
 #include <atomic>
-#include <cstdint>
 #include <type_traits>
 #include <typeinfo>
 #include <utility>
@@ -32,7 +31,6 @@ template <class T> class PRM_EXPORT CurveParameter;
 namespace detail {
 class Ask;
 struct InsertionPlace;
-struct UntypedAnswers;
 template <class T> struct Shown;
 
 /// `Parameter<T>::setVariantValue` without its checks, for a host's override of it: at a frame's time of a keyframed
@@ -381,16 +379,14 @@ protected:
     /// code of a host, except for the virtual operations of this class.
     template <class Question> auto ask(const View& view, const Question& question) const;
     /// For the constructor of the class whose hooks do what `detail::evaluate` does.
-    void setEvaluated() { evaluatedTable().store(detail::virtualTableOf(this), std::memory_order_relaxed); }
+    void setEvaluated() { HookGate::setEvaluated(*this); }
 
 private:
-    static std::atomic<const char*>& evaluatedTable();
-    template <class Operation> bool overrides(Operation operation) const;
-    PRM_ALWAYS_INLINE bool asksHooks() const;
-    PRM_NEVER_INLINE bool learnsToAskHooks() const;
+    using HookGate = detail::HookGate<T>;
+
+    PRM_ALWAYS_INLINE bool asksHooks() const { return m_gate.asksHooks(*this); }
     const void* asTyped(const std::type_info& valueType) const override;
     void explainTo(Explanation& explanation, const Context& context) const override;
-    bool overridesValue() const;
     class Evaluation;
     class Differences;
     PRM_NEVER_INLINE const Parameter& shownParameter() const;
@@ -399,10 +395,13 @@ private:
     template <class Choose> HeldTrack hold(const View& view, const Choose& choose) const;
     /// What decides from which views a value is made.
     struct Traits {
-        bool keyframed = false;
-        bool splittable = false;
+        Traits(bool isKeyframed, bool isSplittable) : keyframed(isKeyframed), splittable(isSplittable) {}
+        /// Whatever its class overrides.
+        explicit Traits(const Parameter& own) : Traits(own.Parameter::isKeyframed(), own.Parameter::splittable()) {}
+
+        bool keyframed;
+        bool splittable;
     };
-    Traits ownTraits() const { return {Parameter::isKeyframed(), Parameter::splittable()}; }
     View sourceView(const FastViewMap& map, const View& view, Traits traits, detail::SourceViews& sources) const;
     PRM_NEVER_INLINE T shownValue(const Context& context, Cache* cache) const;
     PRM_NEVER_INLINE T generalValue(const Context& context, Cache* cache) const;
@@ -429,15 +428,11 @@ private:
     // For prm/Answers.h.
     detail::Shown<T> shownIn(const View& view) const;
     detail::Shown<T> ownTracks(const View& view) const;
-    static void holdValues(detail::Shown<T>& shown);
     KeyframeVector keyframesIn(const View& view, const TimeSpan& span) const;
-    static const detail::UntypedAnswers& untypedAnswers();
 
     PVData* targetData(const View& view, const detail::Track<T>* contents = nullptr);
     PVData* makeTargetData(const View& view, View target, const detail::Track<T>* contents);
     PVData* ownData(const View& view, const detail::Track<T>* contents);
-    static bool storeStaticValue(PVData& data, const T& value);
-    static bool storeKeyframeValue(PVData& data, int position, const T& value);
     Inserted insertKeyframe(PVData* data, const View& view, Time time, const T& value);
     template <class ShapeOf>
     Inserted insertAt(const detail::InsertionPlace& place, PVData& data, const KeyframeData<T>& added,
@@ -448,8 +443,7 @@ private:
     class LineReading;
     bool readRest(QStringView rest, const ProjectFileVersion& version, const TextConversion& convert) override;
     detail::Track<T> writtenTrack(const View& view) const;
-    bool importsAtOnce() const;
-    void storeKeyframe(const KeyframeData<T>& keyframe, const View& view);
+    class KeyframeImport;
 
     friend class detail::Ask;
     friend class detail::Invariants;
@@ -465,8 +459,7 @@ private:
     std::atomic<Extrapolation> m_extrapolationBefore{Extrapolation::Constant};
     std::atomic<Extrapolation> m_extrapolationAfter{Extrapolation::Constant};
     std::atomic<Interpolation> m_defaultInterpolation;
-    /// The virtual table that this object had when it was evaluated last, one more if its class overrides a hook.
-    mutable std::atomic<std::uintptr_t> m_evaluatedAs{1};
+    HookGate m_gate;
     FastViewMap m_views;
 };
 

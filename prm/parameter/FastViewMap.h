@@ -2,6 +2,7 @@
 
 #include "prm/KeyframeData.h"
 #include "prm/ParameterWithoutTypeBase.h"
+#include "prm/ValueType.h"
 #include "prm/View.h"
 #include "prm/parameter/BlockList.h"
 #include "prm/thread/HazardPointers.h"
@@ -79,6 +80,24 @@ private:
     PVData<T>* m_data;
     const Exclusive m_scope;
 };
+
+/// Whether the value was new.
+template <class T> bool storeStaticValue(PVData<T>& data, const T& value) {
+    if (ValueType<T>::equal(data.staticValue, value))
+        return false;
+    const LockedKeyframes<T> lock(&data);
+    data.staticValue = value;
+    return true;
+}
+
+/// The same of a keyframe, if there is one at the position.
+template <class T> bool storeKeyframeValue(PVData<T>& data, int position, const T& value) {
+    if (position < 0 || ValueType<T>::equal(data.keyframes.at(position).value, value))
+        return false;
+    LockedKeyframes<T> lock(&data);
+    lock.keyframes()[position].value = value;
+    return true;
+}
 
 /// The per-view storage of one parameter.
 ///

@@ -17,21 +17,25 @@ template <class T> detail::Shown<T> Parameter<T>::shownIn(const View& view) cons
     return askShown(tracks, tracks);
 }
 
+namespace detail {
+
 /// The hooks of `Parameter<T>` itself, of a type that blends, hold each keyframe's value.
-template <class T> void Parameter<T>::holdValues(detail::Shown<T>& shown) {
+template <class T> void holdValues(Shown<T>& shown) {
     shown.outside = {};
-    for (detail::Track<T>& track : shown.tracks) {
+    for (Track<T>& track : shown.tracks) {
         for (KeyframeData<T>& keyframe : track.keyframes)
             keyframe.interpolationData = Interpolation::Constant;
     }
 }
+
+} // namespace detail
 
 /// Without the master.
 template <class T> detail::Shown<T> Parameter<T>::ownTracks(const View& view) const {
     detail::Shown<T> shown;
     detail::SourceViews sources;
     const HeldTrack held =
-        hold(view, [&](const FastViewMap& map) { return sourceView(map, view, ownTraits(), sources); });
+        hold(view, [&](const FastViewMap& map) { return sourceView(map, view, Traits(*this), sources); });
     shown[0] = held.track;
     shown.outside = held.settings.outside;
     if (sources.size() > 1 && held.settings.keyframed) {
@@ -45,7 +49,7 @@ template <class T> detail::Shown<T> Parameter<T>::ownTracks(const View& view) co
     else if (!held.settings.keyframed)
         shown[0].keyframes = {};
     else if (asksHooks())
-        holdValues(shown);
+        detail::holdValues(shown);
     return shown;
 }
 
@@ -64,25 +68,25 @@ template <class T> auto Parameter<T>::keyframesIn(const View& view, const TimeSp
     });
 }
 
-template <class T> const detail::UntypedAnswers& Parameter<T>::untypedAnswers() {
+template <class T> const detail::UntypedAnswers& detail::UntypedAnswers::ofType() {
     using Untyped = ParameterWithoutType;
-    static const auto typed = [](const Untyped& parameter) -> const Parameter& {
-        return *static_cast<const Parameter*>(parameter.asTyped(typeid(T)));
+    static const auto typed = [](const Untyped& parameter) -> const Parameter<T>& {
+        return *static_cast<const Parameter<T>*>(parameter.asTyped(typeid(T)));
     };
-    static const detail::UntypedAnswers answers{
+    static const UntypedAnswers answers{
         [](const Untyped& parameter, const Context& context) { return Prm::constantAround(typed(parameter), context); },
         [](const Untyped& parameter, View view, const TimeSpan& span) {
             return Prm::isConstant(typed(parameter), view, span);
         },
         [](Bsc::Hash& hash, const Untyped& parameter, View view, const TimeSpan& span) {
-            const detail::Shown<T> shown = typed(parameter).shownIn(view);
+            const Shown<T> shown = Ask::shownIn(typed(parameter), view);
             if (shown.hooks)
-                detail::addHooks(hash, shown, span, view);
+                addHooks(hash, shown, span, view);
             else
-                detail::addRange(hash, shown, detail::Moments::of(span));
+                addRange(hash, shown, Moments::of(span));
         },
         [](Bsc::Hash& hash, const Untyped& parameter, const Context& context) {
-            detail::addConstant(hash, typed(parameter).value(context));
+            addConstant(hash, typed(parameter).value(context));
         },
     };
     return answers;

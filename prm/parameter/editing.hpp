@@ -13,24 +13,6 @@
 
 namespace Prm {
 
-/// Whether the value was new.
-template <class T> bool Parameter<T>::storeStaticValue(PVData& data, const T& value) {
-    if (ValueType<T>::equal(data.staticValue, value))
-        return false;
-    const LockedKeyframes lock(&data);
-    data.staticValue = value;
-    return true;
-}
-
-/// The same of a keyframe, if there is one at the position.
-template <class T> bool Parameter<T>::storeKeyframeValue(PVData& data, int position, const T& value) {
-    if (position < 0 || ValueType<T>::equal(data.keyframes.at(position).value, value))
-        return false;
-    LockedKeyframes lock(&data);
-    lock.keyframes()[position].value = value;
-    return true;
-}
-
 template <class T>
 template <class ShapeOf>
 auto Parameter<T>::insertAt(const detail::InsertionPlace& place, PVData& data, const KeyframeData<T>& added,
@@ -58,7 +40,7 @@ auto Parameter<T>::insertKeyframe(PVData* data, const View& view, Time time, con
     const auto initial = [this, kind = place.kind](const Keyframe& from, const Keyframe& to) {
         return initialiseInterpolation(from, to, kind);
     };
-    if (place.shaped < 0 || !overrides(&Parameter::initialiseInterpolation))
+    if (place.shaped < 0 || !HookGate::overrides(*this, &Parameter::initialiseInterpolation))
         return insertAt(place, *data, added, initial);
 
     const bool appends = place.shaped < place.position;
@@ -85,8 +67,8 @@ template <class T> int Parameter<T>::vSetValue(const T& value, const Context& co
         key = insertKeyframe(key.data, view, time, value);
     if (!key.data)
         return -1;
-    const bool isChanged = key.isNew || (key.position < 0 ? storeStaticValue(*key.data, value)
-                                                          : storeKeyframeValue(*key.data, key.position, value));
+    const bool isChanged = key.isNew || (key.position < 0 ? detail::storeStaticValue(*key.data, value)
+                                                          : detail::storeKeyframeValue(*key.data, key.position, value));
     if (!isChanged || !mayHaveReceivers())
         return key.position;
     const detail::LifeGuard guard(*this);

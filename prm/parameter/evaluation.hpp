@@ -16,38 +16,17 @@
 
 namespace Prm {
 
-/// The table of the class whose hooks do what `detail::evaluate` does: `CurveParameter<T>` for types that blend.
-template <class T> std::atomic<const char*>& Parameter<T>::evaluatedTable() {
-    static std::atomic<const char*> table{nullptr};
-    return table;
-}
-
-/// Whether this object's class implements a virtual operation otherwise than the class of `evaluatedTable`.
-template <class T> template <class Operation> bool Parameter<T>::overrides(Operation operation) const {
-    const char* const table = evaluatedTable().load(std::memory_order_relaxed);
-    const void* const evaluated = detail::implementationIn<Parameter>(table, operation);
-    return !evaluated || detail::implementationOf<Parameter>(*this, operation) != evaluated;
-}
-
-/// The gate between `detail::evaluate` and the hooks of a host's class.
-template <class T> bool Parameter<T>::asksHooks() const {
-    const auto table = reinterpret_cast<std::uintptr_t>(detail::virtualTableOf(this));
-    const std::uintptr_t known = m_evaluatedAs.load(std::memory_order_relaxed);
-    return known != table && (known == table + 1 || learnsToAskHooks());
-}
-
-template <class T> bool Parameter<T>::learnsToAskHooks() const {
-    using OfContext = Interpolation (Parameter::*)(const Context&) const;
-    using OfIndex = Interpolation (Parameter::*)(const KeyframeIndex&) const;
-    const bool asks =
-        overrides(&Parameter::value) || overrides(&Parameter::interpolateValue) ||
-        overrides(&Parameter::extrapolateValue) || overrides(&Parameter::supportsExtrapolationFromNoKeys) ||
-        overrides(&Parameter::isKeyframed) || overrides(&Parameter::splittable) ||
-        overrides(&Parameter::extrapolationBefore) || overrides(&Parameter::extrapolationAfter) ||
-        overrides(&Parameter::keyframeValue) || overrides(&Parameter::hasViewData) ||
-        overrides(&Parameter::defaultInterpolation) || overrides(static_cast<OfContext>(&Parameter::interpolation)) ||
-        overrides(static_cast<OfIndex>(&Parameter::interpolation)) || overrides(&Parameter::interpolationData);
-    const auto table = reinterpret_cast<std::uintptr_t>(detail::virtualTableOf(this));
+template <class T> bool detail::HookGate<T>::learnsToAskHooks(const Parameter<T>& parameter) const {
+    using P = Parameter<T>;
+    using OfContext = Interpolation (P::*)(const Context&) const;
+    using OfIndex = Interpolation (P::*)(const KeyframeIndex&) const;
+    const auto overridesAny = [&](auto... operations) { return (overrides(parameter, operations) || ...); };
+    const bool asks = overridesAny(&P::value, &P::interpolateValue, &P::extrapolateValue,
+                                   &P::supportsExtrapolationFromNoKeys, &P::isKeyframed, &P::splittable,
+                                   &P::extrapolationBefore, &P::extrapolationAfter, &P::keyframeValue, &P::hasViewData,
+                                   &P::defaultInterpolation, static_cast<OfContext>(&P::interpolation),
+                                   static_cast<OfIndex>(&P::interpolation), &P::interpolationData);
+    const auto table = reinterpret_cast<std::uintptr_t>(virtualTableOf(&parameter));
     m_evaluatedAs.store(asks ? table + 1 : table, std::memory_order_relaxed);
     return asks;
 }
@@ -60,7 +39,7 @@ template <class T> const void* Parameter<T>::asTyped(const std::type_info& value
         return this;
     if (valueType == typeid(detail::Differences))
         return &Differences::ofType();
-    return valueType == typeid(detail::UntypedAnswers) ? &untypedAnswers() : nullptr;
+    return valueType == typeid(detail::UntypedAnswers) ? &detail::UntypedAnswers::ofType<T>() : nullptr;
 }
 
 /// The parameter whose animation this one shows: the last one in the chain of masters with values of this type, or the
@@ -167,7 +146,7 @@ private:
             bool isOneOfSeveral = false;
             const HeldTrack held = m_parameter.hold(m_context.view, [&](const FastViewMap& map) {
                 isOneOfSeveral = true;
-                const Traits traits = m_asksHooks ? asked : m_parameter.ownTraits();
+                const Traits traits = m_asksHooks ? asked : Traits(m_parameter);
                 return m_parameter.sourceView(map, m_context.view, traits, sources);
             });
             const Traits now = askedTraits();
@@ -193,7 +172,7 @@ private:
     }
 
     Traits askedTraits() const {
-        return m_asksHooks ? Traits{m_parameter.isKeyframed(), m_parameter.splittable()} : Traits{};
+        return m_asksHooks ? Traits(m_parameter.isKeyframed(), m_parameter.splittable()) : Traits(false, false);
     }
 
     /// One view after the other: each contributes values that it had meanwhile.
@@ -319,7 +298,7 @@ template <class T> T Parameter<T>::ownValue(const Context& context, Cache* cache
         detail::SourceViews sources;
         detail::Protection protection;
         const PVData& data = m_views.protect(
-            protection, [&](const FastViewMap& map) { return sourceView(map, context.view, ownTraits(), sources); });
+            protection, [&](const FastViewMap& map) { return sourceView(map, context.view, Traits(*this), sources); });
         if (sources.size() < 2 && isEvaluated(data, context.time, protection, value))
             return value;
     }

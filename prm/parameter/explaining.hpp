@@ -11,11 +11,15 @@
 
 namespace Prm {
 
+namespace detail {
+
 /// A class may compute its values by a `value` of its own, of which nothing else is known.
-template <class T> bool Parameter<T>::overridesValue() const {
-    static const void* const own = detail::implementationOf<Parameter>(Parameter(), &Parameter::value);
-    return detail::implementationOf<Parameter>(*this, &Parameter::value) != own;
+template <class T> bool overridesValue(const Parameter<T>& parameter) {
+    static const void* const own = implementationOf<Parameter<T>>(Parameter<T>(), &Parameter<T>::value);
+    return implementationOf<Parameter<T>>(parameter, &Parameter<T>::value) != own;
 }
+
+} // namespace detail
 
 template <class T> void Parameter<T>::explainTo(Explanation& explanation, const Context& context) const {
     explanation.writer = [](const QVariant& value) {
@@ -24,7 +28,7 @@ template <class T> void Parameter<T>::explainTo(Explanation& explanation, const 
         return text;
     };
     detail::StepNotes<T> notes;
-    if (overridesValue()) {
+    if (detail::overridesValue(*this)) {
         notes.asksHook({}, {}, value(context, nullptr));
         explanation.steps = notes.take();
         return;

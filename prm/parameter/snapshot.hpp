@@ -290,7 +290,7 @@ template <class T> boost::shared_ptr<Bsc::MementoBase> Parameter<T>::exportState
 
 template <class T>
 boost::shared_ptr<Bsc::MementoBase> Parameter<T>::exportStateAround(const detail::Places& places) const {
-    if (overrides(&Parameter::exportState)) {
+    if (HookGate::overrides(*this, &Parameter::exportState)) {
         auto memento = exportState();
         const Bsc::MementoBase* const taken = memento.get();
         if (!taken || typeid(*taken) != typeid(ParameterMemento))

@@ -172,7 +172,7 @@ private:
         const T value = ValueType<T>::read(m_convert ? m_convert(text) : text);
         const auto store = [&] {
             if (PVData* const data = m_parameter.targetData(view))
-                storeStaticValue(*data, value);
+                detail::storeStaticValue(*data, value);
         };
         if (prefixed || !m_resetsViews)
             intoView(view, store);
@@ -243,7 +243,7 @@ bool Parameter<T>::streamInValue(const QString& line, const ProjectFileVersion& 
 /// The same, without a copy of the text.
 template <class T>
 bool Parameter<T>::readRest(QStringView rest, const ProjectFileVersion& version, const TextConversion& convert) {
-    if (overrides(&Parameter::streamInValue))
+    if (HookGate::overrides(*this, &Parameter::streamInValue))
         return ParameterWithoutType::readRest(rest, version, convert);
     const ReadingScope reading(*this);
     return LineReading(*this, version, convert).read(rest);
@@ -266,40 +266,57 @@ template <class T> boost::shared_ptr<SerialisedKeyframe> Parameter<T>::getSerial
     return serialised;
 }
 
-/// Whether the import of a line may be one step, which makes reading a project twice as fast: no change of the keyframe
-/// is emitted, and no class of a host implements a step.
-template <class T> bool Parameter<T>::importsAtOnce() const {
-    return isReadingIn() && !emits(ParameterChange::KEYFRAME_ADDED) &&
-           !emits(ParameterChange::KEYFRAME_CHANGED_VALUE) && !emits(ParameterChange::KEYFRAME_CHANGED_INTERPOLATION) &&
-           !overrides(&Parameter::vSetValue) && !overrides(&Parameter::vSetInterpolation) &&
-           !overrides(&Parameter::vSetInterpolationData) && !overrides(&Parameter::initialiseInterpolation);
-}
+/// The import of a line's keyframe in one step, which makes reading a project twice as fast.
+template <class T> class Parameter<T>::KeyframeImport {
+public:
+    explicit KeyframeImport(Parameter& parameter) : m_parameter(parameter) {}
 
-template <class T> void Parameter<T>::storeKeyframe(const KeyframeData<T>& keyframe, const View& view) {
-    PVData* const data = targetData(view);
-    if (!data)
-        return;
-    if (!isKeyframed() || !keyframe.time.isValid()) {
-        storeStaticValue(*data, keyframe.value);
-        return;
+    /// Whether no change of the keyframe is emitted, and no class of a host implements a step.
+    bool isPossible() const {
+        return m_parameter.isReadingIn() && !m_parameter.emits(ParameterChange::KEYFRAME_ADDED) &&
+               !m_parameter.emits(ParameterChange::KEYFRAME_CHANGED_VALUE) &&
+               !m_parameter.emits(ParameterChange::KEYFRAME_CHANGED_INTERPOLATION) &&
+               !HookGate::overrides(m_parameter, &Parameter::vSetValue) &&
+               !HookGate::overrides(m_parameter, &Parameter::vSetInterpolation) &&
+               !HookGate::overrides(m_parameter, &Parameter::vSetInterpolationData) &&
+               !HookGate::overrides(m_parameter, &Parameter::initialiseInterpolation);
     }
-    countChange(ParameterChange::KEYFRAME_CHANGED_VALUE);
-    detail::InsertionPlace place(data->keyframes, keyframe.time, keyframe.interpolationData.interpolation,
-                                 isReadingIn());
-    if (!place.isTaken) {
+
+    void store(const KeyframeData<T>& keyframe, const View& view) const {
+        PVData* const data = m_parameter.targetData(view);
+        if (!data)
+            return;
+        if (!m_parameter.isKeyframed() || !keyframe.time.isValid()) {
+            detail::storeStaticValue(*data, keyframe.value);
+            return;
+        }
+        m_parameter.countChange(ParameterChange::KEYFRAME_CHANGED_VALUE);
+        detail::InsertionPlace place(data->keyframes, keyframe.time, keyframe.interpolationData.interpolation,
+                                     m_parameter.isReadingIn());
+        if (place.isTaken)
+            replace(*data, place.position, keyframe);
+        else
+            insert(*data, place, keyframe);
+    }
+
+private:
+    void insert(PVData& data, detail::InsertionPlace& place, const KeyframeData<T>& keyframe) const {
         if (place.shaped == place.position)
             place.shaped = -1;
-        insertAt(place, *data, keyframe, [&](const KeyframeData<T>& from, const KeyframeData<T>& to) {
-            return initialiseInterpolation(from, to, from.interpolationData.interpolation);
+        m_parameter.insertAt(place, data, keyframe, [this](const KeyframeData<T>& from, const KeyframeData<T>& to) {
+            return m_parameter.initialiseInterpolation(from, to, from.interpolationData.interpolation);
         });
-        return;
     }
-    LockedKeyframes lock(data);
-    KeyframeData<T>& stored = lock.keyframes()[place.position];
-    if (!ValueType<T>::equal(stored.value, keyframe.value))
-        stored.value = keyframe.value;
-    stored.interpolationData = keyframe.interpolationData;
-}
+    static void replace(PVData& data, int position, const KeyframeData<T>& keyframe) {
+        LockedKeyframes lock(&data);
+        KeyframeData<T>& stored = lock.keyframes()[position];
+        if (!ValueType<T>::equal(stored.value, keyframe.value))
+            stored.value = keyframe.value;
+        stored.interpolationData = keyframe.interpolationData;
+    }
+
+    Parameter& m_parameter;
+};
 
 template <class T> void Parameter<T>::importKeyframe(const SerialisedKeyframe& keyframe) {
     const auto& original = dynamic_cast<const TypedSerialisedKeyframe&>(keyframe);
@@ -307,8 +324,8 @@ template <class T> void Parameter<T>::importKeyframe(const SerialisedKeyframe& k
     const Context context = original.context();
     const T value = original.value;
     const IType itype = original.itype;
-    if (importsAtOnce()) {
-        storeKeyframe({context.time, value, itype}, context.view);
+    if (const KeyframeImport import(*this); import.isPossible()) {
+        import.store({context.time, value, itype}, context.view);
         return;
     }
     const detail::LifeGuard guard(*this);

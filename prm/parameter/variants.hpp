@@ -32,7 +32,7 @@ void default_Parameter_setVariantValue_impl(Parameter<T>& parameter, const QVari
     }
     const View view = context.view;
     auto* const data = parameter.targetData(view);
-    if (data && Parameter<T>::storeStaticValue(*data, value))
+    if (data && storeStaticValue(*data, value))
         ParameterChange::valueChanged(parameter, view);
 }
 

@@ -18,6 +18,8 @@ namespace detail {
 struct UntypedAnswers {
     /// Those of the parameter's class; null for a class without values of one type.
     PRM_EXPORT static const UntypedAnswers* of(const ParameterWithoutType& parameter);
+    /// Those of `Parameter<T>`.
+    template <class T> static const UntypedAnswers& ofType();
 
     TimeSpan (*constantAround)(const ParameterWithoutType& parameter, const Context& context);
     bool (*isConstant)(const ParameterWithoutType& parameter, View view, const TimeSpan& span);
