@@ -37,8 +37,8 @@ template <class T> using CurvePoint = std::pair<Time, T>;
 /// passes.
 template <class T> TimeSpan constantAround(const Parameter<T>& parameter, const Context& context);
 
-/// The same for parameters of any kind. A static parameter is constant; a compound is while all its subparameters are;
-/// of a host's own kind nothing is known.
+/// The same for parameters of any kind. A static parameter is constant; a compound is while all its subparameters are,
+/// from which a host's class of compounds has to compute its value; of a host's other kinds nothing is known.
 PRM_EXPORT TimeSpan constantAround(const BasicParameter& parameter, const Context& context);
 
 /// Whether the parameter has one value, by `ValueType<T>::equal`, at all times of the span; true for an empty span.
