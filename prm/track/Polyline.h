@@ -1,5 +1,6 @@
 #pragma once
 
+#include "prm/track/ConstantSpan.h"
 #include "prm/track/Ranges.h"
 
 #include <QVector>
@@ -219,21 +220,41 @@ private:
     void addSteps(const Piece<T>& piece, const Moments& times, const T& begin, const T& end, double least) {
         // The range of a part is that of the whole where shape numbers are not finite.
         constexpr int most = 1 << 18;
-        if (rangeOf(m_shown, piece, times, Slack::None).height() <= std::max(m_tolerance / 2.0, least) ||
-            ++m_parts > most)
+        const double height = rangeOf(m_shown, piece, times, Slack::None).height();
+        if (height <= std::max(m_tolerance / 2.0, least) || ++m_parts > most ||
+            (height == 1.0 && addOnlyStep(piece, times)))
             return;
         const double middle = times.first + (times.last - times.first) / 2.0;
         if (!(middle > times.first && middle < times.last)) {
-            if (!ValueType<T>::equal(begin, end)) {
-                add(times.last, begin);
-                add(times.last, end);
-            }
+            if (!ValueType<T>::equal(begin, end))
+                addStep(times.last, begin, end);
             return;
         }
         const T value = valueOf(middle);
         addSteps(piece, {times.first, middle}, begin, value, least);
         add(middle, value);
         addSteps(piece, {middle, times.last}, value, end, least);
+    }
+    void addStep(double time, const T& begin, const T& end) {
+        add(time, begin);
+        add(time, end);
+    }
+    /// Adds the only step between two times; false, and nothing added, where there is another one.
+    bool addOnlyStep(const Piece<T>& piece, const Moments& times) {
+        const T begin = valueOf(times.first);
+        const T end = valueOf(times.last);
+        if (ValueType<T>::equal(begin, end))
+            return false;
+        const auto isBegin = [&](double time) { return ValueType<T>::equal(valueOf(time), begin); };
+        const double last = furthest(times.first, times.last, isBegin);
+        const double first = timeAfter(last);
+        const auto isOnly = [&](const Moments& part, const T& value) {
+            return rangeOf(m_shown, piece, part, Slack::None).isOnly(value);
+        };
+        if (!isOnly({times.first, last}, begin) || !isOnly({first, times.last}, end))
+            return false;
+        addStep(first, begin, end);
+        return true;
     }
 
     /// Of stretches as long as the resolution that have more than a few keyframes, only what can be seen.

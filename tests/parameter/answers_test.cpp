@@ -84,6 +84,9 @@ TEST(Answers, CurvesAreReducedToWhatCanBeSeen) {
     }
     const Curve<NumericParameter<int>> whole{{{0, 0, {Interpolation::Bezier, 0.3, none, 0.6, 1}}, {9, 1}}};
     EXPECT_LE(polyline(whole, View(), TimeSpan::all(), 0.1).size(), 6);
+    // Each step is two points.
+    const Curve<NumericParameter<int>> steep{{{0, 0}, {1, 19000}}};
+    EXPECT_EQ(polyline(steep, View(), TimeSpan::all(), 0.1).size(), 38002);
     const std::pair<TimeSpan, int> spans[] = {{{50, infinity}, 1}, {{none, 5}, 0}, {{infinity, -infinity}, 0}};
     for (const auto& [span, size] : spans)
         EXPECT_EQ(polyline(stepped, View(), span, 0.1).size(), size) << span.from;
