@@ -32,7 +32,6 @@ template <class T> class PRM_EXPORT CurveParameter;
 namespace detail {
 class Ask;
 struct InsertionPlace;
-struct UntypedAnswers;
 template <class T> struct Shown;
 
 /// `Parameter<T>::setVariantValue` without its checks, for a host's override of it: at a frame's time of a keyframed
@@ -393,6 +392,7 @@ private:
     bool overridesValue() const;
     class Evaluation;
     class Differences;
+    class Reshaper;
     PRM_NEVER_INLINE const Parameter& shownParameter() const;
     template <class Own, class General>
     auto askShown(const Own& own, const General& general) const -> decltype(own(std::declval<const Parameter&>()));
