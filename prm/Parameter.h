@@ -389,6 +389,7 @@ private:
     void explainTo(Explanation& explanation, const Context& context) const override;
     class Evaluation;
     class Differences;
+    class Reshaper;
     PRM_NEVER_INLINE const Parameter& shownParameter() const;
     template <class Own, class General>
     auto askShown(const Own& own, const General& general) const -> decltype(own(std::declval<const Parameter&>()));

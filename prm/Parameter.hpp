@@ -10,6 +10,7 @@
 #include "prm/parameter/evaluation.hpp"
 #include "prm/parameter/explaining.hpp"
 #include "prm/parameter/lookup.hpp"
+#include "prm/parameter/reshaping.hpp"
 #include "prm/parameter/snapshot.hpp"
 #include "prm/parameter/storage.hpp"
 #include "prm/parameter/text.hpp"

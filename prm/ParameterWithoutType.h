@@ -28,6 +28,7 @@ namespace detail {
 class MasterLink;
 class ReachOfChange;
 class ShownState;
+class KeyframeReshaper;
 struct UntypedAnswers;
 } // namespace detail
 
@@ -251,9 +252,9 @@ private:
     friend class detail::ReachOfChange;
     friend class detail::ShownState;
     friend struct detail::UntypedAnswers;
-    /// This object as a `Parameter` of the value type, null for another type. A master is asked at every evaluation,
-    /// for which a cast takes too long. For `detail::Differences` and `detail::UntypedAnswers`, those of the value
-    /// type. New virtual operations come last: those above have their places.
+    friend class detail::KeyframeReshaper;
+    /// This object as a `Parameter` of the value type, null for another type; faster than a cast. For the types in
+    /// `prm/untyped` that are found by type, those of the value type. New virtual operations come last.
     virtual const void* asTyped(const std::type_info& valueType) const;
     /// `setFromScriptString` of a text that outlives the call, which needs no copy unless a class overrides reading.
     bool readLine(QStringView line, const ProjectFileVersion& version);

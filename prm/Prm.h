@@ -101,6 +101,10 @@ struct Retiming;
 // prm/MoveKeyframeEdit.h
 class MoveKeyframeEdit;
 
+// prm/ReshapingEdits.h
+class ParameterReshapeEdit; // an edit of keyframes as a whole; derived classes:
+class ParameterInsertKeyframeEdit;
+
 // prm/ParameterOptions.h
 // ParameterOption, ParameterOptions: Keyframed, Splittable, Locked, Hidden
 

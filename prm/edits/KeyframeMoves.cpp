@@ -3,7 +3,32 @@
 #include "prm/ParameterSet.h"
 #include "prm/SerialisedKeyframe.h"
 
+#include <QSet>
+
 namespace Prm::detail {
+
+namespace {
+
+void addOwners(ParameterWithoutType& parameter, Owners& owners, QSet<const ParameterWithoutType*>& reached) {
+    if (reached.contains(&parameter))
+        return;
+    reached.insert(&parameter);
+    if (const auto* const compound = dynamic_cast<ParameterSet*>(&parameter)) {
+        for (const auto& part : compound->parameters())
+            addOwners(*part, owners, reached);
+    } else {
+        owners.emplace_back(&parameter);
+    }
+}
+
+} // namespace
+
+Owners ownersOf(ParameterWithoutType& parameter) {
+    Owners owners;
+    QSet<const ParameterWithoutType*> reached;
+    addOwners(parameter, owners, reached);
+    return owners;
+}
 
 std::vector<Time> keyframeTimes(const ParameterWithoutType& parameter, const View& view) {
     std::vector<Time> times;

@@ -2,6 +2,7 @@
 
 #include "prm/ParameterWithoutType.h"
 
+#include <QPointer>
 #include <boost/shared_ptr.hpp>
 
 #include <vector>
@@ -11,6 +12,11 @@ class SerialisedKeyframe;
 }
 
 namespace Prm::detail {
+
+using Owners = std::vector<QPointer<ParameterWithoutType>>;
+
+/// The parameters whose keyframes a parameter shows: the parts of a compound, each once, otherwise itself.
+Owners ownersOf(ParameterWithoutType& parameter);
 
 using SerialisedKeyframes = std::vector<boost::shared_ptr<SerialisedKeyframe>>;
 

@@ -6,8 +6,6 @@
 #include "prm/ParameterSet.h"
 #include "prm/edits/KeyframeMoves.h"
 
-#include <QSet>
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -111,20 +109,6 @@ private:
     std::vector<Time> m_after;
 };
 
-/// The parameters whose keyframes they are: the parts of a compound, each once, otherwise the parameter itself.
-void addOwners(ParameterWithoutType& parameter, std::vector<QPointer<ParameterWithoutType>>& owners,
-               QSet<const ParameterWithoutType*>& reached) {
-    if (reached.contains(&parameter))
-        return;
-    reached.insert(&parameter);
-    if (const auto* const compound = dynamic_cast<ParameterSet*>(&parameter)) {
-        for (const auto& part : compound->parameters())
-            addOwners(*part, owners, reached);
-    } else {
-        owners.emplace_back(&parameter);
-    }
-}
-
 std::vector<ViewMove> movesOf(const ParameterWithoutType& parameter, const Retiming& retiming) {
     std::vector<ViewMove> moves;
     const std::vector<View>& views = parameter.viewList();
@@ -140,10 +124,7 @@ std::vector<ViewMove> movesOf(const ParameterWithoutType& parameter, const Retim
 class detail::RetimingPlan {
 public:
     RetimingPlan(ParameterWithoutType& parameter, const Retiming& retiming) : m_shown(movesOf(parameter, retiming)) {
-        std::vector<QPointer<ParameterWithoutType>> owners;
-        QSet<const ParameterWithoutType*> reached;
-        addOwners(parameter, owners, reached);
-        for (const auto& owner : owners)
+        for (const auto& owner : ownersOf(parameter))
             m_owned.push_back({owner, owner == &parameter ? m_shown : movesOf(*owner, retiming)});
     }
 

@@ -4,6 +4,7 @@
 
 #include "prm/Parameter.h"
 #include "prm/parameter/StepNotes.h"
+#include "prm/parameter/reshaping.hpp"
 #include "prm/track/Evaluation.h"
 #include "prm/untyped/Differences.h"
 #include "prm/untyped/Masters.h"
@@ -39,6 +40,8 @@ template <class T> const void* Parameter<T>::asTyped(const std::type_info& value
         return this;
     if (valueType == typeid(detail::Differences))
         return &Differences::ofType();
+    if (valueType == typeid(detail::ReshaperFactory))
+        return &Reshaper::ofType();
     return valueType == typeid(detail::UntypedAnswers) ? &detail::UntypedAnswers::ofType<T>() : nullptr;
 }
 

@@ -65,6 +65,7 @@ public:
 
     /// Without the edited one and its own parts.
     const std::vector<ParameterWithoutType*>& others() const { return m_found; }
+    const std::vector<ParameterWithoutType*>& keyedTogether() const { return m_together; }
     /// Where others may change when an edit has these places.
     Places reached(const Places& places) const { return m_compounds.isEmpty() || !m_losesTimes ? places : Places(); }
 
@@ -78,6 +79,7 @@ private:
             m_climbers.push_back(compound);
             if (!compound->keyframeTogether())
                 continue;
+            m_together.push_back(compound);
             for (const auto& part : listing.set->parameters())
                 descend(*part);
         }
@@ -99,6 +101,7 @@ private:
     }
 
     std::vector<ParameterWithoutType*> m_found;
+    std::vector<ParameterWithoutType*> m_together;
     std::vector<BasicParameter*> m_climbers;
     QSet<const BasicParameter*> m_descended;
     QSet<const BasicParameter*> m_compounds;
@@ -125,6 +128,10 @@ State::State(BasicParameter& edited, const Places& places) {
     m_kept.push_back(Kept::of(edited, reached));
     for (ParameterWithoutType* const other : reach.others())
         m_kept.push_back(Kept::of(*other, reached));
+}
+
+std::vector<ParameterWithoutType*> State::keyedTogether(BasicParameter& edited) {
+    return Reach(edited).keyedTogether();
 }
 
 State State::withMaster(ParameterWithoutType& edited) {

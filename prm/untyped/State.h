@@ -49,6 +49,8 @@ public:
     /// exception of an observer goes on.
     void putBack() const;
     const std::optional<MasterLink>& link() const { return m_link; }
+    /// The compounds that key their parts together among those that a change of the parameter leads to.
+    static std::vector<ParameterWithoutType*> keyedTogether(BasicParameter& edited);
 
     /// Changes something; when that throws, puts this state back before the exception goes on. What observers throw
     /// meanwhile is dropped, for the first exception is under way.

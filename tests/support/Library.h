@@ -13,6 +13,7 @@
 #include "prm/ParameterSet.h"
 #include "prm/ParameterTree.h"
 #include "prm/ProjectFile.h"
+#include "prm/ReshapingEdits.h"
 #include "prm/SerialisedKeyframe.h"
 #include "prm/StaticParameter.h"
 #include "prm/Views.h"

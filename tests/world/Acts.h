@@ -200,6 +200,8 @@ inline const std::vector<Act> commands = {
     ACT(moveSet(own.parentSet(), a, c)),
     ACT(retimeSet(dynamic_cast<ParameterSet*>(&own), a, c)),
     ACT(retimeSet(own.parentSet(), a, c)),
+    ACT(add<ParameterInsertKeyframeEdit>(c, own, a.at)),
+    ACT(add<ParameterInsertKeyframeEdit>(c, own, Context(a.to.time, View::INVALID()))),
 };
 
 inline const Act& chosen(const std::vector<Act>& rows, Choices& choose) {

@@ -1,0 +1,143 @@
+#include "prm/track/EasingPieces.h"
+
+#include "prm/track/BezierEasing.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+namespace Prm::detail {
+
+namespace {
+
+double between(double from, double to, double part) {
+    return from + (to - from) * part;
+}
+
+/// One coordinate of a cubic Bezier curve from 0 to 1.
+struct Coordinate {
+    double first;
+    double second;
+
+    /// The blossom, of which the control points of each piece are values.
+    double at(double a, double b, double c) const {
+        const double start = between(0.0, first, a);
+        const double middle = between(first, second, a);
+        const double end = between(second, 1.0, a);
+        return between(between(start, middle, b), between(middle, end, b), c);
+    }
+    double at(double s) const { return at(s, s, s); }
+    /// The inner control points of the piece from one parameter to another, as parts of its extent.
+    std::array<double, 2> within(double from, double to) const {
+        const double start = at(from);
+        const double extent = at(to) - start;
+        return {(at(from, from, to) - start) / extent, (at(from, to, to) - start) / extent};
+    }
+    /// How far the control points of a piece are from its start.
+    double reach(double from, double to) const {
+        const double start = at(from);
+        return std::max(
+            {std::abs(at(from, from, to) - start), std::abs(at(from, to, to) - start), std::abs(at(to) - start)});
+    }
+};
+
+double held(double number) {
+    return std::min(1.0, std::max(0.0, number));
+}
+
+class Cutting {
+public:
+    explicit Cutting(const IType& shape)
+        : m_x{held(shape.x1), held(shape.x2)}, m_y{shape.y1, shape.y2},
+          m_height(std::max({1.0, std::abs(shape.y1), std::abs(shape.y2)})) {}
+
+    /// In its middle, the only place within where it can be.
+    bool isVertical() const {
+        constexpr double least = 0x1p-8;
+        return 1.0 - m_x.first + m_x.second < least;
+    }
+
+    std::vector<EasingPiece> at(double x) {
+        const double s = easingParameter(m_x.first, m_x.second, x);
+        addHalf(0.0, s);
+        const std::size_t halves = m_pieces.size();
+        addHalf(s, 1.0);
+        m_pieces[halves - 1].x = x;
+        m_pieces.back().x = m_pieces.back().y = 1.0;
+        return std::move(m_pieces);
+    }
+
+private:
+    static constexpr double isNothing = 0x1p-44;
+
+    void addHalf(double from, double to) {
+        constexpr double mostHeight = 256.0;
+        const double rise = std::abs(m_y.at(to) - m_y.at(from));
+        const double reach = m_y.reach(from, to);
+        double start = from;
+        if (reach > isNothing * m_height && reach > mostHeight * rise) {
+            for (const double turn : turnsBetween(from, to)) {
+                addPiece(start, turn);
+                start = turn;
+            }
+        }
+        addPiece(start, to);
+    }
+
+    /// The x of a shape lie in [0,1]. Those of a piece do where time does not change from fast to slow or from slow to
+    /// fast.
+    void addPiece(double from, double to) {
+        constexpr double rounding = 0x1p-44;
+        const auto x = m_x.within(from, to);
+        const double inflection = (m_x.second - 2.0 * m_x.first) / (3.0 * (m_x.second - m_x.first) - 1.0);
+        const bool fits = x[0] >= -rounding && x[0] <= 1.0 + rounding && x[1] >= -rounding && x[1] <= 1.0 + rounding;
+        const bool isCut = !fits && inflection > from && inflection < to;
+        if (isCut)
+            add(from, inflection);
+        add(isCut ? inflection : from, to);
+    }
+
+    void add(double from, double to) {
+        EasingPiece piece{m_x.at(to), m_y.at(to), Interpolation::Linear};
+        if (m_y.reach(from, to) > isNothing * m_height) {
+            const auto x = m_x.within(from, to);
+            const auto y = m_y.within(from, to);
+            piece.shape = {Interpolation::Bezier, held(x[0]), y[0], held(x[1]), y[1]};
+        }
+        m_pieces.push_back(piece);
+    }
+
+    /// The roots of a s^2 + 2 b s + c, a third of the derivative of y; those that matter, in ascending order.
+    std::vector<double> turnsBetween(double from, double to) const {
+        const double a = 3.0 * (m_y.first - m_y.second) + 1.0;
+        const double b = m_y.second - 2.0 * m_y.first;
+        const double c = m_y.first;
+        const double q = -(b + std::copysign(std::sqrt(std::max(0.0, b * b - a * c)), b));
+        std::vector<double> turns;
+        for (const double turn : {q / a, c / q}) {
+            const auto matters = [&](double end) { return m_y.reach(std::min(turn, end), std::max(turn, end)); };
+            if (turn > from && turn < to && std::min(matters(from), matters(to)) > isNothing * m_height)
+                turns.push_back(turn);
+        }
+        // Two in one place are an inflection.
+        if (turns.size() == 2 && std::abs(turns[0] - turns[1]) < 0x1p-40)
+            turns.clear();
+        std::sort(turns.begin(), turns.end());
+        return turns;
+    }
+
+    const Coordinate m_x;
+    const Coordinate m_y;
+    const double m_height;
+    std::vector<EasingPiece> m_pieces;
+};
+
+} // namespace
+
+std::vector<EasingPiece> cutEasing(const IType& shape, double x) {
+    Cutting cutting(shape);
+    return cutting.isVertical() ? std::vector<EasingPiece>() : cutting.at(x);
+}
+
+} // namespace Prm::detail
