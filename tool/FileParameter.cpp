@@ -117,8 +117,7 @@ FileViews FileParameter::views() const {
 }
 
 FileValue FileParameter::newValue(const QString& given) const {
-    const QString text = m_kind->written(given, m_path);
-    return {m_isUtf8 ? text : QString::fromLatin1(text.toUtf8()), FileValue::noLine};
+    return written(m_kind->written(given, m_path));
 }
 
 FileValue FileParameter::sum(const FileValue& value, double offset) const {
