@@ -29,6 +29,9 @@ class ProxyScale;
 // prm/Interpolation.h
 struct IType; // a keyframe's interpolation kind and its shape numbers
 
+// prm/Easing.h
+struct Easing; // a named course of a segment
+
 // prm/KeyframeData.h
 template <class T> struct KeyframeData; // one keyframe: time, value, interpolation
 struct BoundingKeyframes;
@@ -104,6 +107,14 @@ class MoveKeyframeEdit;
 // prm/ReshapingEdits.h
 class ParameterReshapeEdit; // an edit of keyframes as a whole; derived classes:
 class ParameterInsertKeyframeEdit;
+class ParameterEaseEdit;
+class ParameterSimplifyEdit;
+class ParameterBakeEdit;
+class ParameterSmoothEdit;
+class ParameterReverseEdit;
+class ParameterScaleValuesEdit;
+struct KeyframeSpan;
+struct ValueScaling;
 
 // prm/ParameterOptions.h
 // ParameterOption, ParameterOptions: Keyframed, Splittable, Locked, Hidden

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "prm/Easing.h"
 #include "prm/Export.h"
 #include "prm/ParameterEdits.h"
 
@@ -13,6 +14,20 @@ namespace detail {
 struct Reshaping;
 class ReshapingPlan;
 } // namespace detail
+
+/// The keyframes of a view, or of all views with data, from one time to another, both included. A new one has all
+/// keyframes of all views.
+///
+/// \snippet reshaping.cpp simplify
+/// \threads A plain value.
+struct PRM_EXPORT KeyframeSpan {
+    KeyframeSpan in(const View& only) const { return {only, first, last}; }
+    KeyframeSpan between(Time from, Time to) const { return {view, from, to}; }
+
+    View view = View(View::INVALID());
+    Time first = detail::Place::earliest();
+    Time last = Time::LAST;
+};
 
 /// An edit that reshapes the keyframes of a parameter as a whole; of a compound, those of each part. A parameter that
 /// is not splittable has one place for all views.
@@ -70,6 +85,104 @@ public:
 
     /// At the context's time in its view; in all views with data for the invalid view.
     ParameterInsertKeyframeEdit(ParameterWithoutType& parameter, const Context& at, Inexact inexact = AddOrRound);
+};
+
+/// Gives the segments between the keyframes of a span an easing; a span of one time, the segment that begins there. An
+/// easing of several parts adds keyframes, except between equal values, which no easing changes.
+///
+/// \snippet reshaping.cpp ease
+class PRM_EXPORT ParameterEaseEdit : public ParameterReshapeEdit {
+public:
+    ParameterEaseEdit(ParameterWithoutType& parameter, const KeyframeSpan& span, const Easing& easing);
+};
+
+/// Removes keyframes of a span as long as no value moves by more than an error, before rounding to whole numbers. The
+/// error holds at every time: it is bounded where the difference is greatest, not at samples. Keyframes that are kept
+/// keep time and value, and their curve where none was removed after them.
+///
+/// Kept are the ends of the span, corners and extrema that stand out by more than the error, holds, the segments that
+/// linear extrapolation continues, and segments that a function of the application computes. Refuses for classes that
+/// compute values themselves.
+///
+/// \snippet reshaping.cpp simplify
+class PRM_EXPORT ParameterSimplifyEdit : public ParameterReshapeEdit {
+public:
+    enum Curves {
+        Bezier, ///< segments of both kinds
+        Linear  ///< straight segments only; keyframes may be added on Bezier segments
+    };
+
+    ParameterSimplifyEdit(ParameterWithoutType& parameter, const KeyframeSpan& span, double error,
+                          Curves curves = Bezier);
+};
+
+/// Replaces the keyframes of a span by one at every step from its first time on, and one at its last, each with the
+/// value that is shown: of a master, which is then removed, of other views, of functions and classes of the
+/// application. The segments are Linear, Constant if values do not blend. Outside the span the curve is kept; a
+/// keyframe is inserted at its ends for that. A view that is named and has no data gets some.
+///
+/// Refuses spans without end in views without keyframes, steps that are not above 0, more than 2^24 of them. A part of
+/// a compound keeps its master.
+///
+/// \snippet reshaping.cpp bake
+class PRM_EXPORT ParameterBakeEdit : public ParameterReshapeEdit {
+public:
+    ParameterBakeEdit(ParameterWithoutType& parameter, const KeyframeSpan& span, double step = 1.0);
+
+protected:
+    bool applies() override;
+    void apply() override;
+    detail::State takeState() const override;
+    bool mayUndo(const detail::State& former) const override;
+};
+
+/// Replaces the keyframes of a span by means: bakes it with a step, makes each value but the first and last the mean of
+/// those around it with the weights of a normal distribution, and simplifies the result within an error.
+///
+/// \snippet reshaping.cpp smooth
+class PRM_EXPORT ParameterSmoothEdit : public ParameterReshapeEdit {
+public:
+    /// `radius` is the standard deviation, in frames.
+    ParameterSmoothEdit(ParameterWithoutType& parameter, const KeyframeSpan& span, double radius, double error,
+                        double step = 1.0);
+};
+
+/// Reverses time for the keyframes of a span: t becomes 2 * pivot - t, and curves run the other way. The invalid pivot
+/// means the middle of each view's keyframes. A hold keeps the value of its other end. A keyframe that meets one
+/// outside the span replaces it. Extrapolation stays. Twice gives the same keyframes, to the bit for times and shapes
+/// that are decimals of up to 15 digits after the point.
+///
+/// \snippet reshaping.cpp reverse
+class PRM_EXPORT ParameterReverseEdit : public ParameterReshapeEdit {
+public:
+    ParameterReverseEdit(ParameterWithoutType& parameter, const KeyframeSpan& span, Time pivot = Time(Time::INVALID));
+};
+
+/// A mapping of values: v becomes `pivot + scale * (v - pivot) + offset`.
+///
+/// \snippet reshaping.cpp values
+/// \threads A plain value.
+struct PRM_EXPORT ValueScaling {
+    static ValueScaling shifted(double offset) { return {1.0, 0.0, offset}; }
+    static ValueScaling scaled(double factor, double pivot = 0.0) { return {factor, pivot, 0.0}; }
+    static ValueScaling mirrored(double pivot = 0.0) { return {-1.0, pivot, 0.0}; }
+
+    double scale = 1.0;
+    double pivot = 0.0;
+    double offset = 0.0;
+    /// Of a point, 0 for x, 1 for y; -1 for both.
+    int component = -1;
+};
+
+/// Maps the values of the keyframes of a span, and the static value of a view without keyframes. Curves keep their
+/// shape. Offsets and mirroring twice, there and back, give the same values to the bit if these are decimals of up to
+/// 15 digits after the point; so does scaling by powers of two. Refuses types that do not blend, and results that are
+/// not finite.
+///
+/// \snippet reshaping.cpp values
+class PRM_EXPORT ParameterScaleValuesEdit : public ParameterReshapeEdit {
+public:
+    ParameterScaleValuesEdit(ParameterWithoutType& parameter, const KeyframeSpan& span, const ValueScaling& scaling);
 };
 
 } // namespace Prm

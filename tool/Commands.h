@@ -14,7 +14,8 @@ struct Command {
     int (*run)(Arguments& arguments);
 };
 
-/// All commands, in the order of the help. Each is in tool/commands/, in the file of its name.
+/// All commands, in the order of the help. Each is in tool/commands/, in the file of its name; those that reshape
+/// curves are in Curves.cpp.
 const std::vector<Command>& commands();
 
 int importAnimation(Arguments& arguments);
@@ -30,6 +31,13 @@ int insertKeyframe(Arguments& arguments);
 int deleteKeyframes(Arguments& arguments);
 int moveKeyframes(Arguments& arguments);
 int retime(Arguments& arguments);
+int insertKeyframe(Arguments& arguments);
+int simplify(Arguments& arguments);
+int bake(Arguments& arguments);
+int smoothen(Arguments& arguments);
+int ease(Arguments& arguments);
+int reverse(Arguments& arguments);
+int adjustValues(Arguments& arguments);
 int split(Arguments& arguments);
 int upgrade(Arguments& arguments);
 

@@ -1,6 +1,7 @@
 #include "prm/ReshapingEdits.h"
 
 #include "prm/edits/ReshapingPlan.h"
+#include "prm/untyped/State.h"
 
 namespace Prm {
 
@@ -39,5 +40,50 @@ detail::Places ParameterReshapeEdit::places() const {
 ParameterInsertKeyframeEdit::ParameterInsertKeyframeEdit(ParameterWithoutType& parameter, const Context& at,
                                                          Inexact inexact)
     : ParameterReshapeEdit(parameter, at.view, {detail::KeyInsertion{at.time, inexact == AddOrRound}}) {}
+
+ParameterEaseEdit::ParameterEaseEdit(ParameterWithoutType& parameter, const KeyframeSpan& span, const Easing& easing)
+    : ParameterReshapeEdit(parameter, span.view, {detail::SegmentEasing{{span.first, span.last}, easing.parts}}) {}
+
+ParameterSimplifyEdit::ParameterSimplifyEdit(ParameterWithoutType& parameter, const KeyframeSpan& span, double error,
+                                             Curves curves)
+    : ParameterReshapeEdit(parameter, span.view,
+                           {detail::Simplification{{span.first, span.last}, error, curves == Linear}}) {}
+
+ParameterBakeEdit::ParameterBakeEdit(ParameterWithoutType& parameter, const KeyframeSpan& span, double step)
+    : ParameterReshapeEdit(parameter, span.view, {detail::Baking{{span.first, span.last}, step}}) {}
+
+bool ParameterBakeEdit::applies() {
+    const bool isTied = parameter()->masterParameter() != nullptr;
+    return isTied ? refusal().isEmpty() : ParameterReshapeEdit::applies();
+}
+
+/// A copy of what the master has shows the same, and can be baked.
+void ParameterBakeEdit::apply() {
+    if (parameter()->bUnconstrain() && (!parameter() || !ParameterReshapeEdit::applies()))
+        return;
+    ParameterReshapeEdit::apply();
+}
+
+detail::State ParameterBakeEdit::takeState() const {
+    return parameter()->masterParameter() ? detail::State::withMaster(*parameter()) : ParameterReshapeEdit::takeState();
+}
+
+bool ParameterBakeEdit::mayUndo(const detail::State& former) const {
+    return !former.link() || (former.link()->master() && former.link()->mayRestore(*parameter()));
+}
+
+ParameterSmoothEdit::ParameterSmoothEdit(ParameterWithoutType& parameter, const KeyframeSpan& span, double radius,
+                                         double error, double step)
+    : ParameterReshapeEdit(parameter, span.view, {detail::Smoothing{{{span.first, span.last}, step}, radius, error}}) {}
+
+ParameterReverseEdit::ParameterReverseEdit(ParameterWithoutType& parameter, const KeyframeSpan& span, Time pivot)
+    : ParameterReshapeEdit(parameter, span.view, {detail::Reversal{{span.first, span.last}, pivot}}) {}
+
+ParameterScaleValuesEdit::ParameterScaleValuesEdit(ParameterWithoutType& parameter, const KeyframeSpan& span,
+                                                   const ValueScaling& scaling)
+    : ParameterReshapeEdit(
+          parameter, span.view,
+          {detail::ValueMapping{
+              {span.first, span.last}, scaling.scale, scaling.pivot, scaling.offset, scaling.component}}) {}
 
 } // namespace Prm

@@ -4,8 +4,14 @@
 
 #include "prm/Parameter.h"
 #include "prm/parameter/differences.hpp"
+#include "prm/track/Baking.h"
 #include "prm/track/KeyInsertion.h"
 #include "prm/track/ReshapedTrack.h"
+#include "prm/track/Reversal.h"
+#include "prm/track/SegmentEasing.h"
+#include "prm/track/Simplification.h"
+#include "prm/track/Smoothing.h"
+#include "prm/track/ValueMapping.h"
 #include "prm/untyped/KeyframeReshaper.h"
 
 #include <algorithm>

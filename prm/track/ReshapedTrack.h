@@ -1,10 +1,12 @@
 #pragma once
 
+#include "prm/track/Reshaping.h"
 #include "prm/track/Shown.h"
 #include "prm/track/Track.h"
 
 #include <algorithm>
 #include <functional>
+#include <utility>
 
 namespace Prm::detail {
 
@@ -29,7 +31,17 @@ constexpr const char* invalidTime = "the time is not valid";
 constexpr const char* hasHooks = "a class of the application computes the values";
 constexpr const char* hasCustomKind = "a function of the application computes the values there";
 constexpr const char* isBlend = "the view shows a blend of others";
+constexpr const char* hasNoCurves = "values of this type have no curves";
+constexpr const char* isEmptySpan = "the times are not a finite span";
+constexpr const char* isNegativeError = "the error is negative";
 constexpr const char* isNotFinite = "the values are not finite";
+
+/// The positions of the keyframes of a range: the first, and the one after the last.
+template <class T>
+std::pair<int, int> positionsIn(const QVector<KeyframeData<T>>& keyframes, const KeyframeRange& range) {
+    const int begin = lowerBound(keyframes, range.first);
+    return {begin, std::max(begin, firstAfter(keyframes, range.last))};
+}
 
 template <class T> bool sameKeyframe(const KeyframeData<T>& a, const KeyframeData<T>& b) {
     return a.time == b.time && ValueType<T>::equal(a.value, b.value) && a.interpolationData == b.interpolationData;

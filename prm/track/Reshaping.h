@@ -1,8 +1,11 @@
 #pragma once
 
+#include "prm/Easing.h"
 #include "prm/Time.h"
+#include "prm/track/Place.h"
 
 #include <variant>
+#include <vector>
 
 namespace Prm::detail {
 
@@ -16,11 +19,59 @@ struct KeyInsertion {
     bool mayAddMore = true;
 };
 
+/// The keyframes from one time to another, both included.
+struct KeyframeRange {
+    Time first = Place::earliest();
+    Time last = Time::LAST;
+};
+
+/// The course of the segments between the keyframes of a range; of the one that begins there for a single time.
+struct SegmentEasing {
+    KeyframeRange range;
+    std::vector<Easing::Part> parts;
+};
+
+/// Fewer keyframes, without any value moving by more than the error.
+struct Simplification {
+    KeyframeRange range;
+    double error = 0.0;
+    bool isLinear = false;
+};
+
+/// A keyframe at every step, with the value that is shown there.
+struct Baking {
+    KeyframeRange range;
+    double step = 1.0;
+};
+
+/// Baked values, each a mean of its neighbours with the weights of a normal distribution, then simplified.
+struct Smoothing {
+    Baking baking;
+    /// The standard deviation, in frames.
+    double radius = 1.0;
+    double error = 0.0;
+};
+
+/// Time runs the other way, about a pivot; about the middle of the keyframes for the invalid time.
+struct Reversal {
+    KeyframeRange range;
+    Time pivot = Time(Time::INVALID);
+};
+
+/// pivot + scale * (value - pivot) + offset, for one component or for all.
+struct ValueMapping {
+    KeyframeRange range;
+    double scale = 1.0;
+    double pivot = 0.0;
+    double offset = 0.0;
+    int component = -1;
+};
+
 struct Reshaping {
     /// Whether a view without data gets those that it shows.
-    bool givesData() const { return std::holds_alternative<KeyInsertion>(act); }
+    bool givesData() const { return std::holds_alternative<KeyInsertion>(act) || std::holds_alternative<Baking>(act); }
 
-    std::variant<KeyInsertion> act;
+    std::variant<KeyInsertion, SegmentEasing, Simplification, Baking, Smoothing, Reversal, ValueMapping> act;
 };
 
 } // namespace Prm::detail

@@ -135,9 +135,8 @@ std::vector<ParameterWithoutType*> State::keyedTogether(BasicParameter& edited) 
 }
 
 State State::withMaster(ParameterWithoutType& edited) {
-    State state;
+    State state(edited, {});
     state.m_link.emplace(edited);
-    state.m_kept.push_back(Kept::of(edited, {}));
     return state;
 }
 

@@ -202,6 +202,12 @@ inline const std::vector<Act> commands = {
     ACT(retimeSet(own.parentSet(), a, c)),
     ACT(add<ParameterInsertKeyframeEdit>(c, own, a.at)),
     ACT(add<ParameterInsertKeyframeEdit>(c, own, Context(a.to.time, View::INVALID()))),
+    ACT(add<ParameterEaseEdit>(c, own, a.span(), a.easing())),
+    ACT(add<ParameterSimplifyEdit>(c, own, a.span(), a.number / 4.)),
+    ACT(add<ParameterBakeEdit>(c, own, a.span(), 2 + a.number)),
+    ACT(add<ParameterSmoothEdit>(c, own, a.span(), a.number, a.value / 4, 2)),
+    ACT(add<ParameterReverseEdit>(c, own, a.span(), a.yes ? a.to.time : Time(Time::INVALID))),
+    ACT(add<ParameterScaleValuesEdit>(c, own, a.span(), ValueScaling{a.number - 3., a.value, 1, a.kind - 3})),
 };
 
 inline const Act& chosen(const std::vector<Act>& rows, Choices& choose) {

@@ -69,6 +69,15 @@ struct Arguments {
         return kind > 2 ? whole : whole.between(at.time, to.time);
     }
 
+    KeyframeSpan span() const {
+        const KeyframeSpan all = yes ? KeyframeSpan() : KeyframeSpan().in(view);
+        return kind > 2 ? all : all.between(at.time, to.time);
+    }
+    const Easing& easing() const {
+        const auto& all = Easing::presets();
+        return all[all.size() - 1 - static_cast<std::size_t>(number)];
+    }
+
     /// At a keyframe that there is, for most choices below 16.
     void aim(const ParameterWithoutType& own, int choice) {
         const QVector<Context> keyframes = own.allKeyframes();

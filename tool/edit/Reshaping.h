@@ -1,0 +1,23 @@
+#pragma once
+
+#include "prm/ReshapingEdits.h"
+#include "tool/edit/Editing.h"
+
+#include <functional>
+#include <memory>
+
+namespace Tool {
+
+/// The edit of a parameter, which has values of its kind.
+using CurveEdit = std::function<std::unique_ptr<Prm::ParameterReshapeEdit>(Prm::ParameterWithoutType& parameter,
+                                                                           Prm::KeyframeSpan span)>;
+
+/// The options `view`, `from` and `to`.
+void declareSpan(Arguments& arguments);
+
+/// Reads the parameters that the patterns name as values of their kinds, edits each, and writes the text. A keyframe
+/// that the edit leaves as it is keeps its bytes. Says for each how many keyframes it had and has. Throws `Problem`
+/// where the edit is refused, and for values of no known type.
+int reshapeCurves(const Arguments& arguments, const CurveEdit& edit);
+
+} // namespace Tool
