@@ -11,7 +11,6 @@ const std::vector<Command>& commands() {
         {"explain", "Shows the steps that lead to a value.", explain},
         {"plot", "Draws curves, in the terminal or as SVG.", plot},
         {"set", "Sets the value of parameters, or one of their keyframes.", setValue},
-        {"key", "Inserts a keyframe and keeps the curve.", insertKeyframe},
         {"delete", "Deletes keyframes.", deleteKeyframes},
         {"move", "Moves a keyframe to another frame.", moveKeyframes},
         {"retime", "Shifts or scales the times of keyframes.", retime},

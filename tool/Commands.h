@@ -27,7 +27,6 @@ int plot(Arguments& arguments);
 int compare(Arguments& arguments);
 int check(Arguments& arguments);
 int setValue(Arguments& arguments);
-int insertKeyframe(Arguments& arguments);
 int deleteKeyframes(Arguments& arguments);
 int moveKeyframes(Arguments& arguments);
 int retime(Arguments& arguments);

@@ -117,7 +117,8 @@ FileViews FileParameter::views() const {
 }
 
 FileValue FileParameter::newValue(const QString& given) const {
-    return written(m_kind->written(given, m_path));
+    const QString text = m_kind->written(given, m_path);
+    return {m_isUtf8 ? text : QString::fromLatin1(text.toUtf8()), FileValue::noLine};
 }
 
 FileValue FileParameter::sum(const FileValue& value, double offset) const {

@@ -53,8 +53,6 @@ public:
     QVariant meaning(const FileValue& value) const { return m_kind->value(shown(value.text)); }
     /// A value from a text that a person would write. Throws `Problem`.
     FileValue newValue(const QString& given) const;
-    /// A value as the file would write it.
-    FileValue valueOf(const QVariant& meaning) const { return written(m_kind->textOf(meaning)); }
     /// A number added to it. Values of other kinds throw `Problem`.
     FileValue sum(const FileValue& value, double offset) const;
 
@@ -65,9 +63,6 @@ public:
     QString shown(const QString& text) const { return m_isUtf8 ? text : QString::fromUtf8(text.toLatin1()); }
 
 private:
-    FileValue written(const QString& text) const {
-        return {m_isUtf8 ? text : QString::fromLatin1(text.toUtf8()), FileValue::noLine};
-    }
     void read(int line, const LineReading& reading, const Prm::ProjectFileVersion& version);
 
     int m_node = -1;

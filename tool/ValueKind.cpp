@@ -21,10 +21,6 @@ template <class T> QString writtenAs(const T& value) {
     return text;
 }
 
-template <class T> QString textFrom(const QVariant& value) {
-    return writtenAs(Prm::ValueType<T>::fromVariant(value));
-}
-
 template <class T> QString rewritten(const QString& text) {
     return writtenAs(Prm::ValueType<T>::read(text));
 }
@@ -135,13 +131,13 @@ constexpr auto switches = asTyped<Prm::Parameter<bool>, bool>;
 
 // clang-format off
 constexpr ValueKind rows[] = {
-//   name       isLike       told   numeric drawn  value             normalised          written        textOf             typed
-    {"text",    isQuoted,    true,  false,  false, valueOf<QString>, rewritten<QString>, writtenText,   textFrom<QString>, texts},
-    {"number?", isZeroOrOne, false, true,   true,  valueOf<double>,  rewritten<double>,  writtenNumber, textFrom<double>,  numbers},
-    {"number",  isNumber,    true,  true,   true,  valueOf<double>,  rewritten<double>,  writtenNumber, textFrom<double>,  numbers},
-    {"point",   isPoint,     true,  false,  true,  valueOf<QPointF>, rewritten<QPointF>, writtenPoint,  textFrom<QPointF>, points},
-    {"switch",  isNothing,   true,  false,  true,  valueOf<bool>,    rewritten<bool>,    writtenSwitch, textFrom<bool>,    switches},
-    {"opaque",  isAnything,  false, false,  false, valueOf<QString>, trimmed,            refused,       textFrom<QString>, asOpaque},
+//   name       isLike       told   numeric drawn  value             normalised          written        typed
+    {"text",    isQuoted,    true,  false,  false, valueOf<QString>, rewritten<QString>, writtenText,   texts},
+    {"number?", isZeroOrOne, false, true,   true,  valueOf<double>,  rewritten<double>,  writtenNumber, numbers},
+    {"number",  isNumber,    true,  true,   true,  valueOf<double>,  rewritten<double>,  writtenNumber, numbers},
+    {"point",   isPoint,     true,  false,  true,  valueOf<QPointF>, rewritten<QPointF>, writtenPoint,  points},
+    {"switch",  isNothing,   true,  false,  true,  valueOf<bool>,    rewritten<bool>,    writtenSwitch, switches},
+    {"opaque",  isAnything,  false, false,  false, valueOf<QString>, trimmed,            refused,       asOpaque},
 };
 // clang-format on
 

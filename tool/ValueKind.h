@@ -51,8 +51,6 @@ struct ValueKind {
     QString (*normalised)(const QString& text);
     /// What a person would write, as a file has it. Throws `Problem`.
     QString (*written)(const QString& given, const QString& path);
-    /// The text of a value that `typed` gives.
-    QString (*textOf)(const QVariant& value);
     TypedParameter (*typed)(const FileParameter& parameter);
 };
 
