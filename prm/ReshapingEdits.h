@@ -121,13 +121,17 @@ public:
 /// application. The segments are Linear, Constant if values do not blend. Outside the span the curve is kept; a
 /// keyframe is inserted at its ends for that. A view that is named and has no data gets some.
 ///
-/// Refuses spans without end in views without keyframes, steps that are not above 0, more than 2^24 of them. A part of
+/// Does nothing for a span without end in a view without keyframes. Refuses steps that are not above 0, and more than
+/// 2^24 of them. A part of
 /// a compound keeps its master.
 ///
 /// \snippet reshaping.cpp bake
 class PRM_EXPORT ParameterBakeEdit : public ParameterReshapeEdit {
 public:
-    ParameterBakeEdit(ParameterWithoutType& parameter, const KeyframeSpan& span, double step = 1.0);
+    enum Curves { Linear, Bezier };
+
+    ParameterBakeEdit(ParameterWithoutType& parameter, const KeyframeSpan& span, double step = 1.0,
+                      Curves curves = Linear);
 
 protected:
     bool applies() override;

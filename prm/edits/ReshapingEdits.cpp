@@ -49,8 +49,9 @@ ParameterSimplifyEdit::ParameterSimplifyEdit(ParameterWithoutType& parameter, co
     : ParameterReshapeEdit(parameter, span.view,
                            {detail::Simplification{{span.first, span.last}, error, curves == Linear}}) {}
 
-ParameterBakeEdit::ParameterBakeEdit(ParameterWithoutType& parameter, const KeyframeSpan& span, double step)
-    : ParameterReshapeEdit(parameter, span.view, {detail::Baking{{span.first, span.last}, step}}) {}
+ParameterBakeEdit::ParameterBakeEdit(ParameterWithoutType& parameter, const KeyframeSpan& span, double step,
+                                     Curves curves)
+    : ParameterReshapeEdit(parameter, span.view, {detail::Baking{{span.first, span.last}, step, curves == Bezier}}) {}
 
 bool ParameterBakeEdit::applies() {
     const bool isTied = parameter()->masterParameter() != nullptr;

@@ -28,6 +28,11 @@ template <class T> QVector<Time> bakedTimes(const Track<T>& track, const Baking&
     return times;
 }
 
+/// A static value, and times that are those of the keyframes.
+template <class T> bool hasNothingToBake(const Track<T>& track, const Baking& act) {
+    return track.keyframes.isEmpty() && (std::isinf(act.range.first.toDouble()) || act.range.last == Time::LAST);
+}
+
 /// Replaces the keyframes from the first to the last of these times, which ascend. Those outside keep their curves.
 template <class T>
 const char* replaceStretch(ReshapedTrack<T>& track, const QVector<Time>& times, const QVector<T>& values) {
@@ -53,9 +58,60 @@ const char* replaceStretch(ReshapedTrack<T>& track, const QVector<Time>& times, 
     return nullptr;
 }
 
+/// The shape that passes two values, at a third and at two thirds of the time: the solution of two linear equations.
+/// Straight where that would go far beyond the ends, as beside a step.
+template <class T> IType shapeThrough(const T& from, const T& first, const T& second, const T& to) {
+    constexpr double farthest = 8.0;
+    const auto start = Components<T>::of(from);
+    const auto end = Components<T>::of(to);
+    const auto a = Components<T>::of(first);
+    const auto b = Components<T>::of(second);
+    double square = 0.0;
+    double atFirst = 0.0;
+    double atSecond = 0.0;
+    for (std::size_t c = 0; c < start.size(); ++c) {
+        const double change = end[c] - start[c];
+        square += change * change;
+        atFirst += change * (a[c] - start[c]);
+        atSecond += change * (b[c] - start[c]);
+    }
+    const double p = 27.0 * atFirst / square - 1.0;
+    const double q = 27.0 * atSecond / square - 8.0;
+    const double y1 = (2.0 * p - q) / 18.0;
+    const double y2 = (2.0 * q - p) / 18.0;
+    if (!(square > 0.0 && std::abs(y1) <= farthest && std::abs(y2) <= farthest))
+        return Interpolation::Linear;
+    return {Interpolation::Bezier, 1.0 / 3.0, y1, 2.0 / 3.0, y2};
+}
+
+/// Gives the keyframes at these times the shapes that pass what is shown between them.
+template <class T> void bendBaked(ReshapedTrack<T>& track, const QVector<Time>& times, const QVector<T>& thirds) {
+    QVector<KeyframeData<T>>& list = track.now.keyframes;
+    const int begin = lowerBound(list, times.first());
+    for (int i = 0; i + 1 < times.size(); ++i)
+        list[begin + i].interpolationData = shapeThrough(list.at(begin + i).value, thirds.at(2 * i),
+                                                         thirds.at(2 * i + 1), list.at(begin + i + 1).value);
+}
+
 template <class T> const char* reshape(ReshapedTrack<T>& track, const Baking& act) {
+    if (hasNothingToBake(track.now, act))
+        return nullptr;
     const QVector<Time> times = bakedTimes(track.now, act);
-    return times.isEmpty() ? isEmptySpan : replaceStretch(track, times, track.shownAt(times));
+    if (times.isEmpty())
+        return isEmptySpan;
+    QVector<Time> thirds;
+    for (int i = 0; act.isCurved && i + 1 < times.size(); ++i) {
+        for (const double part : {1.0 / 3.0, 2.0 / 3.0})
+            thirds.append(times.at(i) + (times.at(i + 1) - times.at(i)) * part);
+    }
+    const QVector<T> values = track.shownAt(times);
+    const QVector<T> between = track.shownAt(thirds);
+    const char* const refusal = replaceStretch(track, times, values);
+    if constexpr (blends<T>) {
+        if (!refusal && act.isCurved && !track.holds)
+            bendBaked(track, times, between);
+    }
+    return refusal;
 }
 
 } // namespace Prm::detail

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "prm/Interpolation.h"
+#include "prm/track/BezierEasing.h"
+#include "prm/track/HandleFit.h"
 #include "prm/track/Ranges.h"
 
 #include <algorithm>
@@ -16,13 +18,15 @@ template <class T> struct CurveVertex {
     typename Components<T>::Numbers value{};
 };
 
-/// The part of the change that a segment has reached, as a polynomial of the part x of its time, without constant term:
-/// that of handles at a third and at two thirds of the time.
-struct Progress {
-    static Progress straight() { return {1.0, 0.0, 0.0}; }
-    static Progress ofHandles(double y1, double y2) { return {3.0 * y1, 3.0 * (y2 - 2.0 * y1), 1.0 + 3.0 * (y1 - y2)}; }
+/// A coordinate of a segment as a polynomial of the curve's parameter, from 0 to 1.
+struct CubicPart {
+    static CubicPart straight() { return {1.0, 0.0, 0.0}; }
+    static CubicPart ofHandles(double first, double second) {
+        return {3.0 * first, 3.0 * (second - 2.0 * first), 1.0 + 3.0 * (first - second)};
+    }
 
-    double at(double x) const { return x * (a + x * (b + x * c)); }
+    double at(double s) const { return s * (a + s * (b + s * c)); }
+    double bendAt(double s) const { return 2.0 * b + 6.0 * c * s; }
 
     double a;
     double b;
@@ -44,14 +48,22 @@ public:
     }
 
     /// Whether a straight segment is within the error of the lines everywhere.
-    bool isStraight(double error) const { return isWithin(Progress::straight(), error); }
-    /// Whether the Bezier segment with the least squares of differences is; `shape` becomes its.
+    bool isStraight(double error) const {
+        return isWithin(CubicPart::straight(), CubicPart::straight(), error, [](double x) { return x; });
+    }
+    /// Whether a Bezier segment is that was fitted by least squares; `shape` becomes its. First with handles at thirds
+    /// of the time, which takes two linear equations; if that comes near, with free ones.
     bool isBezier(double error, IType& shape) const {
         double y1 = 0.0;
         double y2 = 0.0;
-        if (!(m_square > 0.0) || !findHandles(y1, y2) || !isWithin(Progress::ofHandles(y1, y2), error))
+        if (!(m_square > 0.0) || !findHandles(y1, y2))
             return false;
-        shape = {Interpolation::Bezier, 1.0 / 3.0, y1, 2.0 / 3.0, y2};
+        IType fitted(Interpolation::Bezier, 1.0 / 3.0, y1, 2.0 / 3.0, y2);
+        const bool isThird =
+            isWithin(CubicPart::straight(), CubicPart::ofHandles(y1, y2), error, [](double x) { return x; });
+        if (!isThird && !(m_last - m_first > 2 && findFreeHandles(error, fitted)))
+            return false;
+        shape = fitted;
         return true;
     }
 
@@ -104,45 +116,71 @@ private:
         return sum / m_square;
     }
 
-    bool isWithin(const Progress& progress, double error) const {
+    bool findFreeHandles(double error, IType& shape) const {
+        constexpr std::size_t most = 24;
+        const std::size_t step = (m_last - m_first + most - 1) / most;
+        std::vector<EasingPoint> points;
+        points.reserve(most);
+        for (std::size_t i = m_first + 1; i < m_last; i += step)
+            points.push_back({partAt(i), progressAt(i)});
+        const IType fitted = fittedEasing(shape, points, error / std::sqrt(m_square));
+        const auto parameterAt = [&](double x) { return easingParameter(fitted.x1, fitted.x2, x); };
+        if (!isWithin(CubicPart::ofHandles(fitted.x1, fitted.x2), CubicPart::ofHandles(fitted.y1, fitted.y2), error,
+                      parameterAt))
+            return false;
+        shape = fitted;
+        return true;
+    }
+
+    /// Of a segment whose time and value are polynomials of a parameter, which is known for each part of the time.
+    template <class Parameter>
+    bool isWithin(const CubicPart& x, const CubicPart& y, double error, const Parameter& parameterAt) const {
+        double from = 0.0;
         for (std::size_t i = m_first; i < m_last; ++i) {
+            const double to = i + 1 == m_last ? 1.0 : parameterAt(partAt(i + 1));
             for (std::size_t c = 0; c < m_change.size(); ++c) {
-                if (!isWithin(progress, i, c, error))
+                if (!isWithin(x, y, {i, c, from, to}, error))
                     return false;
             }
+            from = to;
         }
         return true;
     }
 
-    /// The difference of the segment and one line: greatest at an end or where its derivative, of the second degree, is
-    /// 0. Half the bend of its ends often says enough.
-    bool isWithin(const Progress& progress, std::size_t i, std::size_t c, double error) const {
-        const double x0 = partAt(i);
-        const double x1 = i + 1 == m_last ? 1.0 : partAt(i + 1);
-        const double base = m_vertices[m_first].value[c];
-        const double change = m_change[c];
-        const double from = m_vertices[i].value[c];
-        const double to = m_vertices[i + 1].value[c];
-        const double d0 = base + change * progress.at(x0) - from;
-        const double d1 = base + change * progress.at(x1) - to;
-        const double most = std::max(std::abs(d0), std::abs(d1));
-        const double width = x1 - x0;
-        const double bend = std::abs(change) * std::max(std::abs(2.0 * progress.b + 6.0 * progress.c * x0),
-                                                        std::abs(2.0 * progress.b + 6.0 * progress.c * x1));
-        if (!(most <= error))
+    /// One component of one line, and the parameters of the segment beside it.
+    struct Line {
+        std::size_t vertex;
+        std::size_t component;
+        double from;
+        double to;
+    };
+    /// The difference of the segment and one line is a polynomial of the third degree of the parameter: greatest at an
+    /// end or where its derivative is 0. Half the bend of its ends often says enough.
+    bool isWithin(const CubicPart& x, const CubicPart& y, const Line& line, double error) const {
+        const double first = m_vertices[line.vertex].value[line.component];
+        const double last = m_vertices[line.vertex + 1].value[line.component];
+        const double start = partAt(line.vertex);
+        const double width = (line.vertex + 1 == m_last ? 1.0 : partAt(line.vertex + 1)) - start;
+        const double change = m_change[line.component];
+        const double base = m_vertices[m_first].value[line.component];
+        const double slope = (last - first) / width;
+        const auto difference = [&](double s) { return base + change * y.at(s) - first - slope * (x.at(s) - start); };
+        const double ends =
+            std::max(std::abs(base + change * y.at(line.from) - first), std::abs(base + change * y.at(line.to) - last));
+        if (!(ends <= error))
             return false;
-        if (most + width * width / 8.0 * bend <= error || change == 0.0)
+        const auto bendAt = [&](double s) { return std::abs(change * y.bendAt(s) - slope * x.bendAt(s)); };
+        const double length = line.to - line.from;
+        if (ends + length * length / 8.0 * std::max(bendAt(line.from), bendAt(line.to)) <= error)
             return true;
-        const double slope = (to - from) / (width * change);
-        const auto isNear = [&](double x) {
-            if (!(x > x0 && x < x1))
-                return true;
-            const double line = from + (to - from) * ((x - x0) / width);
-            return std::abs(base + change * progress.at(x) - line) <= error;
+        const double a = change * y.a - slope * x.a;
+        const double b = change * y.b - slope * x.b;
+        const double c = 3.0 * (change * y.c - slope * x.c);
+        const double q = -(b + std::copysign(std::sqrt(std::max(0.0, b * b - a * c)), b));
+        const auto isNear = [&](double s) {
+            return !(s > line.from && s < line.to) || std::abs(difference(s)) <= error;
         };
-        const double root = std::sqrt(std::max(0.0, progress.b * progress.b - 3.0 * progress.c * (progress.a - slope)));
-        const double q = -(progress.b + std::copysign(root, progress.b));
-        return isNear(q / (3.0 * progress.c)) && isNear((progress.a - slope) / q);
+        return isNear(q / c) && isNear(a / q);
     }
 
     const Vertices& m_vertices;

@@ -42,6 +42,8 @@ struct Simplification {
 struct Baking {
     KeyframeRange range;
     double step = 1.0;
+    /// Whether segments pass the values at both thirds of the step; otherwise they are straight.
+    bool isCurved = false;
 };
 
 /// Baked values, each a mean of its neighbours with the weights of a normal distribution, then simplified.

@@ -154,25 +154,32 @@ private:
         }
     }
 
-    bool isNeeded(int i, int first, int last) const { return i == first || i == last || isCorner(i); }
-    /// Whether the change of direction is more than the error over a quarter of the shorter segment.
-    bool isCorner(int i) const {
+    bool isNeeded(int i, int first, int last) const { return i == first || i == last || isCorner(i, first, last); }
+    /// Whether the change of direction stands out: by more than the error over a quarter of the shorter segment, and
+    /// beside those of the neighbours, as in no smooth curve.
+    bool isCorner(int i, int first, int last) const {
+        constexpr double leastRatio = 3.0;
+        for (std::size_t c = 0; c < Numbers().size(); ++c) {
+            const double turn = turnAt(i, c);
+            const double before = i - 1 > first ? turnAt(i - 1, c) : 0.0;
+            const double after = i + 1 < last ? turnAt(i + 1, c) : 0.0;
+            if (turn > m_error && turn > leastRatio * std::max(before, after))
+                return true;
+        }
+        return false;
+    }
+    double turnAt(int i, std::size_t c) const {
         const KeyframeData<T>& before = m_list.at(i - 1);
         const KeyframeData<T>& here = m_list.at(i);
         const KeyframeData<T>& after = m_list.at(i + 1);
-        const auto a = Components<T>::of(before.value);
-        const auto b = Components<T>::of(here.value);
-        const auto c = Components<T>::of(after.value);
         const double left = here.time - before.time;
         const double right = after.time - here.time;
-        const double slopeBefore = endSlope(before.interpolationData) / left;
-        const double slopeAfter = startSlope(here.interpolationData) / right;
-        bool isSharp = false;
-        for (std::size_t k = 0; k < b.size(); ++k) {
-            const double turn = (c[k] - b[k]) * slopeAfter - (b[k] - a[k]) * slopeBefore;
-            isSharp = isSharp || std::abs(turn) * std::min(left, right) / 4.0 > m_error;
-        }
-        return isSharp;
+        const double value = Components<T>::of(here.value)[c];
+        const double slopeBefore =
+            (value - Components<T>::of(before.value)[c]) * endSlope(before.interpolationData) / left;
+        const double slopeAfter =
+            (Components<T>::of(after.value)[c] - value) * startSlope(here.interpolationData) / right;
+        return std::abs(slopeAfter - slopeBefore) * std::min(left, right) / 4.0;
     }
 
     /// Keyframes at which a component turns by more than twice the error on both sides.

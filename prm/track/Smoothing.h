@@ -59,6 +59,8 @@ template <class T> const char* reshape(ReshapedTrack<T>& track, const Smoothing&
             return hasNoCurves;
         if (!(act.radius > 0.0))
             return isNotFinite;
+        if (hasNothingToBake(track.now, act.baking))
+            return nullptr;
         const QVector<Time> times = bakedTimes(track.now, act.baking);
         if (times.isEmpty())
             return isEmptySpan;

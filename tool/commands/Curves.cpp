@@ -76,12 +76,15 @@ int simplify(Arguments& arguments) {
 
 int bake(Arguments& arguments) {
     Project::declareWithPatterns(arguments);
-    arguments.option("step", "The frames between two keyframes, 1 unless given.", "FRAMES");
+    arguments.option("step", "The frames between two keyframes, 1 unless given.", "FRAMES")
+        .option("curves", "Makes curves between the keyframes, not straight lines.");
     declareSpan(arguments);
     arguments.example("prm bake project.prm blur.size --from 0 --to 100 -o baked.prm");
     if (!arguments.read())
         return Fine;
-    return reshapeCurves(arguments, edits<Prm::ParameterBakeEdit>(positiveOption(arguments, "step", 1.0)));
+    using Bake = Prm::ParameterBakeEdit;
+    const auto curves = arguments.has("curves") ? Bake::Bezier : Bake::Linear;
+    return reshapeCurves(arguments, edits<Bake>(positiveOption(arguments, "step", 1.0), curves));
 }
 
 int smoothen(Arguments& arguments) {

@@ -38,7 +38,6 @@ public:
         for (unsigned int i = 0; i < count; ++i)
             m_data.vSetInterpolationData(now[i].interpolationData, i, m_view);
     }
-    std::size_t formerCount() const { return m_former.size(); }
 
 private:
     /// The text that is there, if that means the same.
@@ -80,28 +79,27 @@ Prm::KeyframeSpan spanOf(const Arguments& arguments) {
     return span;
 }
 
-void reshapeCurve(const FileParameter& file, const CurveEdit& edit, const Prm::KeyframeSpan& span) {
+/// Why the edit is not done; empty if it was.
+QString reshapeCurve(const FileParameter& file, const CurveEdit& edit, const Prm::KeyframeSpan& span) {
     if (!file.master().isEmpty())
-        throw Problem("%1: shows %2, whose keyframes are to be edited", file.path(), file.master());
+        return message("shows %1, whose keyframes are to be edited", file.master());
     const TypedParameter typed = file.kind()->typed(file);
     if (!typed.parameter)
-        throw Problem("%1: its values are of no known type", file.path());
+        return message("its values are of no known type");
     if (span.view.isValid() && !file.data().hasViewData(span.view))
-        throw Problem("%1: view %2 has no data of its own; prm split gives it some", file.path(), span.view.id());
+        return message("view %1 has no data of its own; prm split gives it some", span.view.id());
     const auto made = edit(*typed.parameter, span);
     const QString refusal = made->refusal();
     if (!refusal.isEmpty())
-        throw Problem("%1: %2", file.path(), refusal);
+        return refusal;
     made->doIt();
-    int former = 0;
-    for (const Prm::View view : std::vector<Prm::View>(file.data().viewList())) {
-        EditedView edited(file, *typed.parameter, view);
-        former += static_cast<int>(edited.formerCount());
-        edited.putBack();
-    }
+    const int former = file.data().allKeyframes().size();
+    for (const Prm::View view : std::vector<Prm::View>(file.data().viewList()))
+        EditedView(file, *typed.parameter, view).putBack();
     const int now = file.data().allKeyframes().size();
     if (now != former)
         tell("%1: %2 keyframes to %3", file.path(), former, now);
+    return {};
 }
 
 } // namespace
@@ -115,8 +113,14 @@ void declareSpan(Arguments& arguments) {
 
 int reshapeCurves(const Arguments& arguments, const CurveEdit& edit) {
     const Prm::KeyframeSpan span = spanOf(arguments);
-    return editProject(arguments, arguments.patterns(),
-                       [&](const FileParameter& parameter) { reshapeCurve(parameter, edit, span); });
+    bool isComplete = true;
+    const int code = editProject(arguments, arguments.patterns(), [&](const FileParameter& parameter) {
+        const QString refusal = reshapeCurve(parameter, edit, span);
+        isComplete = isComplete && refusal.isEmpty();
+        if (!refusal.isEmpty())
+            tell("%1: %2", parameter.path(), refusal);
+    });
+    return isComplete ? code : Findings;
 }
 
 } // namespace Tool

@@ -16,8 +16,8 @@ using CurveEdit = std::function<std::unique_ptr<Prm::ParameterReshapeEdit>(Prm::
 void declareSpan(Arguments& arguments);
 
 /// Reads the parameters that the patterns name as values of their kinds, edits each, and writes the text. A keyframe
-/// that the edit leaves as it is keeps its bytes. Says for each how many keyframes it had and has. Throws `Problem`
-/// where the edit is refused, and for values of no known type.
+/// that the edit leaves as it is keeps its bytes. Says for each how many keyframes it had and has, or why it is left as
+/// it is; the exit code is then that of findings.
 int reshapeCurves(const Arguments& arguments, const CurveEdit& edit);
 
 } // namespace Tool
