@@ -8,11 +8,12 @@ namespace Tool {
 
 namespace {
 
-/// An edit that is made with the parameter, the span, and what options say.
-template <class Edit, class... Settings> CurveEdit edits(const Settings&... settings) {
-    return [=](Prm::ParameterWithoutType& parameter, const Prm::KeyframeSpan& span) {
-        return std::make_unique<Edit>(parameter, span, settings...);
-    };
+/// Does an edit that is made with the parameter, the span, and what options say.
+template <class Edit, class... Settings> int reshape(const Arguments& arguments, const Settings&... settings) {
+    return reshapeCurves(arguments, spanOption(arguments),
+                         [=](Prm::ParameterWithoutType& parameter, const Prm::KeyframeSpan& span) {
+                             return std::make_unique<Edit>(parameter, span, settings...);
+                         });
 }
 
 double positiveOption(const Arguments& arguments, const QString& option, double otherwise) {
@@ -56,8 +57,9 @@ int insertKeyframe(Arguments& arguments) {
     const Prm::Time time = timeOption(arguments, "at");
     using Insert = Prm::ParameterInsertKeyframeEdit;
     const auto inexact = arguments.has("strict") ? Insert::Refuse : Insert::AddOrRound;
-    return reshapeCurves(arguments, [=](Prm::ParameterWithoutType& parameter, const Prm::KeyframeSpan& span) {
-        return std::make_unique<Insert>(parameter, Prm::Context(time, span.view), inexact);
+    const auto span = Prm::KeyframeSpan().in(viewOption(arguments, Prm::View::INVALID()));
+    return reshapeCurves(arguments, span, [=](Prm::ParameterWithoutType& parameter, const Prm::KeyframeSpan& in) {
+        return std::make_unique<Insert>(parameter, Prm::Context(time, in.view), inexact);
     });
 }
 
@@ -71,7 +73,7 @@ int simplify(Arguments& arguments) {
         return Fine;
     using Simplify = Prm::ParameterSimplifyEdit;
     const auto curves = arguments.has("linear") ? Simplify::Linear : Simplify::Bezier;
-    return reshapeCurves(arguments, edits<Simplify>(errorOption(arguments), curves));
+    return reshape<Simplify>(arguments, errorOption(arguments), curves);
 }
 
 int bake(Arguments& arguments) {
@@ -84,7 +86,12 @@ int bake(Arguments& arguments) {
         return Fine;
     using Bake = Prm::ParameterBakeEdit;
     const auto curves = arguments.has("curves") ? Bake::Bezier : Bake::Linear;
-    return reshapeCurves(arguments, edits<Bake>(positiveOption(arguments, "step", 1.0), curves));
+    const double step = positiveOption(arguments, "step", 1.0);
+    return reshapeCurves(
+        arguments, spanOption(arguments), [=](Prm::ParameterWithoutType& parameter, const Prm::KeyframeSpan& span) {
+            const bool isAnimated = !parameter.allKeyframes().isEmpty();
+            return isAnimated ? std::make_unique<Bake>(parameter, span, step, curves) : std::unique_ptr<Bake>();
+        });
 }
 
 int smoothen(Arguments& arguments) {
@@ -95,8 +102,8 @@ int smoothen(Arguments& arguments) {
     arguments.example("prm smooth project.prm blur.size --radius 3 --error 0.01 --in-place");
     if (!arguments.read())
         return Fine;
-    return reshapeCurves(
-        arguments, edits<Prm::ParameterSmoothEdit>(positiveOption(arguments, "radius", 2.0), errorOption(arguments)));
+    return reshape<Prm::ParameterSmoothEdit>(arguments, positiveOption(arguments, "radius", 2.0),
+                                             errorOption(arguments));
 }
 
 int ease(Arguments& arguments) {
@@ -106,7 +113,7 @@ int ease(Arguments& arguments) {
     arguments.example("prm ease project.prm blur.size --as sine-in-out --in-place");
     if (!arguments.read())
         return Fine;
-    return reshapeCurves(arguments, edits<Prm::ParameterEaseEdit>(easingOf(arguments)));
+    return reshape<Prm::ParameterEaseEdit>(arguments, easingOf(arguments));
 }
 
 int reverse(Arguments& arguments) {
@@ -116,8 +123,7 @@ int reverse(Arguments& arguments) {
     arguments.example("prm reverse project.prm blur --pivot 50 --in-place");
     if (!arguments.read())
         return Fine;
-    return reshapeCurves(
-        arguments, edits<Prm::ParameterReverseEdit>(timeOption(arguments, "pivot", Prm::Time(Prm::Time::INVALID))));
+    return reshape<Prm::ParameterReverseEdit>(arguments, timeOption(arguments, "pivot", Prm::Time(Prm::Time::INVALID)));
 }
 
 int adjustValues(Arguments& arguments) {
@@ -131,7 +137,7 @@ int adjustValues(Arguments& arguments) {
         return Fine;
     const Prm::ValueScaling scaling{numberOption(arguments, "scale", 1.0), numberOption(arguments, "pivot"),
                                     numberOption(arguments, "offset")};
-    return reshapeCurves(arguments, edits<Prm::ParameterScaleValuesEdit>(scaling));
+    return reshape<Prm::ParameterScaleValuesEdit>(arguments, scaling);
 }
 
 } // namespace Tool

@@ -69,16 +69,6 @@ private:
     FileValue m_static;
 };
 
-Prm::KeyframeSpan spanOf(const Arguments& arguments) {
-    Prm::KeyframeSpan span;
-    span.view = viewOption(arguments, span.view);
-    span.first = timeOption(arguments, "from", span.first);
-    span.last = timeOption(arguments, "to", span.last);
-    if (span.last < span.first)
-        throw WrongUse("--from is later than --to");
-    return span;
-}
-
 /// Why the edit is not done; empty if it was.
 QString reshapeCurve(const FileParameter& file, const CurveEdit& edit, const Prm::KeyframeSpan& span) {
     if (!file.master().isEmpty())
@@ -89,8 +79,8 @@ QString reshapeCurve(const FileParameter& file, const CurveEdit& edit, const Prm
     if (span.view.isValid() && !file.data().hasViewData(span.view))
         return message("view %1 has no data of its own; prm split gives it some", span.view.id());
     const auto made = edit(*typed.parameter, span);
-    const QString refusal = made->refusal();
-    if (!refusal.isEmpty())
+    const QString refusal = made ? made->refusal() : QString();
+    if (!made || !refusal.isEmpty())
         return refusal;
     made->doIt();
     const int former = file.data().allKeyframes().size();
@@ -111,8 +101,17 @@ void declareSpan(Arguments& arguments) {
     declareOutput(arguments);
 }
 
-int reshapeCurves(const Arguments& arguments, const CurveEdit& edit) {
-    const Prm::KeyframeSpan span = spanOf(arguments);
+Prm::KeyframeSpan spanOption(const Arguments& arguments) {
+    Prm::KeyframeSpan span;
+    span.view = viewOption(arguments, span.view);
+    span.first = timeOption(arguments, "from", span.first);
+    span.last = timeOption(arguments, "to", span.last);
+    if (span.last < span.first)
+        throw WrongUse("--from is later than --to");
+    return span;
+}
+
+int reshapeCurves(const Arguments& arguments, const Prm::KeyframeSpan& span, const CurveEdit& edit) {
     bool isComplete = true;
     const int code = editProject(arguments, arguments.patterns(), [&](const FileParameter& parameter) {
         const QString refusal = reshapeCurve(parameter, edit, span);
