@@ -354,10 +354,11 @@ private:
 /// \snippet every_edit.cpp times
 class PRM_EXPORT ParameterPasteKeyframesEdit : public ParameterSnapshotEdit {
 public:
-    /// With a valid `at`, all keyframes are shifted so that the first is at that time. With a valid `view`, all are
-    /// pasted into that view; otherwise each into the view that its line names.
+    /// With a valid `at`, all keyframes are shifted so that the first, or what is at `origin` if that is valid, comes
+    /// to that time. With a valid `view`, all are pasted into that view; otherwise each into the view that its line
+    /// names.
     ParameterPasteKeyframesEdit(ParameterWithoutType& parameter, const QString& text, Time at = Time(Time::INVALID),
-                                const View& view = View(View::INVALID()));
+                                const View& view = View(View::INVALID()), Time origin = Time(Time::INVALID));
     /// One sentence for each keyframe of the text that is not pasted because a later line has the same time and view.
     /// Throws as `doIt` does.
     QStringList losses() const;
@@ -373,6 +374,7 @@ protected:
 private:
     QString m_text;
     Time m_at;
+    Time m_origin;
     View m_view;
     /// The keyframes of the text, from `applies` to `apply`.
     std::vector<boost::shared_ptr<SerialisedKeyframe>> m_wanted;

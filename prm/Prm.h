@@ -152,6 +152,12 @@ class ParameterSet;
 // prm/CompoundParameter.h
 class CompoundParameter;
 
+// prm/KeyframeSelection.h
+class KeyframeSelection; // keyframes of several parameters
+
+// prm/KeyframeClipboard.h
+class KeyframeClipboard; // copies and pastes them as text
+
 // prm/Extent.h
 class Extent; // where values may differ after a change
 

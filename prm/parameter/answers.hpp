@@ -88,6 +88,13 @@ template <class T> const detail::UntypedAnswers& detail::UntypedAnswers::ofType(
         [](Bsc::Hash& hash, const Untyped& parameter, const Context& context) {
             addConstant(hash, typed(parameter).value(context));
         },
+        [] { return ValueType<T>::name(); },
+        [](const Untyped& parameter, const View& view) {
+            QString text;
+            ValueType<T>::write(text, typed(parameter).keyframeValue(0, view));
+            return text;
+        },
+        [](const QString& text) { return ValueType<T>::toVariant(ValueType<T>::read(text)); },
     };
     return answers;
 }

@@ -6,6 +6,7 @@
 #include "prm/AnimationState.h"
 #include "prm/CompoundParameter.h"
 #include "prm/Explanation.h"
+#include "prm/KeyframeClipboard.h"
 #include "prm/MoveKeyframeEdit.h"
 #include "prm/MovedParameter.h"
 #include "prm/NumericParameter.h"
