@@ -2,6 +2,7 @@
 
 #include "prm/Context.h"
 #include "prm/Export.h"
+#include "prm/KeyframeHandles.h"
 #include "prm/TimeSpan.h"
 
 #include <QString>
@@ -33,6 +34,8 @@ struct UntypedAnswers {
     /// The text of the static value of a view without keyframes, and the value that such a text gives.
     QString (*staticText)(const ParameterWithoutType& parameter, const View& view);
     QVariant (*readValue)(const QString& text);
+    /// Of a keyframe that there is, for one component.
+    KeyframeHandles (*handles)(const ParameterWithoutType& parameter, const KeyframeIndex& keyframe, int component);
 };
 
 } // namespace detail

@@ -7,6 +7,7 @@
 #include "prm/CompoundParameter.h"
 #include "prm/Explanation.h"
 #include "prm/KeyframeClipboard.h"
+#include "prm/KeyframeSelectionEdit.h"
 #include "prm/MoveKeyframeEdit.h"
 #include "prm/MovedParameter.h"
 #include "prm/NumericParameter.h"

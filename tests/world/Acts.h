@@ -155,6 +155,17 @@ inline void pasteSet(Command& command, P& own, P& other, const A& a) {
         copied.appendToCommand(set ? *set : *own.parentSet(), command, a.to.time, {a.view, a.to.view});
 }
 
+inline void changeSelected(Command& command, P& own, P& other, const A& a) {
+    KeyframeSelection selection;
+    selection.add(own, {a.at.time.toDouble(), a.to.time.toDouble(), true, true});
+    selection.add(other, a.view);
+    KeyframeChange change = KeyframeChange::moved(a.number - 4., {a.value});
+    if (a.kind == 4)
+        change = KeyframeChange::withHandles(HandleChange::automatic());
+    change.deletes = a.kind == 3;
+    command.push_back(new KeyframeSelectionEdit(selection, change));
+}
+
 inline AnimationState allViews() {
     return AnimationState(AnimationFlags(4));
 }
@@ -220,6 +231,7 @@ inline const std::vector<Act> commands = {
     ACT(add<ParameterReverseEdit>(c, own, a.span(), a.yes ? a.to.time : Time(Time::INVALID))),
     ACT(add<ParameterScaleValuesEdit>(c, own, a.span(), ValueScaling{a.number - 3., a.value, 1, a.kind - 3})),
     ACT(pasteSet(c, own, other, a)),
+    ACT(changeSelected(c, own, other, a)),
 };
 
 inline const Act& chosen(const std::vector<Act>& rows, Choices& choose) {
