@@ -13,15 +13,6 @@ using namespace Worlds;
 
 namespace {
 
-QString keysOf(const Number& number, quint32 view = 0) {
-    QString text;
-    for (unsigned int i = 0; i < number.keyframeCount(View(view)); ++i) {
-        const auto keyframe = number.keyframe(i, View(view));
-        text += QString("%1=%2 ").arg(keyframe.time.toDouble()).arg(keyframe.value);
-    }
-    return text;
-}
-
 KeyframeSelection selected(P& parameter, double from, double to) {
     KeyframeSelection selection;
     selection.add(parameter, {from, to, true, true});
@@ -69,9 +60,9 @@ TEST(Selection, IsChangedAsOneEdit) {
         ChangeRecorder ofY(&y);
         KeyframeSelectionEdit edit(selection, row.change);
         edit.doIt();
-        EXPECT_EQ(keysOf(x).toStdString(), row.keys);
-        EXPECT_EQ(keysOf(y), keysOf(x));
-        EXPECT_EQ(keysOf(x, 1), "1=5 ");
+        EXPECT_EQ(keyframesOf(x), row.keys);
+        EXPECT_EQ(keyframesOf(y), keyframesOf(x));
+        EXPECT_EQ(keyframesOf(x, 1), "1=5 ");
         EXPECT_EQ(ofX.take(), row.sent);
         EXPECT_EQ(ofY.take(), row.sent);
         edit.undoIt();
@@ -92,11 +83,11 @@ TEST(Selection, OfAPartTakesTheKeyframesThatAreKeyedTogether) {
     both.add(y, {9, 9, true, true});
     KeyframeSelectionEdit edit(both, KeyframeChange::moved(4, {1}));
     edit.doIt();
-    EXPECT_EQ(keysOf(x), "0=0 9=6 13=9 ");
-    EXPECT_EQ(keysOf(y), "0=0 9=0 13=1 ");
+    EXPECT_EQ(keyframesOf(x), "0=0 9=6 13=9 ");
+    EXPECT_EQ(keyframesOf(y), "0=0 9=0 13=1 ");
     edit.undoIt();
     KeyframeSelectionEdit(selected(x, 5, 9), KeyframeChange::deleted()).doIt();
-    EXPECT_EQ(keysOf(y), "0=0 ");
+    EXPECT_EQ(keyframesOf(y), "0=0 ");
 }
 
 /// Every preview is what the edit makes of the beginning; cancelling brings it back, committing makes the last one.
@@ -139,10 +130,11 @@ TEST(Selection, IsDraggedWhileObserversInterfere) {
     const auto drags = [](const std::function<void(Number&, std::unique_ptr<InteractiveKeyframeEdit>&)>& interfere) {
         auto number = std::make_unique<Number>("number");
         Number second("second");
-        key(*number, {{0, 1.}, {5, 2.}});
-        key(second, {{0, 1.}, {5, 2.}});
-        KeyframeSelection selection = selected(*number, 0, 0);
-        selection.add(second, {0, 0, true, true});
+        KeyframeSelection selection;
+        for (Number* const one : {number.get(), &second}) {
+            key(*one, {{0, 1.}, {5, 2.}});
+            selection.add(*one, {0, 0, true, true});
+        }
         ChangeRecorder recorder(number.get());
         auto drag = std::make_unique<InteractiveKeyframeEdit>(selection);
         bool isFirst = true;
@@ -153,16 +145,17 @@ TEST(Selection, IsDraggedWhileObserversInterfere) {
             if (number->scriptName() == "gone")
                 number.reset();
         };
-        QString result;
+        std::string result;
         try {
             result = drag->preview(KeyframeChange::moved(2)) ? "shown " : "refused ";
         } catch (int) {
             result = "thrown ";
         }
-        result += (number ? keysOf(*number) : QString("none ")) + keysOf(second);
+        const auto both = [&] { return (number ? keyframesOf(*number) : "none ") + keyframesOf(second); };
+        result += both();
         if (drag)
             drag->cancel();
-        return (result + "| " + (number ? keysOf(*number) : QString("none ")) + keysOf(second)).toStdString();
+        return result + "| " + both();
     };
     using Drag = std::unique_ptr<InteractiveKeyframeEdit>;
     EXPECT_EQ(drags([](Number&, Drag&) { throw 1; }), "thrown 0=1 5=2 0=1 5=2 | 0=1 5=2 0=1 5=2 ");

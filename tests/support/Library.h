@@ -62,6 +62,16 @@ template <class Writer> std::string lines(Writer& writer, const QString& prefix 
     return text.toStdString();
 }
 
+/// "time=value" of each keyframe.
+inline std::string keyframesOf(const Number& number, quint32 view = 0) {
+    QString text;
+    for (unsigned i = 0; i < number.keyframeCount(View(view)); ++i) {
+        const auto keyframe = number.keyframe(i, View(view));
+        text += QString("%1=%2 ").arg(keyframe.time.toDouble()).arg(keyframe.value);
+    }
+    return text.toStdString();
+}
+
 inline ProjectFileVersion version(quint32 number = StreamVersion::latest) {
     ProjectFileVersion version;
     version.streamVersion = number;
