@@ -5,6 +5,7 @@
 #include "prm/Export.h"
 #include "prm/Interpolation.h"
 #include "prm/ParameterWithoutType.h"
+#include "prm/Retiming.h"
 #include "prm/track/Place.h"
 
 #include <QPointer>
@@ -281,35 +282,6 @@ private:
     View m_view;
 };
 
-/// A mapping of time: keyframes from `first` to `last`, both included, move from t to
-/// `pivot + scale * (t - pivot) + shift`.
-///
-/// \snippet every_edit.cpp times
-/// \threads A plain value.
-struct PRM_EXPORT Retiming {
-    /// Moves all keyframes later by a number of frames.
-    static Retiming shifted(double frames);
-    /// Multiplies the distance of all keyframes from the pivot by a factor.
-    static Retiming scaled(double factor, Time pivot = Time());
-    /// The same mapping for the keyframes of a range only.
-    Retiming between(Time from, Time to) const;
-
-    /// Whether the scale is above 0 and all numbers are finite. Otherwise an edit with this mapping does nothing.
-    bool isUsable() const;
-    /// Whether the time is in the range.
-    bool concerns(Time time) const { return time >= first && time <= last; }
-    /// The time to which a keyframe of the range moves from this time.
-    Time operator()(Time time) const;
-    /// The same for any keyframe; outside the range, the same time.
-    Time moved(Time time) const;
-
-    Time first;
-    Time last;
-    Time pivot;
-    double scale = 1.0;
-    double shift = 0.0;
-};
-
 /// Moves a range of keyframes in every view with data; of a compound, those of each part. Curves keep their shape.
 ///
 /// The moved keyframes keep their order. A keyframe moved onto one that stays replaces it; of several moved to one time
@@ -354,10 +326,11 @@ private:
 /// \snippet every_edit.cpp times
 class PRM_EXPORT ParameterPasteKeyframesEdit : public ParameterSnapshotEdit {
 public:
-    /// With a valid `at`, all keyframes are shifted so that the first is at that time. With a valid `view`, all are
-    /// pasted into that view; otherwise each into the view that its line names.
+    /// With a valid `at`, all keyframes are shifted so that the first, or what is at `origin` if that is valid, comes
+    /// to that time. With a valid `view`, all are pasted into that view; otherwise each into the view that its line
+    /// names.
     ParameterPasteKeyframesEdit(ParameterWithoutType& parameter, const QString& text, Time at = Time(Time::INVALID),
-                                const View& view = View(View::INVALID()));
+                                const View& view = View(View::INVALID()), Time origin = Time(Time::INVALID));
     /// One sentence for each keyframe of the text that is not pasted because a later line has the same time and view.
     /// Throws as `doIt` does.
     QStringList losses() const;
@@ -373,6 +346,7 @@ protected:
 private:
     QString m_text;
     Time m_at;
+    Time m_origin;
     View m_view;
     /// The keyframes of the text, from `applies` to `apply`.
     std::vector<boost::shared_ptr<SerialisedKeyframe>> m_wanted;

@@ -77,6 +77,17 @@ class NumericParameterWithoutType;
 // prm/SerialisedKeyframe.h
 class SerialisedKeyframe;
 
+// prm/Retiming.h
+struct Retiming;
+
+// prm/KeyframeHandles.h
+struct HandlePoint;
+struct KeyframeHandles;
+struct HandleChange;
+
+// prm/KeyframeChange.h
+struct KeyframeChange; // what an edit does with selected keyframes
+
 // prm/ParameterEdits.h
 class ParameterEdit; // a change that can be undone; derived classes:
 class ParameterSnapshotEdit;
@@ -99,7 +110,6 @@ class ParameterAddConstrainedParameterEdit;
 class ParameterWithoutTypeHideEdit;
 class ParameterWithoutTypeLockEdit;
 class ParameterWithoutTypeUnconstrainEdit;
-struct Retiming;
 
 // prm/MoveKeyframeEdit.h
 class MoveKeyframeEdit;
@@ -115,6 +125,9 @@ class ParameterReverseEdit;
 class ParameterScaleValuesEdit;
 struct KeyframeSpan;
 struct ValueScaling;
+
+// prm/HandlesEdit.h
+class ParameterHandlesEdit; // and handles(), which returns them as points
 
 // prm/ParameterOptions.h
 // ParameterOption, ParameterOptions: Keyframed, Splittable, Locked, Hidden
@@ -151,6 +164,16 @@ class ParameterSet;
 
 // prm/CompoundParameter.h
 class CompoundParameter;
+
+// prm/KeyframeSelection.h
+class KeyframeSelection; // keyframes of several parameters
+
+// prm/KeyframeSelectionEdit.h
+class KeyframeSelectionEdit;
+class InteractiveKeyframeEdit; // drags a selection
+
+// prm/KeyframeClipboard.h
+class KeyframeClipboard; // copies and pastes them as text
 
 // prm/Extent.h
 class Extent; // where values may differ after a change

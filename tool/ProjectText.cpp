@@ -1,5 +1,6 @@
 #include "tool/ProjectText.h"
 
+#include "prm/KeyframeClipboard.h"
 #include "prm/ParameterSet.h"
 #include "tool/Progress.h"
 #include "tool/Streams.h"
@@ -34,12 +35,14 @@ ProjectText::ProjectText(const QByteArray& text) : m_text(text), m_nodes(1) {
 
 ProjectText::ProjectText(const QString& file) : ProjectText(readInput(file)) {
     const auto isKnown = [](const Line& line) { return line.key != Key::None; };
-    if (std::any_of(m_lines.begin(), m_lines.end(), isKnown))
+    const bool isCopied = Prm::KeyframeClipboard::isClipboardText(QString::fromUtf8(m_text.left(longestIndentation)));
+    if (!isCopied && std::any_of(m_lines.begin(), m_lines.end(), isKnown))
         return;
     const QByteArray start = m_text.left(longestIndentation).trimmed();
-    const char* const hint = start.startsWith('{') ? "; prm import reads animations (JSON)"
-                             : m_text.isEmpty()    ? ", it is empty"
-                                                   : "";
+    const char* const hint = isCopied                ? "; these are copied keyframes"
+                             : start.startsWith('{') ? "; prm import reads animations (JSON)"
+                             : m_text.isEmpty()      ? ", it is empty"
+                                                     : "";
     throw Problem("%1: not a project text%2", inputName(file), hint);
 }
 

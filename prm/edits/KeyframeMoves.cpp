@@ -48,6 +48,13 @@ SerialisedKeyframes serialised(const ParameterWithoutType& parameter, const View
     return keyframes;
 }
 
+QString exactLines(const ParameterWithoutType& parameter, const View& view, const std::vector<Time>& times) {
+    QString text;
+    for (const auto& keyframe : serialised(parameter, view, times))
+        text += keyframe->toExactString() + QLatin1Char('\n');
+    return text;
+}
+
 /// One shift is rounded to single precision; each further one takes away most of what is left.
 void shiftTo(SerialisedKeyframe& keyframe, Time time) {
     constexpr int mostShifts = 8;

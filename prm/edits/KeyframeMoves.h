@@ -3,6 +3,7 @@
 #include "prm/ParameterWithoutType.h"
 
 #include <QPointer>
+#include <QString>
 #include <boost/shared_ptr.hpp>
 
 #include <vector>
@@ -23,8 +24,14 @@ using SerialisedKeyframes = std::vector<boost::shared_ptr<SerialisedKeyframe>>;
 /// The times of a view's keyframes, in order.
 std::vector<Time> keyframeTimes(const ParameterWithoutType& parameter, const View& view);
 
+/// The parameters whose keyframes they are: the parts of a compound, each once, otherwise the parameter itself.
+std::vector<QPointer<ParameterWithoutType>> ownersOf(ParameterWithoutType& parameter);
+
 /// The keyframes of a view at these times.
 SerialisedKeyframes serialised(const ParameterWithoutType& parameter, const View& view, const std::vector<Time>& times);
+
+/// The keyframes of a view at these times as lines of project text with all digits.
+QString exactLines(const ParameterWithoutType& parameter, const View& view, const std::vector<Time>& times);
 
 /// Shifts a keyframe to exactly this time.
 void shiftTo(SerialisedKeyframe& keyframe, Time time);

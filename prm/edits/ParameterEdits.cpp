@@ -28,11 +28,7 @@ void ParameterSnapshotEdit::doIt() {
     m_former.reset();
     if (!edited() || !applies())
         return;
-    auto former = std::make_unique<detail::State>(takeState());
-    former->changeOrPutBack([this] { apply(); });
-    former->forgetUnchanged();
-    if (!former->equals())
-        m_former = std::move(former);
+    m_former = takeState().changed([this] { apply(); });
 }
 
 void ParameterSnapshotEdit::undoIt() {

@@ -1,9 +1,10 @@
 // Keyframes as text, copied and pasted.
 
 #include "prm/ParameterEdits.h"
+#include "prm/ParameterStrings.h"
 #include "prm/SerialisedKeyframe.h"
 #include "prm/edits/KeyframeMoves.h"
-#include "prm/text/NumberText.h"
+#include "prm/text/KeyframeText.h"
 
 #include <QStringList>
 
@@ -25,15 +26,6 @@ QString ofView(const QString& line, const View& view) {
     return view.toString() + rest;
 }
 
-/// The time that the line has, which reading rounds to single precision; none where it has no plain number.
-std::optional<double> exactTimeIn(const QString& line) {
-    const int start = line.indexOf(QLatin1String("Key("), 0, Qt::CaseInsensitive) + 4;
-    const int end = line.indexOf(QLatin1Char(','), start);
-    bool isNumber = false;
-    const double time = detail::toDouble(QStringView(line).mid(start, end - start).trimmed(), &isNumber);
-    return start >= 4 && end > start && isNumber ? std::optional<double>(time) : std::nullopt;
-}
-
 struct Line {
     boost::shared_ptr<SerialisedKeyframe> keyframe;
     /// Of the part, in the text of a compound.
@@ -49,16 +41,17 @@ bool isEarlier(const Line& a, const Line& b) {
     return timeOf(a) < timeOf(b);
 }
 
+/// With the names of the parts that it is in.
 QString nameIn(const QString& line) {
     QString rest = line;
     View view;
     View::extractStringPrefix(rest, view);
-    return rest.left(rest.indexOf(QLatin1Char('.')));
+    return rest.left(rest.indexOf(ParameterStrings::keyframes + QLatin1String(".append("), 0, Qt::CaseInsensitive));
 }
 
 /// Reading rounds to single precision; here the time is what the line has.
 void takeExactTime(SerialisedKeyframe& keyframe, const QString& line) {
-    const std::optional<double> exact = exactTimeIn(line);
+    const std::optional<double> exact = detail::exactTimeIn(line);
     const Time read = keyframe.context().time;
     if (exact && read.isValid() && static_cast<double>(static_cast<float>(*exact)) == read.toDouble())
         detail::shiftTo(keyframe, Time::fromDouble(*exact));
@@ -83,14 +76,11 @@ std::vector<Line> parsed(const ParameterWithoutType& parameter, const QString& t
     return lines;
 }
 
-/// Moves all so that the first comes to the time.
-void moveTo(const std::vector<Line>& lines, Time at) {
-    const auto first = std::min_element(lines.begin(), lines.end(), isEarlier);
-    if (first == lines.end())
-        return;
-    const double shift = at.toDouble() - timeOf(*first).toDouble();
+/// Moves all so that what is at one time comes to another.
+void move(const std::vector<Line>& lines, Time from, Time to) {
+    const double shift = to.toDouble() - from.toDouble();
     for (const Line& line : lines) {
-        const Time target = timeOf(line) + shift;
+        const Time target = timeOf(line) == from ? to : timeOf(line) + shift;
         if (!target.isValid())
             throw std::runtime_error("A keyframe would come after the last time");
         detail::shiftTo(*line.keyframe, target);
@@ -98,36 +88,34 @@ void moveTo(const std::vector<Line>& lines, Time at) {
 }
 
 /// The keyframes of a text as they shall be, in order of time.
-std::vector<Line> pasted(const ParameterWithoutType& parameter, const QString& text, Time at, const View& view) {
+std::vector<Line> pasted(const ParameterWithoutType& parameter, const QString& text, Time at, const View& view,
+                         Time origin) {
     std::vector<Line> lines = parsed(parameter, text, view);
-    if (at.isValid())
-        moveTo(lines, at);
     std::stable_sort(lines.begin(), lines.end(), isEarlier);
+    if (at.isValid() && !lines.empty())
+        move(lines, origin.isValid() ? origin : timeOf(lines.front()), at);
     return lines;
 }
 
 } // namespace
 
 ParameterPasteKeyframesEdit::ParameterPasteKeyframesEdit(ParameterWithoutType& parameter, const QString& text, Time at,
-                                                         const View& view)
-    : ParameterSnapshotEdit(&parameter), m_text(text), m_at(at), m_view(view) {}
+                                                         const View& view, Time origin)
+    : ParameterSnapshotEdit(&parameter), m_text(text), m_at(at), m_origin(origin), m_view(view) {}
 
 QString ParameterPasteKeyframesEdit::textOf(const ParameterWithoutType& parameter, const View& view, Time first,
                                             Time last) {
     std::vector<Time> times = detail::keyframeTimes(parameter, view);
     times.erase(std::remove_if(times.begin(), times.end(), [=](Time time) { return time < first || time > last; }),
                 times.end());
-    QString text;
-    for (const auto& keyframe : detail::serialised(parameter, view, times))
-        text += keyframe->toExactString() + QLatin1Char('\n');
-    return text;
+    return detail::exactLines(parameter, view, times);
 }
 
 QStringList ParameterPasteKeyframesEdit::losses() const {
     QStringList losses;
     if (!parameter())
         return losses;
-    const std::vector<Line> lines = pasted(*parameter(), m_text, m_at, m_view);
+    const std::vector<Line> lines = pasted(*parameter(), m_text, m_at, m_view, m_origin);
     std::set<std::tuple<Time, View, QString>> later;
     for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
         if (!later.emplace(timeOf(*line), line->keyframe->context().view, line->name).second)
@@ -140,7 +128,7 @@ bool ParameterPasteKeyframesEdit::applies() {
     if (!parameter()->isKeyframed() || m_text.isEmpty())
         return false;
     m_wanted.clear();
-    for (Line& line : pasted(*parameter(), m_text, m_at, m_view))
+    for (Line& line : pasted(*parameter(), m_text, m_at, m_view, m_origin))
         m_wanted.push_back(std::move(line.keyframe));
     return !m_wanted.empty();
 }

@@ -6,6 +6,7 @@
 #include "prm/Answers.h"
 #include "prm/Parameter.h"
 #include "prm/track/CanonicalTrack.h"
+#include "prm/track/HandleShaping.h"
 #include "prm/untyped/UntypedAnswers.h"
 
 #include <typeinfo>
@@ -68,6 +69,27 @@ template <class T> auto Parameter<T>::keyframesIn(const View& view, const TimeSp
     });
 }
 
+namespace detail {
+
+/// Those of a keyframe, as points of one component's curve; none if there is no such keyframe.
+template <class T>
+KeyframeHandles handlesOf(const Parameter<T>& parameter, const KeyframeIndex& keyframe, int component) {
+    if constexpr (blends<T>) {
+        const quint32 count = parameter.keyframeCount(keyframe.view);
+        if (keyframe.index >= count || component < 0 || component >= ValueType<T>::componentCount)
+            return {};
+        const quint32 first = keyframe.index > 0 ? keyframe.index - 1 : 0;
+        QVector<KeyframeData<T>> around;
+        for (quint32 i = first; i < count && i <= keyframe.index + 1; ++i)
+            around.append(parameter.keyframe(i, keyframe.view));
+        return handlesAt(around, static_cast<int>(keyframe.index - first), component);
+    } else {
+        return {};
+    }
+}
+
+} // namespace detail
+
 template <class T> const detail::UntypedAnswers& detail::UntypedAnswers::ofType() {
     using Untyped = ParameterWithoutType;
     static const auto typed = [](const Untyped& parameter) -> const Parameter<T>& {
@@ -87,6 +109,16 @@ template <class T> const detail::UntypedAnswers& detail::UntypedAnswers::ofType(
         },
         [](Bsc::Hash& hash, const Untyped& parameter, const Context& context) {
             addConstant(hash, typed(parameter).value(context));
+        },
+        [] { return ValueType<T>::name(); },
+        [](const Untyped& parameter, const View& view) {
+            QString text;
+            ValueType<T>::write(text, typed(parameter).keyframeValue(0, view));
+            return text;
+        },
+        [](const QString& text) { return ValueType<T>::toVariant(ValueType<T>::read(text)); },
+        [](const Untyped& parameter, const KeyframeIndex& keyframe, int component) {
+            return detail::handlesOf(typed(parameter), keyframe, component);
         },
     };
     return answers;

@@ -12,6 +12,7 @@
 #include "prm/track/Simplification.h"
 #include "prm/track/Smoothing.h"
 #include "prm/track/ValueMapping.h"
+#include "prm/track/SelectionShaping.h"
 #include "prm/untyped/KeyframeReshaper.h"
 
 #include <algorithm>
@@ -75,8 +76,11 @@ public:
         return refusal;
     }
     void restart() override {
-        for (OfView& one : m_ofViews)
+        for (OfView& one : m_ofViews) {
+            one.isNew = !m_own.m_views.findRealViewData(one.view);
+            one.present = m_own.m_views.resolve(one.view);
             one.now = one.first;
+        }
     }
     detail::Places places() const override {
         detail::Places all;
@@ -101,7 +105,7 @@ public:
         const detail::LifeGuard guard(m_own);
         const std::optional<typename Differences::Assigned> difference = std::move(m_difference);
         m_difference.reset();
-        if (m_isAssigned)
+        if (std::exchange(m_isAssigned, false))
             return ParameterChange::assigned(m_own, *difference);
         for (Moved& moved : std::exchange(m_moved, {})) {
             if (guard.alive())

@@ -1,5 +1,6 @@
 #include "prm/ProjectFile.h"
 
+#include "prm/KeyframeClipboard.h"
 #include "prm/ParameterSet.h"
 #include "prm/ParameterWithoutType.h"
 #include "prm/StaticParameter.h"
@@ -23,6 +24,9 @@
 namespace Prm {
 
 namespace {
+
+/// More than the first line of copied keyframes needs.
+constexpr int longestTitle = 32;
 
 QString textOf(const QByteArray& line) {
     return detail::ProjectLine{0, line.constData(), line.size()}.text();
@@ -143,7 +147,7 @@ bool ProjectFile::isLoadable(const QByteArray& text) {
     if (!m_report.isEmpty())
         return fail(QStringLiteral("line %1: conflict marker of version control: %2")
                         .arg(QString::number(m_report.front().lineNumber), m_report.front().text));
-    if (isProjectText)
+    if (isProjectText && !KeyframeClipboard::isClipboardText(QString::fromUtf8(text.left(longestTitle))))
         return true;
     report(1, QString(), ProjectFileFinding::NoProjectText);
     return fail(QStringLiteral("no project text"));

@@ -46,6 +46,28 @@ private:
 
 MalformedKeyframe::~MalformedKeyframe() = default;
 
+QString exactName(Interpolation kind) {
+    if (kind < Interpolation::Custom0)
+        return qstrInterpolationTypeString(kind);
+    const auto number = static_cast<quint32>(kind) - static_cast<quint32>(Interpolation::Custom0);
+    return ParameterStrings::custom + QString::number(number);
+}
+
+QString exactName(Extrapolation kind) {
+    if (kind < Extrapolation::Custom0)
+        return qstrExtrapolationTypeString(kind);
+    const auto number = static_cast<quint32>(kind) - static_cast<quint32>(Extrapolation::Custom0);
+    return ParameterStrings::custom + QString::number(number);
+}
+
+std::optional<double> exactTimeIn(QStringView line) {
+    const auto start = line.indexOf(QLatin1String("Key("), 0, Qt::CaseInsensitive) + 4;
+    const auto end = line.indexOf(QLatin1Char(','), start);
+    bool isNumber = false;
+    const double time = toDouble(line.mid(start, std::max<qsizetype>(end - start, 0)).trimmed(), &isNumber);
+    return start >= 4 && end > start && isNumber ? std::optional<double>(time) : std::nullopt;
+}
+
 Time readTime(QStringView text) {
     bool isNumber = false;
     const float number = toFloat(text, &isNumber);
@@ -75,7 +97,8 @@ void writeKeyframe(QString& text, View view, Time time, const QString& value, co
     } else {
         characters.add(separator);
         characters.addTo(text);
-        text += qstrInterpolationTypeString(itype.interpolation);
+        text +=
+            digits == Digits::All ? exactName(itype.interpolation) : qstrInterpolationTypeString(itype.interpolation);
     }
     characters.add(QLatin1String(" ) )"));
     characters.addTo(text);

@@ -3,6 +3,7 @@
 #include "prm/Easing.h"
 #include "prm/Time.h"
 #include "prm/track/Place.h"
+#include "prm/track/SelectedKeyframes.h"
 
 #include <variant>
 #include <vector>
@@ -73,7 +74,9 @@ struct Reshaping {
     /// Whether a view without data gets those that it shows.
     bool givesData() const { return std::holds_alternative<KeyInsertion>(act) || std::holds_alternative<Baking>(act); }
 
-    std::variant<KeyInsertion, SegmentEasing, Simplification, Baking, Smoothing, Reversal, ValueMapping> act;
+    std::variant<KeyInsertion, SegmentEasing, Simplification, Baking, Smoothing, Reversal, ValueMapping,
+                 SelectedKeyframes>
+        act;
 };
 
 } // namespace Prm::detail

@@ -6,6 +6,7 @@
 #include "prm/untyped/Restoring.h"
 
 #include <QDebug>
+#include <QHash>
 #include <QSet>
 
 #include <algorithm>
@@ -122,12 +123,33 @@ bool State::Kept::equals() const {
     return sameVariants(value, parameter->variantValue(Context(Time::INVALID), std::nothrow));
 }
 
-State::State(BasicParameter& edited, const Places& places) {
-    const Reach reach(edited);
-    const Places reached = reach.reached(places);
-    m_kept.push_back(Kept::of(edited, reached));
-    for (ParameterWithoutType* const other : reach.others())
-        m_kept.push_back(Kept::of(*other, reached));
+State::State(BasicParameter& edited, const Places& places) : State(EditedPlaces{{&edited, places}}) {}
+
+State::State(const EditedPlaces& edited) {
+    EditedPlaces concerned;
+    QHash<const BasicParameter*, std::size_t> positions;
+    const auto add = [&](BasicParameter& parameter, const Places& places) {
+        const std::size_t position = positions.value(&parameter, concerned.size());
+        if (position == concerned.size()) {
+            positions.insert(&parameter, position);
+            concerned.emplace_back(&parameter, places);
+            return;
+        }
+        Places& all = concerned[position].second;
+        if (places.empty() || all.empty())
+            all.clear();
+        else
+            all.insert(all.end(), places.begin(), places.end());
+    };
+    for (const auto& [parameter, places] : edited) {
+        const Reach reach(*parameter);
+        const Places reached = reach.reached(places);
+        add(*parameter, reached);
+        for (ParameterWithoutType* const other : reach.others())
+            add(*other, reached);
+    }
+    for (const auto& [parameter, places] : concerned)
+        m_kept.push_back(Kept::of(*parameter, places));
 }
 
 std::vector<ParameterWithoutType*> State::keyedTogether(BasicParameter& edited) {

@@ -8,7 +8,9 @@
 #include <QVariant>
 #include <boost/shared_ptr.hpp>
 
+#include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace Prm::detail {
@@ -36,7 +38,12 @@ private:
 /// because a compound keys them together. Parameters that were deleted since are skipped.
 class State {
 public:
+    /// The parameters that an edit changes, and where.
+    using EditedPlaces = std::vector<std::pair<BasicParameter*, Places>>;
+
     State(BasicParameter& edited, const Places& places);
+    /// Of several parameters. There must be one.
+    explicit State(const EditedPlaces& edited);
     /// Of the whole parameter and its link to a master.
     static State withMaster(ParameterWithoutType& edited);
 
@@ -51,6 +58,17 @@ public:
     const std::optional<MasterLink>& link() const { return m_link; }
     /// The compounds that key their parts together among those that a change of the parameter leads to.
     static std::vector<ParameterWithoutType*> keyedTogether(BasicParameter& edited);
+
+    /// Changes something, and returns what undoes it; null if nothing differs then. When that throws, puts this state
+    /// back before the exception goes on.
+    template <class Change> std::unique_ptr<const State> changed(const Change& change) && {
+        auto former = std::make_unique<State>(std::move(*this));
+        former->changeOrPutBack(change);
+        former->forgetUnchanged();
+        if (former->equals())
+            former.reset();
+        return former;
+    }
 
     /// Changes something; when that throws, puts this state back before the exception goes on. What observers throw
     /// meanwhile is dropped, for the first exception is under way.

@@ -119,28 +119,7 @@ TEST(Edits, OfStaticParametersComeBack) {
     EXPECT_EQ(text.value(), "old");
 }
 
-/// "time=value" of each keyframe.
-std::string keyframesOf(const Number& number, quint32 view) {
-    QString text;
-    for (unsigned i = 0; i < number.keyframeCount(View(view)); ++i) {
-        const auto keyframe = number.keyframe(i, View(view));
-        text += QString("%1=%2 ").arg(keyframe.time.toDouble()).arg(keyframe.value);
-    }
-    return text.toStdString();
-}
-
-// Retiming is in tests/data/tool/editing.session.
-TEST(Edits, PastingDoesWhatItSays) {
-    const QString pasted =
-        "view[2].keyframes.append( Key( 1, 5, Linear ) )\nkeyframes.append( Key( 10, 8, Constant ) )\n";
-    Exhibits world;
-    P& own = *world.parameter(Keyed);
-    ParameterPasteKeyframesEdit(own, pasted).doIt();
-    EXPECT_EQ(keyframesOf(world.number(Keyed), 2), "1=5 ");
-    ParameterPasteKeyframesEdit(own, pasted, Time::fromInt(6), View(1)).doIt();
-    EXPECT_EQ(keyframesOf(world.number(Keyed), 1), "5=7 6=5 15=8 ");
-}
-
+// Retiming is in tests/data/tool/editing.session, pasting into views in tests/set/clipboard_test.cpp.
 TEST(Edits, RetimingMapsEachPartOnceInEachOfItsViews) {
     for (const bool together : {false, true}) {
         CompoundParameter both("both", together);

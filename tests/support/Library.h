@@ -6,6 +6,8 @@
 #include "prm/AnimationState.h"
 #include "prm/CompoundParameter.h"
 #include "prm/Explanation.h"
+#include "prm/KeyframeClipboard.h"
+#include "prm/KeyframeSelectionEdit.h"
 #include "prm/MoveKeyframeEdit.h"
 #include "prm/MovedParameter.h"
 #include "prm/NumericParameter.h"
@@ -57,6 +59,16 @@ template <class Writer> std::string lines(Writer& writer, const QString& prefix 
     QString text;
     QTextStream stream(&text);
     writer.bStreamOut(stream, prefix, with);
+    return text.toStdString();
+}
+
+/// "time=value" of each keyframe.
+inline std::string keyframesOf(const Number& number, quint32 view = 0) {
+    QString text;
+    for (unsigned i = 0; i < number.keyframeCount(View(view)); ++i) {
+        const auto keyframe = number.keyframe(i, View(view));
+        text += QString("%1=%2 ").arg(keyframe.time.toDouble()).arg(keyframe.value);
+    }
     return text.toStdString();
 }
 

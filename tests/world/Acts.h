@@ -144,6 +144,28 @@ inline void addPaste(Command& command, P& own, P& other, const A& a) {
     add<ParameterPasteKeyframesEdit>(command, own, a.yes ? text : text + "x", a.to.time, a.to.view);
 }
 
+inline void pasteSet(Command& command, P& own, P& other, const A& a) {
+    KeyframeSelection selection;
+    selection.add(other);
+    if (own.parentSet())
+        selection.addSet(*own.parentSet(), TimeSpan::at(a.at.time));
+    const KeyframeClipboard copied(KeyframeClipboard::textOf(selection, ParameterSet()));
+    ParameterSet* const set = dynamic_cast<ParameterSet*>(&own);
+    if (set || own.parentSet())
+        copied.appendToCommand(set ? *set : *own.parentSet(), command, a.to.time, {a.view, a.to.view});
+}
+
+inline void changeSelected(Command& command, P& own, P& other, const A& a) {
+    KeyframeSelection selection;
+    selection.add(own, {a.at.time.toDouble(), a.to.time.toDouble(), true, true});
+    selection.add(other, a.view);
+    KeyframeChange change = KeyframeChange::moved(a.number - 4., {a.value});
+    if (a.kind == 4)
+        change = KeyframeChange::withHandles(HandleChange::automatic());
+    change.deletes = a.kind == 3;
+    command.push_back(new KeyframeSelectionEdit(selection, change));
+}
+
 inline AnimationState allViews() {
     return AnimationState(AnimationFlags(4));
 }
@@ -208,6 +230,8 @@ inline const std::vector<Act> commands = {
     ACT(add<ParameterSmoothEdit>(c, own, a.span(), a.number, a.value / 4, 2)),
     ACT(add<ParameterReverseEdit>(c, own, a.span(), a.yes ? a.to.time : Time(Time::INVALID))),
     ACT(add<ParameterScaleValuesEdit>(c, own, a.span(), ValueScaling{a.number - 3., a.value, 1, a.kind - 3})),
+    ACT(pasteSet(c, own, other, a)),
+    ACT(changeSelected(c, own, other, a)),
 };
 
 inline const Act& chosen(const std::vector<Act>& rows, Choices& choose) {

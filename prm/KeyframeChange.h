@@ -1,0 +1,42 @@
+#pragma once
+
+#include "prm/Export.h"
+#include "prm/Interpolation.h"
+#include "prm/KeyframeHandles.h"
+#include "prm/Retiming.h"
+
+#include <optional>
+#include <vector>
+
+namespace Prm {
+
+/// What an edit of a selection does with each keyframe, in this order: values, shape, handles, and then deletion or new
+/// times. Any of them may be combined.
+///
+/// \snippet selection.cpp edit
+/// \threads A plain value.
+struct PRM_EXPORT KeyframeChange {
+    /// Moves keyframes by a number of frames, and each component of their values by a number. Components that are not
+    /// given stay.
+    static KeyframeChange moved(double frames, const std::vector<double>& values = {});
+    /// Maps the times of those that are in the range of the mapping.
+    static KeyframeChange retimed(const Retiming& retiming);
+    /// Multiplies the distance of each component from a value by a factor.
+    static KeyframeChange scaledValues(double factor, double pivot = 0.0);
+    /// Gives the segments that start at the keyframes a kind and a shape.
+    static KeyframeChange shaped(const IType& shape);
+    /// Changes the handles of each keyframe.
+    static KeyframeChange withHandles(const HandleChange& change);
+    /// Deletes the keyframes. If a view has none left, the value of the last one becomes its static value.
+    static KeyframeChange deleted();
+
+    std::vector<double> valueShift;
+    double valueScale = 1.0;
+    double valuePivot = 0.0;
+    std::optional<IType> shape;
+    std::optional<HandleChange> handles;
+    std::optional<Retiming> retiming;
+    bool deletes = false;
+};
+
+} // namespace Prm

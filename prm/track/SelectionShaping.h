@@ -1,0 +1,141 @@
+#pragma once
+
+#include "prm/track/HandleShaping.h"
+#include "prm/track/KeyframeStretch.h"
+#include "prm/track/Place.h"
+#include "prm/track/ReshapedTrack.h"
+#include "prm/track/SelectedKeyframes.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace Prm::detail {
+
+/// Changes the selected keyframes of one view. Each step returns why it is refused, or null.
+template <class T> class SelectionShaper {
+public:
+    SelectionShaper(ReshapedTrack<T>& track, const SelectedKeyframes& act) : m_track(track), m_act(act) {}
+
+    const char* shape() {
+        for (const auto step : {&SelectionShaper::changeValues, &SelectionShaper::changeShapes,
+                                &SelectionShaper::changeAllHandles, &SelectionShaper::changeTimes}) {
+            if (const char* const refusal = (this->*step)())
+                return refusal;
+        }
+        return nullptr;
+    }
+
+private:
+    using Keyframes = QVector<KeyframeData<T>>;
+
+    static constexpr const char* isOutOfRange = "a keyframe would come to a time that is out of range";
+    static constexpr const char* isUnusable = "the numbers are not usable";
+
+    Keyframes& keyframes() { return m_track.now.keyframes; }
+    template <class Act> void forEachSelected(const Act& act) {
+        for (const Time time : *m_act.selected) {
+            const int position = positionAt(keyframes(), time);
+            if (position >= 0)
+                act(keyframes()[position]);
+        }
+    }
+    static bool isIn(const SelectedKeyframes::Times& times, Time time) {
+        return std::binary_search(times->begin(), times->end(), time);
+    }
+
+    const char* changeValues() {
+        const KeyframeChange& change = m_act.change;
+        if (change.valueScale == 1.0 && change.valueShift.empty())
+            return nullptr;
+        if constexpr (blends<T>) {
+            bool isFinite = true;
+            forEachSelected([&](KeyframeData<T>& keyframe) {
+                auto numbers = Components<T>::of(keyframe.value);
+                for (std::size_t i = 0; i < numbers.size(); ++i) {
+                    const double former = numbers[i];
+                    numbers[i] = changed(former, i < change.valueShift.size() ? change.valueShift[i] : 0.0);
+                    isFinite = isFinite && (std::isfinite(numbers[i]) || !std::isfinite(former));
+                }
+                keyframe.value = Components<T>::value(numbers);
+            });
+            return isFinite ? nullptr : isNotFinite;
+        } else {
+            return "values of its type do not blend";
+        }
+    }
+    double changed(double value, double shift) const {
+        const KeyframeChange& change = m_act.change;
+        const double scaled =
+            change.valueScale == 1.0 ? value : change.valuePivot + change.valueScale * (value - change.valuePivot);
+        return scaled + shift;
+    }
+
+    const char* changeShapes() {
+        if (const auto& shape = m_act.change.shape)
+            forEachSelected([&](KeyframeData<T>& keyframe) { keyframe.interpolationData = *shape; });
+        return nullptr;
+    }
+
+    const char* changeAllHandles() {
+        const char* refusal = nullptr;
+        if (const auto& handles = m_act.change.handles) {
+            for (const Time time : *m_act.selected)
+                refusal = refusal ? refusal : changeHandles(m_track, time, *handles);
+        }
+        return refusal;
+    }
+
+    const char* changeTimes() {
+        if (m_act.change.deletes)
+            return deleteAll();
+        return m_act.change.retiming ? retime(*m_act.change.retiming) : nullptr;
+    }
+    const char* deleteAll() {
+        Keyframes& list = keyframes();
+        if (list.isEmpty() || m_act.together->empty())
+            return nullptr;
+        const T last = list.constLast().value;
+        KeyframeStretch<T> stretch{m_act.together->front(), m_act.together->back(), {}};
+        stretch.fill(list);
+        Keyframes& kept = stretch.keyframes;
+        const auto isSelected = [&](const KeyframeData<T>& keyframe) { return isIn(m_act.together, keyframe.time); };
+        kept.erase(std::remove_if(kept.begin(), kept.end(), isSelected), kept.end());
+        stretch.putBack(list);
+        if (list.isEmpty())
+            m_track.now.staticValue = last;
+        return nullptr;
+    }
+    const char* retime(const Retiming& retiming) {
+        if (!retiming.isUsable())
+            return isUnusable;
+        // Project text has times in single precision.
+        constexpr auto farthest = static_cast<double>(std::numeric_limits<float>::max());
+        KeyframeStretch<T> stretch{Time(Time::LAST), Place::earliest(), {}};
+        for (const Time time : *m_act.together) {
+            if (positionAt(keyframes(), time) < 0)
+                continue;
+            const Time target = retiming.moved(time);
+            if (!target.isValid() || target.toDouble() < -farthest)
+                return isOutOfRange;
+            stretch.first = std::min({stretch.first, time, target});
+            stretch.last = std::max({stretch.last, time, target});
+        }
+        if (stretch.last < stretch.first)
+            return nullptr;
+        stretch.fill(keyframes());
+        stretch.keyframes = retimed(
+            stretch.keyframes, [&](Time time) { return isIn(m_act.together, time) ? retiming.moved(time) : time; });
+        stretch.putBack(keyframes());
+        return nullptr;
+    }
+
+    ReshapedTrack<T>& m_track;
+    const SelectedKeyframes& m_act;
+};
+
+template <class T> const char* reshape(ReshapedTrack<T>& track, const SelectedKeyframes& act) {
+    return SelectionShaper<T>(track, act).shape();
+}
+
+} // namespace Prm::detail
