@@ -253,8 +253,7 @@ private:
     friend class detail::ShownState;
     friend struct detail::UntypedAnswers;
     friend class detail::KeyframeReshaper;
-    /// This object as a `Parameter` of the value type, null for another type; faster than a cast. For the types in
-    /// `prm/untyped` that are found by type, those of the value type. New virtual operations come last.
+    /// This object as a `Parameter` of the value type, or what `prm/untyped` finds by type; null for another type.
     virtual const void* asTyped(const std::type_info& valueType) const;
     /// `setFromScriptString` of a text that outlives the call, which needs no copy unless a class overrides reading.
     bool readLine(QStringView line, const ProjectFileVersion& version);
