@@ -27,6 +27,7 @@ int plot(Arguments& arguments);
 int compare(Arguments& arguments);
 int check(Arguments& arguments);
 int setValue(Arguments& arguments);
+int setInterpolation(Arguments& arguments);
 int deleteKeyframes(Arguments& arguments);
 int moveKeyframes(Arguments& arguments);
 int retime(Arguments& arguments);

@@ -18,7 +18,7 @@ namespace {
 QString help() {
     QString text = "Usage: prm COMMAND [ARGUMENTS]\n\nLooks into project texts of animated parameters.\n\nCommands:\n";
     for (const Command& command : commands())
-        text += message("  %1%2\n", QString(command.name).leftJustified(9), command.purpose);
+        text += message("  %1%2\n", QString(command.name).leftJustified(14), command.purpose);
     return text + "\nprm COMMAND --help says more, with an example. '-' is standard input.\n"
                   "Exit codes: 0 fine, 1 findings, differences or losses, 2 wrong use or a file that cannot be read.\n";
 }

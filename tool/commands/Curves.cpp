@@ -49,7 +49,7 @@ int insertKeyframe(Arguments& arguments) {
         .option("view", "Only in this view; in all unless given.", "N")
         .option("strict", "Refuses where the curve needs more keyframes than one.");
     declareOutput(arguments);
-    arguments.example("prm key project.prm blur.size --at 12 --in-place");
+    arguments.example("prm insert project.prm blur.size --at 12 --in-place");
     if (!arguments.read())
         return Fine;
     if (!arguments.has("at"))

@@ -2,41 +2,55 @@
 #include "tool/Commands.h"
 #include "tool/Frames.h"
 #include "tool/edit/Editing.h"
+#include "tool/edit/Reshaping.h"
 
 namespace Tool {
 
 namespace {
 
 /// Without keyframes, a parameter needs a value that the file can hold.
-void deleteAll(FileParameter::Data& data, Prm::View view) {
+void keepValue(FileParameter::Data& data, Prm::View view) {
     const unsigned int count = data.keyframeCount(view);
     if (count > 0 && data.staticValue(view).text.isNull())
         data.vSetValue({data.keyframeValue(count - 1, view).text}, {Prm::Time::INVALID, view});
-    Prm::ParameterDeleteAllKeysEdit(data, view).doIt();
+}
+
+void deleteSpan(FileParameter::Data& data, const Prm::KeyframeSpan& span, Prm::View view) {
+    std::vector<Prm::Time> times;
+    for (unsigned int i = 0; i < data.keyframeCount(view); ++i) {
+        const Prm::Time time = data.keyframeTime(i, view).time;
+        if (time >= span.first && time <= span.last)
+            times.push_back(time);
+    }
+    if (times.size() == data.keyframeCount(view)) {
+        keepValue(data, view);
+        Prm::ParameterDeleteAllKeysEdit(data, view).doIt();
+        return;
+    }
+    for (const Prm::Time time : times)
+        Prm::ParameterDeleteKeyEdit(data, {time, view}).doIt();
 }
 
 } // namespace
 
 int deleteKeyframes(Arguments& arguments) {
     Project::declareWithPatterns(arguments);
-    arguments.option("at", "The frame of the keyframe.", "FRAME")
-        .option("all", "All keyframes. Leaves the value that counts without them, or the last one.")
-        .option("view", "Only in this view; in all unless given.", "N");
-    declareOutput(arguments);
-    arguments.example("prm delete project.prm blur --at 10 -o fewer.prm");
+    arguments.option("at", "The keyframe at this frame.", "FRAME")
+        .option("all", "All keyframes. Leaves the value that counts without them, or the last one.");
+    declareSpan(arguments);
+    arguments.example("prm delete project.prm blur --from 10 --to 20 -o fewer.prm");
     if (!arguments.read())
         return Fine;
-    const bool isOne = arguments.hasFirstOf("at", "all");
-    const Prm::Time time = timeOption(arguments, "at");
-    const Prm::View only = viewOption(arguments, Prm::View::INVALID());
+    const bool hasSpan = arguments.has("from") || arguments.has("to");
+    if (int(arguments.has("at")) + int(arguments.has("all")) + int(hasSpan) != 1)
+        throw WrongUse("either --at, or --from and --to, or --all is needed");
+    Prm::KeyframeSpan span = spanOption(arguments);
+    if (arguments.has("at"))
+        span.first = span.last = timeOption(arguments, "at");
     return editProject(arguments, arguments.patterns(), [&](const FileParameter& parameter) {
         for (const Prm::View view : std::vector<Prm::View>(parameter.data().viewList())) {
-            if (only.isValid() && view != only)
-                continue;
-            if (isOne)
-                Prm::ParameterDeleteKeyEdit(parameter.data(), {time, view}).doIt();
-            else
-                deleteAll(parameter.data(), view);
+            if (!span.view.isValid() || view == span.view)
+                deleteSpan(parameter.data(), span, view);
         }
     });
 }

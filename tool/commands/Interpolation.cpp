@@ -1,0 +1,43 @@
+#include "prm/Interpolation.h"
+
+#include "prm/ParameterEdits.h"
+#include "tool/Commands.h"
+#include "tool/Frames.h"
+#include "tool/edit/Editing.h"
+#include "tool/edit/Reshaping.h"
+
+namespace Tool {
+
+namespace {
+
+Prm::Interpolation kindOption(const Arguments& arguments) {
+    for (const Prm::Interpolation kind :
+         {Prm::Interpolation::Constant, Prm::Interpolation::Linear, Prm::Interpolation::Bezier}) {
+        if (kindText(kind).compare(arguments.value("as"), Qt::CaseInsensitive) == 0)
+            return kind;
+    }
+    throw WrongUse("--as is constant, linear or bezier");
+}
+
+} // namespace
+
+int setInterpolation(Arguments& arguments) {
+    Project::declareWithPatterns(arguments);
+    arguments.option("as", "The kind: constant, linear or bezier. A segment that has it already keeps its shape.",
+                     "KIND");
+    declareSpan(arguments);
+    arguments.example("prm interpolation project.prm blur.size --as linear --in-place");
+    if (!arguments.read())
+        return Fine;
+    const Prm::Interpolation kind = kindOption(arguments);
+    const Prm::KeyframeSpan span = spanOption(arguments);
+    return editProject(arguments, arguments.patterns(), [&](const FileParameter& parameter) {
+        for (const Prm::Context& key : parameter.data().allKeyframes()) {
+            const bool isInView = !span.view.isValid() || key.view == span.view;
+            if (isInView && key.time >= span.first && key.time <= span.last)
+                Prm::ParameterInterpolationEdit(parameter.data(), kind, key).doIt();
+        }
+    });
+}
+
+} // namespace Tool
