@@ -31,7 +31,7 @@ QHash<QString, int> pictures;
 
 int pictureOf(const Prm::BasicParameter& shown, const Context& at) {
     Bsc::Hash hash;
-    Prm::hashRange(hash, shown, at.view, TimeSpan::at(at.time));
+    Prm::hashAt(hash, shown, at);
     const QString key = hash.result().toString();
     if (!pictures.contains(key))
         pictures[key] = pictures.size();

@@ -6,15 +6,9 @@
 #include "prm/Answers.h"
 #include "tests/world/World.h"
 
-#include <algorithm>
-#include <cmath>
-#include <limits>
 #include <random>
-#include <vector>
 
 namespace Worlds {
-
-constexpr double infinity = std::numeric_limits<double>::infinity();
 
 template <class T> class Asked {
 public:

@@ -16,14 +16,10 @@ namespace Worlds {
 struct ObserverThrows {};
 
 /// With PRM_FUZZ_TRACE in the environment, each act is printed.
-template <class... More> void trace(const char* what, const More&... more) {
+template <class... Values> void trace(const Values&... values) {
     static const bool isWanted = qEnvironmentVariableIsSet("PRM_FUZZ_TRACE");
-    if (!isWanted)
-        return;
-    QString line;
-    QTextStream stream(&line);
-    static_cast<void>(((stream << what) << ... << more));
-    std::fprintf(stderr, "%s\n", qPrintable(line));
+    if (isWanted)
+        std::fprintf(stderr, "%s\n", debugText(values...).c_str());
 }
 
 /// What must hold is compared by classes of their own.
@@ -216,11 +212,7 @@ private:
     }
 
     void run(const Act& act, Command& command, P& own, P& other, const A& a) {
-        const auto shown = [](const Context& at) {
-            return QString("%1@%2 ").arg(at.time.toDouble()).arg(at.view.id());
-        };
-        trace(act.name, " of ", own.scriptName(), ", other ", other.scriptName(), " at ", shown(a.at), "to ",
-              shown(a.to), " value ", a.value, " number ", a.number, " kind ", a.kind, a.yes ? " yes" : " no");
+        trace(act.name, own.scriptName(), other.scriptName(), a.at, a.to, a.value, a.number, a.kind, a.yes);
         for (const char* const silent : {"adjustKeyframesTime", "readLine", "vSetDefault(", "setViewInterpolation",
                                          "setSplittable", "AddConstrained"})
             m_isSilent = m_isSilent || std::strstr(act.name, silent);
@@ -235,7 +227,7 @@ private:
         for (int i = 0; i < 3; ++i)
             line += QLatin1String(names[choose().below(static_cast<int>(std::size(names)))]);
         line += QLatin1String(textLines[choose().below(static_cast<int>(std::size(textLines)))]);
-        trace("reads ", line);
+        trace("reads", line);
         forget();
         m_isSilent = true;
         if (set)
@@ -267,7 +259,7 @@ private:
         P* const added = chosenParameter();
         if (!added)
             return;
-        trace("set ", set.scriptName(), " lists ", added->scriptName());
+        trace("set", set.scriptName(), "lists", added->scriptName());
         const auto& owner = m_world->owner(m_world->numberOf(added));
         const int way = owner ? choose().below(3) : 0;
         if (way == 2)
@@ -280,7 +272,7 @@ private:
 
     void addSubset(ParameterSet& set, const boost::shared_ptr<ParameterSet>& subset) {
         const int position = choose().below(4) - 1;
-        trace("set ", set.scriptName(), " lists set ", subset->scriptName(), " at ", position);
+        trace("set", set.scriptName(), "lists set", subset->scriptName(), "at", position);
         if (position >= 0)
             set.insertParameterSet(subset, position);
         else if (choose().yes())
@@ -387,10 +379,8 @@ private:
     }
 
     void readAll() const {
-        for (int i = 0; i < m_world->parameterCount; ++i) {
-            if (const P* const parameter = m_world->parameter(i))
-                read(*parameter);
-        }
+        for (const P* const parameter : m_world->parameters())
+            read(*parameter);
         for (int i = 0; i < setCount; ++i) {
             if (const ParameterSet* const set = m_world->set(i))
                 Fuzz::intact(detail::verify(ParameterSet(*set)));

@@ -50,23 +50,13 @@ TimeSpan spanFrom(Choices& choose) {
     return span;
 }
 
-template <class Add> QString hashOf(const Add& add) {
-    Bsc::Hash hash;
-    add(hash);
-    return hash.result().toString();
-}
-QString rangeOf(const BasicParameter& parameter, View view, const TimeSpan& span) {
-    return hashOf([&](Bsc::Hash& hash) { hashRange(hash, parameter, view, span); });
-}
-
 class Answers {
 public:
     Answers(const std::uint8_t* data, std::size_t size) : m_choose(data, size) {
         std::seed_seq seed(data, data + size);
         m_random.seed(seed);
         m_halves.setScriptName(QStringLiteral("halves"));
-        for (int i = 0; i < m_world.parameterCount; ++i)
-            m_all.push_back(m_world.parameter(i));
+        m_all = m_world.parameters();
         m_all.push_back(&m_halves);
         for (P* const own : m_all) {
             m_root.addParameter(*own);
@@ -86,8 +76,6 @@ public:
             remember();
             edit();
         }
-        asTyped(anyOne(),
-                [this](auto& typed) { return detail::Ask::shownIn(typed, View()).hooks || changeNothing(typed); });
     }
 
 private:
@@ -156,7 +144,7 @@ private:
             if (m_span.contains(at.time))
                 values += value + '\n';
         }
-        same(rangeOf(member, view, m_span), values);
+        same(hashOf([&](Bsc::Hash& hash) { hashRange(hash, member, view, m_span); }), values);
         return values;
     }
     /// A constant value has one hash, at a time and in spans.
@@ -174,52 +162,6 @@ private:
         if (!animated || !asTyped(*animated, write))
             text = exact(member.variantValue(at, std::nothrow));
         return text.toUtf8();
-    }
-
-    /// What must make no difference to the hash, each.
-    template <class T> bool changeNothing(Parameter<T>& one) {
-        const View view(static_cast<quint32>(m_choose.below(3)));
-        const QString before = rangeOf(one, view, m_span);
-        const auto expectSame = [&](const char* what, const BasicParameter& asked) {
-            if (rangeOf(asked, view, m_span) != before)
-                Fuzz::fail(what, QString::fromUtf8(stateOf(one)) + view.toString());
-        };
-        one.setScriptName(QStringLiteral("other"));
-        one.vSetDefaultInterpolation(Interpolation::Constant);
-        one.hide(true);
-        expectSame("a name, flags", one);
-        for (const View data : one.splittable() ? std::vector<View>(one.viewList()) : std::vector<View>()) {
-            for (unsigned int i = 0; i < one.keyframeCount(data); ++i) {
-                const KeyframeData<T> key = one.keyframe(i, data);
-                if (key.interpolationData.interpolation <= Interpolation::Linear)
-                    one.vSetInterpolationData(IType(key.interpolationData.interpolation, 7, 8, 9, i), i, data);
-                if constexpr (std::is_same_v<T, double>)
-                    if (key.value == 0)
-                        one.vSetValue(-key.value, Context(key.time, data));
-            }
-        }
-        expectSame("shape numbers, the sign of 0", one);
-        if (one.masterParameter())
-            return true;
-        Parameter<T> tied;
-        one.bAddConstrainedParameter(&tied);
-        expectSame("a master", tied);
-        tied.bUnconstrain();
-        if (one.viewInterpolation().mode == Mode::Off)
-            one.uniquifyView(view);
-        expectSame("a view of its own", one);
-        addBeyond(one, view);
-        expectSame("a keyframe that shapes no value in the span", one);
-        return true;
-    }
-
-    template <class T> void addBeyond(Parameter<T>& one, View view) {
-        const unsigned int count = one.keyframeCount(view);
-        if (count < 2 || !one.splittable() || !one.isKeyframed() || one.extrapolationBefore() >= Extrapolation::Custom0)
-            return;
-        const Context last = one.keyframeTime(count - 1, view);
-        if (last.time.toDouble() > m_span.to)
-            one.setVariantValue(valueFor(one), Context(last.time + 3, view), std::nothrow);
     }
 
     Choices m_choose;

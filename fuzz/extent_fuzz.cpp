@@ -4,8 +4,6 @@
 #include "fuzz/Play.h"
 #include "prm/ChangedSince.h"
 
-#include <QDebug>
-
 #include <map>
 
 using namespace Worlds;
@@ -84,8 +82,8 @@ private:
 
     /// One is outside the set, if only as a master.
     void madeMissing() override {
-        for (int i = 0; i < m_world->parameterCount; ++i)
-            if (P* const own = m_world->parameter(i); own && i != outside)
+        for (P* const own : m_world->parameters())
+            if (own != m_world->parameter(outside))
                 m_root.addParameter(*own);
         for (int i = 0; i < setCount; ++i)
             m_root.addParameterSet(*m_world->set(i));
@@ -95,10 +93,8 @@ private:
         const Extent extent = extentOf(change);
         m_told |= extent;
         const auto* const number = dynamic_cast<const Number*>(change.parameter);
-        const bool namesOne = change.type == ParameterChange::KEYFRAME_ADDED ||
-                              change.type == ParameterChange::KEYFRAME_REMOVED ||
-                              change.type == ParameterChange::KEYFRAME_CHANGED_VALUE ||
-                              change.type == ParameterChange::KEYFRAME_CHANGED_INTERPOLATION;
+        const bool namesOne = change.type <= ParameterChange::KEYFRAME_CHANGED_INTERPOLATION &&
+                              change.type != ParameterChange::KEYFRAME_CHANGED_TIME_VALUE;
         const auto isConstant = [](Extrapolation kind) { return kind <= Extrapolation::Constant; };
         if (!namesOne || !number || typeid(*number) != typeid(Number) || number->masterParameter() ||
             !isUndisturbed() || change.affectedIndex > number->keyframeCount(change.context.view) ||
@@ -119,23 +115,20 @@ private:
             compare("announced", before, places, m_told, false);
         compare("asked", before, places, m_since->take(), true);
         Fuzz::intact(m_world->broken());
-        rename();
     }
 
     /// Edits of an unsplittable parameter with data, but none in view 0, give that view data, and emit nothing for it.
     bool gainsViewsSilently() const {
-        for (int i = 0; i < m_world->options.plainCount; ++i)
-            if (const P* const own = m_world->parameter(i);
-                own && !own->splittable() && own->numViews() > 0 && own->viewList().front() != View(0))
-                return true;
-        return false;
+        const std::vector<P*> all = m_world->parameters(m_world->options.plainCount);
+        return std::any_of(all.begin(), all.end(), [](const P* own) {
+            return !own->splittable() && own->numViews() > 0 && own->viewList().front() != View(0);
+        });
     }
 
     Samples samples(const Places& places) const {
         Samples all;
-        for (int i = 0; i < m_world->options.plainCount; ++i)
-            if (const P* const own = m_world->parameter(i))
-                asTyped(*own, [&](const auto& typed) { return sample(typed, places, all[own]); });
+        for (const P* const own : m_world->parameters(m_world->options.plainCount))
+            asTyped(*own, [&](const auto& typed) { return sample(typed, places, all[own]); });
         return all;
     }
 
@@ -155,29 +148,14 @@ private:
     }
     void expectTouched(const char* what, const P& own, const Context& at, const Extent& extent) const {
         if (!extent.touches(&own, at) || !extent.touches(at) || !extent.in(&own, at.view).contains(at.time)) {
-            QString text = own.scriptName();
-            QDebug(&text) << "differs at" << at.time.toDouble() << "in view" << at.view.id() << "outside"
-                          << extent.in(&own, at.view);
-            Fuzz::fail(what, text);
+            const auto text = debugText(own.scriptName(), "differs at", at, "outside", extent.in(&own, at.view));
+            Fuzz::fail(what, QString::fromStdString(text));
         }
-        for (int i = m_world->options.plainCount; i < m_world->parameterCount; ++i) {
-            const auto* const compound = dynamic_cast<const CompoundParameter*>(m_world->parameter(i));
+        for (const P* const parameter : m_world->parameters()) {
+            const auto* const compound = dynamic_cast<const CompoundParameter*>(parameter);
             if (compound && compound->subparameters().contains(const_cast<P*>(&own)))
                 expectTouched(what, *compound, at, extent);
         }
-    }
-
-    void rename() {
-        const int number = static_cast<int>(m_random() % 64);
-        P* const own = number < m_world->parameterCount ? m_world->parameter(number) : nullptr;
-        if (!own || number == outside)
-            return;
-        const QString former = own->scriptName();
-        own->setScriptName(former + "x");
-        const Extent::Members renamed = m_since->take().renamed();
-        HOLD(std::any_of(renamed.begin(), renamed.end(), [&](const auto& member) { return member.parameter == own; }));
-        own->setScriptName(former);
-        HOLD(!m_since->take().renamed().isEmpty());
     }
 
     ParameterSet m_root;

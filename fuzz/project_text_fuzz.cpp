@@ -13,8 +13,6 @@
 #include "tool/ProjectDiff.h"
 #include "tool/edit/ParameterPatch.h"
 
-#include <QTextStream>
-
 using namespace Tool;
 
 namespace {
@@ -42,10 +40,7 @@ QByteArray pieced(Worlds::Choices choices) {
 }
 
 QByteArray written(const FileParameter::Data& parameter) {
-    QString text;
-    QTextStream stream(&text);
-    parameter.bStreamOut(stream, QString(), false);
-    return text.toUtf8();
+    return QByteArray::fromStdString(Prm::lines(parameter, {}, false));
 }
 
 /// The lines are read in the order that takes the least time, and say the same as in their own.
@@ -137,10 +132,7 @@ void editEverything(const ProjectText& text, Worlds::Choices& choices) {
 QByteArray written(Prm::ProjectFileVersion version) {
     Prm::ParameterSet properties;
     version.initialiseProperties(properties);
-    QString text;
-    QTextStream stream(&text);
-    properties.bStreamOut(stream, {}, true);
-    return text.toUtf8();
+    return QByteArray::fromStdString(Prm::lines(properties));
 }
 
 /// What was read and written reads back alike, and the three readers agree.

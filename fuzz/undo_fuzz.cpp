@@ -58,15 +58,13 @@ private:
         knowsItsSets();
         // Of one view only, so that some changes are missed.
         compareCompounds({asked[m_left % 3]});
-        for (int i = 0; i < m_world->parameterCount; ++i) {
-            if (const P* const parameter = m_world->parameter(i))
-                explainOne(*parameter);
-        }
+        for (const P* const parameter : m_world->parameters())
+            explainOne(*parameter);
     }
 
     void compareCompounds(const std::vector<View>& views) const {
-        for (int i = m_world->options.plainCount; i < m_world->parameterCount; ++i) {
-            const auto* const compound = dynamic_cast<const CompoundParameter*>(m_world->parameter(i));
+        for (const P* const parameter : m_world->parameters()) {
+            const auto* const compound = dynamic_cast<const CompoundParameter*>(parameter);
             for (const View view : views)
                 compound ? compareWithParts(*compound, view) : void();
         }

@@ -196,9 +196,9 @@ private:
             return;
         if (adjoin && sameSegment(keyframes(0).at(start.former), keyframes(1).at(start.now)))
             return;
-        if (start.former == 0 && start.now == 0)
+        if (start.former == 0)
             m_firstSegment = !holdsAfter(keyframes(0).first()) || !holdsAfter(keyframes(1).first());
-        if (end.former + 1 == keyframes(0).size() && end.now + 1 == keyframes(1).size())
+        if (end.former + 1 == keyframes(0).size())
             m_lastSegment = true;
         TimeSpan span = hasEnd ? before(keyframes(1).at(end.now).time) : TimeSpan::all();
         if (hasStart)

@@ -1,7 +1,5 @@
 #include "host/product/Settings.h"
-#include "tests/support/Library.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 class Prm::IAnimationStateProvider {};
 

@@ -1,24 +1,14 @@
-#include "host/bsc/CompositeCommand.h"
-#include "host/bsc/Hash.h"
 #include "host/bsc/MementoUndoable.h"
 #include "host/bsc/QPointerEx.h"
 #include "host/bsc/ScopedSignalBlocker.h"
 #include "host/bsc/UniqBag.h"
 #include "host/product/ProductInfo.h"
 #include "host/product/Settings.h"
+#include "tests/support/Test.h"
 
 #include <QCoreApplication>
 #include <QSettings>
-#include <QString>
 #include <QTemporaryDir>
-#include <gtest/gtest.h>
-
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <tuple>
-#include <utility>
-#include <vector>
 
 namespace {
 

@@ -1,13 +1,8 @@
-#include "host/bsc/Hash.h"
-#include "host/bsc/HashValue.h"
 #include "prm/CurveKinds.h"
 #include "tests/support/Allocations.h"
-#include "tests/support/Library.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 #include <deque>
-#include <limits>
 #include <set>
 
 using namespace Prm;
@@ -169,13 +164,12 @@ TEST(Evaluation, NothingIsAllocated) {
 
 /// How many different hashes the rows of values have.
 template <class T> std::size_t hashes(std::initializer_list<std::vector<T>> rows) {
-    std::set<Bsc::HashValue> found;
-    for (const std::vector<T>& values : rows) {
-        Bsc::Hash hash;
-        for (const T& value : values)
-            ValueType<T>::addToHash(hash, value);
-        found.insert(hash.result());
-    }
+    std::set<QString> found;
+    for (const std::vector<T>& values : rows)
+        found.insert(hashOf([&](Bsc::Hash& hash) {
+            for (const T& value : values)
+                ValueType<T>::addToHash(hash, value);
+        }));
     return found.size();
 }
 
@@ -197,10 +191,9 @@ TEST(Evaluation, TheHashIsThatOfTheValue) {
     key(parameter, {{3, false}});
     // Where the time is no frame, the static value of view 0 in every view.
     for (const auto& [time, value] : {std::pair(3., false), {-0.5, false}, {-1., true}, {NAN, true}}) {
-        Bsc::Hash hash, expected;
-        parameter.calculateHash(hash, at(time, 2));
-        ValueType<bool>::addToHash(expected, value);
-        EXPECT_EQ(hash.result(), expected.result()) << time;
+        const Context where = at(time, 2);
+        EXPECT_EQ(hashOf([&](Bsc::Hash& hash) { parameter.calculateHash(hash, where); }),
+                  hashOf([&, &theValue = value](Bsc::Hash& hash) { ValueType<bool>::addToHash(hash, theValue); }));
     }
 }
 

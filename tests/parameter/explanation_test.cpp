@@ -3,6 +3,7 @@
 #include "tests/world/Replay.h"
 
 using namespace Worlds;
+using Mode = MVInterpolationParams::Mode;
 
 namespace {
 
@@ -33,99 +34,93 @@ struct Sum : CompoundParameter {
     }
 };
 
-template <class Kind> struct Keyed : Kind {
-    explicit Keyed(const char* name) : Kind(QString::fromLatin1(name)) { key<double>(*this, {{10, 5.}, {20, 10.}}); }
+/// The same keyframes in a kind.
+template <class Kind> struct Curve : Kind {
+    explicit Curve(const char* name) : Kind(QString::fromLatin1(name)) { key<double>(*this, {{10, 5.}, {20, 10.}}); }
 };
 
-struct Exhibition {
-    Exhibition() {
-        key(split, {{0, 1.}, {10, 2.}}, 4);
-        curve.vSetInterpolationData({Interpolation::Bezier, 0, 0, 1, 1}, 0, View());
-        for (Number* one : {static_cast<Number*>(&line), static_cast<Number*>(&curve)}) {
-            one->vSetExtrapolationBefore(Extrapolation::Linear);
-            one->vSetExtrapolationAfter(Extrapolation::Linear);
+class Explanations : public testing::Test {
+protected:
+    Explanations() {
+        registerInterpolation(custom, [](const IType& shape, double x) { return x * shape.x1; });
+        registerExtrapolation(cycle, [](Time time, Time, Time) { return time + -10; });
+    }
+    ~Explanations() override {
+        registerInterpolation(custom, {});
+        registerExtrapolation(cycle, {});
+    }
+
+    void ask(const BasicParameter& parameter, std::initializer_list<Context> contexts) {
+        for (const Context& context : contexts) {
+            const Explanation explanation = explain(parameter, context);
+            words += explanation.toString() + '\n';
+            const auto* const animated = dynamic_cast<const P*>(&parameter);
+            EXPECT_TRUE(!animated || dynamic_cast<const Untyped*>(animated) || isExplained(*animated, explanation))
+                << explanation.toString().toStdString();
         }
-        line.vSetInterpolation(Interpolation::Constant, at(20));
-        held.vSetInterpolation(Interpolation::Constant, at(10));
-        held.vSetExtrapolationAfter(Extrapolation::Linear);
-        bouncing.vSetInterpolationData({custom, 0.5}, 0, View());
-        bouncing.vSetExtrapolationAfter(cycle);
-        foreign.vSetInterpolationData({static_cast<Interpolation>(12)}, 0, View());
-        foreign.vSetExtrapolationBefore(static_cast<Extrapolation>(11));
-        key(single, {{10, 5.}});
-        single.vSetExtrapolationBefore(Extrapolation::Linear);
-        plain.vSetValue(4, still());
-        bare.vSetValue(4, still(1));
-        joined.vSetValue(6, at(3));
-        near.setViewInterpolation({MVInterpolationParams::Nearest});
-        key(near, {{10, 7.}}, 4);
-        between.setViewInterpolation({MVInterpolationParams::Linear});
-        key(between, {{12, 30.}}, 5);
-        between.vSetValue(30, still(5));
-        key(steps, {{10, QString("a \"b\"")}, {20, QString("c")}});
-        tied.setNamePrefix("logo");
-        line.setNamePrefix("master");
-        line.bAddConstrainedParameter(&tied);
-        tied.bAddConstrainedParameter(&further);
-        more.bAddConstrainedParameter(&shown);
-        steps.bAddConstrainedParameter(&curve);
-        pair.addParameter(line);
-        pair.addParameter(plain);
-        sum.addParameter(line);
-        sum.addParameter(split);
-        untyped.setScriptName("untyped");
-        widow.reset(new Number("widow"));
-        Number former("former");
-        former.bAddConstrainedParameter(widow.get());
-        ofWidow = explain(*widow, at(1));
     }
 
-    Keyed<Number> split{"split"}, line{"line"}, curve{"curve"}, held{"held"}, bouncing{"bouncing"}, foreign{"foreign"},
-        near{"near"}, between{"between"};
-    Keyed<OneMore> more{"more"};
-    Keyed<Always> always{"always"};
-    Number single{"single"}, empty{"empty", 2}, bare{"bare"}, joined{"joined", 0, Keyframed}, tied{"tied"},
-        further{"further"}, shown{"shown"};
-    NumericParameter<int> plain{"plain", 1, Splittable};
-    Parameter<QString> steps{"steps"};
-    CompoundParameter pair{"pair"};
-    Sum sum{"sum"};
-    Untyped untyped;
-    OwnedStaticParameter<QString> text{"text", "a"};
-    OwnedStaticParameter<unsigned int> count{"count", 7};
-    std::unique_ptr<Number> widow;
-    Explanation ofWidow;
+    void askInAllViews(Interpolation kind, Extrapolation outside, Mode mode) {
+        const Exhibits world;
+        key(world.as<QString>(Text), {{0, "a \"b\""}, {10, "c"}});
+        world.parameter(Keyed)->uniquifyView(View(5));
+        for (const Who who : {Text, Keyed, Master, Joined}) {
+            P& one = *world.parameter(who);
+            one.vSetInterpolationData({kind, 0.5}, 0, View());
+            one.vSetExtrapolationBefore(outside);
+            one.vSetExtrapolationAfter(outside);
+            asTyped(one, [&](auto& typed) { return typed.setViewInterpolation({mode}), true; });
+            ask(one, {at(-1), at(4), at(10), at(9, 1), at(4, 3), at(21), still()});
+        }
+    }
+
+    QString words;
 };
 
-TEST(Explanation, IsOnRecordInWords) {
-    ASSERT_TRUE(registerInterpolation(custom, [](const IType& shape, double x) { return x * shape.x1; }));
-    ASSERT_TRUE(registerExtrapolation(cycle, [](Time time, Time, Time) { return time + -10; }));
-    const Exhibition all;
-    const std::pair<const BasicParameter*, Context> questions[] = {
-        {&all.split, at(10)},   {&all.split, at(12.5, 2)}, {&all.split, at(0, ~0u)}, {&all.curve, at(12.5)},
-        {&all.line, at(6)},     {&all.joined, still()},    {&all.held, at(19)},      {&all.held, at(25)},
-        {&all.single, at(5)},   {&all.bouncing, at(15)},   {&all.bouncing, at(25)},  {&all.bouncing, at(30)},
-        {&all.foreign, at(15)}, {&all.foreign, at(5)},     {&all.empty, at(3)},      {&all.bare, at(3, 1)},
-        {&all.plain, at(3, 1)}, {&all.joined, at(3, 1)},   {&all.near, at(10, 3)},   {&all.between, at(12, 1)},
-        {&all.steps, at(15)},   {&all.further, at(20)},    {&all.shown, at(15)},     {&all.more, at(5)},
-        {&all.more, at(10)},    {&all.always, at(10)},     {&all.untyped, at(10)},   {&all.pair, at(10)},
-        {&all.text, at(10)},    {&all.count, at(10)}};
-    QString words;
-    for (const auto& [parameter, context] : questions) {
-        const Explanation explanation = explain(*parameter, context);
-        words += explanation.toString() + '\n';
-        const auto* const animated = dynamic_cast<const P*>(parameter);
-        EXPECT_TRUE(!animated || animated == &all.untyped || isExplained(*animated, explanation))
-            << explanation.toString().toStdString();
-    }
+TEST_F(Explanations, AreOnRecordInWords) {
+    askInAllViews(Interpolation::Linear, Extrapolation::Linear, Mode::Nearest);
+    askInAllViews(Interpolation::Bezier, Extrapolation::Constant, Mode::Linear);
+    askInAllViews(Interpolation::Constant, Extrapolation::Linear, Mode::Off);
+    askInAllViews(custom, cycle, Mode::Smooth);
+    askInAllViews(static_cast<Interpolation>(12), static_cast<Extrapolation>(11), Mode::Off);
+    const Exhibits world;
+    world.number(Keyed).setNamePrefix("logo");
+    world.number(Master).bAddConstrainedParameter(world.parameter(Keyed));
+    world.number(Tied).bAddConstrainedParameter(world.parameter(X));
+    for (const Who who : {Text, Plain, Keyed, Far, Second, X, Position, Outer})
+        ask(*world.parameter(who), {at(3), at(3, 1), at(0, ~0u)});
+    world.set(0)->forEachBasicParameter([&](const BasicParameter* one) {
+        if (!qobject_cast<const P*>(one))
+            ask(*one, {at(10)});
+    });
+    Curve<OneMore> more("more");
+    Number shown("shown");
+    more.bAddConstrainedParameter(&shown);
+    Untyped untyped;
+    untyped.setScriptName("untyped");
+    ask(shown, {at(15)});
+    ask(more, {at(5), at(10)});
+    ask(Curve<Always>("always"), {at(10)});
+    ask(untyped, {at(10)});
     expectOnRecord("explanations.txt", words);
-    EXPECT_EQ(explain(all.sum, at(10)).value.toDouble(), 10);
-    EXPECT_TRUE(all.ofWidow.toString().contains("tied to \"a deleted parameter\""));
-    EXPECT_TRUE(explain(all.tied, at(1))
-                    .toString([](const BasicParameter& of) { return of.scriptName() + '!'; })
-                    .contains("tied to \"line!\""));
-    registerInterpolation(custom, {});
-    registerExtrapolation(cycle, {});
+}
+
+TEST_F(Explanations, NameParametersAsAsked) {
+    Sum sum("sum");
+    Curve<Number> one("one"), other("other"), widow("widow");
+    sum.addParameter(one);
+    sum.addParameter(other);
+    EXPECT_EQ(explain(sum, at(10)).value.toDouble(), 10);
+    one.bAddConstrainedParameter(&other);
+    const auto named = [](const BasicParameter& of) { return of.scriptName() + '!'; };
+    EXPECT_TRUE(explain(other, at(1)).toString(named).contains("tied to \"one!\""));
+    Explanation ofWidow;
+    {
+        Number former("former");
+        former.bAddConstrainedParameter(&widow);
+        ofWidow = explain(widow, at(1));
+    }
+    EXPECT_TRUE(ofWidow.toString().contains("tied to \"a deleted parameter\""));
 }
 
 } // namespace

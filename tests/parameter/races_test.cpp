@@ -3,7 +3,6 @@
 #include "tests/world/Acts.h"
 #include "tests/world/Replay.h"
 
-#include <QDebug>
 #include <QSet>
 #include <gtest/gtest.h>
 
@@ -63,12 +62,8 @@ private:
 // --- every value that a reader gets was the value at some time -------------------------------------------------------
 
 template <class... Values> QString text(const Values&... values) {
-    QString all;
-    QDebug stream(&all);
-    static_cast<void>((stream << ... << values));
-    return all;
+    return QString::fromStdString(debugText(values...));
 }
-
 template <class T> QString text(const KeyframeData<T>& keyframe) {
     return text(keyframe.time, keyframe.value, keyframe.interpolationData.x1);
 }
@@ -81,11 +76,6 @@ template <class Row> QString text(const QVector<Row>& rows) {
 template <class T> QString explained(const Parameter<T>& asked, const Context& context) {
     const Explanation explanation = explain(asked, context);
     return text(Replay<T>(explanation.context.time).value(explanation.steps));
-}
-template <class Add> QString hashOf(const Add& add) {
-    Bsc::Hash hash;
-    add(hash);
-    return hash.result().toString();
 }
 template <class T> QString next(const Parameter<T>& asked, const Context& context) {
     Context found = at(-1);

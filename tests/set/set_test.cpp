@@ -1,9 +1,6 @@
 // Sets: names, members, lines, trees.
 
-#include "tests/support/ChangeRecorder.h"
-#include "tests/support/Library.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 using namespace Prm;
 
@@ -18,14 +15,14 @@ TEST(ParameterSet, SubsetsGetUniqueNames) {
         unique += subset->scriptName() + ' ';
     };
     for (const QString& name : QString("Blur,Blur,Blur,Blur_2,Blur7,Blur7,a_b_3,a_b_3,12,12,_5,_5,Blur_007,Blur_007,"
-                                       "it's a.b,B99999999999,B99999999999")
+                                       "it's a.b,B99999999999,B99999999999,C_007,C_6,C_6")
                                    .split(','))
         add(name);
     // Numbers that were given once are free again.
     root.subsetWithName("Blur_2")->setScriptName("other");
     add("Blur");
     EXPECT_EQ(unique, "Blur Blur_2 Blur_3 Blur_4 Blur7 Blur_8 a_b_3 a_b_4 12 13 _5 6 Blur_007 Blur_9 it_s_a_b "
-                      "B99999999999 B_100000000000 Blur_2 ");
+                      "B99999999999 B_100000000000 C_007 C_6 C_7 Blur_2 ");
 }
 
 TEST(ParameterSet, ListsASubsetOnceAtItsPlace) {
@@ -42,6 +39,10 @@ TEST(ParameterSet, ListsASubsetOnceAtItsPlace) {
         EXPECT_TRUE(root.removeParameterSet(added));
         EXPECT_FALSE(root.removeParameterSet(added));
     }
+    EXPECT_TRUE(added->addParameterSet(boost::make_shared<ParameterSet>("below")) && root.insertParameterSet(added, 0));
+    int visited = 0;
+    root.forEachSubset([&](ParameterSet*) { visited += 1, root.removeParameterSet(added); }, true);
+    EXPECT_EQ(visited, 4) << "what was removed by the visitor is not entered";
     EXPECT_FALSE(root.addParameterSet(root));
     EXPECT_TRUE(Warnings::text().contains("contains"));
 }

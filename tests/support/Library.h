@@ -3,6 +3,7 @@
 // All of the library, and the short words in which tests and fuzz targets speak of it.
 
 #include "host/bsc/CompositeCommand.h"
+#include "host/bsc/Hash.h"
 #include "prm/AnimationState.h"
 #include "prm/CompoundParameter.h"
 #include "prm/Explanation.h"
@@ -21,11 +22,14 @@
 #include "prm/Views.h"
 #include "prm/project/Invariants.h"
 
+#include <QDebug>
 #include <QTextStream>
 #include <boost/make_shared.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -36,6 +40,8 @@ namespace Prm {
 
 using Number = NumericParameter<double>;
 using Command = Bsc::CompositeCommand;
+
+constexpr double infinity = std::numeric_limits<double>::infinity();
 
 /// The context of a time in a view.
 inline Context at(double time, quint32 view = 0) {
@@ -76,6 +82,21 @@ inline ProjectFileVersion version(quint32 number = StreamVersion::latest) {
     ProjectFileVersion version;
     version.streamVersion = number;
     return version;
+}
+
+/// What is added to a hash, in hexadecimal digits.
+template <class Add> QString hashOf(const Add& add) {
+    Bsc::Hash hash;
+    add(hash);
+    return hash.result().toString();
+}
+
+/// As Qt prints the values one after another.
+template <class... Values> std::string debugText(const Values&... values) {
+    QString text;
+    QDebug stream(&text);
+    static_cast<void>((stream << ... << values));
+    return text.trimmed().toStdString();
 }
 
 /// The message of the error that it throws, else nothing.

@@ -10,6 +10,8 @@ inline void expectOnRecord(const char* record, const QString& now) {
     ASSERT_TRUE(file.open(isWritten ? QIODevice::WriteOnly : QIODevice::ReadOnly));
     if (isWritten)
         file.write(now.toUtf8());
-    else
-        EXPECT_EQ(file.readAll().toStdString(), now.toStdString());
+    const QStringList present = now.split('\n');
+    const QStringList wanted = isWritten ? present : QString::fromUtf8(file.readAll()).split('\n');
+    for (int i = 0; i < wanted.size(); ++i)
+        ASSERT_EQ(wanted.at(i).toStdString(), present.value(i).toStdString()) << record << ':' << i + 1;
 }

@@ -1,11 +1,9 @@
 // Text that tests/data/project.session (lines) and fuzz/keyframe_line_fuzz.cpp (numbers, escapes) do not cover.
 
 #include "prm/TextStreamOperators.h"
-#include "tests/support/ChangeRecorder.h"
-#include "tests/support/Library.h"
+#include "tests/support/Test.h"
 
 #include <QLocale>
-#include <gtest/gtest.h>
 
 // As hosts do it: Qt's own operators must stay within reach.
 using namespace Prm;
@@ -131,22 +129,7 @@ TEST(Header, EndsWhereItsVersionSays) {
     EXPECT_NE(lines(properties).find(time), std::string::npos);
 }
 
-TEST(MovedParameter, PassesItsLineOn) {
-    OwnedStaticParameter<unsigned int> target("newName");
-    MovedParameter moved("oldName");
-    EXPECT_FALSE(moved.setTargetParam(target));
-    EXPECT_TRUE(moved.setFromScriptString("oldName.value=3", version(2019)));
-    EXPECT_EQ(lines(moved), "");
-    EXPECT_EQ(moved.variantValue(Context()), QVariant(3u));
-    QString migrated;
-    EXPECT_TRUE(moved.setMigrationFunction([&](BasicParameter*, const QString& line, const ProjectFileVersion& from) {
-        migrated += line + QString::number(from.streamVersion);
-        return true;
-    }));
-    EXPECT_EQ(migrated, "newName.value=32019");
-    EXPECT_THROW(moved.setMigrationFunction({}), boost::bad_function_call);
-}
-
+// That lines are passed on and migrated is shown in examples/moved_parameter.cpp.
 TEST(MovedParameter, WarnsOfATargetThatLeadsBackOrNeverCame) {
     const Warnings warnings;
     MovedParameter moved("old");
@@ -161,7 +144,7 @@ TEST(MovedParameter, WarnsOfATargetThatLeadsBackOrNeverCame) {
 }
 
 TEST(MovedParameter, ItsLineWaitsForATargetThatTakesIt) {
-    OwnedStaticParameter<unsigned int> target("target");
+    OwnedStaticParameter<unsigned int> target("target", 5);
     MovedParameter moved("old");
     moved.setFromScriptString("old.value=4", version());
     {
@@ -172,6 +155,8 @@ TEST(MovedParameter, ItsLineWaitsForATargetThatTakesIt) {
     EXPECT_TRUE(moved.isWaiting());
     EXPECT_TRUE(moved.setTargetParam(target));
     EXPECT_FALSE(moved.isWaiting());
+    EXPECT_EQ(moved.variantValue(Context()), QVariant(5u));
+    EXPECT_THROW(moved.setMigrationFunction({}), boost::bad_function_call);
 }
 
 } // namespace

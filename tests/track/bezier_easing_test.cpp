@@ -1,12 +1,7 @@
 #include "prm/track/BezierEasing.h"
+#include "tests/support/Test.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <cmath>
-#include <limits>
 #include <random>
-#include <vector>
 
 using namespace Prm;
 using detail::easedProgress;
@@ -14,8 +9,6 @@ using detail::easingParameter;
 
 namespace {
 
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double smallest = std::numeric_limits<double>::denorm_min();
 
 IType bezier(double x1, double y1, double x2, double y2) {
@@ -31,10 +24,10 @@ TEST(BezierEasing, IsExactAtPlacesThatAreKnown) {
         {"end", overshoot, 1, 1},
         {"before", overshoot, -infinity, 0},
         {"behind", overshoot, 2, 1},
-        {"no time", overshoot, nan, 0},
+        {"no time", overshoot, NAN, 0},
         {"start of a linear one", bezier(0.5, 0.5, 0.5, 0.5), -3, 0},
-        {"start, y infinite", bezier(0.5, infinity, 0.5, nan), 0, 0},
-        {"end, y infinite", bezier(0.5, infinity, 0.5, nan), 1, 1},
+        {"start, y infinite", bezier(0.5, infinity, 0.5, NAN), 0, 0},
+        {"end, y infinite", bezier(0.5, infinity, 0.5, NAN), 1, 1},
         {"inside, y infinite", bezier(0.5, infinity, 0.5, 0), 0.5, infinity},
         {"inside, y enormous", bezier(0.5, 1e308, 0.5, 1e308), 0.5, 0.75e308},
         {"vertical in the middle", bezier(1, 0, 0, 1), 0.5, 0.5},
@@ -42,11 +35,11 @@ TEST(BezierEasing, IsExactAtPlacesThatAreKnown) {
         {"handles held", bezier(-3, 1, -0.5, 0), 0.125, 0.5},
         {"handles held at 1", bezier(infinity, 0, 7, 1), 0.875, 0.5},
         {"handles held onto the diagonal", bezier(-1, 0, 2, 1), 0.1, 0.1},
-        {"handles that are no numbers", bezier(nan, 1, nan, 0), 0.125, 0.5},
+        {"handles that are no numbers", bezier(NAN, 1, NAN, 0), 0.125, 0.5},
     };
     for (const auto& [name, shape, x, y] : rows)
         EXPECT_EQ(easedProgress(shape, x), y) << name;
-    EXPECT_TRUE(std::isnan(easedProgress(bezier(0.5, nan, 0.5, 0), 0.5)));
+    EXPECT_TRUE(std::isnan(easedProgress(bezier(0.5, NAN, 0.5, 0), 0.5)));
 }
 
 TEST(BezierEasing, VerySmallTimesKeepTheirRelativeAccuracy) {
@@ -71,9 +64,9 @@ TEST(BezierEasing, SlopesAtTheEnds) {
         {"first on its key, the other above it", bezier(0, 0, 0, 2), 0, -1},
         {"vertical", bezier(0, 1, 1, 0), 0, 0},
         {"vertical as held", bezier(-1, 1, 2, 0), 0, 0},
-        {"not finite", bezier(0.5, infinity, 0.5, nan), 0, 0},
+        {"not finite", bezier(0.5, infinity, 0.5, NAN), 0, 0},
         {"too steep for a number", bezier(smallest, 1, 0.5, 0.5), 0, 1},
-        {"handle that is no number", bezier(nan, 0, 0.5, 1), 2, 0},
+        {"handle that is no number", bezier(NAN, 0, 0.5, 1), 2, 0},
     };
     for (const auto& [name, shape, start, end] : rows) {
         EXPECT_EQ(detail::easingSlopeAtStart(shape), start) << name;

@@ -1,30 +1,14 @@
-#include "prm/TimeSpan.h"
+#include "tests/support/Test.h"
 
-#include <QDebug>
-#include <gtest/gtest.h>
-
-#include <algorithm>
 #include <random>
-#include <string>
-#include <tuple>
-#include <vector>
 
 using namespace Prm;
 
 namespace {
 
-constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-constexpr double infinity = std::numeric_limits<double>::infinity();
-
-template <class Spans> std::string textOf(const Spans& spans) {
-    QString text;
-    QDebug(&text) << spans;
-    return text.trimmed().toStdString();
-}
-
 TEST(TimeSpans, UniteWhatMeets) {
     const std::tuple<const char*, TimeSpans, const char*> rows[] = {
-        {"nothing", {TimeSpan::none(), {1, 1, true, false}, {2, 1, true, true}, {nan, 1, true, true}}, "{}"},
+        {"nothing", {TimeSpan::none(), {1, 1, true, false}, {2, 1, true, true}, {NAN, 1, true, true}}, "{}"},
         {"one time", {TimeSpan::at(Time::fromInt(3))}, "[3, 3]"},
         {"apart at a time that neither has", {{1, 2, true, false}, {2, 3, false, true}}, "[1, 2) + (2, 3]"},
         {"meeting at a time that one has", {{2, 3, false, true}, {1, 2, true, true}}, "[1, 3]"},
@@ -34,7 +18,7 @@ TEST(TimeSpans, UniteWhatMeets) {
         {"all", {{4, infinity, true, false}, TimeSpan::all()}, "[-inf, inf)"},
     };
     for (const auto& [name, spans, expected] : rows)
-        EXPECT_EQ(textOf(spans), expected) << name;
+        EXPECT_EQ(debugText(spans), expected) << name;
 }
 
 /// Sets of times drawn from few ends, compared with plain lists of the times in them.
@@ -64,10 +48,10 @@ TEST(TimeSpans, HoldTheTimesOfTheirParts) {
                 std::any_of(parts.begin(), parts.end(), [=](const TimeSpan& part) { return part.contains(time); });
             const bool isInBoth = isIn && asked.contains(time);
             anyInBoth = anyInBoth || isInBoth;
-            ASSERT_EQ(all.contains(time), isIn) << textOf(all) << time.toDouble();
-            ASSERT_EQ(all.intersected(asked).contains(time), isInBoth) << textOf(all) << textOf(asked);
+            ASSERT_EQ(all.contains(time), isIn) << debugText(all) << time.toDouble();
+            ASSERT_EQ(all.intersected(asked).contains(time), isInBoth) << debugText(all) << debugText(asked);
         }
-        ASSERT_EQ(all.intersects(asked), anyInBoth) << textOf(all) << textOf(asked);
+        ASSERT_EQ(all.intersects(asked), anyInBoth) << debugText(all) << debugText(asked);
         ASSERT_EQ(all.intersected(asked).isEmpty(), !anyInBoth);
         ASSERT_EQ(all, TimeSpans(all) |= all);
     }

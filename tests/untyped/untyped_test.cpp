@@ -1,8 +1,4 @@
-#include "tests/support/ChangeRecorder.h"
-#include "tests/support/Library.h"
-
-#include <QDebug>
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 #include <typeinfo>
 

@@ -1,7 +1,5 @@
 #include "prm/ProxyScale.h"
-#include "tests/support/Library.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 using namespace Prm;
 

@@ -6,8 +6,6 @@
 #include "tests/world/Model.h"
 #include "tests/world/World.h"
 
-#include <vector>
-
 namespace Worlds {
 
 using A = Arguments;

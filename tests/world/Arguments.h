@@ -4,7 +4,6 @@
 
 #include "tests/support/Library.h"
 
-#include <algorithm>
 #include <cstdint>
 
 namespace Worlds {

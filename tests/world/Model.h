@@ -5,7 +5,6 @@
 #include "prm/track/BezierEasing.h"
 #include "tests/support/Library.h"
 
-#include <algorithm>
 #include <map>
 
 namespace Worlds {

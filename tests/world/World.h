@@ -10,7 +10,6 @@
 #include <QPointer>
 #include <boost/weak_ptr.hpp>
 
-#include <algorithm>
 #include <array>
 #include <set>
 
@@ -142,7 +141,7 @@ struct Host : ParameterTree {
 /// A host's own class, which is evaluated and edited by way of its virtual operations.
 /// It does not say when its keyframes change.
 struct HostNumber : Number {
-    explicit HostNumber(const QString& name) : ParameterWithoutType(false, false, nullptr), Number(name, 2) {}
+    using NumericParameter::NumericParameter;
     ~HostNumber() override { announceDeletion(); }
     quint64 keyframeRevision() const override { return 0; }
 };
@@ -190,28 +189,24 @@ public:
     bool isCompound(int number) const { return number >= options.plainCount; }
 
     boost::shared_ptr<P> made(int number) const {
-        static const ParameterOptions animated = Keyframed | Splittable;
         const QString name = QStringLiteral("p%1").arg(number);
         if (isCompound(number))
             return boost::make_shared<CompoundParameter>(name, (options.together >> (number - options.plainCount)) % 2);
-        switch (number) {
-        case 0:
-            return boost::make_shared<Parameter<QString>>(name);
-        case 1:
-            return boost::make_shared<NumericParameter<int>>(name, 7, Splittable);
-        case 6:
-            return boost::make_shared<Parameter<bool>>(name);
-        case 7:
-            return boost::make_shared<PointParameter>(name);
-        case 8:
-            return boost::make_shared<NumericParameter<int>>(name, 3, Keyframed);
-        case 9:
-            return boost::make_shared<HostNumber>(name);
-        case 10:
-            return boost::make_shared<Bare>(name);
-        default:
-            return boost::make_shared<Number>(name, 1, number == 2 ? Keyframed : animated);
-        }
+        using Name = const QString&;
+        static const std::function<boost::shared_ptr<P>(Name)> makers[] = {
+            [](Name of) { return boost::make_shared<Parameter<QString>>(of); },
+            [](Name of) { return boost::make_shared<NumericParameter<int>>(of, 7, Splittable); },
+            [](Name of) { return boost::make_shared<Number>(of, 1, Keyframed); },
+            [](Name of) { return boost::make_shared<Number>(of, 1); },
+            [](Name of) { return boost::make_shared<Number>(of, 1); },
+            [](Name of) { return boost::make_shared<Number>(of, 1); },
+            [](Name of) { return boost::make_shared<Parameter<bool>>(of); },
+            [](Name of) { return boost::make_shared<PointParameter>(of); },
+            [](Name of) { return boost::make_shared<NumericParameter<int>>(of, 3, Keyframed); },
+            [](Name of) { return boost::make_shared<HostNumber>(of, 2); },
+            [](Name of) { return boost::make_shared<Bare>(of); },
+        };
+        return makers[number](name);
     }
 
     void make(int number) {
@@ -250,6 +245,14 @@ public:
     }
     /// Null while there is none.
     P* parameter(int number) const { return slots[static_cast<std::size_t>(number)].get(); }
+    /// Those that there are, the first ones in the order of their numbers.
+    std::vector<P*> parameters(int count = std::numeric_limits<int>::max()) const {
+        std::vector<P*> all;
+        for (int i = 0; i < std::min(count, parameterCount); ++i)
+            if (P* const one = parameter(i))
+                all.push_back(one);
+        return all;
+    }
     const boost::shared_ptr<P>& owner(int number) const { return slots[static_cast<std::size_t>(number)].owner; }
     /// Plain sets and compounds; null while there is none.
     ParameterSet* set(int number) const {
@@ -269,10 +272,7 @@ public:
     QByteArray state() const {
         QString text;
         QTextStream out(&text);
-        for (int i = 0; i < parameterCount; ++i) {
-            const P* const one = parameter(i);
-            if (!one)
-                continue;
+        for (const P* const one : parameters()) {
             out << stateOf(*one);
             addTiesAndValues(out, *one);
         }
@@ -280,15 +280,13 @@ public:
         return text.toUtf8();
     }
 
-    /// The first broken invariant, else nothing.
+    /// The invariants that are broken.
     QString broken() const {
         QString all;
-        for (int i = 0; i < parameterCount && all.isEmpty(); ++i) {
-            if (const P* const one = parameter(i))
-                all = one->isImporting() ? QStringLiteral("it is importing still") : detail::verify(*one);
-        }
-        for (int i = 0; i < setCount && all.isEmpty(); ++i)
-            all = set(i) ? detail::verify(*set(i)) : QString();
+        for (const P* const one : parameters())
+            all += one->isImporting() ? QStringLiteral("it is importing still") : detail::verify(*one);
+        for (int i = 0; i < setCount; ++i)
+            all += set(i) ? detail::verify(*set(i)) : QString();
         return all;
     }
 

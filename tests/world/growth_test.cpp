@@ -1,9 +1,7 @@
 // What grows with a project must not grow faster than it: counted in allocations and bytes, never timed.
 
 #include "tests/support/Allocations.h"
-#include "tests/support/Library.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/Test.h"
 
 using namespace Prm;
 

@@ -88,12 +88,4 @@ TEST(Observers, FromWithinEachChangeOfEachAct) {
     }
 }
 
-TEST(Observers, OfADeletionAreReported) {
-    const Warnings warnings;
-    auto number = std::make_unique<Number>("number");
-    QObject::connect(number.get(), &P::changed, [](const ParameterChange&) { throw std::runtime_error("observer"); });
-    number.reset();
-    EXPECT_TRUE(Warnings::text().contains("threw an exception"));
-}
-
 } // namespace
