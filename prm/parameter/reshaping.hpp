@@ -9,10 +9,10 @@
 #include "prm/track/ReshapedTrack.h"
 #include "prm/track/Reversal.h"
 #include "prm/track/SegmentEasing.h"
+#include "prm/track/SelectionShaping.h"
 #include "prm/track/Simplification.h"
 #include "prm/track/Smoothing.h"
 #include "prm/track/ValueMapping.h"
-#include "prm/track/SelectionShaping.h"
 #include "prm/untyped/KeyframeReshaper.h"
 
 #include <algorithm>
