@@ -34,7 +34,8 @@ public:
     /// Reshapes the keyframes of a view. Returns why that is not possible, in words that follow a colon; null if it was
     /// done. Does nothing in a view without data, unless the reshaping gives it some.
     virtual const char* reshape(const View& view, const Reshaping& how) = 0;
-    /// The keyframes as they were at first, for other reshapings. What has changed since is replaced when they are stored.
+    /// The keyframes as they were at first, for other reshapings. What has changed since is replaced when they are
+    /// stored.
     virtual void restart() = 0;
     /// Where storing would change something; empty if nowhere.
     virtual Places places() const = 0;
