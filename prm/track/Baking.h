@@ -18,13 +18,19 @@ template <class T> QVector<Time> bakedTimes(const Track<T>& track, const Baking&
     const double last =
         act.range.last < Time::LAST || !hasKeyframes ? act.range.last.toDouble() : list.last().time.toDouble();
     QVector<Time> times;
-    if (!std::isfinite(first) || !(last >= first) || !(act.step > 0.0) || !((last - first) / act.step <= most))
+    const bool isSpan = std::isfinite(first) && last >= first && last <= Time::LARGEST_VALID_VALUE;
+    if (!isSpan || !(act.step > 0.0) || !((last - first) / act.step <= most))
         return times;
     const auto count = static_cast<int>(std::ceil((last - first) / act.step));
     times.reserve(count + 1);
+    // A step may be less than times can say there.
+    const auto add = [&](Time time) {
+        if (times.isEmpty() || time > times.last())
+            times.append(time);
+    };
     for (int i = 0; i < count; ++i)
-        times.append(Time::fromDouble(first + i * act.step));
-    times.append(Time::fromDouble(last));
+        add(Time::fromDouble(first + i * act.step));
+    add(Time::fromDouble(last));
     return times;
 }
 

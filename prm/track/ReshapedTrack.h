@@ -32,6 +32,7 @@ constexpr const char* hasHooks = "a class of the application computes the values
 constexpr const char* hasCustomKind = "a function of the application computes the values there";
 constexpr const char* isBlend = "the view shows a blend of others";
 constexpr const char* hasNoCurves = "values of this type have no curves";
+constexpr const char* isTooWide = "the radius has too many steps";
 constexpr const char* isEmptySpan = "the times are not a finite span";
 constexpr const char* isNegativeError = "the error is negative";
 constexpr const char* isNotFinite = "the values are not finite";

@@ -65,6 +65,9 @@ template <class T> const char* reshape(ReshapedTrack<T>& track, const Smoothing&
         if (times.isEmpty())
             return isEmptySpan;
         const auto weights = normalWeights(act.radius, act.baking.step, times.size());
+        constexpr double most = 0x1p32;
+        if (static_cast<double>(weights.size()) * times.size() > most)
+            return isTooWide;
         if (const char* const refusal = replaceStretch(track, times, smoothed(track.shownAt(times), weights)))
             return refusal;
         return reshape(track, Simplification{{times.first(), times.last()}, act.error});
