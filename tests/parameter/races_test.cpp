@@ -124,7 +124,8 @@ template <class T> auto questions() {
     return all;
 }
 
-using Steps = std::vector<std::function<void()>>;
+/// Each calls the function in a state that may not be announced.
+using Steps = std::vector<std::function<void(const std::function<void()>& silently)>>;
 
 /// All acts, on parameters that are tied to and take over each other, in an order that is random and fixed.
 template <class Kind> Steps stepsOn(Kind& asked, Kind& first, Kind& second) {
@@ -141,12 +142,13 @@ template <class Kind> Steps stepsOn(Kind& asked, Kind& first, Kind& second) {
             a.kind = 1 + a.kind % 2;
         Kind& own = choose.below(4) > 0 ? asked : first;
         Kind& other = choose.yes() && &own != &first ? first : second;
-        steps.push_back([&act, a, &own, &other, byHand = i % 2 > 0]() mutable {
+        steps.push_back([&act, a, &own, &other, byHand = i % 2 > 0](const auto& silently) mutable {
             a.aim(own, a.number + a.kind);
             Command command;
             try {
                 act.run(command, own, other, a);
                 command.doIt();
+                silently();
                 if (byHand)
                     command.undoIt();
             } catch (const std::runtime_error&) {
@@ -199,7 +201,7 @@ template <class Kind, class T> void seeOnlyWhatWas() {
     for (int round = 0; round < 2; ++round) {
         beginAnew(note);
         for (const auto& step : steps)
-            step(), note();
+            step(note), note();
     }
     for (const Kind* one : {&asked, &first, &second})
         one->detachAllObservers();
@@ -218,7 +220,7 @@ template <class Kind, class T> void seeOnlyWhatWas() {
     for (int round = rounds(16); round > 0; --round) {
         beginAnew([] {});
         for (std::size_t i = 0; i < steps.size(); ++i) {
-            steps[i]();
+            steps[i]([] {});
             // Now one, now another state stays for a while.
             if (i % 16 == static_cast<std::size_t>(round) % 16)
                 crowd.untilAllPass();
