@@ -408,8 +408,7 @@ private:
     PRM_NEVER_INLINE T generalValue(const Context& context, Cache* cache) const;
     T ownValue(const Context& context, Cache* cache) const;
     PRM_ALWAYS_INLINE bool runsOtherCode() const;
-    PRM_ALWAYS_INLINE bool isEvaluated(const PVData& data, Time time, const detail::Protection& protection,
-                                       T& value) const;
+    PRM_ALWAYS_INLINE bool isEvaluated(const Context& context, quint64 before, T& value) const;
     PRM_ALWAYS_INLINE detail::Outside outside() const { return {m_extrapolationBefore, m_extrapolationAfter}; }
 
     /// "None" for the questions about keyframes.

@@ -260,34 +260,57 @@ private:
     StepNotes* const m_notes;
 };
 
-/// Nearly every evaluation is of a parameter without a master whose views read one block. It is tried first: what the
-/// general way calls has to save registers, and what is saved has to be written before a block can be protected.
+namespace detail {
+
+/// The value in protected data; false where a function that a host registered is needed for it.
+template <class T>
+PRM_ALWAYS_INLINE bool isEvaluated(const Track<T>& track, bool isKeyframed, Outside around, Time time,
+                                   const Protection& protection, T& value) {
+    const QVector<KeyframeData<T>>& keyframes = track.keyframes;
+    if (!isKeyframed || keyframes.isEmpty()) {
+        value = track.staticValue;
+        return true;
+    }
+    const Bracket at = bracketNear(keyframes.constData(), keyframes.size(), time, protection.thread().cursor());
+    if (asksHost(keyframes, at, around))
+        return false;
+    value = valueAround(keyframes, at, around, time);
+    return true;
+}
+
+} // namespace detail
+
+/// Nearly every evaluation is of a parameter without a master, or of one with a master that is no class of a host's. It
+/// is tried first: what the general way calls has to save registers, and what is saved has to be written before a block
+/// can be protected.
 template <class T> T Parameter<T>::value(const Context& context, Cache* cache) const {
     const quint64 before = detail::masterChanges.load();
-    if (!masterParameter() && !runsOtherCode()) {
-        T value{};
-        detail::Protection protection;
-        const PVData* const data = m_views.protectShared(protection);
-        if (data && isEvaluated(*data, context.time, protection, value) && detail::masterChanges.load() == before)
-            return value;
-    }
+    T value{};
+    if (!masterParameter() && isEvaluated(context, before, value))
+        return value;
     return shownValue(context, cache);
 }
 
-/// Tried next: a master, and the own data of one of several views.
 template <class T> T Parameter<T>::shownValue(const Context& context, Cache* cache) const {
     const quint64 before = detail::masterChanges.load();
-    const Parameter& shown = shownParameter();
-    if (!shown.runsOtherCode()) {
-        T value{};
-        detail::Protection protection;
-        const PVData* data = shown.m_views.protectShared(protection);
-        if (!data && shown.Parameter::splittable())
-            data = shown.m_views.protectOwn(protection, context.view);
-        if (data && shown.isEvaluated(*data, context.time, protection, value) && detail::masterChanges.load() == before)
-            return value;
-    }
+    T value{};
+    if (shownParameter().isEvaluated(context, before, value))
+        return value;
     return generalValue(context, cache);
+}
+
+/// The value in the block that all views read, or in the own data of one of several; false where it is not found there,
+/// or masters have changed since they were counted.
+template <class T> bool Parameter<T>::isEvaluated(const Context& context, quint64 before, T& value) const {
+    if (runsOtherCode())
+        return false;
+    detail::Protection protection;
+    const PVData* data = m_views.protectShared(protection);
+    if (!data && Parameter::splittable())
+        data = m_views.protectOwn(protection, context.view);
+    return data &&
+           detail::isEvaluated<T>(*data, Parameter::isKeyframed(), outside(), context.time, protection, value) &&
+           detail::masterChanges.load() == before;
 }
 
 template <class T> T Parameter<T>::generalValue(const Context& context, Cache* cache) const {
@@ -302,7 +325,8 @@ template <class T> T Parameter<T>::ownValue(const Context& context, Cache* cache
         detail::Protection protection;
         const PVData& data = m_views.protect(
             protection, [&](const FastViewMap& map) { return sourceView(map, context.view, Traits(*this), sources); });
-        if (sources.size() < 2 && isEvaluated(data, context.time, protection, value))
+        if (sources.size() < 2 &&
+            detail::isEvaluated<T>(data, Parameter::isKeyframed(), outside(), context.time, protection, value))
             return value;
     }
     Evaluation(*this, context, cache)(&context.time, 1, &value);
@@ -312,23 +336,6 @@ template <class T> T Parameter<T>::ownValue(const Context& context, Cache* cache
 /// Whether evaluation may run code of a host's: hooks, or a value type that blends by functions of its own.
 template <class T> bool Parameter<T>::runsOtherCode() const {
     return (blends<T> && !isPlain<T>) || asksHooks();
-}
-
-/// The value in protected data; false where a function that a host registered is needed for it.
-template <class T>
-bool Parameter<T>::isEvaluated(const PVData& data, Time time, const detail::Protection& protection, T& value) const {
-    const KeyframeVector& keyframes = data.keyframes;
-    if (!Parameter::isKeyframed() || keyframes.isEmpty()) {
-        value = data.staticValue;
-        return true;
-    }
-    const detail::Bracket at =
-        detail::bracketNear(keyframes.constData(), keyframes.size(), time, protection.thread().cursor());
-    const detail::Outside around = outside();
-    if (detail::asksHost(keyframes, at, around))
-        return false;
-    value = detail::valueAround(keyframes, at, around, time);
-    return true;
 }
 
 template <class T>
