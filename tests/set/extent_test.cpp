@@ -130,9 +130,9 @@ TEST(ExtentOfChange, IsAllTimesAfterAnEditInAnEarlierSlot) {
         {"view interpolation", [](Number& n) { n.setViewInterpolation({Mode::Linear}); }},
     };
     for (const auto& [name, act] : rows) {
+        auto once = act;
         Number number("number");
         key(number, {{0, 1.}, {10, 2.}, {20, 4.}, {30, 3.}});
-        auto once = act;
         QObject::connect(&number, &P::changed, &number, [&](const ParameterChange&) {
             if (const auto now = std::exchange(once, nullptr))
                 now(number);
