@@ -398,7 +398,8 @@ private:
     struct Traits {
         Traits(bool isKeyframed, bool isSplittable) : keyframed(isKeyframed), splittable(isSplittable) {}
         /// Whatever its class overrides.
-        explicit Traits(const Parameter& own) : Traits(own.Parameter::isKeyframed(), own.Parameter::splittable()) {}
+        explicit Traits(const Parameter& own)
+            : keyframed(own.Parameter::isKeyframed()), splittable(own.Parameter::splittable()) {}
 
         bool keyframed;
         bool splittable;

@@ -24,9 +24,6 @@ using SerialisedKeyframes = std::vector<boost::shared_ptr<SerialisedKeyframe>>;
 /// The times of a view's keyframes, in order.
 std::vector<Time> keyframeTimes(const ParameterWithoutType& parameter, const View& view);
 
-/// The parameters whose keyframes they are: the parts of a compound, each once, otherwise the parameter itself.
-std::vector<QPointer<ParameterWithoutType>> ownersOf(ParameterWithoutType& parameter);
-
 /// The keyframes of a view at these times.
 SerialisedKeyframes serialised(const ParameterWithoutType& parameter, const View& view, const std::vector<Time>& times);
 

@@ -164,7 +164,7 @@ private:
 
         View view;
         /// Without data, so that storing makes some.
-        bool isNew;
+        bool isNew = false;
         Track first;
         Track present;
         Track now;

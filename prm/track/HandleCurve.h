@@ -22,8 +22,8 @@ public:
     };
     /// A keyframe at the start or within, and the shape of the piece that starts there.
     struct Piece {
-        double time;
-        double value;
+        double time = 0.0;
+        double value = 0.0;
         IType shape;
     };
 
