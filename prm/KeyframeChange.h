@@ -26,7 +26,7 @@ struct PRM_EXPORT KeyframeChange {
     /// Gives the segments that start at the keyframes a kind and a shape.
     static KeyframeChange shaped(const IType& shape);
     /// Changes the handles of each keyframe.
-    static KeyframeChange withHandles(const HandleChange& change);
+    static KeyframeChange withHandles(const HandleChange& handles);
     /// Deletes the keyframes. If a view has none left, the value of the last one becomes its static value.
     static KeyframeChange deleted();
 
