@@ -28,7 +28,7 @@ public:
         for (unsigned int i = 0; i < count; ++i) {
             const Prm::Context at = m_edited.keyframeTime(i, m_view);
             const Prm::KeyframeIndex index(&m_edited, m_view, i);
-            now.push_back({at.time, valueAt(at), m_edited.interpolationData(index)});
+            now.emplace_back(at.time, valueAt(at), m_edited.interpolationData(index));
         }
         if (now == m_former)
             return putBackStaticValue();
@@ -79,7 +79,7 @@ QString reshapeCurve(const FileParameter& file, const CurveEdit& edit, const Prm
     if (span.view.isValid() && !file.data().hasViewData(span.view))
         return message("view %1 has no data of its own; prm split gives it some", span.view.id());
     const auto made = edit(*typed.parameter, span);
-    const QString refusal = made ? made->refusal() : QString();
+    QString refusal = made ? made->refusal() : QString();
     if (!made || !refusal.isEmpty())
         return refusal;
     made->doIt();
