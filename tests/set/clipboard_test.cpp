@@ -78,7 +78,7 @@ TEST(Clipboard, CopiesExactlyInOneStep) {
 TEST(Clipboard, FindsParametersByPathThenByNameAndTellsTheRest) {
     const QString line = "view 0\nkeyframes.append( Key( 5, 1, Linear ) )\n";
     const QString number = line + "keyframes.append( Key( 6, one, Linear ) )\nview 1\nvalue=2\n";
-    // Path, type, what is told, and the parameter that has the keyframe then.
+    // Path, type, what is reported, and the parameter that has the keyframe then.
     const std::tuple<const char*, const char*, const char*, const char*> rows[] = {
         {"layer.position.x", "double", "'layer.position.x': value 'one' is not a number", "x"},
         {"old.inner.y", "double", "'layer.position.inner.y': value 'one' is not a number", "y"},
