@@ -25,8 +25,7 @@ class ParameterSet;
 /// - Of each parameter it has the path below a set, the type of its values, its selected keyframes by view, and the
 ///   extrapolation. Of a selected view without keyframes it has the static value.
 /// - Each parameter is pasted into the one of the same path below the other set, otherwise into the one that has the
-/// same
-///   name and type of values; of several, into the one of which most names at the end of the path are the same.
+///   same name and type of values; of several, into the one of which most names at the end of the path are the same.
 ///
 /// Shape numbers of custom kinds are not copied: project text has none.
 ///

@@ -1,6 +1,7 @@
 #include "prm/track/EasingPieces.h"
 
 #include "prm/track/BezierEasing.h"
+#include "prm/track/CubicCoordinate.h"
 #include "prm/track/CurveShapes.h"
 
 #include <algorithm>
@@ -11,41 +12,6 @@
 namespace Prm::detail {
 
 namespace {
-
-double between(double from, double to, double part) {
-    return from + (to - from) * part;
-}
-
-/// One coordinate of a cubic Bezier curve from 0 to 1.
-struct Coordinate {
-    double first;
-    double second;
-
-    /// The blossom, of which the control points of each piece are values.
-    double at(double a, double b, double c) const {
-        const double start = between(0.0, first, a);
-        const double middle = between(first, second, a);
-        const double end = between(second, 1.0, a);
-        return between(between(start, middle, b), between(middle, end, b), c);
-    }
-    double at(double s) const { return at(s, s, s); }
-    /// The inner control points of the piece from one parameter to another, as parts of its extent.
-    std::array<double, 2> within(double from, double to) const {
-        const double start = at(from);
-        const double extent = at(to) - start;
-        return {(at(from, from, to) - start) / extent, (at(from, to, to) - start) / extent};
-    }
-    /// How far the control points of a piece are from its start.
-    double reach(double from, double to) const {
-        const double start = at(from);
-        return std::max(
-            {std::abs(at(from, from, to) - start), std::abs(at(from, to, to) - start), std::abs(at(to) - start)});
-    }
-};
-
-double held(double number) {
-    return std::min(1.0, std::max(0.0, number));
-}
 
 class Cutting {
 public:
@@ -149,8 +115,8 @@ private:
         return turns;
     }
 
-    const Coordinate m_x;
-    const Coordinate m_y;
+    const CubicCoordinate m_x;
+    const CubicCoordinate m_y;
     const double m_height;
     std::vector<EasingPiece> m_pieces;
 };

@@ -1,6 +1,7 @@
 #include "prm/track/HandleCurve.h"
 
 #include "prm/track/BezierEasing.h"
+#include "prm/track/CubicCoordinate.h"
 #include "prm/track/CurveShapes.h"
 
 #include <algorithm>
@@ -11,35 +12,11 @@ namespace Prm::detail {
 
 namespace {
 
-double held(double part) {
-    return std::min(1.0, std::max(0.0, part));
-}
-
-double between(double from, double to, double part) {
-    return from + (to - from) * part;
-}
-
-/// One coordinate of a cubic Bezier curve from 0 to an end.
-struct Cubic {
-    double first;
-    double second;
-    double end;
-
-    /// The blossom, of which the control points of each piece are values.
-    double at(double a, double b, double c) const {
-        const double start = between(0.0, first, a);
-        const double middle = between(first, second, a);
-        const double last = between(second, end, a);
-        return between(between(start, middle, b), between(middle, last, b), c);
-    }
-    double at(double s) const { return at(s, s, s); }
-};
-
 /// Cuts a curve into pieces that shapes say. A piece of a curve whose time runs steeply can have control points outside
 /// of its time; its halves are less steep.
 class Cutting {
 public:
-    Cutting(const Cubic& x, const Cubic& y, double turn) : m_x(x), m_y(y), m_turn(turn) {}
+    Cutting(const CubicCoordinate& x, const CubicCoordinate& y, double turn) : m_x(x), m_y(y), m_turn(turn) {}
 
     struct Piece {
         double from;
@@ -54,7 +31,7 @@ public:
 private:
     static constexpr int mostHalvings = 12;
 
-    static double part(const Cubic& cubic, double from, double to, double near, double far) {
+    static double part(const CubicCoordinate& cubic, double from, double to, double near, double far) {
         return (cubic.at(near, near, far) - cubic.at(from)) / (cubic.at(to) - cubic.at(from));
     }
     void add(double from, double to, int halvings) {
@@ -72,8 +49,8 @@ private:
         m_pieces.push_back({from, {Interpolation::Bezier, held(x1), y1, held(x2), y2}});
     }
 
-    const Cubic m_x;
-    const Cubic m_y;
+    const CubicCoordinate m_x;
+    const CubicCoordinate m_y;
     const double m_turn;
     std::vector<Piece> m_pieces;
 };
@@ -135,8 +112,8 @@ bool HandleCurve::isShape() const {
 }
 
 std::vector<HandleCurve::Piece> HandleCurve::pieces() const {
-    const Cubic x{held(m_shape.x1), held(m_shape.x2), 1.0};
-    const Cubic y{m_outHeight, m_inHeight, 0.0};
+    const CubicCoordinate x{held(m_shape.x1), held(m_shape.x2), 1.0};
+    const CubicCoordinate y{m_outHeight, m_inHeight, 0.0};
     std::vector<Piece> pieces;
     for (const Cutting::Piece& piece : Cutting(x, y, m_outHeight != 0.0 ? 1.0 / 3.0 : 2.0 / 3.0).take()) {
         const double time = mix(m_start.time, m_end.time, x.at(piece.from));
