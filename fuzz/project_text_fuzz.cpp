@@ -2,12 +2,12 @@
 // meant to be, while the lines of others are not touched. Library and tool read the same header.
 
 #include "fuzz/Fuzz.h"
+#include "fuzz/Pieces.h"
 #include "prm/Explanation.h"
 #include "prm/MoveKeyframeEdit.h"
 #include "prm/ParameterEdits.h"
 #include "prm/ParameterSet.h"
 #include "prm/ProjectFile.h"
-#include "tests/world/Arguments.h"
 #include "tool/Checks.h"
 #include "tool/Project.h"
 #include "tool/ProjectDiff.h"
@@ -16,28 +16,6 @@
 using namespace Tool;
 
 namespace {
-
-/// Of which lines of every kind come about, whole and broken.
-const QList<QByteArray> pieces =
-    QByteArray("a|b.|a.b.|view[1].|view[0].|view[4000000000].|keyframes|.append( |Key( |BezierKey( |1|-2.5|1e39|nan|, |"
-               "Linear|Constant| ) )|value=|views=[0, 1]|views=[7|hidden=1|before=Linear|after=|MasterParameterId=a.b|"
-               "name=\"x\"|\"t\\\"|0 1|=|.|\n|\n|\r\n|\n\n|FileVersion.value=3002\n|FileVersion.value=2019\n|"
-               "ProductName.value=\"p\"\n|ProductVersion.value=\"1.2\"\n|FileTimestamp.value=\"\"\n|\xEF\xBB\xBF|"
-               "\xFF\xC0|NUL|a.keyframes.append( Key( 1, 2, Linear ) )\n|a.b.view[3].value=1\n|"
-               "a.keyframes.append( Key( 5.0,  x, Custom2 ) )\r\n|a.keyframes.append( Key( inf, 5, Linear ) )\n|"
-               "a.view[1].keyframes.append( BezierKey( 3, 2, 0, 0.123456789, 1, 1 ) )\n|"
-               "a.view[1].keyframes.append( Key( -2, 4, Linear ) )\n|a.keyframes.append( Key( 1, 3, Linear ) )\n|"
-               "a.value=2\n|a.views=[1, 0]\n|a.MasterParameterId=b\n|b.MasterParameterId=a\n")
-        .split('|');
-
-QByteArray pieced(Worlds::Choices choices) {
-    QByteArray text;
-    while (!choices.atEnd()) {
-        const QByteArray& piece = pieces.at(choices.below(pieces.size()));
-        text += piece == "NUL" ? QByteArray(1, 0) : piece;
-    }
-    return text;
-}
 
 QByteArray written(const FileParameter::Data& parameter) {
     return QByteArray::fromStdString(Prm::lines(parameter, {}, false));
@@ -181,6 +159,7 @@ void check(const QByteArray& bytes, Worlds::Choices choices) {
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const Worlds::Choices choices(data, size);
     check(Fuzz::bytesOf(data, size), choices);
-    check(pieced(choices), choices);
+    Worlds::Choices parts = choices;
+    check(Fuzz::pieced(parts, INT_MAX), choices);
     return 0;
 }

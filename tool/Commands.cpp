@@ -25,6 +25,7 @@ const std::vector<Command>& commands() {
         {"split", "Gives a view data of its own.", split},
         {"upgrade", "Writes a project text in the newest version of the format.", upgrade},
         {"diff", "Compares two project texts by what they say.", compare},
+        {"merge", "Merges two project texts that come from one.", mergeProjects},
         {"check", "Reports what is malformed, unknown, or will not survive a save.", check},
     };
     return all;

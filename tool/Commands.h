@@ -40,5 +40,6 @@ int reverse(Arguments& arguments);
 int adjustValues(Arguments& arguments);
 int split(Arguments& arguments);
 int upgrade(Arguments& arguments);
+int mergeProjects(Arguments& arguments);
 
 } // namespace Tool

@@ -64,6 +64,11 @@ std::vector<FileLine> linesOf(const ProjectText& text, int node) {
     return lines;
 }
 
+bool areUtf8(const std::vector<FileLine>& lines) {
+    return std::all_of(lines.begin(), lines.end(),
+                       [](const FileLine& line) { return toView(toText(line.bytes).toUtf8()) == line.bytes; });
+}
+
 /// The library's own names know one custom kind.
 template <class Enum> QString numbered(Enum kind, const QString& name) {
     if (kind < Enum::Custom0)
@@ -73,15 +78,20 @@ template <class Enum> QString numbered(Enum kind, const QString& name) {
 
 } // namespace
 
-FileParameter::FileParameter(const ProjectText& text, int node) : FileParameter(linesOf(text, node), text.version()) {
+FileParameter::FileParameter(const ProjectText& text, int node)
+    : FileParameter(text, node, areUtf8(linesOf(text, node))) {}
+
+FileParameter::FileParameter(const ProjectText& text, int node, bool isUtf8)
+    : FileParameter(linesOf(text, node), text.version(), isUtf8) {
     m_node = node;
     m_path = text.path(node);
 }
 
 FileParameter::FileParameter(const std::vector<FileLine>& lines, const Prm::ProjectFileVersion& version)
-    : m_data(std::make_unique<Data>()), m_isUtf8(std::all_of(lines.begin(), lines.end(), [](const FileLine& line) {
-          return toView(toText(line.bytes).toUtf8()) == line.bytes;
-      })) {
+    : FileParameter(lines, version, areUtf8(lines)) {}
+
+FileParameter::FileParameter(const std::vector<FileLine>& lines, const Prm::ProjectFileVersion& version, bool isUtf8)
+    : m_data(std::make_unique<Data>()), m_isUtf8(isUtf8) {
     for (const PlacedLine& each : inReadingOrder(lines, version))
         read(each.line, each.reading, version);
     std::sort(m_refused.begin(), m_refused.end());
@@ -114,6 +124,20 @@ FileViews FileParameter::views() const {
             data.keys.push_back(m_data->keyframe(i, view));
     }
     return views;
+}
+
+FileViews FileParameter::normalisedViews(Kind kind) const {
+    FileViews normalised = views();
+    const auto normalise = [&](FileValue& value) {
+        if (value.line != FileValue::noLine)
+            value.text = "" + kind->normalised(shown(value.text));
+    };
+    for (auto& [view, data] : normalised) {
+        normalise(data.value);
+        for (FileKeyframe& key : data.keys)
+            normalise(key.value);
+    }
+    return normalised;
 }
 
 FileValue FileParameter::newValue(const QString& given) const {

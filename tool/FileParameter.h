@@ -26,14 +26,20 @@ public:
 
     /// As the lines of the file say.
     FileParameter(const ProjectText& text, int node);
+    /// The same, but byte by byte where that is asked for.
+    FileParameter(const ProjectText& text, int node, bool isUtf8);
     /// As these lines would say to a reader of that version.
     FileParameter(const std::vector<FileLine>& lines, const Prm::ProjectFileVersion& version);
+    /// The same, but byte by byte where that is asked for.
+    FileParameter(const std::vector<FileLine>& lines, const Prm::ProjectFileVersion& version, bool isUtf8);
 
     /// -1 for lines that are in no file.
     int node() const { return m_node; }
     const QString& path() const { return m_path; }
     Data& data() const { return *m_data; }
     FileViews views() const;
+    /// With values as texts of that kind that are equal when they mean the same.
+    FileViews normalisedViews(Kind kind) const;
     /// The lines that cannot be read, ascending.
     const std::vector<int>& refused() const { return m_refused; }
     /// What all values have in common, those included that others replace; null without values.
@@ -58,6 +64,8 @@ public:
 
     // --- between the texts of values and the bytes of the file -------------------------------------------------------
     /// A parameter with a line that is no UTF-8 is read byte by byte, so that nothing is lost.
+    bool isUtf8() const { return m_isUtf8; }
+    /// As the file has it.
     QByteArray bytes(const QString& text) const { return m_isUtf8 ? text.toUtf8() : text.toLatin1(); }
     /// For people, and for what a value means.
     QString shown(const QString& text) const { return m_isUtf8 ? text : QString::fromUtf8(text.toLatin1()); }

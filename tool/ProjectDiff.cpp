@@ -48,31 +48,8 @@ QString contentOf(const FileViews& views) {
     return views.empty() ? QString() : message(", %1 views, %2", views.size(), keyCount(keys));
 }
 
-/// With values as texts that are equal when they mean the same.
-FileViews normalised(const FileParameter& parameter, Kind kind) {
-    FileViews views = parameter.views();
-    const auto normalise = [&](FileValue& value) {
-        if (value.line != FileValue::noLine)
-            value.text = "" + kind->normalised(parameter.shown(value.text));
-    };
-    for (auto& [view, data] : views) {
-        normalise(data.value);
-        for (FileKeyframe& key : data.keys)
-            normalise(key.value);
-    }
-    return views;
-}
-
 bool hasOnlyFirst(const FileViews& views) {
     return views.size() == 1 && views.begin()->first == 0;
-}
-
-/// For each node of a text, the node of that path in another one, -1 without one.
-std::vector<int> counterparts(const ProjectText& text, const ProjectText& other) {
-    std::vector<int> found{ProjectText::root};
-    for (int node = 1; node < text.nodeCount(); ++node)
-        found.push_back(other.findChild(found[static_cast<std::size_t>(text.node(node).parent)], text.node(node).name));
-    return found;
 }
 
 /// Two texts, node by node.
@@ -83,13 +60,13 @@ public:
 
     std::vector<Difference> differences() {
         compareHeaders();
-        const std::vector<int> after = counterparts(m_from, m_to);
+        const std::vector<int> after = m_from.counterpartsIn(m_to);
         Progress progress("comparing", after.size());
         for (int node = 1; node < m_from.nodeCount(); ++node) {
             progress.step();
             compareNode(node, after);
         }
-        const std::vector<int> before = counterparts(m_to, m_from);
+        const std::vector<int> before = m_to.counterpartsIn(m_from);
         for (int node = 1; node < m_to.nodeCount(); ++node)
             addNew(node, before);
         compareUnknownLines();
@@ -205,7 +182,7 @@ private:
 
     void addParameter(const QString& change, int node, Kinds& kinds) {
         const FileParameter parameter = kinds.read(node);
-        add("parameter", change, "parameter " + change + contentOf(normalised(parameter, parameter.kind())));
+        add("parameter", change, "parameter " + change + contentOf(parameter.normalisedViews(parameter.kind())));
     }
 
     /// Most parameters of a large project are left alone: their lines are the same, and then mean the same.
@@ -219,7 +196,7 @@ private:
 
     void compareParameters(const FileParameter& from, const FileParameter& to) {
         const Kind kind = commonKind(from.kind(), to.kind());
-        compareViews(normalised(from, kind), normalised(to, kind));
+        compareViews(from.normalisedViews(kind), to.normalisedViews(kind));
         addChange("before", "extrapolation before", from.before(), to.before());
         addChange("after", "extrapolation after", from.after(), to.after());
         if (from.isHidden() != to.isHidden())

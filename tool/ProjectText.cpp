@@ -34,6 +34,10 @@ ProjectText::ProjectText(const QByteArray& text) : m_text(text), m_nodes(1) {
 }
 
 ProjectText::ProjectText(const QString& file) : ProjectText(readInput(file)) {
+    refuseUnlessProject(file);
+}
+
+void ProjectText::refuseUnlessProject(const QString& file) const {
     const auto isKnown = [](const Line& line) { return line.key != Key::None; };
     const bool isCopied = Prm::KeyframeClipboard::isClipboardText(QString::fromUtf8(m_text.left(longestIndentation)));
     if (!isCopied && std::any_of(m_lines.begin(), m_lines.end(), isKnown))
@@ -166,6 +170,15 @@ int ProjectText::findNode(std::string_view path) const {
 int ProjectText::findChild(int parent, std::string_view name) const {
     const auto found = m_places.find({parent, name});
     return found == m_places.end() ? -1 : found->second;
+}
+
+std::vector<int> ProjectText::counterpartsIn(const ProjectText& other) const {
+    std::vector<int> found{root};
+    for (int node = 1; node < nodeCount(); ++node) {
+        const int above = found[static_cast<std::size_t>(this->node(node).parent)];
+        found.push_back(above < 0 ? -1 : other.findChild(above, this->node(node).name));
+    }
+    return found;
 }
 
 int ProjectText::masterOf(int node) const {

@@ -36,6 +36,8 @@ public:
     /// Reads a file, "-" for standard input. Throws `Problem` when it cannot be read, or is not a project text: no line
     /// of it belongs to a header, a group or a parameter.
     explicit ProjectText(const QString& file);
+    /// Throws `Problem`, with the name of the file, when no line belongs to a header, a group or a parameter.
+    void refuseUnlessProject(const QString& file) const;
     ProjectText(const ProjectText&) = delete;
     ProjectText& operator=(const ProjectText&) = delete;
 
@@ -62,6 +64,8 @@ public:
     int findNode(std::string_view path) const;
     /// -1 when there is none, or no parent.
     int findChild(int parent, std::string_view name) const;
+    /// For each node, the node of that path in another text, -1 without one.
+    std::vector<int> counterpartsIn(const ProjectText& other) const;
     /// The parameter that the last master line of a node names, -1 without such a line or parameter.
     int masterOf(int node) const;
 

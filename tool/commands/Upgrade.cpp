@@ -1,73 +1,8 @@
-#include "prm/ParameterSet.h"
 #include "tool/Commands.h"
-#include "tool/Progress.h"
 #include "tool/edit/Editing.h"
-
-#include <QTextStream>
-
-#include <algorithm>
+#include "tool/edit/Upgrading.h"
 
 namespace Tool {
-
-namespace {
-
-Lines newestHeader() {
-    Prm::ProjectFileVersion version("prm");
-    Prm::ParameterSet properties;
-    version.initialiseProperties(properties);
-    QString text;
-    QTextStream stream(&text);
-    properties.bStreamOut(stream, QString(), false);
-    stream.flush();
-    Lines lines;
-    for (const QString& line : text.split('\n', Qt::SkipEmptyParts))
-        lines.push_back(line.toUtf8());
-    return lines;
-}
-
-QByteArray nameOf(const QByteArray& line) {
-    return line.left(line.indexOf('.'));
-}
-
-/// What the file already says of its writer stays; only the version of the format is another.
-Lines upgradedHeader(const ProjectText& text) {
-    Lines header = newestHeader();
-    for (int i = 0; i < text.lineCount(); ++i) {
-        const QByteArray line = toBytes(text.line(i));
-        const auto found = std::find_if(header.begin() + 1, header.end(),
-                                        [&](const QByteArray& each) { return nameOf(each) == nameOf(line); });
-        if (text.key(i) == Key::Header && found != header.end())
-            *found = line;
-    }
-    return header;
-}
-
-void changeHeader(const ProjectText& text, LineChanges& changes) {
-    int first = FileValue::noLine;
-    for (int i = text.lineCount() - 1; i >= 0; --i) {
-        if (text.key(i) == Key::Header)
-            changes[first = i].own = Lines();
-    }
-    const Lines header = upgradedHeader(text);
-    Lines& place = changes[std::max(first, 0)].before;
-    place.insert(place.begin(), header.begin(), header.end());
-}
-
-/// Parameters whose lines a reader of the newest version takes in another sense.
-void changeParameters(const ProjectText& text, LineChanges& changes) {
-    Prm::ProjectFileVersion newest;
-    newest.streamVersion = Prm::StreamVersion::latest;
-    Progress progress("upgrading", static_cast<std::size_t>(text.nodeCount()));
-    for (int node = 0; node < text.nodeCount(); ++node) {
-        progress.step();
-        if (!text.node(node).isParameter())
-            continue;
-        const FileParameter parameter(text, node);
-        changes.merge(changedLines(text, parameter.views(), parameter, newest));
-    }
-}
-
-} // namespace
 
 int upgrade(Arguments& arguments) {
     Project::declare(arguments);
@@ -78,16 +13,7 @@ int upgrade(Arguments& arguments) {
     outputOf(arguments);
     const Project project(arguments);
     const ProjectText& text = project.text();
-    const quint32 version = text.version().streamVersion;
-    if (version > Prm::StreamVersion::latest)
-        throw Problem("%1: written in version %2 of the format, newer than %3", arguments.file(), version,
-                      Prm::StreamVersion::latest);
-    LineChanges changes;
-    if (version < Prm::StreamVersion::latest)
-        changeParameters(text, changes);
-    if (version < Prm::StreamVersion::latest || !text.hasCompleteHeader())
-        changeHeader(text, changes);
-    writeEdited(arguments, text, changes);
+    writeEdited(arguments, text, upgradingChanges(text, arguments.file()));
     return Fine;
 }
 

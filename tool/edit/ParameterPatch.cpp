@@ -34,9 +34,10 @@ QByteArray withTimeAndValue(QByteArray line, const QByteArray& time, const QByte
 class Patch {
 public:
     Patch(const ProjectText& text, const FileViews& before, const FileParameter& edited,
-          const Prm::ProjectFileVersion& version)
+          const Prm::ProjectFileVersion& version, const OtherLines& others)
         : m_text(text), m_lines(text.node(edited.node()).lines), m_version(version), m_before(before), m_edited(edited),
-          m_after(edited.views()), m_path(m_text.reading(m_lines.front()).path), m_prefix(toBytes(m_path) + '.') {
+          m_others(others), m_after(edited.views()), m_path(m_text.reading(m_lines.front()).path),
+          m_prefix(toBytes(m_path) + '.') {
         for (const auto& [view, data] : before) {
             for (const FileKeyframe& key : data.keys)
                 m_origins.emplace(key.value.line, &key);
@@ -92,7 +93,7 @@ public:
         }
         const auto isOurs = [&](const QByteArray& line) { return readLine(toView(line)).path == m_path; };
         return std::all_of(changed.begin(), changed.end(), isOurs) &&
-               isWritten(FileParameter(lines, m_version).views());
+               isWritten(FileParameter(lines, m_version, m_edited.isUtf8()).views());
     }
 
 private:
@@ -125,10 +126,14 @@ private:
         return last == m_lines.rend() ? startOfData() : m_changes[*last].after;
     }
 
-    /// What a line says, without its path and view.
-    QByteArray entryOf(int line) const {
-        const LineReading reading = m_text.reading(line);
-        return toBytes(reading.entry.substr(reading.view.isValid() ? reading.entry.find('.') + 1 : 0));
+    std::optional<KeyframeLine> originOf(const FileKeyframe& key) const {
+        const auto other = m_others.find(key.value.line);
+        if (other != m_others.end())
+            return other->second;
+        const auto found = m_origins.find(key.value.line);
+        if (found == m_origins.end())
+            return std::nullopt;
+        return KeyframeLine{*found->second, entryWithoutView(m_text, key.value.line)};
     }
 
     // --- new lines ---------------------------------------------------------------------------------------------------
@@ -146,12 +151,11 @@ private:
     QByteArray keyframeLine(quint32 view, const FileKeyframe& key) const {
         const QByteArray anew =
             m_edited.bytes(m_edited.data().getSerialisedKeyframe({key.time, Prm::View(view)})->toString());
-        const auto found = m_origins.find(key.value.line);
-        if (found == m_origins.end() || found->second->interpolationData != key.interpolationData)
+        const std::optional<KeyframeLine> origin = originOf(key);
+        if (!origin || origin->key.interpolationData != key.interpolationData)
             return m_prefix + anew;
-        const FileKeyframe& origin = *found->second;
-        const QByteArray time = origin.time == key.time ? QByteArray() : toBytes(keyframeTimeText(toView(anew)));
-        const QByteArray entry = withTimeAndValue(entryOf(key.value.line), time, m_edited.bytes(origin.value.text),
+        const QByteArray time = origin->key.time == key.time ? QByteArray() : toBytes(keyframeTimeText(toView(anew)));
+        const QByteArray entry = withTimeAndValue(origin->entry, time, m_edited.bytes(origin->key.value.text),
                                                   m_edited.bytes(key.value.text));
         const QByteArray prefix = view == Prm::View::defaultViewId() ? QByteArray() : prefixOf(view);
         return m_prefix + (entry.isEmpty() ? anew : prefix + entry);
@@ -176,7 +180,7 @@ private:
         for (const auto& [view, data] : m_before) {
             const int line = data.value.line;
             if (line != FileValue::noLine && !namesView(line))
-                replace(line, m_prefix + prefixOf(view) + entryOf(line));
+                replace(line, m_prefix + prefixOf(view) + entryWithoutView(m_text, line));
         }
     }
 
@@ -305,6 +309,7 @@ private:
     const Prm::ProjectFileVersion& m_version;
     const FileViews& m_before;
     const FileParameter& m_edited;
+    const OtherLines& m_others;
     FileViews m_after;
     std::string_view m_path;
     QByteArray m_prefix;
@@ -315,9 +320,14 @@ private:
 
 } // namespace
 
+QByteArray entryWithoutView(const ProjectText& text, int line) {
+    const LineReading reading = text.reading(line);
+    return toBytes(reading.entry.substr(reading.view.isValid() ? reading.entry.find('.') + 1 : 0));
+}
+
 LineChanges changedLines(const ProjectText& text, const FileViews& before, const FileParameter& edited,
-                         const Prm::ProjectFileVersion& version) {
-    Patch patch(text, before, edited, version);
+                         const Prm::ProjectFileVersion& version, const OtherLines& others) {
+    Patch patch(text, before, edited, version, others);
     patch.makeFewest();
     if (patch.isRight())
         return patch.changes();

@@ -36,11 +36,25 @@ using LineChanges = std::map<int, LineChange>;
 /// last line end keeps having none.
 QByteArray bytesWith(const ProjectText& text, const LineChanges& changes);
 
+/// A keyframe whose line is in another text, and what that line says without its path and view.
+struct KeyframeLine {
+    FileKeyframe key;
+    QByteArray entry;
+};
+
+/// By the lines that their values name, which are below `FileValue::noLine`.
+using OtherLines = std::map<int, KeyframeLine>;
+
+/// What a line says, without its path and view.
+QByteArray entryWithoutView(const ProjectText& text, int line);
+
 /// The fewest changes to a parameter's lines that make it say to a reader of that version what an edit has made of it.
 /// Where these are not enough, as with lines in an order that undoes some of them, all its keyframes and values anew,
 /// at the place of the first, as a project would be saved. Throws `Problem` when the format cannot hold it, such as two
 /// keyframes whose times are written alike.
+///
+/// Keyframes from `others` are written as these lines are.
 LineChanges changedLines(const ProjectText& text, const FileViews& before, const FileParameter& edited,
-                         const Prm::ProjectFileVersion& version);
+                         const Prm::ProjectFileVersion& version, const OtherLines& others = {});
 
 } // namespace Tool

@@ -1,0 +1,94 @@
+#include "tool/Arguments.h"
+#include "tool/Commands.h"
+#include "tool/PathPattern.h"
+#include "tool/ProjectText.h"
+#include "tool/Streams.h"
+#include "tool/merge/ProjectMerge.h"
+
+namespace Tool {
+
+namespace {
+
+/// The bytes of a project text, or of an empty file, which a version control system gives for one that was not there.
+QByteArray textOption(const Arguments& arguments, const char* option) {
+    if (!arguments.has(option))
+        throw WrongUse("--%1 is needed", option);
+    const QString file = arguments.value(option);
+    QByteArray bytes = readInput(file);
+    if (!bytes.isEmpty())
+        ProjectText(bytes).refuseUnlessProject(file);
+    return bytes;
+}
+
+struct Rule {
+    Side side;
+    PathPattern pattern;
+};
+
+/// Each --take belongs to the pattern of its place; a single one to all patterns.
+std::vector<Rule> rulesOf(const Arguments& arguments) {
+    const QStringList sides = arguments.values("take");
+    const QStringList patterns = arguments.rest();
+    if (sides.size() != patterns.size() && (sides.size() != 1 || patterns.isEmpty()))
+        throw WrongUse("each --take needs a pattern after it: --take theirs 'logo.*'");
+    std::vector<Rule> rules;
+    for (int i = 0; i < patterns.size(); ++i) {
+        const QString& side = sides.at(std::min(i, sides.size() - 1));
+        if (side != "ours" && side != "theirs")
+            throw WrongUse("--take %1: it is ours or theirs", side);
+        rules.push_back({side == "ours" ? Side::Ours : Side::Theirs, PathPattern(patterns.at(i))});
+    }
+    return rules;
+}
+
+Settlement settlementOf(const Arguments& arguments) {
+    return [rules = rulesOf(arguments)](const QString& path) {
+        std::optional<Side> side;
+        for (const Rule& rule : rules) {
+            if (rule.pattern.matches(path))
+                side = rule.side;
+        }
+        return side;
+    };
+}
+
+QByteArray written(const std::vector<Conflict>& conflicts) {
+    Table table({"path", "view", "what", "frame", "base", "ours", "theirs", "message"});
+    for (const Conflict& each : conflicts)
+        table.add({each.path, each.view, each.what, each.frame, each.base, each.ours, each.theirs, each.message});
+    return table.written(TableForm::Json);
+}
+
+} // namespace
+
+int mergeProjects(Arguments& arguments) {
+    arguments.positional("PATTERN", "The paths that --take is about.", "[PATTERN...]")
+        .option("base", "The text that both come from; may be empty.", "FILE")
+        .option("ours", "The text here. Where both have changed one thing, it stands.", "FILE")
+        .option("theirs", "The text there.", "FILE")
+        .option({"o", "output"}, "Writes to a file, - for standard output.", "OUT")
+        .option("take", "Settles the conflicts of the paths that the next pattern names.", "ours|theirs")
+        .option("conflicts", "Writes the conflicts that are left to a file, as JSON.", "FILE")
+        .option("path", "What the file is called in messages.", "NAME")
+        .example("prm merge --base base.prm --ours ours.prm --theirs theirs.prm -o merged.prm --take theirs 'logo.*'");
+    if (!arguments.read())
+        return Fine;
+    if (!arguments.has("o"))
+        throw WrongUse("-o is needed: where to write");
+    const Settlement settlement = settlementOf(arguments);
+    const Merge merged = merge(textOption(arguments, "base"), textOption(arguments, "ours"),
+                               textOption(arguments, "theirs"), settlement);
+    const QString place = arguments.has("path") ? arguments.value("path") + ": " : QString();
+    for (const Conflict& conflict : merged.conflicts)
+        report(place + conflict.message);
+    if (arguments.has("conflicts"))
+        writeOutput(arguments.value("conflicts"), written(merged.conflicts));
+    writeOutput(arguments.value("o"), merged.text);
+    if (merged.conflicts.empty())
+        return Fine;
+    tell("%1%2 left, in which ours stands; --take settles them", place,
+         message(merged.conflicts.size() == 1 ? "%1 conflict" : "%1 conflicts", merged.conflicts.size()));
+    return Findings;
+}
+
+} // namespace Tool

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "tool/FileValue.h"
+#include "tool/merge/Judge.h"
+
+namespace Tool {
+
+using FileKeyframes = std::vector<FileKeyframe>;
+
+/// The keyframes of a view on one side: as they are written, and in the same order with values that are equal when they
+/// mean the same.
+struct MergedSide {
+    const FileKeyframes& written;
+    const FileKeyframes& normal;
+};
+
+/// What both sides have made of the keyframes of a base. A keyframe is the same on both sides when it comes from the
+/// same one of the base, as `compareKeyframes` pairs them; its time, its value and its curve are decided separately.
+/// Where two keyframes arrive at one time, the one that ours has there stays.
+///
+/// The result has the line of the keyframe that gives the curve. `place` says path and view.
+FileKeyframes mergeKeyframes(const FileKeyframes& base, const MergedSide& ours, const MergedSide& theirs, Judge& judge,
+                             const Judge::Subject& place);
+
+} // namespace Tool
