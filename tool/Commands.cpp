@@ -26,6 +26,7 @@ const std::vector<Command>& commands() {
         {"upgrade", "Writes a project text in the newest version of the format.", upgrade},
         {"diff", "Compares two project texts by what they say.", compare},
         {"merge", "Merges two project texts that come from one.", mergeProjects},
+        {"git", "Lets git merge and compare project texts by what they say.", useWithGit},
         {"check", "Reports what is malformed, unknown, or will not survive a save.", check},
     };
     return all;

@@ -41,5 +41,6 @@ int adjustValues(Arguments& arguments);
 int split(Arguments& arguments);
 int upgrade(Arguments& arguments);
 int mergeProjects(Arguments& arguments);
+int useWithGit(Arguments& arguments);
 
 } // namespace Tool

@@ -3,6 +3,7 @@
 #include "tool/KeyframeDiff.h"
 #include "tool/Progress.h"
 #include "tool/Project.h"
+#include "tool/Streams.h"
 
 #include <algorithm>
 #include <set>
@@ -305,6 +306,13 @@ private:
 
 std::vector<Difference> differences(const ProjectText& from, const ProjectText& to) {
     return Comparison(from, to).differences();
+}
+
+QByteArray plainText(const std::vector<Difference>& differences) {
+    QString text;
+    for (const Difference& difference : differences)
+        text += printable(difference.message) + '\n';
+    return text.toUtf8();
 }
 
 QString differenceInBytes(const ProjectText& from, const ProjectText& to) {

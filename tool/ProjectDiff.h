@@ -32,6 +32,9 @@ struct Difference {
 /// those that only the second one has, then lines that belong to nothing. Takes about linear time.
 std::vector<Difference> differences(const ProjectText& from, const ProjectText& to);
 
+/// Their messages, a line each.
+QByteArray plainText(const std::vector<Difference>& differences);
+
 /// What the bytes of texts that say the same differ in, for people; empty for equal bytes.
 QString differenceInBytes(const ProjectText& from, const ProjectText& to);
 

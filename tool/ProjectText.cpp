@@ -50,6 +50,13 @@ void ProjectText::refuseUnlessProject(const QString& file) const {
     throw Problem("%1: not a project text%2", inputName(file), hint);
 }
 
+QByteArray readProjectOrNothing(const QString& file) {
+    QByteArray bytes = readInput(file);
+    if (!bytes.isEmpty())
+        ProjectText(bytes).refuseUnlessProject(file);
+    return bytes;
+}
+
 void ProjectText::splitLines() {
     const char* const begin = m_text.constData();
     const char* const end = begin + m_text.size();

@@ -36,8 +36,6 @@ public:
     /// Reads a file, "-" for standard input. Throws `Problem` when it cannot be read, or is not a project text: no line
     /// of it belongs to a header, a group or a parameter.
     explicit ProjectText(const QString& file);
-    /// Throws `Problem`, with the name of the file, when no line belongs to a header, a group or a parameter.
-    void refuseUnlessProject(const QString& file) const;
     ProjectText(const ProjectText&) = delete;
     ProjectText& operator=(const ProjectText&) = delete;
 
@@ -80,6 +78,8 @@ public:
     QString nameInGroup(int node) const { return pathFrom(groupOf(node), node); }
 
 private:
+    friend QByteArray readProjectOrNothing(const QString& file);
+
     struct Line {
         int start = 0;
         Key key = Key::None;
@@ -94,6 +94,7 @@ private:
         }
     };
 
+    void refuseUnlessProject(const QString& file) const;
     void splitLines();
     int readHeader();
     bool takeHeaderLines(int count, Prm::ProjectFileVersion& version);
@@ -108,5 +109,9 @@ private:
     bool m_hasCompleteHeader = false;
     std::unordered_map<Place, int, Hash> m_places;
 };
+
+/// The bytes of a file that is a project text, or empty, as version control systems give one that is not there.
+/// Throws `Problem`.
+QByteArray readProjectOrNothing(const QString& file);
 
 } // namespace Tool

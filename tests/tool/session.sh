@@ -19,6 +19,8 @@ opacity() {
     prm import given.json -o new.prm
     if [[ -n ${2-} ]]; then prm eval new.prm 'a.*' --frames "$2" --csv; fi
 }
+# A commit of a project text, with an edit of it.
+commit() { sed "$1" scene.prm >../edited && cp ../edited scene.prm && git commit -qam "$2"; }
 manual() { "$scripts/manual.sh" "$program" 1.2.3; }
 # What the shell offers for the last of some words.
 offers() {
@@ -31,17 +33,17 @@ replay() {
     local line status
     while IFS= read -r line; do
         printf '%s\n' "$line"
-        eval "${line#\$ }" >../printed 2>../complaints </dev/null
+        eval "${line#\$ }" >"$work/printed" 2>"$work/complaints" </dev/null
         status=$?
-        cat ../printed
-        if [[ -n $(tail -c 1 ../printed) ]]; then printf "%s\n" "\\"; fi
-        sed 's/^/! /' ../complaints
+        cat "$work/printed"
+        if [[ -n $(tail -c 1 "$work/printed") ]]; then printf "%s\n" "\\"; fi
+        sed 's/^/! /' "$work/complaints"
         if ((status != 0)); then echo "[$status]"; fi
     done < <(grep -a '^\$ ' "$session")
 }
 
 if [[ $wanted == --write ]]; then
-    replay >../replayed && cp ../replayed "$session"
+    replay >"$work/replayed" && cp "$work/replayed" "$session"
 else
     diff -au "$session" <(replay)
 fi

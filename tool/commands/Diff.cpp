@@ -7,13 +7,6 @@ namespace Tool {
 
 namespace {
 
-QByteArray plain(const std::vector<Difference>& differences) {
-    QString text;
-    for (const Difference& difference : differences)
-        text += printable(difference.message) + '\n';
-    return text.toUtf8();
-}
-
 QByteArray table(const std::vector<Difference>& differences, TableForm form) {
     Table table({"path", "view", "what", "change", "frame", "from", "to", "message"});
     for (const Difference& difference : differences)
@@ -36,7 +29,7 @@ int compare(Arguments& arguments) {
     const ProjectText from(names[0]);
     const ProjectText to(names[1]);
     const std::vector<Difference> found = differences(from, to);
-    print(form == TableForm::Plain ? plain(found) : table(found, form));
+    print(form == TableForm::Plain ? plainText(found) : table(found, form));
     const QString bytes = found.empty() ? differenceInBytes(from, to) : QString();
     const QString remark = message("%1 and %2 say the same, and differ only in %3", names[0], names[1], bytes);
     if (!bytes.isEmpty() && form == TableForm::Plain)

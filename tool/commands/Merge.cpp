@@ -9,15 +9,10 @@ namespace Tool {
 
 namespace {
 
-/// The bytes of a project text, or of an empty file, which a version control system gives for one that was not there.
 QByteArray textOption(const Arguments& arguments, const char* option) {
     if (!arguments.has(option))
         throw WrongUse("--%1 is needed", option);
-    const QString file = arguments.value(option);
-    QByteArray bytes = readInput(file);
-    if (!bytes.isEmpty())
-        ProjectText(bytes).refuseUnlessProject(file);
-    return bytes;
+    return readProjectOrNothing(arguments.value(option));
 }
 
 struct Rule {

@@ -1,0 +1,183 @@
+#include "tool/Arguments.h"
+#include "tool/Commands.h"
+#include "tool/OutputFile.h"
+#include "tool/ProjectDiff.h"
+#include "tool/Streams.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QStandardPaths>
+
+#include <algorithm>
+
+namespace Tool {
+
+namespace {
+
+/// Of a line of attributes, with the name of the drivers.
+constexpr const char* ending = " merge=prm diff=prm";
+
+struct Ran {
+    int exitCode = 0;
+    QByteArray output;
+    QString complaint;
+};
+
+Ran runGit(const QStringList& arguments) {
+    QProcess git;
+    git.start("git", arguments);
+    if (!git.waitForStarted())
+        throw Problem("git cannot be started; is it installed?");
+    git.closeWriteChannel();
+    git.waitForFinished(-1);
+    const QString complaint = QString::fromLocal8Bit(git.readAllStandardError()).trimmed();
+    if (git.exitStatus() != QProcess::NormalExit)
+        throw Problem("git %1 has ended early", arguments.join(' '));
+    return {git.exitCode(), git.readAllStandardOutput(), complaint};
+}
+
+QByteArray gitOutput(const QStringList& arguments) {
+    const Ran ran = runGit(arguments);
+    if (ran.exitCode != 0)
+        throw Problem("git %1: %2", arguments.join(' '), ran.complaint);
+    return ran.output;
+}
+
+QString firstLine(const QByteArray& output) {
+    return QFile::decodeName(output.left(output.indexOf('\n')));
+}
+
+/// How git starts this program: by its name where the shell finds it by that.
+QString command() {
+    const QString own = QFileInfo(QCoreApplication::applicationFilePath()).canonicalFilePath();
+    if (QFileInfo(QStandardPaths::findExecutable("prm")).canonicalFilePath() == own)
+        return "prm";
+    return '\'' + QString(own).replace('\'', R"('\'')") + '\'';
+}
+
+/// Settings and attributes of git, of one repository or of all of the user's.
+class GitSetup {
+public:
+    explicit GitSetup(bool isGlobal) : m_place(isGlobal ? "--global" : "--local") {
+        if (!isGlobal)
+            gitOutput({"rev-parse", "--git-dir"});
+    }
+
+    void install(const QString& files) const {
+        set("merge.prm.name", "project texts, merged by keyframes");
+        set("merge.prm.driver", command() + " merge --base %O --ours %A --theirs %B -o %A --path %P");
+        set("diff.prm.command", command() + " git diff");
+        const QByteArray before = attributes();
+        const QByteArray line = files.toUtf8() + ending;
+        if (!before.split('\n').contains(line))
+            writeAttributes(before + (before.isEmpty() || before.endsWith('\n') ? "" : "\n") + line + '\n');
+    }
+
+    void uninstall() const {
+        for (const char* const section : {"merge.prm", "diff.prm"})
+            runGit({"config", m_place, "--remove-section", section});
+        const QByteArray before = attributes();
+        QList<QByteArray> left = before.split('\n');
+        left.erase(
+            std::remove_if(left.begin(), left.end(), [](const QByteArray& line) { return line.endsWith(ending); }),
+            left.end());
+        const QByteArray after = left.join('\n');
+        if (after.isEmpty() && !before.isEmpty())
+            QFile::remove(attributesFile());
+        else if (after != before)
+            writeAttributes(after);
+    }
+
+private:
+    QString attributesFile() const {
+        if (m_place == "--local")
+            return QDir().absoluteFilePath(firstLine(gitOutput({"rev-parse", "--git-path", "info/attributes"})));
+        const Ran chosen = runGit({"config", "--global", "--type=path", "core.attributesFile"});
+        if (chosen.exitCode == 0)
+            return firstLine(chosen.output);
+        const QString settings = QFile::decodeName(qgetenv("XDG_CONFIG_HOME"));
+        return (settings.isEmpty() ? QDir::homePath() + "/.config" : settings) + "/git/attributes";
+    }
+
+    void set(const char* name, const QString& value) const { gitOutput({"config", m_place, name, value}); }
+
+    QByteArray attributes() const {
+        const QString file = attributesFile();
+        return QFile::exists(file) ? readInput(file) : QByteArray();
+    }
+
+    void writeAttributes(const QByteArray& text) const {
+        const QString file = attributesFile();
+        QDir().mkpath(QFileInfo(file).path());
+        writeOutput(file, text);
+    }
+
+    const QString m_place;
+};
+
+/// What git shows for files that are no project texts.
+void showLines(const QString& from, const QString& to) {
+    print(runGit({"diff", "--no-index", "--no-ext-diff", "--", from, to}).output);
+}
+
+/// As git calls it for a file: its path, then file, hash and mode of each side, then what it is called now.
+int showForGit(const QStringList& words) {
+    constexpr int whole = 7;
+    const QString path = words.value(0);
+    if (words.size() < whole) {
+        print(message("%1: unmerged\n", path).toUtf8());
+        return Fine;
+    }
+    const QString from = words.at(1);
+    const QString to = words.at(4);
+    const QString later = words.value(whole, path);
+    print(message("prm diff a/%1 b/%2\n", path, later).toUtf8());
+    try {
+        const ProjectText before(readProjectOrNothing(from));
+        const ProjectText after(readProjectOrNothing(to));
+        const std::vector<Difference> found = differences(before, after);
+        const QString bytes = found.empty() ? differenceInBytes(before, after) : QString();
+        print(plainText(found));
+        if (!bytes.isEmpty())
+            print(message("they say the same, and differ only in %1\n", bytes).toUtf8());
+    } catch (const Problem& problem) {
+        tell("%1", problem.text());
+        showLines(from, to);
+    }
+    return Fine;
+}
+
+} // namespace
+
+int useWithGit(Arguments& arguments) {
+    arguments.positional("ACTION", "install, uninstall; or diff, as git calls it.")
+        .positional("FILE", "What git says of a file.", "[FILE...]")
+        .option("global", "For all repositories of this user, not only the one here.")
+        .option("files", "The files that are project texts, *.prm unless given.", "PATTERN")
+        .example("prm git install");
+    if (!arguments.read())
+        return Fine;
+    const QString action = arguments.rest().first();
+    if (action == "diff")
+        return showForGit(arguments.rest().mid(1));
+    const bool installs = action == "install";
+    if (!installs && action != "uninstall")
+        throw WrongUse("%1: it is install or uninstall", action);
+    if (arguments.rest().size() > 1)
+        throw WrongUse("%1: takes no file; --files names a pattern", arguments.rest().at(1));
+    const GitSetup setup(arguments.has("global"));
+    const QString files = arguments.has("files") ? arguments.value("files") : "*.prm";
+    if (installs) {
+        setup.install(files);
+        tell("git merges and compares %1 by what is in it", files);
+    } else {
+        setup.uninstall();
+        tell("git treats project texts like other texts again");
+    }
+    return Fine;
+}
+
+} // namespace Tool
