@@ -13,16 +13,20 @@ namespace {
 unsigned int singleEdits = 0;
 unsigned int exactOnes = 0;
 
-/// Where values are asked for: at quarters, where keyframes are, and between, in any three views.
+/// Where values are asked for: at quarters, where keyframes are, and between, in any three views. With PRM_FUZZ_TIMES,
+/// at so many times in all views.
 struct Places {
     explicit Places(std::minstd_rand& random) {
         static const View all[] = {View(0), View(1), View(2),          View(3),
                                    View(4), View(5), View(2147483646), View(4294967295)};
-        for (int i = 0; i < 24; ++i) {
+        static const int wanted = qEnvironmentVariableIntValue("PRM_FUZZ_TIMES");
+        for (int i = 0, pairs = wanted > 0 ? wanted / 2 : 24; i < pairs; ++i) {
             times.push_back(Time::fromDouble(static_cast<int>(random() % 80) / 4. - 6));
             times.push_back(Time::fromDouble(static_cast<double>(random() % 10007) / 500. - 6));
         }
-        for (int i = 0; i < 3; ++i)
+        if (wanted > 0)
+            views.assign(std::begin(all), std::end(all));
+        for (int i = 0; i < 3 && wanted == 0; ++i)
             views.push_back(all[random() % std::size(all)]);
     }
 

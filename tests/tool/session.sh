@@ -11,6 +11,14 @@ scripts=$(dirname -- "$(readlink -f -- "$0")")/../../tool/shell
 cd "$work/folder" || exit
 # shellcheck source=tool/shell/prm.bash
 source "$scripts/prm.bash"
+export HOME="$PWD" XDG_CONFIG_HOME= GIT_CONFIG_NOSYSTEM=1 PATH="$work:$PATH"
+ln -s "$program" "$work/prm"
+# A page of the documents is a session by its indented lines.
+page=$session
+if [[ $page == *.md ]]; then
+    session=$work/page.session
+    sed -n 's/^    //p' "$page" >"$session"
+fi
 
 prm() { "$program" "$@"; }
 # An animation of one layer, whose opacity is given, and its values at some frames.
