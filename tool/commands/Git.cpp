@@ -131,8 +131,8 @@ int showForGit(const QStringList& words) {
         print(message("%1: unmerged\n", path).toUtf8());
         return Fine;
     }
-    const QString from = words.at(1);
-    const QString to = words.at(4);
+    const QString& from = words.at(1);
+    const QString& to = words.at(4);
     const QString later = words.value(whole, path);
     print(message("prm diff a/%1 b/%2\n", path, later).toUtf8());
     try {

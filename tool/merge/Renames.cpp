@@ -91,7 +91,7 @@ QByteArray renamedPath(const QByteArray& path, const Renames& renames) {
 }
 
 QByteArray renamedLine(const ProjectText& text, int index, const Renames& renames) {
-    const QByteArray raw = toBytes(text.raw(index));
+    QByteArray raw = toBytes(text.raw(index));
     const std::string_view line = text.line(index);
     const std::string_view path = text.key(index) == Key::Header ? std::string_view() : text.reading(index).path;
     if (path.empty())
@@ -108,9 +108,27 @@ QByteArray renamedLine(const ProjectText& text, int index, const Renames& rename
     return raw.left(start) + changed + raw.mid(start + static_cast<int>(line.size()));
 }
 
-QVariant orNull(const Renames& renames, const QByteArray& path) {
+QVariant find(const Renames& renames, const QByteArray& path) {
     const auto found = renames.find(path);
     return found == renames.end() ? QVariant() : QVariant(QString::fromUtf8(found->second));
+}
+
+/// What a group of the base is called in the result, from what each side calls it now, if it has renamed it.
+QByteArray pathInResult(const QByteArray& path, const QVariant& ours, const QVariant& theirs, Judge& judge) {
+    Side side = ours.isNull() ? Side::Theirs : Side::Ours;
+    if (!ours.isNull() && !theirs.isNull() && ours != theirs) {
+        const Judge::Subject subject{QString::fromUtf8(path), {}, "group", {}, "the group", "renamed"};
+        side = judge.settle(subject, {subject.path, ours, theirs}, {"renamed", ours.toString()},
+                            {"renamed", theirs.toString()});
+    }
+    return (side == Side::Ours ? ours : theirs).toString().toUtf8();
+}
+
+/// Renames a group of the base in a text that calls it by that path, or by another one.
+void addRename(Renames& renames, const QByteArray& path, const QVariant& own, const QByteArray& result) {
+    const QByteArray from = own.isNull() ? path : own.toString().toUtf8();
+    if (from != result)
+        renames[from] = result;
 }
 
 } // namespace
@@ -152,23 +170,14 @@ std::array<QByteArray, 3> withSamePaths(const ProjectText& base, const ProjectTe
     Renames ofBase;
     Renames ofOurs;
     Renames ofTheirs;
-    for (const auto& [path, anyPath] : all) {
-        const Judge::Subject subject{QString::fromUtf8(path), {}, "group", {}, "the group", "renamed"};
-        const QVariant oursPath = orNull(oursRenames, path);
-        const QVariant theirsPath = orNull(theirsRenames, path);
-        const bool isBoth = !oursPath.isNull() && !theirsPath.isNull() && oursPath != theirsPath;
-        const Side side = isBoth ? judge.settle(subject, {subject.path, oursPath, theirsPath},
-                                                {"renamed", oursPath.toString()}, {"renamed", theirsPath.toString()})
-                                 : (oursPath.isNull() ? Side::Theirs : Side::Ours);
-        const QByteArray result = (side == Side::Ours ? oursPath : theirsPath).toString().toUtf8();
-        const auto add = [&](Renames& renames, const QVariant& own) {
-            const QByteArray from = own.isNull() ? path : own.toString().toUtf8();
-            if (from != result)
-                renames[from] = result;
-        };
-        ofBase[path] = result;
-        add(ofOurs, oursPath);
-        add(ofTheirs, theirsPath);
+    for (const auto& entry : all) {
+        const QByteArray& path = entry.first;
+        const QVariant oursPath = find(oursRenames, path);
+        const QVariant theirsPath = find(theirsRenames, path);
+        const QByteArray result = pathInResult(path, oursPath, theirsPath, judge);
+        addRename(ofBase, path, {}, result);
+        addRename(ofOurs, path, oursPath, result);
+        addRename(ofTheirs, path, theirsPath, result);
     }
     return {renamed(base, ofBase), renamed(ours, ofOurs), renamed(theirs, ofTheirs)};
 }
