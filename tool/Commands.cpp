@@ -5,6 +5,7 @@ namespace Tool {
 const std::vector<Command>& commands() {
     static const std::vector<Command> all{
         {"import", "Makes project text of an animation.", importAnimation},
+        {"export", "Writes values as a table of comma-separated values.", exportProject},
         {"ls", "Shows the tree of groups and parameters.", listParameters},
         {"keys", "Lists the keyframes of parameters.", listKeyframes},
         {"eval", "Evaluates parameters at frames.", evaluate},

@@ -19,6 +19,7 @@ struct Command {
 const std::vector<Command>& commands();
 
 int importAnimation(Arguments& arguments);
+int exportProject(Arguments& arguments);
 int listParameters(Arguments& arguments);
 int listKeyframes(Arguments& arguments);
 int evaluate(Arguments& arguments);

@@ -25,6 +25,11 @@ template <class... Parts> QString message(const char* pattern, const Parts&... p
         return QString::fromUtf8(pattern).arg(messagePart(parts)...);
 }
 
+/// "1 keyframe", "2 keyframes".
+inline QString counted(qint64 count, const char* thing) {
+    return message(count == 1 ? "%1 %2" : "%1 %2s", count, thing);
+}
+
 /// Ends the program with `Unusable` and one line for the user.
 class Problem : public std::runtime_error {
 public:

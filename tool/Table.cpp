@@ -29,16 +29,17 @@ QString shownText(const QVariant& value) {
     return isBroken ? valueText<QString>(text) : text;
 }
 
-QString csvText(const QVariant& value) {
-    QString text = plainText(value);
-    const QString special = ",\"\r\n";
-    if (std::none_of(text.begin(), text.end(), [&](QChar c) { return special.contains(c); }))
-        return text;
-    text.replace('"', "\"\"");
-    return '"' + text + '"';
-}
-
 } // namespace
+
+void appendCsv(QString& text, const QVariant& value) {
+    if (value.userType() == QMetaType::Double)
+        return Prm::ValueType<double>::write(text, value.toDouble());
+    QString cell = plainText(value);
+    const QString special = ",;\t\"\r\n";
+    if (std::any_of(cell.begin(), cell.end(), [&](QChar c) { return special.contains(c); }))
+        cell = '"' + cell.replace('"', "\"\"") + '"';
+    text += cell;
+}
 
 QJsonValue jsonValue(const QVariant& value) {
     if (value.userType() == QMetaType::QPointF)
@@ -111,10 +112,12 @@ QByteArray Table::plain() const {
 QByteArray Table::csv() const {
     QByteArray text;
     const auto addRow = [&](const auto& cells) {
-        QStringList texts;
-        for (const auto& cell : cells)
-            texts.append(csvText(cell));
-        text += texts.join(',').toUtf8() + '\n';
+        QString line;
+        for (const auto& cell : cells) {
+            line += line.isNull() ? "" : ",";
+            appendCsv(line, cell);
+        }
+        text += line.toUtf8() + '\n';
     };
     addRow(m_headings);
     for (const QVector<QVariant>& row : m_rows)

@@ -19,6 +19,9 @@ enum class TableForm { Plain, Csv, Json };
 /// with commas. Text is given as it is.
 QString plainText(const QVariant& value);
 
+/// The same at the end of a text, between quotes where a spreadsheet needs them.
+void appendCsv(QString& text, const QVariant& value);
+
 /// The same in JSON: points as a list of two numbers.
 QJsonValue jsonValue(const QVariant& value);
 

@@ -2,8 +2,10 @@
 #include "prm/ProjectFile.h"
 #include "tool/Arguments.h"
 #include "tool/Commands.h"
+#include "tool/Frames.h"
 #include "tool/OutputFile.h"
 #include "tool/Streams.h"
+#include "tool/exchange/SampleTable.h"
 #include "tool/import/AnimationImport.h"
 
 #include <QFileInfo>
@@ -57,16 +59,48 @@ void write(const Places& places, const ImportResult& result) {
     text.commit();
 }
 
+bool isTable(const Arguments& arguments) {
+    const QString name = arguments.file().toLower();
+    return arguments.has("table") || name.endsWith(".csv") || name.endsWith(".tsv");
+}
+
+SampleImport readTable(const Arguments& arguments) {
+    const double framesPerSecond = numberOption(arguments, "fps");
+    if (arguments.has("fps") && framesPerSecond <= 0)
+        throw WrongUse("--fps %1: it is a number above 0", arguments.value("fps"));
+    const QByteArray table = readInput(arguments.file());
+    try {
+        return importSamples(table, framesPerSecond);
+    } catch (const Problem& problem) {
+        throw Problem("%1:%2", inputName(arguments.file()), problem.text());
+    }
+}
+
+int importTable(const Arguments& arguments, const Places& places) {
+    if (arguments.has("map"))
+        throw WrongUse("--map is for animations");
+    const SampleImport result = readTable(arguments);
+    writeOutput(places.text, result.text);
+    for (const QString& change : result.changes)
+        tell("%1: %2", inputName(arguments.file()), change);
+    tell("%1, %2", counted(result.parameters, "parameter"), counted(result.keyframes, "keyframe"));
+    return result.changes.isEmpty() ? Fine : Findings;
+}
+
 } // namespace
 
 int importAnimation(Arguments& arguments) {
-    arguments.positional("ANIMATION", "A Lottie file (JSON), - for standard input.")
+    arguments.positional("FILE", "A Lottie animation (JSON) or a table of values (*.csv, *.tsv), - for standard input.")
         .option({"o", "output"}, "Writes the project text to a file, not to standard output.", "OUT")
         .option("map", "Writes a table of what became of every entry: held, changed or left out.", "TABLE")
+        .option("table", "Standard input is a table of values.")
+        .option("fps", "Frames per second, for a table whose times are seconds.", "FPS")
         .example("prm import clip.json -o clip.prm --map clip.tsv");
     if (!arguments.read())
         return Fine;
     const Places places = placesOf(arguments);
+    if (isTable(arguments))
+        return importTable(arguments, places);
     const ImportResult result = read(arguments.file());
     write(places, result);
     report(result.report.summary());

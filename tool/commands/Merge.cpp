@@ -82,7 +82,7 @@ int mergeProjects(Arguments& arguments) {
     if (merged.conflicts.empty())
         return Fine;
     tell("%1%2 left, in which ours stands; --take settles them", place,
-         message(merged.conflicts.size() == 1 ? "%1 conflict" : "%1 conflicts", merged.conflicts.size()));
+         counted(static_cast<qint64>(merged.conflicts.size()), "conflict"));
     return Findings;
 }
 

@@ -12,20 +12,6 @@ namespace Tool {
 
 namespace {
 
-Lines newestHeader() {
-    Prm::ProjectFileVersion version("prm");
-    Prm::ParameterSet properties;
-    version.initialiseProperties(properties);
-    QString text;
-    QTextStream stream(&text);
-    properties.bStreamOut(stream, QString(), false);
-    stream.flush();
-    Lines lines;
-    for (const QString& line : text.split('\n', Qt::SkipEmptyParts))
-        lines.push_back(line.toUtf8());
-    return lines;
-}
-
 QByteArray nameOf(const QByteArray& line) {
     return line.left(line.indexOf('.'));
 }
@@ -69,6 +55,20 @@ void changeParameters(const ProjectText& text, LineChanges& changes) {
 }
 
 } // namespace
+
+Lines newestHeader() {
+    Prm::ProjectFileVersion version("prm");
+    Prm::ParameterSet properties;
+    version.initialiseProperties(properties);
+    QString text;
+    QTextStream stream(&text);
+    properties.bStreamOut(stream, QString(), false);
+    stream.flush();
+    Lines lines;
+    for (const QString& line : text.split('\n', Qt::SkipEmptyParts))
+        lines.push_back(line.toUtf8());
+    return lines;
+}
 
 LineChanges upgradingChanges(const ProjectText& text, const QString& name) {
     const quint32 version = text.version().streamVersion;

@@ -32,8 +32,7 @@ FileView ofTheirs(FileView view) {
 }
 
 QString contentOf(const FileView& view) {
-    return view.keys.empty() ? view.value.text
-                             : message(view.keys.size() == 1 ? "%1 keyframe" : "%1 keyframes", view.keys.size());
+    return view.keys.empty() ? view.value.text : counted(static_cast<qint64>(view.keys.size()), "keyframe");
 }
 
 class ViewMerge {
