@@ -1,6 +1,7 @@
 #include "tool/edit/CurveError.h"
 
 #include "prm/Answers.h"
+#include "prm/Extent.h"
 #include "prm/NumericParameter.h"
 
 #include <algorithm>
@@ -11,13 +12,16 @@ namespace Tool {
 
 namespace {
 
-/// The times at which a curve bends, and those just before them, where steps begin.
+/// The times in spans at which a curve bends, and those just before them, where steps begin.
 template <class T>
-QVector<Prm::Time> decisiveTimes(const Prm::Parameter<T>& curve, const Prm::View& view, double tolerance) {
+QVector<Prm::Time> decisiveTimes(const Prm::Parameter<T>& curve, const Prm::View& view, const Prm::TimeSpans& spans,
+                                 double tolerance) {
     QVector<Prm::Time> times;
-    for (const Prm::CurvePoint<T>& point : Prm::polyline(curve, view, Prm::TimeSpan::all(), tolerance)) {
-        times.append(Prm::Time::fromDouble(std::nextafter(point.first.toDouble(), -HUGE_VAL)));
-        times.append(point.first);
+    for (const Prm::TimeSpan& span : spans) {
+        for (const Prm::CurvePoint<T>& point : Prm::polyline(curve, view, span, tolerance)) {
+            times.append(Prm::Time::fromDouble(std::nextafter(point.first.toDouble(), -HUGE_VAL)));
+            times.append(point.first);
+        }
     }
     return times;
 }
@@ -37,8 +41,9 @@ double greatest(const Prm::ParameterWithoutType& a, const Prm::ParameterWithoutT
     const auto* const second = dynamic_cast<const Prm::Parameter<T>*>(&b);
     if (!first || !second)
         return -1.0;
-    const QVector<Prm::Time> ofFirst = decisiveTimes(*first, view, tolerance);
-    const QVector<Prm::Time> ofSecond = decisiveTimes(*second, view, tolerance);
+    const Prm::TimeSpans spans = Prm::differenceOf(a, b).in(view);
+    const QVector<Prm::Time> ofFirst = decisiveTimes(*first, view, spans, tolerance);
+    const QVector<Prm::Time> ofSecond = decisiveTimes(*second, view, spans, tolerance);
     QVector<Prm::Time> times(ofFirst.size() + ofSecond.size());
     std::merge(ofFirst.begin(), ofFirst.end(), ofSecond.begin(), ofSecond.end(), times.begin());
     QVector<T> before(times.size());

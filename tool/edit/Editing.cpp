@@ -33,7 +33,8 @@ void tellMovedTimes(const QString& path, const FileViews& before, const FileView
         return;
     const QString first = message("frame %1 is written as %2", plainText(moved.front().toDouble()),
                                   plainText(writtenFrame(moved.front())));
-    tell("%1: %2%3", path, first, moved.size() == 1 ? QString() : message(", the first of %1 that are rounded", moved.size()));
+    tell("%1: %2%3", path, first,
+         moved.size() == 1 ? QString() : message(", the first of %1 that are rounded", moved.size()));
 }
 
 LineChanges changesTo(const ProjectText& text, const FileParameter& parameter, const Edit& edit,
