@@ -5,9 +5,11 @@
 #include "prm/ChangedSince.h"
 #include "prm/MoveKeyframeEdit.h"
 #include "prm/ParameterSet.h"
+#include "prm/ReshapingEdits.h"
 
 #include <QVector>
 
+#include <cmath>
 #include <memory>
 
 namespace {
@@ -51,6 +53,42 @@ void appendToVector(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * count);
 }
 BENCHMARK(appendToVector)->Arg(1000)->Arg(10000)->Arg(100000);
+
+// --- simplifying; argument: the number of keyframes, of a wave of 314 frames
+// ------------------------------------------
+
+std::unique_ptr<Number> waveOf(int count) {
+    auto wave = std::make_unique<Number>();
+    wave->vSetDefaultInterpolation(Prm::Interpolation::Linear);
+    for (int i = 0; i < count; ++i)
+        wave->vSetValue(std::sin(i * 0.02), Time::fromInt(i));
+    return wave;
+}
+
+void simplifiedWave(benchmark::State& state) {
+    const auto wave = waveOf(static_cast<int>(state.range(0)));
+    Prm::ParameterSimplifyEdit simplify(*wave, {}, 0.002);
+    simplify.doIt();
+    if (wave->keyframeCount(Prm::View()) * 100 > state.range(0))
+        state.SkipWithError("too many keyframes are left");
+    simplify.undoIt();
+    for (auto _ : state) {
+        simplify.doIt();
+        state.PauseTiming();
+        simplify.undoIt();
+        state.ResumeTiming();
+    }
+}
+BENCHMARK(simplifiedWave)->Arg(10000)->Arg(1000000);
+
+void keyframeValuesOfWave(benchmark::State& state) {
+    const auto wave = waveOf(static_cast<int>(state.range(0)));
+    for (auto _ : state) {
+        for (unsigned int i = 0; i < state.range(0); ++i)
+            benchmark::DoNotOptimize(wave->keyframeValue(i, Prm::View()));
+    }
+}
+BENCHMARK(keyframeValuesOfWave)->Arg(10000)->Arg(1000000);
 
 // --- emitting a change; argument: the number of receivers ------------------------------------------------------------
 

@@ -106,6 +106,8 @@ ROWS = [
      "<2"),
     *[("23", f"800 pixels of {n} of 100000 keyframes, times as fast as 8000 values", f"curvePolyline/{n}",
        f"curveValues/{n}", *wanted) for n, wanted in ((80, (">20", ">100")), (80000, ("", "")))],
+    *[("24", f"{n} keyframes simplified / their values read", f"simplifiedWave/{n}", f"keyframeValuesOfWave/{n}",
+       *wanted) for n, wanted in ((10000, ("", "")), (1000000, ("<40", "<20")))],
 ]
 
 

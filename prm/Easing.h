@@ -10,7 +10,7 @@
 namespace Prm {
 
 /// A named course of a segment from one keyframe to the next, in one part or, for bounces and springs, in several with
-/// keyframes between them. `docs/edits.md` lists all with their sources and errors.
+/// keyframes between them. `docs/editing.md` lists all with their sources and errors.
 ///
 /// \snippet reshaping.cpp ease
 /// \threads A plain value.

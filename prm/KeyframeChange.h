@@ -1,5 +1,6 @@
 #pragma once
 
+#include "prm/Easing.h"
 #include "prm/Export.h"
 #include "prm/Interpolation.h"
 #include "prm/KeyframeHandles.h"
@@ -10,8 +11,8 @@
 
 namespace Prm {
 
-/// What an edit of a selection does with each keyframe, in this order: values, shape, handles, and then deletion or new
-/// times. Any of them may be combined.
+/// What an edit of a selection does with each keyframe, in this order: values, shape, handles, deletion or new times,
+/// and then the parts of an easing. Any of them may be combined.
 ///
 /// \snippet selection.cpp edit
 /// \threads A plain value.
@@ -25,6 +26,9 @@ struct PRM_EXPORT KeyframeChange {
     static KeyframeChange scaledValues(double factor, double pivot = 0.0);
     /// Gives the segments that start at the keyframes a kind and a shape.
     static KeyframeChange shaped(const IType& shape);
+    /// Gives the segments that start at the keyframes an easing, once the keyframes are at their new times. One of
+    /// several parts adds keyframes, except between equal values and after a last keyframe.
+    static KeyframeChange eased(const Easing& easing);
     /// Changes the handles of each keyframe.
     static KeyframeChange withHandles(const HandleChange& handles);
     /// Deletes the keyframes. If a view has none left, the value of the last one becomes its static value.
@@ -34,6 +38,8 @@ struct PRM_EXPORT KeyframeChange {
     double valueScale = 1.0;
     double valuePivot = 0.0;
     std::optional<IType> shape;
+    /// Of an easing of several parts; `shape` is that of the first one.
+    std::vector<Easing::Part> parts;
     std::optional<HandleChange> handles;
     std::optional<Retiming> retiming;
     bool deletes = false;

@@ -21,6 +21,7 @@ const std::vector<Command>& commands() {
         {"smooth", "Replaces values by means of those around them.", smoothen},
         {"ease", "Gives segments an easing by its name.", ease},
         {"interpolation", "Sets the kind of segments.", setInterpolation},
+        {"extrapolation", "Sets how curves continue outside their keyframes.", setExtrapolation},
         {"reverse", "Reverses the time of keyframes.", reverse},
         {"adjust", "Scales, mirrors or offsets the values of keyframes.", adjustValues},
         {"split", "Gives a view data of its own.", split},

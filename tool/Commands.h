@@ -29,6 +29,7 @@ int compare(Arguments& arguments);
 int check(Arguments& arguments);
 int setValue(Arguments& arguments);
 int setInterpolation(Arguments& arguments);
+int setExtrapolation(Arguments& arguments);
 int deleteKeyframes(Arguments& arguments);
 int moveKeyframes(Arguments& arguments);
 int retime(Arguments& arguments);

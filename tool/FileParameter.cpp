@@ -1,6 +1,7 @@
 #include "tool/FileParameter.h"
 
 #include "prm/CurveParameter.hpp"
+#include "tool/Progress.h"
 #include "tool/Table.h"
 
 #include <algorithm>
@@ -92,8 +93,11 @@ FileParameter::FileParameter(const std::vector<FileLine>& lines, const Prm::Proj
 
 FileParameter::FileParameter(const std::vector<FileLine>& lines, const Prm::ProjectFileVersion& version, bool isUtf8)
     : m_data(std::make_unique<Data>()), m_isUtf8(isUtf8) {
-    for (const PlacedLine& each : inReadingOrder(lines, version))
+    Progress progress("reading a parameter", lines.size());
+    for (const PlacedLine& each : inReadingOrder(lines, version)) {
+        progress.step();
         read(each.line, each.reading, version);
+    }
     std::sort(m_refused.begin(), m_refused.end());
 }
 

@@ -1,5 +1,7 @@
 #include "tool/Progress.h"
 
+#include <QElapsedTimer>
+
 #include <cstdio>
 #include <limits>
 #include <unistd.h>
@@ -14,31 +16,51 @@ constexpr std::size_t hundredth = 100;
 /// The start of the line, then nothing up to its end.
 constexpr const char* emptyLine = "\r\x1b[K";
 
+bool isOnScreen = false;
+qint64 shownAt = 0;
+
+/// Since the first work has begun, whatever is being done now.
+qint64 elapsed() {
+    static const QElapsedTimer timer = [] {
+        QElapsedTimer started;
+        started.start();
+        return started;
+    }();
+    return timer.elapsed();
+}
+
 bool isWatched() {
-    return isatty(STDERR_FILENO) == 1;
+    static const bool isTerminal = isatty(STDERR_FILENO) == 1;
+    return isTerminal;
 }
 
 } // namespace
 
 Progress::Progress(const char* work, std::size_t total)
     : m_work(work), m_total(total), m_next(isWatched() ? 0 : std::numeric_limits<std::size_t>::max()) {
-    m_timer.start();
+    elapsed();
 }
 
 Progress::~Progress() {
-    if (m_shownAt > 0)
+    hide();
+}
+
+void Progress::hide() {
+    if (isOnScreen)
         std::fputs(emptyLine, stderr);
+    isOnScreen = false;
 }
 
 void Progress::show() {
     // The clock is asked often enough, but not for each piece.
     m_next = m_begun + m_total / (hundredth * hundredth);
-    const qint64 now = m_timer.elapsed();
-    if (now < (m_shownAt > 0 ? m_shownAt + betweenTwo : untilFirst))
+    const qint64 now = elapsed();
+    if (now < (shownAt > 0 ? shownAt + betweenTwo : untilFirst))
         return;
-    m_shownAt = now;
+    shownAt = now;
     std::fprintf(stderr, "%sprm: %s, %zu %%", emptyLine, m_work, (m_begun - 1) * hundredth / m_total);
     std::fflush(stderr);
+    isOnScreen = true;
 }
 
 } // namespace Tool

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <QElapsedTimer>
-#include <QString>
+#include <cstddef>
 
 namespace Tool {
 
-/// Shows how far a piece of work has come, once it takes longer than a second, in a line of the terminal on standard
-/// error that goes away at its end. Without a terminal it shows nothing.
+/// Shows how far a piece of work has come, from one second after the first one has begun, in a line of the terminal on
+/// standard error that goes away at its end. Without a terminal it shows nothing.
 class Progress {
 public:
     /// "reading", for example, and how many pieces there are.
@@ -14,6 +13,9 @@ public:
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
+
+    /// Takes the line away, where another one is to be written.
+    static void hide();
 
     /// One more piece is begun.
     void step() {
@@ -28,8 +30,6 @@ private:
     std::size_t m_total;
     std::size_t m_begun = 0;
     std::size_t m_next;
-    QElapsedTimer m_timer;
-    qint64 m_shownAt = 0;
 };
 
 } // namespace Tool

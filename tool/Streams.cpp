@@ -1,8 +1,8 @@
 #include "tool/Streams.h"
 
 #include "tool/OutputFile.h"
+#include "tool/Progress.h"
 
-#include <QFile>
 #include <QFileInfo>
 
 #include <cstdio>
@@ -99,6 +99,7 @@ QString printable(QString text) {
 }
 
 void report(const QString& lines) {
+    Progress::hide();
     QByteArray text;
     for (const QString& line : lines.split('\n'))
         text += printable(line).toUtf8() + '\n';

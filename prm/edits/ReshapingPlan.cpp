@@ -25,6 +25,14 @@ KeyframeReshaper* ReshapingPlan::reshaperOf(const ParameterWithoutType& paramete
     return found == m_reshapers.end() ? nullptr : found->get();
 }
 
+void ReshapingPlan::restart() {
+    m_refusal = nullptr;
+    for (const auto& reshaper : m_reshapers) {
+        if (reshaper->parameter())
+            reshaper->restart();
+    }
+}
+
 void ReshapingPlan::reshape(const View& view, const Reshaping& how) {
     for (const auto& reshaper : m_reshapers)
         reshape(*reshaper, view, how);

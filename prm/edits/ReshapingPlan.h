@@ -19,6 +19,8 @@ public:
     /// Null for one that was not added.
     KeyframeReshaper* reshaperOf(const ParameterWithoutType& parameter) const;
 
+    /// Takes the keyframes as they were when the parameters were added.
+    void restart();
     /// Reshapes the keyframes of a view of each, of all views for the invalid view.
     void reshape(const View& view, const Reshaping& how);
     /// Reshapes those of one parameter.

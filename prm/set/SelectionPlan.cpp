@@ -45,19 +45,18 @@ SelectionPlan::SelectionPlan(const KeyframeSelection& selection) {
     }
 }
 
-void SelectionPlan::restart() {
-    for (const auto& reshaper : m_plan.reshapers()) {
-        if (reshaper->parameter())
-            reshaper->restart();
-    }
-}
-
 const char* SelectionPlan::compute(const KeyframeChange& change) {
-    restart();
+    m_plan.restart();
     const char* refusal = nullptr;
     for (const OfView& one : m_views) {
         if (!refusal && one.reshaper->parameter())
             refusal = one.reshaper->reshape(one.view, {SelectedKeyframes{one.selected, one.together, change}});
+    }
+    const bool mayAdd = !change.parts.empty() || (change.handles && change.handles->addsExtremum);
+    for (std::size_t i = 0; mayAdd && !refusal && i < m_views.size(); ++i) {
+        if (ParameterWithoutType* const parameter = m_views[i].reshaper->parameter())
+            m_plan.keepTogether(*parameter);
+        refusal = m_plan.refusal();
     }
     return refusal;
 }
@@ -73,7 +72,7 @@ State::EditedPlaces SelectionPlan::places() const {
 }
 
 void SelectionPlan::putBack() {
-    restart();
+    m_plan.restart();
     FirstException first;
     for (const auto& reshaper : m_plan.reshapers()) {
         if (reshaper->parameter())

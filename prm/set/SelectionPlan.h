@@ -34,8 +34,6 @@ private:
         SelectedKeyframes::Times together;
     };
 
-    void restart();
-
     ReshapingPlan m_plan;
     std::vector<OfView> m_views;
 };

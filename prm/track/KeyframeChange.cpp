@@ -29,6 +29,13 @@ KeyframeChange KeyframeChange::shaped(const IType& shape) {
     return change;
 }
 
+KeyframeChange KeyframeChange::eased(const Easing& easing) {
+    KeyframeChange change = shaped(easing.parts.front().shape);
+    if (easing.parts.size() > 1)
+        change.parts = easing.parts;
+    return change;
+}
+
 KeyframeChange KeyframeChange::withHandles(const HandleChange& handles) {
     KeyframeChange change;
     change.handles = handles;

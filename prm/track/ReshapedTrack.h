@@ -33,7 +33,7 @@ constexpr const char* hasCustomKind = "a function of the application computes th
 constexpr const char* isBlend = "the view shows a blend of others";
 constexpr const char* hasNoCurves = "values of this type have no curves";
 constexpr const char* isTooWide = "the radius has too many steps";
-constexpr const char* isEmptySpan = "the times are not a finite span";
+constexpr const char* isEmptySpan = "the times are not finite, or have more than 2^24 steps";
 constexpr const char* isNegativeError = "the error is negative";
 constexpr const char* isNotFinite = "the values are not finite";
 

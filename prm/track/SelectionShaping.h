@@ -4,6 +4,7 @@
 #include "prm/track/KeyframeStretch.h"
 #include "prm/track/Place.h"
 #include "prm/track/ReshapedTrack.h"
+#include "prm/track/SegmentEasing.h"
 #include "prm/track/SelectedKeyframes.h"
 
 #include <algorithm>
@@ -18,8 +19,9 @@ public:
     SelectionShaper(ReshapedTrack<T>& track, const SelectedKeyframes& act) : m_track(track), m_act(act) {}
 
     const char* shape() {
-        for (const auto step : {&SelectionShaper::changeValues, &SelectionShaper::changeShapes,
-                                &SelectionShaper::changeAllHandles, &SelectionShaper::changeTimes}) {
+        for (const auto step :
+             {&SelectionShaper::changeValues, &SelectionShaper::changeShapes, &SelectionShaper::changeAllHandles,
+              &SelectionShaper::changeTimes, &SelectionShaper::addParts}) {
             if (const char* const refusal = (this->*step)())
                 return refusal;
         }
@@ -127,6 +129,30 @@ private:
         stretch.keyframes = retimed(
             stretch.keyframes, [&](Time time) { return isIn(m_act.together, time) ? retiming.moved(time) : time; });
         stretch.putBack(keyframes());
+        return nullptr;
+    }
+
+    /// The keyframes within the segments that start at the selected ones.
+    const char* addParts() {
+        const KeyframeChange& change = m_act.change;
+        if (change.parts.empty() || m_act.selected->empty())
+            return nullptr;
+        if (m_track.holds || m_track.hasHooks)
+            return m_track.holds ? hasNoCurves : hasHooks;
+        std::vector<Time> starts = *m_act.selected;
+        if (change.retiming)
+            std::transform(starts.begin(), starts.end(), starts.begin(),
+                           [&](Time time) { return change.retiming->moved(time); });
+        const Keyframes list = keyframes();
+        Keyframes eased;
+        eased.reserve(list.size() + static_cast<int>(starts.size() * change.parts.size()));
+        for (int i = 0; i < list.size(); ++i) {
+            if (i + 1 < list.size() && std::binary_search(starts.begin(), starts.end(), list.at(i).time))
+                appendEased(eased, list.at(i), list.at(i + 1), change.parts);
+            else
+                eased.append(list.at(i));
+        }
+        keyframes() = eased;
         return nullptr;
     }
 

@@ -135,7 +135,7 @@ TEST(Reshaping, BakesOnlyAtTimesThatCanBe) {
     Number own("own"), bare("bare");
     key(own, {{0, 1.}, {4, 9.}});
     const KeyframeSpan late = KeyframeSpan().between(Time::INVALID, Time::INVALID);
-    EXPECT_EQ(ParameterBakeEdit(bare, late).refusal(), "the times are not a finite span");
+    EXPECT_EQ(ParameterBakeEdit(bare, late).refusal(), "the times are not finite, or have more than 2^24 steps");
     EXPECT_EQ(ParameterSmoothEdit(own, KeyframeSpan().between(at(0).time, at(1e6).time), 1e6, 0).refusal(),
               "the radius has too many steps");
     ParameterBakeEdit(own, KeyframeSpan().between(at(2e9).time, at(2e9 + 1e-6).time), 1e-10).doIt();

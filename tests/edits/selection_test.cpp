@@ -21,6 +21,7 @@ KeyframeSelection selected(P& parameter, double from, double to) {
 
 TEST(Selection, IsChangedAsOneEdit) {
     const IType hold(Interpolation::Constant);
+    const Easing twoParts{QString(), {{0.5, 0.25, Interpolation::Linear}, {1, 1, hold}}};
     struct Row {
         const char* name;
         KeyframeChange change;
@@ -39,6 +40,7 @@ TEST(Selection, IsChangedAsOneEdit) {
         {"in time and value", KeyframeChange::moved(1, {5}), "1=5 2=6 3=7 10=10 ", assigned},
         {"values scaled", KeyframeChange::scaledValues(2, 1), "0=-1 1=1 2=3 10=10 ", assigned},
         {"eased", KeyframeChange::shaped(hold), "0=0 1=1 2=2 10=10 ", assigned},
+        {"eased in parts", KeyframeChange::eased(twoParts), "0=0 0.5=0.25 1=1 1.5=1.25 2=2 6=4 10=10 ", assigned},
         {"flat", KeyframeChange::withHandles(HandleChange::flat()), "0=0 1=1 2=2 10=10 ", assigned},
         {"deleted", KeyframeChange::deleted(), "10=10 ", assigned},
         {"not at all", KeyframeChange::moved(0), "0=0 1=1 2=2 10=10 ", ""},
@@ -86,6 +88,12 @@ TEST(Selection, OfAPartTakesTheKeyframesThatAreKeyedTogether) {
     EXPECT_EQ(keyframesOf(x), "0=0 9=6 13=9 ");
     EXPECT_EQ(keyframesOf(y), "0=0 9=0 13=1 ");
     edit.undoIt();
+    const Easing middle{QString(), {{0.5, 0.25, Interpolation::Linear}, {1, 1, Interpolation::Linear}}};
+    KeyframeSelectionEdit eased(selected(x, 5, 5), KeyframeChange::eased(middle));
+    eased.doIt();
+    EXPECT_EQ(keyframesOf(x), "0=0 5=5 7=6 9=9 ");
+    EXPECT_EQ(keyframesOf(y), "0=0 5=0 7=0 9=0 ");
+    eased.undoIt();
     KeyframeSelectionEdit(selected(x, 5, 9), KeyframeChange::deleted()).doIt();
     EXPECT_EQ(keyframesOf(y), "0=0 ");
 }
@@ -108,6 +116,8 @@ TEST(Selection, IsDraggedFromTheBeginning) {
             KeyframeChange change = KeyframeChange::moved((below(41) - 20) / 2.);
             if (below(4) == 0)
                 change = KeyframeChange::retimed(Retiming::scaled(below(5) / 2., Time::fromInt(below(9))));
+            if (below(4) == 0)
+                change.parts = Easing::find("bounce-out")->parts;
             change.deletes = below(8) == 0;
             if (below(3) == 0)
                 change.valueShift = {below(9) - 4., 1.};

@@ -8,12 +8,16 @@ namespace Tool {
 
 namespace {
 
-/// Does an edit that is made with the parameter, the span, and what options say.
-template <class Edit, class... Settings> int reshape(const Arguments& arguments, const Settings&... settings) {
-    return reshapeCurves(arguments, spanOption(arguments),
-                         [=](Prm::ParameterWithoutType& parameter, const Prm::KeyframeSpan& span) {
-                             return std::make_unique<Edit>(parameter, span, settings...);
-                         });
+/// An edit that is made with the parameter, the span, and what options say.
+template <class Edit, class... Settings> CurveEdit::Make making(const Settings&... settings) {
+    return [=](Prm::ParameterWithoutType& parameter, const Prm::KeyframeSpan& span) {
+        return std::make_unique<Edit>(parameter, span, settings...);
+    };
+}
+
+std::unique_ptr<Prm::ParameterReshapeEdit> noEdit(Prm::ParameterWithoutType& /*parameter*/,
+                                                  const Prm::KeyframeSpan& /*span*/) {
+    return {};
 }
 
 double positiveOption(const Arguments& arguments, const QString& option, double otherwise) {
@@ -38,7 +42,9 @@ Prm::Easing easingOf(const Arguments& arguments) {
     QStringList names;
     for (const Prm::Easing& preset : Prm::Easing::presets())
         names.append(preset.name);
-    throw WrongUse("no easing is named '%1'; there are %2", name, names.join(QLatin1String(", ")));
+    const QString problem =
+        name.isEmpty() ? QStringLiteral("--as is needed") : message("no easing is named '%1'", name);
+    throw WrongUse("%1; there are %2", problem, names.join(QLatin1String(", ")));
 }
 
 } // namespace
@@ -58,9 +64,10 @@ int insertKeyframe(Arguments& arguments) {
     using Insert = Prm::ParameterInsertKeyframeEdit;
     const auto inexact = arguments.has("strict") ? Insert::Refuse : Insert::AddOrRound;
     const auto span = Prm::KeyframeSpan().in(viewOption(arguments, Prm::View::INVALID()));
-    return reshapeCurves(arguments, span, [=](Prm::ParameterWithoutType& parameter, const Prm::KeyframeSpan& in) {
+    const auto make = [=](Prm::ParameterWithoutType& parameter, const Prm::KeyframeSpan& in) {
         return std::make_unique<Insert>(parameter, Prm::Context(time, in.view), inexact);
-    });
+    };
+    return reshapeCurves(arguments, span, {make, "changed", {}, 0.0, true});
 }
 
 int simplify(Arguments& arguments) {
@@ -73,7 +80,8 @@ int simplify(Arguments& arguments) {
         return Fine;
     using Simplify = Prm::ParameterSimplifyEdit;
     const auto curves = arguments.has("linear") ? Simplify::Linear : Simplify::Bezier;
-    return reshape<Simplify>(arguments, errorOption(arguments), curves);
+    const double error = errorOption(arguments);
+    return reshapeCurves(arguments, spanOption(arguments), {making<Simplify>(error, curves), "changed", noEdit, error});
 }
 
 int bake(Arguments& arguments) {
@@ -87,11 +95,11 @@ int bake(Arguments& arguments) {
     using Bake = Prm::ParameterBakeEdit;
     const auto curves = arguments.has("curves") ? Bake::Bezier : Bake::Linear;
     const double step = positiveOption(arguments, "step", 1.0);
-    return reshapeCurves(
-        arguments, spanOption(arguments), [=](Prm::ParameterWithoutType& parameter, const Prm::KeyframeSpan& span) {
-            const bool isAnimated = !parameter.allKeyframes().isEmpty();
-            return isAnimated ? std::make_unique<Bake>(parameter, span, step, curves) : std::unique_ptr<Bake>();
-        });
+    const auto make = [=](Prm::ParameterWithoutType& parameter, const Prm::KeyframeSpan& span) {
+        const bool isAnimated = !parameter.allKeyframes().isEmpty();
+        return isAnimated ? std::make_unique<Bake>(parameter, span, step, curves) : std::unique_ptr<Bake>();
+    };
+    return reshapeCurves(arguments, spanOption(arguments), {make, "baked"});
 }
 
 int smoothen(Arguments& arguments) {
@@ -102,8 +110,11 @@ int smoothen(Arguments& arguments) {
     arguments.example("prm smooth project.prm blur.size --radius 3 --error 0.01 --in-place");
     if (!arguments.read())
         return Fine;
-    return reshape<Prm::ParameterSmoothEdit>(arguments, positiveOption(arguments, "radius", 2.0),
-                                             errorOption(arguments));
+    using Smooth = Prm::ParameterSmoothEdit;
+    const double radius = positiveOption(arguments, "radius", 2.0);
+    const double error = errorOption(arguments);
+    return reshapeCurves(arguments, spanOption(arguments),
+                         {making<Smooth>(radius, error), "smoothed", making<Smooth>(radius, 0.0), error});
 }
 
 int ease(Arguments& arguments) {
@@ -113,7 +124,8 @@ int ease(Arguments& arguments) {
     arguments.example("prm ease project.prm blur.size --as sine-in-out --in-place");
     if (!arguments.read())
         return Fine;
-    return reshape<Prm::ParameterEaseEdit>(arguments, easingOf(arguments));
+    return reshapeCurves(arguments, spanOption(arguments),
+                         {making<Prm::ParameterEaseEdit>(easingOf(arguments)), "eased"});
 }
 
 int reverse(Arguments& arguments) {
@@ -123,7 +135,8 @@ int reverse(Arguments& arguments) {
     arguments.example("prm reverse project.prm blur --pivot 50 --in-place");
     if (!arguments.read())
         return Fine;
-    return reshape<Prm::ParameterReverseEdit>(arguments, timeOption(arguments, "pivot", Prm::Time(Prm::Time::INVALID)));
+    const Prm::Time pivot = timeOption(arguments, "pivot", Prm::Time(Prm::Time::INVALID));
+    return reshapeCurves(arguments, spanOption(arguments), {making<Prm::ParameterReverseEdit>(pivot), "reversed"});
 }
 
 int adjustValues(Arguments& arguments) {
@@ -137,7 +150,8 @@ int adjustValues(Arguments& arguments) {
         return Fine;
     const Prm::ValueScaling scaling{numberOption(arguments, "scale", 1.0), numberOption(arguments, "pivot"),
                                     numberOption(arguments, "offset")};
-    return reshape<Prm::ParameterScaleValuesEdit>(arguments, scaling);
+    return reshapeCurves(arguments, spanOption(arguments),
+                         {making<Prm::ParameterScaleValuesEdit>(scaling), "adjusted", {}, 0.0, true});
 }
 
 } // namespace Tool

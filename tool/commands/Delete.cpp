@@ -1,3 +1,4 @@
+#include "prm/KeyframeSelectionEdit.h"
 #include "prm/ParameterEdits.h"
 #include "tool/Commands.h"
 #include "tool/Frames.h"
@@ -16,19 +17,12 @@ void keepValue(FileParameter::Data& data, Prm::View view) {
 }
 
 void deleteSpan(FileParameter::Data& data, const Prm::KeyframeSpan& span, Prm::View view) {
-    std::vector<Prm::Time> times;
-    for (unsigned int i = 0; i < data.keyframeCount(view); ++i) {
-        const Prm::Time time = data.keyframeTime(i, view).time;
-        if (time >= span.first && time <= span.last)
-            times.push_back(time);
-    }
-    if (times.size() == data.keyframeCount(view)) {
-        keepValue(data, view);
-        Prm::ParameterDeleteAllKeysEdit(data, view).doIt();
-        return;
-    }
-    for (const Prm::Time time : times)
-        Prm::ParameterDeleteKeyEdit(data, {time, view}).doIt();
+    Prm::KeyframeSelection selection;
+    selection.add(data, view, {span.first.toDouble(), span.last.toDouble(), true, true});
+    if (selection.count() < data.keyframeCount(view))
+        return Prm::KeyframeSelectionEdit(selection, Prm::KeyframeChange::deleted()).doIt();
+    keepValue(data, view);
+    Prm::ParameterDeleteAllKeysEdit(data, view).doIt();
 }
 
 } // namespace
@@ -47,12 +41,14 @@ int deleteKeyframes(Arguments& arguments) {
     Prm::KeyframeSpan span = spanOption(arguments);
     if (arguments.has("at"))
         span.first = span.last = timeOption(arguments, "at");
-    return editProject(arguments, arguments.patterns(), [&](const FileParameter& parameter) {
+    const auto edit = [&](const FileParameter& parameter) {
+        hasKeyframes(arguments, parameter, span);
         for (const Prm::View view : std::vector<Prm::View>(parameter.data().viewList())) {
             if (!span.view.isValid() || view == span.view)
                 deleteSpan(parameter.data(), span, view);
         }
-    });
+    };
+    return editProject(arguments, arguments.patterns(), edit, accountBy("changed"));
 }
 
 } // namespace Tool

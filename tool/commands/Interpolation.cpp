@@ -16,7 +16,7 @@ Prm::Interpolation kindOption(const Arguments& arguments) {
         if (kindText(kind).compare(arguments.value("as"), Qt::CaseInsensitive) == 0)
             return kind;
     }
-    throw WrongUse("--as is constant, linear or bezier");
+    throw WrongUse("--as must be constant, linear or bezier");
 }
 
 } // namespace
@@ -31,13 +31,15 @@ int setInterpolation(Arguments& arguments) {
         return Fine;
     const Prm::Interpolation kind = kindOption(arguments);
     const Prm::KeyframeSpan span = spanOption(arguments);
-    return editProject(arguments, arguments.patterns(), [&](const FileParameter& parameter) {
+    const auto edit = [&](const FileParameter& parameter) {
+        hasKeyframes(arguments, parameter, span);
         for (const Prm::Context& key : parameter.data().allKeyframes()) {
             const bool isInView = !span.view.isValid() || key.view == span.view;
             if (isInView && key.time >= span.first && key.time <= span.last)
                 Prm::ParameterInterpolationEdit(parameter.data(), kind, key).doIt();
         }
-    });
+    };
+    return editProject(arguments, arguments.patterns(), edit, accountBy("set to " + kindText(kind)));
 }
 
 } // namespace Tool

@@ -337,6 +337,16 @@ LineChanges changedLines(const ProjectText& text, const FileViews& before, const
     return patch.changes();
 }
 
+void changeSetting(const ProjectText& text, int node, Key key, const QByteArray& setting, LineChanges& changes) {
+    const std::vector<int>& lines = text.node(node).lines;
+    const QByteArray line = toBytes(text.reading(lines.front()).path) + '.' + setting;
+    const auto last = std::find_if(lines.rbegin(), lines.rend(), [&](int each) { return text.key(each) == key; });
+    if (last == lines.rend())
+        changes[lines.back()].after.push_back(line);
+    else
+        changes[*last].own = Lines{line};
+}
+
 QByteArray bytesWith(const ProjectText& text, const LineChanges& changes) {
     QByteArray bytes;
     QByteArray end = "\n";

@@ -32,6 +32,10 @@ struct LineChange {
 /// The lines that are not named here keep their bytes.
 using LineChanges = std::map<int, LineChange>;
 
+/// Makes a parameter say a setting, such as "before=Linear": in the last line that says it, else in a line after all
+/// others.
+void changeSetting(const ProjectText& text, int node, Key key, const QByteArray& setting, LineChanges& changes);
+
 /// The whole text with such changes. Lines that are new end as the line does whose place they take; a text without a
 /// last line end keeps having none.
 QByteArray bytesWith(const ProjectText& text, const LineChanges& changes);

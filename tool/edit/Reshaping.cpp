@@ -1,7 +1,9 @@
 #include "tool/edit/Reshaping.h"
 
 #include "tool/Frames.h"
+#include "tool/Progress.h"
 #include "tool/Streams.h"
+#include "tool/edit/CurveError.h"
 
 #include <algorithm>
 
@@ -25,7 +27,9 @@ public:
         const unsigned int count = m_edited.keyframeCount(m_view);
         std::vector<FileKeyframe> now;
         now.reserve(count);
+        Progress progress("taking over keyframes", count);
         for (unsigned int i = 0; i < count; ++i) {
+            progress.step();
             const Prm::Context at = m_edited.keyframeTime(i, m_view);
             const Prm::KeyframeIndex index(&m_edited, m_view, i);
             now.emplace_back(at.time, valueAt(at), m_edited.interpolationData(index));
@@ -69,28 +73,53 @@ private:
     FileValue m_static;
 };
 
-/// Why the edit is not done; empty if it was.
-QString reshapeCurve(const FileParameter& file, const CurveEdit& edit, const Prm::KeyframeSpan& span) {
-    if (!file.master().isEmpty())
-        return message("shows %1, whose keyframes are to be edited", file.master());
-    const TypedParameter typed = file.kind()->typed(file);
-    if (!typed.parameter)
-        return message("its values are of no known type");
-    if (span.view.isValid() && !file.data().hasViewData(span.view))
-        return message("view %1 has no data of its own; prm split gives it some", span.view.id());
-    const auto made = edit(*typed.parameter, span);
-    QString refusal = made ? made->refusal() : QString();
-    if (!made || !refusal.isEmpty())
-        return refusal;
-    made->doIt();
-    const int former = file.data().allKeyframes().size();
-    for (const Prm::View view : std::vector<Prm::View>(file.data().viewList()))
-        EditedView(file, *typed.parameter, view).putBack();
-    const int now = file.data().allKeyframes().size();
-    if (now != former)
-        tell("%1: %2 keyframes to %3", file.path(), former, now);
-    return {};
-}
+/// One edit of one parameter of a file.
+class Reshaping {
+public:
+    Reshaping(const FileParameter& file, const CurveEdit& edit, const Prm::KeyframeSpan& span)
+        : m_file(file), m_edit(edit), m_span(span) {}
+
+    /// Returns why the edit is not done; nothing if it is.
+    QString run() {
+        if (!m_file.master().isEmpty())
+            return message("shows %1, whose keyframes are to be edited", m_file.master());
+        const auto parameter = m_file.kind()->typed(m_file).parameter;
+        if (!parameter)
+            return message("its values are of no known type");
+        if (m_span.view.isValid() && !m_file.data().hasViewData(m_span.view))
+            return withoutData(m_span.view);
+        const auto made = m_edit.make(*parameter, m_span);
+        QString refusal = made ? made->refusal() : QString();
+        if (!made || !refusal.isEmpty())
+            return refusal;
+        made->doIt();
+        findError(*parameter);
+        for (const Prm::View view : std::vector<Prm::View>(m_file.data().viewList()))
+            EditedView(m_file, *parameter, view).putBack();
+        return {};
+    }
+
+    /// The error that was reached; less than 0 if it is not asked for.
+    double error() const { return m_error; }
+
+private:
+    void findError(const Prm::ParameterWithoutType& edited) {
+        constexpr double part = 0.002;
+        if (!m_edit.exact)
+            return;
+        const auto exact = m_file.kind()->typed(m_file).parameter;
+        if (const auto made = m_edit.exact(*exact, m_span))
+            made->doIt();
+        m_error = 0.0;
+        for (const Prm::View& view : m_file.data().viewList())
+            m_error = std::max(m_error, greatestDifference(*exact, edited, view, m_edit.error * part));
+    }
+
+    const FileParameter& m_file;
+    const CurveEdit& m_edit;
+    const Prm::KeyframeSpan& m_span;
+    double m_error = -1.0;
+};
 
 } // namespace
 
@@ -113,12 +142,23 @@ Prm::KeyframeSpan spanOption(const Arguments& arguments) {
 
 int reshapeCurves(const Arguments& arguments, const Prm::KeyframeSpan& span, const CurveEdit& edit) {
     bool isComplete = true;
-    const int code = editProject(arguments, arguments.patterns(), [&](const FileParameter& parameter) {
-        const QString refusal = reshapeCurve(parameter, edit, span);
+    double error = -1.0;
+    const auto reshape = [&](const FileParameter& parameter) {
+        Reshaping reshaping(parameter, edit, span);
+        const QString refusal = reshaping.run();
+        error = reshaping.error();
         isComplete = isComplete && refusal.isEmpty();
         if (!refusal.isEmpty())
             tell("%1: %2", parameter.path(), refusal);
-    });
+        else if (!edit.takesStatic)
+            hasKeyframes(arguments, parameter, span);
+    };
+    const auto account = [&](const FileViews& before, const FileViews& after) {
+        const QString done = accountBy(edit.verb)(before, after);
+        constexpr int digits = 2;
+        return error < 0.0 ? done : message("%1, error %2", done, QString::number(error, 'g', digits));
+    };
+    const int code = editProject(arguments, arguments.patterns(), reshape, account);
     return isComplete ? code : Findings;
 }
 
