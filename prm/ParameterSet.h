@@ -103,6 +103,9 @@ public:
 
     /// The name in paths.
     const QString& scriptName() const { return m_scriptName; }
+    /// The names of the sets that contain this one, from the topmost on, and its own, joined by dots, as
+    /// `assignNamePrefixes` of the topmost set joins them. Of several sets that list it, those above the first.
+    QString path() const;
     /// The untranslated name.
     const QString& name() const { return m_name; }
     /// The name shown to users.

@@ -50,6 +50,15 @@ void ParameterSet::setScriptName(const QString& name) {
     takeScriptName(allowed);
 }
 
+QString ParameterSet::path() const {
+    const auto* const parameter = dynamic_cast<const BasicParameter*>(this);
+    if (parameter && m_parents.isEmpty())
+        return parameter->path();
+    const QString above = m_parents.isEmpty() ? QString() : m_parents.begin()->set->path();
+    const bool isJoined = !above.isEmpty() && !m_scriptName.isEmpty();
+    return isJoined ? above + QLatin1Char('.') + m_scriptName : above + m_scriptName;
+}
+
 void ParameterSet::takeScriptName(const QString& name) {
     const QString former = std::exchange(m_scriptName, name);
     for (const detail::Listing& parent : m_parents) {

@@ -184,6 +184,31 @@ void State::forgetUnchanged() {
                  m_kept.end());
 }
 
+std::vector<const void*> State::parameters() const {
+    std::vector<const void*> all;
+    for (const Kept& kept : m_kept) {
+        if (kept.parameter)
+            all.push_back(kept.parameter.data());
+    }
+    return all;
+}
+
+std::shared_ptr<const State> State::joined(const std::shared_ptr<const State>& first,
+                                           const std::shared_ptr<const State>& later) {
+    if (!first || !later)
+        return first ? first : later;
+    std::shared_ptr<State> both;
+    const std::vector<const void*> known = first->parameters();
+    for (const Kept& kept : later->m_kept) {
+        if (std::find(known.begin(), known.end(), kept.parameter.data()) != known.end())
+            continue;
+        if (!both)
+            both = std::make_shared<State>(*first);
+        both->m_kept.push_back(kept);
+    }
+    return both ? both : first;
+}
+
 void State::putBack() const {
     FirstException first;
     for (const Kept& kept : m_kept) {

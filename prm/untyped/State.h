@@ -56,13 +56,18 @@ public:
     /// exception of an observer goes on.
     void putBack() const;
     const std::optional<MasterLink>& link() const { return m_link; }
+    /// Those that it would put back.
+    std::vector<const void*> parameters() const;
+    /// The first one, with the parameters that only the later one has; either may be null.
+    static std::shared_ptr<const State> joined(const std::shared_ptr<const State>& first,
+                                               const std::shared_ptr<const State>& later);
     /// The compounds that key their parts together among those that a change of the parameter leads to.
     static std::vector<ParameterWithoutType*> keyedTogether(BasicParameter& edited);
 
     /// Changes something, and returns what undoes it; null if nothing differs then. When that throws, puts this state
     /// back before the exception goes on.
-    template <class Change> std::unique_ptr<const State> changed(const Change& change) && {
-        auto former = std::make_unique<State>(std::move(*this));
+    template <class Change> std::shared_ptr<const State> changed(const Change& change) && {
+        auto former = std::make_shared<State>(std::move(*this));
         former->changeOrPutBack(change);
         former->forgetUnchanged();
         if (former->equals())

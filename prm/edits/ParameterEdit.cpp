@@ -1,0 +1,108 @@
+#include "prm/ParameterEdit.h"
+
+#include "prm/untyped/State.h"
+
+#include <algorithm>
+
+namespace Prm {
+
+ParameterEdit::ParameterEdit(BasicParameter* edited, const EditWords& words)
+    : m_edited(edited), m_hadParameter(edited != nullptr), m_words(words),
+      m_scriptName(edited ? edited->scriptName() : QString()) {}
+
+ParameterEdit::~ParameterEdit() = default;
+
+QString ParameterEdit::usageLogInfo() const {
+    if (m_edited)
+        return m_edited->scriptName();
+    return m_hadParameter ? m_scriptName + QLatin1String(" (deleted)") : QString();
+}
+
+EditSummary ParameterEdit::summary() const {
+    EditSummary summary;
+    summary.one = QString::fromUtf8(m_words.one);
+    summary.several = QString::fromUtf8(m_words.several);
+    summary.count = m_count < 0 && m_edited ? countNow() : std::max(m_count, 0);
+    if (!m_isCounted)
+        summary.count = 0;
+    summary.subjects = {{m_edited.data(), m_edited ? m_edited->path() : m_scriptName}};
+    return summary;
+}
+
+void ParameterEdit::describeAs(const EditWords& words, bool isCounted) {
+    m_words = words;
+    m_isCounted = isCounted;
+}
+
+int ParameterEdit::countNow() const {
+    return 1;
+}
+
+void ParameterEdit::takeCount() {
+    m_count = countNow();
+}
+
+ParameterSnapshotEdit::ParameterSnapshotEdit(BasicParameter* edited, const EditWords& words)
+    : ParameterEdit(edited, words) {}
+
+ParameterSnapshotEdit::~ParameterSnapshotEdit() = default;
+
+void ParameterSnapshotEdit::doIt() {
+    m_former.reset();
+    if (edited())
+        change();
+    noteDone();
+}
+
+void ParameterSnapshotEdit::change() {
+    takeCount();
+    if (applies())
+        m_former = takeState().changed([this] { apply(); });
+}
+
+void ParameterSnapshotEdit::undoIt() {
+    noteUndone();
+    if (!edited() || !m_former || !mayUndo(*m_former))
+        return;
+    m_former->present().changeOrPutBack([this] { m_former->putBack(); });
+}
+
+detail::Places ParameterSnapshotEdit::places() const {
+    return {};
+}
+
+detail::State ParameterSnapshotEdit::takeState() const {
+    return {*edited(), places()};
+}
+
+bool ParameterSnapshotEdit::mayUndo(const detail::State&) const {
+    return true;
+}
+
+bool ParameterSnapshotEdit::isReplacedBy(const ParameterSnapshotEdit&) const {
+    return false;
+}
+
+void ParameterSnapshotEdit::takeWanted(ParameterSnapshotEdit&) {}
+
+std::vector<const void*> ParameterSnapshotEdit::restored() const {
+    return m_former ? m_former->parameters() : std::vector<const void*>();
+}
+
+/// What only the next edit has changed was before it as it was before this one, unless another edit lies between.
+std::function<void()> ParameterSnapshotEdit::mergerWith(UndoableEdit& next, bool isAlone) {
+    auto& later = static_cast<ParameterSnapshotEdit&>(next);
+    if (!edited() || later.edited() != edited() || !isReplacedBy(later))
+        return {};
+    auto former = detail::State::joined(m_former, later.m_former);
+    if (!isAlone && former != m_former)
+        return {};
+    if (isAlone && former && former->equals())
+        former.reset();
+    return [this, &later, former] {
+        m_former = former;
+        takeWanted(later);
+    };
+}
+
+} // namespace Prm
