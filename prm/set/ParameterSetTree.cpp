@@ -113,16 +113,21 @@ bool ParameterSet::insertParameterSet(const boost::shared_ptr<ParameterSet>& sub
 }
 
 bool ParameterSet::removeParameterSet(const boost::shared_ptr<ParameterSet>& subset) {
-    if (!subset || !listsSubset(*subset))
-        return false;
-    const detail::LifeGuard guard(*this);
-    notifySubtreeRemoved(subset.get());
-    if (!guard.alive() || !listsSubset(*subset))
-        return true;
     // The argument may be of a list that changes now. NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const boost::shared_ptr<ParameterSet> leaving = subset;
-    removeSubset(*leaving);
-    leaving->exchangeTree(m_tree, nullptr);
+    return leaving && unlistSubset(*leaving);
+}
+
+bool ParameterSet::unlistSubset(ParameterSet& subset) {
+    if (!listsSubset(subset))
+        return false;
+    const detail::LifeGuard guard(*this);
+    const detail::LifeGuard subsetGuard(subset);
+    notifySubtreeRemoved(&subset);
+    if (!guard.alive() || !subsetGuard.alive() || !listsSubset(subset))
+        return true;
+    removeSubset(subset);
+    subset.exchangeTree(m_tree, nullptr);
     return true;
 }
 

@@ -30,7 +30,7 @@ struct Received : QObject {
     QString all;
 };
 
-/// A line for what it sends done and undone, and for what it returns; none where it does nothing.
+/// A line for what it sends done and undone, what it returns, and its text; none where it does nothing.
 QString lineOf(const Act& act, bool isCommand, Who who, const A& a, int more = 0) {
     Exhibits world(more);
     P& own = *world.parameter(who);
@@ -38,6 +38,7 @@ QString lineOf(const Act& act, bool isCommand, Who who, const A& a, int more = 0
     Received received(world);
     Command command;
     int outcome = 0;
+    QString text;
     const std::string error = errorOf([&] {
         outcome = act.run(command, own, *world.parameter(Master), a);
         command.doIt();
@@ -46,7 +47,9 @@ QString lineOf(const Act& act, bool isCommand, Who who, const A& a, int more = 0
     line += outcome == 0 ? QString() : QString(" returns %1").arg(outcome);
     if (isCommand && error.empty()) {
         const std::string after = world.state();
+        text = undoText(command);
         command.undoIt();
+        EXPECT_EQ(undoText(command).toStdString(), text.toStdString());
         line += " |" + received.take();
         if (more > 0) {
             command.doIt();
@@ -56,6 +59,7 @@ QString lineOf(const Act& act, bool isCommand, Who who, const A& a, int more = 0
     }
     EXPECT_TRUE(!isCommand || world.state() == before);
     const bool isNothing = line == " |" || (line.isEmpty() && world.state() == before);
+    line += isCommand ? " \"" + text + '"' : QString();
     const auto place = [](const Context& at) { return QString(" %1@%2").arg(at.time.toDouble()).arg(at.view.id()); };
     return isNothing ? QString() : "    " + own.scriptName() + place(a.at) + place(a.to) + ':' + line + '\n';
 }
