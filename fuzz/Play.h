@@ -340,12 +340,13 @@ private:
             A a(choose());
             a.aim(*own, choose().below(16));
             run(act, *command, *own, *other, a);
-            calls.emplace_back([=, &act, own = QPointer<P>(own), other = QPointer<P>(other)](Command& again, double by) {
-                A changed = a;
-                changed.value += by;
-                if (own && other)
-                    run(act, again, *own, *other, changed);
-            });
+            calls.emplace_back(
+                [=, &act, own = QPointer<P>(own), other = QPointer<P>(other)](Command& again, double by) {
+                    A changed = a;
+                    changed.value += by;
+                    if (own && other)
+                        run(act, again, *own, *other, changed);
+                });
             more = choose().below(4) == 3;
             if (more)
                 choose() = nextStep();

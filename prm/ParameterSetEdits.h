@@ -4,10 +4,13 @@
 #include "prm/ParameterSet.h"
 #include "prm/UndoableEdit.h"
 
+#include <QPointer>
 #include <QString>
 #include <boost/shared_ptr.hpp>
 
 #include <functional>
+#include <utility>
+#include <vector>
 
 namespace Prm {
 
@@ -18,11 +21,12 @@ class CompoundParameter;
 ///
 /// While the member is out of the set, the edit has the share of ownership that the set had; the object stays the same
 /// and keeps its connections, masters and edits. So a member that only the set owned is deleted with an edit that is
-/// done and has removed it, or is undone and had added it. Undoing puts the member back at its place in the list.
+/// done and has removed it, or is undone and had added it. Undoing puts the member back at its place in the list; the
+/// name prefixes of an added member and of what is below it are then those of before.
 ///
-/// Does nothing, both ways, if the set or the member was deleted, or if the member is in the set, or out of it, already.
-/// The member may be added to other sets meanwhile. A subset gets a unique script name when it comes into the set, and
-/// its former one when it leaves.
+/// Does nothing, both ways, if the set or the member was deleted, or if the member is in the set, or out of it,
+/// already. The member may be added to other sets meanwhile. A subset gets a unique script name when it comes into the
+/// set, and its former one when it leaves.
 ///
 /// Trees are notified of subsets. If a tree or an observer throws, the member is where it was, and the exception goes
 /// on.
@@ -52,7 +56,10 @@ protected:
     bool remove(int& position);
 
 private:
+    using Prefixes = std::vector<std::pair<QPointer<ParameterWithoutType>, QString>>;
+
     bool isListed() const;
+    Prefixes namePrefixes() const;
     const QString& presentName() const;
     void putIn(int position);
     void takeOut(int& position);
@@ -67,6 +74,9 @@ private:
     /// Of a subset that was renamed when it came into the set.
     QString m_nameOutside;
     QString m_nameInside;
+    /// Those of the member and of what is below it when it came into the set. They are part of the text of what is tied
+    /// to these parameters.
+    Prefixes m_prefixesOutside;
     /// Of the member when the edit was made.
     QString m_name;
     const char* m_act;

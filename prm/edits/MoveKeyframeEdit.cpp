@@ -31,7 +31,8 @@ Context atFrame(const Frame& frame, const View& view) {
 } // namespace
 
 MoveKeyframeEdit::MoveKeyframeEdit(ParameterWithoutType& parameter, const Context& from, const Context& to)
-    : ParameterSnapshotEdit(&parameter, {"Move %n keyframe of %p", "Move %n keyframes of %p"}), m_from(from), m_to(to) {}
+    : ParameterSnapshotEdit(&parameter, {"Move %n keyframe of %p", "Move %n keyframes of %p"}), m_from(from), m_to(to) {
+}
 
 bool MoveKeyframeEdit::applies() {
     return shiftBetween(m_from, m_to) && parameter()->bKeyframeAt(Context::Explicit(m_from));

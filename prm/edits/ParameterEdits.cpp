@@ -52,7 +52,8 @@ Bsc::CompositeCommand& ParameterAddKeyEdit::appendToCommand(ParameterWithoutType
 }
 
 ParameterDeleteKeyEdit::ParameterDeleteKeyEdit(ParameterWithoutType& parameter, const Context::Explicit& context)
-    : ParameterSnapshotEdit(&parameter, {"Delete %n keyframe of %p", "Delete %n keyframes of %p"}), m_context(context) {}
+    : ParameterSnapshotEdit(&parameter, {"Delete %n keyframe of %p", "Delete %n keyframes of %p"}), m_context(context) {
+}
 
 bool ParameterDeleteKeyEdit::applies() {
     return parameter()->bKeyframeAt(m_context);
@@ -102,7 +103,9 @@ detail::Places ParameterDeleteAllKeysEdit::places() const {
 
 ParameterInterpolationEdit::ParameterInterpolationEdit(ParameterWithoutType& parameter, Interpolation kind,
                                                        const Context& context)
-    : ParameterSnapshotEdit(&parameter, {"Change interpolation of %n keyframe of %p", "Change interpolation of %n keyframes of %p"}), m_kind(kind), m_context(context) {}
+    : ParameterSnapshotEdit(
+          &parameter, {"Change interpolation of %n keyframe of %p", "Change interpolation of %n keyframes of %p"}),
+      m_kind(kind), m_context(context) {}
 
 bool ParameterInterpolationEdit::applies() {
     return parameter()->bKeyframeAt(Context::Explicit(m_context));
@@ -122,7 +125,9 @@ detail::Places ParameterInterpolationEdit::places() const {
 
 ParameterInterpolationDataEdit::ParameterInterpolationDataEdit(ParameterWithoutType& parameter, const IType& data,
                                                                unsigned int index, const View& view)
-    : ParameterSnapshotEdit(&parameter, {"Change interpolation of %n keyframe of %p", "Change interpolation of %n keyframes of %p"}), m_data(data), m_index(index), m_view(view) {}
+    : ParameterSnapshotEdit(
+          &parameter, {"Change interpolation of %n keyframe of %p", "Change interpolation of %n keyframes of %p"}),
+      m_data(data), m_index(index), m_view(view) {}
 
 Context ParameterInterpolationDataEdit::keyframe() const {
     return parameter()->keyframeTime(m_index, detail::writtenAt(*parameter(), Context(Time(), m_view)).view);
@@ -151,7 +156,8 @@ detail::Places ParameterInterpolationDataEdit::places() const {
 
 ParameterSetValueEdit::ParameterSetValueEdit(ParameterWithoutType& parameter, const QVariant& value,
                                              const Context& context)
-    : ParameterSnapshotEdit(&parameter, {"Set value of %p", "Set %n values of %p"}), m_value(value), m_context(context) {}
+    : ParameterSnapshotEdit(&parameter, {"Set value of %p", "Set %n values of %p"}), m_value(value),
+      m_context(context) {}
 
 bool ParameterSetValueEdit::applies() {
     return true;
@@ -185,7 +191,8 @@ detail::Places ParameterSetValueEdit::places() const {
 
 ParameterSetStaticValueEdit::ParameterSetStaticValueEdit(BasicParameter& parameter, const QVariant& value,
                                                          const View& view)
-    : ParameterSnapshotEdit(&parameter, {"Set static value of %p", "Set %n static values of %p"}), m_value(value), m_view(view) {}
+    : ParameterSnapshotEdit(&parameter, {"Set static value of %p", "Set %n static values of %p"}), m_value(value),
+      m_view(view) {}
 
 bool ParameterSetStaticValueEdit::applies() {
     return true;

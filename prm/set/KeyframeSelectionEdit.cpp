@@ -51,9 +51,9 @@ namespace {
 
 /// In the order of the sentence's words: what is done with the keyframes, if that is one thing.
 const char* actOf(const KeyframeChange& change) {
-    const bool changesValues = change.valueScale != 1.0 ||
-                               std::any_of(change.valueShift.begin(), change.valueShift.end(),
-                                           [](double shift) { return shift != 0.0; });
+    const bool changesValues =
+        change.valueScale != 1.0 ||
+        std::any_of(change.valueShift.begin(), change.valueShift.end(), [](double shift) { return shift != 0.0; });
     const bool shifts = change.retiming && change.retiming->scale == 1.0;
     if (change.deletes)
         return "Delete";

@@ -52,8 +52,22 @@ bool ParameterSetEdit::isListed() const {
     return m_member.set ? m_set->listsSubset(*m_member.set) : m_set->lists(*m_member.parameter);
 }
 
+ParameterSetEdit::Prefixes ParameterSetEdit::namePrefixes() const {
+    Prefixes prefixes;
+    const auto add = [&](ParameterWithoutType* parameter) {
+        prefixes.emplace_back(parameter, parameter->namePrefix());
+    };
+    if (auto* const parameter = qobject_cast<ParameterWithoutType*>(m_member.parameter))
+        add(parameter);
+    const auto* const compound = dynamic_cast<const ParameterSet*>(m_member.parameter);
+    if (const ParameterSet* const below = m_member.set ? m_member.set : compound)
+        below->forEachParameterAndPart(add);
+    return prefixes;
+}
+
 void ParameterSetEdit::putIn(int position) {
     const boost::shared_ptr<void> kept = m_owner;
+    m_prefixesOutside = namePrefixes();
     if (!m_member.set) {
         m_set->putIn(*m_member.parameter, kept, position);
         if (m_setLife.alive() && m_memberLife.alive() && m_wasParent)
@@ -69,14 +83,18 @@ void ParameterSetEdit::putIn(int position) {
 }
 
 void ParameterSetEdit::takeOut(int& position) {
-    if (!m_member.set) {
+    if (m_member.set) {
+        m_owner = m_set->takeOut(*m_member.set, position);
+    } else {
         m_wasParent = m_member.parameter->parentSet() == m_set;
         m_owner = m_set->takeOut(*m_member.parameter, position);
-        return;
     }
-    m_owner = m_set->takeOut(*m_member.set, position);
-    const bool isRenamed = m_nameInside != m_nameOutside;
-    if (m_memberLife.alive() && isRenamed && m_member.set->scriptName() == m_nameInside)
+    for (const auto& [parameter, prefix] : m_prefixesOutside) {
+        if (parameter)
+            parameter->setNamePrefix(prefix);
+    }
+    const bool isRenamed = m_member.set && m_nameInside != m_nameOutside;
+    if (isRenamed && m_memberLife.alive() && m_member.set->scriptName() == m_nameInside)
         m_member.set->setScriptName(m_nameOutside);
 }
 

@@ -157,7 +157,8 @@ boost::shared_ptr<void> ParameterSet::takeOut(BasicParameter& parameter, int& po
         owner = leaving;
     } else {
         auto& all = m_ownedBasicParameters;
-        const auto owned = std::find_if(all.begin(), all.end(), [&](const auto& one) { return one.get() == &parameter; });
+        const auto owned =
+            std::find_if(all.begin(), all.end(), [&](const auto& one) { return one.get() == &parameter; });
         if (owned != all.end()) {
             owner = *owned;
             all.erase(owned);

@@ -173,7 +173,8 @@ inline void changeMembers(ParameterSet* set, ParameterSet* other, Command& comma
     const std::vector<ParameterSet::Member> members = set->members();
     if (a.kind == 1 || members.empty())
         return;
-    const ParameterSet::Member& member = members[members.size() - 1 - static_cast<std::size_t>(a.number) % members.size()];
+    const ParameterSet::Member& member =
+        members[members.size() - 1 - static_cast<std::size_t>(a.number) % members.size()];
     if (!member.set)
         return command.push_back(new ParameterSetRemoveEdit(*set, *member.parameter));
     command.push_back(new ParameterSetRemoveEdit(*set, *member.set));
