@@ -105,11 +105,14 @@ protected:
     virtual bool isReplacedBy(const ParameterSnapshotEdit& next) const;
     /// Sets what such an edit sets. Throws nothing.
     virtual void takeWanted(ParameterSnapshotEdit& next);
+    /// Whether what this edit has changed depends on values that it found: keyframes of other parts get those that the
+    /// parts show. Here: whether it has changed other parameters.
+    virtual bool dependsOnValues() const;
     /// Whether undoing changes anything.
     bool hasChanged() const { return m_former != nullptr; }
 
     std::vector<const void*> restored() const override;
-    std::function<void()> mergerWith(UndoableEdit& next, bool isAlone) override;
+    std::function<void()> mergerWith(UndoableEdit& next, const Others& others) override;
 
 private:
     void change();

@@ -203,6 +203,7 @@ protected:
     bool applies() override;
     void apply() override;
     int countNow() const override;
+    bool dependsOnValues() const override;
     bool isReplacedBy(const ParameterSnapshotEdit& next) const override;
     detail::Places places() const override;
 
@@ -320,7 +321,7 @@ protected:
     virtual void set(ParameterWithoutType& parameter, quint32 setting) const = 0;
 
     std::vector<const void*> restored() const override;
-    std::function<void()> mergerWith(UndoableEdit& next, bool isAlone) override;
+    std::function<void()> mergerWith(UndoableEdit& next, const Others& others) override;
 
 private:
     void change(ParameterWithoutType& parameter, quint32 from, quint32 to) const;

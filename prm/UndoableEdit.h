@@ -56,10 +56,16 @@ protected:
 
     /// The objects that undoing restores.
     virtual std::vector<const void*> restored() const;
+    /// The other edits of the same step, and whether they restore some of the same objects.
+    struct Others {
+        /// Whether there are any before this one.
+        bool comeBefore = false;
+        bool shareBefore = false;
+        bool shareAfter = false;
+    };
     /// Returns what makes this edit do what it and the next one did together; empty, as here, if they are not alike.
-    /// Both are done, and `next` is of the same class. What is returned throws nothing. `isAlone` is false if another
-    /// edit of the same step restores some of the same objects.
-    virtual std::function<void()> mergerWith(UndoableEdit& next, bool isAlone);
+    /// Both are done, and `next` is of the same class. What is returned throws nothing.
+    virtual std::function<void()> mergerWith(UndoableEdit& next, const Others& others);
 
 private:
     friend PRM_EXPORT bool mergeEdits(Bsc::Command& done, Bsc::Command& next);
@@ -78,10 +84,10 @@ PRM_EXPORT QString undoText(const Bsc::Command& command);
 /// does and undoes both, in one step, and `next` is to be deleted without being undone.
 ///
 /// Returns false, and changes nothing, if the commands differ, if one of them is not done, or if another edit was done
-/// or undone between them or since. Merged are edits that replace what the former one has set:
-/// `ParameterSetValueEdit`, `ParameterSetStaticValueEdit`, `ParameterInterpolationDataEdit`, those of settings, and
-/// `ParameterSplitViewEdit` beside them. Merging keeps the state before the first edit only, however many there are.
-/// Throws `std::bad_alloc` before anything changes.
+/// or undone between them or since; changes by anything but edits are not noticed. Merged are edits that replace what
+/// the former one has set: `ParameterSetValueEdit`, `ParameterSetStaticValueEdit`, `ParameterInterpolationDataEdit`,
+/// those of settings, and `ParameterSplitViewEdit` beside them. Merging keeps the state before the first edit only,
+/// however many there are. Throws `std::bad_alloc` before anything changes.
 ///
 /// A drag of keyframes is one edit from the beginning: `InteractiveKeyframeEdit`.
 PRM_EXPORT bool mergeEdits(Bsc::Command& done, Bsc::Command& next);

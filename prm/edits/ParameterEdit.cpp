@@ -89,14 +89,29 @@ std::vector<const void*> ParameterSnapshotEdit::restored() const {
     return m_former ? m_former->parameters() : std::vector<const void*>();
 }
 
-/// What only the next edit has changed was before it as it was before this one, unless another edit lies between.
-std::function<void()> ParameterSnapshotEdit::mergerWith(UndoableEdit& next, bool isAlone) {
+bool ParameterSnapshotEdit::dependsOnValues() const {
+    const std::vector<const void*> changed = restored();
+    return std::any_of(changed.begin(), changed.end(), [this](const void* object) { return object != edited(); });
+}
+
+/// Where this edit has changed nothing, the state before the next one is that before both, unless another edit of the
+/// step has changed the same. Done again, it must find the values that it found: an edit before it sets others now.
+std::function<void()> ParameterSnapshotEdit::mergerWith(UndoableEdit& next, const Others& others) {
     auto& later = static_cast<ParameterSnapshotEdit&>(next);
+    const bool isAlone = !others.shareBefore && !others.shareAfter;
     if (!edited() || later.edited() != edited() || !isReplacedBy(later))
         return {};
-    auto former = detail::State::joined(m_former, later.m_former);
-    if (!isAlone && former != m_former)
+    if (others.comeBefore && dependsOnValues() && (others.shareBefore || m_former->showsMasters()))
         return {};
+    const std::vector<const void*> known = restored();
+    const std::vector<const void*> changed = later.restored();
+    const auto isKnown = [&](const void* object) {
+        return std::find(known.begin(), known.end(), object) != known.end();
+    };
+    const bool isCovered = std::all_of(changed.begin(), changed.end(), isKnown);
+    if (!isCovered && (m_former || !isAlone))
+        return {};
+    auto former = m_former ? m_former : later.m_former;
     if (isAlone && former && former->equals())
         former.reset();
     return [this, &later, former] {

@@ -249,6 +249,11 @@ int ParameterSplitViewEdit::countNow() const {
     return parameter() && parameter()->splittable() && !lists(*parameter(), m_view) ? 1 : 0;
 }
 
+/// The data of the new view are a copy.
+bool ParameterSplitViewEdit::dependsOnValues() const {
+    return hasChanged();
+}
+
 bool ParameterSplitViewEdit::isReplacedBy(const ParameterSnapshotEdit& next) const {
     const auto& later = static_cast<const ParameterSplitViewEdit&>(next);
     return m_view == later.m_view && !later.hasChanged();

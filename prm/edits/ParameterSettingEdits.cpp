@@ -65,7 +65,7 @@ std::vector<const void*> ParameterSettingEdit::restored() const {
     return m_state ? m_state->parameters() : std::vector<const void*>();
 }
 
-std::function<void()> ParameterSettingEdit::mergerWith(UndoableEdit& next, bool) {
+std::function<void()> ParameterSettingEdit::mergerWith(UndoableEdit& next, const Others&) {
     auto& later = static_cast<ParameterSettingEdit&>(next);
     const bool isAlike = m_former.has_value() == later.m_former.has_value() && !m_state == !later.m_state;
     if (!edited() || later.edited() != edited() || !isAlike)

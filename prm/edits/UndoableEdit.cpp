@@ -128,7 +128,7 @@ std::vector<const void*> UndoableEdit::restored() const {
     return {};
 }
 
-std::function<void()> UndoableEdit::mergerWith(UndoableEdit&, bool) {
+std::function<void()> UndoableEdit::mergerWith(UndoableEdit&, const Others&) {
     return {};
 }
 
@@ -159,14 +159,15 @@ bool mergeEdits(Bsc::Command& done, Bsc::Command& next) {
         if (!std::all_of(edits->begin(), edits->end(), isNext))
             return false;
     }
+    std::vector<UndoableEdit::Others> others(first.size());
     QHash<const void*, std::size_t> restoredBy;
-    std::vector<bool> isAlone(first.size(), true);
     for (std::size_t i = 0; i < first.size() && first.size() > 1; ++i) {
+        others[i].comeBefore = i > 0;
         for (const UndoableEdit* const edit : {first[i], second[i]}) {
             for (const void* const object : edit->restored()) {
-                const std::size_t other = restoredBy.value(object, i);
-                isAlone[i] = isAlone[i] && other == i;
-                isAlone[other] = isAlone[other] && other == i;
+                const std::size_t former = restoredBy.value(object, i);
+                others[i].shareBefore = others[i].shareBefore || former != i;
+                others[former].shareAfter = others[former].shareAfter || former != i;
                 restoredBy.insert(object, i);
             }
         }
@@ -175,7 +176,7 @@ bool mergeEdits(Bsc::Command& done, Bsc::Command& next) {
     for (std::size_t i = 0; i < first.size(); ++i) {
         if (typeid(*first[i]) != typeid(*second[i]))
             return false;
-        mergers.push_back(first[i]->mergerWith(*second[i], isAlone[i]));
+        mergers.push_back(first[i]->mergerWith(*second[i], others[i]));
         if (!mergers.back())
             return false;
     }

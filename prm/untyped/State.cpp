@@ -193,20 +193,11 @@ std::vector<const void*> State::parameters() const {
     return all;
 }
 
-std::shared_ptr<const State> State::joined(const std::shared_ptr<const State>& first,
-                                           const std::shared_ptr<const State>& later) {
-    if (!first || !later)
-        return first ? first : later;
-    std::shared_ptr<State> both;
-    const std::vector<const void*> known = first->parameters();
-    for (const Kept& kept : later->m_kept) {
-        if (std::find(known.begin(), known.end(), kept.parameter.data()) != known.end())
-            continue;
-        if (!both)
-            both = std::make_shared<State>(*first);
-        both->m_kept.push_back(kept);
-    }
-    return both ? both : first;
+bool State::showsMasters() const {
+    return std::any_of(m_kept.begin(), m_kept.end(), [](const Kept& kept) {
+        const auto* const animated = qobject_cast<const ParameterWithoutType*>(kept.parameter.data());
+        return animated && animated->masterParameter();
+    });
 }
 
 void State::putBack() const {

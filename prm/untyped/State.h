@@ -58,9 +58,8 @@ public:
     const std::optional<MasterLink>& link() const { return m_link; }
     /// Those that it would put back.
     std::vector<const void*> parameters() const;
-    /// The first one, with the parameters that only the later one has; either may be null.
-    static std::shared_ptr<const State> joined(const std::shared_ptr<const State>& first,
-                                               const std::shared_ptr<const State>& later);
+    /// Whether one of them shows the animation of another parameter.
+    bool showsMasters() const;
     /// The compounds that key their parts together among those that a change of the parameter leads to.
     static std::vector<ParameterWithoutType*> keyedTogether(BasicParameter& edited);
 

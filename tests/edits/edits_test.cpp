@@ -199,6 +199,16 @@ TEST(Edits, OfOneThingInARowMerge) {
              add<ParameterSplitViewEdit>(c, *w.parameter(Keyed), View(3));
              value(Keyed, 5, 6, at(3, 3))(w, c, i);
          }},
+        {"value that the next edit copies", false,
+         [&](Exhibits& w, Command& c, int i) {
+             value(Keyed, 5, 6, at(3))(w, c, i);
+             add<ParameterSplitViewEdit>(c, *w.parameter(Keyed), View(3));
+         }},
+        {"value that a new keyframe of a part depends on", false,
+         [&](Exhibits& w, Command& c, int i) {
+             value(Y, 7, 8, at(6))(w, c, i);
+             value(X, 5, 6, at(8))(w, c, i);
+         }},
         {"one and two", false,
          [&](Exhibits& w, Command& c, int i) {
              for (int k = 0; k <= i; ++k)
@@ -305,6 +315,7 @@ TEST(Edits, OfSeveralKindsSayHowManyTheyChange) {
     EXPECT_EQ(undoText(members), "Remove 2 subsets");
     members.push_back(new ParameterSetRemoveEdit(*world.set(0), keyed));
     EXPECT_EQ(undoText(members), "Remove 3 members");
+    EXPECT_EQ(dynamic_cast<CompoundParameter&>(*world.parameter(Position)).path(), "set.p10");
 }
 
 // Retiming is in tests/data/tool/editing.session, pasting into views in tests/set/clipboard_test.cpp.
