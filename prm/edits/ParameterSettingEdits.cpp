@@ -62,7 +62,9 @@ void ParameterSettingEdit::change(ParameterWithoutType& parameter, quint32 from,
 }
 
 std::vector<const void*> ParameterSettingEdit::restored() const {
-    return m_state ? m_state->parameters() : std::vector<const void*>();
+    if (m_state)
+        return m_state->parameters();
+    return m_former && edited() ? std::vector<const void*>{edited()} : std::vector<const void*>();
 }
 
 std::function<void()> ParameterSettingEdit::mergerWith(UndoableEdit& next, const Others&) {

@@ -199,6 +199,11 @@ TEST(Edits, OfOneThingInARowMerge) {
              add<ParameterSplitViewEdit>(c, *w.parameter(Keyed), View(3));
              value(Keyed, 5, 6, at(3, 3))(w, c, i);
          }},
+        {"value changed later, of a parameter that was hidden", false,
+         [&](Exhibits& w, Command& c, int i) {
+             value(Keyed, 2, 7, at(10))(w, c, i);
+             add<ParameterWithoutTypeHideEdit>(c, *w.parameter(Keyed), true);
+         }},
         {"value that the next edit copies", false,
          [&](Exhibits& w, Command& c, int i) {
              value(Keyed, 5, 6, at(3))(w, c, i);
