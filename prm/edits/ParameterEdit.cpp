@@ -86,13 +86,26 @@ bool ParameterSnapshotEdit::isReplacedBy(const ParameterSnapshotEdit&) const {
 void ParameterSnapshotEdit::takeWanted(ParameterSnapshotEdit&) {}
 
 std::vector<const void*> ParameterSnapshotEdit::restored() const {
-    return m_former ? m_former->parameters() : std::vector<const void*>();
+    const auto all = m_former ? m_former->parameters() : std::vector<const BasicParameter*>();
+    return {all.begin(), all.end()};
 }
 
 bool ParameterSnapshotEdit::dependsOnValues() const {
     const std::vector<const void*> changed = restored();
     return std::any_of(changed.begin(), changed.end(), [this](const void* object) { return object != edited(); });
 }
+
+namespace {
+
+bool showsMasters(const detail::State& state) {
+    const auto all = state.parameters();
+    return std::any_of(all.begin(), all.end(), [](const BasicParameter* parameter) {
+        const auto* const animated = qobject_cast<const ParameterWithoutType*>(parameter);
+        return animated && animated->masterParameter();
+    });
+}
+
+} // namespace
 
 /// Where this edit has changed nothing, the state before the next one is that before both, unless another edit of the
 /// step has changed the same. Done again, it must find the values that it found: an edit before it sets others now.
@@ -101,7 +114,7 @@ std::function<void()> ParameterSnapshotEdit::mergerWith(UndoableEdit& next, cons
     const bool isAlone = !others.shareBefore && !others.shareAfter;
     if (!edited() || later.edited() != edited() || !isReplacedBy(later))
         return {};
-    if (others.comeBefore && dependsOnValues() && (others.shareBefore || m_former->showsMasters()))
+    if (others.comeBefore && dependsOnValues() && (others.shareBefore || showsMasters(*m_former)))
         return {};
     const std::vector<const void*> known = restored();
     const std::vector<const void*> changed = later.restored();
@@ -112,7 +125,11 @@ std::function<void()> ParameterSnapshotEdit::mergerWith(UndoableEdit& next, cons
     if (!isCovered && (m_former || !isAlone))
         return {};
     auto former = m_former ? m_former : later.m_former;
-    if (isAlone && former && former->equals())
+    const bool isNothing = former && former->equals();
+    // Done again it would change nothing, so that no other parts would be keyed.
+    if (former && !isNothing && former->equalsEdited())
+        return {};
+    if (isAlone && isNothing)
         former.reset();
     return [this, &later, former] {
         m_former = former;

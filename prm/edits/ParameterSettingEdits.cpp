@@ -62,9 +62,8 @@ void ParameterSettingEdit::change(ParameterWithoutType& parameter, quint32 from,
 }
 
 std::vector<const void*> ParameterSettingEdit::restored() const {
-    if (m_state)
-        return m_state->parameters();
-    return m_former && edited() ? std::vector<const void*>{edited()} : std::vector<const void*>();
+    const auto all = m_state ? m_state->parameters() : std::vector<const BasicParameter*>();
+    return m_former && edited() ? std::vector<const void*>{edited()} : std::vector<const void*>(all.begin(), all.end());
 }
 
 std::function<void()> ParameterSettingEdit::mergerWith(UndoableEdit& next, const Others&) {

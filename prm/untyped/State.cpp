@@ -184,20 +184,15 @@ void State::forgetUnchanged() {
                  m_kept.end());
 }
 
-std::vector<const void*> State::parameters() const {
-    std::vector<const void*> all;
+std::vector<const BasicParameter*> State::parameters() const {
+    std::vector<const BasicParameter*> all;
     for (const Kept& kept : m_kept) {
         if (kept.parameter)
             all.push_back(kept.parameter.data());
+        if (const auto* const compound = dynamic_cast<const ParameterSet*>(kept.parameter.data()))
+            compound->forEachParameterAndPart([&](const ParameterWithoutType* part) { all.push_back(part); });
     }
     return all;
-}
-
-bool State::showsMasters() const {
-    return std::any_of(m_kept.begin(), m_kept.end(), [](const Kept& kept) {
-        const auto* const animated = qobject_cast<const ParameterWithoutType*>(kept.parameter.data());
-        return animated && animated->masterParameter();
-    });
 }
 
 void State::putBack() const {

@@ -50,16 +50,16 @@ public:
     /// What putting this one back would change, as it is now.
     State present() const;
     bool equals() const;
+    /// The same for the edited parameter alone.
+    bool equalsEdited() const { return m_kept.front().equals(); }
     /// Drops the parameters that changed with the edited one, or might have, and did not.
     void forgetUnchanged();
     /// Sends one PARAMETER_ASSIGNED for each parameter, with `isImporting()` true. All are put back, then the first
     /// exception of an observer goes on.
     void putBack() const;
     const std::optional<MasterLink>& link() const { return m_link; }
-    /// Those that it would put back.
-    std::vector<const void*> parameters() const;
-    /// Whether one of them shows the animation of another parameter.
-    bool showsMasters() const;
+    /// Those that it would put back, with the parts of compounds.
+    std::vector<const BasicParameter*> parameters() const;
     /// The compounds that key their parts together among those that a change of the parameter leads to.
     static std::vector<ParameterWithoutType*> keyedTogether(BasicParameter& edited);
 

@@ -204,6 +204,11 @@ TEST(Edits, OfOneThingInARowMerge) {
              value(Keyed, 2, 7, at(10))(w, c, i);
              add<ParameterWithoutTypeHideEdit>(c, *w.parameter(Keyed), true);
          }},
+        {"value changed later, of a part of the next one's compound", false,
+         [&](Exhibits& w, Command& c, int i) {
+             add<ParameterSetStaticValueEdit>(c, *w.parameter(X), i * 5., View(0));
+             value(Position, 5, 6, at(3))(w, c, i);
+         }},
         {"value that the next edit copies", false,
          [&](Exhibits& w, Command& c, int i) {
              value(Keyed, 5, 6, at(3))(w, c, i);
