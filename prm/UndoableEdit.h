@@ -84,7 +84,8 @@ PRM_EXPORT QString undoText(const Bsc::Command& command);
 /// does and undoes both, in one step, and `next` is to be deleted without being undone.
 ///
 /// Returns false, and changes nothing, if the commands differ, if one of them is not done, or if another edit was done
-/// or undone between them or since; changes by anything but edits are not noticed. Merged are edits that replace what
+/// or undone between them or since; changes by anything but edits are not noticed. The same if redoing the merged edits
+/// would not do what both did, because one edit of the step copies a value that another one sets. Merged are edits that replace what
 /// the former one has set: `ParameterSetValueEdit`, `ParameterSetStaticValueEdit`, `ParameterInterpolationDataEdit`,
 /// those of settings, and `ParameterSplitViewEdit` beside them. Merging keeps the state before the first edit only,
 /// however many there are. Throws `std::bad_alloc` before anything changes.

@@ -175,14 +175,14 @@ TEST(SetEdits, KeepConnectionsOrCallTheHost) {
             edit.observeWith(
                 [&](const auto&) { stage.b->attachObserver(&recorder, SLOT(onChanged(Prm::ParameterChange&))); },
                 [&](const auto&) { stage.b->detachAllObservers(); });
-        const auto hears = [&] {
+        const auto receives = [&] {
             stage.b->setVariantValue(stage.b->variantValue(at(1)).toDouble() + 1, at(1));
             return !recorder.take().empty();
         };
         edit.doIt();
-        EXPECT_EQ(hears(), !isObserved);
+        EXPECT_EQ(receives(), !isObserved);
         edit.undoIt();
-        EXPECT_TRUE(hears());
+        EXPECT_TRUE(receives());
     }
 }
 
