@@ -85,10 +85,10 @@ PRM_EXPORT QString undoText(const Bsc::Command& command);
 ///
 /// Returns false, and changes nothing, if the commands differ, if one of them is not done, or if another edit was done
 /// or undone between them or since; changes by anything but edits are not noticed. The same if redoing the merged edits
-/// would not do what both did, because one edit of the step copies a value that another one sets. Merged are edits that replace what
-/// the former one has set: `ParameterSetValueEdit`, `ParameterSetStaticValueEdit`, `ParameterInterpolationDataEdit`,
-/// those of settings, and `ParameterSplitViewEdit` beside them. Merging keeps the state before the first edit only,
-/// however many there are. Throws `std::bad_alloc` before anything changes.
+/// would not do what both did, because one edit of the step copies a value that another one sets. Merged are edits that
+/// replace what the former one has set: `ParameterSetValueEdit`, `ParameterSetStaticValueEdit`,
+/// `ParameterInterpolationDataEdit`, those of settings, and `ParameterSplitViewEdit` beside them. Merging keeps the
+/// state before the first edit only, however many there are. Throws `std::bad_alloc` before anything changes.
 ///
 /// A drag of keyframes is one edit from the beginning: `InteractiveKeyframeEdit`.
 PRM_EXPORT bool mergeEdits(Bsc::Command& done, Bsc::Command& next);
