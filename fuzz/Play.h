@@ -216,6 +216,7 @@ private:
         for (const char* const silent : {"adjustKeyframesTime", "readLine", "vSetDefault(", "setViewInterpolation",
                                          "setSplittable", "AddConstrained"})
             m_isSilent = m_isSilent || std::strstr(act.name, silent);
+        m_changesMembers = m_changesMembers || std::strstr(act.name, "changeMembers");
         act.run(command, own, other, a);
     }
 
@@ -322,11 +323,13 @@ private:
     struct Made {
         std::unique_ptr<Command> command;
         bool isSilent;
+        bool changesMembers;
     };
 
     void command() {
         ++m_world->changesOfLists;
         auto command = std::make_unique<Command>();
+        std::vector<std::function<void(Command&, double)>> calls;
         bool more = true;
         while (more) {
             P* const own = chosenParameter();
@@ -337,16 +340,50 @@ private:
             A a(choose());
             a.aim(*own, choose().below(16));
             run(act, *command, *own, *other, a);
+            calls.emplace_back(
+                [=, &act, own = QPointer<P>(own), other = QPointer<P>(other)](Command& again, double by) {
+                    A changed = a;
+                    changed.value += by;
+                    if (own && other)
+                        run(act, again, *own, *other, changed);
+                });
             more = choose().below(4) == 3;
             if (more)
                 choose() = nextStep();
         }
         if (m_commands.empty())
             look();
+        finish(std::move(command));
+        for (int i = choose().below(6); i > 3 && m_depth <= 1 && isUndisturbed(); --i) {
+            auto again = std::make_unique<Command>();
+            for (const auto& call : calls)
+                call(*again, i);
+            finish(std::move(again));
+            merge();
+        }
+    }
+
+    void finish(std::unique_ptr<Command> command) {
         m_commands.resize(m_done);
         m_states.resize(m_done + 1);
-        m_commands.push_back({std::move(command), m_isSilent});
+        m_commands.push_back({std::move(command), m_isSilent, std::exchange(m_changesMembers, false)});
         travelTo(m_done + 1);
+    }
+
+    /// The last two, if they are alike, into one.
+    void merge() {
+        const std::size_t last = m_commands.size() - 1;
+        if (m_commands.size() < 2 || m_done <= last || m_interfered)
+            return;
+        if (!mergeEdits(*m_commands[last - 1].command, *m_commands[last].command))
+            return;
+        trace("merged");
+        m_commands[last - 1].isSilent |= m_commands[last].isSilent;
+        m_commands.pop_back();
+        m_states.erase(m_states.begin() + static_cast<std::ptrdiff_t>(last));
+        --m_done;
+        for (const std::size_t step : {last - 1, last})
+            travelTo(step);
     }
 
     void travel() {
@@ -358,7 +395,7 @@ private:
     bool go(bool forwards) {
         trace(forwards ? "do" : "undo");
         const Made& made = m_commands[forwards ? m_done : m_done - 1];
-        m_isSilent = m_isSilent || (forwards && made.isSilent);
+        m_isSilent = m_isSilent || (forwards && made.isSilent) || made.changesMembers;
         bool arrived = true;
         try {
             forwards ? made.command->doIt() : made.command->undoIt();
@@ -408,6 +445,7 @@ private:
     int m_depth = 0;
     bool m_interfered = false;
     bool m_threw = false;
+    bool m_changesMembers = false;
     std::vector<Made> m_commands;
     /// Before each command, and after the last; empty where it was not looked at.
     std::vector<QByteArray> m_states;

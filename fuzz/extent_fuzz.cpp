@@ -89,8 +89,10 @@ private:
         for (P* const own : m_world->parameters())
             if (own != m_world->parameter(outside))
                 m_root.addParameter(*own);
-        for (int i = 0; i < setCount; ++i)
-            m_root.addParameterSet(*m_world->set(i));
+        for (int i = 0; i < setCount; ++i) {
+            if (ParameterSet* const set = m_world->set(i))
+                m_root.addParameterSet(*set);
+        }
     }
 
     void receive(const ParameterChange& change) override {
@@ -115,6 +117,8 @@ private:
         m_isSilent = gainsViewsSilently();
         m_told = {};
         happens();
+        // Commands may have removed members of the set.
+        madeMissing();
         if (!m_isSilent)
             compare("announced", before, places, m_told, false);
         compare("asked", before, places, m_since->take(), true);

@@ -100,8 +100,12 @@ private:
         World world(Choices(nullptr, 0), m_world->options);
         Project project;
         for (int i = 0; i < setCount; ++i) {
-            if (m_world->set(i)->basicParameters().empty())
-                world.set(i)->clearAllLists();
+            const auto& kept = m_world->set(i)->basicParameters();
+            for (BasicParameter* const basic : std::vector<BasicParameter*>(world.set(i)->basicParameters())) {
+                const auto isIt = [=](const BasicParameter* one) { return one->scriptName() == basic->scriptName(); };
+                if (std::none_of(kept.begin(), kept.end(), isIt))
+                    ParameterSetRemoveEdit(*world.set(i), *basic).doIt();
+            }
         }
         project.enlist(world);
         for (int i = 0; i < setCount + compoundCount; ++i) {

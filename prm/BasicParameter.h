@@ -74,6 +74,9 @@ public:
 
     /// The set given to the constructor, otherwise the first set that the parameter was added to; may be null.
     ParameterSet* parentSet() const { return m_parentSet; }
+    /// The names of the sets that contain the parameter, from the topmost on, and its own, joined by dots. Empty names
+    /// are left out. Of several sets that list it, the parent set, otherwise the first.
+    QString path() const;
     /// Sets the parent set; does not add the parameter to it.
     void setParentSet(ParameterSet* parent) { m_parentSet = parent; }
 

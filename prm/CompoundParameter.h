@@ -60,6 +60,7 @@ public:
     /// Setters set the name of the parameter and that of the set.
     //@{
     using ParameterWithoutTypeBase::displayName;
+    using ParameterWithoutTypeBase::path;
     using ParameterWithoutTypeBase::scriptName;
     void setScriptName(const QString& name) override;
     void setDisplayName(const QString& name) override;

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "host/bsc/Command.h"
 #include "prm/Export.h"
 #include "prm/KeyframeChange.h"
 #include "prm/KeyframeSelection.h"
+#include "prm/UndoableEdit.h"
 
 #include <QPointer>
 #include <QString>
@@ -31,7 +31,7 @@ class State;
 ///
 /// \snippet selection.cpp edit
 /// \threads The owning thread of the parameters.
-class PRM_EXPORT KeyframeSelectionEdit : public Bsc::Command {
+class PRM_EXPORT KeyframeSelectionEdit : public UndoableEdit {
 public:
     KeyframeSelectionEdit(const KeyframeSelection& selection, const KeyframeChange& change);
     ~KeyframeSelectionEdit() override;
@@ -43,12 +43,14 @@ public:
     void undoIt() override;
     /// The script names of the parameters, separated by commas, those of deleted ones followed by " (deleted)".
     QString usageLogInfo() const override;
+    /// Of the selected keyframes, also where there is none any more.
+    EditSummary summary() const override;
 
 private:
     KeyframeSelection m_selection;
     KeyframeChange m_change;
     std::vector<std::pair<QPointer<ParameterWithoutType>, QString>> m_names;
-    std::unique_ptr<const detail::State> m_former;
+    std::shared_ptr<const detail::State> m_former;
 };
 
 /// An edit of a selection while the user drags: shows one change after another, each from the beginning, and ends with

@@ -38,6 +38,7 @@ public:
 protected:
     bool applies() override;
     void apply() override;
+    int countNow() const override;
     detail::Places places() const override;
 
 private:

@@ -1,12 +1,11 @@
 #pragma once
 
-#include "host/bsc/Command.h"
 #include "prm/Context.h"
 #include "prm/Export.h"
 #include "prm/Interpolation.h"
+#include "prm/ParameterEdit.h"
 #include "prm/ParameterWithoutType.h"
 #include "prm/Retiming.h"
-#include "prm/track/Place.h"
 
 #include <QPointer>
 #include <QString>
@@ -33,72 +32,6 @@ class RetimingPlan;
 class State;
 } // namespace detail
 
-/// A change of one parameter that can be done, undone, and redone. Edits use the untyped interface only, so they work
-/// with every kind of parameter, compounds included.
-///
-/// An edit does not own its parameter. After the parameter was deleted, doing and undoing do nothing. If an observer or
-/// hook throws, the call restores the state before it and rethrows. Redoing does the change again, on the present state
-/// of the parameter.
-///
-/// \snippet undo_stack.cpp offer
-/// \threads Made, done, undone and deleted on the thread that owns the parameter.
-class PRM_EXPORT ParameterEdit : public Bsc::Command {
-public:
-    /// The parameter's script name, followed by " (deleted)" after it was deleted. Empty without a parameter.
-    QString usageLogInfo() const override;
-    ~ParameterEdit() override;
-
-protected:
-    explicit ParameterEdit(BasicParameter* edited);
-
-    /// Null after the parameter was deleted.
-    BasicParameter* edited() const { return m_edited.data(); }
-    /// The same; null also if the parameter is not animatable.
-    ParameterWithoutType* parameter() const { return qobject_cast<ParameterWithoutType*>(m_edited.data()); }
-
-private:
-    QPointer<BasicParameter> m_edited;
-    bool m_hadParameter;
-    QString m_scriptName;
-};
-
-/// An edit that takes a snapshot (memento) of what it concerns each time it is done, and restores it when it is undone.
-/// Restoring emits PARAMETER_ASSIGNED; `isImporting()` is true meanwhile. If doing changes nothing, no snapshot is kept
-/// and undoing does nothing.
-///
-/// An edit of a part whose compound is keyed together concerns all parts, because it may add or delete their keyframes.
-/// Undoing restores every part that changed.
-///
-/// If the parameter has at most 64 keyframes and views, the snapshot holds all of them. Otherwise it holds the settings
-/// and the views that the edit concerns: their static values, and the keyframes from the one before each edited time to
-/// the one after it. Changes made since by anything but edits that were undone: undoing reverts them in the first case
-/// and keeps them in the second.
-///
-/// \snippet every_edit.cpp keyframes
-class PRM_EXPORT ParameterSnapshotEdit : public ParameterEdit {
-public:
-    void doIt() override;
-    void undoIt() override;
-    ~ParameterSnapshotEdit() override;
-
-protected:
-    explicit ParameterSnapshotEdit(BasicParameter* edited);
-
-    /// Whether there is anything to do. Called before the snapshot is taken; the parameter exists.
-    virtual bool applies() = 0;
-    /// Does the change. Observers may delete the parameter.
-    virtual void apply() = 0;
-    /// The only places in an animatable parameter that `apply` changes. Empty, as here, if they are not known.
-    virtual detail::Places places() const;
-    /// Takes the snapshot; the parameter exists. Here: around the places.
-    virtual detail::State takeState() const;
-    /// Whether the snapshot can be restored now. Here: true.
-    virtual bool mayUndo(const detail::State& former) const;
-
-private:
-    std::unique_ptr<const detail::State> m_former;
-};
-
 /// Adds a keyframe with the present value. Does nothing if there is one already, or if the parameter is not keyframed.
 ///
 /// \snippet every_edit.cpp keyframes
@@ -114,6 +47,7 @@ public:
 protected:
     bool applies() override;
     void apply() override;
+    int countNow() const override;
     detail::Places places() const override;
 
 private:
@@ -135,6 +69,7 @@ public:
 protected:
     bool applies() override;
     void apply() override;
+    int countNow() const override;
     detail::Places places() const override;
 
 private:
@@ -167,6 +102,7 @@ public:
 protected:
     bool applies() override;
     void apply() override;
+    int countNow() const override;
     detail::Places places() const override;
 
 private:
@@ -185,6 +121,8 @@ public:
 protected:
     bool applies() override;
     void apply() override;
+    bool isReplacedBy(const ParameterSnapshotEdit& next) const override;
+    void takeWanted(ParameterSnapshotEdit& next) override;
     detail::Places places() const override;
 
 private:
@@ -206,6 +144,8 @@ public:
 protected:
     bool applies() override;
     void apply() override;
+    bool isReplacedBy(const ParameterSnapshotEdit& next) const override;
+    void takeWanted(ParameterSnapshotEdit& next) override;
     detail::Places places() const override;
 
 private:
@@ -225,6 +165,8 @@ public:
 protected:
     bool applies() override;
     void apply() override;
+    bool isReplacedBy(const ParameterSnapshotEdit& next) const override;
+    void takeWanted(ParameterSnapshotEdit& next) override;
     detail::Places places() const override;
 
 private:
@@ -260,6 +202,9 @@ public:
 protected:
     bool applies() override;
     void apply() override;
+    int countNow() const override;
+    bool dependsOnValues() const override;
+    bool isReplacedBy(const ParameterSnapshotEdit& next) const override;
     detail::Places places() const override;
 
 private:
@@ -276,6 +221,7 @@ public:
 protected:
     bool applies() override;
     void apply() override;
+    int countNow() const override;
     detail::Places places() const override;
 
 private:
@@ -309,6 +255,7 @@ public:
 protected:
     bool applies() override;
     void apply() override;
+    int countNow() const override;
     detail::Places places() const override;
 
 private:
@@ -341,6 +288,7 @@ public:
 protected:
     bool applies() override;
     void apply() override;
+    int countNow() const override;
     detail::Places places() const override;
 
 private:
@@ -364,19 +312,23 @@ public:
     ~ParameterSettingEdit() override;
 
 protected:
-    ParameterSettingEdit(ParameterWithoutType& parameter, quint32 wanted);
+    ParameterSettingEdit(ParameterWithoutType& parameter, quint32 wanted,
+                         const EditWords& words = {"Change %p", "Change %p"});
 
     virtual bool applies(const ParameterWithoutType& parameter) const;
     virtual bool answersItself(const ParameterWithoutType& parameter) const;
     virtual quint32 present(const ParameterWithoutType& parameter) const = 0;
     virtual void set(ParameterWithoutType& parameter, quint32 setting) const = 0;
 
+    std::vector<const void*> restored() const override;
+    std::function<void()> mergerWith(UndoableEdit& next, const Others& others) override;
+
 private:
     void change(ParameterWithoutType& parameter, quint32 from, quint32 to) const;
 
     quint32 m_wanted;
     std::optional<quint32> m_former;
-    std::unique_ptr<const detail::State> m_state;
+    std::shared_ptr<const detail::State> m_state;
 };
 
 /// Sets the extrapolation before the first keyframe. Does nothing if the parameter is not keyframed.

@@ -103,6 +103,9 @@ public:
 
     /// The name in paths.
     const QString& scriptName() const { return m_scriptName; }
+    /// The names of the sets that contain this one, from the topmost on, and its own, joined by dots, as
+    /// `assignNamePrefixes` of the topmost set joins them. Of several sets that list it, those above the first.
+    QString path() const;
     /// The untranslated name.
     const QString& name() const { return m_name; }
     /// The name shown to users.
@@ -231,6 +234,7 @@ protected:
 
 private:
     friend class BasicParameter;
+    friend class ParameterSetEdit;
     friend class detail::Invariants;
     class MementoImpl;
     struct Subset {
@@ -248,6 +252,12 @@ private:
     void copyMembersFrom(const ParameterSet& other);
     void releaseMembers();
     bool isOrIsAbove(const ParameterSet& set, QSet<const ParameterSet*>& shared) const;
+    /// Adds a parameter before a position, at the end for one outside the list.
+    void putIn(BasicParameter& parameter, const boost::shared_ptr<void>& owner, int position);
+    /// Removes a member and returns what owned it in this set.
+    boost::shared_ptr<void> takeOut(BasicParameter& parameter, int& position);
+    boost::shared_ptr<void> takeOut(ParameterSet& subset, int& position);
+    bool unlistSubset(ParameterSet& subset);
     void enlist(BasicParameter& parameter, int list);
     void delist(BasicParameter& parameter);
     void exchangeTree(ParameterTree* from, ParameterTree* to);
@@ -319,7 +329,7 @@ private:
     mutable std::vector<Subset> m_subsets;
     /// Read by evaluation on other threads as well, which asks compounds for their parameters.
     mutable std::array<std::atomic<int>, NumLists> m_holes{};
-    std::vector<std::unique_ptr<BasicParameter>> m_ownedBasicParameters;
+    std::vector<boost::shared_ptr<BasicParameter>> m_ownedBasicParameters;
     /// The sets that list this one.
     detail::Listings m_parents;
     mutable std::unique_ptr<detail::NameIndex> m_names;

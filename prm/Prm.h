@@ -88,9 +88,16 @@ struct HandleChange;
 // prm/KeyframeChange.h
 struct KeyframeChange; // what an edit does with selected keyframes
 
-// prm/ParameterEdits.h
-class ParameterEdit; // a change that can be undone; derived classes:
+// prm/UndoableEdit.h
+struct EditSummary;
+class UndoableEdit; // a command with a text; undoText() and mergeEdits() serve undo stacks
+
+// prm/ParameterEdit.h
+struct EditWords;
+class ParameterEdit; // a change that can be undone
 class ParameterSnapshotEdit;
+
+// prm/ParameterEdits.h: classes derived from it
 class ParameterSettingEdit;
 class ParameterAddKeyEdit;
 class ParameterDeleteKeyEdit;
@@ -164,6 +171,11 @@ class ParameterSet;
 
 // prm/CompoundParameter.h
 class CompoundParameter;
+
+// prm/ParameterSetEdits.h
+class ParameterSetEdit; // adds or removes a member; derived classes:
+class ParameterSetAddEdit;
+class ParameterSetRemoveEdit;
 
 // prm/KeyframeSelection.h
 class KeyframeSelection; // keyframes of several parameters

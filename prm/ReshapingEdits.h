@@ -53,6 +53,7 @@ protected:
 
     bool applies() override;
     void apply() override;
+    int countNow() const override;
     detail::Places places() const override;
 
 private:

@@ -31,6 +31,8 @@ public:
     void push_back(Command* command);
     std::size_t size() const noexcept { return m_commands.size(); }
     bool empty() const noexcept { return m_commands.empty(); }
+    /// In the order in which they were added.
+    const std::vector<std::unique_ptr<Command>>& commands() const noexcept { return m_commands; }
 
     void doIt() override;
     void undoIt() override;

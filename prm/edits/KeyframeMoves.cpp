@@ -37,6 +37,35 @@ std::vector<Time> keyframeTimes(const ParameterWithoutType& parameter, const Vie
     return times;
 }
 
+namespace {
+
+/// The first index whose keyframe passes the test, which all after it do.
+template <class Test> int firstIndex(const ParameterWithoutType& parameter, const View& view, const Test& test) {
+    int from = 0;
+    int to = static_cast<int>(parameter.keyframeCount(view));
+    while (from < to) {
+        const int middle = from + (to - from) / 2;
+        const bool passes = test(parameter.keyframeTime(static_cast<unsigned int>(middle), view).time);
+        (passes ? to : from) = passes ? middle : middle + 1;
+    }
+    return from;
+}
+
+} // namespace
+
+int countKeyframes(const ParameterWithoutType& parameter, const View& view, Time first, Time last) {
+    const View written = writtenAt(parameter, Context(Time(), view)).view;
+    std::vector<View> views{written};
+    if (!written.isValid())
+        views = parameter.viewList();
+    int count = 0;
+    for (const View one : views) {
+        const int end = firstIndex(parameter, one, [=](Time time) { return time > last; });
+        count += std::max(0, end - firstIndex(parameter, one, [=](Time time) { return time >= first; }));
+    }
+    return count;
+}
+
 SerialisedKeyframes serialised(const ParameterWithoutType& parameter, const View& view,
                                const std::vector<Time>& times) {
     SerialisedKeyframes keyframes;

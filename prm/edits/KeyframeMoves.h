@@ -24,6 +24,10 @@ using SerialisedKeyframes = std::vector<boost::shared_ptr<SerialisedKeyframe>>;
 /// The times of a view's keyframes, in order.
 std::vector<Time> keyframeTimes(const ParameterWithoutType& parameter, const View& view);
 
+/// The number of a view's keyframes from one time to another, both included; of all views for the invalid view. Of a
+/// parameter that is not splittable, those that are written. Takes O(log keyframes) for each view.
+int countKeyframes(const ParameterWithoutType& parameter, const View& view, Time first, Time last);
+
 /// The keyframes of a view at these times.
 SerialisedKeyframes serialised(const ParameterWithoutType& parameter, const View& view, const std::vector<Time>& times);
 

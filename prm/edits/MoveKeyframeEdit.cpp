@@ -31,7 +31,8 @@ Context atFrame(const Frame& frame, const View& view) {
 } // namespace
 
 MoveKeyframeEdit::MoveKeyframeEdit(ParameterWithoutType& parameter, const Context& from, const Context& to)
-    : ParameterSnapshotEdit(&parameter), m_from(from), m_to(to) {}
+    : ParameterSnapshotEdit(&parameter, {"Move %n keyframe of %p", "Move %n keyframes of %p"}), m_from(from), m_to(to) {
+}
 
 bool MoveKeyframeEdit::applies() {
     return shiftBetween(m_from, m_to) && parameter()->bKeyframeAt(Context::Explicit(m_from));
@@ -39,6 +40,10 @@ bool MoveKeyframeEdit::applies() {
 
 void MoveKeyframeEdit::apply() {
     doMoveKeyframe(m_from, m_to);
+}
+
+int MoveKeyframeEdit::countNow() const {
+    return parameter() && parameter()->bKeyframeAt(Context::Explicit(m_from)) ? 1 : 0;
 }
 
 detail::Places MoveKeyframeEdit::places() const {

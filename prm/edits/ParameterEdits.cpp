@@ -3,54 +3,22 @@
 #include "host/bsc/CompositeCommand.h"
 #include "prm/AnimationState.h"
 #include "prm/edits/KeyframeMoves.h"
-#include "prm/untyped/State.h"
 
 #include <algorithm>
 
 namespace Prm {
 
-ParameterEdit::ParameterEdit(BasicParameter* edited)
-    : m_edited(edited), m_hadParameter(edited != nullptr), m_scriptName(edited ? edited->scriptName() : QString()) {}
+namespace {
 
-ParameterEdit::~ParameterEdit() = default;
-
-QString ParameterEdit::usageLogInfo() const {
-    if (m_edited)
-        return m_edited->scriptName();
-    return m_hadParameter ? m_scriptName + QLatin1String(" (deleted)") : QString();
+bool lists(const ParameterWithoutType& parameter, const View& view) {
+    const std::vector<View>& views = parameter.viewList();
+    return std::find(views.begin(), views.end(), view) != views.end();
 }
 
-ParameterSnapshotEdit::ParameterSnapshotEdit(BasicParameter* edited) : ParameterEdit(edited) {}
-
-ParameterSnapshotEdit::~ParameterSnapshotEdit() = default;
-
-void ParameterSnapshotEdit::doIt() {
-    m_former.reset();
-    if (!edited() || !applies())
-        return;
-    m_former = takeState().changed([this] { apply(); });
-}
-
-void ParameterSnapshotEdit::undoIt() {
-    if (!edited() || !m_former || !mayUndo(*m_former))
-        return;
-    m_former->present().changeOrPutBack([this] { m_former->putBack(); });
-}
-
-detail::Places ParameterSnapshotEdit::places() const {
-    return {};
-}
-
-detail::State ParameterSnapshotEdit::takeState() const {
-    return {*edited(), places()};
-}
-
-bool ParameterSnapshotEdit::mayUndo(const detail::State&) const {
-    return true;
-}
+} // namespace
 
 ParameterAddKeyEdit::ParameterAddKeyEdit(ParameterWithoutType& parameter, const Context& context)
-    : ParameterSnapshotEdit(&parameter), m_context(context) {}
+    : ParameterSnapshotEdit(&parameter, {"Add %n keyframe of %p", "Add %n keyframes of %p"}), m_context(context) {}
 
 bool ParameterAddKeyEdit::applies() {
     return parameter()->isKeyframed() && m_context.time.isValid();
@@ -58,6 +26,10 @@ bool ParameterAddKeyEdit::applies() {
 
 void ParameterAddKeyEdit::apply() {
     parameter()->iAddKeyframe(m_context);
+}
+
+int ParameterAddKeyEdit::countNow() const {
+    return parameter() && parameter()->bKeyframeAt(Context::Explicit(m_context)) ? 0 : 1;
 }
 
 detail::Places ParameterAddKeyEdit::places() const {
@@ -80,7 +52,8 @@ Bsc::CompositeCommand& ParameterAddKeyEdit::appendToCommand(ParameterWithoutType
 }
 
 ParameterDeleteKeyEdit::ParameterDeleteKeyEdit(ParameterWithoutType& parameter, const Context::Explicit& context)
-    : ParameterSnapshotEdit(&parameter), m_context(context) {}
+    : ParameterSnapshotEdit(&parameter, {"Delete %n keyframe of %p", "Delete %n keyframes of %p"}), m_context(context) {
+}
 
 bool ParameterDeleteKeyEdit::applies() {
     return parameter()->bKeyframeAt(m_context);
@@ -88,6 +61,10 @@ bool ParameterDeleteKeyEdit::applies() {
 
 void ParameterDeleteKeyEdit::apply() {
     parameter()->vDeleteKeyframe(m_context);
+}
+
+int ParameterDeleteKeyEdit::countNow() const {
+    return parameter() && parameter()->bKeyframeAt(m_context) ? 1 : 0;
 }
 
 detail::Places ParameterDeleteKeyEdit::places() const {
@@ -110,7 +87,7 @@ Bsc::CompositeCommand& ParameterDeleteKeyEdit::appendToCommand(ParameterWithoutT
 }
 
 ParameterDeleteAllKeysEdit::ParameterDeleteAllKeysEdit(ParameterWithoutType& parameter, const View& view)
-    : ParameterSnapshotEdit(&parameter), m_view(view) {}
+    : ParameterSnapshotEdit(&parameter, {"Delete all keyframes of %p", "Delete all keyframes of %p"}), m_view(view) {}
 
 bool ParameterDeleteAllKeysEdit::applies() {
     return parameter()->keyframeCount(m_view) > 0;
@@ -126,7 +103,9 @@ detail::Places ParameterDeleteAllKeysEdit::places() const {
 
 ParameterInterpolationEdit::ParameterInterpolationEdit(ParameterWithoutType& parameter, Interpolation kind,
                                                        const Context& context)
-    : ParameterSnapshotEdit(&parameter), m_kind(kind), m_context(context) {}
+    : ParameterSnapshotEdit(
+          &parameter, {"Change interpolation of %n keyframe of %p", "Change interpolation of %n keyframes of %p"}),
+      m_kind(kind), m_context(context) {}
 
 bool ParameterInterpolationEdit::applies() {
     return parameter()->bKeyframeAt(Context::Explicit(m_context));
@@ -136,13 +115,19 @@ void ParameterInterpolationEdit::apply() {
     parameter()->vSetInterpolation(m_kind, m_context);
 }
 
+int ParameterInterpolationEdit::countNow() const {
+    return parameter() && parameter()->bKeyframeAt(Context::Explicit(m_context)) ? 1 : 0;
+}
+
 detail::Places ParameterInterpolationEdit::places() const {
     return {detail::Place::at(m_context)};
 }
 
 ParameterInterpolationDataEdit::ParameterInterpolationDataEdit(ParameterWithoutType& parameter, const IType& data,
                                                                unsigned int index, const View& view)
-    : ParameterSnapshotEdit(&parameter), m_data(data), m_index(index), m_view(view) {}
+    : ParameterSnapshotEdit(
+          &parameter, {"Change interpolation of %n keyframe of %p", "Change interpolation of %n keyframes of %p"}),
+      m_data(data), m_index(index), m_view(view) {}
 
 Context ParameterInterpolationDataEdit::keyframe() const {
     return parameter()->keyframeTime(m_index, detail::writtenAt(*parameter(), Context(Time(), m_view)).view);
@@ -156,13 +141,23 @@ void ParameterInterpolationDataEdit::apply() {
     parameter()->vSetInterpolationData(m_data, m_index, m_view);
 }
 
+bool ParameterInterpolationDataEdit::isReplacedBy(const ParameterSnapshotEdit& next) const {
+    const auto& later = static_cast<const ParameterInterpolationDataEdit&>(next);
+    return m_index == later.m_index && m_view == later.m_view;
+}
+
+void ParameterInterpolationDataEdit::takeWanted(ParameterSnapshotEdit& next) {
+    m_data = static_cast<ParameterInterpolationDataEdit&>(next).m_data;
+}
+
 detail::Places ParameterInterpolationDataEdit::places() const {
     return {detail::Place::at(keyframe())};
 }
 
 ParameterSetValueEdit::ParameterSetValueEdit(ParameterWithoutType& parameter, const QVariant& value,
                                              const Context& context)
-    : ParameterSnapshotEdit(&parameter), m_value(value), m_context(context) {}
+    : ParameterSnapshotEdit(&parameter, {"Set value of %p", "Set %n values of %p"}), m_value(value),
+      m_context(context) {}
 
 bool ParameterSetValueEdit::applies() {
     return true;
@@ -181,13 +176,23 @@ void ParameterSetValueEdit::apply() {
     parameter()->setVariantValue(m_value, written());
 }
 
+bool ParameterSetValueEdit::isReplacedBy(const ParameterSnapshotEdit& next) const {
+    const auto& later = static_cast<const ParameterSetValueEdit&>(next);
+    return m_context == later.m_context;
+}
+
+void ParameterSetValueEdit::takeWanted(ParameterSnapshotEdit& next) {
+    m_value.swap(static_cast<ParameterSetValueEdit&>(next).m_value);
+}
+
 detail::Places ParameterSetValueEdit::places() const {
     return {detail::Place::at(written())};
 }
 
 ParameterSetStaticValueEdit::ParameterSetStaticValueEdit(BasicParameter& parameter, const QVariant& value,
                                                          const View& view)
-    : ParameterSnapshotEdit(&parameter), m_value(value), m_view(view) {}
+    : ParameterSnapshotEdit(&parameter, {"Set static value of %p", "Set %n static values of %p"}), m_value(value),
+      m_view(view) {}
 
 bool ParameterSetStaticValueEdit::applies() {
     return true;
@@ -201,12 +206,21 @@ void ParameterSetStaticValueEdit::apply() {
     edited()->setVariantValue(m_value, Context(Time(Time::INVALID), written()));
 }
 
+bool ParameterSetStaticValueEdit::isReplacedBy(const ParameterSnapshotEdit& next) const {
+    const auto& later = static_cast<const ParameterSetStaticValueEdit&>(next);
+    return m_view == later.m_view;
+}
+
+void ParameterSetStaticValueEdit::takeWanted(ParameterSnapshotEdit& next) {
+    m_value.swap(static_cast<ParameterSetStaticValueEdit&>(next).m_value);
+}
+
 detail::Places ParameterSetStaticValueEdit::places() const {
     return {detail::Place::staticValue(written())};
 }
 
 ParameterResetEdit::ParameterResetEdit(ParameterWithoutType& parameter, const Context& context)
-    : ParameterSnapshotEdit(&parameter), m_context(context) {}
+    : ParameterSnapshotEdit(&parameter, {"Reset %p", "Reset %p"}), m_context(context) {}
 
 bool ParameterResetEdit::applies() {
     return true;
@@ -221,7 +235,7 @@ detail::Places ParameterResetEdit::places() const {
 }
 
 ParameterSplitViewEdit::ParameterSplitViewEdit(ParameterWithoutType& parameter, const View& view)
-    : ParameterSnapshotEdit(&parameter), m_view(view) {}
+    : ParameterSnapshotEdit(&parameter, {"Split %n view of %p", "Split %n views of %p"}), m_view(view) {}
 
 bool ParameterSplitViewEdit::applies() {
     return parameter()->splittable();
@@ -231,20 +245,37 @@ void ParameterSplitViewEdit::apply() {
     parameter()->uniquifyView(m_view);
 }
 
+int ParameterSplitViewEdit::countNow() const {
+    return parameter() && parameter()->splittable() && !lists(*parameter(), m_view) ? 1 : 0;
+}
+
+/// The data of the new view are a copy.
+bool ParameterSplitViewEdit::dependsOnValues() const {
+    return hasChanged();
+}
+
+bool ParameterSplitViewEdit::isReplacedBy(const ParameterSnapshotEdit& next) const {
+    const auto& later = static_cast<const ParameterSplitViewEdit&>(next);
+    return m_view == later.m_view && !later.hasChanged();
+}
+
 detail::Places ParameterSplitViewEdit::places() const {
     return {detail::Place::staticValue(m_view)};
 }
 
 ParameterDeleteViewEdit::ParameterDeleteViewEdit(ParameterWithoutType& parameter, const View& view)
-    : ParameterSnapshotEdit(&parameter), m_view(view) {}
+    : ParameterSnapshotEdit(&parameter, {"Delete %n view of %p", "Delete %n views of %p"}), m_view(view) {}
 
 bool ParameterDeleteViewEdit::applies() {
-    const std::vector<View>& views = parameter()->viewList();
-    return std::find(views.begin(), views.end(), m_view) != views.end();
+    return lists(*parameter(), m_view);
 }
 
 void ParameterDeleteViewEdit::apply() {
     parameter()->deleteView(m_view);
+}
+
+int ParameterDeleteViewEdit::countNow() const {
+    return parameter() && parameter()->numViews() > 1 && lists(*parameter(), m_view) ? 1 : 0;
 }
 
 detail::Places ParameterDeleteViewEdit::places() const {

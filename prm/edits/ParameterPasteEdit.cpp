@@ -101,7 +101,8 @@ std::vector<Line> pasted(const ParameterWithoutType& parameter, const QString& t
 
 ParameterPasteKeyframesEdit::ParameterPasteKeyframesEdit(ParameterWithoutType& parameter, const QString& text, Time at,
                                                          const View& view, Time origin)
-    : ParameterSnapshotEdit(&parameter), m_text(text), m_at(at), m_origin(origin), m_view(view) {}
+    : ParameterSnapshotEdit(&parameter, {"Paste %n keyframe into %p", "Paste %n keyframes into %p"}), m_text(text),
+      m_at(at), m_origin(origin), m_view(view) {}
 
 QString ParameterPasteKeyframesEdit::textOf(const ParameterWithoutType& parameter, const View& view, Time first,
                                             Time last) {
@@ -136,6 +137,13 @@ bool ParameterPasteKeyframesEdit::applies() {
 void ParameterPasteKeyframesEdit::apply() {
     const detail::SerialisedKeyframes keyframes = std::exchange(m_wanted, {});
     detail::importAll(*parameter(), keyframes);
+}
+
+int ParameterPasteKeyframesEdit::countNow() const {
+    int count = 0;
+    for (const QStringView line : QStringView(m_text).split(u'\n'))
+        count += line.trimmed().isEmpty() ? 0 : 1;
+    return count;
 }
 
 detail::Places ParameterPasteKeyframesEdit::places() const {

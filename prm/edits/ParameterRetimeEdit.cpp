@@ -188,7 +188,10 @@ private:
 };
 
 ParameterRetimeEdit::ParameterRetimeEdit(ParameterWithoutType& parameter, const Retiming& retiming)
-    : ParameterSnapshotEdit(&parameter), m_retiming(retiming) {}
+    : ParameterSnapshotEdit(&parameter, retiming.scale == 1.0
+                                            ? EditWords{"Move %n keyframe of %p", "Move %n keyframes of %p"}
+                                            : EditWords{"Retime %n keyframe of %p", "Retime %n keyframes of %p"}),
+      m_retiming(retiming) {}
 
 ParameterRetimeEdit::~ParameterRetimeEdit() = default;
 
@@ -208,6 +211,10 @@ void ParameterRetimeEdit::apply() {
         parameter()->retimeKeyframes(mapping);
     if (parameter())
         plan->announce(*parameter());
+}
+
+int ParameterRetimeEdit::countNow() const {
+    return parameter() ? detail::countKeyframes(*parameter(), View::INVALID(), m_retiming.first, m_retiming.last) : 0;
 }
 
 detail::Places ParameterRetimeEdit::places() const {

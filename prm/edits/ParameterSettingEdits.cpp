@@ -17,8 +17,8 @@ bool hasExtrapolationOfItsOwn(const ParameterWithoutType& parameter) {
 
 } // namespace
 
-ParameterSettingEdit::ParameterSettingEdit(ParameterWithoutType& parameter, quint32 wanted)
-    : ParameterEdit(&parameter), m_wanted(wanted) {}
+ParameterSettingEdit::ParameterSettingEdit(ParameterWithoutType& parameter, quint32 wanted, const EditWords& words)
+    : ParameterEdit(&parameter, words), m_wanted(wanted) {}
 
 ParameterSettingEdit::~ParameterSettingEdit() = default;
 
@@ -34,20 +34,21 @@ void ParameterSettingEdit::doIt() {
     m_former.reset();
     m_state.reset();
     ParameterWithoutType* const changing = parameter();
-    if (!changing || !applies(*changing))
-        return;
-    if (answersItself(*changing)) {
+    const bool isChanged = changing && applies(*changing);
+    if (isChanged && answersItself(*changing)) {
         const quint32 former = present(*changing);
         change(*changing, former, m_wanted);
         m_former = former;
-    } else {
-        auto state = std::make_unique<detail::State>(*changing, settingsAlone);
+    } else if (isChanged) {
+        auto state = std::make_shared<detail::State>(*changing, settingsAlone);
         state->changeOrPutBack([&] { set(*changing, m_wanted); });
         m_state = std::move(state);
     }
+    noteDone();
 }
 
 void ParameterSettingEdit::undoIt() {
+    noteUndone();
     ParameterWithoutType* const changing = parameter();
     if (changing && m_former)
         change(*changing, m_wanted, *m_former);
@@ -60,8 +61,23 @@ void ParameterSettingEdit::change(ParameterWithoutType& parameter, quint32 from,
         parameter, [&] { set(parameter, to); }, [&] { set(parameter, from); });
 }
 
+std::vector<const void*> ParameterSettingEdit::restored() const {
+    const auto all = m_state ? m_state->parameters() : std::vector<const BasicParameter*>();
+    return m_former && edited() ? std::vector<const void*>{edited()} : std::vector<const void*>(all.begin(), all.end());
+}
+
+std::function<void()> ParameterSettingEdit::mergerWith(UndoableEdit& next, const Others&) {
+    auto& later = static_cast<ParameterSettingEdit&>(next);
+    const bool isAlike = m_former.has_value() == later.m_former.has_value() && !m_state == !later.m_state;
+    if (!edited() || later.edited() != edited() || !isAlike)
+        return {};
+    return [this, &later] { m_wanted = later.m_wanted; };
+}
+
 ParameterExtrapolationBeforeEdit::ParameterExtrapolationBeforeEdit(ParameterWithoutType& parameter, Extrapolation kind)
-    : ParameterSettingEdit(parameter, static_cast<quint32>(kind)) {}
+    : ParameterSettingEdit(parameter, static_cast<quint32>(kind),
+                           {"Change extrapolation before the first keyframe of %p",
+                            "Change extrapolation before the first keyframe of %p"}) {}
 
 bool ParameterExtrapolationBeforeEdit::applies(const ParameterWithoutType& parameter) const {
     return parameter.isKeyframed();
@@ -80,7 +96,9 @@ void ParameterExtrapolationBeforeEdit::set(ParameterWithoutType& parameter, quin
 }
 
 ParameterExtrapolationAfterEdit::ParameterExtrapolationAfterEdit(ParameterWithoutType& parameter, Extrapolation kind)
-    : ParameterSettingEdit(parameter, static_cast<quint32>(kind)) {}
+    : ParameterSettingEdit(parameter, static_cast<quint32>(kind),
+                           {"Change extrapolation after the last keyframe of %p",
+                            "Change extrapolation after the last keyframe of %p"}) {}
 
 bool ParameterExtrapolationAfterEdit::applies(const ParameterWithoutType& parameter) const {
     return parameter.isKeyframed();
@@ -99,7 +117,8 @@ void ParameterExtrapolationAfterEdit::set(ParameterWithoutType& parameter, quint
 }
 
 ParameterWithoutTypeHideEdit::ParameterWithoutTypeHideEdit(ParameterWithoutType& parameter, bool hidden)
-    : ParameterSettingEdit(parameter, hidden ? 1 : 0) {}
+    : ParameterSettingEdit(parameter, hidden ? 1 : 0,
+                           hidden ? EditWords{"Hide %p", "Hide %p"} : EditWords{"Show %p", "Show %p"}) {}
 
 quint32 ParameterWithoutTypeHideEdit::present(const ParameterWithoutType& parameter) const {
     return parameter.isHidden() ? 1 : 0;
@@ -110,7 +129,8 @@ void ParameterWithoutTypeHideEdit::set(ParameterWithoutType& parameter, quint32 
 }
 
 ParameterWithoutTypeLockEdit::ParameterWithoutTypeLockEdit(ParameterWithoutType& parameter, bool locked)
-    : ParameterSettingEdit(parameter, locked ? 1 : 0) {}
+    : ParameterSettingEdit(parameter, locked ? 1 : 0,
+                           locked ? EditWords{"Lock %p", "Lock %p"} : EditWords{"Unlock %p", "Unlock %p"}) {}
 
 quint32 ParameterWithoutTypeLockEdit::present(const ParameterWithoutType& parameter) const {
     return parameter.isLocked() ? 1 : 0;
@@ -122,7 +142,7 @@ void ParameterWithoutTypeLockEdit::set(ParameterWithoutType& parameter, quint32 
 
 ParameterAddConstrainedParameterEdit::ParameterAddConstrainedParameterEdit(ParameterWithoutType& master,
                                                                            ParameterWithoutType& constrained)
-    : ParameterSnapshotEdit(&constrained), m_master(&master) {}
+    : ParameterSnapshotEdit(&constrained, {"Set master of %p", "Set masters of %p"}), m_master(&master) {}
 
 bool ParameterAddConstrainedParameterEdit::applies() {
     return parameter() && m_master;
@@ -137,7 +157,7 @@ detail::State ParameterAddConstrainedParameterEdit::takeState() const {
 }
 
 ParameterWithoutTypeUnconstrainEdit::ParameterWithoutTypeUnconstrainEdit(ParameterWithoutType& constrained)
-    : ParameterSnapshotEdit(&constrained) {}
+    : ParameterSnapshotEdit(&constrained, {"Remove master of %p", "Remove masters of %p"}) {}
 
 bool ParameterWithoutTypeUnconstrainEdit::applies() {
     return parameter() && parameter()->masterParameter();

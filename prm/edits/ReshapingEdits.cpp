@@ -1,13 +1,61 @@
 #include "prm/ReshapingEdits.h"
 
+#include "prm/edits/KeyframeMoves.h"
 #include "prm/edits/ReshapingPlan.h"
 #include "prm/untyped/State.h"
 
+#include <type_traits>
+#include <variant>
+
 namespace Prm {
+
+namespace {
+
+EditWords wordsOf(const detail::KeyInsertion&) {
+    return {"Insert %n keyframe into %p", "Insert %n keyframes into %p"};
+}
+EditWords wordsOf(const detail::SegmentEasing&) {
+    return {"Ease %n keyframe of %p", "Ease %n keyframes of %p"};
+}
+EditWords wordsOf(const detail::Simplification&) {
+    return {"Simplify %n keyframe of %p", "Simplify %n keyframes of %p"};
+}
+EditWords wordsOf(const detail::Baking&) {
+    return {"Bake %p", "Bake %p"};
+}
+EditWords wordsOf(const detail::Smoothing&) {
+    return {"Smooth %p", "Smooth %p"};
+}
+EditWords wordsOf(const detail::Reversal&) {
+    return {"Reverse %n keyframe of %p", "Reverse %n keyframes of %p"};
+}
+EditWords wordsOf(const detail::ValueMapping&) {
+    return {"Change values of %n keyframe of %p", "Change values of %n keyframes of %p"};
+}
+EditWords wordsOf(const detail::SelectedKeyframes&) {
+    return {"Change handles of %n keyframe of %p", "Change handles of %n keyframes of %p"};
+}
+
+/// The times of the keyframes that are counted; null where they are not.
+template <class Act> const detail::KeyframeRange* rangeOf(const Act& act) {
+    if constexpr (std::is_same_v<Act, detail::SegmentEasing> || std::is_same_v<Act, detail::Simplification> ||
+                  std::is_same_v<Act, detail::Reversal> || std::is_same_v<Act, detail::ValueMapping>)
+        return &act.range;
+    else
+        return nullptr;
+}
+
+} // namespace
 
 ParameterReshapeEdit::ParameterReshapeEdit(ParameterWithoutType& parameter, const View& view,
                                            const detail::Reshaping& how)
-    : ParameterSnapshotEdit(&parameter), m_view(view), m_how(std::make_unique<const detail::Reshaping>(how)) {}
+    : ParameterSnapshotEdit(&parameter, std::visit([](const auto& act) { return wordsOf(act); }, how.act)),
+      m_view(view), m_how(std::make_unique<const detail::Reshaping>(how)) {}
+
+int ParameterReshapeEdit::countNow() const {
+    const auto* const range = std::visit([](const auto& act) { return rangeOf(act); }, m_how->act);
+    return range && parameter() ? detail::countKeyframes(*parameter(), m_view, range->first, range->last) : 1;
+}
 
 ParameterReshapeEdit::~ParameterReshapeEdit() = default;
 

@@ -137,6 +137,9 @@ private:
     std::vector<Named> m_byName;
 };
 
+/// Those of a paste, of which the extrapolation is a part.
+constexpr EditWords pasteWords{"Paste %n keyframe into %p", "Paste %n keyframes into %p"};
+
 bool hasKeyframes(const ParameterWithoutType& parameter) {
     const std::vector<View>& views = parameter.viewList();
     return std::any_of(views.begin(), views.end(), [&](View view) { return parameter.keyframeCount(view) > 0; });
@@ -217,8 +220,8 @@ private:
             hasOneView = true;
         }
         if (isFresh && m_keyframes > before) {
-            add<ParameterExtrapolationBeforeEdit>(*target.parameter, copied.before);
-            add<ParameterExtrapolationAfterEdit>(*target.parameter, copied.after);
+            add<ParameterExtrapolationBeforeEdit>(detail::pasteWords, false, *target.parameter, copied.before);
+            add<ParameterExtrapolationAfterEdit>(detail::pasteWords, false, *target.parameter, copied.after);
         }
     }
     void takeKeyframes(const detail::CopiedParameter::OfView& view, const detail::PasteTarget& target) {
@@ -252,7 +255,8 @@ private:
                 tell(QStringLiteral("%1 has keyframes in %2; the value is not pasted")
                          .arg(detail::quoted(target.path), detail::named(view)));
             else
-                add<ParameterSetStaticValueEdit>(*target.parameter, value, view);
+                add<ParameterSetStaticValueEdit>({"Paste value into %p", "Paste %n values into %p"}, true,
+                                                 *target.parameter, value, view);
         }
     }
     Whole& wholeOf(const detail::PasteTarget& target) {
@@ -269,8 +273,11 @@ private:
         m_told += edit->losses();
         return edit;
     }
-    template <class Edit, class... More> void add(ParameterWithoutType& parameter, const More&... more) {
-        m_settings.push_back(std::make_unique<Edit>(parameter, more...));
+    template <class Edit, class... More>
+    void add(const EditWords& words, bool isCounted, ParameterWithoutType& parameter, const More&... more) {
+        auto edit = std::make_unique<Edit>(parameter, more...);
+        edit->describeAs(words, isCounted);
+        m_settings.push_back(std::move(edit));
     }
 
     const Contents& m_contents;

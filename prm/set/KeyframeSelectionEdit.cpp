@@ -4,6 +4,7 @@
 
 #include <QStringList>
 
+#include <algorithm>
 #include <optional>
 
 namespace Prm {
@@ -30,9 +31,11 @@ void KeyframeSelectionEdit::doIt() {
     const detail::State::EditedPlaces places = isRefused ? detail::State::EditedPlaces() : plan.places();
     if (!places.empty())
         m_former = detail::State(places).changed([&] { plan.apply(); });
+    noteDone();
 }
 
 void KeyframeSelectionEdit::undoIt() {
+    noteUndone();
     if (m_former)
         m_former->present().changeOrPutBack([this] { m_former->putBack(); });
 }
@@ -42,6 +45,37 @@ QString KeyframeSelectionEdit::usageLogInfo() const {
     for (const auto& [parameter, name] : m_names)
         names.append(parameter ? parameter->scriptName() : name + QLatin1String(" (deleted)"));
     return names.join(QLatin1String(", "));
+}
+
+namespace {
+
+/// In the order of the sentence's words: what is done with the keyframes, if that is one thing.
+const char* actOf(const KeyframeChange& change) {
+    const bool changesValues =
+        change.valueScale != 1.0 ||
+        std::any_of(change.valueShift.begin(), change.valueShift.end(), [](double shift) { return shift != 0.0; });
+    const bool shifts = change.retiming && change.retiming->scale == 1.0;
+    if (change.deletes)
+        return "Delete";
+    if (change.handles)
+        return changesValues || change.shape || change.retiming ? "Change" : "Change handles of";
+    if (change.shape)
+        return changesValues || change.retiming ? "Change" : "Change interpolation of";
+    if (changesValues)
+        return shifts && change.valueScale == 1.0 ? "Move" : change.retiming ? "Change" : "Change values of";
+    return shifts ? "Move" : "Retime";
+}
+
+} // namespace
+
+EditSummary KeyframeSelectionEdit::summary() const {
+    EditSummary summary;
+    summary.one = QLatin1String(actOf(m_change)) + QLatin1String(" %n keyframe of %p");
+    summary.several = QLatin1String(actOf(m_change)) + QLatin1String(" %n keyframes of %p");
+    summary.count = static_cast<int>(m_selection.count());
+    for (const auto& [parameter, name] : m_names)
+        summary.subjects.push_back({parameter.data(), parameter ? parameter->path() : name});
+    return summary;
 }
 
 /// Survives the edit's deletion by an observer.

@@ -200,9 +200,10 @@ void ParameterSet::addBasicParameter(BasicParameter& parameter) {
 void ParameterSet::adoptBasicParameter(std::unique_ptr<BasicParameter> parameter) {
     if (!parameter)
         return;
+    boost::shared_ptr<BasicParameter> owner(std::move(parameter));
     makeRoom(m_ownedBasicParameters);
-    addBasicParameter(*parameter);
-    m_ownedBasicParameters.push_back(std::move(parameter));
+    addBasicParameter(*owner);
+    m_ownedBasicParameters.push_back(std::move(owner));
 }
 
 void ParameterSet::clearAllLists() {

@@ -116,4 +116,65 @@ void ParameterSet::removeSubset(ParameterSet& subset) noexcept {
     freeName(subset.m_scriptName);
 }
 
+void ParameterSet::putIn(BasicParameter& parameter, const boost::shared_ptr<void>& owner, int position) {
+    const detail::LifeGuard guard(*this);
+    const detail::LifeGuard parameterGuard(parameter);
+    auto* const animated = qobject_cast<ParameterWithoutType*>(&parameter);
+    if (animated && owner) {
+        addParameter(boost::shared_ptr<ParameterWithoutType>(owner, animated));
+    } else if (animated) {
+        addParameter(*animated);
+    } else {
+        m_ownedBasicParameters.reserve(m_ownedBasicParameters.size() + 1);
+        addBasicParameter(parameter);
+        if (owner)
+            m_ownedBasicParameters.emplace_back(owner, &parameter);
+    }
+    const detail::Listing* const listing =
+        guard.alive() && parameterGuard.alive() ? parameter.m_listedIn.of(this) : nullptr;
+    if (!listing)
+        return;
+    closeHoles(listing->list);
+    const int from = placeOf(*listing, &parameter);
+    if (position < 0 || position >= from)
+        return;
+    inList(listing->list, [=](auto& members) {
+        std::rotate(members.begin() + position, members.begin() + from, members.begin() + from + 1);
+    });
+    listing->place = position;
+    ++m_membership;
+}
+
+boost::shared_ptr<void> ParameterSet::takeOut(BasicParameter& parameter, int& position) {
+    const detail::Listing listing = *parameter.m_listedIn.of(this);
+    closeHoles(listing.list);
+    position = placeOf(listing, &parameter);
+    boost::shared_ptr<void> owner;
+    if (listing.list == Parameters) {
+        const auto& leaving = m_parameters[static_cast<std::size_t>(position)];
+        if (auto* const compound = dynamic_cast<ParameterWithoutType*>(this))
+            compound->removeUpstreamParameter(*leaving);
+        owner = leaving;
+    } else {
+        auto& all = m_ownedBasicParameters;
+        const auto owned =
+            std::find_if(all.begin(), all.end(), [&](const auto& one) { return one.get() == &parameter; });
+        if (owned != all.end()) {
+            owner = *owned;
+            all.erase(owned);
+        }
+    }
+    removeListed(listing, &parameter);
+    delist(parameter);
+    return owner;
+}
+
+boost::shared_ptr<void> ParameterSet::takeOut(ParameterSet& subset, int& position) {
+    closeHoles(Subsets);
+    position = placeOf(*subset.m_parents.of(this), &subset);
+    const boost::shared_ptr<ParameterSet> owner = m_subsets[static_cast<std::size_t>(position)].owner;
+    unlistSubset(subset);
+    return owner;
+}
+
 } // namespace Prm

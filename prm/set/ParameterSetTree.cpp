@@ -50,6 +50,15 @@ void ParameterSet::setScriptName(const QString& name) {
     takeScriptName(allowed);
 }
 
+QString ParameterSet::path() const {
+    const auto* const parameter = dynamic_cast<const BasicParameter*>(this);
+    if (parameter && m_parents.isEmpty())
+        return parameter->path();
+    const QString above = m_parents.isEmpty() ? QString() : m_parents.begin()->set->path();
+    const bool isJoined = !above.isEmpty() && !m_scriptName.isEmpty();
+    return isJoined ? above + QLatin1Char('.') + m_scriptName : above + m_scriptName;
+}
+
 void ParameterSet::takeScriptName(const QString& name) {
     const QString former = std::exchange(m_scriptName, name);
     for (const detail::Listing& parent : m_parents) {
@@ -104,16 +113,21 @@ bool ParameterSet::insertParameterSet(const boost::shared_ptr<ParameterSet>& sub
 }
 
 bool ParameterSet::removeParameterSet(const boost::shared_ptr<ParameterSet>& subset) {
-    if (!subset || !listsSubset(*subset))
-        return false;
-    const detail::LifeGuard guard(*this);
-    notifySubtreeRemoved(subset.get());
-    if (!guard.alive() || !listsSubset(*subset))
-        return true;
     // The argument may be of a list that changes now. NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
     const boost::shared_ptr<ParameterSet> leaving = subset;
-    removeSubset(*leaving);
-    leaving->exchangeTree(m_tree, nullptr);
+    return leaving && unlistSubset(*leaving);
+}
+
+bool ParameterSet::unlistSubset(ParameterSet& subset) {
+    if (!listsSubset(subset))
+        return false;
+    const detail::LifeGuard guard(*this);
+    const detail::LifeGuard subsetGuard(subset);
+    notifySubtreeRemoved(&subset);
+    if (!guard.alive() || !subsetGuard.alive() || !listsSubset(subset))
+        return true;
+    removeSubset(subset);
+    subset.exchangeTree(m_tree, nullptr);
     return true;
 }
 

@@ -13,6 +13,14 @@ BasicParameter::~BasicParameter() {
     leaveSets();
 }
 
+QString BasicParameter::path() const {
+    const detail::Listing* const first = m_listedIn.isEmpty() ? nullptr : m_listedIn.begin();
+    const detail::Listing* const parent = isListedIn(m_parentSet) ? m_listedIn.of(m_parentSet) : first;
+    const QString above = parent ? parent->set->path() : QString();
+    const bool isJoined = !above.isEmpty() && !scriptName().isEmpty();
+    return isJoined ? above + QLatin1Char('.') + scriptName() : above + scriptName();
+}
+
 void BasicParameter::leaveSets() noexcept {
     while (!m_listedIn.isEmpty()) {
         const detail::Listing listing = m_listedIn.last();

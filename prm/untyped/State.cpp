@@ -184,6 +184,17 @@ void State::forgetUnchanged() {
                  m_kept.end());
 }
 
+std::vector<const BasicParameter*> State::parameters() const {
+    std::vector<const BasicParameter*> all;
+    for (const Kept& kept : m_kept) {
+        if (kept.parameter)
+            all.push_back(kept.parameter.data());
+        if (const auto* const compound = dynamic_cast<const ParameterSet*>(kept.parameter.data()))
+            compound->forEachParameterAndPart([&](const ParameterWithoutType* part) { all.push_back(part); });
+    }
+    return all;
+}
+
 void State::putBack() const {
     FirstException first;
     for (const Kept& kept : m_kept) {

@@ -50,19 +50,23 @@ public:
     /// What putting this one back would change, as it is now.
     State present() const;
     bool equals() const;
+    /// The same for the edited parameter alone.
+    bool equalsEdited() const { return m_kept.front().equals(); }
     /// Drops the parameters that changed with the edited one, or might have, and did not.
     void forgetUnchanged();
     /// Sends one PARAMETER_ASSIGNED for each parameter, with `isImporting()` true. All are put back, then the first
     /// exception of an observer goes on.
     void putBack() const;
     const std::optional<MasterLink>& link() const { return m_link; }
+    /// Those that it would put back, with the parts of compounds.
+    std::vector<const BasicParameter*> parameters() const;
     /// The compounds that key their parts together among those that a change of the parameter leads to.
     static std::vector<ParameterWithoutType*> keyedTogether(BasicParameter& edited);
 
     /// Changes something, and returns what undoes it; null if nothing differs then. When that throws, puts this state
     /// back before the exception goes on.
-    template <class Change> std::unique_ptr<const State> changed(const Change& change) && {
-        auto former = std::make_unique<State>(std::move(*this));
+    template <class Change> std::shared_ptr<const State> changed(const Change& change) && {
+        auto former = std::make_shared<State>(std::move(*this));
         former->changeOrPutBack(change);
         former->forgetUnchanged();
         if (former->equals())

@@ -30,7 +30,7 @@ struct Received : QObject {
     QString all;
 };
 
-/// A line for what it sends done and undone, and for what it returns; none where it does nothing.
+/// A line for what it sends done and undone, what it returns, and its text; none where it does nothing.
 QString lineOf(const Act& act, bool isCommand, Who who, const A& a, int more = 0) {
     Exhibits world(more);
     P& own = *world.parameter(who);
@@ -38,6 +38,7 @@ QString lineOf(const Act& act, bool isCommand, Who who, const A& a, int more = 0
     Received received(world);
     Command command;
     int outcome = 0;
+    QString text;
     const std::string error = errorOf([&] {
         outcome = act.run(command, own, *world.parameter(Master), a);
         command.doIt();
@@ -46,7 +47,9 @@ QString lineOf(const Act& act, bool isCommand, Who who, const A& a, int more = 0
     line += outcome == 0 ? QString() : QString(" returns %1").arg(outcome);
     if (isCommand && error.empty()) {
         const std::string after = world.state();
+        text = undoText(command);
         command.undoIt();
+        EXPECT_EQ(undoText(command).toStdString(), text.toStdString());
         line += " |" + received.take();
         if (more > 0) {
             command.doIt();
@@ -56,6 +59,7 @@ QString lineOf(const Act& act, bool isCommand, Who who, const A& a, int more = 0
     }
     EXPECT_TRUE(!isCommand || world.state() == before);
     const bool isNothing = line == " |" || (line.isEmpty() && world.state() == before);
+    line += isCommand ? " \"" + text + '"' : QString();
     const auto place = [](const Context& at) { return QString(" %1@%2").arg(at.time.toDouble()).arg(at.view.id()); };
     return isNothing ? QString() : "    " + own.scriptName() + place(a.at) + place(a.to) + ':' + line + '\n';
 }
@@ -110,13 +114,218 @@ TEST(Edits, OfADeadParameterDoNothingAndSaySo) {
     }
 }
 
-TEST(Edits, OfStaticParametersComeBack) {
-    OwnedStaticParameter<QString> text("text", "old");
-    ParameterSetStaticValueEdit edit(text, QString("new"));
-    edit.doIt();
-    EXPECT_EQ(text.value(), "new");
-    edit.undoIt();
-    EXPECT_EQ(text.value(), "old");
+TEST(Edits, OfOneThingInARowMerge) {
+    using Make = std::function<void(Exhibits&, Command&, int)>;
+    struct Row {
+        const char* name;
+        bool merge;
+        /// The first and the second command.
+        Make make;
+    };
+    const auto value = [](Who who, double one, double two, const Context& where) {
+        return [=](Exhibits& w, Command& c, int i) {
+            add<ParameterSetValueEdit>(c, *w.parameter(who), fitting(*w.parameter(who), i == 0 ? one : two), where);
+        };
+    };
+    const Row rows[] = {
+        {"value", true, value(Keyed, 5, 6, at(10))},
+        {"value and back", true, value(Keyed, 5, 2, at(10))},
+        {"the same value, then another", true, value(Keyed, 2, 6, at(10))},
+        {"new keyframe of a part", true, value(X, 5, 6, at(3))},
+        {"value of a compound", true, value(Position, 5, 6, at(3))},
+        {"new view", true, value(Keyed, 5, 6, at(3, 3))},
+        {"unsplittable", true, value(Joined, 5, 6, at(3, 1))},
+        {"at two times", false,
+         [](Exhibits& w, Command& c, int i) { add<ParameterSetValueEdit>(c, *w.parameter(Keyed), 5, at(i)); }},
+        {"in two views", false,
+         [](Exhibits& w, Command& c, int i) {
+             add<ParameterSetValueEdit>(c, *w.parameter(Keyed), 5, at(3, static_cast<quint32>(i)));
+         }},
+        {"of two parameters", false,
+         [](Exhibits& w, Command& c, int i) {
+             add<ParameterSetValueEdit>(c, *w.parameter(i == 0 ? Keyed : Far), 5, at(3));
+         }},
+        {"of two classes", false,
+         [](Exhibits& w, Command& c, int i) {
+             i == 0 ? add<ParameterSetValueEdit>(c, *w.parameter(Keyed), 5, Context(Time::INVALID))
+                    : add<ParameterSetStaticValueEdit>(c, *w.parameter(Keyed), 5);
+         }},
+        {"static value", true,
+         [](Exhibits& w, Command& c, int i) {
+             c.push_back(new ParameterSetStaticValueEdit(*w.set(0)->basicParameters().back(), i + 5));
+         }},
+        {"shape", true,
+         [](Exhibits& w, Command& c, int i) {
+             add<ParameterInterpolationDataEdit>(c, *w.parameter(Keyed), IType(Interpolation::Bezier, 0, 0, 1, i), 1u,
+                                                 View(0));
+         }},
+        {"shapes of two keyframes", false,
+         [](Exhibits& w, Command& c, int i) {
+             add<ParameterInterpolationDataEdit>(c, *w.parameter(Keyed), IType(Interpolation::Bezier, 0, 0, 1, 1),
+                                                 static_cast<unsigned>(i), View(0));
+         }},
+        {"kind, which keeps numbers of its own", false,
+         [](Exhibits& w, Command& c, int i) {
+             add<ParameterInterpolationEdit>(c, *w.parameter(Keyed),
+                                             i == 0 ? Interpolation::Linear : Interpolation::Bezier, at(0));
+         }},
+        {"extrapolation", true,
+         [](Exhibits& w, Command& c, int i) {
+             add<ParameterExtrapolationAfterEdit>(c, *w.parameter(Keyed), static_cast<Extrapolation>(3 - i));
+         }},
+        {"extrapolation of a master's child", true,
+         [](Exhibits& w, Command& c, int i) {
+             add<ParameterExtrapolationAfterEdit>(c, *w.parameter(Tied), static_cast<Extrapolation>(3 - i));
+         }},
+        {"hidden", true,
+         [](Exhibits& w, Command& c, int i) { add<ParameterWithoutTypeHideEdit>(c, *w.parameter(X), i == 0); }},
+        {"two values, of which one changes later", true,
+         [&](Exhibits& w, Command& c, int i) {
+             value(Keyed, 5, 6, at(10))(w, c, i);
+             value(Master, 5, 7, at(0))(w, c, i);
+         }},
+        {"parts that are keyed together", true,
+         [&](Exhibits& w, Command& c, int i) {
+             value(X, 5, 6, at(3))(w, c, i);
+             value(Y, 7, 8, at(3))(w, c, i);
+         }},
+        {"of one parameter, changed later: the first state is not known", false,
+         [&](Exhibits& w, Command& c, int i) {
+             value(Keyed, 2, 7, at(10))(w, c, i);
+             value(Keyed, 5, 6, at(20))(w, c, i);
+         }},
+        {"new view and value", true,
+         [&](Exhibits& w, Command& c, int i) {
+             add<ParameterSplitViewEdit>(c, *w.parameter(Keyed), View(3));
+             value(Keyed, 5, 6, at(3, 3))(w, c, i);
+         }},
+        {"value changed later, of a parameter that was hidden", false,
+         [&](Exhibits& w, Command& c, int i) {
+             value(Keyed, 2, 7, at(10))(w, c, i);
+             add<ParameterWithoutTypeHideEdit>(c, *w.parameter(Keyed), true);
+         }},
+        {"value changed later, of a part of the next one's compound", false,
+         [&](Exhibits& w, Command& c, int i) {
+             add<ParameterSetStaticValueEdit>(c, *w.parameter(X), i * 5., View(0));
+             value(Position, 5, 6, at(3))(w, c, i);
+         }},
+        {"value that the next edit copies", false,
+         [&](Exhibits& w, Command& c, int i) {
+             value(Keyed, 5, 6, at(3))(w, c, i);
+             add<ParameterSplitViewEdit>(c, *w.parameter(Keyed), View(3));
+         }},
+        {"value that a new keyframe of a part depends on", false,
+         [&](Exhibits& w, Command& c, int i) {
+             value(Y, 7, 8, at(6))(w, c, i);
+             value(X, 5, 6, at(8))(w, c, i);
+         }},
+        {"one and two", false,
+         [&](Exhibits& w, Command& c, int i) {
+             for (int k = 0; k <= i; ++k)
+                 value(Keyed, 5, 6, at(10))(w, c, i);
+         }},
+        {"moves", false,
+         [](Exhibits& w, Command& c, int) { add<MoveKeyframeEdit>(c, *w.parameter(Keyed), at(0), at(1)); }},
+    };
+    const Warnings quiet;
+    for (const int more : {0, 70}) {
+        for (const Row& row : rows) {
+            SCOPED_TRACE(row.name);
+            Exhibits world(more);
+            const std::string before = world.state();
+            Command first;
+            auto next = std::make_unique<Command>();
+            row.make(world, first, 0);
+            row.make(world, *next, 1);
+            first.doIt();
+            next->doIt();
+            const std::string after = world.state();
+            EXPECT_EQ(mergeEdits(first, *next), row.merge);
+            if (!row.merge)
+                next->undoIt();
+            next.reset();
+            first.undoIt();
+            EXPECT_EQ(world.state(), before);
+            first.doIt();
+            EXPECT_TRUE(!row.merge || world.state() == after);
+        }
+    }
+}
+
+TEST(Edits, MergeOnlyOneAfterTheOtherAndSendNothingForNothing) {
+    Number number("number");
+    Number other("other");
+    const auto edit = [](Number& of, double value) { return ParameterSetValueEdit(of, value, at(1)); };
+    ParameterSetValueEdit first = edit(number, 1), second = edit(number, 2), between = edit(other, 3);
+    const auto merge = [&] { return mergeEdits(first, second); };
+    EXPECT_FALSE(merge()) << "not done";
+    first.doIt();
+    EXPECT_FALSE(merge()) << "the second is not done";
+    EXPECT_FALSE(mergeEdits(first, first));
+    between.doIt();
+    second.doIt();
+    EXPECT_FALSE(merge()) << "another edit lies between";
+    second.undoIt();
+    EXPECT_FALSE(merge()) << "undone";
+    between.undoIt();
+    first.undoIt();
+    second.doIt();
+    EXPECT_FALSE(merge()) << "the first is undone";
+    second.undoIt();
+    first.doIt();
+    second.doIt();
+    between.doIt();
+    EXPECT_FALSE(merge()) << "another edit was done since";
+    between.undoIt();
+    second.undoIt();
+    // A drag, which ends where it began.
+    number.vSetValue(1, at(1));
+    for (int i = 10000; i > 0; --i) {
+        ParameterSetValueEdit next = edit(number, i);
+        next.doIt();
+        EXPECT_EQ(mergeEdits(first, next), i < 10000) << "after an undo, from the first on";
+        if (i == 10000) {
+            next.undoIt();
+            first.doIt();
+        }
+    }
+    ChangeRecorder recorder(&number);
+    first.undoIt();
+    EXPECT_EQ(recorder.take(), "");
+}
+
+/// A command of a host's, with words of its own.
+struct Rename : UndoableEdit {
+    void doIt() override { noteDone(); }
+    void undoIt() override { noteUndone(); }
+    EditSummary summary() const override { return {"Rename %p%", "Rename %n: %p", 1, {{this, "layer%n"}}}; }
+};
+
+TEST(Edits, OfSeveralKindsSayHowManyTheyChange) {
+    Exhibits world;
+    P& keyed = *world.parameter(Keyed);
+    Bsc::CompositeCommand all;
+    const auto text = [&] { return undoText(all).toStdString(); };
+    EXPECT_EQ(text(), "");
+    all.push_back(new Rename);
+    EXPECT_EQ(text(), "Rename layer%n%");
+    all.push_back(new Rename);
+    EXPECT_EQ(text(), "Rename 2: 2 parameters");
+    Command one;
+    add<ParameterSplitViewEdit>(one, keyed, View(1));
+    EXPECT_EQ(undoText(one), "Split 0 views of set.p3");
+    add<ParameterSetValueEdit>(one, keyed, 1, at(1, 1));
+    EXPECT_EQ(undoText(one), "Set value of set.p3") << "splitting changes nothing";
+    add<ParameterWithoutTypeHideEdit>(one, keyed, true);
+    EXPECT_EQ(undoText(one), "Change set.p3");
+    Command members;
+    members.push_back(new ParameterSetRemoveEdit(world.root, *world.set(0)));
+    EXPECT_EQ(undoText(members), "Remove set");
+    members.push_back(new ParameterSetRemoveEdit(world.root, *world.set(1)));
+    EXPECT_EQ(undoText(members), "Remove 2 subsets");
+    members.push_back(new ParameterSetRemoveEdit(*world.set(0), keyed));
+    EXPECT_EQ(undoText(members), "Remove 3 members");
+    EXPECT_EQ(dynamic_cast<CompoundParameter&>(*world.parameter(Position)).path(), "set.p10");
 }
 
 // Retiming is in tests/data/tool/editing.session, pasting into views in tests/set/clipboard_test.cpp.

@@ -164,6 +164,24 @@ inline void changeSelected(Command& command, P& own, P& other, const A& a) {
     command.push_back(new KeyframeSelectionEdit(selection, change));
 }
 
+/// Adds and removes parameters and subsets.
+inline void changeMembers(ParameterSet* set, ParameterSet* other, Command& command, P& added, const A& a) {
+    if (!set)
+        return;
+    if (a.yes)
+        command.push_back(new ParameterSetAddEdit(*set, static_cast<BasicParameter&>(added), a.number - 1));
+    const std::vector<ParameterSet::Member> members = set->members();
+    if (a.kind == 1 || members.empty())
+        return;
+    const ParameterSet::Member& member =
+        members[members.size() - 1 - static_cast<std::size_t>(a.number) % members.size()];
+    if (!member.set)
+        return command.push_back(new ParameterSetRemoveEdit(*set, *member.parameter));
+    command.push_back(new ParameterSetRemoveEdit(*set, *member.set));
+    if (other && a.kind == 2)
+        command.push_back(new ParameterSetAddEdit(*other, *member.set, a.number));
+}
+
 inline AnimationState allViews() {
     return AnimationState(AnimationFlags(4));
 }
@@ -230,6 +248,9 @@ inline const std::vector<Act> commands = {
     ACT(add<ParameterScaleValuesEdit>(c, own, a.span(), ValueScaling{a.number - 3., a.value, 1, a.kind - 3})),
     ACT(pasteSet(c, own, other, a)),
     ACT(changeSelected(c, own, other, a)),
+    ACT(changeMembers(dynamic_cast<ParameterSet*>(&own), own.parentSet(), c, other, a)),
+    ACT(changeMembers(own.parentSet(), other.parentSet(), c, other, a)),
+    ACT(add<ParameterHandlesEdit>(c, own, Context::Explicit(a.at), HandleChange::movedOut({a.value, a.value}))),
 };
 
 inline const Act& chosen(const std::vector<Act>& rows, Choices& choose) {
