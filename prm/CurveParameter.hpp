@@ -6,6 +6,8 @@
 #include "prm/Parameter.hpp"
 #include "prm/track/Evaluation.h"
 
+#include <algorithm>
+
 namespace Prm {
 
 template <class T> CurveParameter<T>::CurveParameter() : CurveParameter(QString()) {}
@@ -28,31 +30,27 @@ template <class T> CurveParameter<T>::~CurveParameter() {
 
 template <class T>
 T CurveParameter<T>::interpolateValue(const BoundingKeyframes& around, const Context& context, Cache*) const {
-    // Copies: a host's function may say how the segment runs.
-    KeyframeData<T> from;
-    KeyframeData<T> to;
-    this->ask(around.before.view, [&](const auto& track, View) {
+    return this->askHeld(around.before.view, [&](const auto& track, View) {
         // A hook of the caller's may have edited the list.
         const int last = track.keyframes.size() - 1;
         if (last < 0)
-            from = KeyframeData<T>(Time(), track.staticValue, Interpolation::Constant);
-        else
-            from = track.keyframes.at(std::min(static_cast<int>(around.before.index), last));
-        to = last < 0 ? from : track.keyframes.at(std::min(static_cast<int>(around.after.index), last));
-        return true;
+            return track.staticValue;
+        const auto keyframe = [&](const KeyframeIndex& index) -> const KeyframeData<T>& {
+            return track.keyframes.at(std::min(static_cast<int>(index.index), last));
+        };
+        return detail::segmentValue(keyframe(around.before), keyframe(around.after), context.time);
     });
-    return detail::segmentValue(from, to, context.time);
 }
 
 template <class T>
 T CurveParameter<T>::extrapolateValue(const BoundingKeyframes& around, const Context& context, Cache*) const {
     const bool before = around.before.view == View::INVALID();
-    const detail::Track<T> track =
-        this->ask(before ? around.after.view : around.before.view, [](const auto& read, View) { return read; });
-    if (track.keyframes.isEmpty())
-        return track.staticValue;
-    const Extrapolation kind = before ? this->extrapolationBefore() : this->extrapolationAfter();
-    return detail::outsideValue(track.keyframes, before, kind, context.time);
+    return this->askHeld(before ? around.after.view : around.before.view, [&](const auto& track, View) {
+        if (track.keyframes.isEmpty())
+            return track.staticValue;
+        const Extrapolation kind = before ? this->extrapolationBefore() : this->extrapolationAfter();
+        return detail::outsideValue(track.keyframes, before, kind, context.time);
+    });
 }
 
 template <class T> bool CurveParameter<T>::supportsExtrapolationFromNoKeys() const {

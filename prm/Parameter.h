@@ -378,28 +378,35 @@ protected:
     /// these are the data with which the evaluation began, unless the hook has edited them. The function must not call
     /// code of a host, except for the virtual operations of this class.
     template <class Question> auto ask(const View& view, const Question& question) const;
+    /// The same for a function that may call code of a host: the data are a copy, or those of the evaluation.
+    template <class Question> auto askHeld(const View& view, const Question& question) const;
     /// For the constructor of the class whose hooks do what `detail::evaluate` does.
     void setEvaluated() { HookGate::setEvaluated(*this); }
 
 private:
     using HookGate = detail::HookGate<T>;
 
-    PRM_ALWAYS_INLINE bool asksHooks() const { return m_gate.asksHooks(*this); }
+    PRM_ALWAYS_INLINE bool asksHooks() const { return m_gate.overridden(*this) != HookGate::Nothing; }
     const void* asTyped(const std::type_info& valueType) const override;
     void explainTo(Explanation& explanation, const Context& context) const override;
     class Evaluation;
     class Differences;
     class Reshaper;
-    PRM_NEVER_INLINE const Parameter& shownParameter() const;
+    const Parameter& shownParameter() const;
     template <class Own, class General>
-    auto askShown(const Own& own, const General& general) const -> decltype(own(std::declval<const Parameter&>()));
-    template <class Choose> HeldTrack hold(const View& view, const Choose& choose) const;
+    PRM_ALWAYS_INLINE auto askShown(const Own& own, const General& general) const
+        -> decltype(own(std::declval<const Parameter&>()));
+    template <class Choose> PRM_ALWAYS_INLINE HeldTrack hold(const View& view, const Choose& choose) const;
     /// What decides from which views a value is made.
     struct Traits {
         Traits(bool isKeyframed, bool isSplittable) : keyframed(isKeyframed), splittable(isSplittable) {}
         /// Whatever its class overrides.
         explicit Traits(const Parameter& own)
             : keyframed(own.Parameter::isKeyframed()), splittable(own.Parameter::splittable()) {}
+
+        bool operator==(const Traits& other) const {
+            return keyframed == other.keyframed && splittable == other.splittable;
+        }
 
         bool keyframed;
         bool splittable;

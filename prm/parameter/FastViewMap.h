@@ -443,8 +443,8 @@ public:
         Outside outside;
     };
 
-    HeldTrack(const FastViewMap<T>& map, const PVData<T>& block, View askedView, const Settings& present,
-              const Protection& protection)
+    PRM_ALWAYS_INLINE HeldTrack(const FastViewMap<T>& map, const PVData<T>& block, View askedView,
+                                const Settings& present, const Protection& protection)
         : HeldCopy(block, map.templateData(), protection.thread()), track(static_cast<const Track<T>&>(block)),
           settings(present), view(block.view), asked(askedView) {}
     HeldTrack(const HeldTrack& around, View askedView, const Protection& protection)
@@ -452,7 +452,7 @@ public:
           asked(askedView) {}
 
     /// The innermost one of this thread for the view.
-    static const HeldTrack* find(const FastViewMap<T>& map, View view) {
+    PRM_ALWAYS_INLINE static const HeldTrack* find(const FastViewMap<T>& map, View view) {
         for (const HeldCopy* copy = innermost(); copy; copy = copy->below()) {
             if (!copy->isFoundBy(map.templateData()))
                 continue;

@@ -26,11 +26,15 @@ public:
         const void* const evaluated = implementationIn<Parameter<T>>(table, operation);
         return !evaluated || implementationOf<Parameter<T>>(parameter, operation) != evaluated;
     }
-    /// Whether values come from hooks.
-    PRM_ALWAYS_INLINE bool asksHooks(const Parameter<T>& parameter) const {
+    /// What the class of a parameter overrides: nothing that evaluation uses; hooks; hooks, and the two operations that
+    /// decide from which views a value is made.
+    enum Overridden : std::uintptr_t { Nothing, Hooks, HooksAndTraits };
+    PRM_ALWAYS_INLINE Overridden overridden(const Parameter<T>& parameter) const {
         const auto table = reinterpret_cast<std::uintptr_t>(virtualTableOf(&parameter));
         const std::uintptr_t known = m_evaluatedAs.load(std::memory_order_relaxed);
-        return known != table && (known == table + 1 || learnsToAskHooks(parameter));
+        if (known == table)
+            return Nothing;
+        return known - table <= HooksAndTraits ? static_cast<Overridden>(known - table) : learn(parameter);
     }
 
 private:
@@ -38,10 +42,10 @@ private:
         static std::atomic<const char*> table{nullptr};
         return table;
     }
-    PRM_NEVER_INLINE bool learnsToAskHooks(const Parameter<T>& parameter) const;
+    PRM_NEVER_INLINE Overridden learn(const Parameter<T>& parameter) const;
 
-    /// The virtual table that the parameter had when it was evaluated last, one more if its class overrides a hook.
-    mutable std::atomic<std::uintptr_t> m_evaluatedAs{1};
+    /// The virtual table that the parameter had when it was evaluated last, plus what its class overrides.
+    mutable std::atomic<std::uintptr_t> m_evaluatedAs{HooksAndTraits};
 };
 
 } // namespace detail

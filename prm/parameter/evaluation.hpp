@@ -17,23 +17,27 @@
 
 namespace Prm {
 
-template <class T> bool detail::HookGate<T>::learnsToAskHooks(const Parameter<T>& parameter) const {
+template <class T>
+typename detail::HookGate<T>::Overridden detail::HookGate<T>::learn(const Parameter<T>& parameter) const {
     using P = Parameter<T>;
     using OfContext = Interpolation (P::*)(const Context&) const;
     using OfIndex = Interpolation (P::*)(const KeyframeIndex&) const;
     const auto overridesAny = [&](auto... operations) { return (overrides(parameter, operations) || ...); };
-    const bool asks = overridesAny(&P::value, &P::interpolateValue, &P::extrapolateValue,
-                                   &P::supportsExtrapolationFromNoKeys, &P::isKeyframed, &P::splittable,
-                                   &P::extrapolationBefore, &P::extrapolationAfter, &P::keyframeValue, &P::hasViewData,
-                                   &P::defaultInterpolation, static_cast<OfContext>(&P::interpolation),
-                                   static_cast<OfIndex>(&P::interpolation), &P::interpolationData);
+    const bool hooks = overridesAny(
+        &P::value, &P::interpolateValue, &P::extrapolateValue, &P::supportsExtrapolationFromNoKeys,
+        &P::extrapolationBefore, &P::extrapolationAfter, &P::keyframeValue, &P::hasViewData, &P::defaultInterpolation,
+        static_cast<OfContext>(&P::interpolation), static_cast<OfIndex>(&P::interpolation), &P::interpolationData);
+    const Overridden found = overridesAny(&P::isKeyframed, &P::splittable) ? HooksAndTraits : hooks ? Hooks : Nothing;
     const auto table = reinterpret_cast<std::uintptr_t>(virtualTableOf(&parameter));
-    m_evaluatedAs.store(asks ? table + 1 : table, std::memory_order_relaxed);
-    return asks;
+    m_evaluatedAs.store(table + found, std::memory_order_relaxed);
+    return found;
 }
 
 template <class T> const void* Parameter<T>::asTyped(const std::type_info& valueType) const {
-    // Types that differ are compared by name, which takes long: this one is asked in every slot.
+    // Types that differ are compared by name, which takes long: these are asked in every evaluation with a master, and
+    // in every slot.
+    if (&valueType == &typeid(T))
+        return this;
     if (&valueType == &typeid(detail::Differences))
         return &Differences::ofType();
     if (valueType == typeid(T))
@@ -83,15 +87,20 @@ auto Parameter<T>::askShown(const Own& own, const General& general) const
 }
 
 template <class T> template <class Question> auto Parameter<T>::ask(const View& view, const Question& question) const {
-    if (asksHooks()) {
-        if (const HeldTrack* const held = HeldTrack::find(m_views, view))
-            return question(held->track, held->view);
-        const HeldTrack held = hold(view, [&](const FastViewMap&) { return view; });
-        return question(held.track, held.view);
-    }
+    if (asksHooks())
+        return askHeld(view, question);
     detail::Protection protection;
     const PVData& data = m_views.protect(protection, [&](const FastViewMap&) { return view; });
     return question(static_cast<const detail::Track<T>&>(data), data.view);
+}
+
+template <class T>
+template <class Question>
+auto Parameter<T>::askHeld(const View& view, const Question& question) const {
+    if (const HeldTrack* const held = HeldTrack::find(m_views, view))
+        return question(held->track, held->view);
+    const HeldTrack held = hold(view, [&](const FastViewMap&) { return view; });
+    return question(held.track, held.view);
 }
 
 /// A copy of the data of the chosen view; within an evaluation of that view, the copy with which it began.
@@ -130,8 +139,8 @@ public:
 
     /// The notes, unless null, are for a single time.
     Evaluation(const Parameter& parameter, const Context& context, Cache* cache, StepNotes* notes = nullptr)
-        : m_parameter(parameter), m_context(context), m_cache(cache), m_asksHooks(parameter.asksHooks()),
-          m_notes(notes) {}
+        : m_parameter(parameter), m_context(context), m_cache(cache),
+          m_overridden(parameter.m_gate.overridden(parameter)), m_notes(notes) {}
 
     void operator()(const Time* times, int count, T* out) {
         for (int attempt = 0; !isFromOneState(times, count, out, attempt < patience); ++attempt) {
@@ -149,15 +158,14 @@ private:
             bool isOneOfSeveral = false;
             const HeldTrack held = m_parameter.hold(m_context.view, [&](const FastViewMap& map) {
                 isOneOfSeveral = true;
-                const Traits traits = m_asksHooks ? asked : Traits(m_parameter);
-                return m_parameter.sourceView(map, m_context.view, traits, sources);
+                return m_parameter.sourceView(map, m_context.view, asksTraits() ? asked : Traits(m_parameter), sources);
             });
-            const Traits now = askedTraits();
-            if (mayAskAgain && (now.keyframed != asked.keyframed || now.splittable != asked.splittable))
+            if (asksTraits() && mayAskAgain && !(askedTraits() == asked))
                 return false;
+            const Traits traits = asksTraits() ? asked : Traits(held.settings.keyframed, held.settings.splittable);
             if (m_notes)
-                noteSource(held, m_asksHooks ? asked.splittable : held.settings.splittable, isOneOfSeveral, sources);
-            if (!(m_asksHooks ? asked.keyframed : held.settings.keyframed))
+                noteSource(held, traits.splittable, isOneOfSeveral, sources);
+            if (!traits.keyframed)
                 std::fill_n(out, count, staticValue(held, false));
             else if (sources.size() < 2)
                 evaluate(held, times, count, out);
@@ -167,19 +175,20 @@ private:
         return true;
     }
 
-    void noteSource(const HeldTrack& held, bool isSplittable, bool isOneOfSeveral,
-                    const detail::SourceViews& sources) const {
+    PRM_NEVER_INLINE void noteSource(const HeldTrack& held, bool isSplittable, bool isOneOfSeveral,
+                                     const detail::SourceViews& sources) const {
         m_notes->restart();
         if (sources.size() < 2)
             m_notes->reads(held.view, m_context.view, isSplittable, isOneOfSeveral, !sources.empty());
     }
 
+    bool asksTraits() const { return m_overridden == HookGate::HooksAndTraits; }
     Traits askedTraits() const {
-        return m_asksHooks ? Traits(m_parameter.isKeyframed(), m_parameter.splittable()) : Traits(false, false);
+        return asksTraits() ? Traits(m_parameter.isKeyframed(), m_parameter.splittable()) : Traits(false, false);
     }
 
     /// One view after the other: each contributes values that it had meanwhile.
-    void blend(const detail::SourceViews& sources, const Time* times, int count, T* out) {
+    PRM_NEVER_INLINE void blend(const detail::SourceViews& sources, const Time* times, int count, T* out) {
         if constexpr (blends<T>) {
             const auto weights = detail::sourceWeights(sources, m_context.view);
             QVarLengthArray<detail::WeightedSum<T>, 4> sums(count);
@@ -200,8 +209,8 @@ private:
         return m_parameter.hold(view, [=](const FastViewMap&) { return view; });
     }
 
-    void evaluate(const HeldTrack& held, const Time* times, int count, T* out) {
-        if (m_asksHooks)
+    PRM_ALWAYS_INLINE void evaluate(const HeldTrack& held, const Time* times, int count, T* out) {
+        if (m_overridden != HookGate::Nothing)
             return evaluateByHooks(held, times, count, out);
         if (m_notes)
             *out = m_notes->evaluate(held, *times);
@@ -225,7 +234,7 @@ private:
         return done;
     }
 
-    T askHooks(const HeldTrack& held, int& cursor) const {
+    PRM_ALWAYS_INLINE T askHooks(const HeldTrack& held, int& cursor) const {
         const KeyframeVector& keyframes = held.track.keyframes;
         if (keyframes.isEmpty())
             return m_parameter.supportsExtrapolationFromNoKeys() ? askHook(held, {}) : staticValue(held, true);
@@ -238,7 +247,7 @@ private:
         return keyframe.value;
     }
 
-    T askHook(const HeldTrack& held, detail::Bracket at) const {
+    PRM_ALWAYS_INLINE T askHook(const HeldTrack& held, detail::Bracket at) const {
         const BoundingKeyframes around = detail::named(at, held.view, m_parameter);
         T value = at.before < 0 || at.after < 0 ? m_parameter.extrapolateValue(around, m_context, m_cache)
                                                 : m_parameter.interpolateValue(around, m_context, m_cache);
@@ -256,7 +265,7 @@ private:
     const Parameter& m_parameter;
     Context m_context;
     Cache* const m_cache;
-    const bool m_asksHooks;
+    const typename HookGate::Overridden m_overridden;
     StepNotes* const m_notes;
 };
 
@@ -285,18 +294,16 @@ PRM_ALWAYS_INLINE bool isEvaluated(const Track<T>& track, bool isKeyframed, Outs
 /// can be protected.
 template <class T> T Parameter<T>::value(const Context& context, Cache* cache) const {
     const quint64 before = detail::masterChanges.load();
+    if (masterParameter())
+        return shownValue(context, cache);
     T value{};
-    if (!masterParameter() && isEvaluated(context, before, value))
-        return value;
-    return shownValue(context, cache);
+    return isEvaluated(context, before, value) ? value : generalValue(context, cache);
 }
 
 template <class T> T Parameter<T>::shownValue(const Context& context, Cache* cache) const {
     const quint64 before = detail::masterChanges.load();
     T value{};
-    if (shownParameter().isEvaluated(context, before, value))
-        return value;
-    return generalValue(context, cache);
+    return shownParameter().isEvaluated(context, before, value) ? value : generalValue(context, cache);
 }
 
 /// The value in the block that all views read, or in the own data of one of several; false where it is not found there,

@@ -109,6 +109,59 @@ void Parameter<T>::writeStaticValue(QTextStream& stream, const QString& prefix, 
     detail::send(stream, text);
 }
 
+/// The import of a line's keyframe in one step, which makes reading a project twice as fast.
+template <class T> class Parameter<T>::KeyframeImport {
+public:
+    explicit KeyframeImport(Parameter& parameter) : m_parameter(parameter) {}
+
+    /// Whether no change of the keyframe is emitted, and no class of a host implements a step.
+    bool isPossible() const {
+        return !m_parameter.emits(ParameterChange::KEYFRAME_ADDED) &&
+               !m_parameter.emits(ParameterChange::KEYFRAME_CHANGED_VALUE) &&
+               !m_parameter.emits(ParameterChange::KEYFRAME_CHANGED_INTERPOLATION) &&
+               !HookGate::overrides(m_parameter, &Parameter::importKeyframe) &&
+               !HookGate::overrides(m_parameter, &Parameter::vSetValue) &&
+               !HookGate::overrides(m_parameter, &Parameter::vSetInterpolation) &&
+               !HookGate::overrides(m_parameter, &Parameter::vSetInterpolationData) &&
+               !HookGate::overrides(m_parameter, &Parameter::initialiseInterpolation);
+    }
+
+    void store(const KeyframeData<T>& keyframe, const View& view) const {
+        PVData* const data = m_parameter.targetData(view);
+        if (!data)
+            return;
+        if (!m_parameter.isKeyframed() || !keyframe.time.isValid()) {
+            detail::storeStaticValue(*data, keyframe.value);
+            return;
+        }
+        m_parameter.countChange(ParameterChange::KEYFRAME_CHANGED_VALUE);
+        detail::InsertionPlace place(data->keyframes, keyframe.time, keyframe.interpolationData.interpolation,
+                                     m_parameter.isReadingIn());
+        if (place.isTaken)
+            replace(*data, place.position, keyframe);
+        else
+            insert(*data, place, keyframe);
+    }
+
+private:
+    void insert(PVData& data, detail::InsertionPlace& place, const KeyframeData<T>& keyframe) const {
+        if (place.shaped == place.position)
+            place.shaped = -1;
+        m_parameter.insertAt(place, data, keyframe, [this](const KeyframeData<T>& from, const KeyframeData<T>& to) {
+            return m_parameter.initialiseInterpolation(from, to, from.interpolationData.interpolation);
+        });
+    }
+    static void replace(PVData& data, int position, const KeyframeData<T>& keyframe) {
+        LockedKeyframes lock(&data);
+        KeyframeData<T>& stored = lock.keyframes()[position];
+        if (!ValueType<T>::equal(stored.value, keyframe.value))
+            stored.value = keyframe.value;
+        stored.interpolationData = keyframe.interpolationData;
+    }
+
+    Parameter& m_parameter;
+};
+
 /// Reads one line into a parameter: one function for each kind of line, false where it is of another kind.
 template <class T> class Parameter<T>::LineReading {
 public:
@@ -161,7 +214,12 @@ private:
         keyframe.setFromText(line);
         if (!m_parameter.isKeyframed())
             detail::LineNotes::addLoss("keyframe of a parameter that is not animated");
-        intoView(view, [&] { m_parameter.importKeyframe(keyframe); });
+        intoView(view, [&] {
+            if (const KeyframeImport import(m_parameter); import.isPossible())
+                import.store({keyframe.time, keyframe.value, keyframe.itype}, keyframe.view);
+            else
+                m_parameter.importKeyframe(keyframe);
+        });
         return true;
     }
 
@@ -266,68 +324,12 @@ template <class T> boost::shared_ptr<SerialisedKeyframe> Parameter<T>::getSerial
     return serialised;
 }
 
-/// The import of a line's keyframe in one step, which makes reading a project twice as fast.
-template <class T> class Parameter<T>::KeyframeImport {
-public:
-    explicit KeyframeImport(Parameter& parameter) : m_parameter(parameter) {}
-
-    /// Whether no change of the keyframe is emitted, and no class of a host implements a step.
-    bool isPossible() const {
-        return m_parameter.isReadingIn() && !m_parameter.emits(ParameterChange::KEYFRAME_ADDED) &&
-               !m_parameter.emits(ParameterChange::KEYFRAME_CHANGED_VALUE) &&
-               !m_parameter.emits(ParameterChange::KEYFRAME_CHANGED_INTERPOLATION) &&
-               !HookGate::overrides(m_parameter, &Parameter::vSetValue) &&
-               !HookGate::overrides(m_parameter, &Parameter::vSetInterpolation) &&
-               !HookGate::overrides(m_parameter, &Parameter::vSetInterpolationData) &&
-               !HookGate::overrides(m_parameter, &Parameter::initialiseInterpolation);
-    }
-
-    void store(const KeyframeData<T>& keyframe, const View& view) const {
-        PVData* const data = m_parameter.targetData(view);
-        if (!data)
-            return;
-        if (!m_parameter.isKeyframed() || !keyframe.time.isValid()) {
-            detail::storeStaticValue(*data, keyframe.value);
-            return;
-        }
-        m_parameter.countChange(ParameterChange::KEYFRAME_CHANGED_VALUE);
-        detail::InsertionPlace place(data->keyframes, keyframe.time, keyframe.interpolationData.interpolation,
-                                     m_parameter.isReadingIn());
-        if (place.isTaken)
-            replace(*data, place.position, keyframe);
-        else
-            insert(*data, place, keyframe);
-    }
-
-private:
-    void insert(PVData& data, detail::InsertionPlace& place, const KeyframeData<T>& keyframe) const {
-        if (place.shaped == place.position)
-            place.shaped = -1;
-        m_parameter.insertAt(place, data, keyframe, [this](const KeyframeData<T>& from, const KeyframeData<T>& to) {
-            return m_parameter.initialiseInterpolation(from, to, from.interpolationData.interpolation);
-        });
-    }
-    static void replace(PVData& data, int position, const KeyframeData<T>& keyframe) {
-        LockedKeyframes lock(&data);
-        KeyframeData<T>& stored = lock.keyframes()[position];
-        if (!ValueType<T>::equal(stored.value, keyframe.value))
-            stored.value = keyframe.value;
-        stored.interpolationData = keyframe.interpolationData;
-    }
-
-    Parameter& m_parameter;
-};
-
 template <class T> void Parameter<T>::importKeyframe(const SerialisedKeyframe& keyframe) {
     const auto& original = dynamic_cast<const TypedSerialisedKeyframe&>(keyframe);
     // Copies: observers of the first change may delete the original.
     const Context context = original.context();
     const T value = original.value;
     const IType itype = original.itype;
-    if (const KeyframeImport import(*this); import.isPossible()) {
-        import.store({context.time, value, itype}, context.view);
-        return;
-    }
     const detail::LifeGuard guard(*this);
     const auto steps = [&] {
         vSetValue(value, context);

@@ -97,22 +97,20 @@ bool ParameterSet::readByMembers(const QString& line, const ProjectFileVersion& 
 class ParameterSet::Order {
 public:
     explicit Order(const ParameterSet& set)
-        : m_lists(orders[static_cast<std::size_t>(set.m_lastHitList)]), m_start(set.m_lastHitIndex) {
-        for (const int list : m_lists) {
-            set.closeHoles(list);
-            m_lengths[static_cast<std::size_t>(list)] = set.lengthOf(list);
-        }
-    }
+        : m_lists(orders[static_cast<std::size_t>(set.m_lastHitList)]),
+          m_start(set.m_lastHitIndex), m_lengths{lengthOf(set.parameters()), lengthOf(set.basicParameters()),
+                                                 lengthOf(set.listedSubsets())} {}
 
     int count() const { return m_lengths[Parameters] + m_lengths[BasicParameters] + m_lengths[Subsets]; }
     std::pair<int, int> memberAt(int step) const {
         std::size_t list = 0;
         for (; step >= length(m_lists[list]); ++list)
             step -= length(m_lists[list]);
-        return {m_lists[list], static_cast<int>((static_cast<qint64>(m_start) + step) % length(m_lists[list]))};
+        const int untilEnd = length(m_lists[list]) - startIn(m_lists[list]);
+        return {m_lists[list], step < untilEnd ? startIn(m_lists[list]) + step : step - untilEnd};
     }
     int stepOf(int list, int place) const {
-        int step = (place - m_start % length(list) + length(list)) % length(list);
+        int step = place - startIn(list) + (place < startIn(list) ? length(list) : 0);
         for (std::size_t before = 0; m_lists[before] != list; ++before)
             step += length(m_lists[before]);
         return step;
@@ -123,11 +121,14 @@ private:
                                                                {BasicParameters, Parameters, Subsets},
                                                                {Subsets, Parameters, BasicParameters}}};
 
+    template <class Members> static int lengthOf(const Members& members) { return static_cast<int>(members.size()); }
     int length(int list) const { return m_lengths[static_cast<std::size_t>(list)]; }
+    /// The list may have become shorter.
+    int startIn(int list) const { return m_start < length(list) ? m_start : m_start % length(list); }
 
     const std::array<int, 3>& m_lists;
     int m_start;
-    std::array<int, NumLists> m_lengths{};
+    const std::array<int, NumLists> m_lengths;
 };
 
 ParameterSet::Reading ParameterSet::readByAny(Rest& rest, const ProjectFileVersion& version) {

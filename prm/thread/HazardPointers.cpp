@@ -104,19 +104,4 @@ void retire(Protected* block) {
     delete block;
 }
 
-HeldCopy::HeldCopy(const Protected& block, const Protected& guide, HazardPointers& thread)
-    : m_guide(&guide), m_block(&block), m_thread(thread), m_below(std::exchange(thread.m_innermostCopy, this)) {}
-
-HeldCopy::HeldCopy(const HeldCopy& around, HazardPointers& thread)
-    : m_guide(around.m_guide), m_block(around.m_block), m_thread(thread),
-      m_below(std::exchange(thread.m_innermostCopy, this)) {}
-
-HeldCopy::~HeldCopy() {
-    m_thread.m_innermostCopy = m_below;
-}
-
-const HeldCopy* HeldCopy::innermost() {
-    return HazardPointers::ofThisThread().m_innermostCopy;
-}
-
 } // namespace Prm::detail

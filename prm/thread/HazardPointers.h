@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 namespace Prm::detail {
@@ -185,7 +186,7 @@ public:
     HeldCopy(const HeldCopy&) = delete;
     HeldCopy& operator=(const HeldCopy&) = delete;
 
-    static const HeldCopy* innermost();
+    static const HeldCopy* innermost() { return HazardPointers::ofThisThread().m_innermostCopy; }
     const HeldCopy* below() const { return m_below; }
     /// Whether the copy was found by way of the guide, and is still true.
     bool isFoundBy(const Protected& guide) const { return m_guide == &guide; }
@@ -194,9 +195,12 @@ public:
 
 protected:
     /// Of a block that was found by way of the guide.
-    HeldCopy(const Protected& block, const Protected& guide, HazardPointers& thread);
-    HeldCopy(const HeldCopy& around, HazardPointers& thread);
-    ~HeldCopy();
+    HeldCopy(const Protected& block, const Protected& guide, HazardPointers& thread)
+        : m_guide(&guide), m_block(&block), m_thread(thread), m_below(std::exchange(thread.m_innermostCopy, this)) {}
+    HeldCopy(const HeldCopy& around, HazardPointers& thread)
+        : m_guide(around.m_guide), m_block(around.m_block), m_thread(thread),
+          m_below(std::exchange(thread.m_innermostCopy, this)) {}
+    ~HeldCopy() { m_thread.m_innermostCopy = m_below; }
 
 private:
     friend class HazardPointers;

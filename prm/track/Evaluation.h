@@ -86,7 +86,8 @@ PRM_ALWAYS_INLINE T valueAround(const QVector<KeyframeData<T>>& keyframes, Brack
         return keyframes.at(firstAtTime(keyframes, at.before)).value;
     if (at.before < 0 || at.after < 0)
         return outsideValue(keyframes, at.before < 0, at.before < 0 ? outside.before : outside.after, time, course);
-    return valueBetween(keyframes.at(at.before), keyframes.at(at.after), time, partOf(course));
+    const KeyframeData<T>* const from = keyframes.constData() + at.before;
+    return valueBetween(from[0], from[1], time, partOf(course));
 }
 
 /// The value at a time. `cursor` is the position where the last time was found; any number will do. `course`, unless

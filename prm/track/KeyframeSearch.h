@@ -76,7 +76,8 @@ template <class Keyframe> int nextPosition(const QVector<Keyframe>& keyframes, T
     return next < keyframes.size() ? next : -1;
 }
 
-/// The positions around a time: -1 where there is none, the same twice where a keyframe lies exactly at the time.
+/// The positions around a time: -1 where there is none, the same twice where a keyframe lies exactly at the time,
+/// otherwise neighbours.
 struct Bracket {
     int before = -1;
     int after = -1;
@@ -142,12 +143,10 @@ PRM_ALWAYS_INLINE Bracket bracketNear(const Keyframe* keyframes, int count, Time
 
 /// The positions as keyframes of `parameter` in `view`.
 inline BoundingKeyframes named(Bracket positions, View view, const ParameterWithoutType& parameter) {
-    BoundingKeyframes found;
-    if (positions.before >= 0)
-        found.before = KeyframeIndex(&parameter, view, static_cast<quint32>(positions.before));
-    if (positions.after >= 0)
-        found.after = KeyframeIndex(&parameter, view, static_cast<quint32>(positions.after));
-    return found;
+    const auto index = [&](int position) {
+        return position < 0 ? KeyframeIndex() : KeyframeIndex(&parameter, view, static_cast<quint32>(position));
+    };
+    return {index(positions.before), index(positions.after)};
 }
 
 /// The keyframes of `parameter` in `view` around the time. The locked list must not be empty.

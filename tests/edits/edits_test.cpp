@@ -410,12 +410,14 @@ struct Moving : Number {
     mutable QStringList steps;
 };
 
-TEST(Edits, AMoveTakesItsStepsInTheirOrder) {
+TEST(Edits, AMoveAndALineTakeTheStepsOfAHost) {
     Moving moving;
     key(moving, {{1, 5.}, {4, 6.}});
     MoveKeyframeEdit(moving, at(1), at(2)).doIt();
     EXPECT_EQ(moving.steps.join(' ').toStdString(), "export get delete adjust import");
     EXPECT_TRUE(moving.bKeyframeAt(Context::Explicit(at(2))));
+    EXPECT_TRUE(moving.streamInValue("keyframes.append( Key( 7, 1, Linear ) )", {}, {}));
+    EXPECT_EQ(moving.steps.last().toStdString(), "import");
 }
 
 TEST(Edits, OfMastersCloseNoCircleOutOfTurn) {
