@@ -209,6 +209,8 @@ private:
             return;
         Command none;
         const Act& act = chosen(edits, choose());
+        // It copies the name, which snapshots do not hold.
+        m_world->changesOfLists += std::strstr(act.name, "assignFrom") ? 1 : 0;
         run(act, none, *own, *other, A(choose()));
     }
 
