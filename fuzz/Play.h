@@ -201,13 +201,16 @@ private:
     }
 
     void edit() {
+        // First: commands may own parameters.
+        forget();
         P* const own = chosenParameter();
         P* const other = chosenParameter();
-        forget();
         if (!own || !other)
             return;
         Command none;
         const Act& act = chosen(edits, choose());
+        // It copies the name, which snapshots do not hold.
+        m_world->changesOfLists += std::strstr(act.name, "assignFrom") ? 1 : 0;
         run(act, none, *own, *other, A(choose()));
     }
 
@@ -223,13 +226,13 @@ private:
     void readText() {
         static const char* const names[] = {"",    "set.", "set_2.", "set_3.", "p0.", "p1.",
                                             "p2.", "p3.",  "p6.",    "p7.",    "p8."};
+        forget();
         ParameterSet* const set = chosenSet();
         QString line;
         for (int i = 0; i < 3; ++i)
             line += QLatin1String(names[choose().below(static_cast<int>(std::size(names)))]);
         line += QLatin1String(textLines[choose().below(static_cast<int>(std::size(textLines)))]);
         trace("reads", line);
-        forget();
         m_isSilent = true;
         if (set)
             set->bStreamIn(line, version());
@@ -302,7 +305,10 @@ private:
         if (choose().yes()) {
             taken = {own->exportState(), own, stateOf(*own), m_world->changesOfLists};
         } else if (taken.snapshot) {
+            const std::size_t alive = m_world->aliveCount();
             forget();
+            if (m_world->aliveCount() != alive)
+                return;
             Bsc::importState(*own, taken.snapshot);
             if (!m_interfered && own == taken.of && taken.changesOfLists == m_world->changesOfLists)
                 Fuzz::same("a snapshot gives back", taken.state, stateOf(*own));

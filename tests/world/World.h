@@ -253,6 +253,11 @@ public:
                 all.push_back(one);
         return all;
     }
+    /// Parameters and sets.
+    std::size_t aliveCount() const {
+        const auto isAlive = [](const auto& set) { return !set.expired(); };
+        return parameters().size() + static_cast<std::size_t>(std::count_if(sets.begin(), sets.end(), isAlive));
+    }
     const boost::shared_ptr<P>& owner(int number) const { return slots[static_cast<std::size_t>(number)].owner; }
     /// Plain sets and compounds; null while there is none.
     ParameterSet* set(int number) const {
