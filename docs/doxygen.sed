@@ -4,7 +4,7 @@
 /\[[^]]*$/ { $! { N; bjoin
 } }
 s#(\[[^]]*)\n *([^]]*\]\()#\1 \2#g
-s#\]\((\.\./)*examples/([a-z_]+)\.cpp\)#](\2_8cpp-example.html)#g
+s#\]\((\.\./)*examples/([a-z]+/)?([a-z_]+)\.cpp\)#](\3_8cpp-example.html)#g
 s#\]\((\.\./)*(prm|host/bsc|host/product)/([A-Za-z]+)\.h\)#](\3_8h_source.html)#g
 s#\]\(docs/decisions/\)#](pages.html)#g
 s#(\]\([^)]*\.md)\#[a-z-]+\)#\1)#g

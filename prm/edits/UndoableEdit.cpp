@@ -174,9 +174,11 @@ bool mergeEdits(Bsc::Command& done, Bsc::Command& next) {
     }
     std::vector<std::function<void()>> mergers;
     for (std::size_t i = 0; i < first.size(); ++i) {
-        if (typeid(*first[i]) != typeid(*second[i]))
+        UndoableEdit& done = *first[i];
+        UndoableEdit& next = *second[i];
+        if (typeid(done) != typeid(next))
             return false;
-        mergers.push_back(first[i]->mergerWith(*second[i], others[i]));
+        mergers.push_back(done.mergerWith(next, others[i]));
         if (!mergers.back())
             return false;
     }

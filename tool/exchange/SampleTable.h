@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <QStringList>
 
+#include <cmath>
+
 namespace Tool {
 
 /// The values of parameters as a table: a row for each frame, a column for each parameter, and one "path@view" for each
