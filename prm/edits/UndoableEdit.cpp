@@ -174,11 +174,11 @@ bool mergeEdits(Bsc::Command& done, Bsc::Command& next) {
     }
     std::vector<std::function<void()>> mergers;
     for (std::size_t i = 0; i < first.size(); ++i) {
-        UndoableEdit& done = *first[i];
-        UndoableEdit& next = *second[i];
-        if (typeid(done) != typeid(next))
+        UndoableEdit& former = *first[i];
+        UndoableEdit& later = *second[i];
+        if (typeid(former) != typeid(later))
             return false;
-        mergers.push_back(done.mergerWith(next, others[i]));
+        mergers.push_back(former.mergerWith(later, others[i]));
         if (!mergers.back())
             return false;
     }
