@@ -179,7 +179,8 @@ private:
         if (at >= 0 && isView && Prm::View(view).isValid())
             column.view = view;
         column.path = pathOf(at >= 0 && isView ? heading.left(at) : heading);
-        const LineReading reading = readLine(toView(column.path + ".value=0"));
+        const QByteArray line = column.path + ".value=0";
+        const LineReading reading = readLine(toView(line));
         if (reading.key != Key::Value || reading.path != toView(column.path) || column.path.size() > int(longestPath))
             fail(
                 message("column %1: '%2' is not the path of a parameter", number, QString::fromUtf8(heading.left(60))));
