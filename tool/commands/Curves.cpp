@@ -124,8 +124,8 @@ int ease(Arguments& arguments) {
     arguments.example("prm ease project.prm blur.size --as sine-in-out --in-place");
     if (!arguments.read())
         return Fine;
-    return reshapeCurves(arguments, spanOption(arguments),
-                         {making<Prm::ParameterEaseEdit>(easingOf(arguments)), "eased"});
+    const CurveEdit::Make make = making<Prm::ParameterEaseEdit>(easingOf(arguments));
+    return reshapeCurves(arguments, spanOption(arguments), {make, "eased"});
 }
 
 int reverse(Arguments& arguments) {
@@ -150,8 +150,8 @@ int adjustValues(Arguments& arguments) {
         return Fine;
     const Prm::ValueScaling scaling{numberOption(arguments, "scale", 1.0), numberOption(arguments, "pivot"),
                                     numberOption(arguments, "offset")};
-    return reshapeCurves(arguments, spanOption(arguments),
-                         {making<Prm::ParameterScaleValuesEdit>(scaling), "adjusted", {}, 0.0, true});
+    const CurveEdit::Make make = making<Prm::ParameterScaleValuesEdit>(scaling);
+    return reshapeCurves(arguments, spanOption(arguments), {make, "adjusted", {}, 0.0, true});
 }
 
 } // namespace Tool
