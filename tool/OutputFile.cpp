@@ -79,4 +79,11 @@ void OutputFile::fail(const QIODevice& device) const {
     throw Problem("%1: cannot be written: %2", m_name, device.errorString());
 }
 
+bool isSameFile(const QString& a, const QString& b) {
+    const QFileInfo one(a);
+    const QFileInfo other(b);
+    const bool sameName = one.absoluteFilePath() == other.absoluteFilePath();
+    return a != "-" && (sameName || (one.exists() && other.exists() && one == other));
+}
+
 } // namespace Tool

@@ -44,4 +44,7 @@ private:
     std::optional<HeldSignals> m_held;
 };
 
+/// Whether both are names of one file, which is not a standard stream.
+bool isSameFile(const QString& a, const QString& b);
+
 } // namespace Tool

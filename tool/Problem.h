@@ -27,7 +27,7 @@ template <class... Parts> QString message(const char* pattern, const Parts&... p
 
 /// "1 keyframe", "2 keyframes".
 inline QString counted(qint64 count, const char* thing) {
-    return message(count == 1 ? "%1 %2" : "%1 %2s", count, thing);
+    return message(count == 1 ? "%1 %2" : "%1 %2s", count, QString::fromUtf8(thing));
 }
 
 /// Ends the program with `Unusable` and one line for the user.

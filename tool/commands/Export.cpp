@@ -1,5 +1,6 @@
 #include "tool/Commands.h"
 #include "tool/Frames.h"
+#include "tool/OutputFile.h"
 #include "tool/Project.h"
 #include "tool/Streams.h"
 #include "tool/exchange/SampleTable.h"
@@ -77,6 +78,8 @@ int exportProject(Arguments& arguments) {
         return Fine;
     if (!arguments.has("o"))
         throw WrongUse("-o is needed: where to write");
+    if (isSameFile(arguments.value("o"), arguments.file()))
+        throw WrongUse("the project text would be overwritten");
     return formOf(arguments).write(arguments);
 }
 

@@ -68,8 +68,11 @@ public:
 
     void install(const QString& files) const {
         set("merge.prm.name", "project texts, merged by keyframes");
-        set("merge.prm.driver", command() + " merge --base %O --ours %A --theirs %B -o %A --path %P");
-        set("diff.prm.command", command() + " git diff");
+        // What is no project text is merged by lines. What a merge of several bases makes must not be what ours has.
+        set("merge.prm.driver", command() + " merge --base %O --ours %A --theirs %B -o %A --path %P; code=$?; "
+                                            "[ $code -lt 2 ] && exit $code; git merge-file %A %O %B");
+        set("merge.prm.recursive", "binary");
+        set("diff.prm.command", command() + " git diff --");
         const QByteArray before = attributes();
         const QByteArray line = files.toUtf8() + ending;
         if (!before.split('\n').contains(line))
@@ -77,8 +80,13 @@ public:
     }
 
     void uninstall() const {
-        for (const char* const section : {"merge.prm", "diff.prm"})
-            runGit({"config", m_place, "--remove-section", section});
+        constexpr int isNotSet = 5;
+        for (const char* const name :
+             {"merge.prm.name", "merge.prm.driver", "merge.prm.recursive", "diff.prm.command"}) {
+            const Ran ran = runGit({"config", m_place, "--unset-all", name});
+            if (ran.exitCode != 0 && ran.exitCode != isNotSet)
+                throw Problem("git config: %1", ran.complaint);
+        }
         const QByteArray before = attributes();
         QList<QByteArray> left = before.split('\n');
         left.erase(

@@ -14,22 +14,13 @@ namespace Tool {
 
 namespace {
 
-const QString standardStream = "-";
-
-bool isSameFile(const QString& a, const QString& b) {
-    const QFileInfo one(a);
-    const QFileInfo other(b);
-    const bool sameName = one.absoluteFilePath() == other.absoluteFilePath();
-    return a != standardStream && (sameName || (one.exists() && other.exists() && one == other));
-}
-
 struct Places {
     QString text;
     QString table;
 };
 
 Places placesOf(const Arguments& arguments) {
-    Places places{arguments.has("output") ? arguments.value("output") : standardStream, arguments.value("map")};
+    Places places{arguments.has("output") ? arguments.value("output") : "-", arguments.value("map")};
     const bool hasTable = arguments.has("map");
     if (isSameFile(places.text, arguments.file()) || (hasTable && isSameFile(places.table, arguments.file())))
         throw WrongUse("the animation would be overwritten");

@@ -1,5 +1,6 @@
 #include "tool/Arguments.h"
 #include "tool/Commands.h"
+#include "tool/OutputFile.h"
 #include "tool/PathPattern.h"
 #include "tool/ProjectText.h"
 #include "tool/Streams.h"
@@ -70,6 +71,9 @@ int mergeProjects(Arguments& arguments) {
         return Fine;
     if (!arguments.has("o"))
         throw WrongUse("-o is needed: where to write");
+    if (isSameFile(arguments.value("conflicts"), arguments.value("o")) ||
+        (arguments.value("conflicts") == "-" && arguments.value("o") == "-"))
+        throw WrongUse("the merged text and the conflicts need different files");
     const Settlement settlement = settlementOf(arguments);
     const Merge merged = merge(textOption(arguments, "base"), textOption(arguments, "ours"),
                                textOption(arguments, "theirs"), settlement);

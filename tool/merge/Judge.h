@@ -46,7 +46,7 @@ public:
         /// "the value of the keyframe at 10", for example; empty for the group or parameter itself.
         QString words;
         /// What happens to it when it gets another value.
-        QString verb = "changed";
+        QString verb = QStringLiteral("changed");
     };
 
     /// What became of it on one side: "moved" to "25"; "deleted".

@@ -188,6 +188,11 @@ private:
     void mergeParameter(const Trio& trio) {
         if (haveSameLines(trio, Ours, Theirs) || haveSameLines(trio, Base, Theirs))
             return;
+        if (haveSameLines(trio, Base, Ours)) {
+            m_lines.drop(m_ours.text.node(trio[Ours]).lines);
+            m_lines.insert(m_theirs.text.node(trio[Theirs]).lines);
+            return;
+        }
         std::array<FileParameter, 3> all{read(trio, Base), read(trio, Ours), read(trio, Theirs)};
         const bool isUtf8 = std::all_of(all.begin(), all.end(), [](const auto& each) { return each.isUtf8(); });
         Kind kind = commonKind(all[Ours].kind(), all[Theirs].kind());
@@ -218,8 +223,13 @@ private:
             for (const FileKeyframe& key : data.keys)
                 others[theirLine(key.value.line)] = {key, entryWithoutView(m_theirs.text, key.value.line)};
         }
-        setViews(ours.parameter.data(), merged);
-        m_lines.change(changedLines(m_ours.text, ours.written, ours.parameter, m_ours.text.version(), others));
+        try {
+            setViews(ours.parameter.data(), merged);
+            m_lines.change(changedLines(m_ours.text, ours.written, ours.parameter, m_ours.text.version(), others));
+        } catch (const Problem&) {
+            const Judge::Subject subject{ours.parameter.path(), {}, "keyframe", {}, {}};
+            m_judge.settle(subject, {}, "project text cannot hold the keyframes of both, times have six digits");
+        }
     }
 
     void mergeSettings(const Trio& trio, const FileParameter& base, const FileParameter& ours,

@@ -3,6 +3,7 @@
 #include "tool/Table.h"
 
 #include <algorithm>
+#include <set>
 
 namespace Tool {
 
@@ -124,11 +125,18 @@ QByteArray pathInResult(const QByteArray& path, const QVariant& ours, const QVar
     return (side == Side::Ours ? ours : theirs).toString().toUtf8();
 }
 
-/// Renames a group of the base in a text that calls it by that path, or by another one.
-void addRename(Renames& renames, const QByteArray& path, const QVariant& own, const QByteArray& result) {
-    const QByteArray from = own.isNull() ? path : own.toString().toUtf8();
-    if (from != result)
-        renames[from] = result;
+QByteArray orPath(const QVariant& renamed, const QByteArray& path) {
+    return renamed.isNull() ? path : renamed.toString().toUtf8();
+}
+
+/// Whether a text has nothing of that path, save the group itself.
+bool isFreeIn(const ProjectText& text, const QByteArray& path, const QByteArray& own) {
+    return path == own || text.findNode(toView(path)) < 0;
+}
+
+void addRename(Renames& renames, const QByteArray& from, const QByteArray& to) {
+    if (from != to)
+        renames[from] = to;
 }
 
 } // namespace
@@ -167,19 +175,29 @@ std::array<QByteArray, 3> withSamePaths(const ProjectText& base, const ProjectTe
     const Renames theirsRenames = renamesIn(base, theirs);
     Renames all = oursRenames;
     all.insert(theirsRenames.begin(), theirsRenames.end());
-    Renames ofBase;
-    Renames ofOurs;
-    Renames ofTheirs;
+    std::array<Renames, 3> followed;
+    std::set<QByteArray> results;
     for (const auto& entry : all) {
         const QByteArray& path = entry.first;
+        // Those within a renamed group are new paths below its new one.
+        if (renamedPath(path, followed[0]) != path)
+            continue;
         const QVariant oursPath = find(oursRenames, path);
         const QVariant theirsPath = find(theirsRenames, path);
         const QByteArray result = pathInResult(path, oursPath, theirsPath, judge);
-        addRename(ofBase, path, {}, result);
-        addRename(ofOurs, path, oursPath, result);
-        addRename(ofTheirs, path, theirsPath, result);
+        const bool isFree = isFreeIn(base, result, path) && isFreeIn(ours, result, orPath(oursPath, path)) &&
+                            isFreeIn(theirs, result, orPath(theirsPath, path));
+        if (!isFree || !results.insert(result).second) {
+            const Judge::Subject subject{QString::fromUtf8(path), {}, "group", {}, {}};
+            judge.settle(subject, {subject.path, oursPath, theirsPath},
+                         message("the group was renamed to %1, a name that is in use", QString::fromUtf8(result)));
+            continue;
+        }
+        followed[0][path] = result;
+        addRename(followed[1], orPath(oursPath, path), result);
+        addRename(followed[2], orPath(theirsPath, path), result);
     }
-    return {renamed(base, ofBase), renamed(ours, ofOurs), renamed(theirs, ofTheirs)};
+    return {renamed(base, followed[0]), renamed(ours, followed[1]), renamed(theirs, followed[2])};
 }
 
 } // namespace Tool
