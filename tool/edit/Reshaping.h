@@ -8,7 +8,7 @@
 
 namespace Tool {
 
-/// An edit of a parameter, which has values of its kind, and how the user is told of it.
+/// An edit of a parameter, which has values of its kind, and what is reported of it.
 struct CurveEdit {
     using Make = std::function<std::unique_ptr<Prm::ParameterReshapeEdit>(Prm::ParameterWithoutType& parameter,
                                                                           const Prm::KeyframeSpan& span)>;

@@ -33,7 +33,7 @@ std::vector<NamedLine> sameLines(const ProjectText& base, const ProjectText& our
                                  const Lines3& lines) {
     const Texts texts{&base, &ours, &theirs};
     const std::set<std::string_view> repeated = repeatedNames(texts, lines);
-    // By name or bytes, and the how manieth of them.
+    // By name or bytes, and how many there are of them before.
     std::map<std::pair<std::string_view, int>, Trio> places;
     for (const Which which : {Base, Ours, Theirs}) {
         std::map<std::string_view, int> counts;

@@ -285,7 +285,7 @@ void upgradeUnlessAlike(std::array<QByteArray, 3>& texts) {
     }
 }
 
-/// Stands for a text without lines, so that lines of another one have a place.
+/// In place of a text without lines, so that lines of another one can follow.
 QByteArray headerOf(const QByteArray& bytes) {
     const ProjectText text(bytes);
     QByteArray header;

@@ -11,7 +11,7 @@ namespace {
 
 /// Of groups around a parameter; those further out are not compared.
 constexpr int mostLevels = 16;
-/// Of groups with the same parameter, which tell nothing of where one of them went.
+/// Of groups with the same parameter, which do not show where one of them went.
 constexpr std::size_t mostAlike = 64;
 
 /// What a parameter is called below a group, and its lines.
