@@ -16,7 +16,6 @@ using namespace Tool;
 namespace {
 
 // --- a project as it is meant
-// ------------------------------------------------------------------------------------------
 
 struct Key {
     int time = 0;
@@ -116,7 +115,6 @@ Model baseOf(Worlds::Choices& choices) {
 }
 
 // --- edits
-// -------------------------------------------------------------------------------------------------------------
 
 struct Edit {
     /// What it is about; an edit of a thing is also one of all that it holds, which is named after it and a "/".
@@ -259,7 +257,6 @@ bool hasMeeting(const Model& model) {
 }
 
 // --- what is promised
-// --------------------------------------------------------------------------------------------------
 
 bool saySame(const QByteArray& a, const QByteArray& b) {
     return differences(ProjectText(a), ProjectText(b)).empty();

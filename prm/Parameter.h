@@ -407,7 +407,6 @@ private:
         bool operator==(const Traits& other) const {
             return keyframed == other.keyframed && splittable == other.splittable;
         }
-
         bool keyframed;
         bool splittable;
     };

@@ -188,6 +188,10 @@ QString curveText(const Prm::IType& shape) {
     return text;
 }
 
+QString keyframeText(const FileKeyframe& key) {
+    return message("%1 (%2)", key.value.text, curveText(key.interpolationData));
+}
+
 } // namespace Tool
 
 Tool::FileValue Prm::ValueType<Tool::FileValue>::read(const QString& text) {

@@ -90,5 +90,7 @@ QString kindText(Prm::Interpolation kind);
 QString kindText(Prm::Extrapolation kind);
 /// "Bezier", with the numbers of its shape: equal for curves that mean the same.
 QString curveText(const Prm::IType& shape);
+/// Value and curve: "0.5 (Linear)".
+QString keyframeText(const FileKeyframe& key);
 
 } // namespace Tool

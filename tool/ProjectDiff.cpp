@@ -18,25 +18,13 @@ const QString removed = "removed";
 const QString changed = "changed";
 const QString moved = "moved";
 
-QVariant orNull(const QString& text) {
-    return text.isEmpty() ? QVariant() : QVariant(text);
-}
-
 const QString& changeOf(const QVariant& from, const QVariant& to) {
     return from.isNull() ? added : to.isNull() ? removed : changed;
 }
 
-QString look(const FileKeyframe& key) {
-    return message("%1 (%2)", key.value.text, curveText(key.interpolationData));
-}
-
-QString keyCount(std::size_t count) {
-    return count == 1 ? "1 key" : message("%1 keys", count);
-}
-
 QString contentOf(const FileView& data) {
     if (!data.keys.empty())
-        return ", " + keyCount(data.keys.size());
+        return ", " + counted(static_cast<qint64>(data.keys.size()), "key");
     return data.value.text.isEmpty() ? QString() : ", value " + data.value.text;
 }
 
@@ -46,7 +34,8 @@ QString contentOf(const FileViews& views) {
     std::size_t keys = 0;
     for (const auto& [view, data] : views)
         keys += data.keys.size();
-    return views.empty() ? QString() : message(", %1 views, %2", views.size(), keyCount(keys));
+    return views.empty() ? QString()
+                         : message(", %1 views, %2", views.size(), counted(static_cast<qint64>(keys), "key"));
 }
 
 bool hasOnlyFirst(const FileViews& views) {
@@ -278,8 +267,8 @@ private:
 
     void addKey(const QString& change, const FileKeyframe& key) {
         const QVariant time = key.time.toDouble();
-        const QVariant text = look(key);
-        add("key", change, message("key at %1 %2, %3", plainText(time), change, look(key)),
+        const QVariant text = keyframeText(key);
+        add("key", change, message("key at %1 %2, %3", plainText(time), change, keyframeText(key)),
             change == removed ? text : QVariant(), change == added ? text : QVariant(), time);
     }
 

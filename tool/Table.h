@@ -19,7 +19,12 @@ enum class TableForm { Plain, Csv, Json };
 /// with commas. Text is given as it is.
 QString plainText(const QVariant& value);
 
-/// The same at the end of a text, between quotes where a spreadsheet needs them.
+/// The text, null where it is empty.
+inline QVariant orNull(const QString& text) {
+    return text.isEmpty() ? QVariant() : QVariant(text);
+}
+
+/// A value in the same form at the end of a text, between quotes where a spreadsheet needs them.
 void appendCsv(QString& text, const QVariant& value);
 
 /// The same in JSON: points as a list of two numbers.

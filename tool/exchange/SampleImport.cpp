@@ -126,10 +126,10 @@ public:
         if (!m_reader.read())
             throw Problem("1: the table is empty");
         readHeadings();
-        readRows([this](int line, Cell cell, Column& column) { classify(line, cell, column); });
+        readRows([this](Cell cell, Column& column) { classify(cell, column); });
         m_reader.rewind();
         m_reader.read();
-        readRows([this](int, Cell cell, Column& column) { addKeyframe(cell, column); });
+        readRows([this](Cell cell, Column& column) { addKeyframe(cell, column); });
         m_result.text = written();
         if (m_roundedTimes > 0)
             m_result.changes +=
@@ -200,7 +200,7 @@ private:
             m_time = timeIn(cells.front());
             for (std::size_t i = 1; i < cells.size(); ++i) {
                 if (!trimmed(cells[i]).empty())
-                    visit(m_reader.line(), cells[i], m_columns[i - 1]);
+                    visit(cells[i], m_columns[i - 1]);
             }
         }
     }
@@ -213,7 +213,7 @@ private:
         return frame;
     }
 
-    void classify(int /*line*/, Cell cell, Column& column) {
+    void classify(Cell cell, Column& column) {
         QByteArray value;
         while (!column.kind->append(value, cell, m_reader.separator()))
             ++column.kind;

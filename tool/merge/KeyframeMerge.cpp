@@ -17,10 +17,6 @@ const FileKeyframe& at(const FileKeyframes& keys, int index) {
     return keys[static_cast<std::size_t>(index)];
 }
 
-QString look(const FileKeyframe& key) {
-    return message("%1 (%2)", key.value.text, curveText(key.interpolationData));
-}
-
 bool isAlike(const FileKeyframe& a, const FileKeyframe& b) {
     return a.value == b.value && curveText(a.interpolationData) == curveText(b.interpolationData);
 }
@@ -111,9 +107,10 @@ private:
         const Judge::Deed edited{isMoved ? "moved" : "edited", isMoved ? plainText(frameOf(rest)) : QString()};
         const Judge::Deed deleted{"deleted", {}};
         const bool isOurs = deleter == Side::Ours;
-        return m_judge.settle(subject("keyframe", base, "the keyframe at %1"),
-                              {look(base), isOurs ? QVariant() : look(rest), isOurs ? look(rest) : QVariant()},
-                              isOurs ? deleted : edited, isOurs ? edited : deleted);
+        return m_judge.settle(
+            subject("keyframe", base, "the keyframe at %1"),
+            {keyframeText(base), isOurs ? QVariant() : keyframeText(rest), isOurs ? keyframeText(rest) : QVariant()},
+            isOurs ? deleted : edited, isOurs ? edited : deleted);
     }
 
     FileKeyframe withBoth(const FileKeyframe& base, int oursIndex, int theirsIndex) {
@@ -186,8 +183,8 @@ private:
     Side chooseHolder(const Merged& holder, const Merged& arriving) {
         if (arriving.ours == gone && isAlike(normal(holder), normal(arriving)))
             return Side::Ours;
-        const QString ours = look(normal(holder));
-        const QString theirs = look(normal(arriving));
+        const QString ours = keyframeText(normal(holder));
+        const QString theirs = keyframeText(normal(arriving));
         const QString frame = plainText(frameOf(arriving.key));
         return m_judge.settle(subject("keyframe", arriving.key, "%1"), {QVariant(), ours, theirs},
                               message("two keyframes arrive at %1: %2 here and %3 there", frame, ours, theirs));

@@ -1,6 +1,7 @@
 #include "tool/merge/ParameterMerge.h"
 
 #include "prm/ParameterEdits.h"
+#include "tool/Table.h"
 #include "tool/merge/KeyframeMerge.h"
 
 #include <set>
@@ -12,10 +13,6 @@ namespace {
 const FileView* find(const FileViews& views, quint32 view) {
     const auto found = views.find(view);
     return found == views.end() ? nullptr : &found->second;
-}
-
-QVariant orNull(const QString& text) {
-    return text.isEmpty() ? QVariant() : QVariant(text);
 }
 
 FileValue ofTheirs(FileValue value) {

@@ -13,7 +13,7 @@ struct MergedParameter {
     FileViews normal;
 };
 
-/// The number that stands for a line of theirs, where lines of ours have numbers of their own.
+/// The number of a line of theirs, where lines of ours have numbers of their own.
 constexpr int theirLine(int line) {
     return FileValue::noLine - 1 - line;
 }

@@ -17,10 +17,6 @@ namespace Tool {
 
 namespace {
 
-QVariant orNull(const QString& text) {
-    return text.isEmpty() ? QVariant() : QVariant(text);
-}
-
 /// One of the three texts.
 struct MergedText {
     explicit MergedText(const QByteArray& bytes) : text(bytes), kinds(text) {}
