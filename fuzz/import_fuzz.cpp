@@ -1,13 +1,16 @@
-// Animations in JSON: what is made of any bytes is sound, in proportion to them, and saves and loads as project text.
+// Animations in JSON: what is made of any bytes is sound, in proportion to them, saves and loads as project text, and
+// becomes JSON again.
 
 #include "fuzz/Fuzz.h"
+#include "prm/Exchange.h"
 #include "prm/ParameterSet.h"
 #include "prm/ProjectFile.h"
+#include "prm/document/Problem.h"
+#include "prm/exchange/AnimationImport.h"
 #include "prm/project/Invariants.h"
-#include "tool/Problem.h"
-#include "tool/import/AnimationImport.h"
 
 #include <QDateTime>
+#include <QJsonDocument>
 
 using namespace Prm;
 
@@ -17,11 +20,24 @@ extern "C" const char* __lsan_default_suppressions() {
     return "leak:libQt5Core.so\n";
 }
 
+namespace {
+
+void exports(const QByteArray& text) {
+    ExportOptions options;
+    options.framesPerSecond = 25;
+    const ExportedText animation = exportAnimation(text, options);
+    QJsonParseError parsing{};
+    QJsonDocument::fromJson(animation.text, &parsing);
+    HOLD(parsing.error == QJsonParseError::NoError || parsing.error == QJsonParseError::DeepNesting);
+}
+
+} // namespace
+
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    Tool::ImportResult result;
+    document::ImportResult result;
     try {
-        result = Tool::importAnimation(Fuzz::bytesOf(data, size));
-    } catch (const Tool::Problem& problem) {
+        result = document::importAnimation(Fuzz::bytesOf(data, size));
+    } catch (const document::Problem& problem) {
         HOLD(!problem.text().isEmpty() && !problem.text().contains('\n'));
         return 0;
     }
@@ -40,5 +56,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const QByteArray again = file.text();
     file.loadText(again);
     Fuzz::same("an import saves alike", again, file.text());
+    exports(again);
     return 0;
 }

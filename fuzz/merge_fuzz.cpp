@@ -3,10 +3,13 @@
 
 #include "fuzz/Fuzz.h"
 #include "fuzz/Pieces.h"
+#include "prm/ProjectMerge.h"
+#include "prm/document/ProjectDiff.h"
 #include "tool/Checks.h"
-#include "tool/ProjectDiff.h"
-#include "tool/merge/ProjectMerge.h"
 
+#include <QRegularExpression>
+
+#include <array>
 #include <functional>
 #include <map>
 #include <set>
@@ -41,6 +44,8 @@ struct Model {
     /// By the names in the base: what the groups are called in paths, and to people.
     std::map<QByteArray, QByteArray> groups;
     std::map<QByteArray, QByteArray> names;
+    bool isNamedTwice = false;
+    int secondOfWriting = 10;
     std::map<QByteArray, Parameter> parameters;
     std::map<QByteArray, QByteArray> remarks;
 
@@ -77,9 +82,15 @@ QByteArray linesOf(const Parameter& parameter, const QByteArray& path) {
 }
 
 QByteArray textOf(const Model& model) {
-    QByteArray text = "FileVersion.value=3002\nProductName.value=\"p\"\nProductVersion.value=\"1.2\"\n";
-    for (const auto& [group, name] : model.names)
-        text += model.groups.at(group) + ".name=\"" + name + "\"\n";
+    QByteArray text = model.isNamedTwice ? "# before the header\n" : "";
+    text += "FileVersion.value=3002\nProductName.value=\"p\"\nProductVersion.value=\"1.2\"\n"
+            "FileTimestamp.value=\"2021-03-01T14:05:" +
+            QByteArray::number(model.secondOfWriting) + "Z\"\n";
+    for (const auto& [group, name] : model.names) {
+        const QByteArray line = model.groups.at(group) + ".name=\"";
+        text += model.isNamedTwice ? line + "earlier\"\n" : "";
+        text += line + name + "\"\n";
+    }
     for (const auto& [id, parameter] : model.parameters) {
         const QByteArray path = model.pathOf(id) + '.';
         text += linesOf(parameter, path);
@@ -94,6 +105,7 @@ QByteArray textOf(const Model& model) {
 Model baseOf(Worlds::Choices& choices) {
     Model model;
     int number = 0;
+    model.isNamedTwice = choices.yes();
     for (const char* const group : {"g1", "g2", "g3"}) {
         model.groups[group] = group;
         model.names[group] = group;
@@ -137,14 +149,15 @@ public:
         const QByteArray group = "g" + QByteArray::number(1 + choices.below(3));
         const QByteArray id = group + '.' + static_cast<char>('a' + choices.below(3));
         const auto setting = [&](const QByteArray& name, const QByteArray& to, auto member) {
-            note({id + '/' + name, to, [=](Model& model) { model.parameters.at(id).*member = to; }});
+            if (m_base.parameters.at(id).*member != to)
+                note({id + '/' + name, to, [=](Model& model) { model.parameters.at(id).*member = to; }});
         };
         if (what < 5)
             return addToData(what, id, choices);
         if (what == 5)
             setting("before", choices.yes() ? "Constant" : "Custom2", &Parameter::before);
         else if (what == 6)
-            setting("master", choices.yes() ? "g2.b" : "g1.b", &Parameter::master);
+            setting("master", std::array{"g2.b", "g1.b", "g1.a"}[choices.below(3)], &Parameter::master);
         else if (what == 7)
             note({id + "/hidden", "1", [=](Model& model) { model.parameters.at(id).isHidden = true; }});
         else if (what == 8)
@@ -153,6 +166,8 @@ public:
             addParameter(group + ".n" + QByteArray::number(choices.below(3)));
         else if (what == 10)
             renameGroup(group, choices.yes() ? group + "_new" : group + m_side);
+        else if (what == 11 && choices.yes())
+            note({"name/" + group, "", [=](Model& model) { model.names.erase(group); }});
         else if (what == 11)
             change(&Model::names, "name/" + group, group, "N" + next());
         else
@@ -193,25 +208,49 @@ private:
             return note({target, "", [=](Model& model) { model.parameters.at(id).views.erase(view); }});
         const int time = 2 * choices.below(20) + 1;
         const bool isFree = m_arrived.insert(target + '@' + QByteArray::number(time)).second;
-        if (what == 2 && isFree)
+        if (what == 2 && isFree && mayBe(Added, target))
             return note({target + "/new" + next(), "", [=](Model& model) { dataIn(model).keys[to] = {time, to}; }});
         if (keys.empty())
             return;
-        const int id2 = std::next(keys.begin(), choices.below(static_cast<int>(keys.size())))->first;
+        const auto chosen = std::next(keys.begin(), choices.below(static_cast<int>(keys.size())));
+        const int id2 = chosen->first;
         const QByteArray key = target + "/key" + QByteArray::number(id2);
         const auto keyIn = [=](Model& model) -> Key& { return dataIn(model).keys.at(id2); };
-        const int field = choices.below(4);
-        if (field == 0)
+        const int field = choices.below(5);
+        if (field == 0 && mayBe(Deleted, target))
             return note({key, "", [=](Model& model) { dataIn(model).keys.erase(id2); }});
-        // A keyframe that moves and looks another way is another one.
+        if (field == 4)
+            return moveAndChange(target, key, chosen->second.time + (choices.yes() ? 1 : -1), to, keyIn);
+        // What moves and looks another way is only recognised between its neighbours.
         if (!m_fields.emplace(key, field == 1).second && m_fields.at(key) != (field == 1))
             return;
-        if (field == 1 && isFree)
+        if (field == 1 && isFree && mayBe(Moved, target))
             note({key + "/time", QByteArray::number(time), [=](Model& model) { keyIn(model).time = time; }});
         else if (field == 2)
             note({key + "/value", next(), [=](Model& model) { keyIn(model).value = to; }});
         else if (field == 3)
             note({key + "/curve", "Custom1", [=](Model& model) { keyIn(model).curve = "Custom1"; }});
+    }
+
+    template <class KeyIn>
+    void moveAndChange(const QByteArray& target, const QByteArray& key, int time, int to, const KeyIn& keyIn) {
+        const bool isFree = m_arrived.insert(target + '@' + QByteArray::number(time)).second;
+        if (!isFree || !m_fields.emplace(key, true).second || !mayBe(MovedAndChanged, target))
+            return;
+        note({key + "/time", QByteArray::number(time), [=](Model& model) { keyIn(model).time = time; }});
+        note({key + "/value", next(), [=](Model& model) { keyIn(model).value = to; }});
+    }
+
+    enum Shape { Added = 1, Deleted = 2, Moved = 4, MovedAndChanged = 8 };
+
+    /// A keyframe that is deleted, and another one that is added, look like one that has moved and changed.
+    bool mayBe(Shape shape, const QByteArray& view) {
+        const int all = m_shapes[view] | shape;
+        const bool isClear =
+            (all & (Added | Deleted)) != (Added | Deleted) && (m_shapes[view] == 0 || (all & MovedAndChanged) == 0);
+        if (isClear)
+            m_shapes[view] = all;
+        return isClear;
     }
 
     void addParameter(const QByteArray& id) {
@@ -235,6 +274,7 @@ private:
     std::set<QByteArray> m_arrived;
     std::set<QByteArray> m_renamed;
     std::map<QByteArray, bool> m_fields;
+    std::map<QByteArray, int> m_shapes;
 };
 
 Model applied(Model model, const std::vector<Edit>& edits) {
@@ -256,6 +296,68 @@ bool hasMeeting(const Model& model) {
     return false;
 }
 
+/// What shows in a view, where the other side has made it static, or not static.
+bool isChangedWhereHidden(const Data& base, const Data& side, const Data& other) {
+    const auto look = [](const Data& data) {
+        QByteArray text = data.keys.empty() ? QByteArray::number(data.value) : QByteArray();
+        for (const auto& [id, key] : data.keys)
+            text += lineOf(key);
+        return text;
+    };
+    return base.keys.empty() != side.keys.empty() && base.keys.empty() == other.keys.empty() &&
+           look(base) != look(other);
+}
+
+/// Gives views ours, which one side has made static or not, and the other has edited; whether there are any.
+bool keepOurAnimation(const Model& base, const Model& ours, const Model& theirs, Model& merged) {
+    bool isAny = false;
+    for (auto& [id, parameter] : merged.parameters) {
+        for (auto& [view, data] : parameter.views) {
+            const auto in = [&id = id, &view = view](const Model& model) -> const Data* {
+                const auto found = model.parameters.find(id);
+                if (found == model.parameters.end() || found->second.views.count(view) == 0)
+                    return nullptr;
+                return &found->second.views.at(view);
+            };
+            const Data* const b = in(base);
+            const Data* const o = in(ours);
+            const Data* const t = in(theirs);
+            if (!b || !o || !t || (!isChangedWhereHidden(*b, *o, *t) && !isChangedWhereHidden(*b, *t, *o)))
+                continue;
+            data = *o;
+            isAny = true;
+        }
+    }
+    return isAny;
+}
+
+/// The parameters whose masters are missing, or lead back to them, and these masters.
+std::set<QByteArray> brokenMasters(const Model& model) {
+    const auto masterOf = [&](const QByteArray& id) {
+        const auto found = model.parameters.find(id);
+        return found == model.parameters.end() ? QByteArray() : found->second.master;
+    };
+    std::set<QByteArray> broken;
+    for (const auto& [id, parameter] : model.parameters) {
+        QByteArray master = parameter.master;
+        bool isBroken = !master.isEmpty() && model.parameters.count(master) == 0;
+        for (std::size_t i = 0; i < model.parameters.size(); ++i, master = masterOf(master))
+            isBroken |= master == id;
+        if (isBroken)
+            broken.insert(id + ' ' + parameter.master);
+    }
+    return broken;
+}
+
+bool breaksMasters(const Model& ours, const Model& theirs, const Model& merged) {
+    std::set<QByteArray> broken = brokenMasters(merged);
+    for (const Model* const side : {&ours, &theirs}) {
+        for (const QByteArray& each : brokenMasters(*side))
+            broken.erase(each);
+    }
+    return !broken.empty();
+}
+
 // --- what is promised
 
 bool saySame(const QByteArray& a, const QByteArray& b) {
@@ -267,12 +369,37 @@ void sameMeaning(const char* what, const QByteArray& expected, const QByteArray&
         Fuzz::fail(what, difference.message + "\n--- expected\n" + expected + "--- found\n" + found);
 }
 
-/// What edits cannot lead to.
-void intact(const QByteArray& text) {
-    for (const Finding& finding : findingsIn(ProjectText(text))) {
-        if (finding.message.contains("again") || finding.message.contains("malformed"))
-            Fuzz::fail("a merged text is sound", finding.message + '\n' + text);
+/// How many findings of each kind there are.
+std::map<QString, int> findings(const QByteArray& text) {
+    static const QRegularExpression details("^[^ :]+: |'[^']*'|[0-9.]+|unknown line.*");
+    std::map<QString, int> counts;
+    for (const Finding& finding : findingsIn(ProjectText(text)))
+        ++counts[QString(finding.message).remove(details)];
+    return counts;
+}
+
+/// A merged text has no faults but those that a side has.
+void intact(const QByteArray& text, const QByteArray& ours, const QByteArray& theirs) {
+    std::map<QString, int> known = findings(ours);
+    for (const auto& [kind, count] : findings(theirs))
+        known[kind] += count;
+    for (const auto& [kind, count] : findings(text)) {
+        if (count > known[kind] && !kind.isEmpty())
+            Fuzz::fail("a merged text is sound", kind + '\n' + text);
     }
+}
+
+QString shown(const Prm::MergedProject& merged, const QByteArray& base, const QByteArray& ours,
+              const QByteArray& theirs) {
+    QString text = "--- base\n" + base;
+    for (const QByteArray& side : {ours, theirs}) {
+        text += "--- a side\n";
+        for (const Difference& difference : differences(ProjectText(base), ProjectText(side)))
+            text += difference.message + '\n';
+    }
+    for (const Prm::ProjectConflict& conflict : merged.conflicts)
+        text += "--- conflict: " + conflict.message + '\n';
+    return text;
 }
 
 std::vector<Edit> editsOf(Worlds::Choices& choices, const Model& base, const char* side, int number) {
@@ -286,9 +413,13 @@ void checkEdits(Worlds::Choices& choices) {
     const Model base = baseOf(choices);
     const std::vector<Edit> ours = editsOf(choices, base, "_here", 1000);
     std::vector<Edit> theirs = editsOf(choices, base, "_there", 2000);
+    Model oursModel = applied(base, ours);
+    Model theirsModel = applied(base, theirs);
+    oursModel.secondOfWriting += choices.below(3);
+    theirsModel.secondOfWriting += choices.below(3);
     const QByteArray baseText = textOf(base);
-    const QByteArray oursText = textOf(applied(base, ours));
-    const QByteArray theirsText = textOf(applied(base, theirs));
+    const QByteArray oursText = textOf(oursModel);
+    const QByteArray theirsText = textOf(theirsModel);
     bool isContested = false;
     std::vector<Edit> both;
     for (const Edit& edit : theirs) {
@@ -299,30 +430,37 @@ void checkEdits(Worlds::Choices& choices) {
         else if (clash->target != edit.target || clash->result != edit.result)
             isContested = true;
     }
-    const Model expected = applied(applied(base, both), ours);
-    const bool isMeeting = hasMeeting(expected);
-    const Merge merged = merge(baseText, oursText, theirsText);
-    const Merge swapped = merge(baseText, theirsText, oursText);
+    Model expected = applied(applied(base, both), ours);
+    expected.secondOfWriting = std::max(oursModel.secondOfWriting, theirsModel.secondOfWriting);
+    isContested |= keepOurAnimation(base, oursModel, theirsModel, expected);
+    // What is kept then is one side's, but which it is may depend on the rest.
+    const bool isMeeting = hasMeeting(expected) || breaksMasters(oursModel, theirsModel, expected);
+    const Prm::MergedProject merged = Prm::mergeProjects(baseText, oursText, theirsText);
+    const Prm::MergedProject swapped = Prm::mergeProjects(baseText, theirsText, oursText);
     if (merged.conflicts.empty() == (isContested || isMeeting))
-        Fuzz::same("a conflict where both edit one thing, and only there", textOf(expected), merged.text);
+        Fuzz::fail("a conflict where both edit one thing, and only there",
+                   shown(merged, baseText, oursText, theirsText));
     HOLD(merged.conflicts.empty() == swapped.conflicts.empty());
     if (!isMeeting)
         sameMeaning("both edits, ours where both edit one thing", textOf(expected), merged.text);
-    if (merged.conflicts.empty())
-        sameMeaning("the sides swapped", merged.text, swapped.text);
-    intact(merged.text);
-    const Merge taken = merge(baseText, oursText, theirsText, [](const QString&) { return Side::Theirs; });
+    intact(merged.text, oursText, theirsText);
+    const Prm::MergedProject taken =
+        Prm::mergeProjects(baseText, oursText, theirsText, [](const QString&) { return Prm::MergeSide::Theirs; });
     HOLD(taken.conflicts.empty());
-    intact(taken.text);
+    intact(taken.text, oursText, theirsText);
+    if (!isMeeting)
+        sameMeaning("the sides swapped, where the other one stands", taken.text, swapped.text);
+    if (oursText != baseText)
+        Fuzz::same("both alike", oursText, Prm::mergeProjects(baseText, oursText, oursText + '\n').text);
     // A line that says nothing is no edit.
     if (oursText != baseText)
-        Fuzz::same("ours alone", oursText, merge(baseText, oursText, baseText + '\n').text);
-    sameMeaning("theirs alone", theirsText, merge(baseText, baseText + '\n', theirsText).text);
+        Fuzz::same("ours alone", oursText, Prm::mergeProjects(baseText, oursText, baseText + '\n').text);
+    sameMeaning("theirs alone", theirsText, Prm::mergeProjects(baseText, baseText + '\n', theirsText).text);
 }
 
 void checkBytes(const QByteArray& base, const QByteArray& ours, const QByteArray& theirs) {
     try {
-        const Merge merged = merge(base, ours, theirs);
+        const Prm::MergedProject merged = Prm::mergeProjects(base, ours, theirs);
         const ProjectText read(merged.text);
         if (merged.conflicts.empty() && saySame(base, theirs))
             sameMeaning("ours alone", ours, merged.text);

@@ -8,10 +8,10 @@
 #include "prm/ParameterEdits.h"
 #include "prm/ParameterSet.h"
 #include "prm/ProjectFile.h"
+#include "prm/document/ParameterPatch.h"
+#include "prm/document/ProjectDiff.h"
 #include "tool/Checks.h"
 #include "tool/Project.h"
-#include "tool/ProjectDiff.h"
-#include "tool/edit/ParameterPatch.h"
 
 using namespace Tool;
 

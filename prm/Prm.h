@@ -197,4 +197,19 @@ class ChangedSince; // what has changed below a set since it was asked last
 struct ProjectFileFinding;
 class ProjectFile;
 
+// prm/GuessedSets.h
+// sets and parameters for a project text whose application is not there
+
+// prm/ProjectDiff.h
+struct ProjectDifference; // one thing that two project texts do not say alike
+
+// prm/ProjectMerge.h
+struct ProjectConflict; // one thing that both sides have changed
+struct MergedProject;
+
+// prm/Exchange.h
+struct ImportedText;
+struct ExportOptions;
+struct ExportedText; // a project text in another form
+
 } // namespace Prm

@@ -5,7 +5,7 @@ set -euo pipefail
 cd -- "$(dirname -- "$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")")"
 
 readarray -t documents < <(find . -maxdepth 1 -name '*.md' ! -name CHANGELOG.md -printf '%P\n'; find docs -maxdepth 1 -name '*.md' | sort)
-readarray -t sources < <(find prm host tool examples tests fuzz bench cmake dev CMakeLists.txt -regextype egrep -regex '.*\.(h|hpp|cpp|py|cmake|sh|txt|in)|dev' | sort)
+readarray -t sources < <(find prm host tool python examples tests fuzz bench cmake dev CMakeLists.txt -regextype egrep -regex '.*\.(h|hpp|cpp|py|pyi|cmake|sh|txt|in)|dev' | sort)
 words=$(mktemp)
 trap 'rm -f "$words"' EXIT
 

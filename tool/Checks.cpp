@@ -1,9 +1,9 @@
 #include "tool/Checks.h"
 
 #include "prm/Interpolation.h"
-#include "tool/FileParameter.h"
+#include "prm/document/FileParameter.h"
+#include "prm/document/Progress.h"
 #include "tool/Frames.h"
-#include "tool/Progress.h"
 
 #include <QLocale>
 
@@ -49,9 +49,10 @@ private:
     void checkHeader() {
         const quint32 version = m_text.version().streamVersion;
         if (!m_text.hasCompleteHeader())
-            add(0, "the header is missing or incomplete");
+            add(0, "the header is missing or incomplete; prm upgrade writes one");
         else if (version > Prm::StreamVersion::latest)
-            add(0, "written in version %1 of the format, newer than %2", version, Prm::StreamVersion::latest);
+            add(0, "written in version %1 of the format, newer than %2; a newer prm is needed", version,
+                Prm::StreamVersion::latest);
     }
 
     void checkLines() {
@@ -65,14 +66,15 @@ private:
                 continue;
             const auto [found, isNew] = first.try_emplace(m_text.findNode(m_text.reading(i).path), i);
             if (!isNew)
-                add(i, "the group is named again, first in line %1", found->second + 1);
+                add(i, "%1: the group is named again, first in line %2", toText(m_text.reading(i).path),
+                    found->second + 1);
         }
     }
 
     void checkName(int node) {
         const QString name = m_text.nameInGroup(node);
         if (name.contains('.'))
-            add(m_text.node(node).lines.front(), "the name '%1' has a dot", name);
+            add(m_text.node(node).lines.front(), "%1: the name '%2' has a dot", m_text.path(node), name);
     }
 
     void checkSettings(int node) {
@@ -81,9 +83,9 @@ private:
             const Key key = m_text.key(line);
             Prm::Extrapolation kind{};
             if (key == Key::Views && !(value.startsWith('[') && value.endsWith(']')))
-                add(line, "malformed list of views");
+                add(line, "%1: malformed list of views, which is written as [0, 1]", m_text.path(node));
             if ((key == Key::Before || key == Key::After) && !Prm::bStringToExtrapolationType(value, kind))
-                add(line, "unknown extrapolation '%1'", value);
+                add(line, "%1: unknown extrapolation '%2'; prm extrapolation sets one", m_text.path(node), value);
         }
     }
 
@@ -96,7 +98,7 @@ private:
             // A value for view 0 may be there with and without its prefix, and these mean different things.
             const auto [found, isNew] = first.try_emplace({key, m_text.reading(line).view.id()}, line);
             if (!isNew)
-                add(line, "'%1' is given again, first in line %2", m_text.path(node), found->second + 1);
+                add(line, "%1: given again, first in line %2", m_text.path(node), found->second + 1);
         }
     }
 
@@ -106,42 +108,44 @@ private:
     void checkKeyframes(int node) {
         const FileParameter parameter(m_text, node);
         for (const int line : parameter.refused())
-            add(line, "malformed keyframe");
+            add(line, "%1: malformed keyframe, which is written as Key( 10, 0.5, Linear )", parameter.path());
         FirstKeyframes first;
         for (const int line : m_text.node(node).lines) {
             const bool isRefused = std::binary_search(parameter.refused().begin(), parameter.refused().end(), line);
             if (m_text.key(line) == Key::Keyframe && !isRefused)
-                checkKeyframe(line, first);
+                checkKeyframe(parameter.path(), line, first);
         }
     }
 
-    void checkKeyframe(int line, FirstKeyframes& first) {
+    void checkKeyframe(const QString& path, int line, FirstKeyframes& first) {
         const std::string_view bytes = m_text.line(line);
         // Between its first and last comma, a declaration has a value. One comma alone is read as an empty one.
         const std::size_t start = bytes.find("Key(");
         if (bytes.find(',', start) == bytes.rfind(','))
-            add(line, "keyframe without a value");
+            add(line, "%1: keyframe without a value; prm set gives one", path);
         const QString written = toText(keyframeTimeText(bytes)).trimmed();
         bool isNumber = false;
         const double frame = written.toDouble(&isNumber);
         const float number = written.toFloat();
         const Prm::Time read = std::isinf(number) ? Prm::Time(Prm::Time::INVALID) : Prm::Time::fromFloat(number);
         if (!isNumber || !read.isValid())
-            add(line, "'%1' is not a time", written);
+            add(line, "%1: '%2' is not a time, which is a number of frames", path, written);
         if (!read.isValid())
             return;
         const double saved = writtenFrame(read);
         const QString shown = QString::number(saved, 'f', QLocale::FloatingPointShortest);
         if (isNumber && saved != frame)
-            add(line, "time %1 moves to %2 on saving", written, shown);
+            add(line, "%1: time %2 moves to %3 on saving, as times have six digits", path, written, shown);
         const Prm::View view = m_text.reading(line).view;
         const quint32 id = view.isValid() ? view.id() : Prm::View::defaultViewId();
         const auto [found, isNew] = first.try_emplace({id, saved}, line, read);
         if (isNew)
             return;
         const auto& [firstLine, firstTime] = found->second;
-        add(line, firstTime == read ? "a second keyframe at %1, as in line %2" : "merges on saving at %1 with line %2",
-            shown, firstLine + 1);
+        add(line,
+            firstTime == read ? "%1: a second keyframe at %2, as in line %3"
+                              : "%1: merges on saving at %2 with line %3",
+            path, shown, firstLine + 1);
     }
 
     /// Each parameter has one master at most, so that every walk ends in a circle or at a parameter without a master.
@@ -153,10 +157,12 @@ private:
             for (; node >= 0 && walkOf[static_cast<std::size_t>(node)] == 0; node = m_text.masterOf(node))
                 walkOf[static_cast<std::size_t>(node)] = start + 1;
             if (node >= 0 && walkOf[static_cast<std::size_t>(node)] == start + 1 && m_text.masterOf(node) >= 0)
-                add(m_text.node(node).masterLine, "'%1' follows itself in a circle", m_text.path(node));
+                add(m_text.node(node).masterLine, "%1: follows itself in a circle; delete one of its masters",
+                    m_text.path(node));
             const int line = m_text.node(start).masterLine;
             if (line >= 0 && m_text.masterOf(start) < 0)
-                add(line, "no parameter '%1' to follow", toText(textAfterEquals(m_text.line(line))));
+                add(line, "%1: no parameter '%2' to follow", m_text.path(start),
+                    toText(textAfterEquals(m_text.line(line))));
         }
     }
 

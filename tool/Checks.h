@@ -1,6 +1,7 @@
 #pragma once
 
-#include "tool/ProjectText.h"
+#include "prm/document/ProjectText.h"
+#include "tool/Problem.h"
 
 #include <vector>
 

@@ -4,8 +4,8 @@ namespace Tool {
 
 const std::vector<Command>& commands() {
     static const std::vector<Command> all{
-        {"import", "Makes project text of an animation.", importAnimation},
-        {"export", "Writes values as a table of comma-separated values.", exportProject},
+        {"import", "Makes project text of an animation or a table.", importAnimation},
+        {"export", "Writes an animation, a table of values or a style sheet.", exportProject},
         {"ls", "Shows the tree of groups and parameters.", listParameters},
         {"keys", "Lists the keyframes of parameters.", listKeyframes},
         {"eval", "Evaluates parameters at frames.", evaluate},

@@ -1,6 +1,6 @@
 #include "tool/Frames.h"
 
-#include "tool/Budget.h"
+#include "prm/document/Budget.h"
 #include "tool/Streams.h"
 
 #include <algorithm>
@@ -18,7 +18,7 @@ double readNumber(const QString& text) {
     bool isNumber = false;
     const double number = text.trimmed().toDouble(&isNumber);
     if (!isNumber || !std::isfinite(number) || !Prm::Time::fromDouble(number).isValid())
-        throw WrongUse("'%1' is not a frame", text);
+        throw WrongUse("'%1' is not a frame, a number such as 12.5", text);
     return number;
 }
 
@@ -57,15 +57,22 @@ QVector<Prm::Time> readFrames(const QString& text) {
 }
 
 QVector<Prm::Time> readTimesFile(const QString& file) {
-    const QString text = QString::fromUtf8(readInput(file)).simplified().replace(' ', ',');
-    const QStringList parts = text.split(',', Qt::SkipEmptyParts);
-    if (parts.isEmpty())
-        throw Problem("%1: has no frames", file);
-    try {
-        return readFrames(parts.join(','));
-    } catch (const WrongUse& problem) {
-        throw Problem("%1: %2", file, problem.text());
+    QVector<Prm::Time> times;
+    int number = 0;
+    Budget budget(Most::frames, "more than %1 frames");
+    for (const QString& line : QString::fromUtf8(readInput(file)).split('\n')) {
+        ++number;
+        const QString frames = line.simplified().replace(' ', ',');
+        try {
+            for (const QString& part : frames.split(',', Qt::SkipEmptyParts))
+                addFrames(times, part, budget);
+        } catch (const WrongUse& problem) {
+            throw Problem("%1:%2: %3", inputName(file), number, problem.text());
+        }
     }
+    if (times.isEmpty())
+        throw Problem("%1: has no frames", inputName(file));
+    return times;
 }
 
 std::pair<Prm::Time, Prm::Time> readRange(const QString& text) {
@@ -85,7 +92,7 @@ Prm::View readView(const QString& text) {
     bool isNumber = false;
     const Prm::View view(text.toUInt(&isNumber));
     if (!isNumber || !view.isValid())
-        throw WrongUse("'%1' is not a view", text);
+        throw WrongUse("'%1' is not a view, a number from 0", text);
     return view;
 }
 
@@ -106,7 +113,7 @@ double numberOption(const Arguments& arguments, const QString& option, double ot
     bool isNumber = false;
     const double number = arguments.value(option).toDouble(&isNumber);
     if (!isNumber || !std::isfinite(number))
-        throw WrongUse("--%1 needs a number", option);
+        throw WrongUse("--%1 %2: it is a number", option, arguments.value(option));
     return number;
 }
 
@@ -115,7 +122,7 @@ Prm::Time timeOption(const Arguments& arguments, const QString& option, Prm::Tim
         return otherwise;
     const Prm::Time time = Prm::Time::fromDouble(numberOption(arguments, option));
     if (!isFrame(time))
-        throw WrongUse("'%1' is not a frame", arguments.value(option));
+        throw WrongUse("--%1 %2: it is not a frame, which are at most 2147483645", option, arguments.value(option));
     return time;
 }
 

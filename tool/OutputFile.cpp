@@ -1,5 +1,6 @@
 #include "tool/OutputFile.h"
 
+#include "tool/Problem.h"
 #include "tool/Streams.h"
 
 #include <QFile>
@@ -25,7 +26,7 @@ HeldSignals::~HeldSignals() {
 
 OutputFile::OutputFile(const QString& name) : m_name(name), m_file(name) {
     if (name.isEmpty())
-        throw Problem("the file name is empty");
+        throw Problem("the name of the file to write is empty; - is standard output");
 }
 
 void OutputFile::write(const QByteArray& bytes) {

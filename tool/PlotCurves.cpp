@@ -1,5 +1,6 @@
 #include "tool/PlotCurves.h"
 
+#include "prm/ParameterWithoutType.h"
 #include "tool/Streams.h"
 
 #include <algorithm>
@@ -21,7 +22,8 @@ struct Source {
     /// Its own keyframes; what it shows may be another's.
     std::vector<FileKeyframe> keys;
     QVector<QVariant> keyValues;
-    Sampler sampler;
+    TypedParameter shown;
+    bool isGhost = false;
 };
 
 /// The end of a name says more than its beginning.
@@ -79,19 +81,25 @@ class Sampling {
 public:
     Sampling(const Source& source, const PlotRange& frames, int samples)
         : m_source(source), m_frames(frames), m_times(timesOf(source.keys, frames, samples)),
-          m_values(source.sampler(m_times, source.view)) {}
+          m_values(source.shown.sample(m_times, source.view)) {}
 
+    /// The first curve of a source that is no ghost is the first of a new parameter.
     void addTo(std::vector<PlotCurve>& curves, const QString& name) const {
         const int count = components(m_values.first()).size();
         const QStringList ends = count == 1 ? QStringList("") : QStringList{" x", " y"};
-        for (int i = 0; i < count; ++i)
+        const int last = curves.empty() ? -1 : curves.back().subject;
+        for (int i = 0; i < count; ++i) {
             curves.push_back(curve(name + ends[i], i));
+            curves.back().subject = last + 1 + i - (m_source.isGhost ? count : 0);
+            curves.back().isGhost = m_source.isGhost;
+        }
     }
 
 private:
     PlotCurve curve(const QString& name, int component) const {
         PlotCurve curve;
         curve.name = name;
+        curve.keyed = keyedFrames();
         for (int i = 0; i < m_times.size(); ++i)
             curve.points.append({m_times[i].toDouble(), components(m_values[i])[component]});
         const int count = static_cast<int>(m_source.keys.size());
@@ -104,6 +112,15 @@ private:
                            keyframe(i + 1, component));
         }
         return curve;
+    }
+
+    PlotRange keyedFrames() const {
+        const Prm::ParameterWithoutType& parameter = *m_source.shown.parameter;
+        const unsigned int count = parameter.keyframeCount(m_source.view);
+        if (count == 0)
+            return m_frames;
+        return {parameter.keyframeTime(0, m_source.view).time.toDouble(),
+                parameter.keyframeTime(count - 1, m_source.view).time.toDouble()};
     }
 
     QPointF keyframe(int index, int component) const {
@@ -151,36 +168,39 @@ PlotRange valuesOf(const std::vector<PlotCurve>& curves) {
     return least <= greatest ? withMargin(least, greatest) : PlotRange();
 }
 
-void addSources(std::vector<Source>& sources, Kinds& kinds, int node, const std::vector<Prm::View>& wanted) {
-    const FileParameter parameter = kinds.read(node);
+void addSources(std::vector<Source>& sources, Project& project, int node, const std::vector<Prm::View>& wanted) {
+    const FileParameter parameter = project.kinds().read(node);
     if (!parameter.kind()->canBeDrawn)
-        return tell("%1: not drawn, it has no numbers", parameter.path());
-    const Sampler sampler = kinds.shown(parameter).sample;
+        return tell("%1: not drawn, it has no numbers", project.place(parameter));
+    const TypedParameter shown = project.kinds().shown(parameter);
+    const std::size_t first = sources.size();
     FileViews views = parameter.views();
     for (const Prm::View view : wanted.empty() ? parameter.data().viewList() : wanted) {
-        Source source{parameter.path(), view, std::move(views[view.id()].keys), {}, sampler};
+        Source source{parameter.path(), view, std::move(views[view.id()].keys), {}, shown, sources.size() > first};
         for (const FileKeyframe& key : source.keys)
             source.keyValues.append(parameter.meaning(key.value));
         sources.push_back(std::move(source));
     }
 }
 
-std::vector<Source> sourcesOf(Kinds& kinds, const PlotRequest& request) {
+std::vector<Source> sourcesOf(Project& project, const PlotRequest& request) {
     std::vector<Source> sources;
     for (const int node : request.parameters) {
-        addSources(sources, kinds, node, request.views);
+        addSources(sources, project, node, request.views);
         if (sources.size() > Most::curves)
-            throw Problem("more than %1 curves", Most::curves);
+            throw Problem("%1: more than %2 curves; name fewer parameters or views", inputName(project.file()),
+                          Most::curves);
     }
     if (sources.empty())
-        throw Problem("there is nothing to draw");
+        throw Problem("%1: there is nothing to draw; prm ls shows which parameters have numbers",
+                      inputName(project.file()));
     return sources;
 }
 
 } // namespace
 
-Plot plotOf(Kinds& kinds, const PlotRequest& request) {
-    const std::vector<Source> sources = sourcesOf(kinds, request);
+Plot plotOf(Project& project, const PlotRequest& request) {
+    const std::vector<Source> sources = sourcesOf(project, request);
     const bool namesViews =
         std::any_of(sources.begin(), sources.end(), [](const Source& source) { return source.view != Prm::View(); });
     Plot plot;

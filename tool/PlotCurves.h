@@ -26,6 +26,13 @@ struct PlotCurve {
     QVector<QPointF> points;
     QVector<QPointF> keyframes;
     QVector<Handle> handles;
+    /// The frames from the first keyframe to the last of what is shown; outside of them, the line continues it. All
+    /// frames for a value without keyframes.
+    PlotRange keyed;
+    /// Counts parameters and their components: the views of one have the same.
+    int subject = 0;
+    /// Another view than the first one of the parameter.
+    bool isGhost = false;
 };
 
 struct Plot {
@@ -47,7 +54,7 @@ struct PlotRequest {
 
 /// Samples the curves. Parameters without numbers are left out, with a message; throws `Problem` when no curve is left,
 /// or too many.
-Plot plotOf(Kinds& kinds, const PlotRequest& request);
+Plot plotOf(Project& project, const PlotRequest& request);
 
 /// Whether a value can be drawn.
 bool isDrawable(double value);

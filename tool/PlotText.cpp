@@ -69,8 +69,12 @@ private:
         for (const PlotCurve::Handle& handle : curve.handles)
             m_canvas.addLine(dot(handle.keyframe), dot(handle.end), index, 3);
         for (int i = 1; i < curve.points.size(); ++i) {
-            if (isDrawable(curve.points[i - 1].y()) && isDrawable(curve.points[i].y()))
-                m_canvas.addLine(dot(curve.points[i - 1]), dot(curve.points[i]), index);
+            const QPointF from = curve.points[i - 1];
+            const QPointF to = curve.points[i];
+            const bool isExtrapolated = to.x() <= curve.keyed.first || from.x() >= curve.keyed.last;
+            const bool isGap = isExtrapolated && qRound(across(to.x())) % 4 < 2;
+            if (isDrawable(from.y()) && isDrawable(to.y()) && !isGap)
+                m_canvas.addLine(dot(from), dot(to), index);
         }
     }
 
@@ -106,7 +110,9 @@ private:
     QString coloured(QChar character, int curve) const {
         if (!m_size.hasColours || curve == BrailleCanvas::none)
             return character;
-        return message("\x1b[%1m%2\x1b[0m", colours[static_cast<std::size_t>(curve) % colours.size()], character);
+        const PlotCurve& drawn = m_plot.curves[static_cast<std::size_t>(curve)];
+        return message("\x1b[%1%2m%3\x1b[0m", drawn.isGhost ? "2;" : "",
+                       colours[static_cast<std::size_t>(drawn.subject) % colours.size()], character);
     }
 
     QString frameAxis() const {

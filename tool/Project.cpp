@@ -1,7 +1,10 @@
 #include "tool/Project.h"
 
-#include "tool/Progress.h"
+#include "prm/KeyframeClipboard.h"
+#include "tool/ProgressLine.h"
 #include "tool/Streams.h"
+
+#include <QFileInfo>
 
 #include <algorithm>
 
@@ -25,98 +28,59 @@ KindRules rulesOf(const Arguments& arguments) {
     return rules;
 }
 
-/// Whether some values are not of the kind that the user has given.
-bool isContradicted(Kind told, Kind written) {
-    if (!written || told == written || told == &ValueKind::text)
-        return false;
-    return told == &ValueKind::point || !written->isNumeric;
+/// A path as messages show it: not a megabyte of it.
+QString shownPath(const QString& path) {
+    constexpr int longest = 120;
+    return path.size() <= longest ? path : path.left(longest) + "...";
+}
+
+/// The same problem, with the place of a parameter instead of its path alone.
+Problem located(const Problem& problem, const QString& place, const QString& path) {
+    const QString text = problem.text();
+    if (text.startsWith(place.left(place.indexOf(':') + 1)))
+        return problem;
+    return Problem("%1: %2", place, text.startsWith(path + ": ") ? text.mid(path.size() + 2) : text);
+}
+
+/// Throws for a text that was given as a project and is none.
+void refuseUnlessProject(const ProjectText& text, const QByteArray& bytes, const QString& file) {
+    if (text.isProject())
+        return;
+    constexpr int beginning = 1000;
+    const QByteArray start = bytes.left(beginning).trimmed();
+    const bool isCopied = Prm::KeyframeClipboard::isClipboardText(QString::fromUtf8(start));
+    const char* const hint = isCopied                ? "; these are copied keyframes"
+                             : start.startsWith('{') ? "; prm import reads animations (JSON)"
+                             : bytes.isEmpty()       ? ", it is empty"
+                                                     : "";
+    throw Problem("%1: not a project text%2", inputName(file), hint);
 }
 
 } // namespace
 
-Kinds::Kinds(const ProjectText& text, KindRules rules)
-    : m_text(text), m_rules(std::move(rules)), m_guesses(static_cast<std::size_t>(text.nodeCount())) {}
-
-FileParameter Kinds::read(int node) {
-    FileParameter parameter(m_text, node);
-    parameter.setKind(m_rules.kindOf(parameter.path(), guess(parameter)));
-    return parameter;
+ProjectText readProject(const QString& file) {
+    const QByteArray bytes = readInput(file);
+    ProjectText text(bytes);
+    refuseUnlessProject(text, bytes, file);
+    return text;
 }
 
-Kind Kinds::guess(const FileParameter& parameter) {
-    const auto guess = [this](int node) -> Kind& { return m_guesses[static_cast<std::size_t>(node)]; };
-    const int start = parameter.node();
-    std::vector<int> followers;
-    int node = start;
-    for (; node >= 0 && !guess(node); node = m_text.masterOf(node)) {
-        guess(node) = node == start ? parameter.writtenKind() : FileParameter(m_text, node).writtenKind();
-        if (guess(node))
-            break;
-        // What stays when the masters form a circle.
-        guess(node) = &ValueKind::opaque;
-        followers.push_back(node);
-    }
-    for (const int follower : followers)
-        guess(follower) = node < 0 ? &ValueKind::opaque : guess(node);
-    return guess(start);
+QByteArray readProjectOrNothing(const QString& file) {
+    QByteArray bytes = readInput(file);
+    if (!bytes.isEmpty())
+        refuseUnlessProject(ProjectText(bytes), bytes, file);
+    return bytes;
 }
 
-std::vector<int> Kinds::masters(int node) const {
-    std::vector<int> chain{node};
-    for (int master = m_text.masterOf(node); master >= 0; master = m_text.masterOf(master)) {
-        if (std::find(chain.begin(), chain.end(), master) != chain.end())
-            break;
-        if (chain.size() > Most::masters)
-            throw Problem("%1: follows more than %2 others", m_text.path(node), Most::masters);
-        chain.push_back(master);
-    }
-    return chain;
+void tellNote(const Evaluability& found) {
+    if (!found.settledBy.isEmpty())
+        tell("%1; --type %2 settles it", found.note, found.settledBy);
+    else if (!found.note.isEmpty())
+        tell("%1", found.note);
 }
 
-TypedParameter Kinds::shown(const FileParameter& parameter) {
-    const Kind kind = parameter.kind();
-    const int last = masters(parameter.node()).back();
-    if (last == parameter.node())
-        return kind->typed(parameter);
-    TypedParameter& shown = m_lastMasters[{last, kind}];
-    if (!shown.sample)
-        shown = kind->typed(FileParameter(m_text, last));
-    return shown;
-}
-
-std::vector<std::shared_ptr<Prm::ParameterWithoutType>> Kinds::chain(const FileParameter& parameter) {
-    const TypedParameter last = shown(parameter);
-    if (!last.parameter)
-        return {};
-    const FileParameter withoutData({}, m_text.version());
-    std::vector<std::shared_ptr<Prm::ParameterWithoutType>> chain;
-    const std::vector<int> nodes = masters(parameter.node());
-    for (const int node : nodes) {
-        const auto next = node == nodes.back() ? last.parameter : parameter.kind()->typed(withoutData).parameter;
-        next->setObjectName(m_text.path(node));
-        if (!chain.empty())
-            next->bAddConstrainedParameter(chain.back().get());
-        chain.push_back(next);
-    }
-    return chain;
-}
-
-bool canBeEvaluated(const FileParameter& parameter) {
-    const QString& path = parameter.path();
-    const Kind kind = parameter.kind();
-    if (kind == &ValueKind::numberOrSwitch)
-        tell("%1: number or switch, read as a number; --type %1=switch settles it", path);
-    if (kind == &ValueKind::opaque)
-        tell("%1: cannot be evaluated, its values are of no known type", path);
-    else if (isContradicted(kind, parameter.writtenKind()))
-        tell("%1: some values are not of type %2, and are read as far as possible", path, kind->name);
-    else
-        return true;
-    return false;
-}
-
-void Project::declare(Arguments& arguments) {
-    arguments.positional("FILE", "A project text, - for standard input.")
+void Project::declare(Arguments& arguments, const char* syntax) {
+    arguments.positional("FILE", "A project text, - for standard input.", syntax)
         .option("type", "How the values of parameters are read: switch, number, point or text.", "PATTERN=TYPE")
         .option("types", "A file of such rules, one to a line.", "FILE");
 }
@@ -126,40 +90,139 @@ void Project::declareWithPatterns(Arguments& arguments, const char* syntax) {
     arguments.positional("PATTERN", "Paths of parameters or groups, or shell patterns.", syntax);
 }
 
-Project::Project(const Arguments& arguments)
-    : m_name(arguments.file()), m_text(m_name), m_kinds(m_text, rulesOf(arguments)) {}
+Project::Project(const Arguments& arguments) : Project(arguments.file(), rulesOf(arguments)) {}
+
+Project::Project(const QString& file, const KindRules& rules) : m_name(file), m_document(readProject(file), rules) {}
+
+QString Project::place(const FileParameter& parameter, int line) const {
+    if (line == FileValue::noLine)
+        return place(parameter.node());
+    return message("%1:%2: %3", inputName(m_name), line + 1, shownPath(parameter.path()));
+}
+
+QString Project::place(int node) const {
+    const std::vector<int>& lines = text().node(node).lines;
+    return message("%1:%2: %3", inputName(m_name), lines.empty() ? 1 : lines.front() + 1, shownPath(text().path(node)));
+}
+
+bool Project::canBeEvaluated(const FileParameter& parameter) const {
+    Evaluability found = evaluability(parameter);
+    if (!found.note.isEmpty())
+        found.note = place(parameter) + found.note.mid(parameter.path().size());
+    if (parameter.kind() == &ValueKind::opaque)
+        found.note += "; --type gives one";
+    tellNote(found);
+    return found.isGiven;
+}
 
 std::vector<int> Project::parameters(const QStringList& patterns) const {
-    std::vector<PathPattern> wanted;
-    for (const QString& pattern : patterns)
-        wanted.emplace_back(pattern);
-    std::vector<bool> isUsed(wanted.size());
-    std::vector<int> found;
-    for (int i = 0; i < m_text.nodeCount(); ++i) {
-        if (!m_text.node(i).isParameter())
-            continue;
-        const QString path = m_text.path(i);
-        bool isWanted = wanted.empty();
-        for (std::size_t p = 0; p < wanted.size(); ++p) {
-            if (wanted[p].matches(path))
-                isWanted = isUsed[p] = true;
-        }
-        if (isWanted)
-            found.push_back(i);
+    try {
+        return m_document.parameters(patterns, inputName(m_name) + ": ");
+    } catch (const Problem& problem) {
+        const bool areFiles =
+            std::any_of(patterns.begin(), patterns.end(), [](const QString& each) { return QFileInfo(each).isFile(); });
+        throw Problem("%1; %2", problem.text(), areFiles ? "several files come after --files" : "prm ls lists them");
     }
-    const auto unused = std::find(isUsed.begin(), isUsed.end(), false);
-    if (unused != isUsed.end())
-        throw Problem("%1: no parameter or group '%2'", m_name, patterns.at(static_cast<int>(unused - isUsed.begin())));
-    return found;
 }
 
 void Project::forEach(const std::vector<int>& nodes, const char* work,
                       const std::function<void(const FileParameter& parameter)>& visit) {
-    Progress progress(work, nodes.size());
-    for (const int node : nodes) {
-        progress.step();
-        visit(m_kinds.read(node));
+    m_document.forEach(nodes, work, [&](const FileParameter& parameter) {
+        try {
+            visit(parameter);
+        } catch (const WrongUse&) {
+            throw;
+        } catch (const Problem& problem) {
+            throw located(problem, place(parameter), parameter.path());
+        }
+    });
+}
+
+namespace {
+
+/// What came of several files.
+class Outcomes {
+public:
+    /// Returns the exit code for one of them.
+    int use(const QString& file, const KindRules& rules, const std::function<int(Project& project)>& use) {
+        m_total++;
+        m_isRead = false;
+        try {
+            Project project(file, rules);
+            m_isRead = true;
+            const int code = use(project);
+            (code == Fine ? m_fine : m_withFindings)++;
+            return code;
+        } catch (const std::bad_alloc&) {
+            tellError(message("%1: out of memory", inputName(file)));
+        } catch (const WrongUse&) {
+            throw;
+        } catch (const OutputProblem&) {
+            throw;
+        } catch (const Problem& problem) {
+            tellError(problem.text());
+        }
+        (m_isRead ? m_failed : m_unread)++;
+        return Unusable;
     }
+
+    /// "500 files: 498 fine, 1 with findings, 1 could not be read".
+    QString text() const {
+        QStringList parts;
+        for (const auto& [count, what] : {std::pair(m_fine, "fine"), std::pair(m_withFindings, "with findings"),
+                                          std::pair(m_unread, "could not be read"), std::pair(m_failed, "failed")}) {
+            if (count > 0)
+                parts.append(message("%1 %2", count, what));
+        }
+        return message("%1: %2", counted(m_total, "file"), parts.join(", "));
+    }
+
+private:
+    int m_total = 0;
+    int m_fine = 0;
+    int m_withFindings = 0;
+    int m_unread = 0;
+    int m_failed = 0;
+    /// Whether the present one could be read.
+    bool m_isRead = false;
+};
+
+} // namespace
+
+int forEachProject(const Arguments& arguments, const std::function<int(Project& project)>& use,
+                   const std::function<void()>& finish) {
+    const KindRules rules = rulesOf(arguments);
+    const QStringList files = arguments.files();
+    if (!arguments.hasSeveralFiles()) {
+        Project project(files.value(0), rules);
+        const int code = use(project);
+        finish();
+        return code;
+    }
+    Outcomes outcomes;
+    int worst = Fine;
+    for (int i = 0; i < files.size(); ++i) {
+        showFileInProgress(i + 1, files.size());
+        worst = std::max(worst, outcomes.use(files[i], rules, use));
+    }
+    hideProgress();
+    finish();
+    tell("%1", outcomes.text());
+    return worst;
+}
+
+int printTables(const Arguments& arguments, const std::function<std::pair<Table, int>(Project& project)>& tableOf) {
+    const TableForm form = arguments.tableForm();
+    Table all;
+    const auto use = [&](Project& project) {
+        auto [table, code] = tableOf(project);
+        if (arguments.hasSeveralFiles())
+            all.append(inputName(project.file()), table);
+        else
+            all = std::move(table);
+        return code;
+    };
+    return forEachProject(arguments, use, [&] { print(all.written(form)); });
 }
 
 } // namespace Tool

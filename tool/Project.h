@@ -1,62 +1,57 @@
 #pragma once
 
+#include "prm/document/Document.h"
 #include "tool/Arguments.h"
-#include "tool/FileParameter.h"
-#include "tool/PathPattern.h"
 
 namespace Tool {
 
-/// What the parameters of a text mean. Kinds are guessed, each from all values when it is first asked for; a parameter
-/// without values is of its master's kind.
-class Kinds {
-public:
-    explicit Kinds(const ProjectText& text, KindRules rules = {});
-    /// A parameter whose kind is settled: what the user says, otherwise a guess.
-    FileParameter read(int node);
-    /// What a parameter shows: what its masters show, which is what the last of them shows, read as a kind of its own.
-    /// A circle is left where it would close. Throws `Problem` for too long a chain.
-    TypedParameter shown(const FileParameter& parameter);
-    /// The node, its master and so on. A circle is left where it would close. Throws `Problem` for too long a chain.
-    std::vector<int> masters(int node) const;
-    /// The parameter and its masters, each tied to the next one, as parameters of the library's whose object names are
-    /// their paths. The last one has the data that all show. Empty where values are of no known type.
-    std::vector<std::shared_ptr<Prm::ParameterWithoutType>> chain(const FileParameter& parameter);
+/// Writes the note, if there is one, for the user.
+void tellNote(const Evaluability& found);
 
-private:
-    Kind guess(const FileParameter& parameter);
+/// The project text in a file, "-" for standard input. Throws `Problem` when it cannot be read, or is no project text.
+ProjectText readProject(const QString& file);
+/// The same as bytes, which may be empty, as version control systems give a file that is not there.
+QByteArray readProjectOrNothing(const QString& file);
 
-    const ProjectText& m_text;
-    KindRules m_rules;
-    std::vector<Kind> m_guesses;
-    /// Of the last masters, each read once for all that follow it.
-    std::map<std::pair<int, Kind>, TypedParameter> m_lastMasters;
-};
-
-/// Whether all values can be evaluated. Writes a message for the user: why not, or what else to know.
-bool canBeEvaluated(const FileParameter& parameter);
-
-/// What every command that reads a project starts from: the file, and the types that the user settles.
+/// What every command that reads a project starts from: the file, and the types that the user settles. Messages name a
+/// parameter as "file:line: path".
 class Project {
 public:
-    static void declare(Arguments& arguments);
+    static void declare(Arguments& arguments, const char* syntax = "");
     /// The same, for commands about the parameters that patterns name.
     static void declareWithPatterns(Arguments& arguments, const char* syntax = "PATTERN...");
     /// Reads what the arguments name. Throws `Problem`.
     explicit Project(const Arguments& arguments);
+    Project(const QString& file, const KindRules& rules);
 
-    const ProjectText& text() const { return m_text; }
-    Kinds& kinds() { return m_kinds; }
-    /// The parameters that the patterns name, in the order of the file; all of them without a pattern. Throws `Problem`
-    /// for a pattern that names nothing.
+    const QString& file() const { return m_name; }
+    Document& document() { return m_document; }
+    const ProjectText& text() const { return m_document.text; }
+    Kinds& kinds() { return m_document.kinds; }
+    /// The parameters that the patterns name (see `Document`).
     std::vector<int> parameters(const QStringList& patterns) const;
-    /// Reads some parameters one after the other. `work` is what the user sees when that takes long.
+    /// A parameter as messages name it; `line`, counted from 0, instead of its first one.
+    QString place(const FileParameter& parameter, int line = FileValue::noLine) const;
+    QString place(int node) const;
+    /// Whether all values can be evaluated. Writes a message for the user: why not, or what else to know.
+    bool canBeEvaluated(const FileParameter& parameter) const;
+    /// Reads some parameters one after the other. `work` is what the user sees when that takes long. A `Problem` that
+    /// is thrown there then names the place of the parameter.
     void forEach(const std::vector<int>& nodes, const char* work,
                  const std::function<void(const FileParameter& parameter)>& visit);
 
 private:
     QString m_name;
-    ProjectText m_text;
-    Kinds m_kinds;
+    Document m_document;
 };
+
+/// Uses each project that the command line names, and returns the exit code. Of several it goes on after one that
+/// cannot be used, calls `finish`, says what came of them, and returns the worst code.
+int forEachProject(
+    const Arguments& arguments, const std::function<int(Project& project)>& use,
+    const std::function<void()>& finish = [] {});
+
+/// The same, for commands that print a table of each project: those of several are one, with the names of the files.
+int printTables(const Arguments& arguments, const std::function<std::pair<Table, int>(Project& project)>& tableOf);
 
 } // namespace Tool

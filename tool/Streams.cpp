@@ -1,17 +1,31 @@
 #include "tool/Streams.h"
 
+#include "prm/document/ConflictMarkers.h"
+#include "prm/document/Progress.h"
 #include "tool/OutputFile.h"
-#include "tool/Progress.h"
+#include "tool/Problem.h"
+#include "tool/ProgressLine.h"
 
 #include <QFileInfo>
 
 #include <cstdio>
 #include <cstring>
+#include <unistd.h>
 #include <utility>
 
 namespace Tool {
 
 namespace {
+
+bool isQuiet = false;
+
+void writeLines(const QString& lines) {
+    hideProgress();
+    QByteArray text;
+    for (const QString& line : lines.split('\n'))
+        text += printable(line).toUtf8() + '\n';
+    std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stderr);
+}
 
 bool open(QFile& file) {
     return file.fileName().isEmpty() ? file.open(stdin, QIODevice::ReadOnly) : file.open(QIODevice::ReadOnly);
@@ -30,30 +44,6 @@ QByteArray readAll(QFile& file, const QString& name, qint64 most) {
     return text;
 }
 
-/// Seven or more of one sign at the beginning of a line, then a blank or its end.
-bool isConflictMarker(const char* line) {
-    constexpr std::size_t shortest = 7;
-    const char sign = *line;
-    if (sign != '<' && sign != '|' && sign != '=' && sign != '>')
-        return false;
-    const char run[] = {sign, '\0'};
-    const std::size_t length = std::strspn(line, run);
-    return length >= shortest && std::strchr(" \r\n", line[length]);
-}
-
-/// A version control system leaves both sides of a conflict in the file, between such lines. To read on would mix the
-/// sides, and keep the markers.
-void refuseConflicts(const QByteArray& text, const QString& name) {
-    int number = 1;
-    for (int start = text.startsWith("\xEF\xBB\xBF") ? 3 : 0; start < text.size(); ++number) {
-        if (isConflictMarker(text.constData() + start))
-            throw Problem("%1:%2: unresolved merge conflict, the line begins with '%3'", name, number,
-                          text.mid(start, 7));
-        const int feed = text.indexOf('\n', start);
-        start = feed < 0 ? text.size() : feed + 1;
-    }
-}
-
 } // namespace
 
 QString inputName(const QString& file) {
@@ -66,9 +56,9 @@ QByteArray readInput(const QString& name, qint64 most) {
     if (isStandard && std::exchange(isStandardRead, true))
         throw Problem("standard input can be read only once");
     if (name.isEmpty())
-        throw Problem("the file name is empty");
+        throw Problem("the name of the file to read is empty; - is standard input");
     if (!isStandard && QFileInfo(name).isDir())
-        throw Problem("%1: is a directory", name);
+        throw Problem("%1: is a directory; name the files in it", name);
     QFile file(isStandard ? QString() : name);
     if (!open(file))
         throw Problem("%1: %2", name, file.errorString());
@@ -78,10 +68,11 @@ QByteArray readInput(const QString& name, qint64 most) {
 }
 
 void print(const QByteArray& text) {
+    hideProgress();
     QFile out;
     const bool isWritten = out.open(stdout, QIODevice::WriteOnly) && out.write(text) == text.size() && out.flush();
     if (!isWritten)
-        throw Problem("standard output: %1", out.errorString());
+        throw OutputProblem("standard output: %1", out.errorString());
 }
 
 void writeOutput(const QString& name, const QByteArray& bytes) {
@@ -98,12 +89,29 @@ QString printable(QString text) {
     return text;
 }
 
+bool hasColours(std::FILE* stream) {
+    return isatty(fileno(stream)) == 1 && qEnvironmentVariableIsEmpty("NO_COLOR") && qgetenv("TERM") != "dumb";
+}
+
+void beQuiet() {
+    isQuiet = true;
+    Progress::setDisplay(nullptr);
+}
+
 void report(const QString& lines) {
-    Progress::hide();
-    QByteArray text;
-    for (const QString& line : lines.split('\n'))
-        text += printable(line).toUtf8() + '\n';
-    std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stderr);
+    if (!isQuiet)
+        writeLines(lines);
+}
+
+void tellError(const QString& text) {
+    hideProgress();
+    static const bool isColoured = hasColours(stderr);
+    if (isColoured)
+        std::fputs("\x1b[1;31m", stderr);
+    std::fputs("prm:", stderr);
+    if (isColoured)
+        std::fputs("\x1b[0m", stderr);
+    writeLines(' ' + text);
 }
 
 } // namespace Tool

@@ -8,6 +8,7 @@
 #include <QPointF>
 
 #include <algorithm>
+#include <cmath>
 
 namespace Tool {
 
@@ -16,54 +17,31 @@ namespace {
 /// Columns are not filled up beyond this, so that one long cell does not widen all rows.
 constexpr int widestColumn = 48;
 
-template <class T> QString valueText(const QVariant& value) {
-    QString text;
-    Prm::ValueType<T>::write(text, value.value<T>());
-    return text;
-}
-
 /// For people: a line break would end the row.
 QString shownText(const QVariant& value) {
     QString text = plainText(value);
     const bool isBroken = std::any_of(text.begin(), text.end(), [](QChar c) { return c < ' '; });
-    return isBroken ? valueText<QString>(text) : text;
+    if (!isBroken)
+        return text;
+    QString escaped;
+    Prm::ValueType<QString>::write(escaped, text);
+    return escaped;
 }
 
 } // namespace
 
-void appendCsv(QString& text, const QVariant& value) {
-    if (value.userType() == QMetaType::Double)
-        return Prm::ValueType<double>::write(text, value.toDouble());
-    QString cell = plainText(value);
-    const QString special = ",;\t\"\r\n";
-    if (std::any_of(cell.begin(), cell.end(), [&](QChar c) { return special.contains(c); }))
-        cell = '"' + cell.replace('"', "\"\"") + '"';
-    text += cell;
-}
-
 QJsonValue jsonValue(const QVariant& value) {
     if (value.userType() == QMetaType::QPointF)
-        return QJsonArray{value.toPointF().x(), value.toPointF().y()};
-    return QJsonValue::fromVariant(value);
-}
-
-QString plainText(const QVariant& value) {
-    switch (value.userType()) {
-    case QMetaType::Bool:
-        return valueText<bool>(value);
-    case QMetaType::Double:
-        return valueText<double>(value);
-    case QMetaType::QPointF:
-        return valueText<QPointF>(value);
-    case QMetaType::QVariantList: {
-        QStringList texts;
+        return QJsonArray{jsonValue(value.toPointF().x()), jsonValue(value.toPointF().y())};
+    if (value.userType() == QMetaType::Double && !std::isfinite(value.toDouble()))
+        return plainText(value);
+    if (value.userType() == QMetaType::QVariantList) {
+        QJsonArray parts;
         for (const QVariant& part : value.toList())
-            texts.append(plainText(part));
-        return texts.join(", ");
+            parts.append(jsonValue(part));
+        return parts;
     }
-    default:
-        return value.toString();
-    }
+    return QJsonValue::fromVariant(value);
 }
 
 void Table::add(const QVector<QVariant>& row) {
@@ -72,6 +50,29 @@ void Table::add(const QVector<QVariant>& row) {
             m_budget.spend(value.toString().size());
     }
     m_rows.push_back(row);
+}
+
+int Table::columnOf(const QString& heading) {
+    const auto found = m_columns.find(heading);
+    if (found != m_columns.end())
+        return *found;
+    m_headings.append(heading);
+    return *m_columns.insert(heading, m_headings.size() - 1);
+}
+
+void Table::append(const QString& file, const Table& other) {
+    if (m_headings.isEmpty())
+        m_headings.append("file");
+    QVector<int> columns;
+    for (const QString& heading : other.m_headings)
+        columns.append(columnOf(heading));
+    for (const QVector<QVariant>& row : other.m_rows) {
+        QVector<QVariant> wider(m_headings.size());
+        wider[0] = file;
+        for (int i = 0; i < row.size(); ++i)
+            wider[columns[i]] = row[i];
+        add(wider);
+    }
 }
 
 QByteArray Table::written(TableForm form) const {
@@ -87,6 +88,8 @@ QByteArray Table::written(TableForm form) const {
 }
 
 QByteArray Table::plain() const {
+    if (m_headings.isEmpty())
+        return {};
     std::vector<int> widths;
     for (const QString& heading : m_headings)
         widths.push_back(std::min(heading.size(), widestColumn));
@@ -111,12 +114,15 @@ QByteArray Table::plain() const {
 
 QByteArray Table::csv() const {
     QByteArray text;
+    if (m_headings.isEmpty())
+        return text;
     const auto addRow = [&](const auto& cells) {
         QString line;
         for (const auto& cell : cells) {
             line += line.isNull() ? "" : ",";
             appendCsv(line, cell);
         }
+        line += QString(m_headings.size() - cells.size(), ',');
         text += line.toUtf8() + '\n';
     };
     addRow(m_headings);

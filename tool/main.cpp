@@ -1,6 +1,8 @@
 #include "tool/Arguments.h"
 #include "tool/Commands.h"
+#include "tool/Completion.h"
 #include "tool/Problem.h"
+#include "tool/ProgressLine.h"
 #include "tool/Streams.h"
 
 #include <QCoreApplication>
@@ -24,7 +26,7 @@ QString help() {
 }
 
 template <class... Parts> int fail(const char* pattern, const Parts&... parts) {
-    tell(pattern, parts...);
+    tellError(message(pattern, parts...));
     return Unusable;
 }
 
@@ -51,6 +53,10 @@ int runFirst(const QStringList& words) {
         print(QByteArrayLiteral("prm " PRM_VERSION "\n"));
         return Fine;
     }
+    if (name == "complete") { // for the shell, in tool/shell/
+        completeCommandLine(words.mid(1));
+        return Fine;
+    }
     const auto& all = commands();
     const auto command = std::find_if(all.begin(), all.end(), [&](const Command& c) { return name == c.name; });
     if (command != all.end())
@@ -75,6 +81,7 @@ int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationVersion(PRM_VERSION);
+    showProgress();
     QStringList words;
     for (int i = 1; i < argc; ++i)
         words.append(QFile::decodeName(argv[i]));

@@ -4,6 +4,7 @@
 
 #include "prm/Parameter.h"
 #include "prm/parameter/differences.hpp"
+#include "prm/parameter/snapshot.hpp"
 #include "prm/track/Baking.h"
 #include "prm/track/KeyInsertion.h"
 #include "prm/track/ReshapedTrack.h"
@@ -33,7 +34,8 @@ public:
             }};
         return factory;
     }
-    explicit Reshaper(Parameter& parameter) : KeyframeReshaper(parameter), m_own(parameter) {}
+    explicit Reshaper(Parameter& parameter)
+        : KeyframeReshaper(parameter), m_own(parameter), m_stamp(Stamp::of(parameter)) {}
 
     std::vector<View> views() const override {
         std::vector<View> all;
@@ -47,8 +49,12 @@ public:
         }
         return all;
     }
-    std::vector<Time> formerTimes(const View& view) const override { return timesOf(view, &OfView::first); }
-    std::vector<Time> times(const View& view) const override { return timesOf(view, &OfView::now); }
+    std::vector<Time> formerTimes(const View& view) const override {
+        return timesOf(view, [](const OfView& one) { return one.first.keyframes; });
+    }
+    std::vector<Time> times(const View& view) const override {
+        return timesOf(view, [](const OfView& one) { return one.listWith(one.now); });
+    }
 
     const char* reshape(const View& view, const detail::Reshaping& how) override {
         if (!m_own.isKeyframed())
@@ -56,8 +62,11 @@ public:
         OfView* const one = ofView(view, how.givesData());
         if (!one)
             return nullptr;
+        const auto* const selected = one->changed.isNone() ? std::get_if<detail::SelectedKeyframes>(&how.act) : nullptr;
+        const Stretch changed = selected ? detail::stretchAround(*selected, one->first.keyframes) : Stretch::all();
+        Stretch now = one->widened(changed);
         detail::ReshapedTrack<T> track;
-        track.now = one->now;
+        track.now = {one->nowValue, now.keyframes};
         track.outside = m_own.outside();
         track.firstKind = m_own.defaultInterpolation();
         const bool isPlainClass = typeid(m_own) == typeid(Parameter);
@@ -71,15 +80,24 @@ public:
             return values;
         };
         const char* const refusal = std::visit([&](const auto& act) { return detail::reshape(track, act); }, how.act);
-        if (!refusal)
-            one->now = std::move(track.now);
+        if (!refusal) {
+            now.keyframes = std::move(track.now.keyframes);
+            one->setNow(std::move(now), track.now.staticValue, m_own.m_views.resolve(one->view));
+            one->changed = changed;
+        }
         return refusal;
     }
     void restart() override {
+        const bool wasUntouched = isUntouched();
+        m_stamp = Stamp::of(m_own);
         for (OfView& one : m_ofViews) {
             one.isNew = !m_own.m_views.findRealViewData(one.view);
-            one.present = m_own.m_views.resolve(one.view);
-            one.now = one.first;
+            if (!wasUntouched)
+                one.differs = Stretch::all();
+            Stretch beginning = one.differs;
+            beginning.fill(one.first.keyframes);
+            one.setNow(std::move(beginning), one.first.staticValue, m_own.m_views.resolve(one.view));
+            one.changed = Stretch::none();
         }
     }
     detail::Places places() const override {
@@ -93,8 +111,8 @@ public:
 
     void store() override {
         m_moved.clear();
-        m_difference.emplace(m_own);
         m_isAssigned = false;
+        noteFormer();
         const detail::LifeGuard guard(m_own);
         for (OfView& one : m_ofViews) {
             if (guard.alive() && one.changes())
@@ -103,27 +121,71 @@ public:
     }
     void announce() override {
         const detail::LifeGuard guard(m_own);
-        const std::optional<typename Differences::Assigned> difference = std::move(m_difference);
-        m_difference.reset();
-        if (std::exchange(m_isAssigned, false))
-            return ParameterChange::assigned(m_own, *difference);
+        const auto assigned = std::exchange(m_assigned, std::nullopt);
+        const auto around = std::exchange(m_around, std::nullopt);
+        if (std::exchange(m_isAssigned, false)) {
+            expectCount();
+            return around ? ParameterChange::assigned(m_own, *around) : ParameterChange::assigned(m_own, *assigned);
+        }
         for (Moved& moved : std::exchange(m_moved, {})) {
-            if (guard.alive())
-                ParameterChange::keyframeMoved(m_own, moved.indices, moved.view);
+            if (!guard.alive())
+                return;
+            expectCount();
+            ParameterChange::keyframeMoved(m_own, moved.indices, moved.view);
         }
     }
 
 private:
     using Track = detail::Track<T>;
+    using Stretch = detail::KeyframeStretch<T>;
 
+    /// What counts the changes of a parameter.
+    struct Stamp {
+        static Stamp of(const Parameter& parameter) { return {parameter.m_revision, parameter.m_changes}; }
+        bool operator==(const Stamp& other) const { return revision == other.revision && changes == other.changes; }
+
+        quint64 revision;
+        quint32 changes;
+    };
+
+    /// What a view had, has and gets. Outside of one stretch of times it has, and keeps, the keyframes of the
+    /// beginning: changing a few keyframes so costs the same in lists of any length.
     struct OfView {
-        bool changes() const { return isNew || !isSame(present, now); }
-        static bool isSame(const Track& a, const Track& b) {
-            return detail::sameKeyframes(a.keyframes, b.keyframes) && ValueType<T>::equal(a.staticValue, b.staticValue);
+        OfView(const View& of, bool isNewView, const Track& shown)
+            : view(of), isNew(isNewView), first(shown), presentValue(shown.staticValue), nowValue(shown.staticValue) {}
+
+        KeyframeVector listWith(const Stretch& stretch) const {
+            if (stretch.isWhole())
+                return stretch.keyframes;
+            KeyframeVector list = first.keyframes;
+            if (!stretch.isNone())
+                stretch.putBack(list);
+            return list;
+        }
+        /// What the view gets at present, in a stretch that holds another one as well.
+        Stretch widened(const Stretch& other) const {
+            if (now.isWhole())
+                return now;
+            Stretch wider{std::min(now.first, other.first), std::max(now.last, other.last), {}};
+            wider.fill(first.keyframes);
+            if (!now.isNone())
+                now.putBack(wider.keyframes);
+            return wider;
+        }
+        void setNow(Stretch stretch, const T& value, const Track& shown) {
+            now = std::move(stretch);
+            nowValue = value;
+            present = now;
+            present.fill(shown.keyframes);
+            presentValue = shown.staticValue;
+        }
+        bool changes() const {
+            return isNew || !ValueType<T>::equal(presentValue, nowValue) ||
+                   !detail::sameKeyframes(present.keyframes, now.keyframes);
         }
         /// Whether only times have changed.
         bool moves() const {
-            return !isNew && ValueType<T>::equal(present.staticValue, now.staticValue) &&
+            return !isNew && ValueType<T>::equal(presentValue, nowValue) &&
                    std::equal(present.keyframes.begin(), present.keyframes.end(), now.keyframes.begin(),
                               now.keyframes.end(), [](const KeyframeData<T>& a, const KeyframeData<T>& b) {
                                   return ValueType<T>::equal(a.value, b.value) &&
@@ -132,9 +194,10 @@ private:
         }
         QList<unsigned int> movedIndices() const {
             QList<unsigned int> moved;
+            const int begin = detail::lowerBound(first.keyframes, now.first);
             for (int i = 0; i < now.keyframes.size(); ++i) {
                 if (present.keyframes.at(i).time != now.keyframes.at(i).time)
-                    moved.append(static_cast<unsigned int>(i));
+                    moved.append(static_cast<unsigned int>(begin + i));
             }
             return moved;
         }
@@ -164,10 +227,16 @@ private:
 
         View view;
         /// Without data, so that storing makes some.
-        bool isNew = false;
+        bool isNew;
         Track first;
-        Track present;
-        Track now;
+        /// Where the view differs from the beginning, and where it will: without keyframes.
+        Stretch differs = Stretch::none();
+        Stretch changed = Stretch::none();
+        /// What a stretch that holds both has and gets, and the static values.
+        Stretch present = Stretch::none();
+        Stretch now = Stretch::none();
+        T presentValue;
+        T nowValue;
     };
     struct Moved {
         View view;
@@ -190,59 +259,89 @@ private:
         const bool hasData = m_own.m_views.findRealViewData(view) != nullptr;
         if (!hasData && !givesData)
             return nullptr;
-        const Track& shown = m_own.m_views.resolve(view);
-        m_ofViews.push_back({view, !hasData, shown, shown, shown});
+        m_ofViews.emplace_back(view, !hasData, m_own.m_views.resolve(view));
         return &m_ofViews.back();
     }
 
-    std::vector<Time> timesOf(const View& asked, Track OfView::*track) const {
+    template <class ListOf> std::vector<Time> timesOf(const View& asked, const ListOf& listOf) const {
         const View view = writtenView(asked);
         const auto found =
             std::find_if(m_ofViews.begin(), m_ofViews.end(), [&](auto& one) { return one.view == view; });
         const PVData* const data = m_own.m_views.findRealViewData(view);
         std::vector<Time> times;
-        const auto add = [&](const Track& of) {
-            for (const KeyframeData<T>& keyframe : of.keyframes)
-                times.push_back(keyframe.time);
-        };
-        if (found != m_ofViews.end())
-            add((*found).*track);
-        else if (data)
-            add(*data);
+        const KeyframeVector list = found != m_ofViews.end() ? listOf(*found)
+                                    : data                   ? data->keyframes
+                                                             : KeyframeVector();
+        for (const KeyframeData<T>& keyframe : list)
+            times.push_back(keyframe.time);
         return times;
+    }
+
+    /// What the parameter was before it is stored. Of stretches of long lists no more than these, because a list that
+    /// is shared has to be copied.
+    void noteFormer() {
+        const auto isLocal = [](const OfView& one) { return !one.isNew && !one.now.isWhole(); };
+        m_around.reset();
+        m_assigned.reset();
+        if (std::all_of(m_ofViews.begin(), m_ofViews.end(), isLocal)) {
+            const StateAround former(m_own, places());
+            if (former.isExact())
+                m_around.emplace(m_own, former);
+        }
+        if (!m_around)
+            m_assigned.emplace(m_own);
     }
 
     void store(OfView& one) {
         const bool moves = one.moves();
         const detail::LifeGuard guard(m_own);
+        const Track contents{one.nowValue, one.isNew ? one.listWith(one.now) : KeyframeVector()};
         PVData* const data =
-            one.isNew ? m_own.targetData(one.view, &one.now) : m_own.m_views.findRealViewData(one.view);
-        if (!guard.alive() || !data)
+            one.isNew ? m_own.targetData(one.view, &contents) : m_own.m_views.findRealViewData(one.view);
+        if (!guard.alive() || !data || !(one.isNew || isPresent(one, *data)))
             return;
-        const bool isPresent = data->keyframes.constData() == one.present.keyframes.constData();
-        if (!one.isNew && (!isPresent || data->keyframes.size() != one.present.keyframes.size()))
-            return;
+        const bool wasUntouched = isUntouched();
+        KeyframeVector whole = one.isNew ? contents.keyframes : one.now.keyframes;
         {
-            KeyframeVector keyframes = one.now.keyframes;
             LockedKeyframes lock(data);
-            data->staticValue = one.now.staticValue;
-            lock.swapKeyframes(keyframes);
+            if (one.isNew || one.now.isWhole()) {
+                lock.swapKeyframes(whole);
+            } else {
+                detail::makeRoom(lock.keyframes(), one.now.keyframes.size() - one.present.keyframes.size());
+                one.now.putBack(lock.keyframes());
+            }
+            data->staticValue = one.nowValue;
             ++m_own.m_revision;
             ++m_own.m_changes;
         }
+        if (wasUntouched)
+            m_stamp = Stamp::of(m_own);
         m_isAssigned = m_isAssigned || !moves;
         if (moves)
             m_moved.push_back({one.view, one.movedIndices()});
+        one.differs = one.changed;
         one.present = one.now;
+        one.presentValue = one.nowValue;
         one.isNew = false;
+    }
+    /// Whether nothing else has changed the parameter since this object read or stored it.
+    bool isUntouched() const { return m_stamp == Stamp::of(m_own); }
+    /// A change that is emitted counts as well.
+    void expectCount() { m_stamp.changes += isUntouched() ? 1 : 0; }
+    /// Whether the list is what was read.
+    bool isPresent(const OfView& one, const PVData& data) const {
+        return isUntouched() || detail::sameKeyframes(one.listWith(one.present), data.keyframes);
     }
 
     Parameter& m_own;
     std::vector<OfView> m_ofViews;
     // What is to be announced.
     std::vector<Moved> m_moved;
-    std::optional<typename Differences::Assigned> m_difference;
+    std::optional<typename Differences::Assigned> m_assigned;
+    std::optional<typename StateAround::PutBack> m_around;
     bool m_isAssigned = false;
+    /// After the last change that this object has made or read.
+    Stamp m_stamp;
 };
 
 } // namespace Prm

@@ -89,7 +89,7 @@ public:
             m_views.emplace_back(parameter, one.view);
             m_views.back().stretches = one.stretches;
             if (!one.hasData || !m_views.back().hasData)
-                m_views.back().stretches = {{detail::Place::earliest(), Time(Time::LAST), {}}};
+                m_views.back().stretches = {Stretch::all()};
             m_views.back().fill(parameter);
         }
     }
@@ -103,11 +103,13 @@ public:
         return boost::make_shared<StateAround>(dynamic_cast<const Parameter&>(parameter), *this);
     }
     bool isWhole() const { return m_whole != nullptr; }
+    /// Whether the difference to another state is known: not of a whole, nor with a custom extrapolation, which may
+    /// depend on all keyframes.
+    bool isExact() const { return !m_whole && std::max(m_settings.before, m_settings.after) < Extrapolation::Custom0; }
     /// Where the parameter's values are others now.
     detail::Reach differenceTo(const Parameter& now) const {
         const detail::Outside outside = now.outside();
-        const bool isCustom = std::max(outside.before, outside.after) >= Extrapolation::Custom0;
-        if (m_whole || isCustom || !(Settings(now) == m_settings))
+        if (!isExact() || !(Settings(now) == m_settings))
             return detail::everywhere();
         const detail::ViewRules rules{now.Parameter::splittable(), Differences::modeOf(now), now.m_views.viewList()};
         detail::Reach reach;

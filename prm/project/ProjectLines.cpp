@@ -110,4 +110,13 @@ QVector<ProjectLine> ProjectLines::takeSorted(const ProjectLine& last) {
     return sorted;
 }
 
+ProjectLine conflictMarkerIn(const QByteArray& text) {
+    for (ProjectLines lines(text); !lines.atEnd();) {
+        const ProjectLine line = lines.next();
+        if (line.isConflictMarker())
+            return line;
+    }
+    return {};
+}
+
 } // namespace Prm::detail

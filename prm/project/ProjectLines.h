@@ -1,5 +1,7 @@
 #pragma once
 
+#include "prm/Export.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QVector>
@@ -52,5 +54,8 @@ private:
     int m_position = 0;
     int m_number = 0;
 };
+
+/// The first line that is a marker of a conflict; without one, its number is 0.
+PRM_EXPORT ProjectLine conflictMarkerIn(const QByteArray& text);
 
 } // namespace Prm::detail

@@ -85,7 +85,10 @@ template <class T> IType shapeThrough(const T& from, const T& first, const T& se
     const double q = 27.0 * atSecond / square - 8.0;
     const double y1 = (2.0 * p - q) / 18.0;
     const double y2 = (2.0 * q - p) / 18.0;
-    if (!(square > 0.0 && std::abs(y1) <= farthest && std::abs(y2) <= farthest))
+    constexpr double third = 1.0 / 3.0;
+    constexpr double rounding = 1e-9;
+    const bool isCurve = square > 0.0 && std::abs(y1) <= farthest && std::abs(y2) <= farthest;
+    if (!isCurve || (std::abs(y1 - third) < rounding && std::abs(y2 - 2.0 * third) < rounding))
         return Interpolation::Linear;
     return {Interpolation::Bezier, 1.0 / 3.0, y1, 2.0 / 3.0, y2};
 }

@@ -34,10 +34,14 @@ template <class T> struct KeyframeStretch {
                 {}};
     }
 
+    static KeyframeStretch none() { return {Time(Time::LAST), Place::earliest(), {}}; }
+    static KeyframeStretch all() { return {Place::earliest(), Time(Time::LAST), {}}; }
+
+    bool isNone() const { return last < first; }
     bool isWhole() const { return first == Place::earliest() && last == Time::LAST; }
     void fill(const Keyframes& list) {
         const int begin = lowerBound(list, first);
-        keyframes = list.mid(begin, endOf(list, last) - begin);
+        keyframes = isNone() ? Keyframes() : list.mid(begin, endOf(list, last) - begin);
     }
 
     /// Whether the stretch of the list is the same.

@@ -113,7 +113,7 @@ private:
             return isUnusable;
         // Project text has times in single precision.
         constexpr auto farthest = static_cast<double>(std::numeric_limits<float>::max());
-        KeyframeStretch<T> stretch{Time(Time::LAST), Place::earliest(), {}};
+        KeyframeStretch<T> stretch = KeyframeStretch<T>::none();
         for (const Time time : *m_act.together) {
             if (positionAt(keyframes(), time) < 0)
                 continue;
@@ -123,7 +123,7 @@ private:
             stretch.first = std::min({stretch.first, time, target});
             stretch.last = std::max({stretch.last, time, target});
         }
-        if (stretch.last < stretch.first)
+        if (stretch.isNone())
             return nullptr;
         stretch.fill(keyframes());
         stretch.keyframes = retimed(
@@ -159,6 +159,25 @@ private:
     ReshapedTrack<T>& m_track;
     const SelectedKeyframes& m_act;
 };
+
+/// The times at which changing the selected keyframes of a list changes anything, and those of two more keyframes
+/// before and after, on which their handles depend.
+template <class T>
+KeyframeStretch<T> stretchAround(const SelectedKeyframes& act, const QVector<KeyframeData<T>>& list) {
+    const std::optional<Retiming>& retiming = act.change.retiming;
+    KeyframeStretch<T> stretch = KeyframeStretch<T>::none();
+    for (const Time time : *act.together) {
+        if (positionAt(list, time) < 0)
+            continue;
+        const Time target = retiming && retiming->isUsable() ? retiming->moved(time) : time;
+        stretch.first = std::min({stretch.first, time, target});
+        stretch.last = std::max({stretch.last, time, target});
+    }
+    constexpr int more = 2;
+    for (int i = 0; i < more && !stretch.isNone(); ++i)
+        stretch = KeyframeStretch<T>::around(list, {View(), stretch.first, stretch.last});
+    return stretch;
+}
 
 template <class T> const char* reshape(ReshapedTrack<T>& track, const SelectedKeyframes& act) {
     return SelectionShaper<T>(track, act).shape();

@@ -102,13 +102,14 @@ TEST(Selection, OfAPartTakesTheKeyframesThatAreKeyedTogether) {
 TEST(Selection, IsDraggedFromTheBeginning) {
     std::mt19937 random(5);
     const auto below = [&](int count) { return static_cast<int>(random() % static_cast<unsigned>(count)); };
-    for (int round = 0; round < 80; ++round) {
-        Exhibits world;
+    for (int round = 0; round < 120; ++round) {
+        Exhibits world(70 * below(2));
         P& own = *world.parameter(static_cast<Who>(below(world.parameterCount)));
         P& other = *world.parameter(static_cast<Who>(below(world.parameterCount)));
         KeyframeSelection selection;
         selection.add(own, {below(12) - 1., 11, true, below(2) != 0});
-        selection.add(other);
+        if (below(2) == 0)
+            selection.add(other);
         const std::string before = world.state();
         InteractiveKeyframeEdit drag(selection);
         KeyframeChange last;
@@ -118,6 +119,8 @@ TEST(Selection, IsDraggedFromTheBeginning) {
                 change = KeyframeChange::retimed(Retiming::scaled(below(5) / 2., Time::fromInt(below(9))));
             if (below(4) == 0)
                 change.parts = Easing::find("bounce-out")->parts;
+            if (below(4) == 0)
+                change.handles = below(2) == 0 ? HandleChange::automatic() : HandleChange::flat();
             change.deletes = below(8) == 0;
             if (below(3) == 0)
                 change.valueShift = {below(9) - 4., 1.};

@@ -2,13 +2,13 @@
 
 #include "prm/ParameterSet.h"
 #include "prm/ProjectFile.h"
+#include "prm/exchange/AnimationImport.h"
 #include "prm/project/Invariants.h"
 #include "tests/support/Allocations.h"
-#include "tool/import/AnimationImport.h"
 
 #include <gtest/gtest.h>
 
-using namespace Tool;
+using namespace Prm::document;
 
 namespace {
 

@@ -10,7 +10,7 @@ cd "$work"
 prm() { "$program" "$@"; }
 
 # [editing]
-prm bake swing.prm swing --curves --in-place
+prm bake swing.prm swing --in-place
 prm simplify swing.prm swing.simplified --error 0.1 --in-place
 prm plot swing.prm swing --width 640 --height 240 -o editing.svg
 # [editing]

@@ -29,12 +29,23 @@ opacity() {
 }
 # A commit of a project text, with an edit of it.
 commit() { sed "$1" scene.prm >../edited && cp ../edited scene.prm && git commit -qam "$2"; }
-manual() { "$scripts/manual.sh" "$program" 1.2.3; }
-# What the shell offers for the last of some words.
+manual() { "$scripts/manual.sh" "$program" 1.2.3 "$work/man"; }
+lint() { if command -v groff >/dev/null; then groff -man -ww -z -Tutf8 "$@"; fi; }
+# What the shell offers after the beginning of a command line. It parts words as bash does.
 offers() {
-    COMP_WORDS=("$program" "$@") COMP_CWORD=$# COMPREPLY=()
+    COMP_LINE="prm $1" COMP_POINT=$((${#1} + 4)) COMPREPLY=()
+    readarray -t COMP_WORDS < <(grep -oE '[^ =:]+|[=:]+' <<<"$COMP_LINE")
+    if [[ $COMP_LINE == *' ' ]]; then COMP_WORDS+=(''); fi
+    COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
     _prm
-    printf '%s\n' "${COMPREPLY[@]}"
+    if ((${#COMPREPLY[@]})); then printf '%s\n' "${COMPREPLY[@]}"; fi
+}
+compopt() { echo "($*)"; }
+# The words that an interactive bash makes of typed keys.
+typed() {
+    printf 'source %q; show() { printf "<%%s>" "$@" >words; }\n%b\001show \nexit\n' "$scripts/prm.bash" "$1" |
+        timeout 20 script -qec 'bash --norc --noprofile -i' /dev/null >/dev/null
+    cat words && echo && rm words
 }
 
 replay() {

@@ -20,19 +20,19 @@ a.ease.keyframes.append( Key( 36, 2, Linear ) )
 a.ease.keyframes.append( BezierKey( 40, 2, 0.3, 2, 0.6, -1 ) )
 a.ease.keyframes.append( BezierKey( 48, 2, 1, 0, 0, 1 ) )
 a.ease.keyframes.append( Key( 60, 100, Linear ) )
-a.late.keyframes.append( BezierKey( 24, 1, 0, 0.7, 0.2, 1 ) )
-a.late.keyframes.append( Key( 49.5, 0, Linear ) )
+none.keyframes.append( BezierKey( 24, 1, 0, 0.7, 0.2, 1 ) )
+none.keyframes.append( Key( 49.5, 0, Linear ) )
 END
 "$program" export curves.prm -o curves.css --fps 24
 frames=$(seq -s, 0.61 1.2 59.5)
-"$program" eval curves.prm a --frames "$frames" --csv >expected.csv
+"$program" eval curves.prm a none --frames "$frames" --csv >expected.csv
 
 cat >page.html <<END
-<link rel="stylesheet" href="curves.css"><p class="a-ease"></p><p class="a-late"></p><pre></pre>
+<link rel="stylesheet" href="curves.css"><p class="a-ease"></p><p class="_none"></p><pre></pre>
 <script>
 onload = () => {
     const rows = [$frames].map(frame => {
-        const values = ["a-ease", "a-late"].map(name => {
+        const values = ["a-ease", "_none"].map(name => {
             const element = document.querySelector("." + name);
             const [animation] = element.getAnimations();
             animation.pause();

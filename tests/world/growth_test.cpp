@@ -87,6 +87,16 @@ void move(Project& project, int size) {
     project.finish(new ParameterRetimeEdit(number, Retiming::shifted(size * 0.75).between(Time(), at(size / 2.).time)));
 }
 
+/// Of three keyframes: what is shown costs what it changes.
+void drag(Project& project, int size) {
+    Number& number = project.addKeyed(size);
+    KeyframeSelection selection;
+    selection.add(number, View(), {size / 2. - 1, size / 2. + 1, true, true});
+    InteractiveKeyframeEdit drag(selection);
+    for (int i = 0; i < size; ++i)
+        drag.preview(KeyframeChange::moved(i % 7 + 0.5, {i + 1.}));
+}
+
 void editViews(Project& project, int size) {
     Number& number = project.addKeyed(0);
     for (int view = 0; view < size; ++view)
@@ -119,6 +129,7 @@ const Row rows[] = {
     {"keyframes of a compound", keyCompound, 250},
     {"undo steps", edit, 1000},
     {"moves on a long list", move, 500},
+    {"previews on a long list", drag, 500},
     {"views edited and deleted", editViews, 250},
     {"edits of a part", editPart, 250},
 };

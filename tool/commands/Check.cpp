@@ -1,51 +1,49 @@
-#include "tool/Arguments.h"
 #include "tool/Checks.h"
 #include "tool/Commands.h"
+#include "tool/Project.h"
 #include "tool/Streams.h"
-
-#include <algorithm>
 
 namespace Tool {
 
 namespace {
 
-/// None, and an exit code, for a file that cannot be used: the others are checked all the same.
-std::vector<Finding> findingsOf(const QString& file, int& exitCode) {
-    try {
-        std::vector<Finding> findings = findingsIn(ProjectText(file));
-        exitCode = std::max<int>(exitCode, findings.empty() ? Fine : Findings);
-        return findings;
-    } catch (const Problem& problem) {
-        tell("%1", problem.text());
-        exitCode = Unusable;
-        return {};
+constexpr const char* bold = "\x1b[1m";
+constexpr const char* plain = "\x1b[0m";
+
+/// As compilers write it.
+QByteArray textOf(const QString& file, const std::vector<Finding>& findings) {
+    static const bool isColoured = hasColours(stdout);
+    QString text;
+    for (const Finding& finding : findings) {
+        const QString place = message("%1:%2:", printable(file), finding.line + 1);
+        text += message("%1 %2\n", isColoured ? bold + place + plain : place, printable(finding.message));
     }
+    return text.toUtf8();
 }
 
 } // namespace
 
 int check(Arguments& arguments) {
     arguments.positional("FILE", "Project texts, - for standard input.", "FILE...")
+        .severalFiles()
         .tableOptions()
         .example("prm check project.prm");
     if (!arguments.read())
         return Fine;
     const TableForm form = arguments.tableForm();
     Table table({"file", "line", "finding"});
-    int exitCode = Fine;
-    for (const QString& file : arguments.rest()) {
-        QString text;
-        for (const Finding& finding : findingsOf(file, exitCode)) {
-            if (form == TableForm::Plain) // As compilers write it.
-                text += message("%1:%2: %3\n", file, finding.line + 1, finding.message);
-            else
-                table.add({file, finding.line + 1, finding.message});
-        }
-        print(text.toUtf8());
-    }
-    if (form != TableForm::Plain)
-        print(table.written(form));
-    return exitCode;
+    const auto use = [&](const Project& project) {
+        const std::vector<Finding> findings = findingsIn(project.text());
+        if (form == TableForm::Plain)
+            print(textOf(project.file(), findings));
+        for (const Finding& finding : form == TableForm::Plain ? std::vector<Finding>() : findings)
+            table.add({project.file(), finding.line + 1, finding.message});
+        return findings.empty() ? Fine : Findings;
+    };
+    return forEachProject(arguments, use, [&] {
+        if (form != TableForm::Plain)
+            print(table.written(form));
+    });
 }
 
 } // namespace Tool

@@ -35,16 +35,20 @@ double errorOption(const Arguments& arguments) {
     return error;
 }
 
+QStringList easingNames() {
+    QStringList names;
+    for (const Prm::Easing& preset : Prm::Easing::presets())
+        names.append(preset.name);
+    return names;
+}
+
 Prm::Easing easingOf(const Arguments& arguments) {
     const QString name = arguments.value("as");
     if (const Prm::Easing* const preset = Prm::Easing::find(name))
         return *preset;
-    QStringList names;
-    for (const Prm::Easing& preset : Prm::Easing::presets())
-        names.append(preset.name);
     const QString problem =
         name.isEmpty() ? QStringLiteral("--as is needed") : message("no easing is named '%1'", name);
-    throw WrongUse("%1; there are %2", problem, names.join(QLatin1String(", ")));
+    throw WrongUse("%1; there are %2", problem, easingNames().join(QLatin1String(", ")));
 }
 
 } // namespace
@@ -87,13 +91,13 @@ int simplify(Arguments& arguments) {
 int bake(Arguments& arguments) {
     Project::declareWithPatterns(arguments);
     arguments.option("step", "The frames between two keyframes, 1 unless given.", "FRAMES")
-        .option("curves", "Makes curves between the keyframes, not straight lines.");
+        .option("linear", "Makes straight segments, not curves.");
     declareSpan(arguments);
     arguments.example("prm bake project.prm blur.size --from 0 --to 100 -o baked.prm");
     if (!arguments.read())
         return Fine;
     using Bake = Prm::ParameterBakeEdit;
-    const auto curves = arguments.has("curves") ? Bake::Bezier : Bake::Linear;
+    const auto curves = arguments.has("linear") ? Bake::Linear : Bake::Bezier;
     const double step = positiveOption(arguments, "step", 1.0);
     const auto make = [=](Prm::ParameterWithoutType& parameter, const Prm::KeyframeSpan& span) {
         const bool isAnimated = !parameter.allKeyframes().isEmpty();
@@ -119,7 +123,7 @@ int smoothen(Arguments& arguments) {
 
 int ease(Arguments& arguments) {
     Project::declareWithPatterns(arguments);
-    arguments.option("as", "The name of the easing, such as ease-in-out or bounce-out.", "NAME");
+    arguments.option("as", "The name of the easing, such as ease-in-out or bounce-out.", "NAME", easingNames());
     declareSpan(arguments);
     arguments.example("prm ease project.prm blur.size --as sine-in-out --in-place");
     if (!arguments.read())

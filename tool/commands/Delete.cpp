@@ -41,8 +41,8 @@ int deleteKeyframes(Arguments& arguments) {
     Prm::KeyframeSpan span = spanOption(arguments);
     if (arguments.has("at"))
         span.first = span.last = timeOption(arguments, "at");
-    const auto edit = [&](const FileParameter& parameter) {
-        hasKeyframes(arguments, parameter, span);
+    const auto edit = [&](const Project& project, const FileParameter& parameter) {
+        hasKeyframes(arguments, project, parameter, span);
         for (const Prm::View view : std::vector<Prm::View>(parameter.data().viewList())) {
             if (!span.view.isValid() || view == span.view)
                 deleteSpan(parameter.data(), span, view);

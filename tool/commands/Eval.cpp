@@ -12,30 +12,17 @@ QVector<Prm::Time> timesOf(const Arguments& arguments) {
                                                         : readTimesFile(arguments.value("times-from"));
 }
 
-} // namespace
-
-int evaluate(Arguments& arguments) {
-    Project::declareWithPatterns(arguments);
-    arguments.option("frames", "A..B, A..BxSTEP or single frames, separated by commas.", "FRAMES")
-        .option("times-from", "Reads the frames from a file.", "FILE")
-        .option("view", "The view to look at, 0 unless given.", "N")
-        .tableOptions()
-        .example("prm eval project.prm blur.size --frames 0..100x5 --view 1");
-    if (!arguments.read())
-        return Fine;
-    const TableForm form = arguments.tableForm();
-    const QVector<Prm::Time> times = timesOf(arguments);
-    const Prm::View view = viewOption(arguments);
-    Project project(arguments);
-    const std::vector<int> nodes = project.parameters(arguments.patterns());
-    Budget(Most::values, "more than %1 values").spend(times.size() * static_cast<qint64>(nodes.size()));
-
+std::pair<Table, int> valuesOf(Project& project, const QStringList& patterns, const QVector<Prm::Time>& times,
+                               Prm::View view) {
+    const std::vector<int> nodes = project.parameters(patterns);
+    Budget(Most::values, "more than %1 values; name fewer parameters or frames")
+        .spend(times.size() * static_cast<qint64>(nodes.size()), inputName(project.file()));
     QStringList headings("frame");
     std::vector<QVector<QVariant>> columns;
     bool isComplete = true;
     project.forEach(nodes, "evaluating", [&](const FileParameter& parameter) {
         headings.append(parameter.path());
-        isComplete = canBeEvaluated(parameter) && isComplete;
+        isComplete = project.canBeEvaluated(parameter) && isComplete;
         columns.push_back(project.kinds().shown(parameter).sample(times, view));
     });
     Table table(headings);
@@ -45,8 +32,25 @@ int evaluate(Arguments& arguments) {
             row.append(values[i]);
         table.add(row);
     }
-    print(table.written(form));
-    return isComplete ? Fine : Findings;
+    return {std::move(table), isComplete ? Fine : Findings};
+}
+
+} // namespace
+
+int evaluate(Arguments& arguments) {
+    Project::declareWithPatterns(arguments);
+    arguments.option("frames", "A..B, A..BxSTEP or single frames, separated by commas.", "FRAMES")
+        .option("times-from", "Reads the frames from a file.", "FILE")
+        .option("view", "The view to look at, 0 unless given.", "N")
+        .severalFiles()
+        .tableOptions()
+        .example("prm eval project.prm blur.size --frames 0..100x5 --view 1");
+    if (!arguments.read())
+        return Fine;
+    const QVector<Prm::Time> times = timesOf(arguments);
+    const Prm::View view = viewOption(arguments);
+    return printTables(arguments,
+                       [&](Project& project) { return valuesOf(project, arguments.patterns(), times, view); });
 }
 
 } // namespace Tool

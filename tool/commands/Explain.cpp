@@ -42,20 +42,20 @@ QString stepName(const Explanation::Step& step) {
 }
 
 QJsonObject keyframeObject(const Explanation::Keyframe& keyframe) {
-    return {{"frame", keyframe.time.toDouble()}, {"value", jsonValue(keyframe.value)}};
+    return {{"frame", jsonValue(keyframe.time.toDouble())}, {"value", jsonValue(keyframe.value)}};
 }
 
 void addSegment(QJsonObject& object, const Explanation::Step& step) {
     const Prm::IType& shape = step.from->interpolationData;
     object["kind"] = kindText(shape.interpolation);
-    object["timePart"] = step.timePart;
-    object["changePart"] = step.changePart;
+    object["timePart"] = jsonValue(step.timePart);
+    object["changePart"] = jsonValue(step.changePart);
     if (shape.interpolation != Prm::Interpolation::Bezier)
         return;
     const std::pair<const char*, double> numbers[] = {
         {"x1", shape.x1}, {"y1", shape.y1}, {"x2", shape.x2}, {"y2", shape.y2}};
     for (const auto& [name, number] : numbers)
-        object[QLatin1String(name)] = number;
+        object[QLatin1String(name)] = jsonValue(number);
 }
 
 QJsonObject stepObject(const Explanation::Step& step) {
@@ -72,33 +72,69 @@ QJsonObject stepObject(const Explanation::Step& step) {
         addSegment(object, step);
     if (step.kind == Explanation::Before || step.kind == Explanation::After) {
         object["kind"] = kindText(step.extrapolation);
-        object["slope"] = step.slope;
+        object["slope"] = jsonValue(step.slope);
     }
     return object;
 }
 
-QByteArray jsonOf(const Explanation& explanation) {
+QByteArray jsonOf(const Explanation& explanation, const QString& file) {
     QJsonArray steps;
     for (const Explanation::Step& step : explanation.steps)
         steps.append(stepObject(step));
-    const QJsonObject object{{"path", explanation.parameter->objectName()},
-                             {"frame", explanation.context.time.toDouble()},
-                             {"view", static_cast<double>(explanation.context.view.id())},
-                             {"value", jsonValue(explanation.value)},
-                             {"steps", steps}};
+    QJsonObject object{{"path", explanation.parameter->objectName()},
+                       {"frame", explanation.context.time.toDouble()},
+                       {"view", static_cast<double>(explanation.context.view.id())},
+                       {"value", jsonValue(explanation.value)},
+                       {"steps", steps}};
+    if (!file.isEmpty())
+        object["file"] = file;
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
 /// Says why a master that the file names has no effect.
-void tellOfMaster(const ProjectText& text, int node) {
+void tellOfMaster(const Project& project, int node) {
+    const ProjectText& text = project.text();
     const int line = text.node(node).masterLine;
     if (line < 0)
         return;
     const QString name = toText(textAfterEquals(text.line(line)));
     const bool isMissing = text.masterOf(node) < 0;
-    tell(isMissing ? "%1: no parameter '%2' to follow" : "%1: follows '%2', which closes a circle", text.path(node),
-         name);
+    tell(isMissing ? "%1: no parameter '%2' to follow" : "%1: follows '%2', which closes a circle",
+         project.place(FileParameter(text, node), line), name);
 }
+
+/// The explanations of all files.
+class Explaining {
+public:
+    Explaining(bool isJson, bool namesFiles) : m_isJson(isJson), m_namesFiles(namesFiles) {}
+
+    void add(Project& project, const FileParameter& parameter, const Prm::Context& at) {
+        const auto chain = project.kinds().chain(parameter);
+        if (chain.empty())
+            return;
+        tellOfMaster(project, project.kinds().masters(parameter.node()).back());
+        const Explanation explanation = Prm::explain(*chain.front(), at);
+        const QString file = m_namesFiles ? inputName(project.file()) : QString();
+        const QByteArray one = m_isJson ? jsonOf(explanation, file) : linesOf(explanation, file);
+        m_budget.spend(one.size());
+        m_text += (m_isJson ? m_text.isEmpty() ? "\n" : ",\n" : "") + one;
+    }
+
+    QByteArray written() const { return m_isJson ? "[" + m_text + "\n]\n" : m_text; }
+
+private:
+    static QByteArray linesOf(const Explanation& explanation, const QString& file) {
+        QByteArray text;
+        for (const QString& line : explanation.toString(nameOf).split('\n'))
+            text += (file.isEmpty() ? line : printable(file) + ": " + line).toUtf8() + '\n';
+        return text;
+    }
+
+    const bool m_isJson;
+    const bool m_namesFiles;
+    TextBudget m_budget;
+    QByteArray m_text;
+};
 
 } // namespace
 
@@ -106,29 +142,25 @@ int explain(Arguments& arguments) {
     Project::declareWithPatterns(arguments);
     arguments.option("frame", "The frame to look at, 0 unless given.", "FRAME")
         .option("view", "The view to look at, 0 unless given.", "N")
-        .option("json", "Writes JSON.")
+        .option("json", "Writes JSON. Numbers that it does not have are \"inf\", \"-inf\" and \"nan\".")
+        .severalFiles()
         .example("prm explain project.prm blur.size --frame 12 --view 1");
     if (!arguments.read())
         return Fine;
     const Prm::Context at(timeOption(arguments, "frame"), viewOption(arguments));
-    const bool asJson = arguments.has("json");
-    Project project(arguments);
-    TextBudget budget;
-    QByteArray text;
-    bool isComplete = true;
-    project.forEach(project.parameters(arguments.patterns()), "explaining", [&](const FileParameter& parameter) {
-        isComplete = canBeEvaluated(parameter) && isComplete;
-        const auto chain = project.kinds().chain(parameter);
-        if (chain.empty())
-            return;
-        tellOfMaster(project.text(), project.kinds().masters(parameter.node()).back());
-        const Explanation explanation = Prm::explain(*chain.front(), at);
-        const QByteArray one = asJson ? jsonOf(explanation) : explanation.toString(nameOf).toUtf8();
-        budget.spend(one.size());
-        text += (asJson ? text.isEmpty() ? "\n" : ",\n" : "") + one + (asJson ? "" : "\n");
-    });
-    print(asJson ? "[" + text + "\n]\n" : text);
-    return isComplete ? Fine : Findings;
+    Explaining explaining(arguments.has("json"), arguments.hasSeveralFiles());
+    return forEachProject(
+        arguments,
+        [&](Project& project) {
+            bool isComplete = true;
+            project.forEach(project.parameters(arguments.patterns()), "explaining",
+                            [&](const FileParameter& parameter) {
+                                isComplete = project.canBeEvaluated(parameter) && isComplete;
+                                explaining.add(project, parameter, at);
+                            });
+            return isComplete ? Fine : Findings;
+        },
+        [&] { print(explaining.written()); });
 }
 
 } // namespace Tool

@@ -20,7 +20,7 @@ Prm::Extrapolation kindNamed(const QString& name, const char* option) {
         if (kindText(kind).compare(name, Qt::CaseInsensitive) == 0)
             return kind;
     }
-    throw WrongUse("--%1 must be constant or linear", option);
+    throw WrongUse("--%1 %2: it is constant or linear", option, name);
 }
 
 /// The sides that the options name.
@@ -37,14 +37,14 @@ std::vector<Side> sidesOf(const Arguments& arguments) {
 }
 
 /// Whether no other view has data, which would be continued alike.
-bool isAlone(const FileParameter& parameter, const Prm::View& view) {
+bool isAlone(const Project& project, const FileParameter& parameter, const Prm::View& view) {
     const bool isShared = view.isValid() && parameter.data().viewList().size() > 1;
     if (isShared)
-        tell("%1: its views share one extrapolation; without --view it is set for all", parameter.path());
+        tell("%1: its views share one extrapolation; without --view it is set for all", project.place(parameter));
     return !isShared;
 }
 
-LineChanges changesTo(const ProjectText& text, const FileParameter& parameter, const std::vector<Side>& sides) {
+LineChanges changesTo(const Project& project, const FileParameter& parameter, const std::vector<Side>& sides) {
     LineChanges changes;
     QStringList done;
     for (const Side& side : sides) {
@@ -53,12 +53,12 @@ LineChanges changesTo(const ProjectText& text, const FileParameter& parameter, c
         const Prm::Extrapolation former = isBefore ? data.extrapolationBefore() : data.extrapolationAfter();
         if (former == side.kind)
             continue;
-        changeSetting(text, parameter.node(), side.key, QByteArray(side.name) + '=' + kindText(side.kind).toLatin1(),
-                      changes);
+        changeSetting(project.text(), parameter.node(), side.key,
+                      QByteArray(side.name) + '=' + kindText(side.kind).toLatin1(), changes);
         done.append(message("%1 %2 to %3", side.name, kindText(former), kindText(side.kind)));
     }
     if (!done.isEmpty())
-        tell("%1: %2", parameter.path(), done.join(", "));
+        tell("%1: %2", project.place(parameter), done.join(", "));
     return changes;
 }
 
@@ -66,9 +66,10 @@ LineChanges changesTo(const ProjectText& text, const FileParameter& parameter, c
 
 int setExtrapolation(Arguments& arguments) {
     Project::declareWithPatterns(arguments);
-    arguments.option("as", "How curves continue on both sides of the keyframes: constant or linear.", "KIND")
-        .option("before", "Before the first keyframe.", "KIND")
-        .option("after", "After the last keyframe.", "KIND")
+    const QStringList kinds{"constant", "linear"};
+    arguments.option("as", "How curves continue on both sides of the keyframes: constant or linear.", "KIND", kinds)
+        .option("before", "Before the first keyframe.", "KIND", kinds)
+        .option("after", "After the last keyframe.", "KIND", kinds)
         .option("view", "Only where no other view than this has data. All views of a parameter share the setting.",
                 "N");
     declareOutput(arguments);
@@ -77,9 +78,10 @@ int setExtrapolation(Arguments& arguments) {
         return Fine;
     const std::vector<Side> sides = sidesOf(arguments);
     const Prm::View view = viewOption(arguments, Prm::View::INVALID());
-    return editLines(arguments, arguments.patterns(), [&](const ProjectText& text, const FileParameter& parameter) {
-        return hasKeyframes(arguments, parameter, Prm::KeyframeSpan().in(view)) && isAlone(parameter, view)
-                   ? changesTo(text, parameter, sides)
+    return editLines(arguments, arguments.patterns(), [&](const Project& project, const FileParameter& parameter) {
+        return hasKeyframes(arguments, project, parameter, Prm::KeyframeSpan().in(view)) &&
+                       isAlone(project, parameter, view)
+                   ? changesTo(project, parameter, sides)
                    : LineChanges();
     });
 }

@@ -1,7 +1,8 @@
 #include "tool/Arguments.h"
 #include "tool/Commands.h"
+#include "tool/DifferencesText.h"
 #include "tool/OutputFile.h"
-#include "tool/ProjectDiff.h"
+#include "tool/Project.h"
 #include "tool/Streams.h"
 
 #include <QCoreApplication>
@@ -17,16 +18,35 @@ namespace Tool {
 
 namespace {
 
+/// The line before each line of attributes that is written here, so that no other one is removed.
+constexpr const char* mark = "# The next line is from prm git install.";
 /// Of a line of attributes, with the name of the drivers.
 constexpr const char* ending = " merge=prm diff=prm";
 
-struct Ran {
+/// In quotes as git reads them, where a pattern needs these. Throws `Problem` for what git would not follow.
+QByteArray quotedPattern(const QString& pattern) {
+    if (pattern.trimmed().isEmpty())
+        throw Problem("--files: the pattern is empty");
+    if (pattern.startsWith('!') || pattern.startsWith("[attr]"))
+        throw Problem("--files %1: git ignores such a pattern; write \\ before its first character", pattern);
+    if (pattern.endsWith('/'))
+        throw Problem("--files %1: git matches files only; write %1** for all within a folder", pattern);
+    const auto isControl = [](QChar each) { return each < ' ' || each == QChar(0x7f); };
+    if (std::any_of(pattern.begin(), pattern.end(), isControl))
+        throw Problem("--files: the pattern has a control character");
+    const bool isPlain = !pattern.startsWith('#') && !pattern.contains(' ') && !pattern.contains('"');
+    if (isPlain)
+        return pattern.toUtf8();
+    return '"' + QString(pattern).replace('\\', R"(\\)").replace('"', R"(\")").toUtf8() + '"';
+}
+
+struct GitResult {
     int exitCode = 0;
     QByteArray output;
     QString complaint;
 };
 
-Ran runGit(const QStringList& arguments) {
+GitResult runGit(const QStringList& arguments) {
     QProcess git;
     git.start("git", arguments);
     if (!git.waitForStarted())
@@ -40,10 +60,10 @@ Ran runGit(const QStringList& arguments) {
 }
 
 QByteArray gitOutput(const QStringList& arguments) {
-    const Ran ran = runGit(arguments);
-    if (ran.exitCode != 0)
-        throw Problem("git %1: %2", arguments.join(' '), ran.complaint);
-    return ran.output;
+    const GitResult result = runGit(arguments);
+    if (result.exitCode != 0)
+        throw Problem("git %1: %2", arguments.join(' '), result.complaint);
+    return result.output;
 }
 
 QString firstLine(const QByteArray& output) {
@@ -67,6 +87,7 @@ public:
     }
 
     void install(const QString& files) const {
+        const QByteArray line = quotedPattern(files) + ending;
         set("merge.prm.name", "project texts, merged by keyframes");
         // What is no project text is merged by lines. What a merge of several bases makes must not be what ours has.
         set("merge.prm.driver", command() + " merge --base %O --ours %A --theirs %B -o %A --path %P; code=$?; "
@@ -74,24 +95,27 @@ public:
         set("merge.prm.recursive", "binary");
         set("diff.prm.command", command() + " git diff --");
         const QByteArray before = attributes();
-        const QByteArray line = files.toUtf8() + ending;
         if (!before.split('\n').contains(line))
-            writeAttributes(before + (before.isEmpty() || before.endsWith('\n') ? "" : "\n") + line + '\n');
+            writeAttributes(before + (before.isEmpty() || before.endsWith('\n') ? "" : "\n") + mark + '\n' + line +
+                            '\n');
     }
 
     void uninstall() const {
         constexpr int isNotSet = 5;
         for (const char* const name :
              {"merge.prm.name", "merge.prm.driver", "merge.prm.recursive", "diff.prm.command"}) {
-            const Ran ran = runGit({"config", m_place, "--unset-all", name});
-            if (ran.exitCode != 0 && ran.exitCode != isNotSet)
-                throw Problem("git config: %1", ran.complaint);
+            const GitResult result = runGit({"config", m_place, "--unset-all", name});
+            if (result.exitCode != 0 && result.exitCode != isNotSet)
+                throw Problem("git config: %1", result.complaint);
         }
         const QByteArray before = attributes();
-        QList<QByteArray> left = before.split('\n');
-        left.erase(
-            std::remove_if(left.begin(), left.end(), [](const QByteArray& line) { return line.endsWith(ending); }),
-            left.end());
+        QList<QByteArray> left;
+        for (const QByteArray& line : before.split('\n')) {
+            if (!left.isEmpty() && left.last() == mark && line.endsWith(ending))
+                left.removeLast();
+            else
+                left.append(line);
+        }
         const QByteArray after = left.join('\n');
         if (after.isEmpty() && !before.isEmpty())
             QFile::remove(attributesFile());
@@ -103,7 +127,7 @@ private:
     QString attributesFile() const {
         if (m_place == "--local")
             return QDir().absoluteFilePath(firstLine(gitOutput({"rev-parse", "--git-path", "info/attributes"})));
-        const Ran chosen = runGit({"config", "--global", "--type=path", "core.attributesFile"});
+        const GitResult chosen = runGit({"config", "--global", "--type=path", "core.attributesFile"});
         if (chosen.exitCode == 0)
             return firstLine(chosen.output);
         const QString settings = QFile::decodeName(qgetenv("XDG_CONFIG_HOME"));
@@ -142,7 +166,11 @@ int showForGit(const QStringList& words) {
     const QString& from = words.at(1);
     const QString& to = words.at(4);
     const QString later = words.value(whole, path);
+    const QString& modeBefore = words.at(3);
+    const QString& modeAfter = words.at(6);
     print(message("prm diff a/%1 b/%2\n", path, later).toUtf8());
+    if (modeBefore != modeAfter && modeBefore != "." && modeAfter != ".")
+        print(message("mode %1 changed to %2\n", modeBefore, modeAfter).toUtf8());
     try {
         const ProjectText before(readProjectOrNothing(from));
         const ProjectText after(readProjectOrNothing(to));
@@ -161,7 +189,7 @@ int showForGit(const QStringList& words) {
 } // namespace
 
 int useWithGit(Arguments& arguments) {
-    arguments.positional("ACTION", "install, uninstall; or diff, as git calls it.")
+    arguments.positional("ACTION", "install, uninstall; or diff, as git calls it.", {}, {"install", "uninstall"})
         .positional("FILE", "What git says of a file.", "[FILE...]")
         .option("global", "For all repositories of this user, not only the one here.")
         .option("files", "The files that are project texts, *.prm unless given.", "PATTERN")

@@ -1,12 +1,12 @@
 #include "prm/ParameterSet.h"
 #include "prm/ProjectFile.h"
+#include "prm/exchange/AnimationImport.h"
+#include "prm/exchange/SampleTable.h"
 #include "tool/Arguments.h"
 #include "tool/Commands.h"
 #include "tool/Frames.h"
 #include "tool/OutputFile.h"
 #include "tool/Streams.h"
-#include "tool/exchange/SampleTable.h"
-#include "tool/import/AnimationImport.h"
 
 #include <QFileInfo>
 
@@ -32,7 +32,7 @@ Places placesOf(const Arguments& arguments) {
 ImportResult read(const QString& name) {
     const QByteArray json = readInput(name, Most::bytesOfAnimation);
     try {
-        return importAnimation(json);
+        return Prm::document::importAnimation(json);
     } catch (const Problem& problem) {
         throw Problem("%1:%2", name, problem.text());
     }

@@ -16,7 +16,7 @@ Prm::Interpolation kindOption(const Arguments& arguments) {
         if (kindText(kind).compare(arguments.value("as"), Qt::CaseInsensitive) == 0)
             return kind;
     }
-    throw WrongUse("--as must be constant, linear or bezier");
+    throw WrongUse("--as %1: it is constant, linear or bezier", arguments.value("as"));
 }
 
 } // namespace
@@ -24,15 +24,15 @@ Prm::Interpolation kindOption(const Arguments& arguments) {
 int setInterpolation(Arguments& arguments) {
     Project::declareWithPatterns(arguments);
     arguments.option("as", "The kind: constant, linear or bezier. A segment that has it already keeps its shape.",
-                     "KIND");
+                     "KIND", {"constant", "linear", "bezier"});
     declareSpan(arguments);
     arguments.example("prm interpolation project.prm blur.size --as linear --in-place");
     if (!arguments.read())
         return Fine;
     const Prm::Interpolation kind = kindOption(arguments);
     const Prm::KeyframeSpan span = spanOption(arguments);
-    const auto edit = [&](const FileParameter& parameter) {
-        hasKeyframes(arguments, parameter, span);
+    const auto edit = [&](const Project& project, const FileParameter& parameter) {
+        hasKeyframes(arguments, project, parameter, span);
         for (const Prm::Context& key : parameter.data().allKeyframes()) {
             const bool isInView = !span.view.isValid() || key.view == span.view;
             if (isInView && key.time >= span.first && key.time <= span.last)

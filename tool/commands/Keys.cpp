@@ -1,6 +1,5 @@
 #include "tool/Commands.h"
 #include "tool/Project.h"
-#include "tool/Streams.h"
 
 namespace Tool {
 
@@ -28,15 +27,15 @@ void addParameter(Table& table, const FileParameter& parameter) {
 
 int listKeyframes(Arguments& arguments) {
     Project::declareWithPatterns(arguments, "[PATTERN...]");
-    arguments.tableOptions().example("prm keys project.prm blur.size");
+    arguments.severalFiles().tableOptions().example("prm keys project.prm blur.size");
     if (!arguments.read())
         return Fine;
-    Project project(arguments);
-    Table table({"path", "view", "frame", "value", "kind", "x1", "y1", "x2", "y2"});
-    project.forEach(project.parameters(arguments.patterns()), "listing",
-                    [&](const FileParameter& parameter) { addParameter(table, parameter); });
-    print(table.written(arguments.tableForm()));
-    return Fine;
+    return printTables(arguments, [&](Project& project) {
+        Table table({"path", "view", "frame", "value", "kind", "x1", "y1", "x2", "y2"});
+        project.forEach(project.parameters(arguments.patterns()), "listing",
+                        [&](const FileParameter& parameter) { addParameter(table, parameter); });
+        return std::pair(std::move(table), Fine);
+    });
 }
 
 } // namespace Tool

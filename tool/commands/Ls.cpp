@@ -1,6 +1,5 @@
 #include "tool/Commands.h"
 #include "tool/Project.h"
-#include "tool/Streams.h"
 
 #include <algorithm>
 
@@ -115,14 +114,17 @@ private:
 
 int listParameters(Arguments& arguments) {
     Project::declareWithPatterns(arguments, "[PATTERN...]");
-    arguments.tableOptions().example("prm ls project.prm blur");
+    arguments.severalFiles()
+        .tableOptions()
+        .example("prm ls project.prm blur")
+        .example("prm ls 'blur.*' --files shots/*.prm");
     if (!arguments.read())
         return Fine;
-    Project project(arguments);
-    const std::vector<int> nodes = project.parameters(arguments.patterns());
-    const TableForm form = arguments.tableForm();
-    print((form == TableForm::Plain ? Tree(project).table(nodes) : list(project, nodes)).written(form));
-    return Fine;
+    const bool isTree = arguments.tableForm() == TableForm::Plain;
+    return printTables(arguments, [&](Project& project) {
+        const std::vector<int> nodes = project.parameters(arguments.patterns());
+        return std::pair(isTree ? Tree(project).table(nodes) : list(project, nodes), Fine);
+    });
 }
 
 } // namespace Tool

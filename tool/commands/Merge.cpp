@@ -1,10 +1,11 @@
+#include "prm/ProjectMerge.h"
+#include "prm/document/PathPattern.h"
+#include "prm/document/ProjectText.h"
 #include "tool/Arguments.h"
 #include "tool/Commands.h"
 #include "tool/OutputFile.h"
-#include "tool/PathPattern.h"
-#include "tool/ProjectText.h"
+#include "tool/Project.h"
 #include "tool/Streams.h"
-#include "tool/merge/ProjectMerge.h"
 
 namespace Tool {
 
@@ -17,7 +18,7 @@ QByteArray textOption(const Arguments& arguments, const char* option) {
 }
 
 struct Rule {
-    Side side;
+    Prm::MergeSide side;
     PathPattern pattern;
 };
 
@@ -32,14 +33,14 @@ std::vector<Rule> rulesOf(const Arguments& arguments) {
         const QString& side = sides.at(std::min(i, sides.size() - 1));
         if (side != "ours" && side != "theirs")
             throw WrongUse("--take %1: it is ours or theirs", side);
-        rules.push_back({side == "ours" ? Side::Ours : Side::Theirs, PathPattern(patterns.at(i))});
+        rules.push_back({side == "ours" ? Prm::MergeSide::Ours : Prm::MergeSide::Theirs, PathPattern(patterns.at(i))});
     }
     return rules;
 }
 
-Settlement settlementOf(const Arguments& arguments) {
+Prm::MergeSettlement settlementOf(const Arguments& arguments) {
     return [rules = rulesOf(arguments)](const QString& path) {
-        std::optional<Side> side;
+        std::optional<Prm::MergeSide> side;
         for (const Rule& rule : rules) {
             if (rule.pattern.matches(path))
                 side = rule.side;
@@ -48,9 +49,9 @@ Settlement settlementOf(const Arguments& arguments) {
     };
 }
 
-QByteArray written(const std::vector<Conflict>& conflicts) {
+QByteArray written(const std::vector<Prm::ProjectConflict>& conflicts) {
     Table table({"path", "view", "what", "frame", "base", "ours", "theirs", "message"});
-    for (const Conflict& each : conflicts)
+    for (const Prm::ProjectConflict& each : conflicts)
         table.add({each.path, each.view, each.what, each.frame, each.base, each.ours, each.theirs, each.message});
     return table.written(TableForm::Json);
 }
@@ -74,11 +75,11 @@ int mergeProjects(Arguments& arguments) {
     if (isSameFile(arguments.value("conflicts"), arguments.value("o")) ||
         (arguments.value("conflicts") == "-" && arguments.value("o") == "-"))
         throw WrongUse("the merged text and the conflicts need different files");
-    const Settlement settlement = settlementOf(arguments);
-    const Merge merged = merge(textOption(arguments, "base"), textOption(arguments, "ours"),
-                               textOption(arguments, "theirs"), settlement);
+    const Prm::MergeSettlement settlement = settlementOf(arguments);
+    const Prm::MergedProject merged = Prm::mergeProjects(textOption(arguments, "base"), textOption(arguments, "ours"),
+                                                         textOption(arguments, "theirs"), settlement);
     const QString place = arguments.has("path") ? arguments.value("path") + ": " : QString();
-    for (const Conflict& conflict : merged.conflicts)
+    for (const Prm::ProjectConflict& conflict : merged.conflicts)
         report(place + conflict.message);
     if (arguments.has("conflicts"))
         writeOutput(arguments.value("conflicts"), written(merged.conflicts));

@@ -31,12 +31,13 @@ int moveKeyframes(Arguments& arguments) {
     const Prm::Time from = timeOption(arguments, "from");
     const Prm::Time to = timeOption(arguments, "to");
     const Prm::View only = viewOption(arguments, Prm::View::INVALID());
-    return editProject(arguments, arguments.patterns(), [&](const FileParameter& parameter) {
-        for (const Prm::View each : parameter.data().viewList()) {
-            if (each == only || !only.isValid())
-                move(parameter.data(), {from, each}, {to, each});
-        }
-    });
+    return editProject(arguments, arguments.patterns(),
+                       [&](const Project& /*project*/, const FileParameter& parameter) {
+                           for (const Prm::View each : parameter.data().viewList()) {
+                               if (each == only || !only.isValid())
+                                   move(parameter.data(), {from, each}, {to, each});
+                           }
+                       });
 }
 
 } // namespace Tool

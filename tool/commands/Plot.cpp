@@ -36,11 +36,6 @@ int terminalColumns() {
     return columns > 0 ? columns : 80;
 }
 
-/// Whether standard output is a terminal, and its user has nothing against colours.
-bool wantsColours() {
-    return isatty(STDOUT_FILENO) == 1 && qEnvironmentVariableIsEmpty("NO_COLOR");
-}
-
 std::vector<Prm::View> viewsOf(const Arguments& arguments) {
     const bool areAll = arguments.has("all-views");
     if (areAll && arguments.has("view"))
@@ -92,7 +87,7 @@ Plot sampled(const Arguments& arguments, int samples) {
     Project project(arguments);
     request.parameters = project.parameters(arguments.patterns());
     request.samples = samples;
-    return plotOf(project.kinds(), request);
+    return plotOf(project, request);
 }
 
 void drawPicture(const Arguments& arguments) {
@@ -109,7 +104,7 @@ void drawInTerminal(const Arguments& arguments) {
     constexpr int most = 1000;
     const int usual = std::min(std::max(terminalColumns(), least), most);
     const TextSize size{sizeOf(arguments, "width", least, most, usual), sizeOf(arguments, "height", 4, 500, 20),
-                        wantsColours()};
+                        hasColours(stdout)};
     print(plotText(sampled(arguments, 4 * size.columns), size));
 }
 

@@ -24,10 +24,13 @@ Prm::Retiming retimingOf(const Arguments& arguments) {
 }
 
 /// Otherwise nothing of the parameter would move.
-void checkPossible(const FileParameter& parameter, const Prm::Retiming& retiming) {
-    for (const Prm::Context& key : parameter.data().allKeyframes()) {
-        if (retiming.concerns(key.time) && !isFrame(retiming(key.time)))
-            throw Problem("%1: frame %2 would move out of range", parameter.path(), plainText(key.time.toDouble()));
+void checkPossible(const Project& project, const FileParameter& parameter, const Prm::Retiming& retiming) {
+    for (const auto& [view, data] : parameter.views()) {
+        for (const FileKeyframe& key : data.keys) {
+            if (retiming.concerns(key.time) && !isFrame(retiming(key.time)))
+                throw Problem("%1: frame %2 would move out of range; --from and --to name others",
+                              project.place(parameter, key.value.line), plainText(key.time.toDouble()));
+        }
     }
 }
 
@@ -45,8 +48,8 @@ int retime(Arguments& arguments) {
     if (!arguments.read())
         return Fine;
     const Prm::Retiming retiming = retimingOf(arguments);
-    return editProject(arguments, arguments.patterns(), [&](const FileParameter& parameter) {
-        checkPossible(parameter, retiming);
+    return editProject(arguments, arguments.patterns(), [&](const Project& project, const FileParameter& parameter) {
+        checkPossible(project, parameter, retiming);
         Prm::ParameterRetimeEdit(parameter.data(), retiming).doIt();
     });
 }

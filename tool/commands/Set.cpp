@@ -43,12 +43,13 @@ int setValue(Arguments& arguments) {
         throw WrongUse("--at and --static exclude each other");
     const Prm::Time time = timeOption(arguments, "at", Prm::Time::INVALID);
     const Prm::View view = viewOption(arguments);
-    return editProject(arguments, {arguments.rest().at(1)}, [&](const FileParameter& parameter) {
-        const Prm::Context place = placeOf(parameter, time, view, arguments.has("static"));
-        FileValue value = parameter.newValue(arguments.rest().at(2));
-        value.line = lineAt(parameter.data(), place);
-        parameter.data().vSetValue(value, place);
-    });
+    return editProject(arguments, {arguments.patterns().at(0)},
+                       [&](const Project& /*project*/, const FileParameter& parameter) {
+                           const Prm::Context place = placeOf(parameter, time, view, arguments.has("static"));
+                           FileValue value = parameter.newValue(arguments.patterns().at(1));
+                           value.line = lineAt(parameter.data(), place);
+                           parameter.data().vSetValue(value, place);
+                       });
 }
 
 } // namespace Tool

@@ -30,13 +30,14 @@ int split(Arguments& arguments) {
         throw WrongUse("--view is needed");
     const Prm::View view = viewOption(arguments);
     const double offset = numberOption(arguments, "offset");
-    return editProject(arguments, arguments.patterns(), [&](const FileParameter& parameter) {
-        if (parameter.data().viewList().empty() || parameter.data().hasViewData(view))
-            return;
-        Prm::ParameterSplitViewEdit(parameter.data(), view).doIt();
-        if (offset != 0)
-            addOffset(parameter, view, offset);
-    });
+    return editProject(arguments, arguments.patterns(),
+                       [&](const Project& /*project*/, const FileParameter& parameter) {
+                           if (parameter.data().viewList().empty() || parameter.data().hasViewData(view))
+                               return;
+                           Prm::ParameterSplitViewEdit(parameter.data(), view).doIt();
+                           if (offset != 0)
+                               addOffset(parameter, view, offset);
+                       });
 }
 
 } // namespace Tool

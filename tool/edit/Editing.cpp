@@ -3,6 +3,10 @@
 #include "tool/Frames.h"
 #include "tool/Streams.h"
 
+#include <QDir>
+#include <QFileInfo>
+#include <QHash>
+
 #include <algorithm>
 #include <functional>
 #include <numeric>
@@ -18,7 +22,7 @@ bool hasKeyframe(const FileView& data, Prm::Time time) {
 }
 
 /// Times that the file will not give as they are now.
-void tellMovedTimes(const QString& path, const FileViews& before, const FileViews& after) {
+void tellMovedTimes(const QString& place, const FileViews& before, const FileViews& after) {
     std::vector<Prm::Time> moved;
     for (const auto& [view, data] : after) {
         const auto former = before.find(view);
@@ -33,21 +37,22 @@ void tellMovedTimes(const QString& path, const FileViews& before, const FileView
         return;
     const QString first = message("frame %1 is written as %2", plainText(moved.front().toDouble()),
                                   plainText(writtenFrame(moved.front())));
-    tell("%1: %2%3", path, first,
+    tell("%1: %2%3", place, first,
          moved.size() == 1 ? QString() : message(", the first of %1 that are rounded", moved.size()));
 }
 
-LineChanges changesTo(const ProjectText& text, const FileParameter& parameter, const Edit& edit,
+LineChanges changesTo(const Project& project, const FileParameter& parameter, const Edit& edit,
                       const Account& account) {
+    const ProjectText& text = project.text();
     const FileViews before = parameter.views();
-    edit(parameter);
+    edit(project, parameter);
     const FileViews after = parameter.views();
     if (before == after)
         return {};
     LineChanges changes = changedLines(text, before, parameter, text.version());
     if (account)
-        tell("%1: %2", parameter.path(), account(before, after));
-    tellMovedTimes(parameter.path(), before, after);
+        tell("%1: %2", project.place(parameter), account(before, after));
+    tellMovedTimes(project.place(parameter), before, after);
     return changes;
 }
 
@@ -72,6 +77,13 @@ std::vector<FileKeyframe> keyframesOf(const FileViews& views) {
     return all;
 }
 
+QString outputFor(const Arguments& arguments, const QString& file) {
+    if (arguments.has("in-place"))
+        return file;
+    const QString output = arguments.value("o");
+    return arguments.hasSeveralFiles() ? QDir(output).filePath(QFileInfo(file).fileName()) : output;
+}
+
 } // namespace
 
 Account accountBy(const QString& verb) {
@@ -90,50 +102,72 @@ Account accountBy(const QString& verb) {
 
 void declareOutput(Arguments& arguments) {
     arguments.option({"o", "output"}, "Writes to a file, - for standard output.", "OUT")
-        .option("in-place", "Writes to FILE itself.");
+        .option("in-place", "Writes to FILE itself.")
+        .severalFiles();
 }
 
-QString outputOf(const Arguments& arguments) {
-    if (arguments.hasFirstOf("o", "in-place"))
-        return arguments.value("o");
-    if (arguments.file() == "-")
+void checkOutput(const Arguments& arguments) {
+    const bool isElsewhere = arguments.hasFirstOf("o", "in-place");
+    const QStringList files = arguments.files();
+    if (!isElsewhere && files.contains("-"))
         throw WrongUse("--in-place needs a file, not standard input");
-    return arguments.file();
+    if (!isElsewhere || !arguments.hasSeveralFiles())
+        return;
+    if (!QFileInfo(arguments.value("o")).isDir())
+        throw WrongUse("-o must be a folder for several files, which '%1' is not", arguments.value("o"));
+    QHash<QString, QString> sources;
+    for (const QString& file : files) {
+        QString& source = sources[QFileInfo(file).fileName()];
+        if (file == "-")
+            throw WrongUse("standard input has no name for the folder '%1'", arguments.value("o"));
+        if (!source.isNull())
+            throw WrongUse("%1 and %2 would be written to one file of the folder", source, file);
+        source = file;
+    }
 }
 
 int editProject(const Arguments& arguments, const QStringList& patterns, const Edit& edit, const Account& account) {
-    return editLines(arguments, patterns, [&](const ProjectText& text, const FileParameter& parameter) {
-        return changesTo(text, parameter, edit, account);
+    return editLines(arguments, patterns, [&](const Project& project, const FileParameter& parameter) {
+        return changesTo(project, parameter, edit, account);
     });
 }
 
 int editLines(const Arguments& arguments, const QStringList& patterns, const LineEdit& edit) {
-    outputOf(arguments);
-    Project project(arguments);
-    LineChanges changes;
-    project.forEach(project.parameters(patterns), "editing",
-                    [&](const FileParameter& parameter) { changes.merge(edit(project.text(), parameter)); });
-    return writeEdited(arguments, project.text(), changes);
+    checkOutput(arguments);
+    return forEachProject(arguments, [&](Project& project) {
+        LineChanges changes;
+        int code = Fine;
+        project.forEach(project.parameters(patterns), "editing", [&](const FileParameter& parameter) {
+            try {
+                changes.merge(edit(project, parameter));
+            } catch (const Refusal& refusal) {
+                tell("%1: %2", project.place(parameter), refusal.text());
+                code = Findings;
+            }
+        });
+        return std::max(code, writeEdited(arguments, project, changes));
+    });
 }
 
 QString withoutData(const Prm::View& view) {
     return message("view %1 has no data of its own; prm split gives it some", view.id());
 }
 
-bool hasKeyframes(const Arguments& arguments, const FileParameter& parameter, const Prm::KeyframeSpan& span) {
+bool hasKeyframes(const Arguments& arguments, const Project& project, const FileParameter& parameter,
+                  const Prm::KeyframeSpan& span) {
     const QString reason = reasonForNone(parameter, span);
     if (!reason.isEmpty() && arguments.patterns().contains(parameter.path()))
-        tell("%1: %2", parameter.path(), reason);
+        tell("%1: %2", project.place(parameter), reason);
     return reason.isEmpty();
 }
 
-int writeEdited(const Arguments& arguments, const ProjectText& text, const LineChanges& changes) {
-    const QByteArray bytes = bytesWith(text, changes);
-    const bool isChanged = bytes != text.bytes();
+int writeEdited(const Arguments& arguments, const Project& project, const LineChanges& changes) {
+    const QByteArray bytes = bytesWith(project.text(), changes);
+    const bool isChanged = bytes != project.text().bytes();
     if (!isChanged)
-        tell("%1: nothing changed", inputName(arguments.file()));
+        tell("%1: nothing changed", inputName(project.file()));
     if (isChanged || !arguments.has("in-place"))
-        writeOutput(outputOf(arguments), bytes);
+        writeOutput(outputFor(arguments, project.file()), bytes);
     return isChanged ? Fine : Findings;
 }
 

@@ -1,8 +1,7 @@
 #include "tool/edit/Reshaping.h"
 
+#include "prm/document/Progress.h"
 #include "tool/Frames.h"
-#include "tool/Progress.h"
-#include "tool/Streams.h"
 #include "tool/edit/CurveError.h"
 
 #include <algorithm>
@@ -141,25 +140,22 @@ Prm::KeyframeSpan spanOption(const Arguments& arguments) {
 }
 
 int reshapeCurves(const Arguments& arguments, const Prm::KeyframeSpan& span, const CurveEdit& edit) {
-    bool isComplete = true;
     double error = -1.0;
-    const auto reshape = [&](const FileParameter& parameter) {
+    const auto reshape = [&](const Project& project, const FileParameter& parameter) {
         Reshaping reshaping(parameter, edit, span);
         const QString refusal = reshaping.run();
         error = reshaping.error();
-        isComplete = isComplete && refusal.isEmpty();
         if (!refusal.isEmpty())
-            tell("%1: %2", parameter.path(), refusal);
-        else if (!edit.takesStatic)
-            hasKeyframes(arguments, parameter, span);
+            throw Refusal("%1", refusal);
+        if (!edit.takesStatic)
+            hasKeyframes(arguments, project, parameter, span);
     };
     const auto account = [&](const FileViews& before, const FileViews& after) {
         const QString done = accountBy(edit.verb)(before, after);
         constexpr int digits = 2;
         return error < 0.0 ? done : message("%1, error %2", done, QString::number(error, 'g', digits));
     };
-    const int code = editProject(arguments, arguments.patterns(), reshape, account);
-    return isComplete ? code : Findings;
+    return editProject(arguments, arguments.patterns(), reshape, account);
 }
 
 } // namespace Tool

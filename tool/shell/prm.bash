@@ -1,40 +1,31 @@
-# Completion of prm for bash. What there is to choose from is asked of prm itself, so this never goes out of date.
+# Completion of prm for bash. What there is to choose from is asked of prm itself, so this never goes out of date. What is
+# typed, and what a file holds, goes from hand to hand as data: nothing of it is evaluated.
 
-_prm_commands() {
-    "$1" --help 2>/dev/null | awk '/^Commands:/ { inside = 1; next } inside && !/^  / { exit } inside { print $1 }'
-}
-
-# The options of a command; those that take a value end in "=".
-_prm_options() {
-    "$1" "$2" --help 2>/dev/null | awk '
-        /^  -/ {
-            sub(/^ +/, "")
-            sub(/   .*/, "")
-            takes = sub(/ <.*/, "") ? "=" : ""
-            count = split($0, names, /, /)
-            for (i = 1; i <= count; i++) { sub(/ .*/, "", names[i]); print names[i] takes }
-        }'
-}
-
-_prm_takes_value() {
-    [[ $'\n'$(_prm_options "$1" "$2")$'\n' == *$'\n'"$3="$'\n'* ]]
+# The words up to the cursor. Bash parts them at = and :, which paths and options may have.
+_prm_words() {
+    local rest=${COMP_LINE:0:COMP_POINT} word blank i
+    words=()
+    for ((i = 0; i <= COMP_CWORD; i++)); do
+        blank=${rest%%[![:blank:]]*}
+        rest=${rest#"$blank"}
+        word=${COMP_WORDS[i]}
+        if ((${#word} > ${#rest})); then word=$rest; fi
+        rest=${rest#"$word"}
+        if [[ -z $blank && -n $word ]] && ((i > 0)); then words[-1]+=$word; else words+=("$word"); fi
+    done
+    part=$word
+    if [[ $part == [=:] ]]; then part=; fi
 }
 
 _prm() {
-    local program=${COMP_WORDS[0]/#\~/$HOME} command=${COMP_WORDS[1]-} word=${COMP_WORDS[COMP_CWORD]}
-    local before=${COMP_WORDS[COMP_CWORD - 1]} choices
-
-    if ((COMP_CWORD == 1)); then
-        choices="$(_prm_commands "$program") --help"
-    elif [[ $word == -* ]] && ! _prm_takes_value "$program" "$command" "$before"; then
-        choices=$(_prm_options "$program" "$command")
-        choices=${choices//=/}
-    else
-        compopt -o filenames 2>/dev/null
-        readarray -t COMPREPLY < <(compgen -f -- "$word")
-        return
-    fi
-    readarray -t COMPREPLY < <(compgen -W "$choices" -- "$word")
+    local words part offers
+    _prm_words
+    readarray -t offers < <("${words[0]/#\~/$HOME}" complete "${#part}" "${words[@]:1}" 2>/dev/null)
+    COMPREPLY=("${offers[@]:1}")
+    case ${offers[0]-} in
+        files) compopt -o default ;;
+        *nospace) compopt -o nospace ;;
+    esac
 }
 
 complete -F _prm prm
