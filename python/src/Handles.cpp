@@ -1,0 +1,125 @@
+#include "python/src/Handles.h"
+
+#include "python/src/Home.h"
+#include "python/src/Kind.h"
+
+namespace PrmPython {
+
+Prm::BasicParameter& Handle::owned() const {
+    Prm::BasicParameter& parameter = alive();
+    // Told of its deletion, a callback has a handle that nothing keeps.
+    if (!keeper)
+        throw DeadReference();
+    requireOwner(*keeper, homeOf(parameter));
+    return parameter;
+}
+
+Prm::ParameterSet& GroupHandle::owned() const {
+    if (!life.alive())
+        throw DeadReference();
+    requireOwner(*keeper, homeOf(*set));
+    return *set;
+}
+
+Home* homeOf(const Prm::ParameterSet& set) {
+    if (const auto* const compound = dynamic_cast<const Prm::CompoundParameter*>(&set))
+        return homeOf(static_cast<const Prm::BasicParameter&>(*compound));
+    return dynamic_cast<Home*>(set.parameterTree());
+}
+
+Home* homeOf(const Prm::BasicParameter& parameter) {
+    const Prm::ParameterSet* const set = parameter.parentSet();
+    return set ? homeOf(*set) : nullptr;
+}
+
+void requireOwner(const Keeper& keeper, Home* home) {
+    if ((home ? *home : keeper).isOwned())
+        return;
+    throw NotNow("this thread does not own the object: other threads may evaluate it; its own thread edits it, and so "
+                 "does a thread that has called take_over() of its project");
+}
+
+py::object wrap(const KeeperPointer& keeper, Prm::BasicParameter& parameter) {
+    if (auto* const compound = dynamic_cast<Prm::CompoundParameter*>(&parameter))
+        return py::cast(CompoundHandle(keeper, *compound));
+    py::object typed;
+    eachKind([&](auto* kind) {
+        using T = std::remove_pointer_t<decltype(kind)>;
+        if (auto* const found = dynamic_cast<Prm::Parameter<T>*>(&parameter))
+            typed = py::cast(Typed<T>(keeper, *found));
+        return bool(typed);
+    });
+    if (typed)
+        return typed;
+    if (auto* const animated = dynamic_cast<Prm::ParameterWithoutType*>(&parameter))
+        return py::cast(Animated(keeper, *animated));
+    return py::cast(Handle(keeper, parameter));
+}
+
+py::object wrap(const KeeperPointer& keeper, Prm::ParameterSet& set) {
+    return py::cast(GroupHandle(keeper, set));
+}
+
+py::object wrap(const KeeperPointer& keeper, const Prm::ParameterSet::Member& member) {
+    return member.parameter ? wrap(keeper, *member.parameter) : wrap(keeper, *member.set);
+}
+
+QString titleOf(const Prm::BasicParameter& parameter) {
+    const QString path = parameter.path();
+    return path.isEmpty() ? parameter.scriptName() : path;
+}
+
+Prm::View findView(Home* home, const ViewName& view) {
+    if (view.name.isNull())
+        return Prm::View(view.id);
+    const Prm::Views& views = home ? home->views : Home::usualViews();
+    QStringList present;
+    for (const Prm::View known : views.allViews()) {
+        if (views.viewName(known) == view.name || views.viewNameShort(known) == view.name)
+            return known;
+        present << views.viewName(known);
+    }
+    raiseMissing("view", view.name, present);
+}
+
+Prm::View findView(const Handle& handle, const ViewName& view) {
+    return findView(homeOf(handle.alive()), view);
+}
+
+namespace {
+
+QVariant partsFor(const Prm::CompoundParameter& compound, py::handle value) {
+    const auto parts = compound.subparameters();
+    if (!py::isinstance<py::sequence>(value) || py::len(value) != static_cast<std::size_t>(parts.size()))
+        throw py::type_error("a Compound takes a sequence with one value for each of its " +
+                             std::to_string(parts.size()) + " parts");
+    QVariantList values;
+    const auto given = py::reinterpret_borrow<py::sequence>(value);
+    for (int i = 0; i < parts.size(); ++i)
+        values.append(variantFor(*parts.at(i), given[static_cast<std::size_t>(i)]));
+    return values;
+}
+
+} // namespace
+
+QVariant variantFor(const Prm::BasicParameter& parameter, py::handle value) {
+    if (const auto* const compound = dynamic_cast<const Prm::CompoundParameter*>(&parameter))
+        return partsFor(*compound, value);
+    QVariant variant;
+    const bool isKnown = eachKind([&](auto* kind) {
+        using T = std::remove_pointer_t<decltype(kind)>;
+        const bool isThis = dynamic_cast<const Prm::Parameter<T>*>(&parameter) != nullptr;
+        if (isThis)
+            variant = Prm::ValueType<T>::toVariant(valueFrom<T>(value));
+        return isThis;
+    });
+    if (isKnown)
+        return variant;
+    if (dynamic_cast<const Prm::StaticParameter<unsigned int>*>(&parameter))
+        return valueFrom<unsigned int>(value);
+    if (dynamic_cast<const Prm::StaticParameter<QString>*>(&parameter))
+        return valueFrom<QString>(value);
+    throw py::type_error("values of this class cannot be set from Python");
+}
+
+} // namespace PrmPython

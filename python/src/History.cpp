@@ -1,0 +1,172 @@
+#include "python/src/History.h"
+
+#include "prm/UndoableEdit.h"
+#include "python/src/Errors.h"
+#include "python/src/Lifetime.h"
+
+#include <QDebug>
+
+#include <utility>
+
+namespace PrmPython {
+
+namespace {
+
+thread_local int puttingBack = 0;
+
+/// Adds one to a number until the scope ends.
+template <class Number> class Counted {
+public:
+    explicit Counted(Number& number) : m_number(number) { ++m_number; }
+    ~Counted() { --m_number; }
+    Counted(const Counted&) = delete;
+    Counted& operator=(const Counted&) = delete;
+
+private:
+    Number& m_number;
+};
+
+bool changesNothing(const Bsc::Command& edit) {
+    const auto* const undoable = dynamic_cast<const Prm::UndoableEdit*>(&edit);
+    return undoable && undoable->summary().count == 0;
+}
+
+} // namespace
+
+bool History::isPuttingBack() {
+    return puttingBack > 0;
+}
+
+std::size_t History::begin(const QString& text) {
+    if (m_isReplaying)
+        throw NotNow("edits are refused while the project undoes or redoes; Project.is_replaying says so to a slot");
+    refuseEndlessEdits();
+    m_blocks.push_back({text, {}});
+    return m_blocks.size();
+}
+
+/// An edit that fails puts back what it did, which calls slots again; so all further edits are refused until the
+/// outermost one has ended.
+void History::refuseEndlessEdits() {
+    constexpr int deepest = 100;
+    m_isTooDeep = m_running > 0 && (m_isTooDeep || m_running >= deepest);
+    if (!m_isTooDeep)
+        return;
+    PyErr_SetString(PyExc_RecursionError, "edits that callbacks make are nested more than 100 deep");
+    throw py::error_already_set();
+}
+
+void History::run(Edit edit, const void* subject) {
+    const std::size_t depth = begin({});
+    try {
+        m_blocks.back().entries.push_back({std::move(edit), subject});
+        const Counted<int> running(m_running);
+        const py::gil_scoped_release released;
+        m_blocks.back().entries.front().edit->doIt();
+    } catch (...) {
+        while (m_blocks.size() > depth)
+            end();
+        // The edit itself has put back its subject; what slots have done elsewhere is left.
+        {
+            const py::gil_scoped_release released;
+            undoFrom(m_blocks.back(), 1, subject);
+        }
+        const Deleting deleting;
+        m_blocks.pop_back();
+        throw;
+    }
+    while (m_blocks.size() >= depth)
+        end();
+}
+
+void History::undoFrom(Block& block, std::size_t first, const void* except) {
+    const Counted<int> back(puttingBack);
+    for (std::size_t i = block.entries.size(); i > first; --i) {
+        const Entry& entry = block.entries[i - 1];
+        try {
+            if (!except || entry.subject != except)
+                entry.edit->undoIt();
+        } catch (const std::exception& error) {
+            qWarning() << "an edit could not be undone completely:" << error.what();
+        }
+    }
+}
+
+void History::end() {
+    Block block = std::move(m_blocks.back());
+    m_blocks.pop_back();
+    if (!m_blocks.empty()) {
+        auto& entries = m_blocks.back().entries;
+        entries.insert(entries.end(), std::make_move_iterator(block.entries.begin()),
+                       std::make_move_iterator(block.entries.end()));
+        return;
+    }
+    bool isEmpty = true;
+    auto edits = std::make_unique<Bsc::CompositeCommand>();
+    for (Entry& entry : block.entries) {
+        isEmpty = isEmpty && changesNothing(*entry.edit);
+        edits->push_back(entry.edit.release());
+    }
+    if (isEmpty)
+        return;
+    forgetUndone();
+    const QString text = block.text.isEmpty() ? Prm::undoText(*edits) : block.text;
+    m_done.push_back({text, std::move(edits)});
+}
+
+void History::rollBack() {
+    {
+        const Counted<int> running(m_running);
+        m_isReplaying = true;
+        const py::gil_scoped_release released;
+        undoFrom(m_blocks.back(), 0, nullptr);
+        m_isReplaying = false;
+    }
+    const Deleting deleting;
+    m_blocks.pop_back();
+}
+
+void History::replay(std::vector<Step>& from, std::vector<Step>& to, void (Bsc::CompositeCommand::*act)()) {
+    if (m_running > 0 || !m_blocks.empty())
+        throw NotNow("undo and redo are refused within an edit and within an edit block");
+    if (from.empty())
+        return;
+    to.reserve(to.size() + 1);
+    const Counted<int> running(m_running);
+    m_isReplaying = true;
+    try {
+        const py::gil_scoped_release released;
+        ((*from.back().edits).*act)();
+    } catch (...) {
+        m_isReplaying = false;
+        throw;
+    }
+    m_isReplaying = false;
+    to.push_back(std::move(from.back()));
+    from.pop_back();
+}
+
+void History::undo() {
+    replay(m_done, m_undone, &Bsc::CompositeCommand::undoIt);
+}
+
+void History::redo() {
+    replay(m_undone, m_done, &Bsc::CompositeCommand::doIt);
+}
+
+void History::forgetUndone() {
+    if (m_undone.empty())
+        return;
+    const Deleting deleting;
+    m_undone.clear();
+}
+
+void History::clear() {
+    if (m_running > 0 || !m_blocks.empty())
+        throw NotNow("the steps cannot be forgotten within an edit");
+    const Deleting deleting;
+    m_undone.clear();
+    m_done.clear();
+}
+
+} // namespace PrmPython

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "host/bsc/CompositeCommand.h"
+
+#include <QString>
+
+#include <memory>
+#include <vector>
+
+namespace PrmPython {
+
+/// The undo steps of a project. Edits are done within blocks; the outermost one becomes a step. An edit that a slot
+/// makes while another one runs is part of the same step. Runs without the interpreter's lock.
+class History {
+public:
+    using Edit = std::unique_ptr<Bsc::Command>;
+
+    /// Does the edit, in the innermost block or in one of its own. If it throws, nothing of it remains. The subject is
+    /// the object that it restores by itself then.
+    void run(Edit edit, const void* subject);
+
+    /// Returns the number of blocks that are open.
+    std::size_t begin(const QString& text);
+    void end();
+    /// Undoes all of the innermost block. Exceptions of slots are only shown meanwhile.
+    void rollBack();
+
+    void undo();
+    void redo();
+    bool isRunning() const { return m_running > 0; }
+    std::size_t depth() const { return m_blocks.size(); }
+    /// Whether edits are being undone: then others are refused.
+    bool isReplaying() const { return m_isReplaying; }
+
+    struct Step {
+        QString text;
+        std::unique_ptr<Bsc::CompositeCommand> edits;
+    };
+    const std::vector<Step>& done() const { return m_done; }
+    const std::vector<Step>& undone() const { return m_undone; }
+    void clear();
+
+    /// Whether the present thread puts back what an edit has done; exceptions of slots must not stop that.
+    static bool isPuttingBack();
+
+private:
+    struct Entry {
+        Edit edit;
+        const void* subject;
+    };
+    struct Block {
+        QString text;
+        std::vector<Entry> entries;
+    };
+
+    void refuseEndlessEdits();
+    void forgetUndone();
+    static void undoFrom(Block& block, std::size_t first, const void* except);
+    void replay(std::vector<Step>& from, std::vector<Step>& to, void (Bsc::CompositeCommand::*act)());
+
+    std::vector<Block> m_blocks;
+    std::vector<Step> m_done;
+    std::vector<Step> m_undone;
+    int m_running = 0;
+    bool m_isReplaying = false;
+    bool m_isTooDeep = false;
+};
+
+} // namespace PrmPython

@@ -1,0 +1,59 @@
+#include "python/src/Home.h"
+
+namespace PrmPython {
+
+Home::Home(const boost::shared_ptr<Prm::ParameterSet>& sets)
+    : root(sets), file(std::make_unique<Prm::ProjectFile>(*sets)), views(usualViews()) {
+    root->changeParameterTree(root->parameterTree(), this);
+}
+
+Home::~Home() {
+    if (root)
+        root->changeParameterTree(this, nullptr);
+}
+
+Prm::ParameterSet& Home::ownedRoot() const {
+    if (!root)
+        throw DeadReference();
+    requireOwner(*this, nullptr);
+    return *root;
+}
+
+void Home::close() {
+    if (!root)
+        return;
+    ownedRoot();
+    if (history.isRunning() || history.depth() > 0)
+        throw NotNow("the project cannot be closed within an edit");
+    history.clear();
+    const Deleting deleting;
+    file.reset();
+    root->changeParameterTree(this, nullptr);
+    root.reset();
+}
+
+const Prm::Views& Home::usualViews() {
+    static const Prm::Views& usual = *[] {
+        auto* const views = new Prm::Views;
+        views->setViewNames({{"Left", "L"}, {"Right", "R"}});
+        return views;
+    }();
+    return usual;
+}
+
+void perform(Home* home, const void* subject, std::unique_ptr<Bsc::Command> edit) {
+    buryLeftBehind();
+    if (home) {
+        home->history.run(std::move(edit), subject);
+        buryLeftBehind();
+        return;
+    }
+    {
+        const py::gil_scoped_release released;
+        edit->doIt();
+    }
+    const Deleting deleting;
+    edit.reset();
+}
+
+} // namespace PrmPython

@@ -1,0 +1,128 @@
+#include "python/src/Lifetime.h"
+
+#include "python/src/Home.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <mutex>
+#include <vector>
+
+namespace PrmPython {
+
+namespace {
+
+struct Gate {
+    std::mutex mutex;
+    std::condition_variable changed;
+    int sampling = 0;
+    int deleting = 0;
+    std::thread::id deleter;
+};
+
+// Never destroyed: threads may sample until the process ends.
+Gate& gate() {
+    static Gate& only = *new Gate;
+    return only;
+}
+
+bool mayDelete(const Gate& state) {
+    return state.sampling == 0 && (state.deleting == 0 || state.deleter == std::this_thread::get_id());
+}
+
+bool maySample(const Gate& state) {
+    return state.deleting == 0 || state.deleter == std::this_thread::get_id();
+}
+
+// Guarded by the interpreter's lock.
+std::vector<std::unique_ptr<Keeper>>& leftBehind() {
+    static auto& only = *new std::vector<std::unique_ptr<Keeper>>;
+    return only;
+}
+
+/// Whether the keeper must not be deleted now: on another thread, or in a callback of its own edit.
+bool mustWait(Keeper& keeper) {
+    Home* const home = keeper.home();
+    return !keeper.isOwned() || (home && home->history.isRunning());
+}
+
+} // namespace
+
+Sampling::Sampling() {
+    Gate& state = gate();
+    std::unique_lock<std::mutex> lock(state.mutex);
+    while (!maySample(state)) {
+        lock.unlock();
+        {
+            const py::gil_scoped_release released;
+            std::unique_lock<std::mutex> waiting(state.mutex);
+            state.changed.wait(waiting, [&] { return maySample(state); });
+        }
+        lock.lock();
+    }
+    ++state.sampling;
+}
+
+Sampling::~Sampling() {
+    Gate& state = gate();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    --state.sampling;
+    state.changed.notify_all();
+}
+
+Deleting::Deleting() {
+    Gate& state = gate();
+    const auto self = std::this_thread::get_id();
+    std::unique_lock<std::mutex> lock(state.mutex);
+    if (!mayDelete(state)) {
+        lock.unlock();
+        const py::gil_scoped_release released;
+        lock.lock();
+        state.changed.wait(lock, [&] { return state.deleting == 0 || state.deleter == self; });
+        state.deleter = self;
+        ++state.deleting;
+        state.changed.wait(lock, [&] { return state.sampling == 0; });
+        lock.unlock();
+        return;
+    }
+    state.deleter = self;
+    ++state.deleting;
+}
+
+Deleting::~Deleting() {
+    Gate& state = gate();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    --state.deleting;
+    state.changed.notify_all();
+}
+
+void stopSampling() {
+    static const Deleting& untilTheEnd = *new Deleting;
+    (void)untilTheEnd;
+}
+
+Keeper::~Keeper() = default;
+
+void bury(Keeper* keeper) {
+    std::unique_ptr<Keeper> last(keeper);
+    if (mustWait(*last)) {
+        leftBehind().push_back(std::move(last));
+        return;
+    }
+    const Deleting deleting;
+    last.reset();
+}
+
+void buryLeftBehind() {
+    auto& all = leftBehind();
+    if (all.empty())
+        return;
+    const auto ours = std::stable_partition(all.begin(), all.end(), [](const auto& one) { return mustWait(*one); });
+    std::vector<std::unique_ptr<Keeper>> last(std::make_move_iterator(ours), std::make_move_iterator(all.end()));
+    all.erase(ours, all.end());
+    if (last.empty())
+        return;
+    const Deleting deleting;
+    last.clear();
+}
+
+} // namespace PrmPython

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "python/src/Convert.h"
+
+#include <boost/shared_ptr.hpp>
+
+#include <memory>
+#include <thread>
+
+namespace PrmPython {
+
+class Home;
+
+/// Sampling runs without the interpreter's lock, so objects are deleted only while no thread samples. A lock of many
+/// readers and one writer, in which a writer goes first; taken while the interpreter's lock is held, which is released
+/// while waiting.
+class Sampling {
+public:
+    Sampling();
+    ~Sampling();
+    Sampling(const Sampling&) = delete;
+    Sampling& operator=(const Sampling&) = delete;
+};
+
+/// A scope in which objects may be deleted. May be nested.
+class Deleting {
+public:
+    Deleting();
+    ~Deleting();
+    Deleting(const Deleting&) = delete;
+    Deleting& operator=(const Deleting&) = delete;
+};
+
+/// Waits until no thread samples, and holds all other threads that want to. For the end of the interpreter: a thread
+/// that comes back from sampling after that would be ended within it, which ends the process.
+void stopSampling();
+
+/// What keeps objects alive for handles, and the thread that may edit them: a project, or one object made by Python.
+class Keeper {
+public:
+    Keeper() = default;
+    Keeper(const Keeper&) = delete;
+    Keeper& operator=(const Keeper&) = delete;
+    virtual ~Keeper();
+    /// Null for what belongs to no project.
+    virtual Home* home() { return nullptr; }
+    bool isOwned() const { return owner == std::this_thread::get_id(); }
+
+    std::thread::id owner = std::this_thread::get_id();
+};
+using KeeperPointer = std::shared_ptr<Keeper>;
+
+/// Deletes a keeper on its own thread, when no thread samples; on another thread, later.
+void bury(Keeper* keeper);
+/// Deletes the keepers of this thread whose last handle was dropped on another thread.
+void buryLeftBehind();
+
+/// An object that Python made.
+template <class T> class Made : public Keeper {
+public:
+    explicit Made(const boost::shared_ptr<T>& made) : object(made) {}
+    boost::shared_ptr<T> object;
+};
+
+template <class K> std::shared_ptr<K> kept(K* keeper) {
+    return std::shared_ptr<K>(keeper, [](K* last) { bury(last); });
+}
+
+} // namespace PrmPython

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "prm/ParameterEdits.h"
+#include "python/src/Convert.h"
+
+namespace PrmPython {
+
+/// Of the keyframes from `start` to `end`, which may be infinite. Throws ValueError for numbers that are not usable.
+inline Prm::Retiming retimingOf(double scale, double pivot, double shift, double start, double end) {
+    Prm::Retiming retiming = Prm::Retiming::scaled(scale, timeOf(pivot));
+    retiming.shift = shift;
+    if (start > -infinity || end < infinity)
+        retiming = retiming.between(start > -infinity ? timeOf(start) : retiming.first,
+                                    end < infinity ? timeOf(end) : retiming.last);
+    if (!retiming.isUsable())
+        throw py::value_error("the scale must be above 0, and all numbers finite");
+    return retiming;
+}
+
+} // namespace PrmPython

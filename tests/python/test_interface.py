@@ -1,0 +1,178 @@
+"""What each class does, from outside."""
+
+import inspect
+import math
+import re
+import tempfile
+import unittest
+
+import numpy as np
+import prm
+from support import CHANGED, CLIP, KINDS, LOTTIE, body
+
+
+class Lines(unittest.TestCase):
+    def test_a_session_on_a_file(self):
+        project = prm.Project.open(CLIP)
+        opacity = project["logo.opacity"]
+        self.assertEqual(opacity.value(10), 0.5)
+        self.assertEqual(opacity.value(12, view="Right"), opacity.value(12, view=1))
+        curve = opacity.sample(np.arange(0, 96, 0.5))
+        self.assertEqual(curve.shape, (192,))
+        self.assertEqual(list(opacity.keys["time"]), [0, 10, 24.5])
+        before = body(project)
+        with project.edit("Slow the fade down"):
+            opacity.set(0.25, at=24)
+            opacity.insert(at=18)
+            project["logo"].retime(scale=2, pivot=0)
+            opacity.simplify(error=0.001)
+        after = body(project)
+        self.assertEqual(opacity.keys["time"][-1], 49)
+        self.assertEqual(project.undo(), "Slow the fade down")
+        self.assertEqual(body(project), before)
+        self.assertEqual(project.redo(), "Slow the fade down")
+        self.assertEqual(body(project), after)
+        frames = []
+        subscription = opacity.on_change(lambda change: frames.extend(change.extent.frames().within(0, 100)))
+        opacity.set(0.5, at=49)
+        self.assertIn(49, frames)
+        subscription.close()
+        self.assertIn("view 1", str(opacity.explain(12, view="Right")))
+        self.assertLessEqual(opacity.bounds(0, 96)[0], curve.min())
+        self.assertIn(60, opacity.constant_around(60))
+        with tempfile.TemporaryDirectory() as folder:
+            project.save(folder + "/later.prm", timestamp=0)
+            self.assertEqual(prm.Project.open(folder + "/later.prm")["logo.opacity"].value(30), opacity.value(30))
+
+    def test_errors_say_what_is_wrong(self):
+        project = prm.Project.open(CLIP)
+        opacity, title = project["logo.opacity"], project["logo.title"]
+        rows = [
+            (KeyError, "logo.opacity", lambda: project["logo.opacty"]),
+            (KeyError, "Right", lambda: opacity.value(0, view="Rigth")),
+            (ValueError, "time", lambda: opacity.value(math.nan)),
+            (ValueError, "times", lambda: opacity.sample([0, math.nan])),
+            (ValueError, "at=", lambda: opacity.set(1.0)),
+            (ValueError, "one value", lambda: prm.Number("n", keyframed=False).set(1.0, at=0)),
+            (ValueError, "no keyframe", lambda: opacity.delete(at=3)),
+            (ValueError, "scale", lambda: opacity.retime(scale=0)),
+            (ValueError, "ascending", lambda: opacity.set_keyframes([(1, 0), (1, 2)])),
+            (ValueError, "ease-in|In", lambda: opacity.ease("sine-inn-out")),
+            (ValueError, "kind", lambda: opacity.interpolate("Bezir", at=0)),
+            (ValueError, "keyframe", lambda: opacity.paste("no line")),
+            (TypeError, "Text", lambda: title.set(3, at=0)),
+            (TypeError, "Number", lambda: opacity.set("x", at=0)),
+            (TypeError, "Switch", lambda: prm.Switch("s").set(1.5)),
+            (TypeError, "Number", lambda: project.find("logo.title", prm.Number)),
+            (ValueError, "found", lambda: project["logo"].add(project["logo.shadow"])),
+            (OSError, "", lambda: prm.Project.open("/no/such/file")),
+            (OSError, "/no", lambda: project.save("/no/such/folder/file")),
+            (ValueError, "text", lambda: prm.Project.from_text(b"\x00 no project")),
+        ]
+        for kind, words, call in rows:
+            with self.subTest(words=words), self.assertRaisesRegex(kind, words):
+                call()
+
+
+class Kinds(unittest.TestCase):
+    def test_every_kind_keeps_its_values(self):
+        for kind, (first, second) in KINDS.items():
+            with self.subTest(kind.__name__):
+                one = kind("one", first)
+                self.assertEqual((one.default, one.value(3)), (first, first))
+                one.set(first, at=0)
+                one.set(second, at=10)
+                self.assertEqual((one.value(0), one.value(10)), (first, second))
+                self.assertEqual(one.sample(np.zeros((2, 3))).shape[:2], (2, 3))
+                np.testing.assert_array_equal(one.sample([0, 10]), one.keys["value"])
+                other = kind("other")
+                other.keys = one.keys
+                np.testing.assert_array_equal(other.keys, one.keys)
+                other.paste(one.copy(), at=20)
+                self.assertEqual(list(other.times()), [0, 10, 20, 30])
+
+    def test_every_inherited_method_of_every_class(self):
+        given = {"time": 1.0, "at": 1.0, "start": 1.0, "end": 5.0, "to": 2.0, "view": 0, "error": 0.1, "radius": 1.0,
+                 "tolerance": 0.1, "easing": "linear", "kind": "Linear", "text": "", "times": [0.0], "callback": print, "keys": [],
+                 "name": "n"}
+        values = {kind: value for kind, (value, _) in KINDS.items()}
+        refused = []
+        for one in [kind("p") for kind in KINDS] + [prm.Compound("c", [prm.Number("n")])]:
+            given["value"] = values.get(type(one), (0.5,))
+            for name, member in inspect.getmembers(type(one)):
+                if name.startswith("_"):
+                    continue
+                one.set(given["value"], at=1)
+                with self.subTest(f"{type(one).__name__}.{name}"):
+                    if not callable(member):
+                        getattr(one, name)
+                        continue
+                    signature = member.__doc__.splitlines()[0]
+                    arguments = re.split(r", (?=\w+: )", signature[signature.index("(") + 1 : signature.index(") ->")])
+                    needed = [argument.split(":")[0] for argument in arguments if " = " not in argument]
+                    try:
+                        getattr(one, name)(*[given[argument] for argument in needed if argument != "self"])
+                    except ValueError:
+                        refused.append(name)
+        self.assertLessEqual(set(refused), {"set", "adjust", "smooth", "ease", "flatten", "set_handles"})
+
+
+class Structure(unittest.TestCase):
+    def test_mappings(self):
+        x, y = prm.Number("x"), prm.Number("y")
+        group = prm.Group("logo", [prm.Compound("position", [x, y]), prm.Text("title")])
+        project = prm.Project([group])
+        self.assertEqual((list(project), list(group), len(group)), (["logo"], ["position", "title"], 2))
+        self.assertEqual(project["logo.position.x"], x)
+        self.assertIn("logo.title", project)
+        self.assertNotIn("logo.nothing", project)
+        self.assertIsNone(project.get("nothing"))
+        self.assertEqual([one.path for one in project.walk(parts=True)],
+                         ["logo.position", "logo.position.x", "logo.position.y", "logo.title"])
+        self.assertEqual(len({x, project["logo.position.x"]}), 1)
+        del group["title"]
+        self.assertEqual(list(group), ["position"])
+        project.undo()
+        self.assertEqual(list(group), ["position", "title"])
+        group.add(prm.Switch("on"), position=0)
+        self.assertEqual(list(group), ["on", "position", "title"])
+
+    def test_masters_views_and_flags_are_undone(self):
+        a, b = prm.Number("a"), prm.Number("b")
+        project = prm.Project([prm.Group("g", [a, b])])
+        a.keys = [(0, 0.0), (10, 1.0, "Bezier", 0.5, 0, 0.5, 1)]
+        before = body(project)
+        b.master = a
+        self.assertEqual((b.master, a.constrained, b.value(5)), (a, [b], 0.5))
+        b.master = None
+        a.set(4.0, at=5, view="Right")
+        self.assertEqual((a.views, a.value(10, view=1), a.value(5)), ([0, 1], 1.0, 0.5))
+        a.hidden = a.locked = True
+        a.extrapolation_after = "Linear"
+        with self.assertRaises(ValueError):
+            b.master = a
+            a.master = b
+        while project.undo_text != "Replace 2 keyframes of g.a":
+            project.undo()
+        self.assertEqual(body(project), before)
+
+    def test_exchange(self):
+        project = prm.Project.open(CLIP)
+        before = body(project)
+        self.assertEqual(project.merge(base=CLIP, theirs=CHANGED), [])
+        self.assertEqual(project["logo.opacity"].times()[1], 12)
+        self.assertEqual((project.undo(), body(project)), ("Merge", before))
+        mine = prm.Project.open(CLIP)
+        mine["logo.opacity"].move(10, 11)
+        conflicts = mine.merge(base=CLIP, theirs=CHANGED)
+        self.assertEqual([conflict.path for conflict in conflicts], ["logo.opacity"])
+        self.assertIn("10 moved to 12", " ".join(map(str, prm.diff(CLIP, CHANGED))))
+        lottie = prm.Project.import_animation(LOTTIE)
+        self.assertIn("Beam", lottie)
+        table = lottie.export_table("Beam.transform.rotation", times=[0, 12])
+        self.assertEqual(len(table.splitlines()), 3)
+        self.assertIn("@keyframes", lottie.export_style_sheet(24))
+
+
+if __name__ == "__main__":
+    unittest.main()
