@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Says what the tests reached of the sources, after they ran in the build that is named (preset "coverage"), and fails
+# Says what the tests reached of the sources, after they ran in the build that is named (preset "asan"), and fails
 # where that is too little of the library. By file, with each line and branch that was not reached: <build>/coverage.txt.
 # What docs/coverage.md says of those counts here like all others.
 set -euo pipefail

@@ -23,7 +23,7 @@ struct Change {
     std::shared_ptr<const Prm::ParameterChange*> record;
 };
 
-struct Extent {
+struct Extent { // NOLINT(bugprone-exception-escape): its move throws nothing
     Prm::Extent extent;
     const Prm::BasicParameter* about;
     QPointer<const Prm::BasicParameter> object;

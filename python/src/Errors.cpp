@@ -1,6 +1,7 @@
 #include "python/src/Errors.h"
 
 #include <typeinfo>
+#include <utility>
 
 namespace PrmPython {
 
@@ -22,7 +23,7 @@ void registerErrors() {
     py::register_exception_translator([](std::exception_ptr error) {
         try {
             if (error)
-                std::rethrow_exception(error);
+                std::rethrow_exception(std::move(error));
         } catch (const DeadReference& dead) {
             PyErr_SetString(PyExc_ReferenceError, dead.what());
         } catch (const NotNow& notNow) {

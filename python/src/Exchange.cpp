@@ -24,7 +24,7 @@ QByteArray projectText(const py::object& given) {
 }
 
 HomePointer imported(const Prm::ImportedText& source) {
-    const HomePointer home = readProject(source.text, {}, {});
+    HomePointer home = readProject(source.text, {}, {});
     home->importLosses = source.losses;
     return home;
 }

@@ -42,7 +42,7 @@ std::optional<Prm::ParameterSet::Member> find(const Prm::ParameterSet& set, cons
 GroupHandle makeGroup(const QString& name, const py::iterable& members) {
     buryLeftBehind();
     const auto made = boost::make_shared<Prm::ParameterSet>(name);
-    const GroupHandle group(kept(static_cast<Keeper*>(new Made<Prm::ParameterSet>(made))), *made);
+    GroupHandle group(kept(static_cast<Keeper*>(new Made<Prm::ParameterSet>(made))), *made);
     for (const py::handle member : members)
         addMember(group.keeper, *made, member);
     return group;

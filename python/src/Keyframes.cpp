@@ -33,7 +33,7 @@ KeyframeShape shapeOf(const py::sequence& row) {
 
 py::array structured(const std::vector<KeyframeShape>& shapes, const char* format, const py::array& values) {
     const std::vector<py::ssize_t> count{static_cast<py::ssize_t>(shapes.size())};
-    const py::array rows(typeOfRows(format), count);
+    py::array rows(typeOfRows(format), count);
     py::array_t<double> numbers(count);
     const auto fill = [&](const char* name, const auto& numberOf) {
         double* out = numbers.mutable_data();

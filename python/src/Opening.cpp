@@ -154,7 +154,7 @@ HomePointer readProject(const QByteArray& text, const QStringList& rules, const 
         const py::gil_scoped_release released;
         sets = Prm::guessedSets(text, rules);
     }
-    const HomePointer home = kept(new Home(sets));
+    HomePointer home = kept(new Home(sets));
     bool isRead = false;
     {
         const py::gil_scoped_release released;

@@ -21,7 +21,7 @@ QStringList rulesOf(const std::optional<py::dict>& kinds) {
 
 HomePointer makeProject(const py::iterable& groups) {
     buryLeftBehind();
-    const HomePointer home = kept(new Home(boost::make_shared<Prm::ParameterSet>()));
+    HomePointer home = kept(new Home(boost::make_shared<Prm::ParameterSet>()));
     for (const py::handle group : groups)
         addMember(home, *home->root, group);
     home->history.clear();
@@ -85,7 +85,7 @@ template <void (History::*act)(), const std::vector<History::Step>& (History::*s
 std::optional<QString> stepped(const HomePointer& self) {
     self->ownedRoot();
     const auto& from = (self->history.*steps)();
-    const auto text = from.empty() ? std::optional<QString>() : from.back().text;
+    auto text = from.empty() ? std::optional<QString>() : from.back().text;
     (self->history.*act)();
     return text;
 }

@@ -14,7 +14,7 @@ import numpy as np
 import prm
 from support import CLIP, LOTTIE, ROOT
 
-TOOL = pathlib.Path(os.environ.get("PRM_TOOL", ROOT / "build/python/bin/prm"))
+TOOL = pathlib.Path(os.environ.get("PRM_TOOL", ROOT / "build/release/bin/prm"))
 
 
 def bits(numbers):
