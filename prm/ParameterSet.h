@@ -217,8 +217,8 @@ public:
     /// by dots, after `prefix`.
     void assignNamePrefixes(const QString& prefix = {});
     /// Sets the masters that project text named, for the parameters at every level. A master is what `find` returns or,
-    /// without `find`, the parameter of that extended name at any level. Returns the number of masters that were not
-    /// found, with a warning for each.
+    /// without `find`, the parameter of that extended name at any level; the dot before the name of a member of a root
+    /// without a name may be missing. Returns the number of masters that were not found, with a warning for each.
     int resolveMasterParameters(const boost::function<ParameterWithoutType*(const QString&)>& find = {});
     //@}
 

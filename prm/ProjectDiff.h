@@ -15,7 +15,7 @@ namespace Prm {
 /// \snippet reading_any_project.cpp differences
 /// \threads A plain value.
 struct ProjectDifference {
-    /// Of the parameter or group; empty for what belongs to the whole file.
+    /// Of the parameter or group; the name of a field of the header; empty for a line that belongs to none.
     QString path;
     /// Null for what is the same in all views.
     QVariant view;

@@ -54,7 +54,10 @@ public:
     QString after() const;
     bool isHidden() const { return m_data->isHidden(); }
     /// The path of the master, empty without one.
-    const QString& master() const { return m_data->pendingMasterParameterId(); }
+    QString master() const {
+        const QString& id = m_data->pendingMasterParameterId();
+        return id.mid(id.startsWith('.') ? 1 : 0);
+    }
 
     // --- values ------------------------------------------------------------------------------------------------------
     QVariant meaning(const FileValue& value) const { return m_kind->value(shown(value.text)); }

@@ -25,6 +25,11 @@ const QString& changeOf(const QVariant& from, const QVariant& to) {
     return from.isNull() ? added : to.isNull() ? removed : changed;
 }
 
+/// What was added has no text before, what was removed none after.
+QVariant onlyIf(const QString& change, const QString& wanted, const QString& text) {
+    return change == wanted ? QVariant(text) : QVariant();
+}
+
 QString contentOf(const FileView& data) {
     if (!data.keys.empty())
         return ", " + counted(static_cast<qint64>(data.keys.size()), "key");
@@ -108,10 +113,11 @@ private:
                 return found == values.end() ? QVariant() : QVariant(found->second);
             };
             m_path = "header";
+            const std::size_t count = m_differences.size();
             addChange("header", toText(name), valueIn(from), valueIn(to));
+            if (m_differences.size() > count)
+                m_differences.back().path = toText(name);
         }
-        for (Difference& difference : m_differences)
-            difference.path.clear();
     }
 
     void compareUnknownLines() {
@@ -121,8 +127,14 @@ private:
             std::vector<std::string_view> missing;
             std::set_difference(lines.begin(), lines.end(), others.begin(), others.end(), std::back_inserter(missing));
             for (const std::string_view line : missing)
-                m_differences.push_back(
-                    {{}, {}, "line", change, {}, {}, {}, message("unknown line %1: %2", change, toText(line))});
+                m_differences.push_back({{},
+                                         {},
+                                         "line",
+                                         change,
+                                         {},
+                                         onlyIf(change, removed, toText(line)),
+                                         onlyIf(change, added, toText(line)),
+                                         message("unknown line %1: %2", change, toText(line))});
         };
         addMissing(from, to, removed);
         addMissing(to, from, added);
@@ -209,7 +221,8 @@ private:
             others.sort();
             for (const QString& line : lines) {
                 if (!std::binary_search(others.begin(), others.end(), line))
-                    add("line", change, message("malformed line %1: %2", change, line));
+                    add("line", change, message("malformed line %1: %2", change, line), onlyIf(change, removed, line),
+                        onlyIf(change, added, line));
             }
         };
         addMissing(linesOf(m_from, from), linesOf(m_to, to), removed);
@@ -270,9 +283,9 @@ private:
 
     void addKey(const QString& change, const FileKeyframe& key) {
         const QVariant time = key.time.toDouble();
-        const QVariant text = keyframeText(key);
-        add("key", change, message("key at %1 %2, %3", plainText(time), change, keyframeText(key)),
-            change == removed ? text : QVariant(), change == added ? text : QVariant(), time);
+        const QString text = keyframeText(key);
+        add("key", change, message("key at %1 %2, %3", plainText(time), change, text), onlyIf(change, removed, text),
+            onlyIf(change, added, text), time);
     }
 
     void addChanged(const FileKeyframe& from, const FileKeyframe& to) {

@@ -170,12 +170,18 @@ std::vector<int> ProjectText::counterpartsIn(const ProjectText& other) const {
     return found;
 }
 
-int ProjectText::masterOf(int node) const {
+std::string_view ProjectText::masterPath(int node) const {
     const int line = this->node(node).masterLine;
     if (line < 0)
-        return -1;
-    const std::string_view path = textAfterEquals(this->line(line));
-    const int master = findNode(path.substr(0, path.find('=')));
+        return {};
+    std::string_view path = textAfterEquals(this->line(line));
+    path = path.substr(0, path.find('='));
+    return path.substr(!path.empty() && path.front() == '.' ? 1 : 0);
+}
+
+int ProjectText::masterOf(int node) const {
+    const std::string_view path = masterPath(node);
+    const int master = path.empty() ? -1 : findNode(path);
     return master >= 0 && this->node(master).isParameter() ? master : -1;
 }
 

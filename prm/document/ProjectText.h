@@ -66,6 +66,9 @@ public:
     int findChild(int parent, std::string_view name) const;
     /// For each node, the node of that path in another text, -1 without one.
     std::vector<int> counterpartsIn(const ProjectText& other) const;
+    /// The path in the last master line of a node, empty without one. Members of a root without a name are written with
+    /// a dot before theirs, which is left out.
+    std::string_view masterPath(int node) const;
     /// The parameter that the last master line of a node names, -1 without such a line or parameter.
     int masterOf(int node) const;
 

@@ -19,10 +19,7 @@ Side otherThan(Side side) {
 
 /// The path that a node names as its master, empty without one.
 std::string_view masterPath(const ProjectText& text, int node) {
-    if (node < 0 || text.node(node).masterLine < 0)
-        return {};
-    const std::string_view path = textAfterEquals(text.line(text.node(node).masterLine));
-    return path.substr(0, path.find('='));
+    return node < 0 ? std::string_view() : text.masterPath(node);
 }
 
 class MasterMerge {

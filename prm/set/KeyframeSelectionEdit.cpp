@@ -63,7 +63,7 @@ const char* actOf(const KeyframeChange& change) {
         return changesValues || change.retiming ? "Change" : "Change interpolation of";
     if (changesValues)
         return shifts && change.valueScale == 1.0 ? "Move" : change.retiming ? "Change" : "Change values of";
-    return shifts ? "Move" : "Retime";
+    return shifts || !change.retiming ? "Move" : "Retime";
 }
 
 } // namespace

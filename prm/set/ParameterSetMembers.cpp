@@ -121,7 +121,7 @@ int ParameterSet::resolveMasterParameters(const boost::function<ParameterWithout
     int unresolved = 0;
     for (ParameterWithoutType* parameter : waiting) {
         const QString id = parameter->pendingMasterParameterId();
-        ParameterWithoutType* const master = find ? find(id) : byName.value(id);
+        ParameterWithoutType* const master = find ? find(id) : byName.value(id, byName.value(QLatin1Char('.') + id));
         const bool tied =
             master && (parameter->masterParameter() == master || master->bAddConstrainedParameter(parameter));
         if (tied) {

@@ -50,6 +50,8 @@ const GuessRow guesses[] = {
     {"settled", "a.s.value=1\na.b.s.value=0\n", "a.b=switch", "a{s:number b{s:switch}}", 0},
     {"unknown type", "a.q.value=1 2 3\na.n.value=2\n", "", "a{n:number}", 1},
     {"kind of the master", "a.m.MasterParameterId=a.p\na.p.value=1 2\n", "", "a{m:point p:point}", 0},
+    {"master at the top", "a.m.MasterParameterId=.n\na.o.MasterParameterId=n\nn.value=2\n", "",
+     "n:number a{m:number o:number}", 0},
     {"masters in a circle", "a.m.MasterParameterId=a.n\na.n.MasterParameterId=a.m\na.n.value=2\n", "",
      "a{m:number n:number}", 1},
     {"neighbour with a dot in its name", "a.n.value=2\na.n.x.value=3\n", "", "a{n:number n.x:number}", 0},

@@ -19,6 +19,13 @@ KeyframeSelection selected(P& parameter, double from, double to) {
     return selection;
 }
 
+/// A change with one more member.
+template <class T>
+KeyframeChange both(KeyframeChange change, std::optional<T> KeyframeChange::*member, const T& value) {
+    change.*member = value;
+    return change;
+}
+
 TEST(Selection, IsChangedAsOneEdit) {
     const IType hold(Interpolation::Constant);
     const Easing twoParts{QString(), {{0.5, 0.25, Interpolation::Linear}, {1, 1, hold}}};
@@ -27,25 +34,37 @@ TEST(Selection, IsChangedAsOneEdit) {
         KeyframeChange change;
         const char* keys;
         const char* sent;
+        /// How the text for the menu begins.
+        const char* words;
     };
     const char* const moved = "KEYFRAME_MOVED 0 0\n";
     const char* const assigned = "PARAMETER_ASSIGNED 0 0\n";
     // Of 0=0 1=1 2=2 10=10, those up to 2.
     const Row rows[] = {
-        {"onto each other's places", KeyframeChange::moved(1), "1=0 2=1 3=2 10=10 ", moved},
-        {"onto one that stays", KeyframeChange::moved(8), "8=0 9=1 10=2 ", assigned},
-        {"past one that stays", KeyframeChange::moved(9.5), "9.5=0 10=10 10.5=1 11.5=2 ", assigned},
-        {"by a nudge", KeyframeChange::moved(-0.25), "-0.25=0 0.75=1 1.75=2 10=10 ", moved},
-        {"scaled", KeyframeChange::retimed(Retiming::scaled(3, Time::fromInt(1))), "-2=0 1=1 4=2 10=10 ", moved},
-        {"in time and value", KeyframeChange::moved(1, {5}), "1=5 2=6 3=7 10=10 ", assigned},
-        {"values scaled", KeyframeChange::scaledValues(2, 1), "0=-1 1=1 2=3 10=10 ", assigned},
-        {"eased", KeyframeChange::shaped(hold), "0=0 1=1 2=2 10=10 ", assigned},
-        {"eased in parts", KeyframeChange::eased(twoParts), "0=0 0.5=0.25 1=1 1.5=1.25 2=2 6=4 10=10 ", assigned},
-        {"flat", KeyframeChange::withHandles(HandleChange::flat()), "0=0 1=1 2=2 10=10 ", assigned},
-        {"deleted", KeyframeChange::deleted(), "10=10 ", assigned},
-        {"not at all", KeyframeChange::moved(0), "0=0 1=1 2=2 10=10 ", ""},
-        {"out of range", KeyframeChange::moved(1e10), "0=0 1=1 2=2 10=10 ", ""},
-        {"to infinity", KeyframeChange::moved(1, {INFINITY}), "0=0 1=1 2=2 10=10 ", ""},
+        {"onto each other's places", KeyframeChange::moved(1), "1=0 2=1 3=2 10=10 ", moved, "Move"},
+        {"onto one that stays", KeyframeChange::moved(8), "8=0 9=1 10=2 ", assigned, "Move"},
+        {"past one that stays", KeyframeChange::moved(9.5), "9.5=0 10=10 10.5=1 11.5=2 ", assigned, "Move"},
+        {"by a nudge", KeyframeChange::moved(-0.25), "-0.25=0 0.75=1 1.75=2 10=10 ", moved, "Move"},
+        {"scaled", KeyframeChange::retimed(Retiming::scaled(3, Time::fromInt(1))), "-2=0 1=1 4=2 10=10 ", moved,
+         "Retime"},
+        {"in time and value", KeyframeChange::moved(1, {5}), "1=5 2=6 3=7 10=10 ", assigned, "Move"},
+        {"values scaled", KeyframeChange::scaledValues(2, 1), "0=-1 1=1 2=3 10=10 ", assigned, "Change values of"},
+        {"eased", KeyframeChange::shaped(hold), "0=0 1=1 2=2 10=10 ", assigned, "Change interpolation of"},
+        {"eased in parts", KeyframeChange::eased(twoParts), "0=0 0.5=0.25 1=1 1.5=1.25 2=2 6=4 10=10 ", assigned,
+         "Change interpolation of"},
+        {"flat", KeyframeChange::withHandles(HandleChange::flat()), "0=0 1=1 2=2 10=10 ", assigned,
+         "Change handles of"},
+        {"deleted", KeyframeChange::deleted(), "10=10 ", assigned, "Delete"},
+        {"in time, values scaled",
+         both(KeyframeChange::scaledValues(2), &KeyframeChange::retiming, Retiming::shifted(1)), "1=0 2=2 3=4 10=10 ",
+         assigned, "Change"},
+        {"in time, eased", both(KeyframeChange::shaped(hold), &KeyframeChange::retiming, Retiming::shifted(1)),
+         "1=0 2=1 3=2 10=10 ", assigned, "Change"},
+        {"eased, flat", both(KeyframeChange::shaped(hold), &KeyframeChange::handles, HandleChange::flat()),
+         "0=0 1=1 2=2 10=10 ", assigned, "Change"},
+        {"not at all", KeyframeChange::moved(0), "0=0 1=1 2=2 10=10 ", "", "Move"},
+        {"out of range", KeyframeChange::moved(1e10), "0=0 1=1 2=2 10=10 ", "", "Move"},
+        {"to infinity", KeyframeChange::moved(1, {INFINITY}), "0=0 1=1 2=2 10=10 ", "", "Move"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
@@ -71,6 +90,7 @@ TEST(Selection, IsChangedAsOneEdit) {
         EXPECT_EQ(lines(x), before);
         EXPECT_EQ(ofX.take(), *row.sent ? assigned : "");
         EXPECT_EQ(edit.usageLogInfo(), "x, y");
+        EXPECT_EQ(edit.summary().toString().toStdString(), std::string(row.words) + " 6 keyframes of 2 parameters");
     }
 }
 
