@@ -244,6 +244,29 @@ TEST(ProjectFile, SavingFailsWholeOrNotAtAll) {
     EXPECT_NE(contents(name), before);
 }
 
+TEST(ProjectFile, MastersAreFoundByTheHostOrByName) {
+    const Warnings quiet;
+    for (const bool isByHost : {false, true}) {
+        ParameterSet root;
+        Number one("one"), two("two"), follower("follower");
+        for (Number* const number : {&one, &two, &follower})
+            root.addParameter(*number);
+        ProjectFile file(root);
+        QStringList asked;
+        if (isByHost)
+            file.setFindMaster([&](const QString& id) {
+                asked += id;
+                return id == ".one" ? &two : nullptr;
+            });
+        file.loadText("follower.MasterParameterId=.one\n");
+        EXPECT_EQ(follower.masterParameter(), isByHost ? &two : &one);
+        EXPECT_EQ(asked, isByHost ? QStringList(".one") : QStringList());
+        file.loadText("two.MasterParameterId=one\none.MasterParameterId=.none\n");
+        EXPECT_EQ(two.masterParameter(), isByHost ? nullptr : &one) << "the dot may be missing";
+        EXPECT_EQ(file.keptLines().size(), isByHost ? 2 : 1);
+    }
+}
+
 TEST(ProjectFile, LossesAreNamedBeforeSaving) {
     Project project;
     EXPECT_TRUE(project.file.saveLosses().isEmpty());

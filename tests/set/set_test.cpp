@@ -23,6 +23,11 @@ TEST(ParameterSet, SubsetsGetUniqueNames) {
     add("Blur");
     EXPECT_EQ(unique, "Blur Blur_2 Blur_3 Blur_4 Blur7 Blur_8 a_b_3 a_b_4 12 13 _5 6 Blur_007 Blur_9 it_s_a_b "
                       "B99999999999 B_100000000000 C_007 C_6 C_7 Blur_2 ");
+    const auto outside = boost::make_shared<ParameterSet>("Blur");
+    root.setUniqueName(outside);
+    root.setUniqueName(nullptr);
+    EXPECT_EQ(outside->scriptName(), "Blur_5");
+    EXPECT_EQ(root.subsetWithName("Blur_5"), nullptr) << "named, not added";
 }
 
 TEST(ParameterSet, ListsASubsetOnceAtItsPlace) {
@@ -171,6 +176,42 @@ TEST(ParameterSet, ItsTreeIsNotified) {
     set = other;
     EXPECT_EQ(tree.text, "+old -old +old -old +new ");
     EXPECT_EQ(old->parameterTree(), nullptr);
+}
+
+TEST(ParameterSet, ChangesItsTreeWithWhatIsBelow) {
+    Told former, next, third;
+    ParameterSet set("set", &former);
+    const auto child = boost::make_shared<ParameterSet>("child");
+    const auto foreign = boost::make_shared<ParameterSet>("foreign", &third);
+    set.addParameterSet(child);
+    child->addParameterSet(boost::make_shared<ParameterSet>("deep"));
+    former.text.clear();
+    set.changeParameterTree(&third, &next);
+    EXPECT_EQ(set.parameterTree(), &former) << "it is not of that tree";
+    set.changeParameterTree(&former, &next);
+    EXPECT_EQ(former.text, "-set ");
+    EXPECT_EQ(next.text, "+set ");
+    EXPECT_EQ(child->subsets().front()->parameterTree(), &next);
+    child->addParameterSet(foreign);
+    EXPECT_EQ(foreign->parameterTree(), &next);
+    EXPECT_EQ(third.text, "-foreign ");
+    set.changeParameterTree(&next, nullptr);
+    EXPECT_EQ(foreign->parameterTree(), nullptr);
+}
+
+TEST(ParameterSet, MovedParametersHaveTheValuesOfTheirTarget) {
+    MovedParameter moved("old");
+    EXPECT_FALSE(moved.variantValue(at(3)).isValid());
+    EXPECT_TRUE(moved.allKeyframes().isEmpty());
+    moved.setVariantValue(7., at(3));
+    Number target("target");
+    moved.setTargetParam(target);
+    EXPECT_EQ(keyframesOf(target), "") << "what came before has gone nowhere";
+    moved.setVariantValue(7., at(3));
+    EXPECT_EQ(keyframesOf(target), "3=7 ");
+    EXPECT_EQ(moved.variantValue(at(3)), 7.);
+    EXPECT_EQ(moved.allKeyframes(), target.allKeyframes());
+    EXPECT_EQ(moved.exportState(), nullptr);
 }
 
 TEST(ParameterSet, ListsNothingHalfDestroyed) {
