@@ -133,8 +133,8 @@ public:
     bool removeParameterSet(const boost::shared_ptr<ParameterSet>& subset);
     /// Removes all members; the tree is notified of the subsets. Observers may delete the set meanwhile.
     void clearAllLists();
-    /// If a subset of this set has the script name of `subset`, even `subset` itself, gives it the next free one: "Blur"
-    /// becomes "Blur_2", "Blur_2" becomes "Blur_3".
+    /// If a subset of this set, `subset` or another one, has the script name of `subset`, gives it the next free one:
+    /// "Blur" becomes "Blur_2", "Blur_2" becomes "Blur_3".
     void setUniqueName(const boost::shared_ptr<ParameterSet>& subset);
 
     /// The animatable parameters, in the order in which they were added.
