@@ -170,9 +170,11 @@ void collectSet(const ParameterSet& set, QStringList& losses) {
             losses.append(
                 QStringLiteral("%1: a line was read, but there is no parameter for it").arg(moved->scriptName()));
         const auto* const text = dynamic_cast<const StaticParameter<QString>*>(parameter);
-        const QString loss = text ? lossOfRawText(text->value()) : QString();
+        if (!text)
+            continue;
+        const QString loss = lossOfRawText(text->value());
         if (!loss.isEmpty())
-            losses.append(QStringLiteral("%1: the text %2").arg(parameter->scriptName(), loss));
+            losses.append(QStringLiteral("%1: the text %2").arg(text->scriptName(), loss));
     }
     const QString loss = lossOfRawText(set.name());
     if (!loss.isEmpty())
