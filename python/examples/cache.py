@@ -21,5 +21,24 @@ def frames_to_draw() -> list[int]:
     return [frame for frame in range(31) if frame not in pictures]
 
 
+def hashes_to_renew() -> dict[str, str]:
+    # [since]
+    logo = prm.Group("logo", [prm.Number("opacity", 1.0), prm.Text("title", "Hello")])
+    project = prm.Project([logo])
+    hashes = {one.path: one.hash_range() for one in project.walk()}
+    changes = prm.ChangedSince(project)
+
+    logo["title"].set("Good bye", at=40)
+    logo.add(prm.Switch("visible", True))
+    del logo["opacity"]
+    since = changes.take()
+    for path in since.went:
+        del hashes[path]
+    for one in since.parameters:
+        hashes[one.path] = one.hash_range()
+    # [since]
+    return hashes
+
+
 if __name__ == "__main__":
-    print(frames_to_draw())
+    print(frames_to_draw(), sorted(hashes_to_renew()))

@@ -16,6 +16,7 @@ from . import _prm
 from ._prm import (
     BasicParameter,
     Change,
+    ChangedSince,
     Compound,
     Conflict,
     Difference,
@@ -31,6 +32,8 @@ from ._prm import (
     Point,
     Project,
     Span,
+    StaticText,
+    StaticUnsigned,
     Subscription,
     Switch,
     Text,
@@ -105,6 +108,9 @@ class _Members:
 
     def retime(self, scale=1.0, pivot=0.0, shift=0.0, start=float("-inf"), end=float("inf")):
         self.root.retime(scale, pivot, shift, start, end)
+
+    def hash_range(self, start=float("-inf"), end=float("inf"), view=0):
+        return self.root.hash_range(start, end, view)
 
     def on_change(self, callback):
         return self.root.on_change(callback)

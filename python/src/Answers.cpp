@@ -42,6 +42,12 @@ QString hashOf(const Handle& self, double start, double end, const ViewName& vie
     return hash.result().toString();
 }
 
+QString hashOfGroup(const GroupHandle& self, double start, double end, const ViewName& view) {
+    Bsc::Hash hash;
+    Prm::hashRange(hash, self.owned(), findView(homeOf(self.owned()), view), spanOf(start, end));
+    return hash.result().toString();
+}
+
 /// Of a Parameter any thread may ask.
 const Prm::BasicParameter& asked(const Handle& self) {
     return py::isinstance<Animated>(py::cast(self)) ? self.alive() : self.owned();
@@ -76,6 +82,10 @@ void bindAnswers(py::module_& module, py::class_<Handle>& basic) {
     basic.def("hash_range", &hashOf, py::arg("start") = -infinity, py::arg("end") = infinity,
               py::arg("view") = ViewName(),
               "32 digits that are equal only where all values of the span are, for names of files in a cache.");
+    py::reinterpret_borrow<py::class_<GroupHandle>>(module.attr("Group"))
+        .def("hash_range", &hashOfGroup, py::arg("start") = -infinity, py::arg("end") = infinity,
+             py::arg("view") = ViewName(),
+             "32 digits that are equal only where all values below the group are, at all times of the span.");
     module.def(
         "easings",
         [] {

@@ -1,10 +1,9 @@
-#include "prm/Extent.h"
 #include "python/src/Bindings.h"
-#include "python/src/Home.h"
+#include "python/src/Extents.h"
+#include "python/src/History.h"
 
 #include <QMetaObject>
 
-#include <cmath>
 #include <utility>
 
 namespace PrmPython {
@@ -22,29 +21,6 @@ struct Change {
     /// Null after the call.
     std::shared_ptr<const Prm::ParameterChange*> record;
 };
-
-struct Extent { // NOLINT(bugprone-exception-escape): its move throws nothing
-    Prm::Extent extent;
-    const Prm::BasicParameter* about;
-    QPointer<const Prm::BasicParameter> object;
-    KeeperPointer keeper;
-};
-
-struct Times {
-    Prm::TimeSpans spans;
-};
-
-py::array framesWithin(const Times& self, int first, int last) {
-    std::vector<int> frames;
-    for (const Prm::TimeSpan& span : self.spans) {
-        double from = std::max(std::ceil(span.from), static_cast<double>(first));
-        if (from == span.from && !span.withFrom)
-            ++from;
-        for (double frame = from; frame <= last && span.contains(Prm::Time::fromDouble(frame)); ++frame)
-            frames.push_back(static_cast<int>(frame));
-    }
-    return py::array_t<int>(static_cast<py::ssize_t>(frames.size()), frames.data());
-}
 
 /// The callback, which the subscription and the connection share. Guarded by the interpreter's lock.
 struct Listener {
@@ -142,14 +118,7 @@ Subscription subscribeGroup(const GroupHandle& self, const py::object& callback)
 Extent extentOfChange(const Change& self) {
     if (!*self.record)
         throw NotNow("the extent of a change is known during the callback only");
-    const Prm::BasicParameter* const about = (*self.record)->parameter;
-    return {Prm::extentOf(**self.record), about, about, self.keeper};
-}
-
-Times framesOf(const Extent& self, const ViewName& name, bool ofAll) {
-    const QPointer<const Prm::BasicParameter> object = self.object;
-    const Prm::View view = findView(object ? homeOf(*object) : nullptr, name);
-    return {ofAll ? self.extent.in(view) : self.extent.in(self.about, view)};
+    return extentOf(self.keeper, **self.record);
 }
 
 // A callback may refer to its own subscription; so the garbage collector visits it.
@@ -167,42 +136,9 @@ void setCollected(PyHeapTypeObject* heapType) {
     };
 }
 
-void bindTimes(py::module_& module) {
-    using Span = Prm::TimeSpan;
-    py::class_<Span>(module, "Span", "The times from one to another, in frames; ends may be infinite.")
-        .def_readonly("start", &Span::from)
-        .def_readonly("end", &Span::to)
-        .def_readonly("with_start", &Span::withFrom, "Whether the start belongs to it.")
-        .def_readonly("with_end", &Span::withTo, "Whether the end belongs to it.")
-        .def("__contains__", [](const Span& self, double time) { return self.contains(timeOf(time)); })
-        .def("__bool__", [](const Span& self) { return !self.isEmpty(); })
-        .def(
-            "__eq__", [](const Span& self, const Span& other) { return self == other; }, py::is_operator())
-        .def("__hash__", [](const Span& self) { return py::hash(py::make_tuple(self.from, self.to)); })
-        .def("__repr__", [](const Span& self) {
-            return py::str("<prm.Span {}{}, {}{}>")
-                .format(self.withFrom ? "[" : "(", self.from, self.to, self.withTo ? "]" : ")");
-        });
-    py::class_<Times>(module, "Times", "A set of times: spans in ascending order.")
-        .def("__contains__", [](const Times& self, double time) { return self.spans.contains(timeOf(time)); })
-        .def("__iter__",
-             [](const Times& self) {
-                 return py::iter(py::cast(std::vector<Span>(self.spans.begin(), self.spans.end())));
-             })
-        .def(
-            "__len__", [](const Times& self) { return self.spans.size(); }, "The number of spans.")
-        .def("within", &framesWithin, py::arg("first"), py::arg("last"),
-             "The whole frames from the first to the last, both included, as an array.");
-}
-
 } // namespace
 
 void bindChanges(py::module_& module, py::class_<Animated, Handle>& animated) {
-    bindTimes(module);
-    py::class_<Extent>(module, "Extent", "Where values may differ after a change.")
-        .def("frames", &framesOf, py::arg("view") = ViewName(), py::arg("all") = false,
-             "The times at which the value of the changed parameter may differ in a view; all: the value of any.")
-        .def("__bool__", [](const Extent& self) { return !self.extent.isEmpty(); });
     py::class_<Change>(module, "Change", "One change of a parameter, as a callback receives it.")
         .def_readonly("kind", &Change::kind, "For example \"KEYFRAME_ADDED\".")
         .def_readonly("parameter", &Change::parameter)

@@ -17,18 +17,6 @@ const QString& nameOf(const Prm::ParameterSet::Member& member) {
     return member.parameter ? member.parameter->scriptName() : member.set->scriptName();
 }
 
-/// The paths of all that is below the set.
-void listPaths(const Prm::ParameterSet& set, const QString& prefix, QStringList& paths) {
-    for (const auto& member : set.members()) {
-        const QString path = prefix + nameOf(member);
-        paths << path;
-        const auto* const inside =
-            member.set ? member.set : dynamic_cast<const Prm::CompoundParameter*>(member.parameter);
-        if (inside)
-            listPaths(*inside, path + ".", paths);
-    }
-}
-
 std::optional<Prm::ParameterSet::Member> find(const Prm::ParameterSet& set, const QString& path) {
     // Looked up from a handle that may edit.
     auto& searched = const_cast<Prm::ParameterSet&>(set); // NOLINT(cppcoreguidelines-pro-type-const-cast)
@@ -51,9 +39,9 @@ GroupHandle makeGroup(const QString& name, const py::iterable& members) {
 /// The edit that adds what the keeper owns.
 template <class Object>
 std::unique_ptr<Bsc::Command> adding(Prm::ParameterSet& set, Keeper& keeper, Object& object, int position) {
-    if (auto* const made = dynamic_cast<Made<Prm::ParameterWithoutType>*>(&keeper)) {
+    if (auto* const made = dynamic_cast<Made<Prm::BasicParameter>*>(&keeper)) {
         if constexpr (std::is_base_of_v<Prm::BasicParameter, Object>) {
-            if (static_cast<Prm::BasicParameter*>(made->object.get()) == &object)
+            if (made->object.get() == &object)
                 return std::make_unique<Prm::ParameterSetAddEdit>(
                     set, boost::dynamic_pointer_cast<Object>(made->object), position);
         }
@@ -143,7 +131,7 @@ void retimeGroup(const GroupHandle& self, double scale, double pivot, double shi
 }
 
 QString titleOf(const GroupHandle& self) {
-    if (!self.life.alive())
+    if (!self.isAlive())
         return "deleted";
     const QString path = self.set->path();
     return path.isEmpty() ? self.set->name() : path;
@@ -207,7 +195,7 @@ py::object memberAt(const KeeperPointer& keeper, const Prm::ParameterSet& set, c
     if (const auto member = find(set, path))
         return wrap(keeper, *member);
     QStringList present;
-    listPaths(set, {}, present);
+    forEachBelow(set, {}, [&](const auto&, const QString& known) { present << known; });
     raiseMissing("member", path, present);
 }
 
@@ -239,7 +227,7 @@ void bindGroups(py::module_& module) {
         },
         "The name shown to users.");
     group.def_property_readonly("path", [](const GroupHandle& self) { return self.owned().path(); });
-    group.def_property_readonly("alive", [](const GroupHandle& self) { return self.life.alive(); });
+    group.def_property_readonly("alive", [](const GroupHandle& self) { return self.isAlive(); });
     group.def("__repr__", [](const GroupHandle& self) { return py::str("<prm.Group {!r}>").format(titleOf(self)); });
     group.def(
         "__eq__", [](const GroupHandle& self, const GroupHandle& other) { return self.equals(other); },

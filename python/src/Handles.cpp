@@ -15,7 +15,7 @@ Prm::BasicParameter& Handle::owned() const {
 }
 
 Prm::ParameterSet& GroupHandle::owned() const {
-    if (!life.alive())
+    if (!isAlive())
         throw DeadReference();
     requireOwner(*keeper, homeOf(*set));
     return *set;
@@ -53,6 +53,10 @@ py::object wrap(const KeeperPointer& keeper, Prm::BasicParameter& parameter) {
         return typed;
     if (auto* const animated = dynamic_cast<Prm::ParameterWithoutType*>(&parameter))
         return py::cast(Animated(keeper, *animated));
+    if (auto* const number = dynamic_cast<Prm::StaticParameter<unsigned int>*>(&parameter))
+        return py::cast(Unanimated<unsigned int>(keeper, *number));
+    if (auto* const text = dynamic_cast<Prm::StaticParameter<QString>*>(&parameter))
+        return py::cast(Unanimated<QString>(keeper, *text));
     return py::cast(Handle(keeper, parameter));
 }
 
@@ -83,7 +87,8 @@ Prm::View findView(Home* home, const ViewName& view) {
 }
 
 Prm::View findView(const Handle& handle, const ViewName& view) {
-    return findView(homeOf(handle.alive()), view);
+    Home* const home = handle.keeper ? handle.keeper->home() : nullptr;
+    return findView(home ? home : homeOf(handle.alive()), view);
 }
 
 namespace {

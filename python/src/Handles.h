@@ -4,6 +4,7 @@
 #include "prm/Parameter.h"
 #include "prm/ParameterSet.h"
 #include "prm/ParameterTree.h"
+#include "prm/StaticParameter.h"
 #include "prm/Views.h"
 #include "python/src/Convert.h"
 #include "python/src/Errors.h"
@@ -60,15 +61,21 @@ struct CompoundHandle : Animated {
     Prm::CompoundParameter* compound;
 };
 
+/// A parameter that does not animate.
+template <class T> struct Unanimated : Handle {
+    Unanimated(KeeperPointer by, Prm::StaticParameter<T>& parameter) : Handle(std::move(by), parameter) {}
+};
+
 /// A parameter set. It is no QObject, so a guard knows whether it is alive.
 struct GroupHandle {
-    GroupHandle(KeeperPointer by, Prm::ParameterSet& group) : keeper(std::move(by)), set(&group), life(group) {}
+    GroupHandle(KeeperPointer by, Prm::ParameterSet& group) : keeper(std::move(by)), set(&group), life(betweenWork<Prm::detail::LifeGuard>(group)) {}
+    bool isAlive() const { return life->alive(); }
     Prm::ParameterSet& owned() const;
-    bool equals(const GroupHandle& other) const { return set == other.set && life.alive() && other.life.alive(); }
+    bool equals(const GroupHandle& other) const { return set == other.set && isAlive() && other.isAlive(); }
 
     KeeperPointer keeper;
     Prm::ParameterSet* set;
-    Prm::detail::LifeGuard life;
+    std::shared_ptr<const Prm::detail::LifeGuard> life;
 };
 
 /// The project of an object; null if it is in none.

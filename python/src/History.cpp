@@ -61,14 +61,14 @@ void History::run(Edit edit, const void* subject) {
     try {
         m_blocks.back().entries.push_back({std::move(edit), subject});
         const Counted<int> running(m_running);
-        const py::gil_scoped_release released;
+        const Working working;
         m_blocks.back().entries.front().edit->doIt();
     } catch (...) {
         while (m_blocks.size() > depth)
             end();
         // The edit itself has put back its subject; what slots have done elsewhere is left.
         {
-            const py::gil_scoped_release released;
+            const Working working;
             undoFrom(m_blocks.back(), 1, subject);
         }
         const Deleting deleting;
@@ -118,7 +118,7 @@ void History::rollBack() {
     {
         const Counted<int> running(m_running);
         m_isReplaying = true;
-        const py::gil_scoped_release released;
+        const Working working;
         undoFrom(m_blocks.back(), 0, nullptr);
         m_isReplaying = false;
     }
@@ -135,7 +135,7 @@ void History::replay(std::vector<Step>& from, std::vector<Step>& to, void (Bsc::
     const Counted<int> running(m_running);
     m_isReplaying = true;
     try {
-        const py::gil_scoped_release released;
+        const Working working;
         ((*from.back().edits).*act)();
     } catch (...) {
         m_isReplaying = false;

@@ -49,7 +49,7 @@ void perform(Home* home, const void* subject, std::unique_ptr<Bsc::Command> edit
         return;
     }
     {
-        const py::gil_scoped_release released;
+        const Working working;
         edit->doIt();
     }
     const Deleting deleting;

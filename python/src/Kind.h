@@ -66,16 +66,22 @@ template <class Try> bool eachKind(const Try& tryKind) {
            tryKind(static_cast<QPoint*>(nullptr));
 }
 
-/// The value that Python gives. Throws TypeError.
+/// The value that Python gives. Throws TypeError, and ValueError for a whole number that is too great or too small.
 template <class T> T valueFrom(py::handle given) {
     py::detail::make_caster<T> caster;
     // What has a truth is not therefore a bool, and a bool is no number.
     constexpr bool isBool = std::is_same_v<T, bool>;
-    if ((!isBool && PyBool_Check(given.ptr())) || !caster.load(given, !isBool)) {
-        const std::string type = Py_TYPE(given.ptr())->tp_name;
-        throw py::type_error(std::string("a ") + Kind<T>::name + " does not take a value of type " + type);
+    const bool isNumber = PyLong_Check(given.ptr()) && !PyBool_Check(given.ptr());
+    if ((isBool || !PyBool_Check(given.ptr())) && caster.load(given, !isBool))
+        return py::detail::cast_op<T>(caster);
+    if constexpr (std::is_integral_v<T> && !isBool) {
+        using Limits = std::numeric_limits<T>;
+        if (isNumber)
+            throw py::value_error("the value is not within " + std::to_string(Limits::min()) + " and " +
+                                  std::to_string(Limits::max()));
     }
-    return py::detail::cast_op<T>(caster);
+    const std::string type = Py_TYPE(given.ptr())->tp_name;
+    throw py::type_error(std::string("a value of type ") + type + " is none of " + Kind<T>::name);
 }
 
 /// Values as an array of the given shape; points have one more axis, of 2.

@@ -28,7 +28,7 @@ Typed<T> makeKind(const QString& name, py::handle initial, bool keyframed, bool 
     const T value = initial.is_none() ? T{} : valueFrom<T>(initial);
     const auto options = optionsOf<T>(keyframed, splittable, locked, hidden);
     const auto made = boost::make_shared<typename Kind<T>::Class>(name, value, options);
-    return {kept(static_cast<Keeper*>(new Made<Prm::ParameterWithoutType>(made))), *made};
+    return {kept(static_cast<Keeper*>(new Made<Prm::BasicParameter>(made))), *made};
 }
 
 template <class T> T valueAt(const Typed<T>& self, double time, const ViewName& view) {

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <condition_variable>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 namespace PrmPython {
@@ -33,10 +34,22 @@ bool maySample(const Gate& state) {
     return state.deleting == 0 || state.deleter == std::this_thread::get_id();
 }
 
-// Guarded by the interpreter's lock.
-std::vector<std::unique_ptr<Keeper>>& leftBehind() {
-    static auto& only = *new std::vector<std::unique_ptr<Keeper>>;
+/// Guarded by the interpreter's lock.
+struct LeftBehind {
+    std::vector<std::unique_ptr<Keeper>> keepers;
+    std::vector<std::shared_ptr<void>> betweenWork;
+    /// Scopes of all threads in which the lock is released.
+    int working = 0;
+};
+LeftBehind& leftBehind() {
+    static auto& only = *new LeftBehind;
     return only;
+}
+
+thread_local int workingHere = 0;
+
+bool othersWork() {
+    return leftBehind().working > workingHere;
 }
 
 /// Whether the keeper must not be deleted now: on another thread, or in a callback of its own edit.
@@ -95,6 +108,23 @@ Deleting::~Deleting() {
     state.changed.notify_all();
 }
 
+Working::Working() {
+    ++leftBehind().working;
+    ++workingHere;
+    m_released.emplace();
+}
+
+Working::~Working() {
+    m_released.reset();
+    --workingHere;
+    --leftBehind().working;
+}
+
+void leaveBehind(std::shared_ptr<void> last) {
+    if (othersWork())
+        leftBehind().betweenWork.push_back(std::move(last));
+}
+
 void stopSampling() {
     static const Deleting& untilTheEnd = *new Deleting;
     (void)untilTheEnd;
@@ -105,7 +135,7 @@ Keeper::~Keeper() = default;
 void bury(Keeper* keeper) {
     std::unique_ptr<Keeper> last(keeper);
     if (mustWait(*last)) {
-        leftBehind().push_back(std::move(last));
+        leftBehind().keepers.push_back(std::move(last));
         return;
     }
     const Deleting deleting;
@@ -113,7 +143,9 @@ void bury(Keeper* keeper) {
 }
 
 void buryLeftBehind() {
-    auto& all = leftBehind();
+    if (!othersWork())
+        std::exchange(leftBehind().betweenWork, {}).clear();
+    auto& all = leftBehind().keepers;
     if (all.empty())
         return;
     const auto ours = std::stable_partition(all.begin(), all.end(), [](const auto& one) { return mustWait(*one); });

@@ -5,7 +5,9 @@
 #include <boost/shared_ptr.hpp>
 
 #include <memory>
+#include <optional>
 #include <thread>
+#include <utility>
 
 namespace PrmPython {
 
@@ -31,6 +33,27 @@ public:
     Deleting& operator=(const Deleting&) = delete;
 };
 
+/// A scope in which this thread works on objects without the interpreter's lock. What `betweenWork` made is kept
+/// meanwhile, if other threads drop it.
+class Working {
+public:
+    Working();
+    ~Working();
+    Working(const Working&) = delete;
+    Working& operator=(const Working&) = delete;
+
+private:
+    std::optional<py::gil_scoped_release> m_released;
+};
+
+/// Keeps the object until no other thread works. To be called with the interpreter's lock held.
+void leaveBehind(std::shared_ptr<void> last);
+
+/// An object that notes itself in others, for example to know whether they are alive, and may be dropped by any thread.
+template <class T, class... Arguments> std::shared_ptr<T> betweenWork(Arguments&&... arguments) {
+    return {new T(std::forward<Arguments>(arguments)...), [](T* last) { leaveBehind(std::shared_ptr<void>(last)); }};
+}
+
 /// Waits until no thread samples, and holds all other threads that want to. For the end of the interpreter: a thread
 /// that comes back from sampling after that would be ended within it, which ends the process.
 void stopSampling();
@@ -52,7 +75,8 @@ using KeeperPointer = std::shared_ptr<Keeper>;
 
 /// Deletes a keeper on its own thread, when no thread samples; on another thread, later.
 void bury(Keeper* keeper);
-/// Deletes the keepers of this thread whose last handle was dropped on another thread.
+/// Deletes what waits: the keepers of this thread whose last handle was dropped on another thread, and what was left
+/// behind while other threads worked.
 void buryLeftBehind();
 
 /// An object that Python made.

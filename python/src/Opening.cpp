@@ -151,13 +151,13 @@ HomePointer readProject(const QByteArray& text, const QStringList& rules, const 
     buryLeftBehind();
     boost::shared_ptr<Prm::ParameterSet> sets;
     {
-        const py::gil_scoped_release released;
+        const Working working;
         sets = Prm::guessedSets(text, rules);
     }
     HomePointer home = kept(new Home(sets));
     bool isRead = false;
     {
-        const py::gil_scoped_release released;
+        const Working working;
         isRead = home->file->loadText(text);
     }
     if (!isRead)

@@ -163,7 +163,7 @@ void bindQuestions(py::class_<Animated, Handle>& animated) {
 CompoundHandle makeCompound(const QString& name, const py::iterable& parts, bool keyframeTogether) {
     buryLeftBehind();
     const auto made = boost::make_shared<Prm::CompoundParameter>(name, keyframeTogether);
-    CompoundHandle compound(kept(static_cast<Keeper*>(new Made<Prm::ParameterWithoutType>(made))), *made);
+    CompoundHandle compound(kept(static_cast<Keeper*>(new Made<Prm::BasicParameter>(made))), *made);
     for (const py::handle part : parts)
         addMember(compound.keeper, *made, part);
     return compound;
@@ -192,6 +192,8 @@ void bindParameters(py::module_& module) {
     bindQuestions(animated);
     bindEdits(animated);
     bindReshaping(animated);
+    bindUnanimated(module);
+    bindExtents(module);
     bindChanges(module, animated);
     bindAnswers(module, basic);
     bindKind<double>(module);

@@ -44,7 +44,7 @@ void saveProject(const HomePointer& self, const py::object& path, std::optional<
                                     : QDateTime());
     bool isSaved = false;
     {
-        const py::gil_scoped_release released;
+        const Working working;
         isSaved = file.save(name);
     }
     if (!isSaved)

@@ -35,6 +35,10 @@ class Examples(unittest.TestCase):
 
     def test_cache(self):
         self.assertEqual(self.run_example("cache.py", "frames_to_draw")[0], list(range(11, 31)))
+        hashes = self.run_example("cache.py", "hashes_to_renew")[0]
+        title = prm.Text("title", "Hello")
+        title.set("Good bye", at=40)
+        self.assertEqual(hashes, {"logo.title": title.hash_range(), "logo.visible": prm.Switch("v", True).hash_range()})
 
     def test_build(self):
         project, printed = self.run_example("build.py", "build")

@@ -63,6 +63,10 @@ class Lines(unittest.TestCase):
             (TypeError, "Text", lambda: title.set(3, at=0)),
             (TypeError, "Number", lambda: opacity.set("x", at=0)),
             (TypeError, "Switch", lambda: prm.Switch("s").set(1.5)),
+            (ValueError, "4294967295", lambda: prm.StaticUnsigned("s", -1)),
+            (ValueError, "2147483647", lambda: prm.Integer("i").set(2**31, at=0)),
+            (TypeError, "Text", lambda: prm.StaticText("s", 4)),
+            (TypeError, "group", lambda: prm.ChangedSince(opacity)),
             (TypeError, "Number", lambda: project.find("logo.title", prm.Number)),
             (ValueError, "found", lambda: project["logo"].add(project["logo.shadow"])),
             (OSError, "", lambda: prm.Project.open("/no/such/file")),
@@ -155,6 +159,36 @@ class Structure(unittest.TestCase):
         while project.undo_text != "Replace 2 keyframes of g.a":
             project.undo()
         self.assertEqual(body(project), before)
+
+    def test_what_has_changed_since(self):
+        opacity, count = prm.Number("opacity"), prm.StaticUnsigned("count", 3)
+        opacity.keys = [(0, 0.0), (10, 1.0), (20, 0.0), (30, 1.0)]
+        logo = prm.Group("logo", [opacity, count, prm.StaticText("label", "a")])
+        project = prm.Project([logo])
+        changes = prm.ChangedSince(project)
+        steps = [
+            ("nothing", lambda: None, ([], [], [], [])),
+            ("values", lambda: (opacity.set(5.0, at=20), count.set_static(4)), ([opacity, count], [], [], [])),
+            ("forth and back", lambda: (count.set_static(5), project.undo()), ([], [], [], [])),
+            ("undo", lambda: (project.undo(), project.undo()), ([opacity, count], [], [], [])),
+            ("went", lambda: logo.__delitem__("count"), ([], [], ["logo.count"], [])),
+            ("came", lambda: project.undo(), ([count], [count], [], [])),
+            ("names", lambda: setattr(logo, "display_name", "L"), ([], [], [], [logo])),
+            ("a group", lambda: project.__delitem__("logo"), ([], [], ["logo"], [])),
+        ]
+        for name, act, expected in steps:
+            with self.subTest(name):
+                act()
+                since = changes.take()
+                found = (since.parameters, since.came, since.went, since.renamed)
+                self.assertEqual([sorted(map(repr, one)) for one in found], [sorted(map(repr, one)) for one in expected])
+                self.assertEqual(bool(since), any(expected))
+                if name == "values":
+                    self.assertEqual([(one.start, one.end) for one in since.frames(of=opacity)], [(10, 30)])
+                    self.assertIn(0, since.frames())
+        project.close()
+        with self.assertRaises(ReferenceError):
+            changes.take()
 
     def test_exchange(self):
         project = prm.Project.open(CLIP)

@@ -1,5 +1,7 @@
 """Objects that end, callbacks, and threads."""
 
+import collections
+import contextlib
 import gc
 import random
 import sys
@@ -245,7 +247,15 @@ class Threads(unittest.TestCase):
                 if not np.isfinite(one.sample(times)).all() or one.value(3) is None:
                     wrong.append(one)
 
+        handed = collections.deque(maxlen=100)
+
+        def drop():
+            while not stop.is_set():
+                with contextlib.suppress(IndexError):
+                    handed.popleft()
+
         threads = [threading.Thread(target=sample, args=(one,)) for one in (opacity, other, opacity, other)]
+        threads.append(threading.Thread(target=drop))
         for thread in threads:
             thread.start()
         end = time.monotonic() + seconds
@@ -257,6 +267,7 @@ class Threads(unittest.TestCase):
                 opacity.simplify(error=0.01)
             project.undo()
             project["logo"].add(prm.Number("extra"))
+            handed.extend((project["logo"], prm.ChangedSince(project)))
             if edits % 50 == 0:
                 project.forget_steps()
             edits += 1
