@@ -34,9 +34,9 @@ void Home::close() {
 
 const Prm::Views& Home::usualViews() {
     static const Prm::Views& usual = *[] {
-        auto* const views = new Prm::Views;
-        views->setViewNames({{"Left", "L"}, {"Right", "R"}});
-        return views;
+        auto* const made = new Prm::Views;
+        made->setViewNames({{"Left", "L"}, {"Right", "R"}});
+        return made;
     }();
     return usual;
 }
