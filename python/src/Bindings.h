@@ -17,7 +17,8 @@ void bindProjects(py::module_& module);
 void bindExchange(py::module_& module);
 
 /// Calls the function with all members below the set, and their paths from there.
-template <class Function> void forEachBelow(const Prm::ParameterSet& set, const QString& prefix, const Function& function) {
+template <class Function>
+void forEachBelow(const Prm::ParameterSet& set, const QString& prefix, const Function& function) {
     for (const auto& member : set.members()) {
         const QString path = prefix + (member.parameter ? member.parameter->scriptName() : member.set->scriptName());
         function(member, path);

@@ -75,7 +75,7 @@ public:
 
 private:
     struct Named {
-        Prm::ParameterSet::Member member;
+        Prm::ParameterSet::Member member{};
         QString path;
     };
 
@@ -144,9 +144,11 @@ Extent extentOf(const KeeperPointer& keeper, const Prm::ParameterChange& change)
     Extent extent;
     extent.extent = Prm::extentOf(change);
     extent.changed.emplace(keeper, *change.parameter);
-    for (const Prm::BasicParameter* const reached : extent.extent.parameters())
-        extent.parameters.append(wrap(
-            keeper, *const_cast<Prm::BasicParameter*>(reached))); // NOLINT(cppcoreguidelines-pro-type-const-cast)
+    for (const Prm::BasicParameter* const reached : extent.extent.parameters()) {
+        auto* const changed =
+            const_cast<Prm::BasicParameter*>(reached); // NOLINT(cppcoreguidelines-pro-type-const-cast)
+        extent.parameters.append(wrap(keeper, *changed));
+    }
     return extent;
 }
 

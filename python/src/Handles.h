@@ -68,7 +68,8 @@ template <class T> struct Unanimated : Handle {
 
 /// A parameter set. It is no QObject, so a guard knows whether it is alive.
 struct GroupHandle {
-    GroupHandle(KeeperPointer by, Prm::ParameterSet& group) : keeper(std::move(by)), set(&group), life(betweenWork<Prm::detail::LifeGuard>(group)) {}
+    GroupHandle(KeeperPointer by, Prm::ParameterSet& group)
+        : keeper(std::move(by)), set(&group), life(betweenWork<Prm::detail::LifeGuard>(group)) {}
     bool isAlive() const { return life->alive(); }
     Prm::ParameterSet& owned() const;
     bool equals(const GroupHandle& other) const { return set == other.set && isAlive() && other.isAlive(); }

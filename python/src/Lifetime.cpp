@@ -38,18 +38,18 @@ bool maySample(const Gate& state) {
 struct LeftBehind {
     std::vector<std::unique_ptr<Keeper>> keepers;
     std::vector<std::shared_ptr<void>> betweenWork;
-    /// Scopes of all threads in which the lock is released.
-    int working = 0;
 };
 LeftBehind& leftBehind() {
     static auto& only = *new LeftBehind;
     return only;
 }
 
+/// Scopes in which the lock is released: of all threads, guarded by the lock, and of this thread.
+int workingAnywhere = 0;
 thread_local int workingHere = 0;
 
 bool othersWork() {
-    return leftBehind().working > workingHere;
+    return workingAnywhere > workingHere;
 }
 
 /// Whether the keeper must not be deleted now: on another thread, or in a callback of its own edit.
@@ -108,16 +108,14 @@ Deleting::~Deleting() {
     state.changed.notify_all();
 }
 
-Working::Working() {
-    ++leftBehind().working;
+Working::Counted::Counted() {
+    ++workingAnywhere;
     ++workingHere;
-    m_released.emplace();
 }
 
-Working::~Working() {
-    m_released.reset();
+Working::Counted::~Counted() {
     --workingHere;
-    --leftBehind().working;
+    --workingAnywhere;
 }
 
 void leaveBehind(std::shared_ptr<void> last) {

@@ -5,7 +5,6 @@
 #include <boost/shared_ptr.hpp>
 
 #include <memory>
-#include <optional>
 #include <thread>
 #include <utility>
 
@@ -37,13 +36,18 @@ public:
 /// meanwhile, if other threads drop it.
 class Working {
 public:
-    Working();
-    ~Working();
+    Working() = default;
     Working(const Working&) = delete;
     Working& operator=(const Working&) = delete;
 
 private:
-    std::optional<py::gil_scoped_release> m_released;
+    /// With the lock held.
+    struct Counted {
+        Counted();
+        ~Counted();
+    };
+    Counted m_counted;
+    py::gil_scoped_release m_released;
 };
 
 /// Keeps the object until no other thread works. To be called with the interpreter's lock held.
