@@ -101,12 +101,15 @@ class Kinds(unittest.TestCase):
                  "name": "n"}
         values = {kind: value for kind, (value, _) in KINDS.items()}
         refused = []
-        for one in [kind("p") for kind in KINDS] + [prm.Compound("c", [prm.Number("n")])]:
+        values.update({prm.StaticText: "a", prm.StaticUnsigned: 1})
+        for one in [kind("p") for kind in values] + [prm.Compound("c", [prm.Number("n")])]:
             given["value"] = values.get(type(one), (0.5,))
+            animated = hasattr(one, "set")
             for name, member in inspect.getmembers(type(one)):
                 if name.startswith("_"):
                     continue
-                one.set(given["value"], at=1)
+                if animated:
+                    one.set(given["value"], at=1)
                 with self.subTest(f"{type(one).__name__}.{name}"):
                     if not callable(member):
                         getattr(one, name)

@@ -108,7 +108,7 @@ class Ends(unittest.TestCase):
             project = prm.Project.open(CLIP)
             found = [project["logo"], project["logo.opacity"], project["logo.title"]]
             project.close()
-            return found + [project.root if False else found[0]]
+            return found
 
         def removed():
             group = prm.Group("g", [prm.Number("n")])
