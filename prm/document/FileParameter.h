@@ -56,7 +56,7 @@ public:
     /// The path of the master, empty without one.
     QString master() const {
         const QString& id = m_data->pendingMasterParameterId();
-        return id.mid(id.startsWith('.') ? 1 : 0);
+        return id.mid(id.startsWith(QLatin1Char('.')) ? 1 : 0);
     }
 
     // --- values ------------------------------------------------------------------------------------------------------
