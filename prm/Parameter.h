@@ -392,7 +392,8 @@ private:
     class Evaluation;
     class Differences;
     class Reshaper;
-    const Parameter& shownParameter() const;
+    PRM_ALWAYS_INLINE const Parameter& shownParameter() const;
+    PRM_ALWAYS_INLINE const Parameter* sameType(const ParameterWithoutType& other) const;
     template <class Own, class General>
     PRM_ALWAYS_INLINE auto askShown(const Own& own, const General& general) const
         -> decltype(own(std::declval<const Parameter&>()));
@@ -411,7 +412,6 @@ private:
         bool splittable;
     };
     View sourceView(const FastViewMap& map, const View& view, Traits traits, detail::SourceViews& sources) const;
-    PRM_NEVER_INLINE T shownValue(const Context& context, Cache* cache) const;
     PRM_NEVER_INLINE T generalValue(const Context& context, Cache* cache) const;
     T ownValue(const Context& context, Cache* cache) const;
     PRM_ALWAYS_INLINE bool runsOtherCode() const;

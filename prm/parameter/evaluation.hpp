@@ -34,8 +34,8 @@ typename detail::HookGate<T>::Overridden detail::HookGate<T>::learn(const Parame
 }
 
 template <class T> const void* Parameter<T>::asTyped(const std::type_info& valueType) const {
-    // Types that differ are compared by name, which takes long: these are asked in every evaluation with a master, and
-    // in every slot.
+    // Types that differ are compared by name, which takes long: these are asked in every slot, and in every evaluation
+    // with a master of another class.
     if (&valueType == &typeid(T))
         return this;
     if (&valueType == &typeid(detail::Differences))
@@ -55,14 +55,24 @@ template <class T> const void* Parameter<T>::asTyped(const std::type_info& value
 template <class T> const Parameter<T>& Parameter<T>::shownParameter() const {
     const Parameter* shown = this;
     while (const ParameterWithoutType* const master = shown->masterParameter()) {
-        const void* const typed = master->asTyped(typeid(T));
+        const Parameter* const typed = shown->sameType(*master);
         if (!typed)
             break;
-        shown = static_cast<const Parameter*>(typed);
+        shown = typed;
         if (shown->asksHooks() && !detail::MasterScope::isDeep())
             break;
     }
     return *shown;
+}
+
+/// Another parameter as one with values of this type; null if it has others. In one of the same class, as most masters
+/// are, this part lies at the same place.
+template <class T> const Parameter<T>* Parameter<T>::sameType(const ParameterWithoutType& other) const {
+    const ParameterWithoutType* const own = this;
+    const auto place = reinterpret_cast<const char*>(this) - reinterpret_cast<const char*>(own);
+    if (detail::areOfOneClass(own, &other))
+        return reinterpret_cast<const Parameter*>(reinterpret_cast<const char*>(&other) + place);
+    return static_cast<const Parameter*>(other.asTyped(typeid(T)));
 }
 
 /// The result of `own` for the parameter whose animation this one shows, or of `general` if its class overrides
@@ -79,7 +89,7 @@ auto Parameter<T>::askShown(const Own& own, const General& general) const
     };
     for (int attempt = 0;; ++attempt) {
         const quint64 before = detail::masterChanges.load();
-        const Parameter& shown = masterParameter() ? shownParameter() : *this;
+        const Parameter& shown = shownParameter();
         auto answer = &shown == this || !shown.asksHooks() ? own(shown) : askMaster(shown);
         if (detail::masterChanges.load() == before || attempt == patience)
             return answer;
@@ -293,14 +303,6 @@ PRM_ALWAYS_INLINE bool isEvaluated(const Track<T>& track, bool isKeyframed, Outs
 /// is tried first: what the general way calls has to save registers, and what is saved has to be written before a block
 /// can be protected.
 template <class T> T Parameter<T>::value(const Context& context, Cache* cache) const {
-    const quint64 before = detail::masterChanges.load();
-    if (masterParameter())
-        return shownValue(context, cache);
-    T value{};
-    return isEvaluated(context, before, value) ? value : generalValue(context, cache);
-}
-
-template <class T> T Parameter<T>::shownValue(const Context& context, Cache* cache) const {
     const quint64 before = detail::masterChanges.load();
     T value{};
     return shownParameter().isEvaluated(context, before, value) ? value : generalValue(context, cache);

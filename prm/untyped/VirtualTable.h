@@ -20,6 +20,12 @@ inline const char* virtualTableOf(const void* object) {
 #endif
 }
 
+/// Whether two objects are known to be of the same class. Both pointers are to the same base of it.
+inline bool areOfOneClass(const void* one, const void* other) {
+    const char* const table = virtualTableOf(one);
+    return table && table == virtualTableOf(other);
+}
+
 /// The function that a virtual operation calls by a table of `Object`, the class that declares the operation; null
 /// where there is no table. It is only to be compared: an override has an address of its own, and so has a copy of an
 /// inline function in another library.
