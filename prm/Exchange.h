@@ -48,7 +48,7 @@ struct ExportOptions {
     QStringList patterns;
     /// What values are (see `guessedSets`).
     QStringList rules;
-    /// For what holds one view.
+    /// For what holds one view. A parameter without data in it is written as the first view with data.
     View view;
     /// For what counts in seconds.
     double framesPerSecond = 0;

@@ -62,6 +62,8 @@ private:
             const std::string_view line = m_text.line(i);
             if (m_text.key(i) == Key::None && !line.empty())
                 add(i, "unknown line: %1%2", toText(line.substr(0, longest)), line.size() > longest ? "..." : "");
+            if (!isUtf8(line))
+                add(i, "not UTF-8, so that an application does not read it");
             if (m_text.key(i) != Key::Name)
                 continue;
             const auto [found, isNew] = first.try_emplace(m_text.findNode(m_text.reading(i).path), i);

@@ -126,6 +126,11 @@ Prm::Time timeOption(const Arguments& arguments, const QString& option, Prm::Tim
     return time;
 }
 
+Prm::Time keyframeOption(const Arguments& arguments, const QString& option, Prm::Time otherwise) {
+    const Prm::Time time = timeOption(arguments, option, otherwise);
+    return arguments.has(option) ? Prm::Time::fromFloat(static_cast<float>(time.toDouble())) : time;
+}
+
 Prm::View viewOption(const Arguments& arguments, Prm::View otherwise) {
     return arguments.has("view") ? readView(arguments.value("view")) : otherwise;
 }

@@ -33,6 +33,8 @@ double writtenFrame(Prm::Time time);
 
 double numberOption(const Arguments& arguments, const QString& option, double otherwise = 0);
 Prm::Time timeOption(const Arguments& arguments, const QString& option, Prm::Time otherwise = Prm::Time());
+/// Of a keyframe: what a file with this number has, which single precision rounds.
+Prm::Time keyframeOption(const Arguments& arguments, const QString& option, Prm::Time otherwise = Prm::Time());
 Prm::View viewOption(const Arguments& arguments, Prm::View otherwise = Prm::View());
 
 } // namespace Tool

@@ -65,10 +65,10 @@ ProjectText readProject(const QString& file) {
     return text;
 }
 
-QByteArray readProjectOrNothing(const QString& file) {
+QByteArray readProjectOrNothing(const QString& file, const QString& name) {
     QByteArray bytes = readInput(file);
     if (!bytes.isEmpty())
-        refuseUnlessProject(ProjectText(bytes), bytes, file);
+        refuseUnlessProject(ProjectText(bytes), bytes, name.isEmpty() ? file : name);
     return bytes;
 }
 

@@ -11,7 +11,7 @@ void tellNote(const Evaluability& found);
 /// The project text in a file, "-" for standard input. Throws `Problem` when it cannot be read, or is no project text.
 ProjectText readProject(const QString& file);
 /// The same as bytes, which may be empty, as version control systems give a file that is not there.
-QByteArray readProjectOrNothing(const QString& file);
+QByteArray readProjectOrNothing(const QString& file, const QString& name = {});
 
 /// What every command that reads a project starts from: the file, and the types that the user settles. Messages name a
 /// parameter as "file:line: path".

@@ -1,6 +1,7 @@
 #include "tool/Table.h"
 
 #include "prm/ValueType.h"
+#include "tool/Streams.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -22,10 +23,10 @@ QString shownText(const QVariant& value) {
     QString text = plainText(value);
     const bool isBroken = std::any_of(text.begin(), text.end(), [](QChar c) { return c < ' '; });
     if (!isBroken)
-        return text;
+        return printable(text);
     QString escaped;
     Prm::ValueType<QString>::write(escaped, text);
-    return escaped;
+    return printable(escaped);
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QTextCodec>
 
 #include <algorithm>
 #include <csignal>
@@ -82,9 +83,14 @@ int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationVersion(PRM_VERSION);
     showProgress();
+    // Names of files and values are as in project texts, whatever the locale says.
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
     QStringList words;
-    for (int i = 1; i < argc; ++i)
+    for (int i = 1; i < argc; ++i) {
         words.append(QFile::decodeName(argv[i]));
+        if (QFile::encodeName(words.last()) != argv[i])
+            return fail("'%1' is not UTF-8", printable(words.last()));
+    }
     try {
         return runFirst(words);
     } catch (const Problem& problem) {

@@ -118,6 +118,11 @@ QString toText(std::string_view bytes) {
     return bytes.compare(0, 3, "\xEF\xBB\xBF") == 0 ? QChar(QChar::ByteOrderMark) + text : text;
 }
 
+bool isUtf8(std::string_view bytes) {
+    const auto isAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
+    return std::all_of(bytes.begin(), bytes.end(), isAscii) || toView(toText(bytes).toUtf8()) == bytes;
+}
+
 std::string_view toView(const QByteArray& bytes) {
     return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
 }

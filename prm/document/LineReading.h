@@ -45,6 +45,8 @@ PRM_EXPORT std::string_view keyframeTimeText(std::string_view line);
 /// That time as the library reads it, but 0 where it is no number.
 PRM_EXPORT float keyframeTime(std::string_view line);
 PRM_EXPORT QString toText(std::string_view bytes);
+/// Whether `toText` holds all of it.
+PRM_EXPORT bool isUtf8(std::string_view bytes);
 /// The bytes where they are.
 PRM_EXPORT std::string_view toView(const QByteArray& bytes);
 PRM_EXPORT QByteArray toBytes(std::string_view bytes);

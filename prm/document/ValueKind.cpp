@@ -164,6 +164,11 @@ const ValueKind& ValueKind::number = rows[2];
 const ValueKind& ValueKind::point = rows[3];
 const ValueKind& ValueKind::opaque = rows[5];
 
+View TypedParameter::viewWithData(View view) const {
+    const std::vector<View>& views = parameter->viewList();
+    return views.empty() || std::find(views.begin(), views.end(), view) != views.end() ? view : views.front();
+}
+
 Kind kindOfValue(const QString& text) {
     const QString trimmed = text.trimmed();
     return firstRow([&](const ValueKind& kind) { return kind.isLike(trimmed); });

@@ -29,6 +29,9 @@ struct TypedParameter {
     Sampler sample;
     /// A parameter of the library's; null where values are of no known type.
     std::shared_ptr<ParameterWithoutType> parameter;
+
+    /// The view whose data the view shows: its own, otherwise those of the first view with data.
+    PRM_EXPORT View viewWithData(View view) const;
 };
 
 /// How the values of a parameter are read: a row of one table.

@@ -70,8 +70,8 @@ void LottieSource::read(const FileParameter& parameter) {
     const TypedParameter shown = m_document.kinds.shown(parameter);
     if (!shown.parameter)
         return;
-    lose(parameter.node(), settingsLost(parameter, *shown.parameter));
-    readCurves(parameter.node(), *shown.parameter, shown.sample);
+    lose(parameter.node(), settingsLost(parameter, shown));
+    readCurves(parameter.node(), shown);
 }
 
 void LottieSource::note(const Evaluability& found) {
@@ -80,16 +80,18 @@ void LottieSource::note(const Evaluability& found) {
         m_notes.push_back(found);
 }
 
-void LottieSource::readCurves(int node, const ParameterWithoutType& shown, const Sampler& sample) {
+void LottieSource::readCurves(int node, const TypedParameter& shown) {
+    const ParameterWithoutType& parameter = *shown.parameter;
+    const View view = shown.viewWithData(m_view);
     QVector<Time> times;
-    for (unsigned int i = 0; i < shown.keyframeCount(m_view); ++i)
-        times.append(shown.keyframeTime(i, m_view).time);
-    const QVector<QVariant> values = sample(times.isEmpty() ? QVector<Time>{Time::fromInt(0)} : times, m_view);
+    for (unsigned int i = 0; i < parameter.keyframeCount(view); ++i)
+        times.append(parameter.keyframeTime(i, view).time);
+    const QVector<QVariant> values = shown.sample(times.isEmpty() ? QVector<Time>{Time::fromInt(0)} : times, view);
     m_isSwitch[static_cast<std::size_t>(node)] = values.front().userType() == QMetaType::Bool;
     std::vector<LottieCurve> curves(components(values.front()).size());
     HeldShapes shapes;
     for (int i = 0; i < values.size(); ++i) {
-        const IType given = shown.interpolationData({&shown, m_view, static_cast<quint32>(i)});
+        const IType given = parameter.interpolationData({&parameter, view, static_cast<quint32>(i)});
         const IType shape = isSwitch(node) ? IType(Interpolation::Constant) : shapes.held(given);
         const std::vector<double> numbers = components(values[i]);
         for (std::size_t c = 0; c < curves.size(); ++c) {
@@ -104,20 +106,22 @@ void LottieSource::readCurves(int node, const ParameterWithoutType& shown, const
     m_curves[static_cast<std::size_t>(node)] = std::move(curves);
 }
 
-QStringList LottieSource::settingsLost(const FileParameter& parameter, const ParameterWithoutType& shown) {
+QStringList LottieSource::settingsLost(const FileParameter& parameter, const TypedParameter& shown) {
+    const ParameterWithoutType& typed = *shown.parameter;
+    const View written = shown.viewWithData(m_view);
     QStringList lost;
     int otherViews = 0;
-    for (const View view : shown.viewList())
-        otherViews += view == m_view ? 0 : 1;
+    for (const View view : typed.viewList())
+        otherViews += view == written ? 0 : 1;
     if (otherViews > 0)
         lost += message("one view is written, without %1", counted(otherViews, "other"));
     if (m_document.kinds.masters(parameter.node()).size() > 1)
         lost += message("the values of %1 are written instead of the tie to it", parameter.master());
     const auto isConstant = [](Extrapolation kind) { return kind == Extrapolation::Constant; };
-    const unsigned int count = shown.keyframeCount(m_view);
-    if (count > 0 && (!isConstant(shown.extrapolationBefore()) || !isConstant(shown.extrapolationAfter())))
+    const unsigned int count = typed.keyframeCount(written);
+    if (count > 0 && (!isConstant(typed.extrapolationBefore()) || !isConstant(typed.extrapolationAfter())))
         lost += "it is held before and after its keyframes";
-    if (hasHiddenValue(parameter, m_view))
+    if (hasHiddenValue(parameter, written))
         lost += "its value without keyframes is left out";
     if (parameter.isHidden())
         lost += "it is hidden, which is left out";

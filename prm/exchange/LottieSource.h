@@ -42,8 +42,8 @@ private:
     void include(const std::vector<int>& nodes);
     void read(const FileParameter& parameter);
     void note(const Evaluability& found);
-    void readCurves(int node, const ParameterWithoutType& shown, const Sampler& sample);
-    QStringList settingsLost(const FileParameter& parameter, const ParameterWithoutType& shown);
+    void readCurves(int node, const TypedParameter& shown);
+    QStringList settingsLost(const FileParameter& parameter, const TypedParameter& shown);
 
     Document& m_document;
     const View m_view;

@@ -83,7 +83,7 @@ double framesPerUnit(const QString& heading, double framesPerSecond) {
     };
     const bool isMilliseconds = has({"ms", "millisecond", "milliseconds"});
     if (!isMilliseconds && !has({"s", "sec", "second", "seconds"}))
-        throw Problem("the first column gives the time and is called 'frame' or 'seconds', not '%1'",
+        throw Problem("the first column gives the time and is called 'frame', 'seconds' or 'milliseconds', not '%1'",
                       heading.trimmed());
     if (!(framesPerSecond > 0))
         throw Problem("the times are seconds; --fps gives the frames per second");

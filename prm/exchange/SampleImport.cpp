@@ -372,9 +372,17 @@ private:
     Budget m_budget{mostBytes, "more than %1 bytes of project text"};
 };
 
+int firstLineOutsideUtf8(const QByteArray& table) {
+    const QList<QByteArray> lines = table.split('\n');
+    const auto found = std::find_if(lines.begin(), lines.end(), [](const auto& line) { return !isUtf8(toView(line)); });
+    return static_cast<int>(std::distance(lines.begin(), found)) + 1;
+}
+
 } // namespace
 
 SampleImport importSamples(const QByteArray& table, double framesPerSecond) {
+    if (!isUtf8(toView(table)))
+        throw Problem("%1: the table is not UTF-8; save it as UTF-8", firstLineOutsideUtf8(table));
     return Samples(table, framesPerSecond).imported();
 }
 

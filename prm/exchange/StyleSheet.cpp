@@ -242,7 +242,7 @@ StyleSheet styleSheet(Document& document, const std::vector<int>& nodes, View vi
         if (isText || parameter.kind() == &ValueKind::opaque)
             return;
         const TypedParameter shown = document.kinds.shown(parameter);
-        Rules rules(parameter.path(), *shown.parameter, view, framesPerSecond);
+        Rules rules(parameter.path(), *shown.parameter, shown.viewWithData(view), framesPerSecond);
         if (!rules.isFinite()) {
             sheet.losses += message("%1: left out, because style sheets have no infinite values", parameter.path());
             return;

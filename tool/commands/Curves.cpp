@@ -64,7 +64,7 @@ int insertKeyframe(Arguments& arguments) {
         return Fine;
     if (!arguments.has("at"))
         throw WrongUse("--at is needed");
-    const Prm::Time time = timeOption(arguments, "at");
+    const Prm::Time time = keyframeOption(arguments, "at");
     using Insert = Prm::ParameterInsertKeyframeEdit;
     const auto inexact = arguments.has("strict") ? Insert::Refuse : Insert::AddOrRound;
     const auto span = Prm::KeyframeSpan().in(viewOption(arguments, Prm::View::INVALID()));

@@ -40,7 +40,7 @@ int deleteKeyframes(Arguments& arguments) {
         throw WrongUse("either --at, or --from and --to, or --all is needed");
     Prm::KeyframeSpan span = spanOption(arguments);
     if (arguments.has("at"))
-        span.first = span.last = timeOption(arguments, "at");
+        span.first = span.last = keyframeOption(arguments, "at");
     const auto edit = [&](const Project& project, const FileParameter& parameter) {
         hasKeyframes(arguments, project, parameter, span);
         for (const Prm::View view : std::vector<Prm::View>(parameter.data().viewList())) {

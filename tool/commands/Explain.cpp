@@ -126,7 +126,7 @@ private:
     static QByteArray linesOf(const Explanation& explanation, const QString& file) {
         QByteArray text;
         for (const QString& line : explanation.toString(nameOf).split('\n'))
-            text += (file.isEmpty() ? line : printable(file) + ": " + line).toUtf8() + '\n';
+            text += printable(file.isEmpty() ? line : file + ": " + line).toUtf8() + '\n';
         return text;
     }
 

@@ -86,18 +86,18 @@ public:
             gitOutput({"rev-parse", "--git-dir"});
     }
 
-    void install(const QString& files) const {
-        const QByteArray line = quotedPattern(files) + ending;
+    void install(const QStringList& files) const {
+        QList<QByteArray> lines;
+        for (const QString& pattern : files)
+            lines.append(quotedPattern(pattern) + ending);
         set("merge.prm.name", "project texts, merged by keyframes");
         // What is no project text is merged by lines. What a merge of several bases makes must not be what ours has.
         set("merge.prm.driver", command() + " merge --base %O --ours %A --theirs %B -o %A --path %P; code=$?; "
-                                            "[ $code -lt 2 ] && exit $code; git merge-file %A %O %B");
+                                            "[ $code -lt 2 ] && exit $code; "
+                                            "git merge-file -L ours -L base -L theirs %A %O %B");
         set("merge.prm.recursive", "binary");
         set("diff.prm.command", command() + " git diff --");
-        const QByteArray before = attributes();
-        if (!before.split('\n').contains(line))
-            writeAttributes(before + (before.isEmpty() || before.endsWith('\n') ? "" : "\n") + mark + '\n' + line +
-                            '\n');
+        addAttributes(lines);
     }
 
     void uninstall() const {
@@ -136,6 +136,18 @@ private:
 
     void set(const char* name, const QString& value) const { gitOutput({"config", m_place, name, value}); }
 
+    void addAttributes(const QList<QByteArray>& lines) const {
+        const QByteArray before = attributes();
+        QByteArray after = before.isEmpty() || before.endsWith('\n') ? before : before + '\n';
+        const int length = after.size();
+        for (const QByteArray& line : lines) {
+            if (!after.split('\n').contains(line))
+                after += QByteArray(mark) + '\n' + line + '\n';
+        }
+        if (after.size() > length)
+            writeAttributes(after);
+    }
+
     QByteArray attributes() const {
         const QString file = attributesFile();
         return QFile::exists(file) ? readInput(file) : QByteArray();
@@ -159,6 +171,8 @@ void showLines(const QString& from, const QString& to) {
 int showForGit(const QStringList& words) {
     constexpr int whole = 7;
     const QString path = words.value(0);
+    if (path.isEmpty())
+        throw WrongUse("diff: git calls it, with the path of a file and what was in it");
     if (words.size() < whole) {
         print(message("%1: unmerged\n", path).toUtf8());
         return Fine;
@@ -205,10 +219,10 @@ int useWithGit(Arguments& arguments) {
     if (arguments.rest().size() > 1)
         throw WrongUse("%1: takes no file; --files names a pattern", arguments.rest().at(1));
     const GitSetup setup(arguments.has("global"));
-    const QString files = arguments.has("files") ? arguments.value("files") : "*.prm";
+    const QStringList files = arguments.has("files") ? arguments.values("files") : QStringList("*.prm");
     if (installs) {
         setup.install(files);
-        tell("git merges and compares %1 by what is in it", files);
+        tell("git merges and compares %1 by what is in it", files.join(", "));
     } else {
         setup.uninstall();
         tell("git treats project texts like other texts again");

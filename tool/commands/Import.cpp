@@ -23,7 +23,7 @@ Places placesOf(const Arguments& arguments) {
     Places places{arguments.has("output") ? arguments.value("output") : "-", arguments.value("map")};
     const bool hasTable = arguments.has("map");
     if (isSameFile(places.text, arguments.file()) || (hasTable && isSameFile(places.table, arguments.file())))
-        throw WrongUse("the animation would be overwritten");
+        throw WrongUse("%1 would be overwritten", arguments.file());
     if (hasTable && (places.table == places.text || isSameFile(places.table, places.text)))
         throw WrongUse("the project text and the table need different files");
     return places;

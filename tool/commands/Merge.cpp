@@ -11,10 +11,26 @@ namespace Tool {
 
 namespace {
 
+QString nameOf(const Arguments& arguments, const char* option) {
+    return arguments.has("path") ? message("%1, %2", arguments.value("path"), QString(option))
+                                 : arguments.value(option);
+}
+
 QByteArray textOption(const Arguments& arguments, const char* option) {
     if (!arguments.has(option))
         throw WrongUse("--%1 is needed", option);
-    return readProjectOrNothing(arguments.value(option));
+    const QString file = arguments.value(option);
+    if (isSameFile(arguments.value("conflicts"), file))
+        throw WrongUse("--conflicts: %1 would be overwritten", file);
+    return readProjectOrNothing(file, nameOf(arguments, option));
+}
+
+/// Without one, everything would count as deleted there.
+QByteArray sideOption(const Arguments& arguments, const char* option) {
+    QByteArray text = textOption(arguments, option);
+    if (text.isEmpty())
+        throw Problem("%1: not a project text, it is empty", inputName(nameOf(arguments, option)));
+    return text;
 }
 
 struct Rule {
@@ -76,18 +92,19 @@ int mergeProjects(Arguments& arguments) {
         (arguments.value("conflicts") == "-" && arguments.value("o") == "-"))
         throw WrongUse("the merged text and the conflicts need different files");
     const Prm::MergeSettlement settlement = settlementOf(arguments);
-    const Prm::MergedProject merged = Prm::mergeProjects(textOption(arguments, "base"), textOption(arguments, "ours"),
-                                                         textOption(arguments, "theirs"), settlement);
+    const Prm::MergedProject merged = Prm::mergeProjects(textOption(arguments, "base"), sideOption(arguments, "ours"),
+                                                         sideOption(arguments, "theirs"), settlement);
     const QString place = arguments.has("path") ? arguments.value("path") + ": " : QString();
     for (const Prm::ProjectConflict& conflict : merged.conflicts)
         report(place + conflict.message);
+    writeOutput(arguments.value("o"), merged.text);
     if (arguments.has("conflicts"))
         writeOutput(arguments.value("conflicts"), written(merged.conflicts));
-    writeOutput(arguments.value("o"), merged.text);
     if (merged.conflicts.empty())
         return Fine;
-    tell("%1%2 left, in which ours stands; --take settles them", place,
-         counted(static_cast<qint64>(merged.conflicts.size()), "conflict"));
+    tell("%1%2 left, in which ours stands%3", place,
+         counted(static_cast<qint64>(merged.conflicts.size()), "conflict"),
+         arguments.has("path") ? QString() : QStringLiteral("; --take settles them"));
     return Findings;
 }
 

@@ -28,8 +28,8 @@ int moveKeyframes(Arguments& arguments) {
         return Fine;
     if (!arguments.has("from") || !arguments.has("to"))
         throw WrongUse("--from and --to are both needed");
-    const Prm::Time from = timeOption(arguments, "from");
-    const Prm::Time to = timeOption(arguments, "to");
+    const Prm::Time from = keyframeOption(arguments, "from");
+    const Prm::Time to = keyframeOption(arguments, "to");
     const Prm::View only = viewOption(arguments, Prm::View::INVALID());
     return editProject(arguments, arguments.patterns(),
                        [&](const Project& /*project*/, const FileParameter& parameter) {

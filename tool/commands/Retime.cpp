@@ -16,8 +16,8 @@ Prm::Retiming retimingOf(const Arguments& arguments) {
                                     : Prm::Retiming::scaled(numberOption(arguments, "scale"), pivot);
     if (!retiming.isUsable())
         throw WrongUse("the scale must be above 0");
-    retiming.first = timeOption(arguments, "from", retiming.first);
-    retiming.last = timeOption(arguments, "to", retiming.last);
+    retiming.first = keyframeOption(arguments, "from", retiming.first);
+    retiming.last = keyframeOption(arguments, "to", retiming.last);
     if (retiming.last < retiming.first)
         throw WrongUse("--from is later than --to");
     return retiming;

@@ -9,6 +9,8 @@ namespace {
 /// Where a value goes. What is asked for must have been meant.
 Prm::Context placeOf(const FileParameter& parameter, Prm::Time time, Prm::View view, bool isStatic) {
     const auto& data = parameter.data();
+    if (!parameter.master().isEmpty())
+        throw Problem("%1: shows %2, which is to be edited", parameter.path(), parameter.master());
     const bool isUnwritten = data.viewList().empty() && view == Prm::View();
     if (!data.hasViewData(view) && !isUnwritten)
         throw Problem("%1: view %2 has no data of its own; prm split gives it some", parameter.path(), view.id());
@@ -41,7 +43,7 @@ int setValue(Arguments& arguments) {
         return Fine;
     if (arguments.has("at") && arguments.has("static"))
         throw WrongUse("--at and --static exclude each other");
-    const Prm::Time time = timeOption(arguments, "at", Prm::Time::INVALID);
+    const Prm::Time time = keyframeOption(arguments, "at", Prm::Time::INVALID);
     const Prm::View view = viewOption(arguments);
     return editProject(arguments, {arguments.patterns().at(0)},
                        [&](const Project& /*project*/, const FileParameter& parameter) {

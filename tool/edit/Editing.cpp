@@ -111,6 +111,10 @@ void checkOutput(const Arguments& arguments) {
     const QStringList files = arguments.files();
     if (!isElsewhere && files.contains("-"))
         throw WrongUse("--in-place needs a file, not standard input");
+    for (const QString& file : isElsewhere ? QStringList() : files) {
+        if (QFileInfo::exists(file) && !QFileInfo(file).isFile() && !QFileInfo(file).isDir())
+            throw WrongUse("--in-place needs a file, which '%1' is not", file);
+    }
     if (!isElsewhere || !arguments.hasSeveralFiles())
         return;
     if (!QFileInfo(arguments.value("o")).isDir())

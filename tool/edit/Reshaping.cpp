@@ -132,8 +132,8 @@ void declareSpan(Arguments& arguments) {
 Prm::KeyframeSpan spanOption(const Arguments& arguments) {
     Prm::KeyframeSpan span;
     span.view = viewOption(arguments, span.view);
-    span.first = timeOption(arguments, "from", span.first);
-    span.last = timeOption(arguments, "to", span.last);
+    span.first = keyframeOption(arguments, "from", span.first);
+    span.last = keyframeOption(arguments, "to", span.last);
     if (span.last < span.first)
         throw WrongUse("--from is later than --to");
     return span;
