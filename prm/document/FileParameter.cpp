@@ -67,8 +67,7 @@ std::vector<FileLine> linesOf(const ProjectText& text, int node) {
 }
 
 bool areUtf8(const std::vector<FileLine>& lines) {
-    return std::all_of(lines.begin(), lines.end(),
-                       [](const FileLine& line) { return toView(toText(line.bytes).toUtf8()) == line.bytes; });
+    return std::all_of(lines.begin(), lines.end(), [](const FileLine& line) { return isUtf8(line.bytes); });
 }
 
 /// The library's own names know one custom kind.

@@ -1,11 +1,12 @@
 #include "prm/document/LineReading.h"
 
 #include "prm/ParameterStrings.h"
+#include "prm/text/NumberText.h"
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cmath>
+#include <string>
 
 namespace Prm::document {
 
@@ -13,28 +14,31 @@ namespace {
 
 constexpr std::string_view declaration = "Key(";
 
-bool startsWithKey(std::string_view text, const QString& key) {
-    const auto length = static_cast<std::size_t>(key.size());
-    return text.size() >= length &&
-           std::equal(text.begin(), text.begin() + key.size(), key.begin(), [](char a, QChar b) {
-               return std::tolower(static_cast<unsigned char>(a)) == b.toLower().unicode();
-           });
+std::string lowerCase(const QString& key) {
+    return key.toLower().toStdString();
+}
+
+/// The key is in lower case.
+bool startsWithKey(std::string_view text, std::string_view key) {
+    const auto isSame = [](char lower, char c) { return lower == (c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c); };
+    return text.size() >= key.size() && std::equal(key.begin(), key.end(), text.begin(), isSame);
 }
 
 /// The order is the reader's: the first that matches wins.
 Key keyOf(std::string_view text, bool namesView) {
     namespace Strings = ParameterStrings;
-    static const std::array<std::pair<const QString*, Key>, 7> keys{{{&Strings::keyframes, Key::Keyframe},
-                                                                     {&Strings::value, Key::Value},
-                                                                     {&Strings::hidden, Key::Hidden},
-                                                                     {&Strings::isKeyframed, Key::Keyframed},
-                                                                     {&Strings::after, Key::After},
-                                                                     {&Strings::before, Key::Before},
-                                                                     {&Strings::masterParameterId, Key::Master}}};
+    static const std::array<std::pair<std::string, Key>, 7> keys{
+        {{lowerCase(Strings::keyframes), Key::Keyframe},
+         {lowerCase(Strings::value), Key::Value},
+         {lowerCase(Strings::hidden), Key::Hidden},
+         {lowerCase(Strings::isKeyframed), Key::Keyframed},
+         {lowerCase(Strings::after), Key::After},
+         {lowerCase(Strings::before), Key::Before},
+         {lowerCase(Strings::masterParameterId), Key::Master}}};
     if (!namesView && text.compare(0, static_cast<std::size_t>(Strings::views.size()), "views") == 0)
         return Key::Views;
     for (const auto& [name, key] : keys) {
-        if (startsWithKey(text, *name))
+        if (startsWithKey(text, name))
             return key;
     }
     return Key::None;
@@ -51,6 +55,7 @@ std::size_t lastDotBefore(std::string_view line, std::size_t end) {
 
 /// Where the key begins: after the last dot before "=" or "Key(". The declaration of a keyframe has a dot of its own.
 std::size_t keyStart(std::string_view line) {
+    static const std::string keyframes = lowerCase(ParameterStrings::keyframes);
     const std::size_t call = line.find(declaration);
     const std::size_t end = std::min({line.find('='), call, line.size()});
     const std::size_t last = lastDotBefore(line, end);
@@ -58,8 +63,7 @@ std::size_t keyStart(std::string_view line) {
         return 0;
     const std::size_t former = lastDotBefore(line, last);
     const std::size_t beforeCall = former == std::string_view::npos ? 0 : former + 1;
-    const bool isCall =
-        end == call && startsWithKey(line.substr(beforeCall, last - beforeCall), ParameterStrings::keyframes);
+    const bool isCall = end == call && startsWithKey(line.substr(beforeCall, last - beforeCall), keyframes);
     return isCall ? beforeCall : last + 1;
 }
 
@@ -108,7 +112,8 @@ std::string_view keyframeTimeText(std::string_view line) {
 }
 
 float keyframeTime(std::string_view line) {
-    const float time = toText(keyframeTimeText(line)).toFloat();
+    const QString text = toText(keyframeTimeText(line));
+    const float time = detail::toFloat(QStringView(text).trimmed());
     return std::isnan(time) ? 0.0F : time;
 }
 

@@ -3,6 +3,7 @@
 #include "prm/NumericParameter.h"
 #include "prm/document/FileParameter.h"
 #include "prm/document/Problem.h"
+#include "prm/text/NumberText.h"
 
 #include <boost/make_shared.hpp>
 
@@ -125,7 +126,7 @@ bool isZeroOrOne(const QString& text) {
 
 bool isNumber(const QString& text) {
     bool isOne = false;
-    text.toDouble(&isOne);
+    detail::toDouble(text, &isOne);
     return isOne;
 }
 
