@@ -50,7 +50,7 @@ QString hashOfGroup(const GroupHandle& self, double start, double end, const Vie
 
 /// Of a Parameter any thread may ask.
 const Prm::BasicParameter& asked(const Handle& self) {
-    return py::isinstance<Animated>(py::cast(self)) ? self.alive() : self.owned();
+    return dynamic_cast<const Prm::ParameterWithoutType*>(&self.alive()) ? self.alive() : self.owned();
 }
 
 } // namespace

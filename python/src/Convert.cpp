@@ -51,6 +51,13 @@ Prm::TimeSpan spanOf(double start, double end) {
     return {start, end, true, end < infinity};
 }
 
+double numberFrom(py::handle number) {
+    const double value = PyFloat_AsDouble(number.ptr());
+    if (value == -1.0 && PyErr_Occurred())
+        throw py::error_already_set();
+    return value;
+}
+
 QString textOf(py::handle text) {
     PyObject* const given = text.ptr();
     if (!PyUnicode_Check(given))

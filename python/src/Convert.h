@@ -38,6 +38,8 @@ inline Prm::Time timeOf(double frames) {
 /// From the one time to the other, both included; infinite ends are none.
 Prm::TimeSpan spanOf(double start, double end);
 
+/// Throws TypeError for what is no number.
+double numberFrom(py::handle number);
 QString textOf(py::handle text);
 py::object toPython(const QString& text);
 py::object toPython(const QVariant& value);
@@ -74,7 +76,8 @@ template <> struct type_caster<QString> {
 template <class Point, class Number> struct point_caster {
     PYBIND11_TYPE_CASTER(Point, const_name("tuple"));
     bool load(handle source, bool convert) {
-        if (!isinstance<sequence>(source) || PyUnicode_Check(source.ptr()) || len(source) != 2)
+        const bool isText = PyUnicode_Check(source.ptr()) || PyBytes_Check(source.ptr());
+        if (!isinstance<sequence>(source) || isText || len(source) != 2)
             return false;
         const auto numbers = reinterpret_borrow<sequence>(source);
         make_caster<Number> x, y;

@@ -30,9 +30,10 @@ bool hasKeyframes(const Prm::ParameterWithoutType& parameter, Prm::View view) {
 }
 
 void setValue(const Animated& self, py::handle value, std::optional<double> at, const ViewName& name) {
+    const QVariant variant = variantFor(self.owned(), value);
+    // Converting runs code of Python's, which may have deleted the parameter.
     Prm::ParameterWithoutType& parameter = self.owned();
     const Prm::View view = viewOf(self, name);
-    const QVariant variant = variantFor(parameter, value);
     if (at && !parameter.isKeyframed())
         raise(PyExc_ValueError, titleOf(parameter) + " has one value for all times: set it without a time");
     if (!at && hasKeyframes(parameter, view))

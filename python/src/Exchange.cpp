@@ -12,7 +12,7 @@ namespace {
 
 /// The result of a function that runs without the interpreter's lock.
 template <class Work> auto unlocked(const Work& work) {
-    const py::gil_scoped_release released;
+    const Working working;
     return work();
 }
 
@@ -54,7 +54,7 @@ py::str exportTable(const HomePointer& self, const py::iterable& patterns, const
     Prm::ExportOptions options = optionsOf(self, patterns, {}, framesPerSecond);
     if (times)
         for (const py::handle time : *times)
-            options.times.append(timeOf(time.cast<double>()));
+            options.times.append(timeOf(numberFrom(time)));
     return textFromUtf8(unlocked([&] { return Prm::exportTable(text, options); }).text);
 }
 

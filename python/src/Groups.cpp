@@ -63,6 +63,16 @@ template <class Object> bool isListed(const Prm::ParameterSet& set, const Object
     return false;
 }
 
+bool isWithin(const Prm::ParameterSet& set, Prm::ParameterSet& group) {
+    bool isFound = &set == &group;
+    group.forEachSubset([&](Prm::ParameterSet* each) { isFound = isFound || each == &set; }, true);
+    return isFound;
+}
+
+bool isInGroup(const Prm::ParameterSet& group) {
+    return group.parameterTree() || group.path() != group.scriptName();
+}
+
 void removeMember(const GroupHandle& self, const QString& name) {
     Prm::ParameterSet& set = self.owned();
     for (const auto& member : set.members()) {
@@ -169,24 +179,34 @@ void addMember(const KeeperPointer& keeper, Prm::ParameterSet& set, py::handle m
     Home* const home = homeOf(set);
     std::unique_ptr<Bsc::Command> edit;
     bool isThere = false;
+    bool isElsewhere = false;
+    if (dynamic_cast<const Prm::CompoundParameter*>(&set) && !py::isinstance<Animated>(member))
+        throw py::type_error("the parts of a Compound are animatable parameters");
     if (py::isinstance<GroupHandle>(member)) {
         const auto& handle = member.cast<const GroupHandle&>();
+        if (isWithin(set, handle.owned()))
+            throw py::value_error("a group cannot be a member of itself");
         edit = adding(set, *handle.keeper, handle.owned(), position);
         isThere = isListed(set, *handle.set);
+        isElsewhere = isInGroup(*handle.set);
     } else if (py::isinstance<CompoundHandle>(member)) {
         const auto& handle = member.cast<const CompoundHandle&>();
         edit = adding(set, *handle.keeper, handle.owned(), position);
         isThere = isListed(set, static_cast<Prm::BasicParameter&>(handle.owned()));
+        isElsewhere = static_cast<Prm::BasicParameter&>(handle.owned()).parentSet() != nullptr;
     } else if (py::isinstance<Handle>(member)) {
         const auto& handle = member.cast<const Handle&>();
         edit = adding(set, *handle.keeper, handle.owned(), position);
         isThere = isListed(set, handle.owned());
+        isElsewhere = handle.owned().parentSet() != nullptr;
     } else {
         throw py::type_error("a parameter or a group is needed");
     }
     (void)keeper;
     if (isThere)
         throw py::value_error("it is a member already");
+    if (isElsewhere)
+        throw py::value_error("it is a member of another group; remove it there first");
     const Deleting deleting;
     perform(home, &set, std::move(edit));
 }

@@ -95,13 +95,19 @@ namespace {
 
 QVariant partsFor(const Prm::CompoundParameter& compound, py::handle value) {
     const auto parts = compound.subparameters();
-    if (!py::isinstance<py::sequence>(value) || py::len(value) != static_cast<std::size_t>(parts.size()))
-        throw py::type_error("a Compound takes a sequence with one value for each of its " +
-                             std::to_string(parts.size()) + " parts");
+    const std::vector<QPointer<Prm::BasicParameter>> wanted(parts.begin(), parts.end());
+    const std::size_t count = wanted.size();
+    if (!py::isinstance<py::sequence>(value) || py::len(value) != count)
+        throw py::type_error("a Compound takes a sequence with one value for each of its " + std::to_string(count) +
+                             " parts");
     QVariantList values;
     const auto given = py::reinterpret_borrow<py::sequence>(value);
-    for (int i = 0; i < parts.size(); ++i)
-        values.append(variantFor(*parts.at(i), given[static_cast<std::size_t>(i)]));
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        const py::object one = given[i];
+        if (!wanted[i])
+            throw DeadReference();
+        values.append(variantFor(*wanted[i], one));
+    }
     return values;
 }
 

@@ -12,10 +12,20 @@
 
 #include <QPointer>
 
+#include <cstring>
+#include <new>
+
 namespace PrmPython {
 
+/// All zero until the constructor has run: what Python's `__new__` makes refers to nothing.
+struct Zeroed {
+    static void* operator new(std::size_t size) { return std::memset(::operator new(size), 0, size); }
+    static void* operator new(std::size_t /*size*/, void* place) { return place; }
+    static void operator delete(void* place) { ::operator delete(place); }
+};
+
 /// A parameter, as Python refers to it. It owns what Python made, and keeps a project that it was found in.
-struct Handle {
+struct Handle : Zeroed {
     Handle(KeeperPointer by, Prm::BasicParameter& parameter)
         : keeper(std::move(by)), object(&parameter), address(&parameter) {}
 
@@ -67,10 +77,10 @@ template <class T> struct Unanimated : Handle {
 };
 
 /// A parameter set. It is no QObject, so a guard knows whether it is alive.
-struct GroupHandle {
+struct GroupHandle : Zeroed {
     GroupHandle(KeeperPointer by, Prm::ParameterSet& group)
         : keeper(std::move(by)), set(&group), life(betweenWork<Prm::detail::LifeGuard>(group)) {}
-    bool isAlive() const { return life->alive(); }
+    bool isAlive() const { return life && life->alive(); }
     Prm::ParameterSet& owned() const;
     bool equals(const GroupHandle& other) const { return set == other.set && isAlive() && other.isAlive(); }
 

@@ -1,5 +1,6 @@
 #include "python/src/History.h"
 
+#include "prm/ReshapingEdits.h"
 #include "prm/UndoableEdit.h"
 #include "python/src/Errors.h"
 #include "python/src/Lifetime.h"
@@ -14,21 +15,11 @@ namespace {
 
 thread_local int puttingBack = 0;
 
-/// Adds one to a number until the scope ends.
-template <class Number> class Counted {
-public:
-    explicit Counted(Number& number) : m_number(number) { ++m_number; }
-    ~Counted() { --m_number; }
-    Counted(const Counted&) = delete;
-    Counted& operator=(const Counted&) = delete;
-
-private:
-    Number& m_number;
-};
-
+/// Of edits of values, keyframes are counted, and a value without keyframes may have changed.
 bool changesNothing(const Bsc::Command& edit) {
     const auto* const undoable = dynamic_cast<const Prm::UndoableEdit*>(&edit);
-    return undoable && undoable->summary().count == 0;
+    const bool isOfValues = dynamic_cast<const Prm::ParameterScaleValuesEdit*>(&edit) != nullptr;
+    return undoable && !isOfValues && undoable->summary().count == 0;
 }
 
 } // namespace
@@ -40,17 +31,15 @@ bool History::isPuttingBack() {
 std::size_t History::begin(const QString& text) {
     if (m_isReplaying)
         throw NotNow("edits are refused while the project undoes or redoes; Project.is_replaying says so to a slot");
-    refuseEndlessEdits();
+    refuseEndless(m_running, m_isTooDeep);
     m_blocks.push_back({text, {}});
     return m_blocks.size();
 }
 
-/// An edit that fails puts back what it did, which calls slots again; so all further edits are refused until the
-/// outermost one has ended.
-void History::refuseEndlessEdits() {
+void refuseEndless(int running, bool& isTooDeep) {
     constexpr int deepest = 100;
-    m_isTooDeep = m_running > 0 && (m_isTooDeep || m_running >= deepest);
-    if (!m_isTooDeep)
+    isTooDeep = running > 0 && (isTooDeep || running >= deepest);
+    if (!isTooDeep)
         return;
     PyErr_SetString(PyExc_RecursionError, "edits that callbacks make are nested more than 100 deep");
     throw py::error_already_set();
@@ -111,7 +100,7 @@ void History::end() {
         return;
     forgetUndone();
     const QString text = block.text.isEmpty() ? Prm::undoText(*edits) : block.text;
-    m_done.push_back({text, std::move(edits)});
+    m_done.push_back({text.isEmpty() ? QStringLiteral("Edit") : text, std::move(edits)});
 }
 
 void History::rollBack() {

@@ -9,6 +9,22 @@
 
 namespace PrmPython {
 
+/// Adds one to a number until the scope ends.
+template <class Number> class Counted {
+public:
+    explicit Counted(Number& number) : m_number(number) { ++m_number; }
+    ~Counted() { --m_number; }
+    Counted(const Counted&) = delete;
+    Counted& operator=(const Counted&) = delete;
+
+private:
+    Number& m_number;
+};
+
+/// Throws RecursionError where edits that callbacks make are nested too deep. An edit that fails puts back what it did,
+/// which calls slots again; so all further edits are refused until the outermost one has ended.
+void refuseEndless(int running, bool& isTooDeep);
+
 /// The undo steps of a project. Edits are done within blocks; the outermost one becomes a step. An edit that a slot
 /// makes while another one runs is part of the same step. Runs without the interpreter's lock.
 class History {
@@ -53,7 +69,6 @@ private:
         std::vector<Entry> entries;
     };
 
-    void refuseEndlessEdits();
     void forgetUndone();
     static void undoFrom(Block& block, std::size_t first, const void* except);
     void replay(std::vector<Step>& from, std::vector<Step>& to, void (Bsc::CompositeCommand::*act)());

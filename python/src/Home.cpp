@@ -23,8 +23,8 @@ void Home::close() {
     if (!root)
         return;
     ownedRoot();
-    if (history.isRunning() || history.depth() > 0)
-        throw NotNow("the project cannot be closed within an edit");
+    if (history.isRunning() || history.depth() > 0 || saving > 0)
+        throw NotNow("the project cannot be closed within an edit, or while it is saved");
     history.clear();
     const Deleting deleting;
     file.reset();
@@ -48,7 +48,11 @@ void perform(Home* home, const void* subject, std::unique_ptr<Bsc::Command> edit
         buryLeftBehind();
         return;
     }
+    thread_local int running = 0;
+    thread_local bool isTooDeep = false;
+    refuseEndless(running, isTooDeep);
     {
+        const Counted<int> nested(running);
         const Working working;
         edit->doIt();
     }

@@ -32,6 +32,8 @@ public:
     std::unique_ptr<Prm::ProjectFile> file;
     History history;
     Prm::Views views;
+    /// How many calls write it to a file, without the interpreter's lock.
+    int saving = 0;
     /// What importing has left out.
     QStringList importLosses;
 };

@@ -18,14 +18,28 @@ py::dtype typeOfRows(const char* format) {
     return py::dtype::from_args(fields);
 }
 
+/// The fields of a structured array in the order of a row.
+py::object inOrder(const py::object& array) {
+    const py::object fields = array.attr("dtype").attr("names");
+    if (fields.is_none())
+        return array;
+    py::list present;
+    for (const char* const name : {"time", "value", "kind", "x1", "y1", "x2", "y2"})
+        if (fields.contains(name))
+            present.append(name);
+    if (py::len(present) != py::len(fields))
+        throw py::value_error("the fields of keyframes are time, value, kind, x1, y1, x2 and y2");
+    return array[present];
+}
+
 KeyframeShape shapeOf(const py::sequence& row) {
-    KeyframeShape shape{timeOf(row[0].cast<double>()), Prm::IType(Prm::Interpolation::Linear)};
+    KeyframeShape shape{timeOf(numberFrom(row[0])), Prm::IType(Prm::Interpolation::Linear)};
     if (py::len(row) > 2)
         shape.interpolation.interpolation = interpolationOf(textOf(row[2]));
     else if (PyUnicode_Check(py::object(row[1]).ptr()) || PyBool_Check(py::object(row[1]).ptr()))
         shape.interpolation.interpolation = Prm::Interpolation::Constant;
     for (std::size_t i = 3; i < py::len(row); ++i)
-        shape.interpolation.*shapeNumbers[i - 3] = row[i].cast<double>();
+        shape.interpolation.*shapeNumbers[i - 3] = numberFrom(row[i]);
     return shape;
 }
 
@@ -55,7 +69,7 @@ py::array structured(const std::vector<KeyframeShape>& shapes, const char* forma
 std::vector<std::pair<KeyframeShape, py::object>> rowsOf(py::handle keys) {
     py::object given = py::reinterpret_borrow<py::object>(keys);
     if (py::isinstance<py::array>(given))
-        given = given.attr("tolist")();
+        given = inOrder(given).attr("tolist")();
     std::vector<std::pair<KeyframeShape, py::object>> rows;
     for (const py::handle item : given) {
         const auto row = py::reinterpret_borrow<py::object>(item).cast<py::sequence>();

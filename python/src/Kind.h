@@ -7,6 +7,8 @@
 
 #include <QVector>
 
+#include <cstring>
+
 namespace PrmPython {
 
 /// What Python must know of a type of values: the class that has it, and how an array holds it.
@@ -66,13 +68,19 @@ template <class Try> bool eachKind(const Try& tryKind) {
            tryKind(static_cast<QPoint*>(nullptr));
 }
 
+/// Of Python's type, or of numpy's.
+inline bool isTruth(py::handle given) {
+    return PyBool_Check(given.ptr()) || std::strcmp(Py_TYPE(given.ptr())->tp_name, "numpy.bool_") == 0;
+}
+
 /// The value that Python gives. Throws TypeError, and ValueError for a whole number that is too great or too small.
 template <class T> T valueFrom(py::handle given) {
     py::detail::make_caster<T> caster;
     // What has a truth is not therefore a bool, and a bool is no number.
     constexpr bool isBool = std::is_same_v<T, bool>;
     const bool isNumber = PyLong_Check(given.ptr()) && !PyBool_Check(given.ptr());
-    if ((isBool || !PyBool_Check(given.ptr())) && caster.load(given, !isBool))
+    const bool isWhole = !std::is_integral_v<T> || isBool || PyIndex_Check(given.ptr());
+    if (isWhole && (isBool || !isTruth(given)) && caster.load(given, !isBool))
         return py::detail::cast_op<T>(caster);
     if constexpr (std::is_integral_v<T> && !isBool) {
         using Limits = std::numeric_limits<T>;

@@ -81,10 +81,13 @@ template <class T> py::array keyframesIn(const Typed<T>& self, const ViewName& v
 }
 
 template <class T> void replaceKeyframes(const Typed<T>& self, py::handle given, const ViewName& view) {
+    self.owned();
+    const auto keyframes = keyframesOf<T>(given);
+    // Converting runs code of Python's, which may have deleted the parameter.
     Prm::Parameter<T>& parameter = self.owned();
     if (!parameter.isKeyframed())
         raise(PyExc_ValueError, titleOf(parameter) + " has one value for all times");
-    perform<ReplaceKeyframesEdit<T>>(parameter, parameter, keyframesOf<T>(given), viewOf(self, view));
+    perform<ReplaceKeyframesEdit<T>>(parameter, parameter, keyframes, viewOf(self, view));
 }
 
 template <class T> void bindEvaluation(py::class_<Typed<T>, Animated>& kind) {

@@ -3,8 +3,10 @@
 #include "python/src/Home.h"
 
 #include <algorithm>
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -47,6 +49,19 @@ LeftBehind& leftBehind() {
 /// Scopes in which the lock is released: of all threads, guarded by the lock, and of this thread.
 int workingAnywhere = 0;
 thread_local int workingHere = 0;
+
+/// For the end of the interpreter, whose own thread goes on working.
+bool isEnding = false;
+std::thread::id endingThread;
+
+/// A thread that would come back to an interpreter that has ended would end the process. It ends with the process.
+void stayHere() {
+    if (std::this_thread::get_id() == endingThread)
+        return;
+    const py::gil_scoped_release released;
+    for (;;)
+        std::this_thread::sleep_for(std::chrono::hours(1));
+}
 
 bool othersWork() {
     return workingAnywhere > workingHere;
@@ -109,6 +124,8 @@ Deleting::~Deleting() {
 }
 
 Working::Counted::Counted() {
+    if (isEnding && workingHere == 0)
+        stayHere();
     ++workingAnywhere;
     ++workingHere;
 }
@@ -123,7 +140,13 @@ void leaveBehind(std::shared_ptr<void> last) {
         leftBehind().betweenWork.push_back(std::move(last));
 }
 
-void stopSampling() {
+void stopWork() {
+    isEnding = true;
+    endingThread = std::this_thread::get_id();
+    while (othersWork()) {
+        const py::gil_scoped_release released;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
     static const Deleting& untilTheEnd = *new Deleting;
     (void)untilTheEnd;
 }

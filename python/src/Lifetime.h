@@ -58,9 +58,9 @@ template <class T, class... Arguments> std::shared_ptr<T> betweenWork(Arguments&
     return {new T(std::forward<Arguments>(arguments)...), [](T* last) { leaveBehind(std::shared_ptr<void>(last)); }};
 }
 
-/// Waits until no thread samples, and holds all other threads that want to. For the end of the interpreter: a thread
-/// that comes back from sampling after that would be ended within it, which ends the process.
-void stopSampling();
+/// Waits until no other thread works or samples, and holds all that want to. For the end of the interpreter: a thread
+/// that comes back from its work after that would be ended within it, which ends the process.
+void stopWork();
 
 /// What keeps objects alive for handles, and the thread that may edit them: a project, or one object made by Python.
 class Keeper {

@@ -4,6 +4,7 @@
 #include "prm/ParameterEdits.h"
 #include "prm/ParameterSetEdits.h"
 #include "python/src/GroupNameEdit.h"
+#include "python/src/Kind.h"
 
 #include <QTextStream>
 #include <boost/make_shared.hpp>
@@ -44,6 +45,69 @@ private:
     std::unique_ptr<Prm::ProjectFile> m_other;
 };
 
+/// A parameter without data of the same kind, name, default value and options; null for a kind that Python cannot make.
+boost::shared_ptr<Prm::ParameterWithoutType> emptyLike(const Prm::ParameterWithoutType& parameter) {
+    boost::shared_ptr<Prm::ParameterWithoutType> made;
+    eachKind([&](auto* kind) {
+        using T = std::remove_pointer_t<decltype(kind)>;
+        const auto* const typed = dynamic_cast<const Prm::Parameter<T>*>(&parameter);
+        if (!typed)
+            return false;
+        Prm::ParameterOptions options;
+        options.setFlag(Prm::Keyframed, typed->isKeyframed());
+        options.setFlag(Prm::Splittable, typed->splittable());
+        options.setFlag(Prm::Locked, typed->isLocked());
+        options.setFlag(Prm::Hidden, typed->isHidden());
+        made = boost::make_shared<typename Kind<T>::Class>(typed->scriptName(), typed->defaultValue(), options);
+        return true;
+    });
+    return made;
+}
+
+/// Gives guessed sets the kinds that are present, before a text is read into them: a parameter without values, of which
+/// a text has lines all the same, cannot be guessed.
+class Kinds {
+public:
+    explicit Kinds(const QByteArray& text) : m_text('\n' + text) {}
+
+    void take(const Prm::ParameterSet& present, Prm::ParameterSet& guessed) const {
+        for (const auto& one : present.parameters())
+            take(*one, guessed);
+        for (const Prm::ParameterSet* const subset : present.subsets())
+            if (Prm::ParameterSet* const same = subsetLike(subset->scriptName(), subset->path(), guessed))
+                take(*subset, *same);
+    }
+
+private:
+    bool isNamed(const QString& path) const { return m_text.contains('\n' + path.toUtf8() + '.'); }
+
+    void take(const Prm::ParameterWithoutType& present, Prm::ParameterSet& guessed) const {
+        if (const auto* const compound = dynamic_cast<const Prm::CompoundParameter*>(&present)) {
+            if (Prm::ParameterSet* const parts = subsetLike(present.scriptName(), present.path(), guessed))
+                take(static_cast<const Prm::ParameterSet&>(*compound), *parts);
+            return;
+        }
+        Prm::ParameterWithoutType* const same = guessed.parameterWTWithName(present.scriptName());
+        const auto like = same || isNamed(present.path()) ? emptyLike(present) : nullptr;
+        if (!like)
+            return;
+        if (same)
+            Prm::ParameterSetRemoveEdit(guessed, static_cast<Prm::BasicParameter&>(*same)).doIt();
+        guessed.addParameter(like);
+    }
+    Prm::ParameterSet* subsetLike(const QString& name, const QString& path, Prm::ParameterSet& guessed) const {
+        Prm::ParameterSet* const same = guessed.subsetWithName(name);
+        if (same || !isNamed(path))
+            return same;
+        const auto made = boost::make_shared<Prm::ParameterSet>();
+        made->setScriptName(name);
+        guessed.addParameterSet(made);
+        return made.get();
+    }
+
+    const QByteArray m_text;
+};
+
 QString linesOf(const Prm::ParameterWithoutType& parameter) {
     QString text;
     QTextStream stream(&text);
@@ -59,8 +123,8 @@ public:
     void adopt(Prm::ParameterSet& into, Prm::ParameterSet& from) {
         const auto wanted = from.parameters();
         for (const auto& present : std::vector(into.parameters()))
-            if (!hasLike(wanted, *present))
-                run(std::make_unique<Prm::ParameterSetRemoveEdit>(into, static_cast<Prm::BasicParameter&>(*present)));
+            if (!hasLike(wanted, *present) && !isCompoundIn(from, *present))
+                remove(into, *present);
         for (const auto& parameter : wanted)
             take(into, from, parameter);
         for (Prm::ParameterSet* const present : into.subsets())
@@ -79,11 +143,29 @@ private:
     static bool hasLike(const Parameters& all, const Prm::ParameterWithoutType& one) {
         return std::any_of(all.begin(), all.end(), [&](const auto& other) { return isLike(*other, one); });
     }
+    static bool isCompoundIn(const Prm::ParameterSet& from, Prm::ParameterWithoutType& one) {
+        return dynamic_cast<const Prm::CompoundParameter*>(&one) && from.subsetWithName(one.scriptName());
+    }
     void run(std::unique_ptr<Bsc::Command> edit) { m_home.history.run(std::move(edit), nullptr); }
+    void remove(Prm::ParameterSet& from, Prm::ParameterWithoutType& one) {
+        if (auto* const compound = dynamic_cast<Prm::CompoundParameter*>(&one))
+            run(std::make_unique<Prm::ParameterSetRemoveEdit>(from, *compound));
+        else
+            run(std::make_unique<Prm::ParameterSetRemoveEdit>(from, static_cast<Prm::BasicParameter&>(one)));
+    }
+    void setStatic(Prm::BasicParameter& present, const Prm::ParameterWithoutType& wanted) {
+        QVariant value = wanted.variantValue(Prm::Context());
+        const QVariant former = present.variantValue(Prm::Context());
+        if (value.convert(former.userType()) && value != former)
+            run(std::make_unique<Prm::ParameterSetStaticValueEdit>(present, value));
+    }
     void take(Prm::ParameterSet& into, Prm::ParameterSet& from,
               const boost::shared_ptr<Prm::ParameterWithoutType>& wanted) {
         Prm::ParameterWithoutType* const present = into.parameterWTWithName(wanted->scriptName());
-        if (!present) {
+        Prm::BasicParameter* const unanimated = present ? nullptr : into.parameterWithName(wanted->scriptName());
+        if (unanimated) {
+            setStatic(*unanimated, *wanted);
+        } else if (!present) {
             const boost::shared_ptr<Prm::BasicParameter> parameter = wanted;
             Prm::ParameterSetRemoveEdit(from, *parameter).doIt();
             run(std::make_unique<Prm::ParameterSetAddEdit>(into, parameter));
@@ -91,6 +173,14 @@ private:
             run(std::make_unique<TakeEdit>(*present, wanted));
     }
     void adoptSubset(Prm::ParameterSet& into, Prm::ParameterSet& subset) {
+        auto* const compound = dynamic_cast<Prm::CompoundParameter*>(into.parameterWTWithName(subset.scriptName()));
+        if (compound) {
+            for (const auto& part : subset.parameters())
+                if (Prm::ParameterWithoutType* const present = compound->parameterWTWithName(part->scriptName()))
+                    if (linesOf(*present) != linesOf(*part))
+                        run(std::make_unique<TakeEdit>(*present, part));
+            return;
+        }
         Prm::ParameterSet* present = into.subsetWithName(subset.scriptName());
         if (!present) {
             const auto made = boost::make_shared<Prm::ParameterSet>();
@@ -170,6 +260,7 @@ HomePointer readProject(const QByteArray& text, const QStringList& rules, const 
 void adoptText(Home& home, const QByteArray& text, const QString& title) {
     home.ownedRoot();
     const auto wanted = Prm::guessedSets(text);
+    Kinds(text).take(*home.root, *wanted);
     Prm::ProjectFile reading(*wanted);
     if (!reading.loadText(text))
         raise(PyExc_ValueError, reading.errorString());

@@ -26,8 +26,10 @@ py::object valueOf(const Handle& self, double time, const ViewName& view) {
 }
 
 void setStatic(const Handle& self, py::handle value) {
+    const QVariant variant = variantFor(self.owned(), value);
+    // Converting runs code of Python's, which may have deleted the parameter.
     Prm::BasicParameter& parameter = self.owned();
-    perform<Prm::ParameterSetStaticValueEdit>(parameter, parameter, variantFor(parameter, value));
+    perform<Prm::ParameterSetStaticValueEdit>(parameter, parameter, variant);
 }
 
 py::array timesIn(const Animated& self, const ViewName& name) {

@@ -39,11 +39,14 @@ HomePointer openProject(const py::object& path, const std::optional<py::dict>& k
 
 void saveProject(const HomePointer& self, const py::object& path, std::optional<double> timestamp) {
     const QString name = fileNameOf(path);
+    if (name.contains(QChar(0)) || QFile::decodeName(QFile::encodeName(name)) != name)
+        raise(PyExc_ValueError, "no file can have this name: " + name);
     Prm::ProjectFile& file = self->ownedFile();
     file.setTimeOfWriting(timestamp ? QDateTime::fromMSecsSinceEpoch(qRound64(*timestamp * 1000.0), Qt::UTC)
                                     : QDateTime());
     bool isSaved = false;
     {
+        const Counted<int> saving(self->saving);
         const Working working;
         isSaved = file.save(name);
     }
@@ -62,7 +65,7 @@ public:
             throw NotNow("this edit block is entered already");
         m_depth = m_home->history.begin(m_text);
     }
-    bool exit(py::handle error, py::handle, py::handle) {
+    void exit(py::handle error, py::handle, py::handle) {
         m_home->ownedRoot();
         if (m_depth == 0 || m_home->history.depth() != m_depth)
             throw NotNow("edit blocks must end in the reverse order of their beginnings");
@@ -71,7 +74,6 @@ public:
             m_home->history.end();
         else
             m_home->history.rollBack();
-        return false;
     }
 
 private:
@@ -165,8 +167,8 @@ void bindOwnership(py::class_<Home, HomePointer>& project) {
     project.def(
         "take_over",
         [](const HomePointer& self) {
-            if (self->history.isRunning() || self->history.depth() > 0)
-                throw NotNow("the project is being edited");
+            if (self->history.isRunning() || self->history.depth() > 0 || self->saving > 0)
+                throw NotNow("the project is being edited or saved");
             self->owner = std::this_thread::get_id();
         },
         "Makes the calling thread the one that may edit. Raises RuntimeError while another thread edits.");
@@ -210,8 +212,10 @@ void bindProjects(py::module_& module) {
     bindOwnership(project);
     project.def_property_readonly("root", &rootOf, "The group without a name that holds all others.");
     project.def("__repr__", [](const HomePointer& self) {
-        return self->root ? py::str("<prm.Project of {} members>").format(self->ownedRoot().members().size())
-                          : py::str("<prm.Project, closed>");
+        if (!self->root)
+            return py::str("<prm.Project, closed>");
+        return self->isOwned() ? py::str("<prm.Project of {} members>").format(self->root->members().size())
+                               : py::str("<prm.Project of another thread>");
     });
 }
 

@@ -193,6 +193,46 @@ class Structure(unittest.TestCase):
         with self.assertRaises(ReferenceError):
             changes.take()
 
+    def test_merging_keeps_kinds_and_defaults(self):
+        parts = [kind("p" + kind.__name__) for kind in KINDS] + [prm.StaticText("st", "a"), prm.StaticUnsigned("su", 4)]
+        compound = prm.Compound("c", [prm.Number("x"), prm.Integer("y", 3)])
+        project = prm.Project([prm.Group("g", [*parts, prm.Number("unset", 0.25), compound])])
+        compound.set((1.0, 2), at=3)
+        for part, (value, _) in zip(parts, KINDS.values()):
+            part.set(value, at=2)
+        text, members = project.text, [repr(one) for one in project.walk(parts=True)]
+        theirs = text.replace('st.value="a"', 'st.value="b"').replace("Key( 3, 1,", "Key( 3, 5,")
+        self.assertEqual(project.merge(text.encode(), theirs.encode()), [])
+        self.assertEqual([repr(one) for one in project.walk(parts=True)], members)
+        self.assertEqual((project["g.st"].value(), compound.value(3), project["g.unset"].value()), ("b", (5.0, 2), 0.25))
+        project.undo()
+        self.assertEqual(project.text, text)
+
+    def test_refused(self):
+        number, inner = prm.Number("n"), prm.Group("inner")
+        project = prm.Project([prm.Group("g", [number, inner])])
+        for name, error, call in [
+            ("in two groups", ValueError, lambda: prm.Group("other", [number])),
+            ("in itself", ValueError, lambda: inner.add(inner)),
+            ("a group in a compound", TypeError, lambda: prm.Compound("c", [prm.Group("q")])),
+            ("a fraction as a whole number", TypeError, lambda: prm.Integer("i").set(np.float32(3.7))),
+            ("numpy's truth as a number", TypeError, lambda: number.set(np.True_)),
+            ("bytes as a point", TypeError, lambda: prm.Point("i").set(b"ab")),
+            ("a text as a time", TypeError, lambda: number.set_keyframes([("a", 1)])),
+            ("a name that no file has", ValueError, lambda: project.save("/tmp/a\0b")),
+        ]:
+            with self.subTest(name), self.assertRaises(error):
+                call()
+        number.keys = [(0, 1.0), (10, 2.0)]
+        other = prm.Number("m")
+        other.keys = number.keys[["value", "time", "kind", "x1", "y1", "x2", "y2"]]
+        np.testing.assert_array_equal(other.keys, number.keys)
+        alone = prm.Number("alone", 3.0)
+        project["g"].add(alone)
+        alone.adjust(scale=2)
+        project.undo()
+        self.assertEqual(alone.value(), 3.0)
+
     def test_exchange(self):
         project = prm.Project.open(CLIP)
         before = body(project)

@@ -5,6 +5,7 @@ import contextlib
 import gc
 import random
 import sys
+import subprocess
 import threading
 import time
 import unittest
@@ -138,6 +139,50 @@ class Ends(unittest.TestCase):
         for call in (lambda: project.text, lambda: project["logo"], lambda: project.undo(), lambda: project.merge(CLIP, CLIP)):
             with self.assertRaises(ReferenceError):
                 call()
+
+    def test_a_conversion_may_drop_everything(self):
+        class Value:
+            def __float__(self):
+                project.close()
+                return 1.0
+
+        def rows():
+            yield 0, 1.0
+            project.close()
+            yield 1, 2.0
+
+        class Early(prm.Number):
+            def __init__(self):
+                self.name
+
+        for name, call in [
+            ("value", lambda one: one.set(Value())),
+            ("static value", lambda one: one.set_static(Value())),
+            ("rows", lambda one: one.set_keyframes(rows())),
+            ("before its constructor", lambda one: Early()),
+        ]:
+            project = prm.Project([prm.Group("g", [prm.Number("n")])])
+            with self.subTest(name), self.assertRaises(ReferenceError):
+                call(project["g.n"])
+
+    def test_endless_edits_in_no_project(self):
+        number = prm.Number("n")
+        subscription = number.on_change(lambda change: number.set(number.value(0) + 1, at=0))
+        with self.assertRaises(RecursionError):
+            number.set(1.0, at=0)
+        subscription.close()
+
+    def test_the_end_with_a_thread_that_saves(self):
+        script = """import prm, threading, time, os, tempfile
+project, path = prm.Project.open(%r), os.path.join(tempfile.mkdtemp(), "x.prm")
+def save():
+    mine = prm.Project.open(%r)
+    while True: mine.save(path)
+threading.Thread(target=save, daemon=True).start()
+time.sleep(0.2)
+"""
+        ended = subprocess.run([sys.executable, "-c", script % (str(CLIP), str(CLIP))], timeout=60)
+        self.assertEqual(ended.returncode, 0)
 
     def test_subscriptions_end_when_they_die(self):
         project, opacity = made()

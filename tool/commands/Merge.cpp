@@ -102,8 +102,7 @@ int mergeProjects(Arguments& arguments) {
         writeOutput(arguments.value("conflicts"), written(merged.conflicts));
     if (merged.conflicts.empty())
         return Fine;
-    tell("%1%2 left, in which ours stands%3", place,
-         counted(static_cast<qint64>(merged.conflicts.size()), "conflict"),
+    tell("%1%2 left, in which ours stands%3", place, counted(static_cast<qint64>(merged.conflicts.size()), "conflict"),
          arguments.has("path") ? QString() : QStringLiteral("; --take settles them"));
     return Findings;
 }
