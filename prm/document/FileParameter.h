@@ -72,7 +72,9 @@ public:
     /// As the file has it.
     QByteArray bytes(const QString& text) const { return m_isUtf8 ? text.toUtf8() : text.toLatin1(); }
     /// For people, and for what a value means.
-    QString shown(const QString& text) const { return m_isUtf8 ? text : QString::fromUtf8(text.toLatin1()); }
+    QString shown(const QString& text) const {
+        return m_isUtf8 ? text : QString::fromStdString(text.toLatin1().toStdString());
+    }
 
 private:
     void read(int line, const LineReading& reading, const ProjectFileVersion& version);

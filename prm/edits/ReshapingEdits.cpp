@@ -77,6 +77,8 @@ bool ParameterReshapeEdit::applies() {
 }
 
 void ParameterReshapeEdit::apply() {
+    if (countNow() == 0) // a value without keyframes
+        describeAs({"Change value of %p", "Change value of %p"});
     const auto plan = std::move(m_plan);
     plan->apply();
 }

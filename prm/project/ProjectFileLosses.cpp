@@ -23,7 +23,7 @@ bool breaksLine(const QString& text) {
 
 /// UTF-8 has no halves of surrogate pairs.
 bool isChangedByUtf8(const QString& text) {
-    return QString::fromUtf8(text.toUtf8()) != text;
+    return QString::fromStdString(text.toStdString()) != text;
 }
 
 /// What is lost of a text that is not escaped; empty if it can be read back.

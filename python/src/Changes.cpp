@@ -145,7 +145,9 @@ void bindChanges(py::module_& module, py::class_<Animated, Handle>& animated) {
         .def_readonly("index", &Change::index, "The place of the keyframe in its view.")
         .def_readonly("indices", &Change::indices, "Those that have moved.")
         .def_property_readonly("view", [](const Change& self) { return self.context.view.id(); })
-        .def_property_readonly("time", [](const Change& self) { return self.context.time.toDouble(); })
+        .def_property_readonly(
+            "time", [](const Change& self) { return self.context.time.toDouble(); },
+            "That of the keyframe; 0 for changes without one.")
         .def_property_readonly("extent", &extentOfChange,
                                "Where values may differ. During the callback only: RuntimeError after it.")
         .def("__repr__",

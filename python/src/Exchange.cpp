@@ -39,10 +39,23 @@ HomePointer importTable(const py::object& path, double framesPerSecond) {
     return imported(unlocked([&] { return Prm::importTable(table, framesPerSecond); }));
 }
 
+/// Text does not tell switches from numbers.
+QStringList rulesOf(const Prm::ParameterSet& root) {
+    QStringList rules;
+    root.forEachParameter(
+        [&](Prm::ParameterWithoutType* parameter) {
+            if (dynamic_cast<const Prm::Parameter<bool>*>(parameter))
+                rules << parameter->path() + "=switch";
+        },
+        true);
+    return rules;
+}
+
 Prm::ExportOptions optionsOf(const HomePointer& self, const py::iterable& patterns, const ViewName& view,
                              double framesPerSecond) {
     Prm::ExportOptions options;
     options.patterns = listOf(patterns);
+    options.rules = rulesOf(self->ownedRoot());
     options.view = findView(self.get(), view);
     options.framesPerSecond = framesPerSecond;
     return options;

@@ -45,7 +45,7 @@ Times framesOf(const Extent& self, const ViewName& name, const std::optional<Han
 }
 
 /// What has changed below a group since it was asked last.
-class Watch {
+class Watch : public Zeroed {
 public:
     explicit Watch(const GroupHandle& group)
         : m_group(group), m_changed(betweenWork<Prm::ChangedSince>(group.owned())) {

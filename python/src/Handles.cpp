@@ -79,10 +79,13 @@ Prm::View findView(Home* home, const ViewName& view) {
     const Prm::Views& views = home ? home->views : Home::usualViews();
     QStringList present;
     for (const Prm::View known : views.allViews()) {
-        if (views.viewName(known) == view.name || views.viewNameShort(known) == view.name)
+        if (views.viewName(known) == view.name)
             return known;
         present << views.viewName(known);
     }
+    for (const Prm::View known : views.allViews())
+        if (views.viewNameShort(known) == view.name)
+            return known;
     raiseMissing("view", view.name, present);
 }
 

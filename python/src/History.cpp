@@ -7,6 +7,7 @@
 
 #include <QDebug>
 
+#include <algorithm>
 #include <utility>
 
 namespace PrmPython {
@@ -15,7 +16,7 @@ namespace {
 
 thread_local int puttingBack = 0;
 
-/// Of edits of values, keyframes are counted, and a value without keyframes may have changed.
+/// Of edits of values, only keyframes are counted, and a value without keyframes may have changed.
 bool changesNothing(const Bsc::Command& edit) {
     const auto* const undoable = dynamic_cast<const Prm::UndoableEdit*>(&edit);
     const bool isOfValues = dynamic_cast<const Prm::ParameterScaleValuesEdit*>(&edit) != nullptr;
@@ -28,12 +29,19 @@ bool History::isPuttingBack() {
     return puttingBack > 0;
 }
 
-std::size_t History::begin(const QString& text) {
+History::Block History::begin(const QString& text) {
     if (m_isReplaying)
         throw NotNow("edits are refused while the project undoes or redoes; Project.is_replaying says so to a slot");
     refuseEndless(m_running, m_isTooDeep);
-    m_blocks.push_back({text, {}});
-    return m_blocks.size();
+    endAbandoned();
+    Block block = std::make_shared<int>();
+    m_blocks.push_back({text, block, {}});
+    return block;
+}
+
+bool History::isBusy() {
+    endAbandoned();
+    return m_running > 0 || !m_blocks.empty();
 }
 
 void refuseEndless(int running, bool& isTooDeep) {
@@ -46,15 +54,17 @@ void refuseEndless(int running, bool& isTooDeep) {
 }
 
 void History::run(Edit edit, const void* subject) {
-    const std::size_t depth = begin({});
+    const Block block = begin({});
+    const std::size_t depth = m_blocks.size();
     try {
+        m_blocks.back().isOfEdit = true;
         m_blocks.back().entries.push_back({std::move(edit), subject});
         const Counted<int> running(m_running);
         const Working working;
         m_blocks.back().entries.front().edit->doIt();
     } catch (...) {
         while (m_blocks.size() > depth)
-            end();
+            endInnermost();
         // The edit itself has put back its subject; what slots have done elsewhere is left.
         {
             const Working working;
@@ -65,10 +75,10 @@ void History::run(Edit edit, const void* subject) {
         throw;
     }
     while (m_blocks.size() >= depth)
-        end();
+        endInnermost();
 }
 
-void History::undoFrom(Block& block, std::size_t first, const void* except) {
+void History::undoFrom(OpenBlock& block, std::size_t first, const void* except) {
     const Counted<int> back(puttingBack);
     for (std::size_t i = block.entries.size(); i > first; --i) {
         const Entry& entry = block.entries[i - 1];
@@ -81,8 +91,30 @@ void History::undoFrom(Block& block, std::size_t first, const void* except) {
     }
 }
 
-void History::end() {
-    Block block = std::move(m_blocks.back());
+void History::endAbandoned() {
+    while (!m_blocks.empty() && m_blocks.back().block.expired())
+        endInnermost();
+}
+
+void History::endWithin(const Block& block) {
+    const auto isThis = [&](const OpenBlock& open) { return open.block.lock() == block; };
+    const auto found = std::find_if(m_blocks.begin(), m_blocks.end(), isThis);
+    if (found == m_blocks.end())
+        throw NotNow("the edit block has ended with the block or the edit within which it began");
+    if (std::any_of(found, m_blocks.end(), [](const OpenBlock& open) { return open.isOfEdit; }))
+        throw NotNow("an edit block cannot end within an edit that began in it");
+    const auto place = static_cast<std::size_t>(found - m_blocks.begin());
+    while (m_blocks.size() > place + 1)
+        endInnermost();
+}
+
+void History::end(const Block& block) {
+    endWithin(block);
+    endInnermost();
+}
+
+void History::endInnermost() {
+    OpenBlock block = std::move(m_blocks.back());
     m_blocks.pop_back();
     if (!m_blocks.empty()) {
         auto& entries = m_blocks.back().entries;
@@ -103,7 +135,8 @@ void History::end() {
     m_done.push_back({text.isEmpty() ? QStringLiteral("Edit") : text, std::move(edits)});
 }
 
-void History::rollBack() {
+void History::rollBack(const Block& block) {
+    endWithin(block);
     {
         const Counted<int> running(m_running);
         m_isReplaying = true;
@@ -116,7 +149,7 @@ void History::rollBack() {
 }
 
 void History::replay(std::vector<Step>& from, std::vector<Step>& to, void (Bsc::CompositeCommand::*act)()) {
-    if (m_running > 0 || !m_blocks.empty())
+    if (isBusy())
         throw NotNow("undo and redo are refused within an edit and within an edit block");
     if (from.empty())
         return;
@@ -151,7 +184,7 @@ void History::forgetUndone() {
 }
 
 void History::clear() {
-    if (m_running > 0 || !m_blocks.empty())
+    if (isBusy())
         throw NotNow("the steps cannot be forgotten within an edit");
     const Deleting deleting;
     m_undone.clear();

@@ -35,16 +35,19 @@ public:
     /// the object that it restores by itself then.
     void run(Edit edit, const void* subject);
 
-    /// Returns the number of blocks that are open.
-    std::size_t begin(const QString& text);
-    void end();
-    /// Undoes all of the innermost block. Exceptions of slots are only shown meanwhile.
-    void rollBack();
+    /// An open block. It ends when the last reference to it goes, at the next use of the history.
+    using Block = std::shared_ptr<const void>;
+    Block begin(const QString& text);
+    /// Ends the block, and those within it. Throws NotNow if it has ended already, or began before an edit that runs.
+    void end(const Block& block);
+    /// The same, and undoes all that was done in it. Exceptions of slots are only shown meanwhile.
+    void rollBack(const Block& block);
 
     void undo();
     void redo();
     bool isRunning() const { return m_running > 0; }
-    std::size_t depth() const { return m_blocks.size(); }
+    /// Whether a block is open or an edit runs.
+    bool isBusy();
     /// Whether edits are being undone: then others are refused.
     bool isReplaying() const { return m_isReplaying; }
 
@@ -64,16 +67,22 @@ private:
         Edit edit;
         const void* subject;
     };
-    struct Block {
+    struct OpenBlock {
         QString text;
+        std::weak_ptr<const void> block;
         std::vector<Entry> entries;
+        /// Whether it is of an edit that runs.
+        bool isOfEdit = false;
     };
 
+    void endInnermost();
+    void endAbandoned();
+    void endWithin(const Block& block);
     void forgetUndone();
-    static void undoFrom(Block& block, std::size_t first, const void* except);
+    static void undoFrom(OpenBlock& block, std::size_t first, const void* except);
     void replay(std::vector<Step>& from, std::vector<Step>& to, void (Bsc::CompositeCommand::*act)());
 
-    std::vector<Block> m_blocks;
+    std::vector<OpenBlock> m_blocks;
     std::vector<Step> m_done;
     std::vector<Step> m_undone;
     int m_running = 0;

@@ -23,7 +23,7 @@ void Home::close() {
     if (!root)
         return;
     ownedRoot();
-    if (history.isRunning() || history.depth() > 0 || saving > 0)
+    if (history.isBusy() || saving > 0)
         throw NotNow("the project cannot be closed within an edit, or while it is saved");
     history.clear();
     const Deleting deleting;

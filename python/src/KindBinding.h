@@ -62,7 +62,7 @@ template <class T> py::array sampledValues(const Typed<T>& self, const TimeArray
     const auto sampleInto = [&](T* out) {
         const Sampling sampling;
         const Prm::Parameter<T>& parameter = self.alive();
-        const py::gil_scoped_release released;
+        const Unlocked unlocked;
         parameter.sampleValues(times.data(), count, view, out);
     };
     if constexpr (std::is_arithmetic_v<T>) {

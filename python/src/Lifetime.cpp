@@ -54,13 +54,19 @@ thread_local int workingHere = 0;
 bool isEnding = false;
 std::thread::id endingThread;
 
-/// A thread that would come back to an interpreter that has ended would end the process. It ends with the process.
+/// Ends with the process.
 void stayHere() {
     if (std::this_thread::get_id() == endingThread)
         return;
     const py::gil_scoped_release released;
     for (;;)
         std::this_thread::sleep_for(std::chrono::hours(1));
+}
+
+bool isSampled() {
+    Gate& state = gate();
+    const std::lock_guard<std::mutex> lock(state.mutex);
+    return state.sampling > 0;
 }
 
 bool othersWork() {
@@ -123,6 +129,11 @@ Deleting::~Deleting() {
     state.changed.notify_all();
 }
 
+Unlocked::Unlocked() {
+    if (!isEnding)
+        m_released.emplace();
+}
+
 Working::Counted::Counted() {
     if (isEnding && workingHere == 0)
         stayHere();
@@ -143,12 +154,10 @@ void leaveBehind(std::shared_ptr<void> last) {
 void stopWork() {
     isEnding = true;
     endingThread = std::this_thread::get_id();
-    while (othersWork()) {
+    while (othersWork() || isSampled()) {
         const py::gil_scoped_release released;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    static const Deleting& untilTheEnd = *new Deleting;
-    (void)untilTheEnd;
 }
 
 Keeper::~Keeper() = default;

@@ -5,6 +5,7 @@
 #include <boost/shared_ptr.hpp>
 
 #include <memory>
+#include <optional>
 #include <thread>
 #include <utility>
 
@@ -32,8 +33,19 @@ public:
     Deleting& operator=(const Deleting&) = delete;
 };
 
-/// A scope in which this thread works on objects without the interpreter's lock. What `betweenWork` made is kept
-/// meanwhile, if other threads drop it.
+/// Releases the interpreter's lock until the scope ends. At the end of the interpreter it is kept: a thread that comes
+/// back to an interpreter that has ended would be ended within this scope, which ends the process.
+class Unlocked {
+public:
+    Unlocked();
+
+private:
+    std::optional<py::gil_scoped_release> m_released;
+};
+
+/// A scope in which this thread edits or reads objects without the interpreter's lock. What `betweenWork` made is kept
+/// meanwhile, if other threads drop it. At the end of the interpreter it holds all threads but the one that ends it,
+/// since slots call Python.
 class Working {
 public:
     Working() = default;
@@ -47,7 +59,7 @@ private:
         ~Counted();
     };
     Counted m_counted;
-    py::gil_scoped_release m_released;
+    Unlocked m_unlocked;
 };
 
 /// Keeps the object until no other thread works. To be called with the interpreter's lock held.
@@ -58,8 +70,7 @@ template <class T, class... Arguments> std::shared_ptr<T> betweenWork(Arguments&
     return {new T(std::forward<Arguments>(arguments)...), [](T* last) { leaveBehind(std::shared_ptr<void>(last)); }};
 }
 
-/// Waits until no other thread works or samples, and holds all that want to. For the end of the interpreter: a thread
-/// that comes back from its work after that would be ended within it, which ends the process.
+/// Waits until no other thread works or samples without the interpreter's lock. For the end of the interpreter.
 void stopWork();
 
 /// What keeps objects alive for handles, and the thread that may edit them: a project, or one object made by Python.

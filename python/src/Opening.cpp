@@ -265,7 +265,7 @@ void adoptText(Home& home, const QByteArray& text, const QString& title) {
     if (!reading.loadText(text))
         raise(PyExc_ValueError, reading.errorString());
     const MasterPaths masters = masterPathsOf(*wanted);
-    home.history.begin(title);
+    const History::Block block = home.history.begin(title);
     try {
         Adoption(home).adopt(*home.root, *wanted);
         adoptMasters(home, masters);
@@ -273,10 +273,10 @@ void adoptText(Home& home, const QByteArray& text, const QString& title) {
         file->loadText(text);
         home.history.run(std::make_unique<ExchangeFileEdit>(home, std::move(file)), nullptr);
     } catch (...) {
-        home.history.rollBack();
+        home.history.rollBack(block);
         throw;
     }
-    home.history.end();
+    home.history.end(block);
     const Deleting deleting;
     wanted->clearAllLists();
 }

@@ -60,26 +60,26 @@ public:
     EditBlock(HomePointer home, const QString& text) : m_home(std::move(home)), m_text(text) {}
 
     void enter() {
-        m_home->ownedRoot();
-        if (m_depth > 0)
+        if (m_block)
             throw NotNow("this edit block is entered already");
-        m_depth = m_home->history.begin(m_text);
+        m_home->ownedRoot();
+        m_block = m_home->history.begin(m_text);
     }
     void exit(py::handle error, py::handle, py::handle) {
+        if (!m_block)
+            throw NotNow("this edit block is not entered");
         m_home->ownedRoot();
-        if (m_depth == 0 || m_home->history.depth() != m_depth)
-            throw NotNow("edit blocks must end in the reverse order of their beginnings");
-        m_depth = 0;
+        const History::Block block = std::exchange(m_block, nullptr);
         if (error.is_none())
-            m_home->history.end();
+            m_home->history.end(block);
         else
-            m_home->history.rollBack();
+            m_home->history.rollBack(block);
     }
 
 private:
     HomePointer m_home;
     QString m_text;
-    std::size_t m_depth = 0;
+    History::Block m_block;
 };
 
 /// Undoes or redoes; returns the text of the step, or none.
@@ -167,7 +167,7 @@ void bindOwnership(py::class_<Home, HomePointer>& project) {
     project.def(
         "take_over",
         [](const HomePointer& self) {
-            if (self->history.isRunning() || self->history.depth() > 0 || self->saving > 0)
+            if (self->history.isBusy() || self->saving > 0)
                 throw NotNow("the project is being edited or saved");
             self->owner = std::this_thread::get_id();
         },

@@ -318,6 +318,11 @@ TEST(Edits, OfSeveralKindsSayHowManyTheyChange) {
     EXPECT_EQ(undoText(one), "Set value of set.p3") << "splitting changes nothing";
     add<ParameterWithoutTypeHideEdit>(one, keyed, true);
     EXPECT_EQ(undoText(one), "Change set.p3");
+    Number unanimated("unanimated");
+    unanimated.vSetValue(2, still());
+    ParameterScaleValuesEdit scaling(unanimated, {}, ValueScaling::scaled(2));
+    scaling.doIt();
+    EXPECT_EQ(undoText(scaling), "Change value of unanimated");
     Command members;
     members.push_back(new ParameterSetRemoveEdit(world.root, *world.set(0)));
     EXPECT_EQ(undoText(members), "Remove set");

@@ -269,6 +269,7 @@ TEST(ProjectFile, MastersAreFoundByTheHostOrByName) {
 
 TEST(ProjectFile, LossesAreNamedBeforeSaving) {
     Project project;
+    project.title.vSetValue(QString(QChar(0)) + 'a', still());
     EXPECT_TRUE(project.file.saveLosses().isEmpty());
     project.size.vSetValue(1, at(0.1));
     project.size.vSetInterpolationData(IType(Interpolation::Linear, 1), 0, View());

@@ -143,6 +143,10 @@ class Structure(unittest.TestCase):
         self.assertEqual(list(group), ["position", "title"])
         group.add(prm.Switch("on"), position=0)
         self.assertEqual(list(group), ["on", "position", "title"])
+        x.keys = [(0, 1.0)]
+        project.view_names = ["Right", "R"]
+        x.set(2.0, at=0, view="R")
+        self.assertEqual((x.value(0, view="Right"), x.value(0, view="R")), (1.0, 2.0))
 
     def test_masters_views_and_flags_are_undone(self):
         a, b = prm.Number("a"), prm.Number("b")
@@ -249,6 +253,10 @@ class Structure(unittest.TestCase):
         table = lottie.export_table("Beam.transform.rotation", times=[0, 12])
         self.assertEqual(len(table.splitlines()), 3)
         self.assertIn("@keyframes", lottie.export_style_sheet(24))
+        switch = prm.Switch("on")
+        switch.keys = [(0, False), (10, True)]
+        switched = prm.Project([prm.Group("g", [switch])])
+        self.assertEqual(switched.export_table(times=[0, 5, 10]).splitlines()[1:], ["0,0", "5,0", "10,1"])
 
 
 if __name__ == "__main__":

@@ -2,7 +2,9 @@
 
 import collections
 import contextlib
+import copy
 import gc
+import pickle
 import random
 import sys
 import subprocess
@@ -88,13 +90,40 @@ class Undo(unittest.TestCase):
             for call in (project.undo, project.redo, project.close, project.forget_steps):
                 with self.subTest(call.__name__), self.assertRaises(RuntimeError):
                     call()
-        first, second = project.edit("1"), project.edit("2")
-        first.__enter__()
-        second.__enter__()
-        with self.assertRaises(RuntimeError):
-            first.__exit__(None, None, None)
-        second.__exit__(None, None, None)
-        first.__exit__(None, None, None)
+
+    def test_blocks_that_do_not_end_in_order(self):
+        project, opacity = made()
+        before = body(project)
+        for name, error in [("ends with the one around it", None), ("is undone with it", ValueError())]:
+            with self.subTest(name):
+                outer, inner = project.edit("outer"), project.edit("inner")
+                outer.__enter__()
+                inner.__enter__()
+                opacity.set(3.0, at=5)
+                outer.__exit__(error and ValueError, error, None)
+                with self.assertRaises(RuntimeError):
+                    inner.__exit__(None, None, None)
+                self.assertEqual(project.undo(), None if error else "outer")
+                self.assertEqual(body(project), before)
+        project.edit("dropped").__enter__()
+        opacity.set(3.0, at=5)
+        self.assertEqual(project.undo_text, "Set value of logo.opacity")
+        project.undo()
+
+        blocks = []
+
+        def misuse(change):
+            if not project.is_replaying:
+                blocks.append(project.edit("in a callback"))
+                blocks[-1].__enter__()
+                blocks[0].__exit__(ValueError, ValueError(), None)
+
+        subscription = opacity.on_change(misuse)
+        with self.assertRaises(RuntimeError), project.edit("around"):
+            opacity.set(3.0, at=5)
+            opacity.set(4.0, at=5)
+        subscription.close()
+        self.assertEqual((body(project), project.undo_text), (before, None))
 
 
 class Ends(unittest.TestCase):
@@ -172,17 +201,49 @@ class Ends(unittest.TestCase):
             number.set(1.0, at=0)
         subscription.close()
 
-    def test_the_end_with_a_thread_that_saves(self):
-        script = """import prm, threading, time, os, tempfile
-project, path = prm.Project.open(%r), os.path.join(tempfile.mkdtemp(), "x.prm")
+    def test_the_end_with_threads_that_work(self):
+        saving = """
 def save():
-    mine = prm.Project.open(%r)
+    mine = prm.Project.open(clip)
     while True: mine.save(path)
 threading.Thread(target=save, daemon=True).start()
 time.sleep(0.2)
 """
-        ended = subprocess.run([sys.executable, "-c", script % (str(CLIP), str(CLIP))], timeout=60)
-        self.assertEqual(ended.returncode, 0)
+        sampling = """
+number = prm.Number("n", 1.0)
+def sample():
+    while not stop.is_set(): number.sample(range(1000))
+thread = threading.Thread(target=sample, daemon=True)
+thread.start()
+"""
+        for name, script in [("saving", saving), ("sampling, joined by an older exit function", sampling)]:
+            beginning = f"""import atexit, threading, time, os, tempfile
+stop = threading.Event()
+def end():
+    stop.set()
+    if "thread" in globals(): thread.join()
+atexit.register(end)
+import prm
+clip, path = {str(CLIP)!r}, os.path.join(tempfile.mkdtemp(), "x.prm")
+"""
+            with self.subTest(name):
+                ended = subprocess.run([sys.executable, "-c", beginning + script], timeout=60)
+                self.assertEqual(ended.returncode, 0)
+
+    def test_objects_without_a_value_are_not_made(self):
+        project, opacity = made()
+        changes = []
+        subscription = opacity.on_change(changes.append)
+        opacity.set(1.0, at=1)
+        for one in (project, opacity, subscription, changes[0], project["logo"], opacity.explain(3), project.edit()):
+            with self.subTest(repr(one)):
+                for call in (copy.copy, lambda one: pickle.dumps(one, 0)):
+                    with self.assertRaises(TypeError):
+                        call(one)
+                with contextlib.suppress(TypeError):
+                    empty = type(one).__new__(type(one))
+                    with self.assertRaises((ReferenceError, RuntimeError)):
+                        empty.on_change(print)
 
     def test_subscriptions_end_when_they_die(self):
         project, opacity = made()
