@@ -243,6 +243,57 @@ TEST(Exchange, StyleSheetsShowWhatTheProjectShows) {
     }
 }
 
+struct ShownRow {
+    const char* name;
+    const char* views;
+    /// In which there are keyframes; "" for the only place of all views.
+    std::vector<const char*> prefixes;
+};
+
+const ShownRow shownViews[] = {
+    {"one place", "", {""}},
+    {"the first view only", "[0]", {".view[0]"}},
+    {"not in the first view", "[2]", {".view[2]"}},
+    {"views apart", "[1, 3, 7]", {".view[1]", ".view[3]", ".view[7]"}},
+};
+
+// A view without data has the keyframes of another one, not only its values frame by frame.
+TEST(Exchange, WhatHoldsOneViewHoldsWhatTheViewShows) {
+    for (const ShownRow& row : shownViews) {
+        Random random(7);
+        QByteArray text;
+        for (const QByteArray path : {"a.rotation", "a.opacity"}) {
+            text += *row.views ? path + ".views=" + row.views + '\n' : QByteArray();
+            for (const char* prefix : row.prefixes)
+                text += random.animated(path, false, prefix);
+        }
+        text += "a.scale.value=1 2\na.glow.MasterParameterId=a.rotation\n";
+        const Opened own(text);
+        for (const quint32 id : {0u, 1u, 2u, 3u, 5u, 7u, 9u}) {
+            SCOPED_TRACE(std::string(row.name) + ", view " + std::to_string(id));
+            ExportOptions options;
+            options.framesPerSecond = 25;
+            options.view = View(id);
+            const Opened animation(importAnimation(exportAnimation(text, options).text).text);
+            const Sheet sheet(QString::fromUtf8(exportStyleSheet(text, options).text));
+            for (int i = 0; i < 60; ++i) {
+                const double frame = i - 7.3;
+                const auto value = [&](const char* path) {
+                    return own.value(path, Context(Time::fromDouble(frame), View(id))).x();
+                };
+                const auto shown = [&](const char* path) {
+                    return animation.value(path, Context(Time::fromDouble(frame), View())).x();
+                };
+                ASSERT_NEAR(shown("a.transform.rotation"), value("a.rotation"), 1e-9) << frame;
+                ASSERT_NEAR(shown("a.transform.opacity"), value("a.opacity"), 1e-9) << frame;
+                ASSERT_NEAR(shown("a.effects.glow.Slider"), value("a.glow"), 1e-9) << frame;
+                ASSERT_NEAR(sheet.value("a-rotation", "a-rotation", frame / 25), value("a.rotation"), 1e-6) << frame;
+                ASSERT_NEAR(sheet.value("a-glow", "a-glow", frame / 25), value("a.glow"), 1e-6) << frame;
+            }
+        }
+    }
+}
+
 // --- objects of animations -------------------------------------------------------------------------------------------
 
 struct ObjectRow {
