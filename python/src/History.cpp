@@ -40,8 +40,10 @@ History::Block History::begin(const QString& text) {
 }
 
 bool History::isBusy() {
+    if (m_running > 0)
+        return true;
     endAbandoned();
-    return m_running > 0 || !m_blocks.empty();
+    return !m_blocks.empty();
 }
 
 void refuseEndless(int running, bool& isTooDeep) {
