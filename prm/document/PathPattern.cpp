@@ -42,14 +42,15 @@ QString regularExpressionOf(const QString& shellPattern) {
 
 } // namespace
 
-/// Matches what the shell pattern does, and all below that.
-PathPattern::PathPattern(const QString& pattern)
-    : m_pattern(pattern), m_shellPattern(regularExpressionOf(pattern) + "(?:\\..*)?") {}
+PathPattern::PathPattern(const QString& pattern) : m_pattern(pattern) {
+    if (pattern.contains('*') || pattern.contains('?') || pattern.contains('['))
+        m_shellPattern = QRegExp(regularExpressionOf(pattern) + "(?:\\..*)?");
+}
 
 bool PathPattern::matches(const QString& path) const {
     const bool isGroup = m_pattern.endsWith('.') || path.midRef(m_pattern.size()).startsWith('.');
     const bool isBelow = path.startsWith(m_pattern) && isGroup;
-    return path == m_pattern || isBelow || m_shellPattern.exactMatch(path);
+    return path == m_pattern || isBelow || (!m_shellPattern.isEmpty() && m_shellPattern.exactMatch(path));
 }
 
 KindRules::KindRules(const QStringList& rules) {

@@ -17,6 +17,7 @@ public:
 
 private:
     QString m_pattern;
+    /// Matches what the shell pattern does, and all below that; empty for a path.
     QRegExp m_shellPattern;
 };
 
