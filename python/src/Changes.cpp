@@ -110,8 +110,8 @@ Subscription subscribe(const Animated& self, const py::object& callback) {
 
 Subscription subscribeGroup(const GroupHandle& self, const py::object& callback) {
     Subscription subscription(callback);
-    self.owned().forEachParameter(
-        [&](Prm::ParameterWithoutType* parameter) { subscription.connect(self.keeper, *parameter); }, true);
+    self.owned().forEachParameterAndPart(
+        [&](Prm::ParameterWithoutType* parameter) { subscription.connect(self.keeper, *parameter); });
     return subscription;
 }
 
@@ -164,7 +164,7 @@ void bindChanges(py::module_& module, py::class_<Animated, Handle>& animated) {
                  "of that edit, which is then not done. Keep what is returned: when it dies, calls end.");
     auto group = py::reinterpret_borrow<py::class_<GroupHandle>>(module.attr("Group"));
     group.def("on_change", &subscribeGroup, py::arg("callback"), py::keep_alive<0, 1>(),
-              "The same for all parameters that are below the group now.");
+              "The same for all parameters that are below the group now, and the parts of compounds.");
 }
 
 } // namespace PrmPython

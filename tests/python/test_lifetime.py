@@ -84,6 +84,21 @@ class Undo(unittest.TestCase):
         project.undo()
         self.assertEqual(body(project), before)
 
+    def test_a_group_announces_its_compounds_and_their_parts(self):
+        x = prm.Number("x")
+        project = prm.Project([prm.Group("g", [prm.Compound("position", [x, prm.Number("y")])])])
+        wrong = set()
+        subscription = project.on_change(
+            lambda change: wrong.update(one.path for one in change.extent.parameters if 5 in change.extent.frames(of=one)))
+        for name, act in [("set", lambda: x.set(3.0, at=4)), ("extrapolated", lambda: setattr(x, "extrapolation_after", "Linear")),
+                          ("cleared", x.clear), ("moved", lambda: x.retime(scale=2))]:
+            with self.subTest(name):
+                x.keys = [(0, 0.0), (4, 1.0)]
+                wrong.clear()
+                act()
+                self.assertIn("g.position.x", wrong)
+        subscription.close()
+
     def test_refused_where_it_would_be_lost(self):
         project, opacity = made()
         with project.edit("open"):
