@@ -1,5 +1,7 @@
 #include "python/src/Convert.h"
 
+#include "python/src/Lifetime.h"
+
 #include <QVector>
 
 namespace PrmPython {
@@ -126,6 +128,7 @@ QByteArray utf8FromText(py::handle textOrBytes) {
 }
 
 QString fileNameOf(py::handle path) {
+    const Staying staying;
     return textOf(py::module_::import("os").attr("fsdecode")(path));
 }
 

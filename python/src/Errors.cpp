@@ -1,5 +1,7 @@
 #include "python/src/Errors.h"
 
+#include "python/src/Lifetime.h"
+
 #include <typeinfo>
 #include <utility>
 
@@ -11,6 +13,7 @@ void raise(PyObject* kind, const QString& message) {
 }
 
 void raiseMissing(const char* what, const QString& name, const QStringList& present) {
+    const Staying staying;
     QString message = QStringLiteral("no %1 '%2'").arg(QLatin1String(what), name);
     const auto near = py::module_::import("difflib").attr("get_close_matches")(name, toPython(present));
     const QStringList names = listOf(near);

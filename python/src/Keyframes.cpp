@@ -1,5 +1,7 @@
 #include "python/src/Keyframes.h"
 
+#include "python/src/Lifetime.h"
+
 namespace PrmPython {
 
 namespace {
@@ -46,6 +48,7 @@ KeyframeShape shapeOf(const py::sequence& row) {
 } // namespace
 
 py::array structured(const std::vector<KeyframeShape>& shapes, const char* format, const py::array& values) {
+    const Staying staying;
     const std::vector<py::ssize_t> count{static_cast<py::ssize_t>(shapes.size())};
     py::array rows(typeOfRows(format), count);
     py::array_t<double> numbers(count);
@@ -67,6 +70,7 @@ py::array structured(const std::vector<KeyframeShape>& shapes, const char* forma
 }
 
 std::vector<std::pair<KeyframeShape, py::object>> rowsOf(py::handle keys) {
+    const Staying staying;
     py::object given = py::reinterpret_borrow<py::object>(keys);
     if (py::isinstance<py::array>(given))
         given = inOrder(given).attr("tolist")();

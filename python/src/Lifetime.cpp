@@ -28,10 +28,6 @@ Gate& gate() {
     return only;
 }
 
-bool mayDelete(const Gate& state) {
-    return state.sampling == 0 && (state.deleting == 0 || state.deleter == std::this_thread::get_id());
-}
-
 bool maySample(const Gate& state) {
     return state.deleting == 0 || state.deleter == std::this_thread::get_id();
 }
@@ -46,9 +42,13 @@ LeftBehind& leftBehind() {
     return only;
 }
 
-/// Scopes in which the lock is released: of all threads, guarded by the lock, and of this thread.
+/// Scopes in which threads work: of all threads, guarded by the lock, and of this thread.
 int workingAnywhere = 0;
 thread_local int workingHere = 0;
+
+/// Scopes in which the lock is released, for whatever reason.
+int unlockedAnywhere = 0;
+thread_local int unlockedHere = 0;
 
 /// For the end of the interpreter, whose own thread goes on working.
 bool isEnding = false;
@@ -63,10 +63,28 @@ void stayHere() {
         std::this_thread::sleep_for(std::chrono::hours(1));
 }
 
-bool isSampled() {
-    Gate& state = gate();
-    const std::lock_guard<std::mutex> lock(state.mutex);
-    return state.sampling > 0;
+/// Whether the interpreter has ended the other threads, some perhaps in the midst of what they did.
+bool isLast() {
+#if PY_VERSION_HEX >= 0x030D0000
+    const bool hasEnded = Py_IsFinalizing();
+#else
+    const bool hasEnded = _Py_IsFinalizing();
+#endif
+    return hasEnded && std::this_thread::get_id() == endingThread;
+}
+
+/// Waits without the interpreter's lock, which is never waited for while the mutex is locked.
+template <class Condition> void waitUntil(std::unique_lock<std::mutex>& lock, const Condition& holds) {
+    while (!holds() && !isLast()) {
+        lock.unlock();
+        {
+            const Unlocked unlocked(Unlocked::Always);
+            lock.lock();
+            gate().changed.wait(lock, holds);
+            lock.unlock();
+        }
+        lock.lock();
+    }
 }
 
 bool othersWork() {
@@ -84,15 +102,7 @@ bool mustWait(Keeper& keeper) {
 Sampling::Sampling() {
     Gate& state = gate();
     std::unique_lock<std::mutex> lock(state.mutex);
-    while (!maySample(state)) {
-        lock.unlock();
-        {
-            const py::gil_scoped_release released;
-            std::unique_lock<std::mutex> waiting(state.mutex);
-            state.changed.wait(waiting, [&] { return maySample(state); });
-        }
-        lock.lock();
-    }
+    waitUntil(lock, [&] { return maySample(state); });
     ++state.sampling;
 }
 
@@ -105,21 +115,11 @@ Sampling::~Sampling() {
 
 Deleting::Deleting() {
     Gate& state = gate();
-    const auto self = std::this_thread::get_id();
     std::unique_lock<std::mutex> lock(state.mutex);
-    if (!mayDelete(state)) {
-        lock.unlock();
-        const py::gil_scoped_release released;
-        lock.lock();
-        state.changed.wait(lock, [&] { return state.deleting == 0 || state.deleter == self; });
-        state.deleter = self;
-        ++state.deleting;
-        state.changed.wait(lock, [&] { return state.sampling == 0; });
-        lock.unlock();
-        return;
-    }
-    state.deleter = self;
+    waitUntil(lock, [&] { return state.deleting == 0 || state.deleter == std::this_thread::get_id(); });
+    state.deleter = std::this_thread::get_id();
     ++state.deleting;
+    waitUntil(lock, [&] { return state.sampling == 0; });
 }
 
 Deleting::~Deleting() {
@@ -129,19 +129,29 @@ Deleting::~Deleting() {
     state.changed.notify_all();
 }
 
-Unlocked::Unlocked() {
-    if (!isEnding)
+Unlocked::Unlocked(When when) {
+    if (!isEnding || when == Always)
         m_released.emplace();
 }
 
-Working::Counted::Counted() {
+Unlocked::Counted::Counted() {
+    ++unlockedAnywhere;
+    ++unlockedHere;
+}
+
+Unlocked::Counted::~Counted() {
+    --unlockedHere;
+    --unlockedAnywhere;
+}
+
+Staying::Staying() {
     if (isEnding && workingHere == 0)
         stayHere();
     ++workingAnywhere;
     ++workingHere;
 }
 
-Working::Counted::~Counted() {
+Staying::~Staying() {
     --workingHere;
     --workingAnywhere;
 }
@@ -154,7 +164,7 @@ void leaveBehind(std::shared_ptr<void> last) {
 void stopWork() {
     isEnding = true;
     endingThread = std::this_thread::get_id();
-    while (othersWork() || isSampled()) {
+    while (othersWork() || unlockedAnywhere > unlockedHere) {
         const py::gil_scoped_release released;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }

@@ -37,20 +37,10 @@ public:
 /// back to an interpreter that has ended would be ended within this scope, which ends the process.
 class Unlocked {
 public:
-    Unlocked();
-
-private:
-    std::optional<py::gil_scoped_release> m_released;
-};
-
-/// A scope in which this thread edits or reads objects without the interpreter's lock. What `betweenWork` made is kept
-/// meanwhile, if other threads drop it. At the end of the interpreter it holds all threads but the one that ends it,
-/// since slots call Python.
-class Working {
-public:
-    Working() = default;
-    Working(const Working&) = delete;
-    Working& operator=(const Working&) = delete;
+    enum When { UnlessEnding, Always };
+    explicit Unlocked(When when = UnlessEnding);
+    Unlocked(const Unlocked&) = delete;
+    Unlocked& operator=(const Unlocked&) = delete;
 
 private:
     /// With the lock held.
@@ -58,7 +48,33 @@ private:
         Counted();
         ~Counted();
     };
-    Counted m_counted;
+    struct Released {
+        Counted counted;
+        py::gil_scoped_release released;
+    };
+    std::optional<Released> m_released;
+};
+
+/// A scope that calls Python, or works without the interpreter's lock. The interpreter's end waits for it, since a
+/// thread that is ended within it ends the process; begun after that, it holds all threads but the one that ends.
+class Staying {
+public:
+    Staying();
+    ~Staying();
+    Staying(const Staying&) = delete;
+    Staying& operator=(const Staying&) = delete;
+};
+
+/// A scope in which this thread edits or reads objects without the interpreter's lock, and slots may call Python. What
+/// `betweenWork` made is kept meanwhile, if other threads drop it.
+class Working {
+public:
+    Working() = default;
+    Working(const Working&) = delete;
+    Working& operator=(const Working&) = delete;
+
+private:
+    Staying m_staying;
     Unlocked m_unlocked;
 };
 
@@ -70,7 +86,8 @@ template <class T, class... Arguments> std::shared_ptr<T> betweenWork(Arguments&
     return {new T(std::forward<Arguments>(arguments)...), [](T* last) { leaveBehind(std::shared_ptr<void>(last)); }};
 }
 
-/// Waits until no other thread works or samples without the interpreter's lock. For the end of the interpreter.
+/// Waits until no other thread stays, or is without the interpreter's lock because of us. For the end of the
+/// interpreter.
 void stopWork();
 
 /// What keeps objects alive for handles, and the thread that may edit them: a project, or one object made by Python.

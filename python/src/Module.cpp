@@ -2,6 +2,8 @@
 #include "python/src/Errors.h"
 #include "python/src/Lifetime.h"
 
+#include <pybind11/numpy.h>
+
 namespace {
 
 PyObject* refuseToMake(PyTypeObject* type, PyObject* /*arguments*/, PyObject* /*named*/) {
@@ -33,6 +35,8 @@ PYBIND11_MODULE(_prm, module) {
     using namespace PrmPython;
     module.doc() = "Animatable parameters: what is compiled of the package prm.";
     registerErrors();
+    // Made when first needed, by two threads at once, it would wait for itself: importing releases the lock.
+    py::detail::npy_api::get();
     py::module_::import("atexit").attr("register")(py::cpp_function(&stopWork));
     bindGroups(module);
     bindParameters(module);

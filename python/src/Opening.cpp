@@ -227,6 +227,7 @@ void adoptMasters(Home& home, const MasterPaths& paths) {
 } // namespace
 
 QByteArray contentsOf(py::handle path) {
+    const Staying staying;
     return utf8FromText(py::module_::import("pathlib").attr("Path")(path).attr("read_bytes")());
 }
 

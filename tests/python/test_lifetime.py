@@ -231,7 +231,17 @@ def sample():
 thread = threading.Thread(target=sample, daemon=True)
 thread.start()
 """
-        for name, script in [("saving", saving), ("sampling, joined by an older exit function", sampling)]:
+        several = """
+def work():
+    while True:
+        number = prm.Number("n")
+        number.keys = [(0, 1.0), (2, 3.0)]
+        number.sample(range(1000)), number.keys, prm.Project.open(clip)
+for i in range(4): threading.Thread(target=work, daemon=True).start()
+time.sleep(0.05)
+"""
+        for name, script in [("saving", saving), ("sampling, joined by an older exit function", sampling),
+                             *[("several at once", several)] * 10]:
             beginning = f"""import atexit, threading, time, os, tempfile
 stop = threading.Event()
 def end():
