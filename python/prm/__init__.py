@@ -12,6 +12,8 @@ Times are frames. The thread that made a project or a parameter edits it; any th
 
 from collections.abc import Mapping
 
+import numpy as _numpy  # First, since what is compiled needs it and would hide why it fails.
+
 from . import _prm
 from ._prm import (
     BasicParameter,
