@@ -64,7 +64,7 @@ public:
                 drop(line);
         }
         Lines& start = startOfData();
-        if (!hasOnlyFirstView() || !m_after.at(0).keys.empty())
+        if (!hasOnlyFirstView() || !m_after.at(0).keys.empty() || m_after.at(0).value.text.isNull())
             start.push_back(viewList());
         for (const auto& [view, data] : m_after) {
             for (const FileKeyframe& key : data.keys)
@@ -251,8 +251,10 @@ private:
     }
 
     void changeValue(quint32 view, const FileValue& former, const FileValue& value) {
-        if (former == value || value.text.isNull())
+        if (former == value)
             return;
+        if (value.text.isNull())
+            return drop(former.line);
         if (former.line == FileValue::noLine)
             return endOfData().push_back(valueLine(view, value));
         const QByteArray line = m_changes[former.line].own.value_or(Lines{bytes(former.line)}).front();

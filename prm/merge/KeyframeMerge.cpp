@@ -120,7 +120,8 @@ class KeyframeMerge {
 public:
     KeyframeMerge(const FileKeyframes& base, const MergedSide& ours, const MergedSide& theirs, Resolver& resolver,
                   const Resolver::Subject& place)
-        : m_base(base), m_ours(ours), m_theirs(theirs), m_resolver(resolver), m_place(place) {}
+        : m_base(base), m_ours(ours), m_theirs(theirs), m_resolver(resolver), m_place(place),
+          m_kept(resolver.kept(place.path)), m_other(m_kept == Side::Ours ? Side::Theirs : Side::Ours) {}
 
     FileKeyframes merged(TimeLines& timeLines) {
         const Counterparts ours = counterpartsOf(m_base, m_ours.normal);
@@ -223,14 +224,24 @@ private:
 
     // --- one keyframe to a time --------------------------------------------------------------------------------------
 
-    bool isWhereOursIs(const Merged& merged) const {
-        return merged.ours != none && merged.key.time == at(m_ours.normal, merged.ours).time;
+    static int placeOn(Side side, const Merged& merged) { return side == Side::Ours ? merged.ours : merged.theirs; }
+
+    /// As the side has it.
+    const FileKeyframe& normal(Side side, const Merged& merged) const {
+        return side == Side::Ours ? at(m_ours.normal, merged.ours) : at(m_theirs.normal, merged.theirs);
+    }
+    const FileKeyframe& normal(const Merged& merged) const {
+        return normal(merged.ours == none ? Side::Theirs : Side::Ours, merged);
+    }
+    bool isWhere(Side side, const Merged& merged) const {
+        return placeOn(side, merged) != none && merged.key.time == normal(side, merged).time;
     }
 
-    /// First those that are where ours has them, of which no two meet; then the others, as far as there is room.
+    /// First those that are where the kept side has them, of which no two meet; then the others, as far as there is
+    /// room.
     FileKeyframes placed(TimeLines& timeLines) {
         const auto arriving = std::stable_partition(m_merged.begin(), m_merged.end(),
-                                                    [this](const Merged& merged) { return isWhereOursIs(merged); });
+                                                    [this](const Merged& merged) { return isWhere(m_kept, merged); });
         for (auto each = m_merged.begin(); each != arriving; ++each)
             m_places.emplace(each->key.time, &*each);
         for (auto each = arriving; each != m_merged.end(); ++each)
@@ -239,51 +250,53 @@ private:
         keys.reserve(m_places.size());
         for (const auto& [time, merged] : m_places) {
             keys.push_back(merged->key);
-            const int line = isWhereOursIs(*merged) ? at(m_ours.written, merged->ours).value.line
-                                                    : at(m_theirs.written, merged->theirs).value.line;
+            const int line = isWhere(Side::Ours, *merged) ? at(m_ours.written, merged->ours).value.line
+                                                          : at(m_theirs.written, merged->theirs).value.line;
             if (line != merged->key.value.line)
                 timeLines[merged->key.value.line] = line;
         }
         return keys;
     }
 
-    /// What finds no room goes back to where ours has it, where another one has to make room for it.
+    /// What finds no room goes back to where the kept side has it, where another one has to make room for it.
     void place(Merged* arriving) {
         while (arriving) {
             const auto [there, isFree] = m_places.emplace(arriving->key.time, arriving);
             if (isFree)
                 return;
             Merged*& holder = there->second;
-            if (isWhereOursIs(*arriving))
+            if (isWhere(m_kept, *arriving))
                 std::swap(holder, arriving);
-            if (chooseHolder(*holder, *arriving) == Side::Theirs) {
-                holder = arriving;
+            if (areSame(*holder, *arriving))
                 return;
-            }
-            arriving = backWhereOursIs(arriving);
+            tellMeeting(*holder, *arriving);
+            arriving = back(arriving);
         }
     }
 
-    Merged* backWhereOursIs(Merged* merged) const {
-        if (merged->ours == none)
+    Merged* back(Merged* merged) const {
+        if (placeOn(m_kept, *merged) == none)
             return nullptr;
-        merged->key.time = at(m_ours.normal, merged->ours).time;
+        merged->key.time = normal(m_kept, *merged).time;
         return merged;
     }
 
-    /// Both sides may have added the same keyframe.
-    Side chooseHolder(const Merged& holder, const Merged& arriving) {
-        if (arriving.ours == none && isAlike(normal(holder), normal(arriving)))
-            return Side::Ours;
-        const QString ours = keyframeText(normal(holder));
-        const QString theirs = keyframeText(normal(arriving));
-        const QString frame = plainText(frameOf(arriving.key));
-        return m_resolver.settle(subject("keyframe", arriving.key, "%1"), {QVariant(), ours, theirs},
-                                 message("two keyframes arrive at %1: %2 here and %3 there", frame, ours, theirs));
+    /// Whether both sides have the same keyframe there, which on one side may be another one that has only moved.
+    bool areSame(const Merged& holder, const Merged& arriving) const {
+        if (!isWhere(m_kept, holder) || !isWhere(m_other, arriving))
+            return false;
+        const FileKeyframe& other = normal(m_other, arriving);
+        return isAlike(normal(m_kept, holder), other) &&
+               (placeOn(m_kept, arriving) == none || isAlike(normal(m_kept, arriving), other));
     }
 
-    const FileKeyframe& normal(const Merged& merged) const {
-        return merged.ours == none ? at(m_theirs.normal, merged.theirs) : at(m_ours.normal, merged.ours);
+    void tellMeeting(const Merged& holder, const Merged& arriving) {
+        const bool isOursThere = m_kept == Side::Ours;
+        const QString ours = keyframeText(normal(isOursThere ? holder : arriving));
+        const QString theirs = keyframeText(normal(isOursThere ? arriving : holder));
+        const QString frame = plainText(frameOf(arriving.key));
+        m_resolver.settle(subject("keyframe", arriving.key, "%1"), {QVariant(), ours, theirs},
+                          message("two keyframes arrive at %1: %2 here and %3 there", frame, ours, theirs));
     }
 
     const FileKeyframes& m_base;
@@ -291,6 +304,8 @@ private:
     const MergedSide& m_theirs;
     Resolver& m_resolver;
     const Resolver::Subject& m_place;
+    const Side m_kept;
+    const Side m_other;
     std::vector<Merged> m_merged;
     /// Of those added.
     std::set<std::pair<Side, int>> m_leftOut;

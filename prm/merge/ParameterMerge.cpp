@@ -46,7 +46,7 @@ public:
         }
         for (const quint32 view : views)
             mergeView(view);
-        if (m_merged.empty() && !m_ours.normal.empty())
+        if (m_merged.empty() && !m_ours.normal.empty() && !m_theirs.normal.empty())
             keepOneSide();
         return std::move(m_merged);
     }
@@ -59,7 +59,7 @@ private:
         return subject;
     }
 
-    /// Each side has deleted the views that the other one has left, but a parameter needs one.
+    /// Each side has deleted the views that the other one has left, which neither side has meant.
     void keepOneSide() {
         const Resolver::Subject subject{m_ours.parameter.path(), {}, "view", {}, {}};
         const Side side =

@@ -239,26 +239,49 @@ private:
         const MergedParameter base = ready(Base);
         const MergedParameter ours = ready(Ours);
         const MergedParameter theirs = ready(Theirs);
-        mergeData(base, ours, theirs);
+        mergeData(trio, base, ours, theirs);
         mergeSettings(trio, base.parameter, ours.parameter, theirs.parameter);
         mergeUnknown({base.parameter.refused(), ours.parameter.refused(), theirs.parameter.refused()},
                      ours.parameter.path());
     }
 
-    void mergeData(const MergedParameter& base, const MergedParameter& ours, const MergedParameter& theirs) {
+    void mergeData(const Trio& trio, const MergedParameter& base, const MergedParameter& ours,
+                   const MergedParameter& theirs) {
         TimeLines timeLines;
         const FileViews merged = mergeViews(base, ours, theirs, m_resolver, timeLines);
         if (merged == ours.written)
             return;
+        if (merged.empty())
+            return takeData(trio, ours, theirs);
         try {
             setViews(ours.parameter.data(), merged);
             m_lines.change(changedLines(m_ours.text, ours.written, ours.parameter, m_ours.text.version(),
                                         otherLines(merged, ours.written, theirs.written, timeLines)));
         } catch (const Problem&) {
             const Resolver::Subject subject{ours.parameter.path(), {}, "keyframe", {}, {}};
-            m_resolver.settle(subject, {contentOf(base.normal), contentOf(ours.normal), contentOf(theirs.normal)},
-                              "project text cannot hold the keyframes of both, times have six digits");
+            const Side side =
+                m_resolver.settle(subject, {contentOf(base.normal), contentOf(ours.normal), contentOf(theirs.normal)},
+                                  "project text cannot hold the keyframes of both, times have six digits");
+            if (side == Side::Theirs)
+                takeData(trio, ours, theirs);
         }
+    }
+
+    void takeData(const Trio& trio, const MergedParameter& ours, const MergedParameter& theirs) {
+        m_lines.drop(dataLines(m_ours.text, trio[Ours], ours.parameter.refused()));
+        m_lines.insert(dataLines(m_theirs.text, trio[Theirs], theirs.parameter.refused()));
+    }
+
+    /// Those that the parameter has read.
+    static std::vector<int> dataLines(const ProjectText& text, int node, const std::vector<int>& refused) {
+        std::vector<int> lines;
+        for (const int line : text.node(node).lines) {
+            const Key key = text.key(line);
+            const bool isData = key == Key::Views || key == Key::Keyframe || key == Key::Value || key == Key::Keyframed;
+            if (isData && std::find(refused.begin(), refused.end(), line) == refused.end())
+                lines.push_back(line);
+        }
+        return lines;
     }
 
     QByteArray entryOf(int line) const {

@@ -234,7 +234,38 @@ private:
             if (found != renames.end())
                 group.paths[side] = bytePath(*m_texts[side], found->second);
         }
+        joinNamesake(group, Ours, Theirs);
+        joinNamesake(group, Theirs, Ours);
         return group;
+    }
+
+    /// A side that has the group by the new name of the other side has renamed it too, and changed more of it.
+    void joinNamesake(RenamedGroup& group, Revision side, Revision other) const {
+        const QByteArray& path = group.paths[other];
+        if (group.nodes[side] >= 0 || path == group.paths[Base] || m_texts[Base]->findNode(toView(path)) >= 0)
+            return;
+        const int node = m_texts[side]->findNode(toView(path));
+        const std::map<int, int>& renames = side == Ours ? m_ours : m_theirs;
+        const bool isAnother =
+            std::any_of(renames.begin(), renames.end(), [node](const auto& rename) { return rename.second == node; });
+        if (node < 0 || isAnother)
+            return;
+        group.nodes[side] = node;
+        group.paths[side] = path;
+    }
+
+    /// Whether a group that one side has renamed and the other one has deleted stays deleted.
+    bool isDeleted(const RenamedGroup& group) {
+        const bool isGoneHere = group.nodes[Ours] < 0;
+        const auto& [base, ours, theirs] = group.paths;
+        const Resolver::Change deletion{"deleted", {}};
+        const Resolver::Change rename{"renamed", shown(isGoneHere ? theirs : ours)};
+        const Resolver::Subject subject{shown(base), {}, "group", {}, "the group"};
+        const Resolver::Values values{shown(base), isGoneHere ? QVariant() : shown(ours),
+                                      isGoneHere ? shown(theirs) : QVariant()};
+        const Side side =
+            m_resolver.settle(subject, values, isGoneHere ? deletion : rename, isGoneHere ? rename : deletion);
+        return (side == Side::Ours) == isGoneHere;
     }
 
     /// What the group is called in the result.
@@ -257,6 +288,10 @@ private:
     }
 
     void follow(const RenamedGroup& group) {
+        // What is kept is then a group that one side has added.
+        const bool isInBoth = group.nodes[Ours] >= 0 && group.nodes[Theirs] >= 0;
+        if (!isInBoth && !isDeleted(group))
+            return;
         const QByteArray path = chosenPath(group);
         if (!isFree(path, group) || !m_results.insert(path).second) {
             const auto& [base, ours, theirs] = group.paths;

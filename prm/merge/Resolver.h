@@ -51,6 +51,9 @@ public:
     /// The same, with a message of its own.
     Side settle(const Subject& subject, const Values& values, const QString& message);
 
+    /// The side that is kept in the conflicts of a path.
+    Side kept(const QString& path) const { return m_settlement(path).value_or(Side::Ours); }
+
     std::vector<Conflict> takeConflicts() { return std::move(m_conflicts); }
 
 private:

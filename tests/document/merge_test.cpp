@@ -52,6 +52,15 @@ const ConflictRow conflicts[] = {
     {"line", "note=1\n", "note=2\n", "note=3\n", "note - -: note=1, note=2, note=3"},
     {"group", "g.a.value=1\ng.b.value=2\n", "x.a.value=1\nx.b.value=2\n", "y.a.value=1\ny.b.value=2\n",
      "g - -: g, x, y"},
+    {"group", "g.a.value=1\ng.b.value=2\nk.value=1\n", "x.a.value=1\nx.b.value=2\nk.value=1\n", "k.value=1\n",
+     "g - -: g, x, -"},
+    {"group", "g.a.value=1\ng.b.value=2\nk.value=1\n", "k.value=1\n", "x.a.value=1\nx.b.value=2\nk.value=1\n",
+     "g - -: g, -, x"},
+    {"keyframe", KEY("a.x", 18, 1) KEY("a.x", 49, 8), KEY("a.x", 24, 1) KEY("a.x", 49, 8),
+     KEY("a.x", 18, 1) KEY("a.x", 24, 3) KEY("a.x", 49, 8), "a.x - 24: -, 1 (Linear), 3 (Linear)"},
+    {"value", "a.x.views=[0]\n" KEY("a.x", 9, 1),
+     "a.x.views=[0]\n" KEY("a.x", 1, 1) KEY("a.x", 2, 2) "a.x.view[0].value=7\n", "a.x.views=[0]\n",
+     "a.x - -: 1 keyframe, 2 keyframes, "},
 };
 
 TEST(Merge, ConflictsHaveTheValuesOfAllSides) {
@@ -86,6 +95,33 @@ TEST(Merge, IsSettledByPath) {
         EXPECT_TRUE(theirs.conflicts.empty());
         EXPECT_TRUE(projectDifferences(row.theirs, theirs.text).empty()) << theirs.text.toStdString();
         EXPECT_TRUE(asked.contains(QString(row.expected).section(' ', 0, 0)));
+    }
+}
+
+struct AgreementRow {
+    const char* name;
+    const char* base;
+    const char* ours;
+    const char* theirs;
+    const char* merged;
+};
+
+const AgreementRow agreements[] = {
+    {"all views deleted, a setting changed", "a.views=[0, 1]\na.view[0].value=1\na.view[1].value=2\n",
+     "a.views=[0, 1]\na.view[0].value=1\na.view[1].value=2\na.hidden=1\n", "a.views=[]\n", "a.views=[]\na.hidden=1\n"},
+    {"renamed alike, and changed", KEY("g.p", 26, 1), KEY("h.p", 27, 1), KEY("h.p", 26, 1), KEY("h.p", 27, 1)},
+    {"moved to where the other side added the same", KEY("a.x", 44, 1), KEY("a.x", 21, 1) KEY("a.x", 44, 1),
+     KEY("a.x", 21, 1), KEY("a.x", 21, 1)},
+};
+
+TEST(Merge, SidesAgreeInEitherOrder) {
+    for (const AgreementRow& row : agreements) {
+        SCOPED_TRACE(row.name);
+        for (const MergedProject& merged :
+             {mergeProjects(row.base, row.ours, row.theirs), mergeProjects(row.base, row.theirs, row.ours)}) {
+            EXPECT_TRUE(merged.conflicts.empty());
+            EXPECT_TRUE(projectDifferences(row.merged, merged.text).empty()) << merged.text.toStdString();
+        }
     }
 }
 
