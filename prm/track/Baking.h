@@ -4,7 +4,9 @@
 #include "prm/track/ReshapedTrack.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <vector>
 
 namespace Prm::detail {
 
@@ -64,14 +66,39 @@ const char* replaceStretch(ReshapedTrack<T>& track, const QVector<Time>& times, 
     return nullptr;
 }
 
-/// The shape that passes two values, at a third and at two thirds of the time: the solution of two linear equations.
-/// Straight where that would go far beyond the ends, as beside a step.
-template <class T> IType shapeThrough(const T& from, const T& first, const T& second, const T& to) {
+/// Where a step is looked at between its ends: at both thirds, and between these.
+constexpr std::array<double, 5> bakedParts = {1.0 / 6.0, 1.0 / 3.0, 0.5, 2.0 / 3.0, 5.0 / 6.0};
+
+/// What is shown at the parts of a step, as a sequence of `bakedParts`.
+template <class T> using BakedStep = typename QVector<T>::const_iterator;
+
+/// How far y1 and y2, of a shape with the thirds as x1 and x2, lead away from what is shown at the parts, squared.
+template <class T> double distance(const T& from, BakedStep<T> shown, const T& to, double y1, double y2) {
+    const auto start = Components<T>::of(from);
+    const auto end = Components<T>::of(to);
+    double most = 0.0;
+    for (const double part : bakedParts) {
+        const double rest = 1.0 - part;
+        const double progress = part * (3.0 * rest * (rest * y1 + part * y2) + part * part);
+        const auto wanted = Components<T>::of(*shown++);
+        double square = 0.0;
+        for (std::size_t c = 0; c < start.size(); ++c) {
+            const double difference = start[c] + progress * (end[c] - start[c]) - wanted[c];
+            square += difference * difference;
+        }
+        most = std::max(most, square);
+    }
+    return most;
+}
+
+/// The shape that passes the values at both thirds of the time: the solution of two linear equations. Straight where
+/// that is not much nearer to what is shown, as at the end of a hold, and where it would go far beyond the ends.
+template <class T> IType shapeThrough(const T& from, BakedStep<T> shown, const T& to) {
     constexpr double farthest = 8.0;
     const auto start = Components<T>::of(from);
     const auto end = Components<T>::of(to);
-    const auto a = Components<T>::of(first);
-    const auto b = Components<T>::of(second);
+    const auto a = Components<T>::of(shown[1]);
+    const auto b = Components<T>::of(shown[3]);
     double square = 0.0;
     double atFirst = 0.0;
     double atSecond = 0.0;
@@ -90,16 +117,32 @@ template <class T> IType shapeThrough(const T& from, const T& first, const T& se
     const bool isCurve = square > 0.0 && std::abs(y1) <= farthest && std::abs(y2) <= farthest;
     if (!isCurve || (std::abs(y1 - third) < rounding && std::abs(y2 - 2.0 * third) < rounding))
         return Interpolation::Linear;
+    // A jump at an end of the step leaves three eighths.
+    if (9.0 * distance(from, shown, to, y1, y2) > distance(from, shown, to, third, 2.0 * third))
+        return Interpolation::Linear;
     return {Interpolation::Bezier, 1.0 / 3.0, y1, 2.0 / 3.0, y2};
 }
 
-/// Gives the keyframes at these times the shapes that pass what is shown between them.
-template <class T> void bendBaked(ReshapedTrack<T>& track, const QVector<Time>& times, const QVector<T>& thirds) {
-    QVector<KeyframeData<T>>& list = track.now.keyframes;
-    const int begin = lowerBound(list, times.first());
-    for (int i = 0; i + 1 < times.size(); ++i)
-        list[begin + i].interpolationData = shapeThrough(list.at(begin + i).value, thirds.at(2 * i),
-                                                         thirds.at(2 * i + 1), list.at(begin + i + 1).value);
+/// The shapes of all steps, of which as many are looked at together as fit into a cache.
+template <class T>
+std::vector<IType> bakedShapes(const ReshapedTrack<T>& track, const QVector<Time>& times, const QVector<T>& values) {
+    constexpr int most = 1024;
+    const int steps = times.size() - 1;
+    std::vector<IType> shapes;
+    shapes.reserve(static_cast<std::size_t>(steps));
+    QVector<Time> parts;
+    for (int i = 0; i < steps;) {
+        const int end = std::min(i + most, steps);
+        parts.clear();
+        for (int step = i; step < end; ++step) {
+            for (const double part : bakedParts)
+                parts.append(times.at(step) + (times.at(step + 1) - times.at(step)) * part);
+        }
+        const QVector<T> between = track.shownAt(parts);
+        for (BakedStep<T> shown = between.cbegin(); i < end; ++i, shown += bakedParts.size())
+            shapes.push_back(shapeThrough<T>(values.at(i), shown, values.at(i + 1)));
+    }
+    return shapes;
 }
 
 template <class T> const char* reshape(ReshapedTrack<T>& track, const Baking& act) {
@@ -108,19 +151,19 @@ template <class T> const char* reshape(ReshapedTrack<T>& track, const Baking& ac
     const QVector<Time> times = bakedTimes(track.now, act);
     if (times.isEmpty())
         return isEmptySpan;
-    QVector<Time> thirds;
-    for (int i = 0; act.isCurved && i + 1 < times.size(); ++i) {
-        for (const double part : {1.0 / 3.0, 2.0 / 3.0})
-            thirds.append(times.at(i) + (times.at(i + 1) - times.at(i)) * part);
-    }
     const QVector<T> values = track.shownAt(times);
-    const QVector<T> between = track.shownAt(thirds);
-    const char* const refusal = replaceStretch(track, times, values);
+    std::vector<IType> shapes;
     if constexpr (blends<T>) {
-        if (!refusal && act.isCurved && !track.holds)
-            bendBaked(track, times, between);
+        if (act.isCurved && !track.holds)
+            shapes = bakedShapes(track, times, values);
     }
-    return refusal;
+    const char* const refusal = replaceStretch(track, times, values);
+    if (refusal)
+        return refusal;
+    int position = lowerBound(track.now.keyframes, times.first());
+    for (const IType& shape : shapes)
+        track.now.keyframes[position++].interpolationData = shape;
+    return nullptr;
 }
 
 } // namespace Prm::detail

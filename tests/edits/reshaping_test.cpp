@@ -1,5 +1,6 @@
 // What the edits of whole curves make of exhibits. That they keep what they promise is a matter of fuzz/reshaping_fuzz.
 
+#include "prm/Answers.h"
 #include "tests/support/Library.h"
 
 #include <gtest/gtest.h>
@@ -129,6 +130,16 @@ TEST(Reshaping, BakesWhatAMasterShowsAndLetsItTakeItBack) {
     bake.undoIt();
     EXPECT_EQ(own.masterParameter(), &master);
     EXPECT_EQ(own.keyframeCount(View(0)), 1u);
+}
+
+TEST(Reshaping, BakedStepsDoNotLeadBeyondAJump) {
+    for (const double step : {1., 3.}) {
+        Number held("held");
+        held.vSetDefaultInterpolation(Interpolation::Constant);
+        key(held, {{0, 0.}, {10, 5.}, {20, 9.}});
+        ParameterBakeEdit(held, KeyframeSpan(), step).doIt();
+        EXPECT_EQ(bounds(held, View(0), TimeSpan::all()), std::pair(0., 9.));
+    }
 }
 
 TEST(Reshaping, BakesOnlyAtTimesThatCanBe) {
