@@ -1,11 +1,10 @@
 #include "tool/Frames.h"
 
 #include "prm/document/Budget.h"
+#include "prm/document/ValueText.h"
 #include "tool/Streams.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <cmath>
 
 namespace Tool {
@@ -101,10 +100,16 @@ bool isFrame(Prm::Time time) {
 }
 
 double writtenFrame(Prm::Time time) {
-    std::array<char, 32> text{};
-    const auto frame = static_cast<float>(Prm::writtenTime(time).toDouble());
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), frame).ptr;
-    return QByteArray(text.data(), static_cast<int>(end - text.data())).toDouble();
+    return decimalFrame(Prm::writtenTime(time).toDouble());
+}
+
+Prm::Time decimalTime(Prm::Time time) {
+    return Prm::Time::fromDouble(decimalFrame(time.toDouble()));
+}
+
+Prm::Time fileTime(Prm::Time decimal) {
+    const Prm::Time time = Prm::Time::fromFloat(static_cast<float>(decimal.toDouble()));
+    return decimalTime(time) == decimal ? time : decimal;
 }
 
 double numberOption(const Arguments& arguments, const QString& option, double otherwise) {

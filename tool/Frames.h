@@ -29,6 +29,11 @@ bool isFrame(Prm::Time time);
 /// The number that a file has for a time, in its shortest form: 0.1, although single precision has only what is near.
 double writtenFrame(Prm::Time time);
 
+/// For adding and subtracting times of a file: the number that the file has, in double precision, and back. A time that
+/// no file has stays.
+Prm::Time decimalTime(Prm::Time time);
+Prm::Time fileTime(Prm::Time decimal);
+
 // What an option says, otherwise the last argument. They throw `WrongUse`.
 
 double numberOption(const Arguments& arguments, const QString& option, double otherwise = 0);

@@ -276,21 +276,21 @@ private:
     }
 
     void addMoved(const FileKeyframe& from, const FileKeyframe& to) {
-        const QVariant start = from.time.toDouble();
-        const QVariant end = to.time.toDouble();
-        add("key", moved, message("key at %1 moved to %2", plainText(start), plainText(end)), start, end, start);
+        const double start = from.time.toDouble();
+        const double end = to.time.toDouble();
+        add("key", moved, message("key at %1 moved to %2", frameText(start), frameText(end)), start, end, start);
     }
 
     void addKey(const QString& change, const FileKeyframe& key) {
-        const QVariant time = key.time.toDouble();
+        const double time = key.time.toDouble();
         const QString text = keyframeText(key);
-        add("key", change, message("key at %1 %2, %3", plainText(time), change, text), onlyIf(change, removed, text),
+        add("key", change, message("key at %1 %2, %3", frameText(time), change, text), onlyIf(change, removed, text),
             onlyIf(change, added, text), time);
     }
 
     void addChanged(const FileKeyframe& from, const FileKeyframe& to) {
-        const QVariant time = from.time.toDouble();
-        const QString subject = message("key at %1:", plainText(time));
+        const double time = from.time.toDouble();
+        const QString subject = message("key at %1:", frameText(time));
         addChange("key value", subject + " value", from.value.text, to.value.text, time);
         addChange("key interpolation", subject, curveText(from.interpolationData), curveText(to.interpolationData),
                   time);

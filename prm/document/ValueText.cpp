@@ -2,8 +2,14 @@
 
 #include "prm/ValueType.h"
 
+#include <QByteArray>
 #include <QPointF>
 #include <QStringList>
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
 
 namespace Prm::document {
 
@@ -34,6 +40,16 @@ QString plainText(const QVariant& value) {
     default:
         return value.toString();
     }
+}
+
+double decimalFrame(double time) {
+    constexpr auto farthest = static_cast<double>(std::numeric_limits<float>::max());
+    const auto single = static_cast<float>(std::abs(time) <= farthest ? time : 0.0);
+    if (static_cast<double>(single) != time)
+        return time;
+    std::array<char, 64> text{};
+    const auto end = std::to_chars(text.data(), text.data() + text.size(), single).ptr;
+    return QByteArray(text.data(), static_cast<int>(end - text.data())).toDouble();
 }
 
 } // namespace Prm::document

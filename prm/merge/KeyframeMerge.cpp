@@ -22,7 +22,7 @@ bool isAlike(const FileKeyframe& a, const FileKeyframe& b) {
     return a.value == b.value && curveText(a.interpolationData) == curveText(b.interpolationData);
 }
 
-QVariant frameOf(const FileKeyframe& key) {
+double frameOf(const FileKeyframe& key) {
     return key.time.toDouble();
 }
 
@@ -145,7 +145,7 @@ private:
         Resolver::Subject subject = m_place;
         subject.what = what;
         subject.frame = frameOf(key);
-        subject.words = message(words, plainText(frameOf(key)));
+        subject.words = message(words, frameText(frameOf(key)));
         return subject;
     }
 
@@ -163,7 +163,7 @@ private:
         const FileKeyframe& rest = ours == none ? at(m_theirs.normal, theirs) : at(m_ours.normal, ours);
         const bool isMoved = rest.time != base.time;
         const bool isChanged = !isAlike(rest, base);
-        const Resolver::Change edit = isMoved && !isChanged ? Resolver::Change{"moved", plainText(frameOf(rest))}
+        const Resolver::Change edit = isMoved && !isChanged ? Resolver::Change{"moved", frameText(frameOf(rest))}
                                                             : Resolver::Change{"edited", {}};
         const auto text = [](const FileKeyframes& keys, int index) {
             return index == none ? QVariant() : QVariant(keyframeText(at(keys, index)));
@@ -176,7 +176,7 @@ private:
     static QString textOf(const FileKeyframes& keys, const std::vector<int>& places) {
         QStringList texts;
         for (const int place : places)
-            texts.append(message("%1 at %2", keyframeText(at(keys, place)), plainText(frameOf(at(keys, place)))));
+            texts.append(message("%1 at %2", keyframeText(at(keys, place)), frameText(frameOf(at(keys, place)))));
         return texts.join(", ");
     }
 
@@ -294,7 +294,7 @@ private:
         const bool isOursThere = m_kept == Side::Ours;
         const QString ours = keyframeText(normal(isOursThere ? holder : arriving));
         const QString theirs = keyframeText(normal(isOursThere ? arriving : holder));
-        const QString frame = plainText(frameOf(arriving.key));
+        const QString frame = frameText(frameOf(arriving.key));
         m_resolver.settle(subject("keyframe", arriving.key, "%1"), {QVariant(), ours, theirs},
                           message("two keyframes arrive at %1: %2 here and %3 there", frame, ours, theirs));
     }

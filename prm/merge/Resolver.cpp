@@ -9,7 +9,8 @@ namespace {
 Resolver::Change changeOf(const Resolver::Subject& subject, const QVariant& base, const QVariant& value) {
     if (value.isNull())
         return {"removed", {}};
-    return {base.isNull() ? QString("set") : subject.verb, plainText(value)};
+    const bool isTime = subject.what == QLatin1String("time");
+    return {base.isNull() ? QString("set") : subject.verb, isTime ? frameText(value.toDouble()) : plainText(value)};
 }
 
 /// "moved to 25 here and to 45 there", "deleted here and edited there".

@@ -140,7 +140,9 @@ int reverse(Arguments& arguments) {
     if (!arguments.read())
         return Fine;
     const Prm::Time pivot = timeOption(arguments, "pivot", Prm::Time(Prm::Time::INVALID));
-    return reshapeCurves(arguments, spanOption(arguments), {making<Prm::ParameterReverseEdit>(pivot), "reversed"});
+    CurveEdit edit{making<Prm::ParameterReverseEdit>(pivot), "reversed"};
+    edit.movesTimes = true;
+    return reshapeCurves(arguments, spanOption(arguments), edit);
 }
 
 int adjustValues(Arguments& arguments) {

@@ -1,4 +1,4 @@
-#include "prm/MoveKeyframeEdit.h"
+#include "prm/SerialisedKeyframe.h"
 #include "tool/Commands.h"
 #include "tool/Frames.h"
 #include "tool/edit/Editing.h"
@@ -7,12 +7,23 @@ namespace Tool {
 
 namespace {
 
-/// A parameter that loses its last keyframe keeps that value, but here it only goes away for a moment. The way back, a
-/// copy of all views for each of them, is not needed.
+/// To the very time: a keyframe is moved by frames in single precision, of which the first move may leave a rest.
+void moveTo(Prm::SerialisedKeyframe& keyframe, Prm::Time time) {
+    constexpr int most = 4;
+    for (int i = 0; i < most && keyframe.context().time != time; ++i)
+        keyframe.adjustTime(static_cast<float>(time - keyframe.context().time));
+}
+
+/// A parameter that loses its last keyframe keeps that value, but here it only goes away for a moment.
 void move(FileParameter::Data& data, const Prm::Context& from, const Prm::Context& to) {
+    const auto keyframe = data.getSerialisedKeyframe(from);
+    if (!keyframe)
+        return;
     const FileValue value = data.staticValue(from.view);
-    if (Prm::MoveKeyframeEdit(data, from, to).doMoveKeyframe(Prm::Context::Explicit(from), to))
-        data.vSetValue(value, {Prm::Time::INVALID, from.view});
+    data.vDeleteKeyframe(Prm::Context::Explicit(from));
+    moveTo(*keyframe, to.time);
+    data.importKeyframe(*keyframe);
+    data.vSetValue(value, {Prm::Time::INVALID, from.view});
 }
 
 } // namespace

@@ -16,8 +16,8 @@ Prm::Retiming retimingOf(const Arguments& arguments) {
                                     : Prm::Retiming::scaled(numberOption(arguments, "scale"), pivot);
     if (!retiming.isUsable())
         throw WrongUse("the scale must be above 0");
-    retiming.first = keyframeOption(arguments, "from", retiming.first);
-    retiming.last = keyframeOption(arguments, "to", retiming.last);
+    retiming.first = decimalTime(keyframeOption(arguments, "from", retiming.first));
+    retiming.last = decimalTime(keyframeOption(arguments, "to", retiming.last));
     if (retiming.last < retiming.first)
         throw WrongUse("--from is later than --to");
     return retiming;
@@ -27,9 +27,10 @@ Prm::Retiming retimingOf(const Arguments& arguments) {
 void checkPossible(const Project& project, const FileParameter& parameter, const Prm::Retiming& retiming) {
     for (const auto& [view, data] : parameter.views()) {
         for (const FileKeyframe& key : data.keys) {
-            if (retiming.concerns(key.time) && !isFrame(retiming(key.time)))
+            const Prm::Time time = decimalTime(key.time);
+            if (retiming.concerns(time) && !isFrame(retiming(time)))
                 throw Problem("%1: frame %2 would move out of range; --from and --to name others",
-                              project.place(parameter, key.value.line), plainText(key.time.toDouble()));
+                              project.place(parameter, key.value.line), frameText(key.time.toDouble()));
         }
     }
 }
@@ -50,7 +51,10 @@ int retime(Arguments& arguments) {
     const Prm::Retiming retiming = retimingOf(arguments);
     return editProject(arguments, arguments.patterns(), [&](const Project& project, const FileParameter& parameter) {
         checkPossible(project, parameter, retiming);
-        Prm::ParameterRetimeEdit(parameter.data(), retiming).doIt();
+        FileParameter::Data& data = parameter.data();
+        data.adjustKeyframesTime(decimalTime);
+        Prm::ParameterRetimeEdit(data, retiming).doIt();
+        data.adjustKeyframesTime(fileTime);
     });
 }
 

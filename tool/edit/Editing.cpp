@@ -35,7 +35,7 @@ void tellMovedTimes(const QString& place, const FileViews& before, const FileVie
     }
     if (moved.empty())
         return;
-    const QString first = message("frame %1 is written as %2", plainText(moved.front().toDouble()),
+    const QString first = message("frame %1 is written as %2", frameText(moved.front().toDouble()),
                                   plainText(writtenFrame(moved.front())));
     tell("%1: %2%3", place, first,
          moved.size() == 1 ? QString() : message(", the first of %1 that are rounded", moved.size()));

@@ -87,11 +87,19 @@ public:
             return message("its values are of no known type");
         if (m_span.view.isValid() && !m_file.data().hasViewData(m_span.view))
             return withoutData(m_span.view);
-        const auto made = m_edit.make(*parameter, m_span);
+        Prm::KeyframeSpan span = m_span;
+        if (m_edit.movesTimes) {
+            span.first = decimalTime(span.first);
+            span.last = decimalTime(span.last);
+            parameter->adjustKeyframesTime(decimalTime);
+        }
+        const auto made = m_edit.make(*parameter, span);
         QString refusal = made ? made->refusal() : QString();
         if (!made || !refusal.isEmpty())
             return refusal;
         made->doIt();
+        if (m_edit.movesTimes)
+            parameter->adjustKeyframesTime(fileTime);
         findError(*parameter);
         for (const Prm::View view : std::vector<Prm::View>(m_file.data().viewList()))
             EditedView(m_file, *parameter, view).putBack();

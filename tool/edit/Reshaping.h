@@ -23,6 +23,8 @@ struct CurveEdit {
     double error = 0.0;
     /// Whether there is something to do for a parameter without keyframes.
     bool takesStatic = false;
+    /// Whether it adds and subtracts times, which are then those of the file as decimals.
+    bool movesTimes = false;
 };
 
 /// The options `view`, `from` and `to`, and what they say.
