@@ -119,8 +119,8 @@ public:
 
 /// Replaces the keyframes of a span by one at every step from its first time on, and one at its last, each with the
 /// value that is shown: of a master, which is then removed, of other views, of functions and classes of the
-/// application. Segments also pass the values at a third and at two thirds of the step where a curve can, and comes near
-/// what is shown, as it does not at the end of a hold; otherwise, and with `Linear`, they are straight. They are
+/// application. Segments also pass the values at a third and at two thirds of the step where a curve can, and comes
+/// near what is shown, as it does not at the end of a hold; otherwise, and with `Linear`, they are straight. They are
 /// Constant if values do not blend. A step that leads to a keyframe, as far as single precision can tell, is at its
 /// time. Outside the span the curve is kept; a keyframe is inserted at its ends for that. A view that is named and has
 /// no data gets some.
