@@ -204,13 +204,13 @@ class Structure(unittest.TestCase):
         compound.set((1.0, 2), at=3)
         for part, (value, _) in zip(parts, KINDS.values()):
             part.set(value, at=2)
-        text, members = project.text, [repr(one) for one in project.walk(parts=True)]
+        text, before, members = project.text, body(project), [repr(one) for one in project.walk(parts=True)]
         theirs = text.replace('st.value="a"', 'st.value="b"').replace("Key( 3, 1,", "Key( 3, 5,")
         self.assertEqual(project.merge(text.encode(), theirs.encode()), [])
         self.assertEqual([repr(one) for one in project.walk(parts=True)], members)
         self.assertEqual((project["g.st"].value(), compound.value(3), project["g.unset"].value()), ("b", (5.0, 2), 0.25))
         project.undo()
-        self.assertEqual(project.text, text)
+        self.assertEqual(body(project), before)
 
     def test_refused(self):
         number, inner = prm.Number("n"), prm.Group("inner")
