@@ -91,7 +91,7 @@ Prm::View readView(const QString& text) {
     bool isNumber = false;
     const Prm::View view(text.toUInt(&isNumber));
     if (!isNumber || !view.isValid())
-        throw WrongUse("'%1' is not a view, a number from 0", text);
+        throw WrongUse("'%1' is not a view, a number from 0 to 2147483647", text);
     return view;
 }
 
@@ -118,7 +118,7 @@ double numberOption(const Arguments& arguments, const QString& option, double ot
     bool isNumber = false;
     const double number = arguments.value(option).toDouble(&isNumber);
     if (!isNumber || !std::isfinite(number))
-        throw WrongUse("--%1 %2: it is a number", option, arguments.value(option));
+        throw WrongUse("--%1: '%2' is not a number", option, arguments.value(option));
     return number;
 }
 
@@ -127,7 +127,7 @@ Prm::Time timeOption(const Arguments& arguments, const QString& option, Prm::Tim
         return otherwise;
     const Prm::Time time = Prm::Time::fromDouble(numberOption(arguments, option));
     if (!isFrame(time))
-        throw WrongUse("--%1 %2: it is not a frame, which are at most 2147483645", option, arguments.value(option));
+        throw WrongUse("--%1: '%2' is not a frame, a number up to 2147483645", option, arguments.value(option));
     return time;
 }
 

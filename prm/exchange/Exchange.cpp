@@ -39,7 +39,7 @@ ExportedText exportTable(const QByteArray& project, const ExportOptions& options
 
 ExportedText exportStyleSheet(const QByteArray& project, const ExportOptions& options) {
     if (!(options.framesPerSecond > 0))
-        throw document::Problem("%1 frames per second: it is a number above 0", options.framesPerSecond);
+        throw document::Problem("%1 frames per second: not a number above 0", options.framesPerSecond);
     document::Document document(project, options.rules);
     const document::StyleSheet sheet =
         styleSheet(document, document.parameters(options.patterns), options.view, options.framesPerSecond);

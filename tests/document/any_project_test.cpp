@@ -102,7 +102,7 @@ const RefusalRow refusals[] = {
      },
      "no parameter or group 'b.*'"},
     {"no_frames_per_second", [] { exportStyleSheet(header + "a.x.value=1.5\n", {}); },
-     "0 frames per second: it is a number above 0"},
+     "0 frames per second: not a number above 0"},
     {"table_of_other_bytes", [] { importTable("frame,a.x\n0,1\n1,\xff\n"); },
      "3: the table is not UTF-8; save it as UTF-8"},
     {"table_without_times", [] { importTable("frame,a.x\n,1\n"); }, "2: '' is not a time"},

@@ -73,7 +73,7 @@ QSize sizeOption(const Arguments& arguments) {
     const QStringList parts = arguments.value("size").split('x');
     const QSize size(parts.value(0).toInt(), parts.value(1).toInt());
     if (parts.size() != 2 || size.width() <= 0 || size.height() <= 0)
-        throw WrongUse("--size %1: it is width and height, as in 1920x1080", arguments.value("size"));
+        throw WrongUse("--size: '%1' is not width and height, as in 1920x1080", arguments.value("size"));
     return size;
 }
 
@@ -105,7 +105,7 @@ const Form& formOf(const Arguments& arguments) {
             return form;
     }
     if (arguments.has("as"))
-        throw WrongUse("--as %1: it is csv, css or lottie", arguments.value("as"));
+        throw WrongUse("--as: '%1' is not csv, css or lottie", arguments.value("as"));
     throw WrongUse("--as says in what form to write: csv, css or lottie");
 }
 

@@ -20,7 +20,7 @@ Prm::Extrapolation kindNamed(const QString& name, const char* option) {
         if (kindText(kind).compare(name, Qt::CaseInsensitive) == 0)
             return kind;
     }
-    throw WrongUse("--%1 %2: it is constant or linear", option, name);
+    throw WrongUse("--%1: '%2' is not constant or linear", option, name);
 }
 
 /// The sides that the options name.

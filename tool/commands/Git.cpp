@@ -215,7 +215,7 @@ int useWithGit(Arguments& arguments) {
         return showForGit(arguments.rest().mid(1));
     const bool installs = action == "install";
     if (!installs && action != "uninstall")
-        throw WrongUse("%1: it is install or uninstall", action);
+        throw WrongUse("'%1' is not install or uninstall", action);
     if (arguments.rest().size() > 1)
         throw WrongUse("%1: takes no file; --files names a pattern", arguments.rest().at(1));
     const GitSetup setup(arguments.has("global"));

@@ -58,7 +58,7 @@ bool isTable(const Arguments& arguments) {
 SampleImport readTable(const Arguments& arguments) {
     const double framesPerSecond = numberOption(arguments, "fps");
     if (arguments.has("fps") && framesPerSecond <= 0)
-        throw WrongUse("--fps %1: it is a number above 0", arguments.value("fps"));
+        throw WrongUse("--fps: '%1' is not a number above 0", arguments.value("fps"));
     const QByteArray table = readInput(arguments.file());
     try {
         return importSamples(table, framesPerSecond);

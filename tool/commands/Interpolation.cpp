@@ -16,7 +16,7 @@ Prm::Interpolation kindOption(const Arguments& arguments) {
         if (kindText(kind).compare(arguments.value("as"), Qt::CaseInsensitive) == 0)
             return kind;
     }
-    throw WrongUse("--as %1: it is constant, linear or bezier", arguments.value("as"));
+    throw WrongUse("--as: '%1' is not constant, linear or bezier", arguments.value("as"));
 }
 
 } // namespace

@@ -48,7 +48,7 @@ std::vector<Rule> rulesOf(const Arguments& arguments) {
     for (int i = 0; i < patterns.size(); ++i) {
         const QString& side = sides.at(std::min(i, sides.size() - 1));
         if (side != "ours" && side != "theirs")
-            throw WrongUse("--take %1: it is ours or theirs", side);
+            throw WrongUse("--take: '%1' is not ours or theirs", side);
         rules.push_back({side == "ours" ? Prm::MergeSide::Ours : Prm::MergeSide::Theirs, PathPattern(patterns.at(i))});
     }
     return rules;
