@@ -43,9 +43,10 @@ CompoundParameter::CompoundParameter(const CompoundParameter& other)
 
 CompoundParameter::~CompoundParameter() {
     announceDeletion();
-    // The set part frees subparameters, whose observers must not meet a compound that is half destroyed.
     leaveSets();
     disconnectUpstream();
+    // Observers of parts that are deleted with it must not meet a compound that is half destroyed.
+    clearAllLists();
 }
 
 QList<ParameterWithoutType*> CompoundParameter::subparameters() const {

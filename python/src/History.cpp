@@ -72,8 +72,7 @@ void History::run(Edit edit, const void* subject) {
             const Working working;
             undoFrom(m_blocks.back(), 1, subject);
         }
-        const Deleting deleting;
-        m_blocks.pop_back();
+        dropInnermost();
         throw;
     }
     while (m_blocks.size() >= depth)
@@ -115,6 +114,14 @@ void History::end(const Block& block) {
     endInnermost();
 }
 
+void History::dropInnermost() {
+    OpenBlock block = std::move(m_blocks.back());
+    m_blocks.pop_back();
+    // Deleting calls slots, which may begin blocks.
+    const Deleting deleting;
+    block.entries.clear();
+}
+
 void History::endInnermost() {
     OpenBlock block = std::move(m_blocks.back());
     m_blocks.pop_back();
@@ -146,8 +153,7 @@ void History::rollBack(const Block& block) {
         undoFrom(m_blocks.back(), 0, nullptr);
         m_isReplaying = false;
     }
-    const Deleting deleting;
-    m_blocks.pop_back();
+    dropInnermost();
 }
 
 void History::replay(std::vector<Step>& from, std::vector<Step>& to, void (Bsc::CompositeCommand::*act)()) {
@@ -181,16 +187,17 @@ void History::redo() {
 void History::forgetUndone() {
     if (m_undone.empty())
         return;
+    // Deleting calls slots, which may edit.
     const Deleting deleting;
-    m_undone.clear();
+    std::exchange(m_undone, {}).clear();
 }
 
 void History::clear() {
     if (isBusy())
         throw NotNow("the steps cannot be forgotten within an edit");
     const Deleting deleting;
-    m_undone.clear();
-    m_done.clear();
+    std::exchange(m_undone, {}).clear();
+    std::exchange(m_done, {}).clear();
 }
 
 } // namespace PrmPython

@@ -76,6 +76,8 @@ private:
     };
 
     void endInnermost();
+    /// Deletes its edits, which become no step.
+    void dropInnermost();
     void endAbandoned();
     void endWithin(const Block& block);
     void forgetUndone();

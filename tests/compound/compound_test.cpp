@@ -10,23 +10,25 @@ using Values = QVector<QVariant>;
 
 namespace {
 
-TEST(Compound, LeavesItsSetsBeforeItsPartsDie) {
+TEST(Compound, LeavesItsSetsBeforeItsPartsDieAndIsWholeMeanwhile) {
     ParameterSet byReference("byReference");
     ParameterSet byPointer("byPointer");
     auto whole = boost::make_shared<CompoundParameter>("whole");
     auto part = boost::make_shared<Number>("part");
+    const QPointer<ParameterWithoutType> known(whole.get());
     std::string met;
     QObject::connect(part.get(), &Number::changed, [&](ParameterChange&) {
         for (const ParameterSet* set : {&byReference, &byPointer}) {
             for (const auto& member : set->parameters())
                 met += member->scriptName().toStdString() + std::to_string(member->keyframeCount(View(0)));
         }
+        met += known->variantValue(at(0)).toList().isEmpty() ? "empty" : "full";
     });
     whole->addParameter(std::move(part));
     byReference.addParameter(*whole);
     byPointer.addParameter(std::move(whole));
     byPointer.clearAllLists();
-    EXPECT_EQ(met, "");
+    EXPECT_EQ(met, "empty");
     EXPECT_TRUE(byReference.parameters().empty());
 }
 
