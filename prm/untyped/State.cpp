@@ -67,8 +67,17 @@ public:
     /// Without the edited one and its own parts.
     const std::vector<ParameterWithoutType*>& others() const { return m_found; }
     const std::vector<ParameterWithoutType*>& keyedTogether() const { return m_together; }
-    /// Where others may change when an edit has these places.
-    Places reached(const Places& places) const { return m_compounds.isEmpty() || !m_losesTimes ? places : Places(); }
+    /// Where all of them may change when an edit has these places.
+    Places reached(Places places) const {
+        if (m_compounds.isEmpty())
+            return places;
+        if (m_losesTimes)
+            return {};
+        // What a part that is not splittable changes for all views, its compound makes known for the default view.
+        for (std::size_t i = m_ignoresViews ? places.size() : 0; i-- > 0;)
+            places.push_back({View(View::defaultViewId()), places[i].first, places[i].last});
+        return places;
+    }
 
 private:
     void climb(BasicParameter& parameter) {
@@ -92,8 +101,10 @@ private:
         m_climbers.push_back(&parameter);
         auto* const set = dynamic_cast<ParameterSet*>(&parameter);
         auto* const animated = set ? nullptr : qobject_cast<ParameterWithoutType*>(&parameter);
+        const bool ignoresViews = animated && !animated->splittable();
+        m_ignoresViews = m_ignoresViews || ignoresViews;
         // Written in one view and asked about in another one, it names the times of other keyframes to its compounds.
-        m_losesTimes = m_losesTimes || (animated && !animated->splittable() && animated->numViews() > 1);
+        m_losesTimes = m_losesTimes || (ignoresViews && animated->numViews() > 1);
         if (animated)
             m_found.push_back(animated);
         else if (set)
@@ -106,6 +117,7 @@ private:
     std::vector<BasicParameter*> m_climbers;
     QSet<const BasicParameter*> m_descended;
     QSet<const BasicParameter*> m_compounds;
+    bool m_ignoresViews = false;
     bool m_losesTimes = false;
 };
 

@@ -91,9 +91,11 @@ TEST(Edits, OfLongListsComeBackExactly) {
     const Warnings quiet;
     for (const Act& act : commands) {
         SCOPED_TRACE(act.name);
-        for (const Who who : {Keyed, X, Position})
+        for (const Who who : {Keyed, X, Position}) {
             for (const std::size_t place : {0, 1, 3, 4})
                 lineOf(act, true, who, places[place], 70);
+            lineOf(act, true, who, {at(9, 1), at(7), 2, 1, false, 3}, 70);
+        }
     }
 }
 
