@@ -33,6 +33,10 @@ struct Received : QObject {
 /// A line for what it sends done and undone, what it returns, and its text; none where it does nothing.
 QString lineOf(const Act& act, bool isCommand, Who who, const A& a, int more = 0) {
     Exhibits world(more);
+    if (more > 0) {
+        world.parameter(X)->uniquifyView(View(1));
+        world.parameter(Y)->setSplittable(false);
+    }
     P& own = *world.parameter(who);
     const std::string before = world.state();
     Received received(world);

@@ -314,7 +314,7 @@ enum Who { Text, Plain, Master, Keyed, X, Y, Far, Joined, Second, Tied, Position
 /// A small project to edit: a keyed number with a split view, one without keyframes, a master with two parameters
 /// constrained to it, a compound, a compound in one that is keyed together, a point for which all views are one.
 struct Exhibits : World {
-    /// With so many more keyframes after the others; one part of the compound has the same then in all views.
+    /// With so many more keyframes after the others.
     explicit Exhibits(int more = 0) : World(Choices(nullptr, 0), {10, 5, false}) {
         Number& keyed = number(Keyed);
         key(keyed, {{0, 1.}, {10, 2.}, {20, 4.}});
@@ -343,10 +343,6 @@ struct Exhibits : World {
             for (const Who who : {Keyed, Tied, X, Y})
                 key(number(who), {{1000 + i, i * 1.}});
             key(keyed, {{1000 + i, i * 2.}}, 1);
-        }
-        if (more > 0) {
-            parameter(X)->uniquifyView(View(1));
-            parameter(Y)->setSplittable(false);
         }
         for (const Who member : {Keyed, Plain, Master, Tied, Second, Position, Outer, Text})
             owners[0]->addParameter(owner(member));
