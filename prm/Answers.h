@@ -82,7 +82,7 @@ QVector<KeyframeData<T>> keyframes(const Parameter<T>& parameter, const View& vi
 ///   returned, the latter two in its middle. 0, the default: everything.
 /// - Endless spans are cut at the first and the last keyframe. At an excluded end the curve begins or ends at the next
 ///   time in the span.
-/// - A tolerance that is negative or NaN counts as 0. Tolerances below 1e-8 of the change of a Bezier segment count as
+/// - A tolerance that is negative or NaN counts as 0. Tolerances below 3e-8 of the height of a Bezier segment count as
 ///   that, and `int` and `unsigned int` are not resolved finer than 1/65536 of their range between two keyframes.
 /// - Of a host's type that rounds, the tolerance is that of the curve before rounding.
 /// - Segments with a function of a host's are sampled at 64 times, parameters with hooks at 1025: there the tolerance
@@ -113,10 +113,9 @@ public:
     template <class T>
     static QVector<CurvePoint<T>> sampledPoints(const Parameter<T>& parameter, const View& view, const Moments& span) {
         constexpr int steps = 1024;
-        const double step = (span.last - span.first) / steps;
         QVector<Time> times;
         for (int i = 0; i < steps; ++i)
-            times.append(Time::fromDouble(span.first + i * step));
+            times.append(Time::fromDouble(span.at(1.0 * i / steps)));
         times.append(Time::fromDouble(span.last));
         QVector<T> values(times.size());
         parameter.sampleValues(times.constData(), times.size(), view, values.data());

@@ -62,8 +62,8 @@ private:
     /// False, and nothing done, where a line to the point would leave others.
     bool narrow(Time time, const T& value) {
         const double distance = time - m_points.last().first;
-        if (!(distance > 0.0))
-            return true;
+        if (!(distance > 0.0) || distance == infinite)
+            return distance != infinite;
         const Numbers from = Components<T>::of(m_points.last().second);
         const Numbers to = Components<T>::of(value);
         Numbers least = m_least;
@@ -177,8 +177,7 @@ private:
     void addSamples(const Moments& times) {
         constexpr int count = 64;
         for (int i = 1; i < count; ++i)
-            add(times.first + (times.last - times.first) * i / count,
-                valueOf(times.first + (times.last - times.first) * i / count));
+            add(times.at(1.0 * i / count), valueOf(times.at(1.0 * i / count)));
     }
 
     void addCurves(const Piece<T>& piece, const Moments& times) {

@@ -87,6 +87,8 @@ struct Moments {
 
     bool isEmpty() const { return !(first <= last); }
     Moments within(const Moments& other) const { return {std::max(first, other.first), std::min(last, other.last)}; }
+    /// A time between both ends, which may be as far apart as times can be.
+    double at(double part) const { return std::clamp(first * (1.0 - part) + last * part, first, last); }
 
     double first = 1.0;
     double last = 0.0;

@@ -59,6 +59,10 @@ TEST(Answers, AHostsHooksAreNotGuessed) {
     EXPECT_FALSE(isConstant(hooked, View(), span));
     EXPECT_EQ(bounds(hooked, View(), span).second, infinity);
     EXPECT_EQ(polyline(hooked, View(), span, 1).size(), 1025);
+    Hooked endless;
+    key(endless, {{-infinity, 1.}, {5, 2.}});
+    for (const auto& [time, value] : polyline(endless, View(), TimeSpan::all(), 1))
+        EXPECT_LE(time.toDouble(), 5);
     EXPECT_EQ(slope(hooked, at(20)), 0);
 }
 
