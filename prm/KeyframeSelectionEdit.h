@@ -43,7 +43,7 @@ public:
     void undoIt() override;
     /// The script names of the parameters, separated by commas, those of deleted ones followed by " (deleted)".
     QString usageLogInfo() const override;
-    /// Of the selected keyframes, also where there is none any more.
+    /// Of the selected keyframes, also where there is none any more; 0 once doing it has changed nothing.
     EditSummary summary() const override;
 
 private:
@@ -51,6 +51,7 @@ private:
     KeyframeChange m_change;
     std::vector<std::pair<QPointer<ParameterWithoutType>, QString>> m_names;
     std::shared_ptr<const detail::State> m_former;
+    bool m_isUseless = false;
 };
 
 /// An edit of a selection while the user drags: shows one change after another, each from the beginning, and ends with

@@ -51,8 +51,11 @@ protected:
     /// How many keyframes or values the edit would change now; 1 if they are not counted. Here: 1. The parameter
     /// exists.
     virtual int countNow() const;
-    /// Keeps the count for `summary`. Implementations of `doIt` call it before the change.
-    void takeCount();
+    /// Keeps the count for `summary`: what `countNow` returned before the change, 0 where nothing has changed.
+    /// Implementations of `doIt` call it.
+    void takeCount(int count);
+    /// The count that was kept; -1 before.
+    int takenCount() const { return m_count; }
 
     /// Null after the parameter was deleted.
     BasicParameter* edited() const { return m_edited.data(); }

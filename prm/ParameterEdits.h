@@ -243,6 +243,8 @@ class PRM_EXPORT ParameterRetimeEdit : public ParameterSnapshotEdit {
 public:
     ParameterRetimeEdit(ParameterWithoutType& parameter, const Retiming& retiming);
     ~ParameterRetimeEdit() override;
+    /// Why doing the edit now would be refused, in words that follow a colon; empty if it would not.
+    QString refusal() const;
     /// Appends one edit, for a compound too; the last form, one for each parameter of the set and its subsets. A set
     /// that is a compound counts as one parameter.
     static Bsc::CompositeCommand& appendToCommand(ParameterWithoutType& parameter, const Retiming& retiming,

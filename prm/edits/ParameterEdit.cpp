@@ -38,8 +38,8 @@ int ParameterEdit::countNow() const {
     return 1;
 }
 
-void ParameterEdit::takeCount() {
-    m_count = countNow();
+void ParameterEdit::takeCount(int count) {
+    m_count = count;
 }
 
 ParameterSnapshotEdit::ParameterSnapshotEdit(BasicParameter* edited, const EditWords& words)
@@ -55,9 +55,10 @@ void ParameterSnapshotEdit::doIt() {
 }
 
 void ParameterSnapshotEdit::change() {
-    takeCount();
+    const int count = countNow();
     if (applies())
         m_former = takeState().changed([this] { apply(); });
+    takeCount(m_former ? std::max(count, 1) : 0);
 }
 
 void ParameterSnapshotEdit::undoIt() {
@@ -131,8 +132,10 @@ std::function<void()> ParameterSnapshotEdit::mergerWith(UndoableEdit& next, cons
         return {};
     if (isAlone && isNothing)
         former.reset();
-    return [this, &later, former] {
+    const int count = former ? std::max(takenCount(), later.takenCount()) : 0;
+    return [this, &later, former, count] {
         m_former = former;
+        takeCount(count);
         takeWanted(later);
     };
 }

@@ -10,6 +10,12 @@ namespace Prm {
 
 namespace {
 
+/// Of a parameter, or of the parts of a compound.
+template <class Test> bool anyOwner(ParameterWithoutType* parameter, const Test& test) {
+    const detail::Owners owners = parameter ? detail::ownersOf(*parameter) : detail::Owners();
+    return std::any_of(owners.begin(), owners.end(), [&](const auto& owner) { return test(*owner); });
+}
+
 bool lists(const ParameterWithoutType& parameter, const View& view) {
     const std::vector<View>& views = parameter.viewList();
     return std::find(views.begin(), views.end(), view) != views.end();
@@ -29,7 +35,8 @@ void ParameterAddKeyEdit::apply() {
 }
 
 int ParameterAddKeyEdit::countNow() const {
-    return parameter() && parameter()->bKeyframeAt(Context::Explicit(m_context)) ? 0 : 1;
+    const Context::Explicit at(m_context);
+    return anyOwner(parameter(), [&](const auto& owner) { return !owner.bKeyframeAt(at); }) ? 1 : 0;
 }
 
 detail::Places ParameterAddKeyEdit::places() const {
@@ -246,7 +253,8 @@ void ParameterSplitViewEdit::apply() {
 }
 
 int ParameterSplitViewEdit::countNow() const {
-    return parameter() && parameter()->splittable() && !lists(*parameter(), m_view) ? 1 : 0;
+    const auto isSplit = [this](const auto& owner) { return owner.splittable() && !lists(owner, m_view); };
+    return anyOwner(parameter(), isSplit) ? 1 : 0;
 }
 
 /// The data of the new view are a copy.

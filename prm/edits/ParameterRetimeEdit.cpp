@@ -5,6 +5,7 @@
 #include "prm/ParameterEdits.h"
 #include "prm/ParameterSet.h"
 #include "prm/edits/KeyframeMoves.h"
+#include "prm/track/SelectedKeyframes.h"
 
 #include <algorithm>
 #include <limits>
@@ -194,6 +195,13 @@ ParameterRetimeEdit::ParameterRetimeEdit(ParameterWithoutType& parameter, const 
       m_retiming(retiming) {}
 
 ParameterRetimeEdit::~ParameterRetimeEdit() = default;
+
+QString ParameterRetimeEdit::refusal() const {
+    if (!m_retiming.isUsable())
+        return QStringLiteral("the scale must be above 0, and all numbers finite");
+    const bool isPossible = !parameter() || detail::RetimingPlan(*parameter(), m_retiming).isPossible();
+    return QString::fromLatin1(isPossible ? nullptr : detail::isOutOfRange);
+}
 
 bool ParameterRetimeEdit::applies() {
     if (!m_retiming.isUsable())

@@ -5,6 +5,8 @@
 #include "prm/untyped/Restoring.h"
 #include "prm/untyped/State.h"
 
+#include <algorithm>
+
 namespace Prm {
 
 namespace {
@@ -35,14 +37,17 @@ void ParameterSettingEdit::doIt() {
     m_state.reset();
     ParameterWithoutType* const changing = parameter();
     const bool isChanged = changing && applies(*changing);
+    takeCount(0);
     if (isChanged && answersItself(*changing)) {
         const quint32 former = present(*changing);
         change(*changing, former, m_wanted);
         m_former = former;
+        takeCount(former != m_wanted ? 1 : 0);
     } else if (isChanged) {
         auto state = std::make_shared<detail::State>(*changing, settingsAlone);
         state->changeOrPutBack([&] { set(*changing, m_wanted); });
         m_state = std::move(state);
+        takeCount(m_state->equals() ? 0 : 1);
     }
     noteDone();
 }
@@ -71,7 +76,10 @@ std::function<void()> ParameterSettingEdit::mergerWith(UndoableEdit& next, const
     const bool isAlike = m_former.has_value() == later.m_former.has_value() && !m_state == !later.m_state;
     if (!edited() || later.edited() != edited() || !isAlike)
         return {};
-    return [this, &later] { m_wanted = later.m_wanted; };
+    return [this, &later] {
+        m_wanted = later.m_wanted;
+        takeCount(std::max(takenCount(), later.takenCount()));
+    };
 }
 
 ParameterExtrapolationBeforeEdit::ParameterExtrapolationBeforeEdit(ParameterWithoutType& parameter, Extrapolation kind)

@@ -31,6 +31,7 @@ void KeyframeSelectionEdit::doIt() {
     const detail::State::EditedPlaces places = isRefused ? detail::State::EditedPlaces() : plan.places();
     if (!places.empty())
         m_former = detail::State(places).changed([&] { plan.apply(); });
+    m_isUseless = !m_former;
     noteDone();
 }
 
@@ -72,7 +73,7 @@ EditSummary KeyframeSelectionEdit::summary() const {
     EditSummary summary;
     summary.one = QLatin1String(actOf(m_change)) + QLatin1String(" %n keyframe of %p");
     summary.several = QLatin1String(actOf(m_change)) + QLatin1String(" %n keyframes of %p");
-    summary.count = static_cast<int>(m_selection.count());
+    summary.count = m_isUseless ? 0 : static_cast<int>(m_selection.count());
     for (const auto& [parameter, name] : m_names)
         summary.subjects.push_back({parameter.data(), parameter ? parameter->path() : name});
     return summary;

@@ -8,6 +8,9 @@
 
 namespace Prm::detail {
 
+/// Why an edit of times is refused.
+constexpr const char* isOutOfRange = "a keyframe would come to a time that is out of range";
+
 /// The keyframes of one view that an edit of a selection changes.
 struct SelectedKeyframes {
     using Times = std::shared_ptr<const std::vector<Time>>;

@@ -31,7 +31,6 @@ public:
 private:
     using Keyframes = QVector<KeyframeData<T>>;
 
-    static constexpr const char* isOutOfRange = "a keyframe would come to a time that is out of range";
     static constexpr const char* isUnusable = "the numbers are not usable";
 
     Keyframes& keyframes() { return m_track.now.keyframes; }

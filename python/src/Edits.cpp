@@ -3,6 +3,7 @@
 #include "prm/ReshapingEdits.h"
 #include "python/src/Bindings.h"
 #include "python/src/Home.h"
+#include "python/src/Kind.h"
 #include "python/src/Retimings.h"
 
 #include <array>
@@ -25,6 +26,54 @@ private:
     std::unique_ptr<Bsc::CompositeCommand> m_edits = std::make_unique<Bsc::CompositeCommand>();
 };
 
+/// Sets values at a time before all frames, which `ParameterSetValueEdit` takes for the static value.
+class SetEarlyValueEdit : public Prm::ParameterSnapshotEdit {
+public:
+    SetEarlyValueEdit(Prm::ParameterWithoutType& parameter, const QVariant& value, const Prm::Context& at)
+        : ParameterSnapshotEdit(&parameter, {"Set value of %p", "Set %n values of %p"}), m_value(value), m_at(at) {}
+
+protected:
+    bool applies() override { return true; }
+    void apply() override { set(*parameter(), m_value); }
+    Prm::detail::Places places() const override { return {Prm::detail::Place::at(written(*parameter()))}; }
+
+private:
+    Prm::Context written(const Prm::ParameterWithoutType& parameter) const {
+        return parameter.splittable() ? m_at : Prm::Context(m_at.time, Prm::View());
+    }
+    void set(Prm::ParameterWithoutType& parameter, const QVariant& value) const {
+        if (const auto* const compound = dynamic_cast<const Prm::CompoundParameter*>(&parameter))
+            return setParts(*compound, value.toList());
+        eachKind([&](auto* kind) {
+            using T = std::remove_pointer_t<decltype(kind)>;
+            auto* const typed = dynamic_cast<Prm::Parameter<T>*>(&parameter);
+            if (typed)
+                typed->vSetValue(Prm::ValueType<T>::fromVariant(value), written(parameter));
+            return typed != nullptr;
+        });
+    }
+    void setParts(const Prm::CompoundParameter& compound, const QVariantList& values) const {
+        const auto listed = compound.subparameters();
+        const std::vector<QPointer<Prm::ParameterWithoutType>> parts(listed.begin(), listed.end());
+        for (std::size_t i = 0; i < parts.size(); ++i) {
+            if (parts[i])
+                set(*parts[i], values.value(static_cast<int>(i)));
+        }
+    }
+
+    QVariant m_value;
+    Prm::Context m_at;
+};
+
+/// Throws ValueError for a parameter, or a part of a compound, that is not keyframed.
+void requireTimes(const Prm::ParameterWithoutType& parameter) {
+    const auto* const compound = dynamic_cast<const Prm::CompoundParameter*>(&parameter);
+    if (!compound)
+        return requireKeyframed(parameter);
+    for (const Prm::ParameterWithoutType* const part : compound->subparameters())
+        requireTimes(*part);
+}
+
 bool hasKeyframes(const Prm::ParameterWithoutType& parameter, Prm::View view) {
     return parameter.keyframeCount(view) > 0;
 }
@@ -34,8 +83,8 @@ void setValue(const Animated& self, py::handle value, std::optional<double> at, 
     // Converting runs code of Python's, which may have deleted the parameter.
     Prm::ParameterWithoutType& parameter = self.owned();
     const Prm::View view = viewOf(self, name);
-    if (at && !parameter.isKeyframed())
-        raise(PyExc_ValueError, titleOf(parameter) + " has one value for all times: set it without a time");
+    if (at)
+        requireTimes(parameter);
     if (!at && hasKeyframes(parameter, view))
         raise(PyExc_ValueError, titleOf(parameter) + " has keyframes: give the time, at=");
     if (view != Prm::View() && !parameter.splittable())
@@ -43,20 +92,14 @@ void setValue(const Animated& self, py::handle value, std::optional<double> at, 
     Together edits(parameter);
     if (view != Prm::View())
         edits.add<Prm::ParameterSplitViewEdit>(parameter, view);
-    if (at)
-        edits.add<Prm::ParameterSetValueEdit>(parameter, variant, Prm::Context(timeOf(*at), view));
+    const Prm::Context context(at ? timeOf(*at) : Prm::Time(Prm::Time::INVALID), view);
+    if (at && !Prm::Frame(context).isValid())
+        edits.add<SetEarlyValueEdit>(parameter, variant, context);
+    else if (at)
+        edits.add<Prm::ParameterSetValueEdit>(parameter, variant, context);
     else
         edits.add<Prm::ParameterSetStaticValueEdit>(parameter, variant, view);
     edits.perform();
-}
-
-/// Throws ValueError if there is none.
-Prm::Context keyframeAt(const Animated& self, double time, const ViewName& view) {
-    const Prm::Context at(timeOf(time), viewOf(self, view));
-    Prm::ParameterWithoutType& parameter = self.owned();
-    if (!parameter.bKeyframeAt(Prm::Context::Explicit(at)))
-        raise(PyExc_ValueError, QStringLiteral("%1 has no keyframe at %2").arg(titleOf(parameter)).arg(time));
-    return at;
 }
 
 void deleteKeyframe(const Animated& self, double at, const ViewName& view) {
@@ -93,7 +136,8 @@ void moveKeyframe(const Animated& self, double from, double to, const MaybeView&
 
 void retime(const Animated& self, double scale, double pivot, double shift, double start, double end) {
     Prm::ParameterWithoutType& parameter = self.owned();
-    perform<Prm::ParameterRetimeEdit>(parameter, parameter, retimingOf(scale, pivot, shift, start, end));
+    const Prm::Retiming retiming = retimingOf(scale, pivot, shift, start, end);
+    performUnlessRefused(parameter, std::make_unique<Prm::ParameterRetimeEdit>(parameter, retiming));
 }
 
 void interpolate(const Animated& self, const QString& kind, double at, const MaybeView& view,
@@ -125,6 +169,7 @@ QString copied(const Animated& self, const ViewName& view, double start, double 
 
 void paste(const Animated& self, const QString& text, std::optional<double> at, const MaybeView& view) {
     Prm::ParameterWithoutType& parameter = self.owned();
+    requireKeyframed(parameter);
     const Prm::Time time = at ? timeOf(*at) : Prm::Time(Prm::Time::INVALID);
     const Prm::View into = view ? viewOf(self, *view) : Prm::View::INVALID();
     perform<Prm::ParameterPasteKeyframesEdit>(parameter, parameter, text, time, into);
@@ -154,7 +199,8 @@ void bindEdits(py::class_<Animated, Handle>& animated) {
     animated.def("retime", &retime, py::arg("scale") = 1.0, py::arg("pivot") = 0.0, py::arg("shift") = 0.0,
                  py::arg("start") = -infinity, py::arg("end") = infinity,
                  "Moves keyframes, in all views, from t to pivot + scale * (t - pivot) + shift. Curves keep their "
-                 "shape.\n\nRaises ValueError for a scale that is not above 0.");
+                 "shape.\n\nRaises ValueError for a scale that is not above 0, and where a keyframe would "
+                 "come to a time that is out of range.");
     animated.def(
         "interpolate", &interpolate, py::arg("kind"), py::arg("at"), py::arg("view") = py::none(),
         py::arg("shape") = py::none(),
@@ -169,7 +215,8 @@ void bindEdits(py::class_<Animated, Handle>& animated) {
                  "The keyframes of a view as text, with all digits.");
     animated.def("paste", &paste, py::arg("text"), py::arg("at") = py::none(), py::arg("view") = py::none(),
                  "Pastes keyframes from text, from a time on, into a view; otherwise where the text says.\n\nRaises "
-                 "ValueError for a line that is no keyframe, before anything changes.");
+                 "ValueError for a line that is no keyframe, before anything changes; and for a parameter that is not "
+                 "keyframed.");
     animated.def("reset", &reset, py::arg("at") = 0.0, py::arg("view") = ViewName(),
                  "Deletes the keyframe at a time; in a view without keyframes, sets the default value.");
 }

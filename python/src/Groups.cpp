@@ -137,6 +137,11 @@ void retimeGroup(const GroupHandle& self, double scale, double pivot, double shi
     const Prm::Retiming retiming = retimingOf(scale, pivot, shift, start, end);
     auto edits = std::make_unique<Bsc::CompositeCommand>();
     Prm::ParameterRetimeEdit::appendToCommand(set, retiming, *edits);
+    for (const auto& edit : edits->commands()) {
+        const auto& one = dynamic_cast<const Prm::ParameterRetimeEdit&>(*edit);
+        if (!one.refusal().isEmpty())
+            raise(PyExc_ValueError, one.summary().subjects.front().path + ": " + one.refusal());
+    }
     perform(homeOf(set), &set, std::move(edits));
 }
 

@@ -73,6 +73,19 @@ QString titleOf(const Prm::BasicParameter& parameter) {
     return path.isEmpty() ? parameter.scriptName() : path;
 }
 
+void requireKeyframed(const Prm::ParameterWithoutType& parameter) {
+    if (!parameter.isKeyframed())
+        raise(PyExc_ValueError, titleOf(parameter) + " has one value for all times");
+}
+
+Prm::Context keyframeAt(const Animated& self, double time, const ViewName& view) {
+    const Prm::Context at(timeOf(time), viewOf(self, view));
+    const Prm::ParameterWithoutType& parameter = self.owned();
+    if (!parameter.bKeyframeAt(Prm::Context::Explicit(at)))
+        raise(PyExc_ValueError, QStringLiteral("%1 has no keyframe at %2").arg(titleOf(parameter)).arg(time));
+    return at;
+}
+
 Prm::View findView(Home* home, const ViewName& view) {
     if (view.name.isNull())
         return Prm::View(view.id);

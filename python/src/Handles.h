@@ -104,6 +104,11 @@ py::object wrap(const KeeperPointer& keeper, const Prm::ParameterSet::Member& me
 /// The path of the parameter, or its name if it is in no set.
 QString titleOf(const Prm::BasicParameter& parameter);
 
+/// Throws ValueError for a parameter that is not keyframed.
+void requireKeyframed(const Prm::ParameterWithoutType& parameter);
+/// Throws ValueError if there is no keyframe at the time.
+Prm::Context keyframeAt(const Animated& self, double time, const ViewName& view);
+
 /// The view of that name in the project, or of that id. Throws KeyError for a name that is not known.
 Prm::View findView(const Handle& handle, const ViewName& view);
 /// The same for any object of the project, null for none.

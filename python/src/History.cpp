@@ -1,6 +1,5 @@
 #include "python/src/History.h"
 
-#include "prm/ReshapingEdits.h"
 #include "prm/UndoableEdit.h"
 #include "python/src/Errors.h"
 #include "python/src/Lifetime.h"
@@ -16,11 +15,13 @@ namespace {
 
 thread_local int puttingBack = 0;
 
-/// Of edits of values, only keyframes are counted, and a value without keyframes may have changed.
 bool changesNothing(const Bsc::Command& edit) {
+    if (const auto* const several = dynamic_cast<const Bsc::CompositeCommand*>(&edit)) {
+        const auto& edits = several->commands();
+        return std::all_of(edits.begin(), edits.end(), [](const auto& one) { return changesNothing(*one); });
+    }
     const auto* const undoable = dynamic_cast<const Prm::UndoableEdit*>(&edit);
-    const bool isOfValues = dynamic_cast<const Prm::ParameterScaleValuesEdit*>(&edit) != nullptr;
-    return undoable && !isOfValues && undoable->summary().count == 0;
+    return undoable && undoable->summary().count == 0;
 }
 
 } // namespace

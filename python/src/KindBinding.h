@@ -85,8 +85,7 @@ template <class T> void replaceKeyframes(const Typed<T>& self, py::handle given,
     const auto keyframes = keyframesOf<T>(given);
     // Converting runs code of Python's, which may have deleted the parameter.
     Prm::Parameter<T>& parameter = self.owned();
-    if (!parameter.isKeyframed())
-        raise(PyExc_ValueError, titleOf(parameter) + " has one value for all times");
+    requireKeyframed(parameter);
     perform<ReplaceKeyframesEdit<T>>(parameter, parameter, keyframes, viewOf(self, view));
 }
 

@@ -151,12 +151,14 @@ void bindQuestions(py::class_<Animated, Handle>& animated) {
     animated.def_property(
         "extrapolation_before", [](const Animated& self) { return nameOf(self.owned().extrapolationBefore()); },
         [](const Animated& self, const QString& kind) {
+            requireKeyframed(self.owned());
             perform<Prm::ParameterExtrapolationBeforeEdit>(self.owned(), self.owned(), extrapolationOf(kind));
         },
         "How values go on before the first keyframe: \"Constant\" or \"Linear\".");
     animated.def_property(
         "extrapolation_after", [](const Animated& self) { return nameOf(self.owned().extrapolationAfter()); },
         [](const Animated& self, const QString& kind) {
+            requireKeyframed(self.owned());
             perform<Prm::ParameterExtrapolationAfterEdit>(self.owned(), self.owned(), extrapolationOf(kind));
         },
         "How values go on after the last keyframe: \"Constant\" or \"Linear\".");

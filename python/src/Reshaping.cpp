@@ -21,6 +21,7 @@ Prm::KeyframeSpan keyframesIn(const Animated& self, double start, double end, co
 
 template <class Edit, class... Arguments> void reshape(const Animated& self, Arguments&&... arguments) {
     Prm::ParameterWithoutType& parameter = self.owned();
+    requireKeyframed(parameter);
     performUnlessRefused(parameter, std::make_unique<Edit>(parameter, std::forward<Arguments>(arguments)...));
 }
 
@@ -93,17 +94,17 @@ MaybePoint pointOf(const std::optional<Prm::HandlePoint>& handle) {
 }
 
 std::pair<MaybePoint, MaybePoint> handlesAt(const Animated& self, double at, const ViewName& view, int component) {
+    const Prm::Context keyframe = keyframeAt(self, at, view);
     const Prm::ParameterWithoutType& parameter = self.owned();
-    const Prm::Context::Explicit time(timeOf(at), viewOf(self, view));
-    unsigned int index = Prm::KeyframeIndex::INVALID_INDEX;
-    if (parameter.bKeyframeAt(time))
-        parameter.bNearestKeyframeIndex(time, index);
-    const auto handles = Prm::handles(Prm::KeyframeIndex(&parameter, time.view, index), component);
+    unsigned int index = 0;
+    parameter.bNearestKeyframeIndex(keyframe, index);
+    const auto handles = Prm::handles(Prm::KeyframeIndex(&parameter, keyframe.view, index), component);
     return {pointOf(handles.in), pointOf(handles.out)};
 }
 
 void setHandles(const Animated& self, double at, const MaybePoint& before, const MaybePoint& after,
                 const ViewName& view, int component, bool addExtremum) {
+    const Prm::Context::Explicit keyframe(keyframeAt(self, at, view));
     Prm::HandleChange change;
     if (before)
         change.in = Prm::HandlePoint{before->first, before->second};
@@ -111,12 +112,12 @@ void setHandles(const Animated& self, double at, const MaybePoint& before, const
         change.out = Prm::HandlePoint{after->first, after->second};
     change.component = component;
     change.addsExtremum = addExtremum;
-    reshape<Prm::ParameterHandlesEdit>(self, Prm::Context::Explicit(timeOf(at), viewOf(self, view)), change);
+    reshape<Prm::ParameterHandlesEdit>(self, keyframe, change);
 }
 
 void flatten(const Animated& self, double at, const ViewName& view, bool automatic) {
     const auto change = automatic ? Prm::HandleChange::automatic() : Prm::HandleChange::flat();
-    reshape<Prm::ParameterHandlesEdit>(self, Prm::Context::Explicit(timeOf(at), viewOf(self, view)), change);
+    reshape<Prm::ParameterHandlesEdit>(self, Prm::Context::Explicit(keyframeAt(self, at, view)), change);
 }
 
 } // namespace
@@ -142,7 +143,8 @@ void bindReshaping(py::class_<Animated, Handle>& animated) {
     animated.def("ease", &ease, py::arg("easing"), start, end, view,
                  "Gives segments an easing: a name of prm.easings(), or four numbers x1, y1, x2, y2.");
     animated.def("handles", &handlesAt, py::arg("at"), py::arg("view") = ViewName(), py::arg("component") = 0,
-                 "The handles before and after a keyframe as (time, value), None where there is none.");
+                 "The handles before and after a keyframe as (time, value), None where there is none.\n\nRaises "
+                 "ValueError if there is no keyframe, as setting them does.");
     animated.def("set_handles", &setHandles, py::arg("at"), py::arg("before") = py::none(),
                  py::arg("after") = py::none(), py::arg("view") = ViewName(), py::arg("component") = 0,
                  py::arg("add_extremum") = false,

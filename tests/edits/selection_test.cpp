@@ -90,7 +90,8 @@ TEST(Selection, IsChangedAsOneEdit) {
         EXPECT_EQ(lines(x), before);
         EXPECT_EQ(ofX.take(), *row.sent ? assigned : "");
         EXPECT_EQ(edit.usageLogInfo(), "x, y");
-        EXPECT_EQ(edit.summary().toString().toStdString(), std::string(row.words) + " 6 keyframes of 2 parameters");
+        EXPECT_EQ(edit.summary().toString().toStdString(),
+                  row.words + std::string(*row.sent ? " 6" : " 0") + " keyframes of 2 parameters");
     }
 }
 

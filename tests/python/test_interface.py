@@ -95,6 +95,21 @@ class Kinds(unittest.TestCase):
                 other.paste(one.copy(), at=20)
                 self.assertEqual(list(other.times()), [0, 10, 20, 30])
 
+    def test_times_before_all_frames_are_times(self):
+        for time in -0.4, -1, -24:
+            for kind, (first, second) in KINDS.items():
+                with self.subTest(kind.__name__, time=time):
+                    one, part = kind("one", first), kind("part", first, splittable=False)
+                    pair = prm.Compound("pair", [part])
+                    project = prm.Project([prm.Group("g", [one, pair])])
+                    one.set(second, at=time, view=1)
+                    pair.set((second,), at=time)
+                    self.assertEqual((list(one.times(1)), list(part.times())), ([time], [time]))
+                    self.assertEqual((one.static_value(), one.value(time, 1), pair.value(time)), (first, second, (second,)))
+                    project.undo()
+                    project.undo()
+                    self.assertEqual((one.views, list(part.times())), ([], []))
+
     def test_every_inherited_method_of_every_class(self):
         given = {"time": 1.0, "at": 1.0, "start": 1.0, "end": 5.0, "to": 2.0, "view": 0, "error": 0.1, "radius": 1.0,
                  "tolerance": 0.1, "easing": "linear", "kind": "Linear", "text": "", "times": [0.0], "callback": print, "keys": [],
@@ -147,6 +162,38 @@ class Structure(unittest.TestCase):
         project.view_names = ["Right", "R"]
         x.set(2.0, at=0, view="R")
         self.assertEqual((x.value(0, view="Right"), x.value(0, view="R")), (1.0, 2.0))
+
+    def test_what_changes_nothing_is_no_step(self):
+        def fresh():
+            names = "number", "held", "x", "y"
+            one = {name: prm.Number(name, 1.0, keyframed=name != "held") for name in names}
+            one["pair"] = prm.Compound("pair", [one["x"], one["y"]])
+            one["project"] = prm.Project([prm.Group("g", [one["number"], one["held"], one["pair"]])])
+            for name in "number", "x":
+                one[name].set(1.0, at=0)
+                one[name].split(1)
+            one["held"].set(1.0)
+            return one
+
+        for is_step, edit in [
+            (False, "number.set(1.0, at=0)"), (True, "number.set(2.0, at=0)"), (False, "held.set(1.0)"),
+            (False, "number.move(0, 0)"), (False, "number.retime(shift=0)"), (False, "number.adjust(scale=1)"),
+            (False, "number.__setattr__('hidden', False)"), (False, "number.__setattr__('keys', number.keys)"),
+            (False, "number.split(1)"), (True, "number.split(2)"), (True, "pair.split(1)"), (False, "x.split(1)"),
+            (True, "pair.set((1.0, 1.0), at=0)"), (False, "number.clear(view=2)"), (False, "number.insert(0)"),
+            (True, "number.delete_view(1)"),
+        ]:  # fmt: skip
+            with self.subTest(edit):
+                one = fresh()
+                project = one["project"]
+                before = body(project)
+                one["held"].set(2.0)
+                project.undo()
+                eval(edit, {}, one)
+                self.assertEqual((body(project) != before, project.redo_text is None), (is_step, is_step))
+                if is_step:
+                    project.undo()
+                self.assertEqual(body(project), before)
 
     def test_masters_views_and_flags_are_undone(self):
         a, b = prm.Number("a"), prm.Number("b")
@@ -215,6 +262,9 @@ class Structure(unittest.TestCase):
     def test_refused(self):
         number, inner = prm.Number("n"), prm.Group("inner")
         project = prm.Project([prm.Group("g", [number, inner])])
+        fixed, keyed = prm.Number("fixed", keyframed=False), prm.Number("keyed")
+        keyed.set(1.0, at=3)
+        group = prm.Group("h", [keyed])
         for name, error, call in [
             ("in two groups", ValueError, lambda: prm.Group("other", [number])),
             ("in itself", ValueError, lambda: inner.add(inner)),
@@ -223,6 +273,14 @@ class Structure(unittest.TestCase):
             ("numpy's truth as a number", TypeError, lambda: number.set(np.True_)),
             ("bytes as a point", TypeError, lambda: prm.Point("i").set(b"ab")),
             ("a text as a time", TypeError, lambda: number.set_keyframes([("a", 1)])),
+            ("a keyframe of one value", ValueError, lambda: fixed.insert(3)),
+            ("pasted into one value", ValueError, lambda: fixed.paste(keyed.copy())),
+            ("a time before all of one value", ValueError, lambda: fixed.set(1.0, at=-24)),
+            ("handles of no keyframe", ValueError, lambda: keyed.handles(2)),
+            ("flat at no keyframe", ValueError, lambda: keyed.flatten(2)),
+            ("retimed out of range", ValueError, lambda: keyed.retime(shift=1e10)),
+            ("a group retimed out of range", ValueError, lambda: group.retime(shift=1e10)),
+            ("its own master", ValueError, lambda: setattr(keyed, "master", keyed)),
             ("a name that no file has", ValueError, lambda: project.save("/tmp/a\0b")),
         ]:
             with self.subTest(name), self.assertRaises(error):
