@@ -147,9 +147,10 @@ template <class T> class Parameter<T>::Evaluation {
 public:
     using StepNotes = detail::StepNotes<T>;
 
-    /// The notes, unless null, are for a single time.
+    /// The notes, unless null, are for a single time. The context is copied member by member, as the caller stored it:
+    /// to read the whole at once, the processor would wait until all its parts are written.
     Evaluation(const Parameter& parameter, const Context& context, Cache* cache, StepNotes* notes = nullptr)
-        : m_parameter(parameter), m_context(context), m_cache(cache),
+        : m_parameter(parameter), m_context(context.time, context.view, context.flags), m_cache(cache),
           m_overridden(parameter.m_gate.overridden(parameter)), m_notes(notes) {}
 
     void operator()(const Time* times, int count, T* out) {
@@ -228,13 +229,13 @@ private:
             detail::evaluate(held.track, held.settings.outside, times, count, out);
     }
 
-    void evaluateByHooks(const HeldTrack& held, const Time* times, int count, T* out) {
+    PRM_ALWAYS_INLINE void evaluateByHooks(const HeldTrack& held, const Time* times, int count, T* out) {
         for (int done = askHooks(held, times, count, out); done < count;)
             done += askHooks(holdAgain(held.asked), times + done, count - done, out + done);
     }
 
     /// Returns after how many times a hook has edited the keyframes, so that the others need a new copy.
-    int askHooks(const HeldTrack& held, const Time* times, int count, T* out) {
+    PRM_ALWAYS_INLINE int askHooks(const HeldTrack& held, const Time* times, int count, T* out) {
         int& cursor = held.thread().cursor();
         int done = 0;
         while (done < count && (done == 0 || held.isTrue())) {
