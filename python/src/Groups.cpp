@@ -242,13 +242,15 @@ void bindGroups(py::module_& module) {
     group.def("groups", &groupsOf, "All groups below this one, depth first.");
     group.def("retime", &retimeGroup, py::arg("scale") = 1.0, py::arg("pivot") = 0.0, py::arg("shift") = 0.0,
               py::arg("start") = -infinity, py::arg("end") = infinity,
-              "Moves the keyframes of all parameters from t to pivot + scale * (t - pivot) + shift.");
+              "Moves the keyframes of all parameters from t to pivot + scale * (t - pivot) + shift.\n\nRaises "
+              "ValueError as Parameter.retime does, before anything changes.");
     group.def_property_readonly("name", [](const GroupHandle& self) { return self.owned().scriptName(); });
     group.def_property(
         "display_name", [](const GroupHandle& self) { return self.owned().displayName(); },
         [](const GroupHandle& self, const QString& name) {
             Prm::ParameterSet& set = self.owned();
-            perform(homeOf(set), &set, std::make_unique<GroupNameEdit>(set, set.name(), name));
+            if (set.displayName() != name)
+                perform(homeOf(set), &set, std::make_unique<GroupNameEdit>(set, set.name(), name));
         },
         "The name shown to users.");
     group.def_property_readonly("path", [](const GroupHandle& self) { return self.owned().path(); });

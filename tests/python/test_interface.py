@@ -181,6 +181,7 @@ class Structure(unittest.TestCase):
             (False, "number.__setattr__('hidden', False)"), (False, "number.__setattr__('keys', number.keys)"),
             (False, "number.split(1)"), (True, "number.split(2)"), (True, "pair.split(1)"), (False, "x.split(1)"),
             (True, "pair.set((1.0, 1.0), at=0)"), (False, "number.clear(view=2)"), (False, "number.insert(0)"),
+            (False, "project['g'].__setattr__('display_name', project['g'].display_name)"),
             (True, "number.delete_view(1)"),
         ]:  # fmt: skip
             with self.subTest(edit):
