@@ -392,6 +392,14 @@ private:
             travelTo(step);
     }
 
+    static bool isCounted(const Command& command) {
+        const auto& all = command.commands();
+        return std::any_of(all.begin(), all.end(), [](const auto& edit) {
+            const auto* const several = dynamic_cast<const Command*>(edit.get());
+            return several ? isCounted(*several) : dynamic_cast<const UndoableEdit&>(*edit).summary().count > 0;
+        });
+    }
+
     void travel() {
         ++m_world->changesOfLists;
         travelTo(static_cast<std::size_t>(choose().below(static_cast<int>(m_commands.size()) + 1)));
@@ -418,6 +426,8 @@ private:
             m_done = forwards ? m_done + 1 : m_done - 1;
         if (m_isWatched || m_done == 0)
             look();
+        if (m_isWatched && arrived && forwards && m_states[m_done - 1] != m_states[m_done])
+            HOLD(isCounted(*made.command));
         return arrived;
     }
 
