@@ -5,15 +5,13 @@
 
 namespace PrmPython {
 
-/// Of the keyframes from `start` to `end`, which may be infinite. Throws ValueError for numbers that are not usable.
+/// Of the keyframes from `start` to `end`, which may be infinite.
 inline Prm::Retiming retimingOf(double scale, double pivot, double shift, double start, double end) {
     Prm::Retiming retiming = Prm::Retiming::scaled(scale, timeOf(pivot));
     retiming.shift = shift;
     if (start > -infinity || end < infinity)
         retiming = retiming.between(start > -infinity ? timeOf(start) : retiming.first,
                                     end < infinity ? timeOf(end) : retiming.last);
-    if (!retiming.isUsable())
-        throw py::value_error("the scale must be above 0, and all numbers finite");
     return retiming;
 }
 

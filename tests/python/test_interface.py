@@ -280,6 +280,7 @@ class Structure(unittest.TestCase):
             ("handles of no keyframe", ValueError, lambda: keyed.handles(2)),
             ("flat at no keyframe", ValueError, lambda: keyed.flatten(2)),
             ("retimed out of range", ValueError, lambda: keyed.retime(shift=1e10)),
+            ("retimed without an order", ValueError, lambda: keyed.retime(scale=0)),
             ("a group retimed out of range", ValueError, lambda: group.retime(shift=1e10)),
             ("its own master", ValueError, lambda: setattr(keyed, "master", keyed)),
             ("a name that no file has", ValueError, lambda: project.save("/tmp/a\0b")),
